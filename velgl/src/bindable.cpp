@@ -1,0 +1,7 @@
+#include <velgl/bindable.h>
+
+namespace Atelier::Vel {
+
+Bindable::~Bindable() = default;
+
+} // namespace Atelier::Vel
