@@ -20,6 +20,15 @@ public:
     static constexpr quint32 kIndexType = 0x1405;
     static constexpr qint32 kIndexStride = 4;
 
+    /// What the preparation of an upload found; all zero before the first upload.
+    struct Statistics {
+        quint64 corners = 0;             ///< vertices before merging
+        quint64 vertices = 0;            ///< vertices after merging
+        quint64 triangles = 0;           ///< triangles of all commands
+        quint64 untriangulatedFaces = 0; ///< faces in a group that gave no triangle
+        quint64 substitutedCorners = 0;  ///< attribute values taken as zero for want of a valid index
+    };
+
     explicit ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator = {},
                           quint64 materialFlagsMask = 0);
     ~ModelBuilder();
@@ -50,6 +59,8 @@ public:
 
     void upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
                 const QString& groupIdMember, unsigned int usage, unsigned int primitiveType);
+
+    const Statistics& statistics() const { return _statistics; }
 
 private:
     friend struct ModelBuilderAccess;
@@ -85,6 +96,7 @@ private:
     QHash<quint64, QVector<DrawElementsIndirectCommand>> _drawCommands;
     QHash<quint64, QVector<QString>> _drawGroupNames;
     quint64 _materialFlagsMask;
+    Statistics _statistics;
 };
 
 } // namespace Atelier::Vel

@@ -19,10 +19,23 @@ using LoadProgress = std::function<bool(qint64 bytesDone, qint64 bytesTotal)>;
 /// Returns: null, and a message in `error`, when a file cannot be read; `error` is left alone on success.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
-/// The same, telling `progress` now and then how far it is. Cancelling gives null and an error text that says
-/// so.
+/// What a load met on its way; filled by the overload that takes one.
+struct LoadReport {
+    qint64 bytesRead = 0;            ///< size of the OBJ text read
+    quint64 faces = 0;               ///< faces that parsed
+    quint64 droppedFaces = 0;        ///< faces dropped because a corner was no integer
+    quint64 facesWithoutGroup = 0;   ///< faces whose material was not known when they were read
+    quint64 untriangulatedFaces = 0; ///< faces in a group that gave no triangle
+    quint64 substitutedCorners = 0;  ///< attribute values taken as zero for want of a valid index
+    quint64 corners = 0;             ///< vertices before merging
+    quint64 vertices = 0;            ///< vertices after merging
+    quint64 triangles = 0;           ///< triangles of all commands
+};
+
+/// The same, telling `progress` (may be empty) a few hundred times at most how far it is, on the calling
+/// thread, and filling `report` (may be null). Cancelling gives null and an error text that says so.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
-                                               const LoadProgress& progress);
+                                               const LoadProgress& progress, LoadReport* report = nullptr);
 
 /// The material of faces that name none: an "OBJMaterial" with a light grey diffuse colour and white maps.
 VELMODEL_EXPORT InstanceData makeDefaultMaterial();
