@@ -1,0 +1,49 @@
+#include <QtCore/QFile>
+#include <QtCore/QTextStream>
+#include <QtCore/QVector>
+#include <QtCore/QtDebug>
+
+namespace Atelier::Vel {
+
+namespace {
+
+bool openForDump(QFile& file) {
+    if (file.open(QIODevice::WriteOnly))
+        return true;
+    QMessageLogger().warning("Couldn't write obj file %s", file.fileName().toLocal8Bit().constData());
+    return false;
+}
+
+void writePoints(QTextStream& stream, int count, const float* points) {
+    for (int k = 0; k < count; ++k)
+        stream << "v " << points[2 * k] << " " << points[2 * k + 1] << "\n";
+}
+
+// For inspection from a debugger; nothing in the library calls the two.
+[[maybe_unused]] void DumpPolygonOBJ(const QString& fileName, int count, const float* points) {
+    QFile file(fileName);
+    if (!openForDump(file))
+        return;
+    QTextStream stream(&file);
+    writePoints(stream, count, points);
+    stream << "f "; // With the blank before the first number this makes two, which is meant.
+    for (int k = 1; k <= count; ++k)
+        stream << " " << k;
+    stream << "\n";
+}
+
+[[maybe_unused]] void DumpTrianglesOBJ(const QString& fileName, int count, const float* points,
+                                       const QVector<unsigned int>& triangles) {
+    QFile file(fileName);
+    if (!openForDump(file))
+        return;
+    QTextStream stream(&file);
+    writePoints(stream, count, points);
+    for (int i = 0; i + 2 < triangles.size(); i += 3)
+        stream << "f " << int(triangles[i] + 1) << " " << int(triangles[i + 1] + 1) << " "
+               << int(triangles[i + 2] + 1) << "\n";
+}
+
+} // namespace
+
+} // namespace Atelier::Vel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <vector>
+
+#include <QtCore/QVector>
+#include <QtGui/QVector2D>
+#include <QtGui/QVector3D>
+
+/// The cut of a polygon, step by step as it is defined: quadratic, with Qt's own vectors. What the library is
+/// compared with; nothing here is shared with it.
+namespace Atelier::Vel::Literal {
+
+struct Corner {
+    int after;
+    int before;
+    float cross;
+    float cosine;
+    bool active;
+    bool ear;
+};
+
+QVector3D polygonNormal(int count, const int* indices, const float* positions);
+QVector<QVector2D> projectPolygon(const QVector3D& normal, int count, const int* indices,
+                                  const float* positions);
+bool isCounterClockwise(const QVector<QVector2D>& points);
+void updateEar(std::vector<Corner>& corners, const QVector<QVector2D>& points, int i);
+QVector<int> earClip(const QVector<QVector2D>& points, bool clockwise);
+
+void triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
+                   QVector<unsigned int>& triangles);
+void triangulate3D(int count, const int* indices, const float* positions, QVector<unsigned int>& triangles);
+void triangulate3D(int count, const int* indices, const float* positions, QVector<unsigned short>& triangles);
+void triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
+                   QVector<unsigned short>& triangles);
+
+} // namespace Atelier::Vel::Literal
