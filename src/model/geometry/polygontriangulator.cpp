@@ -4,6 +4,8 @@
 
 #include <QtCore/QtDebug>
 
+#include "geometry/triangulationwinding.h"
+
 namespace Atelier::Vel {
 
 namespace {
@@ -11,6 +13,18 @@ namespace {
 constexpr int kTriangle[2][3] = {{0, 1, 2}, {0, 2, 1}};
 // Always along the diagonal from corner 1 to corner 3, concave or not: meant.
 constexpr int kQuadrilateral[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 3, 1, 1, 3, 2}};
+
+// Up to this size looking at all corners is faster than an index of them.
+constexpr int kMostCornersUnindexed = 64;
+
+bool isLarge(int count) {
+    return count > kMostCornersUnindexed;
+}
+
+/// The sharpest ear is clipped first, of two equally sharp ones the lower-numbered.
+bool isClippedLater(const QueuedEar& a, const QueuedEar& b) {
+    return a.cosine < b.cosine || (a.cosine == b.cosine && a.corner > b.corner);
+}
 
 QVector3D positionOf(const float* positions, int vertex) {
     const float* position = positions + 3 * qint64(vertex);
@@ -54,81 +68,105 @@ bool IsCounterClockwise(int count, const PlanePoint* points) {
     return sum <= 0;
 }
 
-bool isInside(const PlanePoint& point, const PlanePoint& start, const PlanePoint& direction) {
-    return crossProduct(direction, normalized(point - start)) >= 0;
+/// Whether another corner lies in the triangle that clipping `ear` would cut off.
+bool isBlocked(const PolygonScratch& scratch, int ear) {
+    const PolygonCorner* corners = scratch.corners.constData();
+    const PlanePoint* points = scratch.points.constData();
+    const int after = corners[ear].after;
+    const int before = corners[ear].before;
+    const EarTriangle triangle(points[ear], points[after], points[before], scratch.directions[ear],
+                               -scratch.directions[before]);
+    if (isLarge(scratch.corners.size()))
+        return scratch.blockers.block(triangle);
+    for (int j = corners[after].after; j != before; j = corners[j].after)
+        if (triangle.isBlockedBy(points[j]))
+            return true;
+    return false;
 }
 
-void UpdateEar(PolygonCorner* corners, const PlanePoint* points, int i) {
-    PolygonCorner& corner = corners[i];
-    const PlanePoint a = points[corner.after];
-    const PlanePoint c = points[corner.before];
-    const PlanePoint toAfter = normalized(a - points[i]);
-    const PlanePoint toBefore = normalized(c - points[i]);
+void UpdateEar(PolygonScratch& scratch, int i) {
+    PolygonCorner& corner = scratch.corners[i];
+    const PlanePoint toAfter = scratch.directions[i];
+    const PlanePoint toBefore = -scratch.directions[corner.before]; // exact: rounding is symmetrical
     corner.cross = crossProduct(toAfter, toBefore);
     corner.cosine = dotProduct(toAfter, toBefore);
-    corner.ear = corner.cross > 0;
-    if (!corner.ear)
-        return;
-    const PlanePoint opposite = normalized(c - a);
-    // The corners still active are those of the ring.
-    for (int j = corners[corner.after].after; j != corner.before; j = corners[j].after) {
-        const PlanePoint& point = points[j];
-        if (point == points[i] || point == a || point == c)
-            continue;
-        if (isInside(point, points[i], toAfter) && isInside(point, a, opposite) &&
-            isInside(point, c, -toBefore)) {
-            corner.ear = false;
-            return;
-        }
+    corner.ear = corner.cross > 0 && !isBlocked(scratch, i);
+    if (corner.ear && isLarge(scratch.corners.size())) {
+        scratch.ears.push_back({corner.cosine, i});
+        std::push_heap(scratch.ears.begin(), scratch.ears.end(), isClippedLater);
     }
 }
 
-int bestEar(int count, const PolygonCorner* corners) {
+int sharpestEar(const PolygonScratch& scratch) {
     int best = -1;
-    for (int i = 0; i < count; ++i)
-        if (corners[i].active && corners[i].ear && (best < 0 || corners[i].cosine > corners[best].cosine))
+    for (int i = 0; i < scratch.corners.size(); ++i) {
+        const PolygonCorner& corner = scratch.corners[i];
+        if (corner.active && corner.ear && (best < 0 || corner.cosine > scratch.corners[best].cosine))
             best = i;
+    }
     return best;
 }
 
-void clipEar(PolygonCorner* corners, const PlanePoint* points, int b) {
-    const int a = corners[b].after;
-    const int c = corners[b].before;
-    corners[c].after = a;
-    corners[a].before = c;
-    corners[b].active = false;
-    UpdateEar(corners, points, c);
-    UpdateEar(corners, points, a);
+int sharpestQueuedEar(PolygonScratch& scratch) {
+    std::vector<QueuedEar>& ears = scratch.ears;
+    while (!ears.empty()) {
+        const QueuedEar top = ears.front();
+        std::pop_heap(ears.begin(), ears.end(), isClippedLater);
+        ears.pop_back();
+        const PolygonCorner& corner = scratch.corners[top.corner];
+        if (corner.active && corner.ear && corner.cosine == top.cosine)
+            return top.corner;
+    }
+    return -1;
+}
+
+void link(PolygonScratch& scratch, int before, int after) {
+    scratch.corners[before].after = after;
+    scratch.corners[after].before = before;
+    scratch.directions[before] = normalized(scratch.points[after] - scratch.points[before]);
+}
+
+void clipEar(PolygonScratch& scratch, int ear) {
+    const int after = scratch.corners[ear].after;
+    const int before = scratch.corners[ear].before;
+    scratch.triangles << before << ear << after;
+    scratch.corners[ear].active = false;
+    if (isLarge(scratch.corners.size()))
+        scratch.blockers.remove(ear);
+    link(scratch, before, after);
+    UpdateEar(scratch, before);
+    UpdateEar(scratch, after);
 }
 
 void makeCorners(int count, bool clockwise, PolygonScratch& scratch) {
     scratch.corners.resize(count);
+    scratch.directions.resize(count);
+    scratch.ears.clear();
     for (int i = 0; i < count; ++i) {
-        PolygonCorner& corner = scratch.corners[i];
-        corner = {(i + 1) % count, (i + count - 1) % count, 0, 0, true, false};
-        if (clockwise)
-            std::swap(corner.after, corner.before);
+        scratch.corners[i].active = true;
+        const int next = i + 1 < count ? i + 1 : 0;
+        link(scratch, clockwise ? next : i, clockwise ? i : next);
     }
+    if (isLarge(count))
+        scratch.blockers.build(scratch.points.constData(), count);
     for (int i = 0; i < count; ++i)
-        UpdateEar(scratch.corners.data(), scratch.points.data(), i);
+        UpdateEar(scratch, i);
 }
 
 void clipAllEars(int count, PolygonScratch& scratch) {
-    PolygonCorner* corners = scratch.corners.data();
-    int last = 0;
     for (int remaining = count; remaining > 3; --remaining) {
-        const int ear = bestEar(count, corners);
+        const int ear = isLarge(count) ? sharpestQueuedEar(scratch) : sharpestEar(scratch);
         if (ear < 0) {
             QMessageLogger().warning("Unable to triangulate polygon.");
             scratch.triangles.clear();
             return;
         }
-        scratch.triangles << corners[ear].before << ear << corners[ear].after;
-        clipEar(corners, scratch.points.data(), ear);
+        clipEar(scratch, ear);
     }
-    while (!corners[last].active)
+    int last = 0;
+    while (!scratch.corners[last].active)
         ++last;
-    scratch.triangles << corners[last].before << last << corners[last].after;
+    scratch.triangles << scratch.corners[last].before << last << scratch.corners[last].after;
 }
 
 void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
@@ -143,6 +181,14 @@ void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
         makeCorners(count, clockwise, scratch);
         clipAllEars(count, scratch);
     }
+}
+
+unsigned int* writeFixedPattern(int count, bool clockwise, const int* corners, unsigned int* out) {
+    const int* pattern = count == 3 ? kTriangle[clockwise] : kQuadrilateral[clockwise];
+    const int indexCount = count == 3 ? 3 : 6;
+    for (int k = 0; k < indexCount; ++k)
+        *out++ = static_cast<unsigned int>(corners[pattern[k]]);
+    return out;
 }
 
 } // namespace
@@ -169,6 +215,13 @@ const QVarLengthArray<int, 96>& PolygonTriangulator::cornerTriangles(int count, 
 
 unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
                                        unsigned int* out) {
+    Winding winding = Winding::kUnsure;
+    if (count == 3)
+        winding = quickTriangleWinding(corners, positions);
+    else if (count == 4)
+        winding = quickQuadrilateralWinding(corners, positions);
+    if (winding != Winding::kUnsure)
+        return writeFixedPattern(count, winding == Winding::kClockwise, corners, out);
     for (int corner : cornerTriangles(count, corners, positions))
         *out++ = static_cast<unsigned int>(corners[corner]);
     return out;

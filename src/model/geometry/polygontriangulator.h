@@ -1,9 +1,12 @@
 #pragma once
 
+#include <vector>
+
 #include <QtCore/QVarLengthArray>
 #include <QtCore/QVector>
 #include <QtGui/QVector3D>
 
+#include "geometry/triangulationblockers.h"
 #include "geometry/triangulationmath.h"
 
 namespace Atelier::Vel {
@@ -27,11 +30,20 @@ struct PolygonFaces {
     const float* positions;
 };
 
+/// An ear that waits to be clipped. One whose corner has changed since then is out of date.
+struct QueuedEar {
+    float cosine;
+    int corner;
+};
+
 /// The working memory of one cut; polygons of up to 32 corners fit in without an allocation.
 struct PolygonScratch {
     QVarLengthArray<PlanePoint, 32> points;
+    QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the one after it
     QVarLengthArray<PolygonCorner, 32> corners;
     QVarLengthArray<int, 96> triangles; ///< corner numbers, three per triangle
+    std::vector<QueuedEar> ears;        ///< of a large polygon: a heap, the next one to clip on top
+    EarBlockers blockers;               ///< of a large polygon
 };
 
 /// Cuts polygons as Triangulate3D does, one after the other, and keeps its working memory between them: once

@@ -17,15 +17,22 @@ struct PlanePoint {
     friend PlanePoint operator-(const PlanePoint& p) { return {-p.x, -p.y}; }
 };
 
+/// Vectors whose squared length is up to this count as null: qFuzzyIsNull(double).
+constexpr double kNullLength = 0.000000000001;
+
+inline double squaredLength(const PlanePoint& p) {
+    return double(p.x) * double(p.x) + double(p.y) * double(p.y);
+}
+
 /// QVector2D::normalized(), QVector2D::dotProduct() and QVector3D::dotProduct() of Qt 5, operation by
 /// operation; Qt's stand in a library of their own, where no compiler can inline them.
 inline PlanePoint normalized(const PlanePoint& p) {
-    const double squaredLength = double(p.x) * double(p.x) + double(p.y) * double(p.y);
-    if (qFuzzyIsNull(squaredLength - 1.0))
+    const double squared = squaredLength(p);
+    if (std::fabs(squared - 1.0) <= kNullLength)
         return p;
-    if (qFuzzyIsNull(squaredLength))
+    if (squared <= kNullLength)
         return {0, 0};
-    const double length = std::sqrt(squaredLength);
+    const double length = std::sqrt(squared);
     return {float(double(p.x) / length), float(double(p.y) / length)};
 }
 
