@@ -3,6 +3,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 
 #include <velgl/velgl_export.h>
@@ -44,17 +45,25 @@ public:
     /// The bytes that a value of `type` takes; 0 for a texture.
     static int byteSize(DataType type);
 
+    /// The names of the texture members, in order: their positions here are the numbers of their texture
+    /// units.
+    QStringList textureNames() const;
+
     /// The items packed one after the other, missing members zero. A value whose size differs from its
     /// member's is left out with a warning that names both sizes.
     QByteArray pack(const QList<InstanceData>& items) const;
 
     /// A GLSL struct named `structName` that matches pack(), so that a shader cannot disagree with the
-    /// buffer.
+    /// buffer; empty when there are no value members, since GLSL has no empty structs.
     QString glslStruct(const QString& structName) const;
+    /// A member's name as GLSL text has it: characters that cannot stand in an identifier become '_'.
+    static QString glslName(const QString& member);
 
 private:
     QString _name;
     QVector<Member> _members;
+    int _end = 0;       // of the last value member, in bytes
+    int _alignment = 1; // of an item: the largest of its members
 };
 
 } // namespace Atelier::Vel

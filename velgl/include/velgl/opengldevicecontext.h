@@ -20,6 +20,10 @@ public:
     struct HeadlessOptions {
         QString device; ///< part of an EGL device's name or its DRM file; empty takes the first that works
         bool debug = false; ///< ask the driver for a debug context
+        /// Shares buffers, textures and programs with this context, on whose device the new one is made.
+        QSharedPointer<OpenGLDeviceContext> shareWith;
+        bool directStateAccess = true; ///< false: work as with drivers that do not have it
+        bool drawParameters = true;    ///< false: work as with drivers that do not have them
     };
 
     virtual ~OpenGLDeviceContext();

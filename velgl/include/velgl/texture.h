@@ -18,6 +18,11 @@ public:
     /// and `depth` is 0 for a two-dimensional texture.
     Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent);
     ~Texture() override;
+    Texture(const Texture&) = delete;
+    Texture& operator=(const Texture&) = delete;
+
+    /// A texture of one texel of that colour. It fills itself on first bind, in every context anew.
+    static std::unique_ptr<Texture> ofColor(const QColor& color);
 
     unsigned int target() const;
     int internalFormat() const;

@@ -1,0 +1,173 @@
+#include "scopedbinding.h"
+
+#include <velgl/drawbuffers.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include <velgl/bufferobject.h>
+#include <velgl/vertexarrayobject.h>
+
+#include "bufferoperations.h"
+#include "log.h"
+#include "programinputs.h"
+#include "scalartype.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using Command = DrawElementsIndirectCommand;
+
+void setUniform(GLuint program, const char* name, GLint value) {
+    const GLint location = glGetUniformLocation(program, name);
+    if (location >= 0)
+        glProgramUniform1i(program, location, value);
+}
+
+} // namespace
+
+struct DrawBuffers::Data {
+    QSharedPointer<VertexArrayObject> vao;
+    QSharedPointer<BufferObject> indices;
+    int indexCount = 0;
+    unsigned int indexType = GL_UNSIGNED_INT;
+    unsigned int vertexCount = 0;
+    unsigned int primitiveType = GL_TRIANGLES;
+    QVector<Command> commands;
+    GLNames indirect;
+
+    const GLName* indirectIn(const ContextGL& gl);
+    QVector<Command> safeCommands() const;
+    bool canDraw() const;
+};
+
+// What a command may read: no more than was announced, and no more than there is.
+QVector<Command> DrawBuffers::Data::safeCommands() const {
+    quint64 available = quint64(std::max(indexCount, 0));
+    if (const int size = scalarSize(indexType))
+        available = std::min(available, (indices ? indices->byteCount() : 0) / quint64(size));
+    QVector<Command> safe = commands;
+    int refused = 0;
+    for (Command& command : safe) {
+        if (quint64(command.firstIndex) + command.count <= available)
+            continue;
+        command.count = 0;
+        ++refused;
+    }
+    if (refused > 0)
+        qCWarning(velglLog, "%d of %d draw commands reach beyond the %llu indices; they draw nothing",
+                  refused, safe.size(), available);
+    return safe;
+}
+
+const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
+    if (const GLName* name = indirect.find(*gl.group()))
+        return name;
+    const QVector<Command> safe = safeCommands();
+    GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
+    const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
+    if (!fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW))
+        return nullptr;
+    return &indirect.add(std::move(buffer));
+}
+
+bool DrawBuffers::Data::canDraw() const {
+    const bool knowsIndices =
+        indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
+    return vao && indices && knowsIndices && indices->name() != 0 && indices->byteCount() > 0;
+}
+
+DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
+
+DrawBuffers::~DrawBuffers() = default;
+
+void DrawBuffers::setVAO(QSharedPointer<VertexArrayObject> vao) {
+    _data->vao = std::move(vao);
+}
+
+QSharedPointer<VertexArrayObject> DrawBuffers::VAO() const {
+    return _data->vao;
+}
+
+void DrawBuffers::setIndexedDraw(QSharedPointer<BufferObject> indices, int count, unsigned int type) {
+    _data->indices = std::move(indices);
+    _data->indexCount = count;
+    _data->indexType = type;
+    _data->indirect = {};
+}
+
+QSharedPointer<BufferObject> DrawBuffers::indexBuffer() const {
+    return _data->indices;
+}
+
+int DrawBuffers::indexCount() const {
+    return _data->indexCount;
+}
+
+unsigned int DrawBuffers::indexType() const {
+    return _data->indexType;
+}
+
+void DrawBuffers::setVertexCount(unsigned int count) {
+    _data->vertexCount = count;
+}
+
+unsigned int DrawBuffers::vertexCount() const {
+    return _data->vertexCount;
+}
+
+void DrawBuffers::setPrimitiveType(unsigned int type) {
+    _data->primitiveType = type;
+}
+
+unsigned int DrawBuffers::primitiveType() const {
+    return _data->primitiveType;
+}
+
+void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count) {
+    _data->commands.clear();
+    if (commands && count > 0)
+        _data->commands = QVector<Command>(commands, commands + count);
+    _data->indirect = {};
+}
+
+QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands() const {
+    return _data->commands;
+}
+
+QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
+    const ContextGL* gl = ContextGL::current();
+    const GLName* indirect = gl ? _data->indirectIn(*gl) : nullptr;
+    if (!indirect)
+        return {};
+    const QByteArray content = readBuffer(*gl, *indirect);
+    QVector<Command> commands(content.size() / int(sizeof(Command)));
+    std::copy(content.cbegin(), content.cend(), reinterpret_cast<char*>(commands.data()));
+    return commands;
+}
+
+void DrawBuffers::draw(int first, int count) {
+    const ContextGL* gl = ContextGL::current();
+    first = std::max(first, 0);
+    count = std::min(count, _data->commands.size() - first);
+    const GLuint program = gl ? currentVertexProgram() : 0;
+    if (program == 0 || count <= 0 || !_data->canDraw())
+        return;
+    const GLName* indirect = _data->indirectIn(*gl);
+    _data->vao->setIndexBuffer(_data->indices);
+    if (indirect && _data->vao->bind()) {
+        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());
+        // Without draw parameters the shader learns each command's number from the uniform alone.
+        const int step = gl->features().drawParameters ? count : 1;
+        for (int command = first; command < first + count; command += step) {
+            setUniform(program, "velgl_firstCommand", command);
+            const auto offset = static_cast<std::uintptr_t>(command) * sizeof(Command);
+            glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType,
+                                        reinterpret_cast<const void*>(offset), step, 0);
+        }
+        _data->vao->unbind();
+    }
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,43 @@
+#include <epoxy/gl.h>
+
+#include <velgl/glentrypoints.h>
+
+#include "contextgl.h"
+#include "pixelstore.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+void pixelStorei(unsigned int name, int value) {
+    if (ContextGL::current())
+        glPixelStorei(name, value);
+}
+
+void texParameteri(unsigned int target, unsigned int name, int value) {
+    if (ContextGL::current())
+        glTexParameteri(target, name, value);
+}
+
+// The pixels lie in memory, row after row, whatever rows or unpack buffer the client has set for itself.
+void texImage2D(unsigned int target, int level, int internalFormat, int width, int height, int border,
+                unsigned int format, unsigned int type, const void* pixels) {
+    if (!ContextGL::current())
+        return;
+    const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack, ScopedPixelStore::Alignment::Client);
+    glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
+}
+
+void generateMipmap(unsigned int target) {
+    if (ContextGL::current())
+        glGenerateMipmap(target);
+}
+
+} // namespace
+
+GLEntryPoints& glEntryPoints() {
+    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap};
+    return entryPoints;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,25 @@
+#pragma once
+
+namespace Atelier::Vel {
+
+/// The handle of a context as the window system knows it.
+struct NativeContext {
+    enum class Api { None, Egl, Glx };
+
+    Api api = Api::None;
+    void* handle = nullptr;
+    void* display = nullptr; ///< the EGLDisplay; null for GLX
+
+    friend bool operator==(const NativeContext& a, const NativeContext& b) {
+        return a.api == b.api && a.handle == b.handle;
+    }
+    friend bool operator!=(const NativeContext& a, const NativeContext& b) { return !(a == b); }
+};
+
+/// What is current on the calling thread, whoever made it so.
+NativeContext currentNativeContext();
+
+/// Whether the context is known to exist no longer. False means "not known".
+bool isDestroyed(const NativeContext& context);
+
+} // namespace Atelier::Vel
