@@ -87,8 +87,9 @@ void GLFixture::SetUp() {
 }
 
 void GLFixture::TearDown() {
-    if (OpenGLDeviceContext::current())
+    if (OpenGLDeviceContext::current()) {
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+    }
     for (const QString& message : _severeMessages)
         ADD_FAILURE() << "OpenGL says: " << message.toStdString();
     context.reset();
