@@ -1,8 +1,12 @@
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include <QtCore/QHash>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 
 #include <velgl/drawelementsindirectcommand.h>
@@ -11,9 +15,19 @@
 
 namespace Atelier::Vel {
 
+class FaceCutter;
 class GPUModel;
+class VertexMerging;
+struct DrawGroup;
 
 /// Collects separately indexed vertex attributes, faces and material groups, and uploads them as draw data.
+///
+/// Declare each attribute once and append its values and, face by face, one index per corner; append the
+/// corner count of every face; create material groups and add the numbers of their faces; then upload. Counts
+/// are always counts of scalar elements: a position of three floats is appended with a count of 3.
+///
+/// Data that does not fit together is never an error: a corner without a valid index takes a value of zeros,
+/// and faces that do not exist are passed over. What a stream cannot hold is refused, see refusedStreams().
 class VELMODEL_EXPORT ModelBuilder {
 public:
     /// GL_UNSIGNED_INT, the type of all index streams, and the bytes of one index.
@@ -29,38 +43,66 @@ public:
         quint64 substitutedCorners = 0;  ///< attribute values taken as zero for want of a valid index
     };
 
+    /// Every stream comes from `allocator`; null makes the builder use a ModelDataArrayAllocator of its own.
+    /// Groups whose flags agree in the bits of `materialFlagsMask` are drawn by one drawable.
     explicit ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator = {},
                           quint64 materialFlagsMask = 0);
     ~ModelBuilder();
     ModelBuilder(const ModelBuilder&) = delete;
     ModelBuilder& operator=(const ModelBuilder&) = delete;
 
+    /// Back to the state after construction; allocator and mask stay.
     void clear();
+    /// Whether there are groups, faces and attributes, and every attribute has values and indices.
+    /// Does not ask whether they fit together.
     bool isValid() const;
 
     bool hasMaterialGroup(const QString& name) const;
+    /// A negative `id` stands for the number of groups before the call. Creating a name again drops the
+    /// group's faces and object name.
     void createMaterialGroup(const QString& name, const InstanceData& material, int id, quint64 flags);
+    /// -1 when there is no such group.
     int materialGroupId(const QString& name) const;
+    /// 0 when there is no such group.
     quint64 materialGroupFlags(const QString& name) const;
+    /// Adds `count` face numbers. The first non-null object name stays; another one is warned about.
+    /// Returns: false when there is no such group.
     bool addFacesToMaterialGroup(const QString& name, quint64 count, const unsigned int* faces,
                                  const QString& objectName);
 
     bool hasVertexAttribute(const QString& name) const;
+    /// `type` is a GL scalar type; both counts are initial sizes in elements, with unspecified contents.
+    /// Creating a name again drops what it held.
     void createVertexAttribute(const QString& name, int components, unsigned int type, quint64 valueCount,
                                quint64 indexCount);
+    /// Does nothing when there is no such attribute or it is of another type.
     void addValuesToVertexAttribute(const QString& name, quint64 count, const void* values,
                                     unsigned int type);
+    /// Index i means the i-th value, not the i-th element. Does nothing when there is no such attribute.
     void addIndicesToVertexAttribute(const QString& name, quint64 count, const unsigned int* indices);
+    /// One corner count per face.
     void addVertexCountsToFaces(quint64 count, const unsigned int* counts);
 
+    /// Makes the first upload compute smooth normals into the attribute `name`; null turns that off.
     void generateNormals(const QString& name);
+    /// Does nothing: unused vertices are kept.
     void removeUnusedVertices();
+    /// Does nothing: an upload always merges equal vertices.
     void removeDuplicateVertices();
 
+    /// Prepares the data on the first call and adds it to `model` as one drawable per draw key.
+    /// `positionAttribute` holds three floats per vertex. `instanceData` is copied once per group; its member
+    /// `groupIdMember` takes the group's id, 32 bits, or, when that name is null, the drawable gets the
+    /// groups' materials instead. `usage` is a GL usage hint, `primitiveType` a GL primitive mode. Does
+    /// nothing when the builder is not valid, there is no such attribute, or no context is current.
     void upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
                 const QString& groupIdMember, unsigned int usage, unsigned int primitiveType);
 
     const Statistics& statistics() const { return _statistics; }
+
+    /// What has refused data since construction or clear() because it would have grown beyond what one stream
+    /// can hold, in words; empty when everything handed in was taken.
+    const QStringList& refusedStreams() const { return _refusedStreams; }
 
 private:
     friend struct ModelBuilderAccess;
@@ -73,19 +115,44 @@ private:
         QString objectName;
     };
 
+    /// Values and indices are the input; the GPU's are made from them and indexed all by the same list.
     enum StreamSlot { kValues, kIndices, kGPUValues, kGPUIndices, kStreamSlots };
 
     struct VertexAttribute {
         QSharedPointer<ModelDataStream> streams[kStreamSlots];
         qint32 components;
+
+        quint64 vertexCount() const;
     };
 
+    struct StreamBuild;
+
+    QSharedPointer<ModelDataStream> makeStream(unsigned int type, quint64 count) const;
+    void refuse(const QString& purpose);
+    QStringList attributeNames() const;
+    QStringList groupNames() const;
+
+    /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
+    /// as a vertex before merging: a corner, or a distinct tuple of indices.
     void buildGPUFriendlyStreams(bool mergeCorners);
+    /// Merges GPU vertices of the same bytes.
     void optimizeGPUStreams();
+    bool allHaveGPUStreams() const;
+    StreamBuild collectInput(quint32 cornerCount);
+    static quint64 warnAboutSubstitutes(const StreamBuild& build, quint32 cornerCount);
+    bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
+    static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
+    void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
+
+    bool prepareUpload(const QString& positionAttribute);
+    void abandonPreparation();
+    void prepareMaterialGroups(const VertexAttribute& position);
     void prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
                                        const QSharedPointer<ModelDataStream>& positions,
                                        const QSharedPointer<ModelDataStream>& cornerIndices,
                                        const QVector<unsigned int>& faceStarts);
+    bool makeNormals(const VertexAttribute& position);
+    std::vector<DrawGroup> drawGroups(quint64 drawKey) const;
 
     QSharedPointer<ModelDataStreamAllocator> _allocator;
     QHash<QString, MaterialGroup> _materialGroups;
@@ -97,6 +164,8 @@ private:
     QHash<quint64, QVector<QString>> _drawGroupNames;
     quint64 _materialFlagsMask;
     Statistics _statistics;
+    QStringList _refusedStreams;
+    std::unique_ptr<FaceCutter> _faceCutter; ///< working memory while groups are prepared
 };
 
 } // namespace Atelier::Vel

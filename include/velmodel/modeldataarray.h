@@ -7,26 +7,35 @@
 namespace Atelier::Vel {
 
 /// A stream in memory: packed elements in native byte order, at most 2 147 483 647 bytes.
+/// What would make it longer is refused whole: the stream stays as it was, and its size tells.
 /// Copies share their bytes until one of them is written to.
 class VELMODEL_EXPORT ModelDataArray : public ModelDataStream {
 public:
-    /// `type` defaults to GL_FLOAT. The elements are unspecified.
+    /// `type` defaults to GL_FLOAT. The elements are unspecified; a refused `count` gives an empty stream.
     explicit ModelDataArray(unsigned int type = 0x1406, quint64 count = 0);
     ModelDataArray(const ModelDataArray&) = default;
     ModelDataArray& operator=(const ModelDataArray&) = default;
     ~ModelDataArray() override;
 
     unsigned int type() const override;
+    /// Refused, type included, when the same number of elements of the new type would be too long.
     void setType(unsigned int type) override;
     bool isEmpty() const override;
+    /// 0 for a code that is no scalar type.
     quint64 size() const override;
     void resize(quint64 count) override;
     quint64 byteCount() const override;
     void* data(quint64 first) override;
     void setData(quint64 first, quint64 count, const void* src) override;
+    /// `src` may point into this stream.
     void append(quint64 count, const void* src) override;
 
+    /// Whether `count` elements of `type` fit into one stream.
+    static bool canHold(unsigned int type, quint64 count);
+
 private:
+    void resizeBytes(quint64 bytes);
+
     quint32 _type;
     QByteArray _bytes;
 };
@@ -35,6 +44,7 @@ private:
 class VELMODEL_EXPORT ModelDataArrayAllocator : public ModelDataStreamAllocator {
 public:
     ~ModelDataArrayAllocator() override;
+    /// Null when `count` elements do not fit into one stream.
     ModelDataStream* alloc(unsigned int type, quint64 count) override;
 };
 

@@ -1,11 +1,24 @@
 #include <velmodel/modeldataarray.h>
 
 #include <cstring>
+#include <functional>
+#include <limits>
+
+#include "streams/hugepages.h"
 
 namespace Atelier::Vel {
 
+namespace {
+
+// A byte array keeps a header and a terminator in the same signed 32-bit size, so the last bytes cannot be
+// had.
+constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max() - sizeof(QArrayData) - 1;
+
+} // namespace
+
 ModelDataArray::ModelDataArray(unsigned int type, quint64 count) : _type(type) {
-    resize(count);
+    if (canHold(type, count))
+        resizeBytes(typeSize(type) * count);
 }
 
 ModelDataArray::~ModelDataArray() = default;
@@ -15,11 +28,11 @@ unsigned int ModelDataArray::type() const {
 }
 
 void ModelDataArray::setType(unsigned int type) {
-    if (type == _type)
-        return;
     const quint64 count = size();
+    if (type == _type || !canHold(type, count))
+        return;
     _type = type;
-    resize(count);
+    resizeBytes(typeSize(type) * count);
 }
 
 bool ModelDataArray::isEmpty() const {
@@ -32,7 +45,8 @@ quint64 ModelDataArray::size() const {
 }
 
 void ModelDataArray::resize(quint64 count) {
-    _bytes.resize(static_cast<int>(typeSize(_type) * count));
+    if (canHold(_type, count))
+        resizeBytes(typeSize(_type) * count);
 }
 
 quint64 ModelDataArray::byteCount() const {
@@ -44,17 +58,44 @@ void* ModelDataArray::data(quint64 first) {
 }
 
 void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
-    std::memcpy(data(first), src, typeSize(_type) * count);
+    if (count != 0)
+        std::memmove(data(first), src, typeSize(_type) * count);
 }
 
 void ModelDataArray::append(quint64 count, const void* src) {
-    _bytes.append(static_cast<const char*>(src), static_cast<int>(typeSize(_type) * count));
+    if (count == 0 || !canHold(_type, size() + count))
+        return;
+    const auto* source = static_cast<const char*>(src);
+    const int bytes = static_cast<int>(typeSize(_type) * count);
+    const std::less<> before;
+    const bool isOwn =
+        !before(source, _bytes.constData()) && before(source, _bytes.constData() + _bytes.size());
+    const int capacity = _bytes.capacity();
+    // Growing may move the bytes that an own source points to.
+    if (isOwn)
+        _bytes.append(QByteArray(source, bytes));
+    else
+        _bytes.append(source, bytes);
+    if (_bytes.capacity() != capacity)
+        adviseHugePages(_bytes.data(), static_cast<std::size_t>(_bytes.capacity()));
+}
+
+bool ModelDataArray::canHold(unsigned int type, quint64 count) {
+    const quint64 elementSize = typeSize(type);
+    return elementSize == 0 || count <= kMaxBytes / elementSize;
+}
+
+void ModelDataArray::resizeBytes(quint64 bytes) {
+    const int capacity = _bytes.capacity();
+    _bytes.resize(static_cast<int>(bytes));
+    if (_bytes.capacity() != capacity)
+        adviseHugePages(_bytes.data(), static_cast<std::size_t>(_bytes.capacity()));
 }
 
 ModelDataArrayAllocator::~ModelDataArrayAllocator() = default;
 
 ModelDataStream* ModelDataArrayAllocator::alloc(unsigned int type, quint64 count) {
-    return new ModelDataArray(type, count);
+    return ModelDataArray::canHold(type, count) ? new ModelDataArray(type, count) : nullptr;
 }
 
 } // namespace Atelier::Vel

@@ -1,0 +1,23 @@
+#include "diagnostics.h"
+
+#include <QtCore/QMessageLogger>
+
+namespace Atelier::Vel {
+
+void reportAssertion(const QString& condition, const QString& detail, int line) {
+    const QString escaped = QString(condition).replace(QLatin1Char('%'), QLatin1String("\\%"));
+    const QByteArray text =
+        QStringLiteral("[ !! ] Assertion '%1' failed: %2").arg(escaped, detail).toLocal8Bit();
+    QMessageLogger().critical("[%s:%d] %s", "modelbuilder", line, text.constData());
+}
+
+void reportMissingStream(const QString& purpose) {
+    QMessageLogger().warning("Unable to upload: no stream could be made for %s", qUtf8Printable(purpose));
+}
+
+void reportRefusedData(const QString& purpose) {
+    QMessageLogger().warning("Data for %s refused: a stream holds at most 2147483647 bytes",
+                             qUtf8Printable(purpose));
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+#include "geometry/cornerattribute.h"
+#include "scratchblock.h"
+
+namespace Atelier::Vel {
+
+/// The distinct vertices of a mesh whose attributes are indexed separately.
+///
+/// Two corners share a vertex when the bytes of their values are the same in all attributes (so −0.0 and 0.0
+/// differ, and two NaNs of the same bits do not). Vertices are numbered from 0 in the order in which they
+/// first appear over the corners.
+class VertexMerging {
+public:
+    /// Finds the vertices and writes the vertex of each corner to `vertexOfCorner`, which has room for
+    /// `cornerCount` entries. The attributes' lists and values must stay in place while this object lives.
+    /// Cost: one pass over the corners; working memory of at most 16 bytes per corner.
+    VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner);
+
+    quint32 vertexCount() const { return _vertexCount; }
+    /// Writes the values of all vertices of one attribute to `out`: vertexCount() times its stride in bytes.
+    void gather(std::size_t attribute, unsigned char* out) const;
+
+private:
+    std::vector<CornerAttribute> _attributes;
+    ScratchBlock _scratch;
+    quint32 _vertexCount = 0;
+};
+
+/// The corners whose value is taken as zero because they have no valid index.
+quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount);
+
+/// The number of different tuples of value numbers that the corners have, one number per attribute.
+quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount);
+
+} // namespace Atelier::Vel

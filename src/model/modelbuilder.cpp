@@ -1,0 +1,301 @@
+#include <velmodel/modelbuilder.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <QtCore/QMessageLogger>
+
+#include <velgl/gpumodel.h>
+#include <velgl/opengldevicecontext.h>
+#include <velgl/texturetoken.h>
+#include <velmodel/modeldataarray.h>
+
+#include "diagnostics.h"
+#include "geometry/normals.h"
+#include "streams/streamview.h"
+#include "upload/facecutter.h"
+#include "upload/instanceplans.h"
+#include "upload/modelupload.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+constexpr unsigned int kFloat = 0x1406; // GL_FLOAT
+
+// Made in this order when the library is loaded.
+[[maybe_unused]] const TextureToken builderToken;
+[[maybe_unused]] const QString planarTag = QStringLiteral("[PLANAR]");
+[[maybe_unused]] const bool isInstanceInfoRegistered = (registerInstanceInfoPlan(), true);
+
+QString describeAttribute(const QString& name) {
+    return QStringLiteral("vertex attribute '%1'").arg(name);
+}
+
+/// False when the stream did not take the data. A null stream takes nothing and loses nothing.
+bool appendTo(ModelDataStream* stream, quint64 count, const void* data) {
+    if (stream == nullptr || count == 0)
+        return true;
+    const quint64 before = stream->size();
+    stream->append(count, data);
+    return stream->size() == before + count;
+}
+
+/// Walking a hash gives another order in every process; what can be seen from outside has to keep one.
+template<typename List>
+List sorted(List list) {
+    std::sort(list.begin(), list.end());
+    return list;
+}
+
+} // namespace
+
+ModelBuilder::ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator, quint64 materialFlagsMask)
+    : _allocator(std::move(allocator)), _materialFlagsMask(materialFlagsMask) {
+    if (_allocator.isNull())
+        _allocator = QSharedPointer<ModelDataArrayAllocator>::create();
+    _verticesPerFace = makeStream(kIndexType, 0);
+    _gpuIndices = makeStream(kIndexType, 0);
+}
+
+ModelBuilder::~ModelBuilder() = default;
+
+void ModelBuilder::clear() {
+    _materialGroups.clear();
+    _verticesPerFace = makeStream(kIndexType, 0);
+    _vertexAttributes.clear();
+    _normalsAttributeName.clear();
+    _gpuIndices = makeStream(kIndexType, 0);
+    _drawCommands.clear();
+    _drawGroupNames.clear();
+    _statistics = {};
+    _refusedStreams.clear();
+}
+
+bool ModelBuilder::isValid() const {
+    if (_materialGroups.isEmpty() || isEmpty(_verticesPerFace.data()) || _vertexAttributes.isEmpty())
+        return false;
+    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(), [](const VertexAttribute& record) {
+        const ModelDataStream* const values = record.streams[kValues].data();
+        return values == nullptr || (!isEmpty(values) && !isEmpty(record.streams[kIndices].data()));
+    });
+}
+
+bool ModelBuilder::hasMaterialGroup(const QString& name) const {
+    return _materialGroups.contains(name);
+}
+
+void ModelBuilder::createMaterialGroup(const QString& name, const InstanceData& material, int id,
+                                       quint64 flags) {
+    const int groupCount = _materialGroups.size();
+    MaterialGroup& group = _materialGroups[name];
+    group.material = material;
+    group.id = id < 0 ? groupCount : id;
+    group.faces = makeStream(kIndexType, 0);
+    group.flags = flags;
+    group.objectName = QString();
+}
+
+int ModelBuilder::materialGroupId(const QString& name) const {
+    const auto found = _materialGroups.constFind(name);
+    return found == _materialGroups.constEnd() ? -1 : found->id;
+}
+
+quint64 ModelBuilder::materialGroupFlags(const QString& name) const {
+    const auto found = _materialGroups.constFind(name);
+    return found == _materialGroups.constEnd() ? 0 : found->flags;
+}
+
+bool ModelBuilder::addFacesToMaterialGroup(const QString& name, quint64 count, const unsigned int* faces,
+                                           const QString& objectName) {
+    const auto group = _materialGroups.find(name);
+    if (group == _materialGroups.end())
+        return false;
+    if (group->objectName.isNull())
+        group->objectName = objectName;
+    if (group->objectName != objectName)
+        QMessageLogger().warning("adding object '%s'' to material group for object '%s'",
+                                 objectName.toLocal8Bit().constData(),
+                                 group->objectName.toLocal8Bit().constData());
+    if (!appendTo(group->faces.data(), count, faces))
+        refuse(QStringLiteral("material group '%1'").arg(name));
+    return true;
+}
+
+bool ModelBuilder::hasVertexAttribute(const QString& name) const {
+    return _vertexAttributes.contains(name);
+}
+
+void ModelBuilder::createVertexAttribute(const QString& name, int components, unsigned int type,
+                                         quint64 valueCount, quint64 indexCount) {
+    VertexAttribute& record = _vertexAttributes[name];
+    record = VertexAttribute();
+    record.streams[kValues] = makeStream(type, valueCount);
+    record.streams[kIndices] = makeStream(kIndexType, indexCount);
+    record.components = components;
+    if (!ModelDataArray::canHold(type, valueCount) || !ModelDataArray::canHold(kIndexType, indexCount))
+        refuse(describeAttribute(name));
+}
+
+void ModelBuilder::addValuesToVertexAttribute(const QString& name, quint64 count, const void* values,
+                                              unsigned int type) {
+    const auto record = _vertexAttributes.find(name);
+    if (record == _vertexAttributes.end())
+        return;
+    ModelDataStream* const stream = record->streams[kValues].data();
+    if (stream != nullptr && stream->type() == type && !appendTo(stream, count, values))
+        refuse(describeAttribute(name));
+}
+
+void ModelBuilder::addIndicesToVertexAttribute(const QString& name, quint64 count,
+                                               const unsigned int* indices) {
+    const auto record = _vertexAttributes.find(name);
+    if (record != _vertexAttributes.end() && !appendTo(record->streams[kIndices].data(), count, indices))
+        refuse(describeAttribute(name));
+}
+
+void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {
+    if (!appendTo(_verticesPerFace.data(), count, counts))
+        refuse(QStringLiteral("the faces"));
+}
+
+void ModelBuilder::generateNormals(const QString& name) {
+    _normalsAttributeName = name;
+}
+
+void ModelBuilder::removeUnusedVertices() {}
+
+void ModelBuilder::removeDuplicateVertices() {}
+
+void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
+                          const QString& groupIdMember, unsigned int usage, unsigned int primitiveType) {
+    if (model == nullptr || !isValid() || !_vertexAttributes.contains(positionAttribute))
+        return;
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    if (context.isNull())
+        return;
+    if (isEmpty(_gpuIndices.data()) && !prepareUpload(positionAttribute))
+        return;
+    ModelUpload upload(*context, {instanceData, groupIdMember, usage, primitiveType});
+    if (!upload.addIndices(*_gpuIndices, _vertexAttributes[positionAttribute].vertexCount(), *_allocator))
+        return;
+    for (const QString& name : attributeNames()) {
+        const VertexAttribute& record = _vertexAttributes[name];
+        if (!record.streams[kGPUValues].isNull() &&
+            !upload.addAttribute(name, *record.streams[kGPUValues], record.components))
+            return;
+    }
+    for (const quint64 drawKey : sorted(_drawCommands.keys()))
+        upload.addDrawable(*model, drawKey, _drawCommands[drawKey], drawGroups(drawKey));
+}
+
+quint64 ModelBuilder::VertexAttribute::vertexCount() const {
+    if (components < 1 || streams[kGPUValues].isNull())
+        return 0;
+    return streams[kGPUValues]->size() / static_cast<quint64>(components);
+}
+
+bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
+    _statistics.triangles = 0;
+    _statistics.untriangulatedFaces = 0;
+    buildGPUFriendlyStreams(false);
+    for (const VertexAttribute& record : qAsConst(_vertexAttributes))
+        if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
+            return false;
+    // A copy: the table may grow below.
+    const VertexAttribute position = _vertexAttributes.value(positionAttribute);
+    if (position.streams[kGPUValues].isNull()) {
+        reportMissingStream(describeAttribute(positionAttribute));
+        return false;
+    }
+    if (_gpuIndices.isNull())
+        _gpuIndices = makeStream(kIndexType, 0);
+    if (_gpuIndices.isNull()) {
+        reportMissingStream(QStringLiteral("the triangle indices"));
+        return false;
+    }
+    prepareMaterialGroups(position);
+    return !_gpuIndices.isNull() && (_normalsAttributeName.isNull() || makeNormals(position));
+}
+
+void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
+    const WordView counts = WordView::of(_verticesPerFace.data());
+    QVector<unsigned int> faceStarts;
+    faceStarts.reserve(static_cast<int>(counts.count));
+    quint32 start = 0;
+    for (quint64 face = 0; face < counts.count; ++face) {
+        faceStarts.append(start);
+        start += counts.words[face];
+    }
+    _faceCutter = std::make_unique<FaceCutter>();
+    for (const QString& name : groupNames()) {
+        const MaterialGroup& group = _materialGroups[name];
+        if (!_gpuIndices.isNull() && !isEmpty(group.faces.data()))
+            prepareMaterialGroupForUpload(name, group, position.streams[kGPUValues],
+                                          position.streams[kGPUIndices], faceStarts);
+    }
+    _faceCutter.reset();
+}
+
+void ModelBuilder::abandonPreparation() {
+    _gpuIndices.reset();
+    _drawCommands.clear();
+    _drawGroupNames.clear();
+}
+
+bool ModelBuilder::makeNormals(const VertexAttribute& position) {
+    const quint64 vertexCount = position.vertexCount();
+    const QSharedPointer<ModelDataStream> values = makeStream(kFloat, vertexCount * 3);
+    const ByteView normals = ByteView::of(values.data());
+    if (values.isNull() || normals.count < vertexCount * 3 * sizeof(float)) {
+        abandonPreparation();
+        reportMissingStream(describeAttribute(_normalsAttributeName));
+        return false;
+    }
+    const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
+    const WordView indices = WordView::of(_gpuIndices.data());
+    generateVertexNormals(reinterpret_cast<const float*>(positions.bytes), positions.count / sizeof(float),
+                          indices.words, indices.count, static_cast<quint32>(vertexCount),
+                          reinterpret_cast<float*>(normals.bytes));
+    VertexAttribute& record = _vertexAttributes[_normalsAttributeName];
+    record.streams[kGPUValues] = values;
+    record.streams[kGPUIndices] = position.streams[kGPUIndices];
+    record.components = 3;
+    return true;
+}
+
+std::vector<DrawGroup> ModelBuilder::drawGroups(quint64 drawKey) const {
+    std::vector<DrawGroup> groups;
+    for (const QString& name : _drawGroupNames.value(drawKey)) {
+        const MaterialGroup group = _materialGroups.value(name);
+        groups.push_back({name, group.objectName, group.material, group.id});
+    }
+    return groups;
+}
+
+QSharedPointer<ModelDataStream> ModelBuilder::makeStream(unsigned int type, quint64 count) const {
+    return QSharedPointer<ModelDataStream>(_allocator->alloc(type, count));
+}
+
+void ModelBuilder::refuse(const QString& purpose) {
+    if (_refusedStreams.contains(purpose))
+        return;
+    _refusedStreams.append(purpose);
+    reportRefusedData(purpose);
+}
+
+QStringList ModelBuilder::attributeNames() const {
+    return sorted(QStringList(_vertexAttributes.keys()));
+}
+
+QStringList ModelBuilder::groupNames() const {
+    QStringList names = _materialGroups.keys();
+    std::sort(names.begin(), names.end(), [this](const QString& a, const QString& b) {
+        const int idOfA = materialGroupId(a);
+        const int idOfB = materialGroupId(b);
+        return idOfA != idOfB ? idOfA < idOfB : a < b;
+    });
+    return names;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,204 @@
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include <QtCore/QMessageLogger>
+
+#include <velmodel/modelbuilder.h>
+
+#include "diagnostics.h"
+#include "geometry/vertexmerging.h"
+#include "streams/streamview.h"
+
+namespace Atelier::Vel {
+
+/// The attributes that one merging goes over, in their order, with the streams that hold the result.
+struct ModelBuilder::StreamBuild {
+    std::vector<QString> names;
+    std::vector<VertexAttribute*> records;
+    std::vector<CornerAttribute> attributes;
+    std::vector<QSharedPointer<ModelDataStream>> results;
+};
+
+namespace {
+
+/// The values of an attribute, not indexed yet. Without whole values or without bytes it has none.
+CornerAttribute valuesOf(ModelDataStream* stream, qint32 components) {
+    CornerAttribute attribute;
+    const ByteView view = ByteView::of(stream);
+    attribute.values = view.bytes;
+    if (components > 0)
+        attribute.stride = ModelDataStream::typeSize(stream->type()) * static_cast<quint64>(components);
+    if (attribute.stride != 0)
+        attribute.valueCount =
+            std::min<quint64>(view.count / attribute.stride, std::numeric_limits<quint32>::max());
+    return attribute;
+}
+
+quint32 sumOf(const WordView& counts) {
+    return std::accumulate(counts.words, counts.words + counts.count, quint32{0});
+}
+
+/// Where the merging writes the vertex of each corner: an index stream's own memory, or, when a client made
+/// that stream of a narrower type and it cannot take all entries, memory beside it.
+class CornerTarget {
+public:
+    CornerTarget(ModelDataStream* stream, quint32 cornerCount)
+        : _stream(WordView::of(stream)),
+          _beside(_stream.count < cornerCount ? quint64{cornerCount} * sizeof(quint32) : 0),
+          _entries(_stream.count < cornerCount ? _beside.as<quint32>() : _stream.words) {}
+
+    quint32* entries() const { return _entries; }
+    /// Hands the stream what it can take.
+    void finish() const {
+        if (_entries != _stream.words)
+            std::copy_n(_entries, _stream.count, _stream.words);
+    }
+
+private:
+    WordView _stream;
+    ScratchBlock _beside;
+    quint32* _entries;
+};
+
+} // namespace
+
+void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
+    if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
+        return;
+    const quint32 cornerCount = sumOf(WordView::of(_verticesPerFace.data()));
+    const QSharedPointer<ModelDataStream> indices = makeStream(kIndexType, cornerCount);
+    if (indices.isNull()) {
+        reportMissingStream(QStringLiteral("the corner indices"));
+        return;
+    }
+    StreamBuild build = collectInput(cornerCount);
+    const quint64 substituted = warnAboutSubstitutes(build, cornerCount);
+    const quint32 before = mergeCorners ? countIndexTuples(build.attributes, cornerCount) : cornerCount;
+
+    // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
+    const CornerTarget target(indices.data(), cornerCount);
+    const VertexMerging merging(build.attributes, cornerCount, target.entries());
+    target.finish();
+    if (!makeResults(build, merging))
+        return;
+    adoptResults(build, indices);
+    for (VertexAttribute& record : _vertexAttributes)
+        record.streams[kGPUIndices] = indices;
+    _statistics.corners = cornerCount;
+    _statistics.vertices = merging.vertexCount();
+    _statistics.substitutedCorners = substituted;
+    reportReduction(before, merging.vertexCount(), *indices);
+}
+
+void ModelBuilder::optimizeGPUStreams() {
+    StreamBuild build;
+    QSharedPointer<ModelDataStream> indices;
+    quint64 vertexCount = 0;
+    for (const QString& name : attributeNames()) {
+        VertexAttribute& record = _vertexAttributes[name];
+        if (record.streams[kGPUValues].isNull() || record.streams[kGPUIndices].isNull())
+            continue;
+        indices = record.streams[kGPUIndices];
+        build.names.push_back(name);
+        build.records.push_back(&record);
+        build.attributes.push_back(valuesOf(record.streams[kGPUValues].data(), record.components));
+        vertexCount = build.attributes.back().valueCount;
+    }
+    if (indices.isNull())
+        return;
+    for (CornerAttribute& attribute : build.attributes)
+        attribute.indexCount = vertexCount;
+
+    const ScratchBlock oldToNew(vertexCount * sizeof(quint32));
+    const VertexMerging merging(build.attributes, static_cast<quint32>(vertexCount), oldToNew.as<quint32>());
+    if (!makeResults(build, merging))
+        return;
+    const WordView entries = WordView::of(indices.data());
+    for (quint32* entry = entries.words; entry != entries.words + entries.count; ++entry)
+        if (*entry < vertexCount)
+            *entry = oldToNew.as<quint32>()[*entry];
+    adoptResults(build, indices);
+    reportReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
+}
+
+bool ModelBuilder::allHaveGPUStreams() const {
+    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(), [](const VertexAttribute& record) {
+        return !record.streams[kGPUValues].isNull() && !record.streams[kGPUIndices].isNull();
+    });
+}
+
+ModelBuilder::StreamBuild ModelBuilder::collectInput(quint32 cornerCount) {
+    StreamBuild build;
+    for (const QString& name : attributeNames()) {
+        VertexAttribute& record = _vertexAttributes[name];
+        record.streams[kGPUValues].reset();
+        record.streams[kGPUIndices].reset();
+        if (record.streams[kValues].isNull())
+            continue;
+        CornerAttribute attribute = valuesOf(record.streams[kValues].data(), record.components);
+        const WordView indices = WordView::of(record.streams[kIndices].data());
+        attribute.indices = indices.words;
+        attribute.indexCount = std::min<quint64>(indices.count, cornerCount);
+        build.names.push_back(name);
+        build.records.push_back(&record);
+        build.attributes.push_back(attribute);
+    }
+    return build;
+}
+
+quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, quint32 cornerCount) {
+    quint64 total = 0;
+    for (std::size_t i = 0; i < build.attributes.size(); ++i) {
+        const quint64 count = countSubstitutedCorners(build.attributes[i], cornerCount);
+        total += count;
+        if (count != 0)
+            QMessageLogger().warning(
+                "%llu corners have no valid index into vertex attribute '%s' and take a value of zeros",
+                count, qUtf8Printable(build.names[i]));
+    }
+    return total;
+}
+
+bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging) const {
+    for (std::size_t i = 0; i < build.records.size(); ++i) {
+        const VertexAttribute& record = *build.records[i];
+        const bool isInput = record.streams[kGPUValues].isNull();
+        const unsigned int type = record.streams[isInput ? kValues : kGPUValues]->type();
+        const quint64 components = static_cast<quint64>(std::max(record.components, 0));
+        const QSharedPointer<ModelDataStream> result = makeStream(type, components * merging.vertexCount());
+        const ByteView bytes = ByteView::of(result.data());
+        const quint64 stride = build.attributes[i].stride;
+        if (result.isNull() || bytes.count < stride * merging.vertexCount()) {
+            reportMissingStream(QStringLiteral("vertex attribute '%1'").arg(build.names[i]));
+            return false;
+        }
+        if (bytes.count != 0)
+            merging.gather(i, bytes.bytes);
+        build.results.push_back(result);
+    }
+    return true;
+}
+
+void ModelBuilder::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
+    for (std::size_t i = 0; i < build.records.size(); ++i) {
+        build.records[i]->streams[kGPUValues] = build.results[i];
+        build.records[i]->streams[kGPUIndices] = indices;
+    }
+}
+
+void ModelBuilder::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
+    if (after > before)
+        reportAssertion(QStringLiteral("newVertexCount <= vertexCount"),
+                        QStringLiteral("%1 <= %2").arg(after).arg(before), 804);
+    if (indices.type() != kIndexType)
+        reportAssertion(QStringLiteral("oldIndices->type() == GL_UNSIGNED_INT"),
+                        QString::asprintf("Index not uint32 0x%X", indices.type()), 848);
+    QMessageLogger().debug("%p Vertices Map %8lld -> %8lld d %8lld (%3lld %%) %llu",
+                           static_cast<const void*>(this), before, after, before - after,
+                           before == 0 ? 0 : after * 100 / before, ModelDataStream::typeSize(indices.type()));
+}
+
+} // namespace Atelier::Vel
