@@ -1,9 +1,11 @@
 #include "geometry/vertexmerging.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "geometry/bytemerging.h"
 #include "geometry/cornerset.h"
+#include "geometry/indexblocks.h"
 
 namespace Atelier::Vel {
 
@@ -37,19 +39,39 @@ private:
 
 VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount,
                              quint32* vertexOfCorner)
-    : _attributes(std::move(attributes)), _scratch(quint64{cornerCount} * sizeof(quint32)) {
-    _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _scratch.as<quint32>());
+    : _attributes(std::move(attributes)), _tuples(_attributes, cornerCount, vertexOfCorner) {
+    if (!_tuples.isDone()) {
+        _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32));
+        _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>());
+        return;
+    }
+    // Equal tuples are equal bytes, and tuples are numbered as they appear: so the vertices of the tuples are
+    // those of the corners, in the same order.
+    const quint32 tupleCount = _tuples.tupleCount();
+    _attributes = _tuples.tuples(_attributes);
+    _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32));
+    const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32));
+    auto* const vertices = vertexOfTuple.as<quint32>();
+    _vertexCount = mergeByBytes(_attributes, tupleCount, vertices, _corners->as<quint32>());
+    if (_vertexCount != tupleCount)
+        std::transform(vertexOfCorner, vertexOfCorner + cornerCount, vertexOfCorner,
+                       [vertices](quint32 tuple) { return vertices[tuple]; });
 }
 
 void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
-    gatherValues(_attributes[attribute], _scratch.as<quint32>(), _vertexCount, out);
+    gatherValues(_attributes[attribute], _corners->as<quint32>(), _vertexCount, out);
 }
 
 quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount) {
-    quint64 count = 0;
-    for (quint32 corner = 0; corner < cornerCount; ++corner)
-        count += attribute.valueOf(corner) == attribute.valueCount ? 1 : 0;
-    return count;
+    quint64 substituted = 0;
+    for (quint32 first = 0; first < cornerCount; first += IndexBlock::kSize) {
+        const quint32 count = std::min(IndexBlock::kSize, cornerCount - first);
+        if (allHaveValues(attribute, first, count))
+            continue;
+        for (quint32 corner = first; corner < first + count; ++corner)
+            substituted += attribute.valueOf(corner) == attribute.valueCount ? 1 : 0;
+    }
+    return substituted;
 }
 
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "geometry/cornerattribute.h"
+#include "geometry/tuplemerging.h"
 #include "scratchblock.h"
 
 namespace Atelier::Vel {
@@ -24,8 +26,9 @@ public:
     void gather(std::size_t attribute, unsigned char* out) const;
 
 private:
-    std::vector<CornerAttribute> _attributes;
-    ScratchBlock _scratch;
+    std::vector<CornerAttribute> _attributes; ///< as _corners are numbered: by corner or by tuple
+    TupleMerging _tuples;
+    std::unique_ptr<ScratchBlock> _corners; ///< the first corner of each vertex
     quint32 _vertexCount = 0;
 };
 

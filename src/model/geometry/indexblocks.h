@@ -1,0 +1,25 @@
+#pragma once
+
+#include <array>
+
+#include "geometry/cornerattribute.h"
+
+namespace Atelier::Vel {
+
+/// Reads an attribute's index list a block at a time, so that what reads the block need not check any index.
+class IndexBlock {
+public:
+    static constexpr quint32 kSize = 1024;
+
+    /// The numbers of the values of `count` corners from `first` on, valueCount for those that have none;
+    /// valid until the next call.
+    const quint32* read(const CornerAttribute& attribute, quint32 first, quint32 count);
+
+private:
+    std::array<quint32, kSize> _numbers;
+};
+
+/// Whether all of the corners have a value.
+bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count);
+
+} // namespace Atelier::Vel

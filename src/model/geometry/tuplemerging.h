@@ -1,0 +1,37 @@
+#pragma once
+
+#include <vector>
+
+#include "geometry/cornerattribute.h"
+#include "scratchblock.h"
+
+namespace Atelier::Vel {
+
+/// Merges corners that use the same values, by their numbers alone, without a look at the values: cheap, and
+/// it leaves few corners to compare by their bytes. Corners without a value count as using one more value.
+class TupleMerging {
+public:
+    /// Numbers the distinct tuples from 0 in the order in which they first appear over the corners, and
+    /// writes the number of each corner's tuple to `tupleOfCorner`, which has room for `cornerCount` entries.
+    TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner);
+
+    /// Whether merging by tuples paid. It does not, and was given up, where most corners have tuples of
+    /// their own or many tuples share one value in each attribute.
+    bool isDone() const { return _isDone; }
+    quint32 tupleCount() const { return _tupleCount; }
+    /// The tuples as corners of their own: corner t uses the values of tuple t.
+    std::vector<CornerAttribute> tuples(const std::vector<CornerAttribute>& attributes) const;
+
+private:
+    template<int Others>
+    struct Table;
+    template<int Others>
+    void merge(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner);
+
+    std::size_t _pivot = 0;
+    quint32 _tupleCount = 0;
+    bool _isDone = false;
+    ScratchBlock _tuples; ///< value numbers, one of each attribute per tuple
+};
+
+} // namespace Atelier::Vel
