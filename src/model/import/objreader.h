@@ -1,0 +1,90 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <QtCore/QDir>
+#include <QtCore/QString>
+#include <QtCore/QTextStream>
+
+#include "import/linesource.h"
+
+namespace Atelier::Vel {
+
+/// The index of a corner's position, normal or texture coordinate that its face does not give.
+constexpr quint32 kNoIndex = 0x7FFFFFFF;
+
+/// One corner of a face: 0-based numbers of its "v", "vn" and "vt" line.
+struct ObjCorner {
+    quint32 position;
+    quint32 normal;
+    quint32 texCoord;
+};
+
+/// Reads Wavefront OBJ text line by line and knows six keywords; all other lines are passed over.
+///
+/// Construct it over an open stream, call setDirectory(), and as long as hasNext(): read(), use the record
+/// according to kind() when read() returned true, next().
+class ObjReader {
+public:
+    enum class Kind : quint32 {
+        Position,        ///< "v"
+        Normal,          ///< "vn"
+        TexCoord,        ///< "vt"
+        Face,            ///< "f"
+        MaterialLibrary, ///< "mtllib"
+        UseMaterial,     ///< "usemtl"
+        End,             ///< behind the last line
+        None,            ///< no line that is known
+    };
+
+    /// Advances to the first known line. `stream` must outlive the reader.
+    explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {});
+
+    /// Where relative library names start from.
+    void setDirectory(const QString& path) { _directory = QDir(path); }
+
+    bool hasNext() const { return _kind != Kind::End; }
+    /// Advances to the next known line.
+    void next();
+    /// Parses the operands of the current line. Returns: false for a face with a corner that is no integer,
+    /// behind the last line, and when the stream is in an error state.
+    bool read();
+
+    Kind kind() const { return _kind; }
+    /// x, y and z of a vertex line; a line without z leaves the last one in place.
+    const float* values() const { return _values; }
+    int cornerCount() const { return static_cast<int>(_corners.size()); }
+    ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
+    /// Bytes of the file read so far.
+    qint64 bytesRead() const { return _lines.bytesRead(); }
+    /// The path of a material library, or the name of a material.
+    const QString& text() const { return _text; }
+
+private:
+    std::string_view nextToken();
+    float nextFloat();
+    QString nextText();
+    bool toIndex(std::string_view number, quint32 count, quint32& index) const;
+    bool readCorner(std::string_view token);
+    bool readFace();
+    void readLibrary();
+    Kind classify(std::string_view keyword);
+
+    QDir _directory;
+    QTextStream* _stream;
+    LineSource _lines;
+    const char* _operands = nullptr; ///< behind the keyword of the current line
+    const char* _unread = nullptr;   ///< behind the last token taken
+    bool _ok = false;
+    Kind _kind = Kind::None;
+    float _values[3] = {};
+    QString _text;
+    std::vector<ObjCorner> _corners;
+    // Lines of each kind so far; what negative corner numbers count back from.
+    quint32 _positionCount = 0;
+    quint32 _texCoordCount = 0;
+    quint32 _normalCount = 0;
+};
+
+} // namespace Atelier::Vel
