@@ -1,0 +1,131 @@
+#include "import/builderfeed.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include <velmodel/modelbuilder.h>
+
+#include "import/objreader.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+constexpr unsigned int kFloatType = 0x1406; // GL_FLOAT
+
+} // namespace
+
+BuilderFeed::BuilderFeed(ModelBuilder& builder)
+    : _builder(builder),
+      _run(new ObjRun),
+      _position{QStringLiteral("va_Vertex"), 3},
+      _normal{QStringLiteral("va_Normal"), 3},
+      _texCoord{QStringLiteral("va_TexCoord"), 2},
+      _group(QStringLiteral("<default>")) {}
+
+void BuilderFeed::addRecord(const ObjReader& reader) {
+    switch (reader.kind()) {
+    case ObjReader::Kind::Position:
+        return addVertex(_position, _run->positions, reader.values());
+    case ObjReader::Kind::Normal:
+        return addVertex(_normal, _run->normals, reader.values());
+    case ObjReader::Kind::TexCoord:
+        return addVertex(_texCoord, _run->texCoords, reader.values());
+    case ObjReader::Kind::Face:
+        return addFace(reader);
+    default:
+        return;
+    }
+}
+
+template<size_t N>
+void BuilderFeed::addVertex(Attribute& attribute, FixedList<float, N>& values, const float* operands) {
+    const auto components = static_cast<size_t>(attribute.components);
+    if (!attribute.declared)
+        declare(attribute);
+    if (values.room() < components)
+        flush();
+    std::copy_n(operands, components, values.items + values.size);
+    values.size += components;
+}
+
+// Faces from before the declaration give the attribute no indices.
+void BuilderFeed::declare(Attribute& attribute) {
+    flush();
+    _builder.createVertexAttribute(attribute.name, attribute.components, kFloatType, 0, 0);
+    attribute.declared = true;
+}
+
+void BuilderFeed::addFace(const ObjReader& reader) {
+    if (_run->cornerCounts.room() == 0)
+        flush();
+    const int count = reader.cornerCount();
+    _run->cornerCounts.push(static_cast<quint32>(count));
+    for (int i = 0; i < count; ++i) {
+        if (_run->positionIndices.room() == 0)
+            flush();
+        const ObjCorner corner = reader.corner(i);
+        _run->positionIndices.push(corner.position);
+        _run->normalIndices.push(corner.normal);
+        _run->texCoordIndices.push(corner.texCoord);
+    }
+}
+
+void BuilderFeed::useMaterial(const QString& name) {
+    joinGroup();
+    _group = name;
+}
+
+void BuilderFeed::joinGroup() {
+    const size_t count = _run->cornerCounts.size - _joined;
+    if (count == 0)
+        return;
+    _faceNumbers.resize(count);
+    std::iota(_faceNumbers.begin(), _faceNumbers.end(), static_cast<quint32>(_faces));
+    if (!_builder.addFacesToMaterialGroup(_group, count, _faceNumbers.data(), QString()))
+        _facesWithoutGroup += count;
+    _faces += count;
+    _joined += count;
+}
+
+void BuilderFeed::flush() {
+    joinGroup();
+    _joined = 0;
+    _builder.addVertexCountsToFaces(_run->cornerCounts.size, _run->cornerCounts.items);
+    _run->cornerCounts.size = 0;
+    flushValues(_position, _run->positions);
+    flushValues(_normal, _run->normals);
+    flushValues(_texCoord, _run->texCoords);
+    flushIndices(_position, _run->positionIndices);
+    flushIndices(_normal, _run->normalIndices);
+    flushIndices(_texCoord, _run->texCoordIndices);
+}
+
+template<size_t N>
+void BuilderFeed::flushValues(const Attribute& attribute, FixedList<float, N>& values) {
+    if (values.size != 0)
+        _builder.addValuesToVertexAttribute(attribute.name, values.size, values.items, kFloatType);
+    values.size = 0;
+}
+
+void BuilderFeed::flushIndices(const Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices) {
+    if (attribute.declared && indices.size != 0)
+        _builder.addIndicesToVertexAttribute(attribute.name, indices.size, indices.items);
+    indices.size = 0;
+}
+
+void BuilderFeed::finish() {
+    flush();
+    if (!_normal.declared)
+        _builder.generateNormals(_normal.name);
+    if (!_texCoord.declared) {
+        // The attribute is not declared, so both calls find none and change nothing: meant. A model without
+        // texture coordinates has no stream of them.
+        constexpr float kOrigin[] = {0.0F, 0.0F};
+        constexpr unsigned int kFirst = 0;
+        _builder.addValuesToVertexAttribute(_texCoord.name, 2, kOrigin, kFloatType);
+        _builder.addIndicesToVertexAttribute(_texCoord.name, 1, &kFirst);
+    }
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,141 @@
+#include "import/materials.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtGui/QColor>
+
+#include <velgl/instancedata.h>
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
+#include <velgl/texturemanager.h>
+#include <velmodel/modelbuilder.h>
+#include <velmodel/objloader.h>
+
+#include "import/mtlreader.h"
+#include "import/textfile.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+QString materialPlanName() {
+    return QStringLiteral("OBJMaterial");
+}
+
+void setScalar(InstanceData& material, const QString& name, float value) {
+    material.set(name, &value, sizeof value);
+}
+
+void setColour(InstanceData& material, const QString& name, const float* rgb) {
+    material.set(name, rgb, 3 * sizeof *rgb);
+}
+
+/// Collects the lines of one material at a time and makes a group of each.
+class MaterialCollector {
+public:
+    explicit MaterialCollector(ModelBuilder& builder) : _builder(builder), _material(materialPlanName()) {}
+
+    void take(const MtlReader& line);
+    /// Makes the group of the current material, unless a group of its name exists.
+    void finishMaterial();
+
+private:
+    void startMaterial(const QString& name);
+
+    ModelBuilder& _builder;
+    QString _name; ///< null before the first material
+    InstanceData _material;
+};
+
+void MaterialCollector::finishMaterial() {
+    if (!_name.isNull() && !_builder.hasMaterialGroup(_name))
+        _builder.createMaterialGroup(_name, _material, -1, 0);
+}
+
+void MaterialCollector::startMaterial(const QString& name) {
+    finishMaterial();
+    _material.clear();
+    setScalar(_material, QStringLiteral("d"), 1.0F);
+    _name = name;
+}
+
+void MaterialCollector::take(const MtlReader& line) {
+    switch (line.kind()) {
+    case MtlReader::Kind::NewMtl:
+        return startMaterial(line.text());
+    case MtlReader::Kind::Ka:
+        return setColour(_material, QStringLiteral("Ka"), line.values());
+    case MtlReader::Kind::Kd:
+        return setColour(_material, QStringLiteral("Kd"), line.values());
+    case MtlReader::Kind::Ks:
+        return setColour(_material, QStringLiteral("Ks"), line.values());
+    case MtlReader::Kind::Ns:
+        return setScalar(_material, QStringLiteral("Ns"), *line.values());
+    case MtlReader::Kind::D:
+        return setScalar(_material, QStringLiteral("d"), *line.values());
+    case MtlReader::Kind::MapKd:
+        return _material.setTexture(QStringLiteral("map_Kd"), line.text());
+    case MtlReader::Kind::MapKs:
+        return _material.setTexture(QStringLiteral("map_Ks"), line.text());
+    case MtlReader::Kind::MapKa:
+        return _material.setTexture(QStringLiteral("map_Ka"), line.text());
+    case MtlReader::Kind::MapNs:
+        return _material.setTexture(QStringLiteral("map_Ns"), line.text());
+    case MtlReader::Kind::End:
+    case MtlReader::Kind::Unknown:
+        return;
+    }
+}
+
+} // namespace
+
+void registerObjMaterialPlan() {
+    using DataType = InstanceDataPlan::DataType;
+    // The plan names "Ke" and "map_Ke", which no MTL keyword fills, and lacks "Ka" and "map_Ka": meant.
+    auto* plan = new InstanceDataPlan(materialPlanName());
+    plan->addMember(DataType::Float, QStringLiteral("Ns"));
+    plan->addMember(DataType::Float, QStringLiteral("d"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Kd"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Ks"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Ke"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ns"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Kd"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ks"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ke"));
+    InstanceDataRegistry::Instance().registerPlan(plan);
+}
+
+InstanceData makeDefaultMaterial() {
+    constexpr float kBlack[] = {0.0F, 0.0F, 0.0F};
+    constexpr float kLightGrey[] = {0.7F, 0.7F, 0.7F};
+    constexpr float kWhite[] = {1.0F, 1.0F, 1.0F};
+    InstanceData material(materialPlanName());
+    setColour(material, QStringLiteral("Ka"), kBlack);
+    setColour(material, QStringLiteral("Kd"), kLightGrey);
+    setColour(material, QStringLiteral("Ks"), kWhite);
+    setScalar(material, QStringLiteral("Ns"), 10.0F);
+    setScalar(material, QStringLiteral("d"), 1.0F);
+    Texture* white = TextureManager::Instance().colorTexture(Qt::white);
+    material.setTexture(QStringLiteral("map_Kd"), white);
+    material.setTexture(QStringLiteral("map_Ks"), white);
+    return material;
+}
+
+bool loadMaterialLibrary(const QString& path, ModelBuilder& builder) {
+    QFile file(path);
+    if (!openTextFile(file))
+        return false;
+    QTextStream stream(&file);
+    MtlReader reader(&stream, true);
+    reader.setDirectory(QFileInfo(path).dir().absolutePath());
+    MaterialCollector collector(builder);
+    while (reader.hasNext()) {
+        if (reader.read())
+            collector.take(reader);
+        reader.next();
+    }
+    collector.finishMaterial();
+    return true;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,176 @@
+#include <velmodel/objloader.h>
+
+#include <memory>
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QTextStream>
+
+#include <velgl/gpumodel.h>
+#include <velgl/texturetoken.h>
+#include <velmodel/modelbuilder.h>
+
+#include "import/builderfeed.h"
+#include "import/materials.h"
+#include "import/objreader.h"
+#include "import/textfile.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// Nothing reads these two; they keep their places among the statics.
+[[maybe_unused]] const QString planarMark(QStringLiteral("[PLANAR]"));
+[[maybe_unused]] const TextureToken spareToken;
+
+const struct MaterialPlanRegistrar {
+    MaterialPlanRegistrar() { registerObjMaterialPlan(); }
+} materialPlanRegistrar;
+
+constexpr unsigned int kStaticDraw = 0x88E4; // GL_STATIC_DRAW
+constexpr unsigned int kTriangles = 4;       // GL_TRIANGLES
+
+// Progress is told whenever this part of the file has been read.
+constexpr qint64 kProgressSteps = 200;
+
+/// Tells a progress function how far a load is, not too often.
+class ProgressMeter {
+public:
+    ProgressMeter(const LoadProgress& progress, qint64 total)
+        : _progress(progress), _total(total), _step(total / kProgressSteps + 1) {}
+
+    /// Returns: false when the load is to be cancelled.
+    bool reached(qint64 done) {
+        if (!_progress || done < _nextReport)
+            return true;
+        _nextReport = done + _step;
+        return _progress(done, _total);
+    }
+
+private:
+    const LoadProgress& _progress;
+    qint64 _total;
+    qint64 _step;
+    qint64 _nextReport = 0;
+};
+
+QString loadFailure(const QString& path) {
+    return QStringLiteral("Failed to load OBJ file '%1'").arg(path);
+}
+
+/// One load: the text of a file on its way into a builder and from there into a model.
+class ObjImport {
+public:
+    explicit ObjImport(QFile& file)
+        : _path(file.fileName()), _fileSize(file.size()), _stream(&file), _reader(&_stream), _feed(_builder) {
+        _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
+        _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
+    }
+
+    /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a builder
+    /// can take, or `progress` cancels.
+    bool readText(const LoadProgress& progress, QString& error);
+    std::unique_ptr<GPUModel> upload();
+    LoadReport report() const;
+
+private:
+    bool takeRecord(QString& error);
+    bool goesOn(ProgressMeter& meter, QString& error) const;
+
+    QString _path;
+    qint64 _fileSize;
+    ModelBuilder _builder;
+    QTextStream _stream;
+    ObjReader _reader;
+    BuilderFeed _feed;
+    quint64 _droppedFaces = 0;
+};
+
+bool ObjImport::readText(const LoadProgress& progress, QString& error) {
+    ProgressMeter meter(progress, _fileSize);
+    for (; _reader.hasNext(); _reader.next())
+        if (!goesOn(meter, error) || !takeRecord(error))
+            return false;
+    _feed.finish();
+    return goesOn(meter, error);
+}
+
+bool ObjImport::goesOn(ProgressMeter& meter, QString& error) const {
+    if (!_builder.refusedStreams().isEmpty()) {
+        error = loadFailure(_path);
+        return false;
+    }
+    if (!meter.reached(_reader.bytesRead())) {
+        error = QStringLiteral("Loading OBJ file '%1' was cancelled").arg(_path);
+        return false;
+    }
+    return true;
+}
+
+bool ObjImport::takeRecord(QString& error) {
+    if (!_reader.read()) {
+        _droppedFaces += _reader.kind() == ObjReader::Kind::Face ? 1 : 0;
+    } else if (_reader.kind() == ObjReader::Kind::UseMaterial) {
+        _feed.useMaterial(_reader.text());
+    } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
+        _feed.flush();
+        if (!loadMaterialLibrary(_reader.text(), _builder)) {
+            error = QStringLiteral("Failed to load MTL file '%1'").arg(_reader.text());
+            return false;
+        }
+    } else {
+        _feed.addRecord(_reader);
+    }
+    return true;
+}
+
+std::unique_ptr<GPUModel> ObjImport::upload() {
+    constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    auto model = std::make_unique<GPUModel>();
+    InstanceData instance(QStringLiteral("InstanceInfo"));
+    instance.set(QStringLiteral("ModelMatrix"), kIdentity, sizeof kIdentity);
+    // Not a member of the plan, and set all the same: meant.
+    instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
+    instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
+    _builder.upload(model.get(), instance, QStringLiteral("va_Vertex"), QString(), kStaticDraw, kTriangles);
+    return model;
+}
+
+LoadReport ObjImport::report() const {
+    const ModelBuilder::Statistics& statistics = _builder.statistics();
+    LoadReport report;
+    report.bytesRead = _fileSize;
+    report.faces = _feed.faces();
+    report.droppedFaces = _droppedFaces;
+    report.facesWithoutGroup = _feed.facesWithoutGroup();
+    report.untriangulatedFaces = statistics.untriangulatedFaces;
+    report.substitutedCorners = statistics.substitutedCorners;
+    report.corners = statistics.corners;
+    report.vertices = statistics.vertices;
+    report.triangles = statistics.triangles;
+    return report;
+}
+
+} // namespace
+
+GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
+    return loadModelFromOBJFile(path, error, LoadProgress(), nullptr);
+}
+
+GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
+                               LoadReport* report) {
+    QFile file(path);
+    if (!openTextFile(file)) {
+        error = loadFailure(path);
+        return nullptr;
+    }
+    ObjImport import(file);
+    if (!import.readText(progress, error))
+        return nullptr;
+    std::unique_ptr<GPUModel> model = import.upload();
+    if (report != nullptr)
+        *report = import.report();
+    return model.release();
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+
+#include <QtCore/QtGlobal>
+
+namespace Atelier::Vel {
+
+/// A list in place, with room for `N` items that are not initialised.
+template<typename T, size_t N>
+struct FixedList {
+    size_t size = 0;
+    T items[N];
+
+    size_t room() const { return N - size; }
+    void push(T item) { items[size++] = item; }
+};
+
+/// Records of an OBJ file that were read and not handed on yet: kind by kind, each in file order.
+struct ObjRun {
+    // Enough to make the handing on cheap, few enough to stay in the nearest caches.
+    static constexpr size_t kRecords = 1024;
+    static constexpr size_t kCorners = 4 * kRecords;
+
+    FixedList<float, 3 * kRecords> positions; ///< three per "v" line
+    FixedList<float, 3 * kRecords> normals;   ///< three per "vn" line
+    FixedList<float, 2 * kRecords> texCoords; ///< two per "vt" line
+
+    FixedList<quint32, kRecords> cornerCounts; ///< one per face
+    // One entry per corner in each, kNoIndex where the face gives none.
+    FixedList<quint32, kCorners> positionIndices;
+    FixedList<quint32, kCorners> normalIndices;
+    FixedList<quint32, kCorners> texCoordIndices;
+};
+
+} // namespace Atelier::Vel
