@@ -37,9 +37,13 @@ class _Pool:
 
 
 class Mesh:
-    """Faces in the order they were added. A corner is (position, texture coordinate or None, normal or None)."""
+    """Faces in the order they were added. A corner is (position, texture coordinate or None, normal or None).
 
-    def __init__(self):
+    Corners without a texture coordinate get `tex_coord`, if there is one.
+    """
+
+    def __init__(self, tex_coord=None):
+        self._tex_coord = tex_coord
         self._positions = _Pool("v", 4)
         self._tex_coords = _Pool("vt", 4)
         self._normals = _Pool("vn", 3)
@@ -65,6 +69,7 @@ class Mesh:
 
     def _corner(self, position, tex_coord, normal):
         text = str(self._positions.number(position))
+        tex_coord = tex_coord or self._tex_coord
         if tex_coord is not None or normal is not None:
             text += "/" + (str(self._tex_coords.number(tex_coord)) if tex_coord is not None else "")
         if normal is not None:

@@ -15,12 +15,22 @@ Ns 40
 map_Kd wood.png
 
 newmtl rim
-Kd 0.42 0.4 0.38
+Kd 0.62 0.6 0.57
 Ks 0.1 0.1 0.1
 Ns 12
 
 newmtl sand
 Kd 0.86 0.78 0.6
+Ks 0 0 0
+Ns 1
+
+newmtl shallows
+Kd 0.62 0.68 0.58
+Ks 0 0 0
+Ns 1
+
+newmtl bed
+Kd 0.4 0.52 0.5
 Ks 0 0 0
 Ns 1
 
@@ -86,10 +96,10 @@ Ns 1
 map_Kd trellis.png
 
 newmtl water
-Kd 0.16 0.42 0.5
+Kd 0.1 0.42 0.55
 Ks 0.9 0.95 1
 Ns 200
-d 0.55
+d 0.62
 
 newmtl glass
 Kd 0.6 0.82 0.88
@@ -101,7 +111,9 @@ d 0.28
 WATER = 0.0
 PLATEAU = 0.62
 FLOOR = 1.3
-COLUMNS = 8
+COLUMNS = 12
+# Materials of the ground, and the radius at which each ends.
+GROUND = (("grass", 6.1), ("sand", 7.5), ("shallows", 8.7), ("bed", 20))
 
 
 def _ground_height(x, z, noise):
@@ -134,8 +146,7 @@ def _ground(mesh, noise):
                     corner(ring, column)]
             if ring == 0:
                 del quad[3]
-            high = min(point[0][1] for point in quad)
-            mesh.use("grass" if high > WATER + 0.1 else "sand")
+            mesh.use(next(name for name, end in GROUND if radii[ring] < end))
             mesh.face(quad)
 
 
@@ -186,14 +197,14 @@ def _steps(mesh):
 def _column(mesh, angle):
     centre = (3.05 * math.sin(angle), FLOOR, 3.05 * math.cos(angle))
     mesh.use("marble")
-    base = [(0.4, 0), (0.4, 0.1), (0.36, 0.12), (0.38, 0.17), (0.36, 0.22), (0.3, 0.26)]
+    base = [(0.32, 0), (0.32, 0.1), (0.28, 0.12), (0.3, 0.17), (0.28, 0.22), (0.24, 0.26)]
     for low, high in zip(base, base[1:]):
-        lathe(mesh, [low, high], 20, centre, (1, 0.6))
-    shaft = [(0.27 - 0.05 * (t / 4) ** 2, 0.26 + 2.7 * t / 4) for t in range(5)]
-    lathe(mesh, shaft, 48, centre, (1, 0.6), flute=lambda a: 1 + 0.05 * abs(math.sin(6 * a)) ** 0.7)
-    capital = [(0.23, 2.96), (0.3, 3.02), (0.38, 3.12), (0.4, 3.2)]
-    lathe(mesh, capital, 20, centre, (1, 0.6))
-    lathe(mesh, [(0.4, 3.2), (0.4, 3.28)], 20, centre, (1, 0.6))
+        lathe(mesh, [low, high], 16, centre, (1, 0.6))
+    shaft = [(0.22 - 0.04 * (t / 4) ** 2, 0.26 + 2.7 * t / 4) for t in range(5)]
+    lathe(mesh, shaft, 36, centre, (1, 0.6), flute=lambda a: 1 + 0.05 * math.sin(6 * a) ** 2)
+    capital = [(0.19, 2.96), (0.25, 3.02), (0.31, 3.12), (0.33, 3.2)]
+    lathe(mesh, capital, 16, centre, (1, 0.6))
+    lathe(mesh, [(0.33, 3.2), (0.33, 3.28)], 16, centre, (1, 0.6))
 
 
 def _temple(mesh):
@@ -218,15 +229,16 @@ def _temple(mesh):
 
 
 def _orb(mesh, rng):
+    """A glass ball with a golden one in it, on a pedestal."""
     mesh.group("orb")
     mesh.use("marble")
-    lathe(mesh, [(0.62, FLOOR), (0.62, 1.42), (0.4, 1.5), (0.32, 1.9), (0.42, 2.2), (0.55, 2.28)], 8,
+    lathe(mesh, [(0.72, FLOOR), (0.72, 1.42), (0.5, 1.5), (0.38, 1.9), (0.5, 2.2), (0.65, 2.28)], 8,
           repeat=(2, 0.6))
-    disc(mesh, 0.55, 2.28, 8, tex_scale=0.5)
+    disc(mesh, 0.65, 2.28, 8, tex_scale=0.5)
     mesh.use("gold")
-    faceted_ball(mesh, (0, 2.92, 0), (0.3, 0.3, 0.3), rng, 0.0, 0)
+    faceted_ball(mesh, (0, 3.05, 0), (0.4, 0.4, 0.4), rng, 0.0, 0)
     mesh.use("glass")
-    smooth_ball(mesh, (0, 2.92, 0), 0.62, 3)
+    smooth_ball(mesh, (0, 3.05, 0), 0.78, 3)
 
 
 def _cypress(mesh, x, z, height, ground, rng):
@@ -280,7 +292,7 @@ def _jetty(mesh):
     for z in (7.0, 8.6, 10.2):
         for x in (-0.55, 0.55):
             lathe(mesh, [(0.07, -1.1), (0.07, 0.62), (0.0, 0.66)], 8, (x, 0, z), (1, 0.5))
-    mesh.use("marble")
+    mesh.use("rim")
     for stone in range(5):
         lathe(mesh, [(0.46, 0.2), (0.46, 0.66 - 0.06 * stone), (0.4, 0.7 - 0.06 * stone)], 9,
               (0.12 * (-1) ** stone, 0, 4.72 + 0.42 * stone), (2, 0.5))
@@ -309,19 +321,19 @@ def _trellis(mesh):
     """Leaves with holes around the back of the temple, one pane between each two columns."""
     mesh.group("trellis")
     mesh.use("trellis")
-    for number in (2, 3, 4, 5):
-        a = 2 * math.pi * (number + 0.5) / COLUMNS + 0.12
-        b = 2 * math.pi * (number + 1.5) / COLUMNS - 0.12
+    for number in (3, 4, 5, 6, 7):
+        a = 2 * math.pi * (number + 0.5) / COLUMNS + 0.08
+        b = 2 * math.pi * (number + 1.5) / COLUMNS - 0.08
         low, high = FLOOR, FLOOR + 1.15
         ends = [(3.02 * math.sin(t), 3.02 * math.cos(t)) for t in (a, b)]
         mesh.flat_face([(ends[0][0], low, ends[0][1]), (ends[1][0], low, ends[1][1]),
                         (ends[1][0], high, ends[1][1]), (ends[0][0], high, ends[0][1])],
-                       [(0, 0), (2.4, 0), (2.4, 1.4), (0, 1.4)])
+                       [(0, 0), (1.6, 0), (1.6, 1.4), (0, 1.4)])
 
 
 def files():
     noise, rng = textures.fractal(71, 6, 3), random.Random(7)
-    mesh = Mesh()
+    mesh = Mesh(tex_coord=(0, 0))
     _stand(mesh)
     mesh.group("island")
     _ground(mesh, noise)

@@ -1,0 +1,55 @@
+#include <QtCore/QJsonDocument>
+
+#include "commandparser.h"
+#include "commands.h"
+#include "console.h"
+#include "jsonoutput.h"
+#include "modeldump.h"
+#include "modelsession.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+// Qt's strings end at 2 GiB; base64, 16-bit characters and a growing buffer take their share of that.
+constexpr quint64 kMostBytes = quint64(256) << 20;
+
+} // namespace
+
+ExitCode runDump(const QStringList& arguments) {
+    CommandParser parser(
+        QStringLiteral("dump"),
+        QStringLiteral("Prints a model's draw data as one JSON object, read back from OpenGL."));
+    const QCommandLineOption noData(QStringLiteral("no-data"),
+                                    QStringLiteral("Leave out the contents of the buffers."));
+    parser.options().addOption(noData);
+    parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ file."));
+    if (const auto exitCode = parser.parse(arguments))
+        return *exitCode;
+    const QStringList files = parser.options().positionalArguments();
+    if (files.size() != 1)
+        return parser.wrongUsage(QStringLiteral("One file is needed; %1 are given.").arg(files.size()));
+
+    ModelSession session;
+    if (!session.open())
+        return ExitCode::NoOpenGL;
+    const LoadedModel loaded = session.load(files.first());
+    if (!loaded.model)
+        return ExitCode::CannotLoad;
+
+    const DumpOptions options{!parser.options().isSet(noData)};
+    QString failure;
+    if (options.includeData && dumpedByteCount(*loaded.model) > kMostBytes) {
+        failure = QStringLiteral("its buffers are too big for one JSON text; --no-data leaves them out");
+    } else {
+        QJsonObject dump = dumpModel(*loaded.model, options);
+        dump.insert(QStringLiteral("file"), files.first());
+        failure = writeToStandardOutput(jsonText(QJsonDocument(dump)));
+    }
+    if (failure.isNull())
+        return ExitCode::Done;
+    reportError(QStringLiteral("%1: The dump cannot be written: %2").arg(files.first(), failure));
+    return ExitCode::CannotWrite;
+}
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,67 @@
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+#include "commandparser.h"
+#include "commands.h"
+#include "console.h"
+#include "jsonoutput.h"
+#include "modelsession.h"
+#include "modelsummary.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+QVector<ModelSummary> summarizeAll(const ModelSession& session, const QStringList& files) {
+    QVector<ModelSummary> summaries;
+    for (const QString& file : files) {
+        const LoadedModel loaded = session.load(file);
+        if (loaded.model)
+            summaries.append(summarize(file, loaded));
+    }
+    return summaries;
+}
+
+QByteArray asText(const QVector<ModelSummary>& summaries) {
+    QStringList texts;
+    for (const ModelSummary& summary : summaries)
+        texts.append(summaryText(summary));
+    return texts.join(QLatin1Char('\n')).toLocal8Bit();
+}
+
+QByteArray asJson(const QVector<ModelSummary>& summaries) {
+    QJsonArray array;
+    for (const ModelSummary& summary : summaries)
+        array.append(summaryJson(summary));
+    return jsonText(QJsonDocument(array));
+}
+
+} // namespace
+
+ExitCode runInfo(const QStringList& arguments) {
+    CommandParser parser(QStringLiteral("info"), QStringLiteral("Says what models hold and what they cost."));
+    const QCommandLineOption json(QStringLiteral("json"),
+                                  QStringLiteral("Print a JSON array with one object per model."));
+    parser.options().addOption(json);
+    parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ files."),
+                                           QStringLiteral("file..."));
+    if (const auto exitCode = parser.parse(arguments))
+        return *exitCode;
+    const QStringList files = parser.options().positionalArguments();
+    if (files.isEmpty())
+        return parser.wrongUsage(QStringLiteral("A file is missing."));
+
+    ModelSession session;
+    if (!session.open())
+        return ExitCode::NoOpenGL;
+    const QVector<ModelSummary> summaries = summarizeAll(session, files);
+    const QString failure =
+        writeToStandardOutput(parser.options().isSet(json) ? asJson(summaries) : asText(summaries));
+    if (!failure.isNull()) {
+        reportError(QStringLiteral("standard output: The summary cannot be written: %1").arg(failure));
+        return ExitCode::CannotWrite;
+    }
+    return summaries.size() == files.size() ? ExitCode::Done : ExitCode::CannotLoad;
+}
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,54 @@
+#include "progressbar.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <unistd.h>
+
+#include <QtCore/QFileInfo>
+
+#include "console.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+constexpr int kWidth = 78;
+constexpr int kCells = 30;
+
+void print(const QString& text) {
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+    std::fflush(stderr);
+}
+
+} // namespace
+
+QString progressLine(const QString& name, qint64 done, qint64 total, int width) {
+    const double share = total > 0 ? std::clamp(double(done) / double(total), 0.0, 1.0) : 1.0;
+    const QString bar = QString(int(share * kCells), QLatin1Char('#')).leftJustified(kCells);
+    const QString percent = QString::number(int(share * 100)).rightJustified(3);
+    return QStringLiteral("[%1] %2 % %3").arg(bar, percent, onOneLine(name)).left(width);
+}
+
+ProgressBar::ProgressBar(QString name, qint64 total)
+    : _name(QFileInfo(name).fileName()),
+      _total(total),
+      _isActive(total >= kSmallestFile && isatty(STDERR_FILENO) == 1) {}
+
+ProgressBar::~ProgressBar() {
+    if (!_shown.isEmpty())
+        print(QLatin1Char('\r') + QString(_shown.size(), QLatin1Char(' ')) + QLatin1Char('\r'));
+}
+
+void ProgressBar::show(qint64 done) {
+    if (!_isActive)
+        return;
+    const QString line = progressLine(_name, done, _total, kWidth);
+    if (line == _shown)
+        return;
+    print(QLatin1Char('\r') + line);
+    _shown = line;
+}
+
+} // namespace Atelier::Vel::Tool

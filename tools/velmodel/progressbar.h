@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+namespace Atelier::Vel::Tool {
+
+/// A bar such as "[#####     ]  50 % cow.obj" of at most `width` columns.
+QString progressLine(const QString& name, qint64 done, qint64 total, int width);
+
+/// Shows on standard error how far a load is: only on a terminal, and only for files that take a while.
+class ProgressBar {
+public:
+    /// Loading less than this takes no time worth watching.
+    static constexpr qint64 kSmallestFile = qint64(16) << 20;
+
+    ProgressBar(QString name, qint64 total);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    void show(qint64 done);
+
+private:
+    QString _name;
+    qint64 _total;
+    bool _isActive;
+    QString _shown;
+};
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,107 @@
+#include <epoxy/gl.h>
+
+#include "renderer.h"
+
+#include <velgl/program.h>
+
+#include "picturetarget.h"
+#include "shaders.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+// Keeps what a picture takes on the GPU below some 300 MB, however large the picture is.
+constexpr int kTileSide = 2048;
+
+// Where the shaders have their uniforms.
+enum Uniform { kFraming, kView, kProjection, kTransparentPass, kWireframe };
+
+/// Counts whether anything passes the depth test while it lives.
+class VisibilityQuery {
+public:
+    VisibilityQuery() {
+        glGenQueries(1, &_name);
+        glBeginQuery(GL_ANY_SAMPLES_PASSED, _name);
+    }
+    ~VisibilityQuery() { glDeleteQueries(1, &_name); }
+    VisibilityQuery(const VisibilityQuery&) = delete;
+    VisibilityQuery& operator=(const VisibilityQuery&) = delete;
+
+    bool end() const {
+        glEndQuery(GL_ANY_SAMPLES_PASSED);
+        GLuint result = 0;
+        glGetQueryObjectuiv(_name, GL_QUERY_RESULT, &result);
+        return result != 0;
+    }
+
+private:
+    GLuint _name = 0;
+};
+
+QVector<QRect> tilesOf(QSize size) {
+    QVector<QRect> tiles;
+    const QRect whole(QPoint(0, 0), size);
+    for (int y = 0; y < size.height(); y += kTileSide)
+        for (int x = 0; x < size.width(); x += kTileSide)
+            tiles.append(QRect(x, y, kTileSide, kTileSide) & whole);
+    return tiles;
+}
+
+// Tiles count from the lower left, images from the upper left.
+void copyTile(const QImage& tile, QPoint lowerLeft, QImage& picture) {
+    const int top = picture.height() - lowerLeft.y() - tile.height();
+    for (int row = 0; row < tile.height(); ++row)
+        std::copy_n(tile.constScanLine(row), tile.width() * 4,
+                    picture.scanLine(top + row) + std::ptrdiff_t(lowerLeft.x()) * 4);
+}
+
+} // namespace
+
+Renderer::Renderer() = default;
+Renderer::~Renderer() = default;
+
+std::unique_ptr<Renderer> Renderer::create(QString& error) {
+    std::unique_ptr<Renderer> renderer(new Renderer);
+    renderer->_program = Program::fromSource(modelVertexShader(), modelFragmentShader(), error);
+    return renderer->_program ? std::move(renderer) : nullptr;
+}
+
+QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
+    QImage picture(scene.size, QImage::Format_RGBA8888);
+    if (picture.isNull()) {
+        error = QStringLiteral("there is no memory for the picture");
+        return {};
+    }
+    _hasDrawn = false;
+    for (const QRect& tile : tilesOf(scene.size)) {
+        const std::unique_ptr<PictureTarget> target = PictureTarget::create(tile.size(), error);
+        if (!target)
+            return {};
+        const VisibilityQuery visibility;
+        target->beginOpaque();
+        drawModel(model, scene, tile, false);
+        target->beginTransparent();
+        drawModel(model, scene, tile, true);
+        _hasDrawn = visibility.end() || _hasDrawn;
+        copyTile(target->finish(scene.background), tile.topLeft(), picture);
+    }
+    return picture;
+}
+
+void Renderer::drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass) {
+    const Camera& camera = scene.camera;
+    const QMatrix4x4 projection = tileProjection(camera.projection, scene.size, tile);
+    _program->bind();
+    glUniform4f(kFraming, camera.centre.x(), camera.centre.y(), camera.centre.z(), camera.scale);
+    glUniformMatrix4fv(kView, 1, GL_FALSE, camera.view.constData());
+    glUniformMatrix4fv(kProjection, 1, GL_FALSE, projection.constData());
+    glUniform1i(kTransparentPass, isTransparentPass ? 1 : 0);
+    glUniform1i(kWireframe, scene.wireframe ? 1 : 0);
+    glPolygonMode(GL_FRONT_AND_BACK, scene.wireframe ? GL_LINE : GL_FILL);
+    model.draw();
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    _program->unbind();
+}
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,156 @@
+#include "renderoptions.h"
+
+#include <cmath>
+
+#include "pictureoutput.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+constexpr int kLargestSide = 16384;
+constexpr int kMostFrames = 100000;
+
+QString backgroundDefault() {
+    return QStringLiteral("#d9dde2");
+}
+
+/// Reads the values of options and keeps the first complaint.
+class OptionReader {
+public:
+    OptionReader(const QCommandLineParser& parser, QString& error) : _parser(parser), _error(error) {}
+
+    double number(const QString& name, double low, double high) {
+        bool isNumber = false;
+        const double value = _parser.value(name).toDouble(&isNumber);
+        if (!isNumber || !(value >= low && value <= high))
+            complain(name, QStringLiteral("a number from %1 to %2").arg(low).arg(high));
+        return value;
+    }
+
+    int count(const QString& name, int high) {
+        bool isNumber = false;
+        const int value = _parser.value(name).toInt(&isNumber);
+        if (!isNumber || value < 1 || value > high)
+            complain(name, QStringLiteral("a whole number from 1 to %1").arg(high));
+        return value;
+    }
+
+    QSize resolution(const QString& name) {
+        const QStringList parts = _parser.value(name).split(QLatin1Char(','));
+        bool areNumbers[2] = {false, false};
+        QSize size;
+        if (parts.size() == 2)
+            size = QSize(parts[0].toInt(&areNumbers[0]), parts[1].toInt(&areNumbers[1]));
+        const bool fits = size.width() >= 1 && size.height() >= 1 && size.width() <= kLargestSide &&
+                          size.height() <= kLargestSide;
+        if (!areNumbers[0] || !areNumbers[1] || !fits)
+            complain(name,
+                     QStringLiteral("two whole numbers from 1 to %1, as in 1280,720").arg(kLargestSide));
+        return size;
+    }
+
+    QColor colour(const QString& name) {
+        const QString text = _parser.value(name);
+        const QColor value = text.contains(QLatin1Char(',')) ? fromComponents(text) : QColor(text);
+        if (!value.isValid())
+            complain(name, QStringLiteral("a colour such as white, #20242a or 0.1,0.2,0.3"));
+        return value;
+    }
+
+    QString upDirection(const QString& name) {
+        const QString value = _parser.value(name).toUpper();
+        const QString direction = value.size() == 1 ? QLatin1Char('+') + value : value;
+        if (!upDirections().contains(direction))
+            complain(name, upDirections().join(QStringLiteral(", ")));
+        return direction;
+    }
+
+    void complain(const QString& name, const QString& expected) {
+        if (_error.isNull())
+            _error =
+                QStringLiteral("--%1 takes %2; '%3' is not that.").arg(name, expected, _parser.value(name));
+    }
+
+private:
+    static QColor fromComponents(const QString& text) {
+        double values[3] = {};
+        const QStringList parts = text.split(QLatin1Char(','));
+        if (parts.size() != 3)
+            return {};
+        for (int n = 0; n < 3; ++n) {
+            bool isNumber = false;
+            values[n] = parts[n].toDouble(&isNumber);
+            if (!isNumber || !(values[n] >= 0 && values[n] <= 1))
+                return {};
+        }
+        return QColor::fromRgbF(values[0], values[1], values[2]);
+    }
+
+    const QCommandLineParser& _parser;
+    QString& _error;
+};
+
+QString findMistake(const RenderOptions& options, const QStringList& files) {
+    if (files.size() != 1)
+        return QStringLiteral("One file is needed; %1 are given.").arg(files.size());
+    if (options.output.isEmpty())
+        return QStringLiteral("--output is missing.");
+    if (!canWritePicture(options.output))
+        return QStringLiteral("--output: '%1' does not end in an image format that can be written.")
+            .arg(options.output);
+    if (options.turntable > 0 && options.output == QLatin1String("-"))
+        return QStringLiteral("--turntable makes several pictures, which cannot all go to standard output.");
+    return {};
+}
+
+} // namespace
+
+void addRenderOptions(QCommandLineParser& parser) {
+    const CameraOptions camera;
+    parser.addOptions({
+        {{"o", "output"}, "The picture to write; - is standard output, as PNG.", "file"},
+        {"resolution", "Size in pixels (default 1280,720).", "W,H", "1280,720"},
+        {"background",
+         QStringLiteral("Name, #rrggbb or three numbers from 0 to 1 (default %1).").arg(backgroundDefault()),
+         "colour", backgroundDefault()},
+        {"no-background", "Leave the background transparent."},
+        {"up",
+         QStringLiteral("Which way is up: %1 (default +Y).").arg(upDirections().join(QStringLiteral(", "))),
+         "axis", camera.up},
+        {"camera-azimuth", "Angle around the model, from the front to the right (default 30).", "degrees",
+         QString::number(camera.azimuth)},
+        {"camera-elevation", "Angle above the horizon (default 20).", "degrees",
+         QString::number(camera.elevation)},
+        {"camera-zoom", "2 shows the model twice as large as 1, which fills the picture.", "factor",
+         QString::number(camera.zoom)},
+        {"wireframe", "Draw the edges of the triangles."},
+        {"turntable",
+         "Write so many pictures from all around; picture.png becomes picture-000.png and so on.", "N"},
+    });
+}
+
+std::optional<RenderOptions> readRenderOptions(const QCommandLineParser& parser, QString& error) {
+    error = QString();
+    OptionReader reader(parser, error);
+    RenderOptions options;
+    options.output = parser.value(QStringLiteral("output"));
+    options.resolution = reader.resolution(QStringLiteral("resolution"));
+    if (!parser.isSet(QStringLiteral("no-background")))
+        options.background = reader.colour(QStringLiteral("background"));
+    options.camera.up = reader.upDirection(QStringLiteral("up"));
+    options.camera.azimuth = reader.number(QStringLiteral("camera-azimuth"), -36000, 36000);
+    options.camera.elevation = reader.number(QStringLiteral("camera-elevation"), -90, 90);
+    options.camera.zoom = reader.number(QStringLiteral("camera-zoom"), 0.001, 1000);
+    options.wireframe = parser.isSet(QStringLiteral("wireframe"));
+    if (parser.isSet(QStringLiteral("turntable")))
+        options.turntable = reader.count(QStringLiteral("turntable"), kMostFrames);
+    if (error.isNull())
+        error = findMistake(options, parser.positionalArguments());
+    if (!error.isNull())
+        return std::nullopt;
+    options.file = parser.positionalArguments().constFirst();
+    return options;
+}
+
+} // namespace Atelier::Vel::Tool

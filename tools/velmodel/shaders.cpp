@@ -1,0 +1,164 @@
+#include "shaders.h"
+
+#include <velgl/shaderinterface.h>
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+QByteArray head(ShaderStage stage) {
+    const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
+    return "#version 430 core\n" + shaderInterface(stage, plans);
+}
+
+const char* const kModelVertexBody = R"(
+in vec3 va_Vertex;
+in vec3 va_Normal;
+in vec2 va_TexCoord;
+
+layout(location = 0) uniform vec4 framing; // the model's centre, and the factor that makes it unit size
+layout(location = 1) uniform mat4 view;
+layout(location = 2) uniform mat4 projection;
+
+out vec3 position; // in view space
+out vec3 normal;
+out vec2 texCoord;
+flat out int command;
+
+void main() {
+    command = velglCommand();
+    VelglInstance instance = velglInstance(command);
+    vec4 placed = instance.ModelMatrix * vec4(va_Vertex, 1.0);
+    vec4 seen = view * vec4((placed.xyz - framing.xyz) * framing.w, 1.0);
+    position = seen.xyz;
+    normal = mat3(view) * mat3(instance.ModelNormalMatrix) * va_Normal;
+    texCoord = va_TexCoord;
+    gl_Position = projection * seen;
+}
+)";
+
+const char* const kModelFragmentBody = R"(
+layout(location = 3) uniform bool transparentPass;
+layout(location = 4) uniform bool wireframe;
+
+in vec3 position;
+in vec3 normal;
+in vec2 texCoord;
+flat in int command;
+
+layout(location = 0) out vec4 opaqueColour;
+layout(location = 1) out vec4 weightedColour;
+layout(location = 2) out float opacity;
+
+// The key light shines over the camera's left shoulder, the fill light from the lower right; both in view space.
+const vec3 kKeyDirection = normalize(vec3(-0.45, 0.65, 0.75));
+const vec3 kFillDirection = normalize(vec3(0.7, -0.1, 0.5));
+const vec3 kKeyColour = vec3(0.86, 0.83, 0.78);
+const vec3 kFillColour = vec3(0.13, 0.15, 0.18);
+const vec3 kSkyColour = vec3(0.24, 0.26, 0.29);
+const vec3 kGroundColour = vec3(0.15, 0.14, 0.13);
+const float kLeastOpaque = 0.996;
+const float kLeastVisible = 0.002;
+
+vec3 linear(vec3 encoded) {
+    vec3 colour = max(encoded, 0.0);
+    return mix(colour / 12.92, pow((colour + 0.055) / 1.055, vec3(2.4)), step(0.04045, colour));
+}
+
+// Files wind their faces and point their normals either way: a surface is lit on the side that is seen.
+vec3 facingNormal() {
+    vec3 flatNormal = cross(dFdx(position), dFdy(position));
+    flatNormal = dot(flatNormal, position) > 0.0 ? -flatNormal : flatNormal;
+    flatNormal = length(flatNormal) > 0.0 ? normalize(flatNormal) : vec3(0.0, 0.0, 1.0);
+    float size = length(normal);
+    if (!(size > 1e-6) || isinf(size))
+        return flatNormal;
+    vec3 smoothNormal = normal / size;
+    return dot(smoothNormal, flatNormal) < 0.0 ? -smoothNormal : smoothNormal;
+}
+
+vec3 highlight(vec3 light, vec3 facing, vec3 eye, float exponent) {
+    float along = max(dot(facing, normalize(light + eye)), 0.0);
+    // Wide highlights are dim ones: the light that a surface reflects is shared out.
+    float strength = (exponent + 2.0) / (exponent + 40.0);
+    return vec3(strength * pow(along, exponent) * step(0.0, dot(facing, light)));
+}
+
+void main() {
+    VelglMaterial material = velglMaterial(command);
+    vec4 texel = texture(velgl_map_Kd, texCoord);
+    // A texture on a black surface is never meant: the file leaves the colour to the texture.
+    bool isTextureOnly = material.Kd == vec3(0.0) && velglHas_map_Kd();
+    vec3 base = linear(isTextureOnly ? vec3(1.0) : material.Kd) * linear(texel.rgb);
+    float alpha = clamp(material.d, 0.0, 1.0) * texel.a;
+    if (transparentPass ? (alpha >= kLeastOpaque || alpha < kLeastVisible) : alpha < kLeastOpaque)
+        discard;
+
+    vec3 facing = facingNormal();
+    vec3 eye = normalize(-position);
+    vec3 light = mix(kGroundColour, kSkyColour, 0.5 + 0.5 * facing.y) +
+                 kKeyColour * max(dot(facing, kKeyDirection), 0.0) +
+                 kFillColour * max(dot(facing, kFillDirection), 0.0);
+    vec3 diffuse = wireframe ? base : base * light;
+
+    float exponent = max(material.Ns, 0.0) * texture(velgl_map_Ns, texCoord).r;
+    vec3 shine = vec3(0.0);
+    if (exponent >= 1.0 && !wireframe)
+        shine = linear(material.Ks) * linear(texture(velgl_map_Ks, texCoord).rgb) * 0.5 *
+                (kKeyColour * highlight(kKeyDirection, facing, eye, exponent) +
+                 kFillColour * highlight(kFillDirection, facing, eye, exponent));
+
+    if (!transparentPass) {
+        opaqueColour = vec4(min(diffuse + shine, 1.0), 1.0);
+        return;
+    }
+    // Glass reflects most where it is seen edge on, and a highlight hides what is behind it.
+    float edge = pow(1.0 - abs(dot(facing, eye)), 4.0);
+    float hidden = clamp(max(mix(alpha, 1.0, 0.35 * edge), max(shine.r, max(shine.g, shine.b))), 0.0, 1.0);
+    vec3 colour = min(diffuse * alpha + shine + 0.3 * (hidden - alpha) * kSkyColour, 1.0);
+    float weight = clamp(pow(1.0 - 0.98 * gl_FragCoord.z, 3.0) * 1e3, 1e-2, 1e3);
+    weightedColour = vec4(colour, hidden) * weight;
+    opacity = hidden;
+}
+)";
+
+} // namespace
+
+const QByteArray kCoveringVertexShader = R"(#version 430 core
+void main() {
+    gl_Position = vec4(vec2((gl_VertexID << 1) & 2, gl_VertexID & 2) * 2.0 - 1.0, 0.0, 1.0);
+}
+)";
+
+const QByteArray kCompositionFragmentShader = R"(#version 430 core
+layout(location = 0) uniform sampler2D opaque;
+layout(location = 1) uniform sampler2D weighted;
+layout(location = 2) uniform sampler2D showsThrough;
+layout(location = 3) uniform vec4 background;
+out vec4 picture;
+
+vec3 encoded(vec3 colour) {
+    return mix(colour * 12.92, 1.055 * pow(colour, vec3(1.0 / 2.4)) - 0.055, step(0.0031308, colour));
+}
+
+void main() {
+    ivec2 at = ivec2(gl_FragCoord.xy);
+    vec4 below = texelFetch(opaque, at, 0);
+    below += background * (1.0 - below.a);
+    vec4 sum = texelFetch(weighted, at, 0);
+    float through = texelFetch(showsThrough, at, 0).r;
+    vec3 glass = sum.a > 0.0 ? sum.rgb / sum.a : vec3(0.0);
+    vec4 all = vec4(glass, 1.0) * (1.0 - through) + below * through;
+    picture = all.a > 0.0 ? vec4(encoded(clamp(all.rgb / all.a, 0.0, 1.0)), all.a) : vec4(0.0);
+}
+)";
+
+QByteArray modelVertexShader() {
+    return head(ShaderStage::Vertex) + kModelVertexBody;
+}
+
+QByteArray modelFragmentShader() {
+    return head(ShaderStage::Fragment) + kModelFragmentBody;
+}
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,139 @@
+#include <QtCore/QJsonArray>
+
+#include "console.h"
+#include "jsonoutput.h"
+#include "modelsummary.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+QString row(const char* label, const QString& text) {
+    return QStringLiteral("  %1 %2\n").arg(QLatin1String(label), -12).arg(text);
+}
+
+QString numbers(const QVector3D& v) {
+    return QStringLiteral("%1 %2 %3").arg(double(v.x())).arg(double(v.y())).arg(double(v.z()));
+}
+
+QString boundsText(const GPUModel::Bounds& bounds) {
+    return bounds.isValid ? QStringLiteral("%1 to %2").arg(numbers(bounds.minimum), numbers(bounds.maximum))
+                          : QStringLiteral("none");
+}
+
+QString attributesText(const ModelSummary& summary) {
+    QStringList texts;
+    for (const ModelSummary::Attribute& attribute : summary.attributes)
+        texts.append(
+            QStringLiteral("%1 (%2 x %3)")
+                .arg(onOneLine(attribute.name), QString::number(attribute.components), attribute.type));
+    return texts.isEmpty() ? QStringLiteral("none") : texts.join(QStringLiteral(", "));
+}
+
+QString textureText(const ModelSummary::TextureFile& texture) {
+    const QString state = texture.size.isValid()
+                              ? QStringLiteral("%1 x %2").arg(texture.size.width()).arg(texture.size.height())
+                              : texture.status;
+    return QStringLiteral("      %1 %2 (%3)\n").arg(texture.map, -7).arg(onOneLine(texture.path), state);
+}
+
+QString materialsText(const ModelSummary& summary) {
+    QString text = QStringLiteral("  materials\n");
+    for (const ModelSummary::Material& material : summary.materials) {
+        text += QStringLiteral("    %1: %2 triangles\n")
+                    .arg(onOneLine(material.name), QString::number(material.triangles));
+        for (const ModelSummary::TextureFile& texture : material.textures)
+            text += textureText(texture);
+    }
+    return summary.materials.isEmpty() ? QString() : text;
+}
+
+QJsonValue boundsJson(const GPUModel::Bounds& bounds) {
+    if (!bounds.isValid)
+        return {};
+    const auto array = [](const QVector3D& v) {
+        return QJsonArray{jsonFloat(v.x()), jsonFloat(v.y()), jsonFloat(v.z())};
+    };
+    return QJsonObject{{QStringLiteral("minimum"), array(bounds.minimum)},
+                       {QStringLiteral("maximum"), array(bounds.maximum)}};
+}
+
+QJsonArray attributesJson(const ModelSummary& summary) {
+    QJsonArray result;
+    for (const ModelSummary::Attribute& attribute : summary.attributes)
+        result.append(QJsonObject{{QStringLiteral("name"), attribute.name},
+                                  {QStringLiteral("components"), attribute.components},
+                                  {QStringLiteral("type"), attribute.type}});
+    return result;
+}
+
+QJsonObject textureJson(const ModelSummary::TextureFile& texture) {
+    QJsonObject result{{QStringLiteral("map"), texture.map},
+                       {QStringLiteral("path"), texture.path},
+                       {QStringLiteral("status"), texture.status}};
+    if (texture.size.isValid()) {
+        result.insert(QStringLiteral("width"), texture.size.width());
+        result.insert(QStringLiteral("height"), texture.size.height());
+    }
+    return result;
+}
+
+QJsonArray materialsJson(const ModelSummary& summary) {
+    QJsonArray result;
+    for (const ModelSummary::Material& material : summary.materials) {
+        QJsonArray textures;
+        for (const ModelSummary::TextureFile& texture : material.textures)
+            textures.append(textureJson(texture));
+        result.append(QJsonObject{{QStringLiteral("name"), material.name},
+                                  {QStringLiteral("triangles"), qint64(material.triangles)},
+                                  {QStringLiteral("textures"), textures}});
+    }
+    return result;
+}
+
+} // namespace
+
+QString summaryText(const ModelSummary& summary) {
+    const LoadReport& report = summary.report;
+    QString text = onOneLine(summary.file) + QLatin1Char('\n');
+    text += row("vertices",
+                QStringLiteral("%1 before merging, %2 after").arg(report.corners).arg(report.vertices));
+    text += row("faces", QString::number(report.faces));
+    text += row("triangles", QString::number(report.triangles));
+    text += row("draws", QStringLiteral("%1 with %2 commands").arg(summary.draws).arg(summary.commands));
+    text += row("attributes", attributesText(summary));
+    text += row("bounds", boundsText(summary.bounds));
+    text += row("on the GPU", QStringLiteral("%1 bytes").arg(summary.gpuBytes));
+    text += row("loaded in", QStringLiteral("%1 ms (%2 MB/s)")
+                                 .arg(summary.seconds * 1e3, 0, 'f', 2)
+                                 .arg(summary.megabytesPerSecond(), 0, 'f', 1));
+    text += materialsText(summary);
+    for (const QString& note : summary.notes)
+        text += row("note", note);
+    return text;
+}
+
+QJsonObject summaryJson(const ModelSummary& summary) {
+    const LoadReport& report = summary.report;
+    return {{QStringLiteral("file"), summary.file},
+            {QStringLiteral("corners"), qint64(report.corners)},
+            {QStringLiteral("vertices"), qint64(report.vertices)},
+            {QStringLiteral("faces"), qint64(report.faces)},
+            {QStringLiteral("triangles"), qint64(report.triangles)},
+            {QStringLiteral("draws"), summary.draws},
+            {QStringLiteral("commands"), summary.commands},
+            {QStringLiteral("attributes"), attributesJson(summary)},
+            {QStringLiteral("materials"), materialsJson(summary)},
+            {QStringLiteral("bounds"), boundsJson(summary.bounds)},
+            {QStringLiteral("gpuBytes"), qint64(summary.gpuBytes)},
+            {QStringLiteral("bytesRead"), report.bytesRead},
+            {QStringLiteral("seconds"), summary.seconds},
+            {QStringLiteral("megabytesPerSecond"), summary.megabytesPerSecond()},
+            {QStringLiteral("droppedFaces"), qint64(report.droppedFaces)},
+            {QStringLiteral("facesWithoutGroup"), qint64(report.facesWithoutGroup)},
+            {QStringLiteral("untriangulatedFaces"), qint64(report.untriangulatedFaces)},
+            {QStringLiteral("substitutedCorners"), qint64(report.substitutedCorners)},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(summary.notes)}};
+}
+
+} // namespace Atelier::Vel::Tool
