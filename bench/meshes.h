@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QtCore/QString>
+
+namespace Atelier::Vel::Bench {
+
+enum class GridFaces { Triangles, Quads };
+enum class GridOrder { Rows, Random };
+enum class GridAttributes { All, PositionsOnly };
+
+/// How a grid over a bumpy surface is written.
+struct GridOptions {
+    GridFaces faces = GridFaces::Triangles;
+    GridOrder order = GridOrder::Rows;
+    GridAttributes attributes = GridAttributes::All;
+};
+
+/// A rectangular grid of about `triangles` triangles, six decimals throughout.
+void writeGrid(const QString& path, int triangles, const GridOptions& options);
+/// The triangles of a grid, every corner with a "v", a "vt" and a "vn" line of its own.
+void writeSoup(const QString& path, int triangles);
+/// Rows of polygons of 5 to 12 corners that share their borders, about `triangles` triangles when cut; each
+/// is of one of 50 materials, and no two neighbours in the file of the same.
+void writePolygons(const QString& path, int triangles);
+/// A grid whose material changes `switches` times among 10 materials.
+void writeMaterialSwitches(const QString& path, int switches);
+/// `groups` materials with one triangle each.
+void writeManyGroups(const QString& path, int groups);
+
+/// One polygon of `corners` corners.
+enum class PolygonShape { Circle, Comb, Star, Spiral };
+void writeOnePolygon(const QString& path, int corners, PolygonShape shape);
+
+} // namespace Atelier::Vel::Bench
