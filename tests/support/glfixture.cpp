@@ -2,6 +2,8 @@
 
 #include "support/glfixture.h"
 
+#include <utility>
+
 // What the software driver and its loader keep to the end of the process is not this project's leak.
 extern "C" const char*
 __lsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier): the sanitizer's name
@@ -77,6 +79,10 @@ void GLFixture::watchMessages() {
     glEnable(GL_DEBUG_OUTPUT);
     glEnable(GL_DEBUG_OUTPUT_SYNCHRONOUS);
     glDebugMessageCallback(keepSevere, &_severeMessages);
+}
+
+std::vector<QString> GLFixture::takeSevereMessages() {
+    return std::exchange(_severeMessages, {});
 }
 
 void GLFixture::SetUp() {

@@ -45,6 +45,8 @@ public:
     makeContext(const OpenGLDeviceContext::HeadlessOptions& options);
     /// Has the context that is current report its messages to this test.
     void watchMessages();
+    /// The messages of high severity so far, which then fail the test no longer.
+    std::vector<QString> takeSevereMessages();
 
 protected:
     void SetUp() override;

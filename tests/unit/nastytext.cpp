@@ -134,7 +134,42 @@ QByteArray NastyText::name() {
                   "\xF0\x9F\x98\x80", "-s 1 1 1 file.png", "C:\\x.png", "\xEF\xBB\xBFred"});
 }
 
+// As programs write lines.
+QByteArray NastyText::plainLine() {
+    const auto decimal = [this] {
+        return QByteArray::number((static_cast<double>(below(2'000'000'001)) - 1e9) / 1e7, 'f',
+                                  static_cast<int>(below(13)));
+    };
+    const auto index = [this] {
+        return QByteArray::number(static_cast<int>(below(below(2) == 0 ? 20 : 20'000'000)) -
+                                  (below(9) == 0 ? 10 : 0));
+    };
+    switch (below(5)) {
+    case 0:
+        return "v " + decimal() + " " + decimal() + " " + decimal();
+    case 1:
+        return "vn " + decimal() + " " + decimal() + " " + decimal();
+    case 2:
+        return "vt " + decimal() + " " + decimal();
+    default:
+        break;
+    }
+    QByteArray line = "f";
+    const unsigned int form = below(4);
+    for (unsigned int i = below(20) == 0 ? below(90) : 3 + below(3); i > 0; --i)
+        line += " " + index() +
+                (form == 0   ? ""
+                 : form == 1 ? "/" + index()
+                 : form == 2 ? "//" + index()
+                             : "/" + index() + "/" + index());
+    return line;
+}
+
 QByteArray NastyText::objLine() {
+    if (below(2) == 0)
+        return plainLine() + (below(10) == 0
+                                  ? anyOf({" ", "  ", " 1", " # note", "\t", "x", "/", "\r", " \r"})
+                                  : QByteArray());
     static const char* const kKeywords[] = {"v", "v", "v", "vn", "vt", "f",  "f", "f", "usemtl", "mtllib",
                                             "o", "g", "s", "#",  "V",  "vp", "l", "",  "#f",     "v#"};
     const QByteArray keyword = kKeywords[below(20)];
@@ -167,6 +202,24 @@ QByteArray NastyText::obj(unsigned int lines) {
         text += objLine() + lineEnd();
     if (below(3) == 0)
         text += objLine();
+    return text;
+}
+
+QByteArray NastyText::plain(unsigned int lines) {
+    QByteArray text;
+    for (unsigned int i = below(lines + 1); i > 0; --i)
+        text += plainLine() + "\n";
+    return text;
+}
+
+QByteArray NastyText::decimal() {
+    QByteArray text = below(2) == 0 ? "-" : "";
+    for (unsigned int i = 1 + below(8); i > 0; --i)
+        text += static_cast<char>('0' + below(10));
+    if (below(8) != 0)
+        text += '.';
+    for (unsigned int i = below(14); i > 0 && text.contains('.'); --i)
+        text += static_cast<char>('0' + below(10));
     return text;
 }
 

@@ -14,6 +14,10 @@ public:
     unsigned int below(unsigned int bound);
     /// OBJ text of up to `lines` lines, as UTF-8.
     QByteArray obj(unsigned int lines);
+    /// The same without anything odd.
+    QByteArray plain(unsigned int lines);
+    /// A short decimal, up to 20 digits in all.
+    QByteArray decimal();
     /// MTL text of up to `lines` lines, as UTF-8.
     QByteArray mtl(unsigned int lines);
     /// Bytes without any sense.
@@ -32,6 +36,7 @@ private:
     QByteArray number();
     QByteArray corner();
     QByteArray name();
+    QByteArray plainLine();
     QByteArray objLine();
     QByteArray mtlLine();
 

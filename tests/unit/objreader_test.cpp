@@ -1,6 +1,10 @@
 #include "import/objreader.h"
 
+#include <array>
 #include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -63,6 +67,89 @@ std::vector<Record> takeAll(Reader& reader) {
     return records;
 }
 
+/// What a text amounts to, kind by kind, and what it says between its faces.
+struct Content {
+    std::vector<quint32> positions; ///< the bits of the numbers
+    std::vector<quint32> normals;
+    std::vector<quint32> texCoords;
+    std::vector<quint32> cornerCounts;
+    std::vector<std::array<quint32, 3>> corners;
+    std::vector<std::pair<size_t, QString>> switches; ///< at which face, to what
+    size_t dropped = 0;
+
+    friend bool operator==(const Content& a, const Content& b) {
+        return a.positions == b.positions && a.normals == b.normals && a.texCoords == b.texCoords &&
+               a.cornerCounts == b.cornerCounts && a.corners == b.corners && a.switches == b.switches &&
+               a.dropped == b.dropped;
+    }
+    friend void PrintTo(const Content& content, std::ostream* out) {
+        *out << content.positions.size() << " v " << content.normals.size() << " vn "
+             << content.texCoords.size() << " vt " << testing::PrintToString(content.cornerCounts) << ' '
+             << content.corners.size() << " corners " << content.dropped << " dropped";
+    }
+};
+
+void append(std::vector<quint32>& bits, const float* values, size_t count) {
+    bits.resize(bits.size() + count);
+    std::copy_n(reinterpret_cast<const char*>(values), count * sizeof(float),
+                reinterpret_cast<char*>(bits.data() + bits.size() - count));
+}
+
+void append(Content& content, const Record& record) {
+    switch (record.kind) {
+    case Kind::Position:
+        return append(content.positions, record.values.data(), 3);
+    case Kind::Normal:
+        return append(content.normals, record.values.data(), 3);
+    case Kind::TexCoord:
+        return append(content.texCoords, record.values.data(), 2);
+    case Kind::Face:
+        content.dropped += record.ok ? 0 : 1;
+        if (record.ok) {
+            content.cornerCounts.push_back(static_cast<quint32>(record.corners.size()));
+            content.corners.insert(content.corners.end(), record.corners.begin(), record.corners.end());
+        }
+        return;
+    default:
+        content.switches.emplace_back(content.cornerCounts.size(), record.text);
+    }
+}
+
+void append(Content& content, ObjRun& run) {
+    append(content.positions, run.positions.items, run.positions.size);
+    append(content.normals, run.normals.items, run.normals.size);
+    append(content.texCoords, run.texCoords.items, run.texCoords.size);
+    content.cornerCounts.insert(content.cornerCounts.end(), run.cornerCounts.items,
+                                run.cornerCounts.items + run.cornerCounts.size);
+    for (size_t i = 0; i < run.positionIndices.size; ++i)
+        content.corners.push_back(
+            {run.positionIndices.items[i], run.texCoordIndices.items[i], run.normalIndices.items[i]});
+    EXPECT_EQ(run.normalIndices.size, run.positionIndices.size);
+    EXPECT_EQ(run.texCoordIndices.size, run.positionIndices.size);
+    run = ObjRun();
+}
+
+Content contentOf(const std::vector<Record>& records) {
+    Content content;
+    for (const Record& record : records)
+        append(content, record);
+    return content;
+}
+
+/// Through runs, the way that a loader takes it.
+Content contentInRuns(ObjReader& reader) {
+    reader.setDirectory(QStringLiteral("/base"));
+    Content content;
+    const auto run = std::make_unique<ObjRun>();
+    for (; reader.hasNext(); reader.next(*run)) {
+        append(content, *run);
+        if (reader.kind() != Kind::None)
+            append(content, takeRecord(reader));
+    }
+    append(content, *run);
+    return content;
+}
+
 /// A file on disk, since that is what the readers read best.
 class ObjReaderTest : public testing::Test {
 protected:
@@ -84,6 +171,13 @@ protected:
         ObjReader reader(&stream, limits);
         return takeAll(reader);
     }
+    Content readInRuns(const LineSourceLimits& limits) {
+        QFile file(path());
+        file.open(QIODevice::ReadOnly | QIODevice::Text);
+        QTextStream stream(&file);
+        ObjReader reader(&stream, limits);
+        return contentInRuns(reader);
+    }
     std::vector<Record> readLiterally(const QByteArray& text) {
         write(text);
         QFile file(path());
@@ -97,6 +191,8 @@ protected:
         for (const qint64 blockBytes : blockSizes) {
             LineSourceLimits limits;
             limits.blockBytes = blockBytes;
+            ASSERT_EQ(readInRuns(limits), contentOf(expected)) << "block of " << blockBytes << ", text:\n"
+                                                               << text.left(4000).toStdString();
             ASSERT_EQ(readAgain(limits), expected) << "block of " << blockBytes << ", text:\n"
                                                    << text.left(4000).toStdString();
         }
@@ -353,6 +449,7 @@ TEST_F(ObjReaderTest, EveryBlockBoundaryReadsAsLiterally) {
         LineSourceLimits limits;
         limits.blockBytes = blockBytes;
         ASSERT_EQ(readAgain(limits), expected) << blockBytes;
+        ASSERT_EQ(readInRuns(limits), contentOf(expected)) << blockBytes;
     }
 }
 
@@ -363,6 +460,22 @@ TEST_F(ObjReaderTest, LongLinesReadAsLiterally) {
     expectAsLiterally(QByteArray("v 1 2 3\n") + "# " + QByteArray(1'000'000, 'x') + "\n" + face +
                       "\nv 4 5 6" + QByteArray(1'000'000, ' ') + "# \xC3\xA9\nusemtl " +
                       QByteArray("\xC3\xA9").repeated(300'000));
+}
+
+TEST_F(ObjReaderTest, RunsOfAnyLengthReadAsLiterally) {
+    NastyText nasty(6);
+    for (int i = scaled(10); i > 0; --i)
+        expectAsLiterally(nasty.plain(20'000), {4096, 256 * 1024});
+}
+
+TEST_F(ObjReaderTest, PlainNumbersInRunsReadAsQStringReadsThem) {
+    NastyText nasty(7);
+    for (int i = scaled(5); i > 0; --i) {
+        QByteArray text = "v 0 0 0\n";
+        for (int line = 0; line < 20'000; ++line)
+            text += "v " + nasty.decimal() + " " + nasty.decimal() + " " + nasty.decimal() + "\n";
+        expectAsLiterally(text);
+    }
 }
 
 } // namespace Atelier::Vel

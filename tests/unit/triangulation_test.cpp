@@ -1,5 +1,7 @@
 #include <velmodel/triangulation.h>
 
+#include <algorithm>
+#include <limits>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -13,6 +15,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Testing::MessageLog;
 
+const QVector3D kUp(0, 0, 1);
+const QString kNoEarLeft = QStringLiteral("Unable to triangulate polygon.");
 const QString kTooFewCorners = QStringLiteral("Cannot triangulate a polygon with fewer than 3 vertices");
 
 /// A polygon in the plane z = 0, from pairs of coordinates.
@@ -39,6 +43,41 @@ struct FlatPolygon {
         return triangles;
     }
 };
+
+const FlatPolygon kPentagon{0, 0, 4, 0, 5, 3, 2, 5, -2, 4};
+const FlatPolygon kRegularPentagon{1, 0, 0.309F, 0.951F, -0.809F, 0.588F, -0.809F, -0.588F, 0.309F, -0.951F};
+// Its notch is the square right above the reflex corner 3.
+const FlatPolygon kLShape{0, 0, 2, 0, 2, 1, 1, 1, 1, 2, 0, 2};
+
+struct Triangle {
+    float x[3];
+    float y[3];
+
+    float doubledArea() const { return (x[1] - x[0]) * (y[2] - y[0]) - (y[1] - y[0]) * (x[2] - x[0]); }
+    bool covers(float px, float py) const {
+        bool inside = true;
+        for (int k = 0; k < 3; ++k) {
+            const int next = (k + 1) % 3;
+            inside = inside && (x[next] - x[k]) * (py - y[k]) - (y[next] - y[k]) * (px - x[k]) >= 0;
+        }
+        return inside;
+    }
+};
+
+std::vector<Triangle> trianglesOf(const FlatPolygon& polygon, const QVector<unsigned int>& vertices) {
+    std::vector<Triangle> triangles(vertices.size() / 3);
+    for (int k = 0; k < vertices.size(); ++k) {
+        triangles[k / 3].x[k % 3] = polygon.positions[3 * vertices[k]];
+        triangles[k / 3].y[k % 3] = polygon.positions[3 * vertices[k] + 1];
+    }
+    return triangles;
+}
+
+QVector<unsigned int> turnedRound(QVector<unsigned int> triangles) {
+    for (int k = 0; k + 2 < triangles.size(); k += 3)
+        std::swap(triangles[k], triangles[k + 2]);
+    return triangles;
+}
 
 TEST(TriangulationTest, CounterClockwiseTriangleKeepsItsOrder) {
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 0, 1}).triangulated(), ElementsAre(0, 1, 2));
@@ -80,6 +119,238 @@ TEST(TriangulationTest, CountZeroReadsNothing) {
     Triangulate3D({0, 0, 1}, 0, nullptr, nullptr, triangles);
     EXPECT_THAT(triangles, IsEmpty());
     EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kTooFewCorners, kTooFewCorners));
+}
+
+TEST(TriangulationTest, FewerThanThreeCornersWarnAboutAGivenNormalToo) {
+    const FlatPolygon polygon{0, 0, 1, 0};
+    MessageLog log;
+    QVector<unsigned short> triangles{7};
+    Triangulate3D(kUp, 2, polygon.corners.data(), polygon.positions.data(), triangles);
+    Triangulate3D(1, polygon.corners.data(), polygon.positions.data(), triangles);
+    EXPECT_THAT(triangles, ElementsAre(7));
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kTooFewCorners, kTooFewCorners));
+}
+
+TEST(TriangulationTest, ConvexPentagonGivesThreeTriangles) {
+    const QVector<unsigned int> vertices = kPentagon.triangulated();
+    EXPECT_EQ(vertices.size(), 9);
+    for (const Triangle& triangle : trianglesOf(kPentagon, vertices))
+        EXPECT_GT(triangle.doubledArea(), 0);
+}
+
+TEST(TriangulationTest, SharpestEarIsClippedFirst) {
+    // The angle at corner 4 is the smallest of the five.
+    EXPECT_THAT(kPentagon.triangulated().mid(0, 3), ElementsAre(3, 4, 0));
+}
+
+TEST(TriangulationTest, LowestNumberedOfEquallySharpEarsIsClippedFirst) {
+    // A square with the middle of one side as a corner: four right angles.
+    EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 2, 0, 2, 2, 0, 2}).triangulated().mid(0, 3), ElementsAre(4, 0, 1));
+    EXPECT_THAT((FlatPolygon{1, 0, 2, 0, 2, 2, 0, 2, 0, 0}).triangulated().mid(0, 3), ElementsAre(0, 1, 2));
+}
+
+TEST(TriangulationTest, OppositeNormalTurnsEveryTriangleRound) {
+    for (const FlatPolygon* polygon : {&kPentagon, &kRegularPentagon, &kLShape}) {
+        const QVector<unsigned int> upright = polygon->triangulated(kUp);
+        EXPECT_FALSE(upright.isEmpty());
+        EXPECT_EQ(polygon->triangulated(-kUp), turnedRound(upright));
+    }
+}
+
+TEST(TriangulationTest, ClockwisePolygonIsCounterClockwiseAboutItsOwnNormal) {
+    FlatPolygon reversed = kLShape;
+    std::reverse(reversed.corners.begin(), reversed.corners.end());
+    for (const Triangle& triangle : trianglesOf(reversed, reversed.triangulated()))
+        EXPECT_LT(triangle.doubledArea(), 0) << "seen from above, that is from behind";
+    for (const Triangle& triangle : trianglesOf(reversed, reversed.triangulated(kUp)))
+        EXPECT_GT(triangle.doubledArea(), 0);
+}
+
+TEST(TriangulationTest, LShapeLeavesItsNotchFree) {
+    const QVector<unsigned int> vertices = kLShape.triangulated();
+    EXPECT_EQ(vertices.size(), 12);
+    float area = 0;
+    for (const Triangle& triangle : trianglesOf(kLShape, vertices)) {
+        EXPECT_FALSE(triangle.covers(1.25F, 1.25F));
+        area += triangle.doubledArea() / 2;
+    }
+    EXPECT_EQ(area, 3);
+}
+
+TEST(TriangulationTest, DuplicatedCornersDoNotBlock) {
+    // A square with a hole, joined by a bridge that is walked twice.
+    const FlatPolygon bridged{0, 0, 6, 0, 6, 6, 0, 6, 0, 0, 2, 2, 2, 4, 4, 4, 4, 2, 2, 2};
+    const QVector<unsigned int> vertices = bridged.triangulated();
+    float area = 0;
+    for (const Triangle& triangle : trianglesOf(bridged, vertices))
+        area += triangle.doubledArea() / 2;
+    EXPECT_EQ(vertices.size(), 24);
+    EXPECT_EQ(area, 32);
+}
+
+TEST(TriangulationTest, NormalAlongTheYAxisIsProjectedWithTheOtherUp) {
+    // With the usual up vector the axes of this plane would be null, and so all points.
+    FlatPolygon polygon = kLShape;
+    for (int k = 0; k < polygon.count(); ++k) {
+        polygon.positions[3 * k + 2] = -polygon.positions[3 * k + 1];
+        polygon.positions[3 * k + 1] = 5;
+    }
+    EXPECT_EQ(polygon.triangulated().size(), 12);
+    EXPECT_EQ(polygon.triangulated({0, 1, 0}).size(), 12);
+    EXPECT_EQ(polygon.triangulated({0, -1, 0}), turnedRound(polygon.triangulated({0, 1, 0})));
+}
+
+TEST(TriangulationTest, ShortOverloadsKeepTheLowSixteenBits) {
+    constexpr int kVertex = 70'000;
+    FlatPolygon polygon{0, 0, 1, 0, 0, 1};
+    polygon.positions.resize(3 * (kVertex + 1));
+    polygon.positions[3 * kVertex] = 1;
+    polygon.corners[1] = kVertex;
+    QVector<unsigned short> triangles;
+    Triangulate3D(3, polygon.corners.data(), polygon.positions.data(), triangles);
+    Triangulate3D(kUp, 3, polygon.corners.data(), polygon.positions.data(), triangles);
+    EXPECT_THAT(triangles, ElementsAre(0, 4464, 2, 0, 4464, 2));
+    EXPECT_THAT(polygon.triangulated(), ElementsAre(0, kVertex, 2));
+}
+
+TEST(TriangulationTest, VertexNumbersAreThoseOfTheCorners) {
+    const FlatPolygon source{9, 9, 0, 1, 9, 9, 1, 0, 0, 0};
+    const std::vector<int> corners = {4, 3, 1};
+    QVector<unsigned int> triangles;
+    Triangulate3D(3, corners.data(), source.positions.data(), triangles);
+    EXPECT_THAT(triangles, ElementsAre(4, 3, 1));
+}
+
+TEST(TriangulationTest, OutputKeepsWhatItHeld) {
+    QVector<unsigned int> triangles{9, 8};
+    Triangulate3D(5, kPentagon.corners.data(), kPentagon.positions.data(), triangles);
+    Triangulate3D(kUp, 5, kPentagon.corners.data(), kPentagon.positions.data(), triangles);
+    ASSERT_EQ(triangles.size(), 20);
+    EXPECT_THAT(triangles.mid(0, 2), ElementsAre(9, 8));
+    EXPECT_EQ(triangles.mid(2, 9), kPentagon.triangulated());
+}
+
+TEST(TriangulationTest, CollinearPentagonCannotBeCut) {
+    const FlatPolygon line{0, 0, 1, 0, 2, 0, 3, 0, 4, 0};
+    MessageLog log;
+    QVector<unsigned int> triangles{1};
+    Triangulate3D(5, line.corners.data(), line.positions.data(), triangles);
+    Triangulate3D(kUp, 5, line.corners.data(), line.positions.data(), triangles);
+    EXPECT_THAT(triangles, ElementsAre(1));
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft, kNoEarLeft));
+}
+
+TEST(TriangulationTest, CollinearTriangleAndQuadrilateralAreCutAllTheSame) {
+    EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 2, 0}).triangulated(), ElementsAre(0, 1, 2));
+    EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 2, 0, 3, 0}).triangulated(), ElementsAre(0, 1, 3, 1, 2, 3));
+}
+
+TEST(TriangulationTest, SelfCrossingPolygonDropsTheEarsClippedBeforeItFailed) {
+    MessageLog log;
+    EXPECT_THAT((FlatPolygon{0, 0, 2, 2, 2, 0, 0, 2, 1, 1, 1, 1, 1, 1}).triangulated(), IsEmpty());
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft));
+}
+
+TEST(TriangulationTest, ZeroNormalLeavesNoEar) {
+    MessageLog log;
+    EXPECT_THAT(kPentagon.triangulated(QVector3D()), IsEmpty());
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft));
+    EXPECT_THAT((FlatPolygon{0, 0, 0, 1, 1, 0}).triangulated(QVector3D()), ElementsAre(0, 1, 2));
+}
+
+TEST(TriangulationTest, WarningsCarryNoContext) {
+    MessageLog log;
+    FlatPolygon({0, 0, 1, 0}).triangulated();
+    FlatPolygon({0, 0, 1, 0, 2, 0, 3, 0, 4, 0}).triangulated();
+    ASSERT_EQ(log.messages().size(), 2U);
+    for (const Testing::LoggedMessage& message : log.messages()) {
+        EXPECT_EQ(message.level, QtWarningMsg);
+        EXPECT_FALSE(message.hasContext);
+    }
+}
+
+TEST(TriangulationTest, PointsThatAreNotNumbersMakeATriangleClockwise) {
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_THAT((FlatPolygon{0, 0, kNan, 0, 0, 1}).triangulated(), ElementsAre(0, 2, 1));
+    EXPECT_THAT((FlatPolygon{0, 0, 1, 0, kNan, 1, 0, 1}).triangulated(), ElementsAre(0, 3, 1, 1, 3, 2));
+}
+
+TEST(TriangulationTest, PolygonOfTinyAreaCannotBeCutButQuadrilateralsCan) {
+    FlatPolygon pentagon = kPentagon;
+    for (float& value : pentagon.positions)
+        value *= 1e-5F;
+    MessageLog log;
+    EXPECT_THAT(pentagon.triangulated(), IsEmpty());
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft));
+    EXPECT_THAT((FlatPolygon{0, 0, 1e-6F, 0, 0, 1e-6F}).triangulated(), ElementsAre(0, 1, 2));
+    EXPECT_THAT((FlatPolygon{0, 0, 1e-6F, 0, 1e-6F, 1e-6F, 0, 1e-6F}).triangulated(),
+                ElementsAre(0, 1, 3, 1, 2, 3));
+}
+
+TEST(TriangulationTest, ManyCallsOnOneVectorGrowItByDoubling) {
+    QVector<unsigned int> triangles;
+    int growths = 0;
+    for (int k = 0; k < 30'000; ++k) {
+        const int capacity = triangles.capacity();
+        Triangulate3D(3, kPentagon.corners.data(), kPentagon.positions.data(), triangles);
+        growths += triangles.capacity() != capacity ? 1 : 0;
+    }
+    EXPECT_LT(growths, 40);
+}
+
+class DegenerateTriangleTest : public testing::Test {
+protected:
+    static int find(const std::vector<float>& positions, const std::vector<unsigned int>& indices,
+                    int start = 0) {
+        return FindDegenerateTriangle(static_cast<int>(indices.size()), indices.data(), positions.data(),
+                                      start);
+    }
+};
+
+TEST_F(DegenerateTriangleTest, CollinearTriangleIsFound) {
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}), 0);
+    EXPECT_EQ(find({0, 0, 1, 0, 0, 1}, {0, 1, 2}), -1);
+}
+
+TEST_F(DegenerateTriangleTest, SearchBeginsAtStart) {
+    const std::vector<float> points = {0, 0, 1, 0, 2, 0};
+    EXPECT_EQ(find(points, {0, 1, 2, 0, 1, 2}, 3), 3);
+    EXPECT_EQ(find(points, {0, 1, 2, 0, 1, 2}, 0), 0);
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0, 0, 1}, {0, 1, 2, 0, 1, 3}, 3), -1);
+}
+
+TEST_F(DegenerateTriangleTest, StartNeedNotBeAMultipleOfThree) {
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0, 0, 1}, {3, 0, 1, 2}, 1), 1);
+}
+
+TEST_F(DegenerateTriangleTest, StartAtTheEndOrBehindItFindsNothing) {
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, 3), -1);
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, std::numeric_limits<int>::max()), -1);
+    EXPECT_EQ(FindDegenerateTriangle(0, nullptr, nullptr, 0), -1);
+}
+
+TEST_F(DegenerateTriangleTest, NegativeStartCountsAsZero) {
+    EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, -7), 0);
+}
+
+TEST_F(DegenerateTriangleTest, TriangleCutShortByTheListIsNotLookedAt) {
+    EXPECT_EQ(find({0, 0, 1, 0, 0, 1, 2, 0}, {0, 1, 2, 0, 1}), -1);
+}
+
+TEST_F(DegenerateTriangleTest, TwoEqualCornersAreFoundThreeAreNot) {
+    EXPECT_EQ(find({0, 0, 1, 0, 1, 0}, {0, 1, 2}), 0);
+    EXPECT_EQ(find({1, 1, 1, 1, 1, 1}, {0, 1, 2}), -1);
+}
+
+TEST_F(DegenerateTriangleTest, EveryPairOfEdgesCounts) {
+    const std::vector<float> points = {0, 0, 1, 0, 2, 1e-4F};
+    EXPECT_EQ(find(points, {0, 1, 2}), 0);
+    EXPECT_EQ(find(points, {1, 2, 0}), 0);
+    EXPECT_EQ(find(points, {2, 0, 1}), 0);
+}
+
+TEST_F(DegenerateTriangleTest, PointsThatAreNotNumbersAreNotDegenerate) {
+    EXPECT_EQ(find({0, 0, 1, 0, std::numeric_limits<float>::quiet_NaN(), 0}, {0, 1, 2}), -1);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <cstdlib>
 #include <random>
+#include <vector>
 
 #include <velmodel/triangulation.h>
 
@@ -105,6 +105,158 @@ TEST(TriangulationComparisonTest, IndexedPolygonsEqualTheLiteralCut) {
     const int rounds = scaled(1'000);
     EXPECT_GT(compareRandomPolygons(rounds, 65, 200, 4), rounds / 8);
 }
+
+TEST(TriangulationComparisonTest, MediumPolygonsOfEachShapeEqualTheLiteralCut) {
+    MessageLog log;
+    std::mt19937 random(5);
+    for (const auto makeShape : {convexShape, combShape, starShape, spiralShape})
+        for (int round = 0; round < scaled(6); ++round) {
+            const int count = std::uniform_int_distribution<int>(65, 1200)(random);
+            const TestPolygon polygon = flatPolygon(makeShape(count));
+            QVector<unsigned int> expected;
+            QVector<unsigned int> actual;
+            Literal::triangulate3D(count, polygon.corners.data(), polygon.positions.data(), expected);
+            Triangulate3D(count, polygon.corners.data(), polygon.positions.data(), actual);
+            ASSERT_EQ(expected.size(), 3 * (count - 2));
+            ASSERT_EQ(actual, expected) << count;
+        }
+}
+
+TEST(TriangulationComparisonTest, MediumNastyPolygonsEqualTheLiteralCut) {
+    EXPECT_GT(compareRandomPolygons(scaled(60), 300, 1200, 6), 0);
+}
+
+/// Many polygons as the faces of one mesh.
+class MeshOfPolygons {
+public:
+    void add(const TestPolygon& polygon) {
+        const int firstVertex = static_cast<int>(_positions.size() / 3);
+        _starts.push_back(static_cast<unsigned int>(_corners.size()));
+        _counts.push_back(static_cast<unsigned int>(polygon.count()));
+        _positions.insert(_positions.end(), polygon.positions.begin(), polygon.positions.end());
+        for (int vertex : polygon.corners)
+            _corners.push_back(firstVertex + vertex);
+    }
+
+    void cutOneByOne(const std::vector<unsigned int>& faces, QVector<unsigned int>& triangles) const {
+        for (unsigned int face : faces)
+            Triangulate3D(static_cast<int>(_counts[face]), _corners.data() + _starts[face], _positions.data(),
+                          triangles);
+    }
+
+    /// How many faces gave no triangle.
+    quint64 cutAtOnce(const std::vector<unsigned int>& faces, QVector<unsigned int>& triangles) const {
+        PolygonTriangulator triangulator;
+        triangles.resize(3 * static_cast<int>(_corners.size()));
+        const PolygonFaces mesh = {_counts.data(), _starts.data(), _corners.data(), _positions.data()};
+        unsigned int* begin = triangles.data();
+        const unsigned int* end =
+            triangulator.cut(mesh, faces.data(), static_cast<qint64>(faces.size()), begin);
+        triangles.resize(static_cast<int>(end - begin));
+        return triangulator.uncutPolygons();
+    }
+
+    unsigned int faceCount() const { return static_cast<unsigned int>(_counts.size()); }
+
+private:
+    std::vector<unsigned int> _counts;
+    std::vector<unsigned int> _starts;
+    std::vector<int> _corners;
+    std::vector<float> _positions;
+};
+
+TEST(TriangulationComparisonTest, FacesCutAtOnceEqualFacesCutOneByOne) {
+    MessageLog log;
+    std::mt19937 random(7);
+    std::discrete_distribution<int> counts({0, 1, 1, 40, 40, 10, 10, 5, 5, 5, 5});
+    for (int round = 0; round < scaled(500); ++round) {
+        MeshOfPolygons mesh;
+        std::vector<unsigned int> faces;
+        for (unsigned int face = 0; face < 200; ++face) {
+            const int count = counts(random);
+            TestPolygon polygon = randomPolygon(std::max(count, 3), random);
+            polygon.corners.resize(count);
+            mesh.add(polygon);
+            faces.push_back(face);
+        }
+        std::shuffle(faces.begin(), faces.end(), random);
+        QVector<unsigned int> expected;
+        QVector<unsigned int> actual;
+        log.clear();
+        mesh.cutOneByOne(faces, expected);
+        const std::vector<LoggedMessage> messages = log.messages();
+        log.clear();
+        const quint64 uncut = mesh.cutAtOnce(faces, actual);
+        ASSERT_EQ(actual, expected);
+        ASSERT_EQ(log.messages(), messages);
+        ASSERT_EQ(uncut, messages.size());
+    }
+}
+
+TEST(TriangulationComparisonTest, DegenerateTrianglesAreThoseOfTheLiteralSearch) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<float> number(-1, 1);
+    std::vector<float> points(60);
+    std::vector<unsigned int> indices(30);
+    int found = 0;
+    for (int round = 0; round < scaled(50'000); ++round) {
+        const float height = round % 2 == 0 ? 1 : 3e-3F;
+        for (std::size_t k = 0; k < points.size(); k += 2) {
+            points[k] = number(random);
+            points[k + 1] = height * number(random);
+        }
+        for (unsigned int& index : indices)
+            index = static_cast<unsigned int>(random() % 30);
+        const int start = static_cast<int>(random() % 30);
+        const int count = start + (30 - start) / 3 * 3; // whole triangles: the literal search reads them all
+        const int expected = Literal::findDegenerateTriangle(count, indices.data(), points.data(), start);
+        ASSERT_EQ(FindDegenerateTriangle(count, indices.data(), points.data(), start), expected);
+        found += expected >= 0 ? 1 : 0;
+    }
+    EXPECT_GT(found, 1000);
+}
+
+struct LargeShape {
+    const char* name;
+    PlaneShape (*make)(int);
+};
+
+class LargePolygonTest : public testing::TestWithParam<LargeShape> {};
+
+TEST_P(LargePolygonTest, IsCutIntoTrianglesThatAddUpToIt) {
+    constexpr int kCount = 100'000;
+    const TestPolygon polygon = flatPolygon(GetParam().make(kCount));
+    const float* positions = polygon.positions.data();
+    QVector<unsigned int> triangles;
+    Triangulate3D(kCount, polygon.corners.data(), positions, triangles);
+    ASSERT_EQ(triangles.size(), 3 * (kCount - 2));
+
+    const auto cross = [positions](unsigned int origin, unsigned int p, unsigned int q) {
+        const float* o = positions + 3 * origin;
+        return (double(positions[3 * p]) - o[0]) * (double(positions[3 * q + 1]) - o[1]) -
+               (double(positions[3 * p + 1]) - o[1]) * (double(positions[3 * q]) - o[0]);
+    };
+    double polygonArea = 0;
+    for (unsigned int k = 1; k + 1 < kCount; ++k)
+        polygonArea += cross(0, k, k + 1);
+    double triangleArea = 0;
+    std::vector<int> uses(kCount);
+    for (int k = 0; k < triangles.size(); k += 3) {
+        const double area = cross(triangles[k], triangles[k + 1], triangles[k + 2]);
+        // All wound like the polygon, but for slivers where rounding decides.
+        ASSERT_GT(area / polygonArea, -1e-9);
+        triangleArea += area;
+        for (int corner = 0; corner < 3; ++corner)
+            ++uses[triangles[k + corner]];
+    }
+    EXPECT_NEAR(triangleArea / polygonArea, 1, 1e-9);
+    EXPECT_EQ(std::count(uses.begin(), uses.end(), 0), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, LargePolygonTest,
+                         testing::Values(LargeShape{"Convex", convexShape}, LargeShape{"Comb", combShape},
+                                         LargeShape{"Star", starShape}, LargeShape{"Spiral", spiralShape}),
+                         [](const auto& shape) { return shape.param.name; });
 
 } // namespace
 } // namespace Atelier::Vel

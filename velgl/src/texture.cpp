@@ -43,6 +43,13 @@ void fillWithColor(GLenum target, int internalFormat, const QColor& color) {
     glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, 0);
 }
 
+// Asking for a level that no texture has is an error for the driver.
+bool isLevel(int level) {
+    GLint largestSide = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largestSide);
+    return level >= 0 && level < 31 && (largestSide >> level) > 0;
+}
+
 } // namespace
 
 // Content that its owner has declared final exists in one place only; a colour can be filled in anywhere.
@@ -157,7 +164,7 @@ void Texture::setLabel(const QString& label) {
 
 QImage Texture::readBack(int level) const {
     const GLuint texture = name();
-    if (texture == 0 || _data->target != GL_TEXTURE_2D || level < 0)
+    if (texture == 0 || _data->target != GL_TEXTURE_2D || !isLevel(level))
         return {};
     const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
     glBindTexture(GL_TEXTURE_2D, texture);

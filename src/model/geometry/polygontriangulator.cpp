@@ -4,6 +4,7 @@
 
 #include <QtCore/QtDebug>
 
+#include "geometry/triangulationconvexity.h"
 #include "geometry/triangulationwinding.h"
 
 namespace Atelier::Vel {
@@ -26,34 +27,34 @@ bool isClippedLater(const QueuedEar& a, const QueuedEar& b) {
     return a.cosine < b.cosine || (a.cosine == b.cosine && a.corner > b.corner);
 }
 
-QVector3D positionOf(const float* positions, int vertex) {
+SpacePoint positionOf(const float* positions, int vertex) {
     const float* position = positions + 3 * qint64(vertex);
     return {position[0], position[1], position[2]};
 }
 
-QVector3D PolygonNormal(int count, const int* indices, const float* positions) {
-    QVector3D sum;
-    QVector3D previous = positionOf(positions, indices[count - 1]);
+SpacePoint PolygonNormal(int count, const int* indices, const float* positions) {
+    SpacePoint sum = {};
+    SpacePoint previous = positionOf(positions, indices[count - 1]);
     for (int k = 0; k < count; ++k) {
-        const QVector3D current = positionOf(positions, indices[k]);
-        sum += QVector3D::crossProduct(previous, current);
+        const SpacePoint current = positionOf(positions, indices[k]);
+        sum = sum + crossProduct(previous, current);
         previous = current;
     }
-    sum.normalize();
+    normalize(sum);
     return sum;
 }
 
-void ProjectPolygon(const QVector3D& normal, int count, const int* indices, const float* positions,
+void ProjectPolygon(const SpacePoint& normal, int count, const int* indices, const float* positions,
                     PlanePoint* points) {
-    QVector3D up(0, 1, 0);
-    if (std::fabs(dotProduct(normal, up)) > 0.9f)
-        up = QVector3D(0, 0, 1);
-    const QVector3D u = QVector3D::crossProduct(up, normal).normalized();
-    const QVector3D w = QVector3D::crossProduct(normal, u).normalized();
-    const QVector3D origin = positionOf(positions, indices[0]);
+    SpacePoint up = {0, 1, 0};
+    if (std::fabs(dotProduct(normal, up)) > 0.9F)
+        up = {0, 0, 1};
+    const SpacePoint u = normalized(crossProduct(up, normal));
+    const SpacePoint w = normalized(crossProduct(normal, u));
+    const SpacePoint origin = positionOf(positions, indices[0]);
     points[0] = {0, 0};
     for (int k = 1; k < count; ++k) {
-        const QVector3D offset = positionOf(positions, indices[k]) - origin;
+        const SpacePoint offset = positionOf(positions, indices[k]) - origin;
         points[k] = {dotProduct(offset, u), dotProduct(offset, w)};
     }
 }
@@ -70,13 +71,15 @@ bool IsCounterClockwise(int count, const PlanePoint* points) {
 
 /// Whether another corner lies in the triangle that clipping `ear` would cut off.
 bool isBlocked(const PolygonScratch& scratch, int ear) {
+    if (scratch.search == BlockerSearch::kNone)
+        return false;
     const PolygonCorner* corners = scratch.corners.constData();
     const PlanePoint* points = scratch.points.constData();
     const int after = corners[ear].after;
     const int before = corners[ear].before;
     const EarTriangle triangle(points[ear], points[after], points[before], scratch.directions[ear],
                                -scratch.directions[before]);
-    if (isLarge(scratch.corners.size()))
+    if (scratch.search == BlockerSearch::kIndex)
         return scratch.blockers.block(triangle);
     for (int j = corners[after].after; j != before; j = corners[j].after)
         if (triangle.isBlockedBy(points[j]))
@@ -131,11 +134,17 @@ void clipEar(PolygonScratch& scratch, int ear) {
     const int before = scratch.corners[ear].before;
     scratch.triangles << before << ear << after;
     scratch.corners[ear].active = false;
-    if (isLarge(scratch.corners.size()))
+    if (scratch.search == BlockerSearch::kIndex)
         scratch.blockers.remove(ear);
     link(scratch, before, after);
     UpdateEar(scratch, before);
     UpdateEar(scratch, after);
+}
+
+BlockerSearch blockerSearch(int count, bool clockwise, const PlanePoint* points) {
+    if (isClearlyConvex(count, points, clockwise))
+        return BlockerSearch::kNone;
+    return isLarge(count) ? BlockerSearch::kIndex : BlockerSearch::kRing;
 }
 
 void makeCorners(int count, bool clockwise, PolygonScratch& scratch) {
@@ -147,7 +156,8 @@ void makeCorners(int count, bool clockwise, PolygonScratch& scratch) {
         const int next = i + 1 < count ? i + 1 : 0;
         link(scratch, clockwise ? next : i, clockwise ? i : next);
     }
-    if (isLarge(count))
+    scratch.search = blockerSearch(count, clockwise, scratch.points.constData());
+    if (scratch.search == BlockerSearch::kIndex)
         scratch.blockers.build(scratch.points.constData(), count);
     for (int i = 0; i < count; ++i)
         UpdateEar(scratch, i);
@@ -183,17 +193,58 @@ void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
     }
 }
 
-unsigned int* writeFixedPattern(int count, bool clockwise, const int* corners, unsigned int* out) {
+template<int count>
+Winding quickWinding(const int* corners, const float* positions) {
+    if constexpr (count == 3)
+        return quickTriangleWinding(corners, positions);
+    else
+        return quickQuadrilateralWinding(corners, positions);
+}
+
+Winding quickWinding(int count, const int* corners, const float* positions) {
+    if (count == 3)
+        return quickWinding<3>(corners, positions);
+    if (count == 4)
+        return quickWinding<4>(corners, positions);
+    return Winding::kUnsure;
+}
+
+unsigned int* writeTriangle(unsigned int* out, int a, int b, int c) {
+    out[0] = static_cast<unsigned int>(a);
+    out[1] = static_cast<unsigned int>(b);
+    out[2] = static_cast<unsigned int>(c);
+    return out + 3;
+}
+
+template<int count>
+unsigned int* writePattern(const int* corners, bool clockwise, unsigned int* out) {
     const int* pattern = count == 3 ? kTriangle[clockwise] : kQuadrilateral[clockwise];
-    const int indexCount = count == 3 ? 3 : 6;
-    for (int k = 0; k < indexCount; ++k)
-        *out++ = static_cast<unsigned int>(corners[pattern[k]]);
+    out = writeTriangle(out, corners[pattern[0]], corners[pattern[1]], corners[pattern[2]]);
+    if constexpr (count == 4)
+        out = writeTriangle(out, corners[pattern[3]], corners[pattern[4]], corners[pattern[5]]);
     return out;
 }
 
 } // namespace
 
-const QVarLengthArray<int, 96>& PolygonTriangulator::cornerTriangles(const QVector3D& normal, int count,
+const PolygonScratch::Triangles& PolygonTriangulator::cornerTriangles(const QVector3D& normal, int count,
+                                                                      const int* corners,
+                                                                      const float* positions) {
+    return projectAndClip({normal.x(), normal.y(), normal.z()}, count, corners, positions);
+}
+
+const PolygonScratch::Triangles& PolygonTriangulator::cornerTriangles(int count, const int* corners,
+                                                                      const float* positions) {
+    const Winding winding = quickWinding(count, corners, positions);
+    if (winding != Winding::kUnsure) {
+        EarClip(count, winding == Winding::kClockwise, _scratch);
+        return _scratch.triangles;
+    }
+    const SpacePoint normal = count < 3 ? SpacePoint() : PolygonNormal(count, corners, positions);
+    return projectAndClip(normal, count, corners, positions);
+}
+
+const PolygonScratch::Triangles& PolygonTriangulator::projectAndClip(const SpacePoint& normal, int count,
                                                                      const int* corners,
                                                                      const float* positions) {
     bool clockwise = false;
@@ -207,32 +258,36 @@ const QVarLengthArray<int, 96>& PolygonTriangulator::cornerTriangles(const QVect
     return _scratch.triangles;
 }
 
-const QVarLengthArray<int, 96>& PolygonTriangulator::cornerTriangles(int count, const int* corners,
-                                                                     const float* positions) {
-    const QVector3D normal = count < 3 ? QVector3D() : PolygonNormal(count, corners, positions);
-    return cornerTriangles(normal, count, corners, positions);
+template<int count>
+unsigned int* PolygonTriangulator::cutFixed(const int* corners, const float* positions, unsigned int* out) {
+    const Winding winding = quickWinding<count>(corners, positions);
+    if (winding == Winding::kUnsure)
+        return cutGeneral(count, corners, positions, out);
+    return writePattern<count>(corners, winding == Winding::kClockwise, out);
 }
 
-unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
-                                       unsigned int* out) {
-    Winding winding = Winding::kUnsure;
-    if (count == 3)
-        winding = quickTriangleWinding(corners, positions);
-    else if (count == 4)
-        winding = quickQuadrilateralWinding(corners, positions);
-    if (winding != Winding::kUnsure)
-        return writeFixedPattern(count, winding == Winding::kClockwise, corners, out);
+unsigned int* PolygonTriangulator::cutGeneral(int count, const int* corners, const float* positions,
+                                              unsigned int* out) {
     for (int corner : cornerTriangles(count, corners, positions))
         *out++ = static_cast<unsigned int>(corners[corner]);
     return out;
 }
 
+unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
+                                       unsigned int* out) {
+    if (count == 3)
+        return cutFixed<3>(corners, positions, out);
+    if (count == 4)
+        return cutFixed<4>(corners, positions, out);
+    return cutGeneral(count, corners, positions, out);
+}
+
 unsigned int* PolygonTriangulator::cut(const PolygonFaces& faces, const unsigned int* faceNumbers,
                                        qint64 faceCount, unsigned int* out) {
+    const PolygonFaces mesh = faces; // a copy of its own cannot change through `out`
     for (qint64 k = 0; k < faceCount; ++k) {
         const unsigned int face = faceNumbers[k];
-        out = cut(static_cast<int>(faces.counts[face]), faces.corners + faces.starts[face], faces.positions,
-                  out);
+        out = cut(static_cast<int>(mesh.counts[face]), mesh.corners + mesh.starts[face], mesh.positions, out);
     }
     return out;
 }

@@ -36,14 +36,24 @@ struct QueuedEar {
     int corner;
 };
 
+/// How to look for corners that block an ear.
+enum class BlockerSearch {
+    kNone, ///< there are none, and every corner is an ear
+    kRing, ///< one after the other
+    kIndex ///< through `blockers`
+};
+
 /// The working memory of one cut; polygons of up to 32 corners fit in without an allocation.
 struct PolygonScratch {
+    using Triangles = QVarLengthArray<int, 96>;
+
     QVarLengthArray<PlanePoint, 32> points;
     QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the one after it
     QVarLengthArray<PolygonCorner, 32> corners;
     QVarLengthArray<int, 96> triangles; ///< corner numbers, three per triangle
-    std::vector<QueuedEar> ears;        ///< of a large polygon: a heap, the next one to clip on top
-    EarBlockers blockers;               ///< of a large polygon
+    BlockerSearch search = BlockerSearch::kRing;
+    std::vector<QueuedEar> ears; ///< of a large polygon: a heap, the next one to clip on top
+    EarBlockers blockers;        ///< of a large polygon
 };
 
 /// Cuts polygons as Triangulate3D does, one after the other, and keeps its working memory between them: once
@@ -52,10 +62,10 @@ class PolygonTriangulator {
 public:
     /// The cut of one polygon: corner numbers (0 to count − 1), three per triangle, valid until the next
     /// call. Empty, after a warning, when the polygon has fewer than three corners or no ear is left.
-    const QVarLengthArray<int, 96>& cornerTriangles(const QVector3D& normal, int count, const int* corners,
-                                                    const float* positions);
+    const PolygonScratch::Triangles& cornerTriangles(const QVector3D& normal, int count, const int* corners,
+                                                     const float* positions);
     /// The same about the polygon's own normal.
-    const QVarLengthArray<int, 96>& cornerTriangles(int count, const int* corners, const float* positions);
+    const PolygonScratch::Triangles& cornerTriangles(int count, const int* corners, const float* positions);
 
     /// The most vertex numbers that `faceCount` faces with `cornerCount` corners together can give, if none
     /// of them has fewer than three corners.
@@ -76,6 +86,12 @@ public:
     quint64 uncutPolygons() const { return _uncutPolygons; }
 
 private:
+    const PolygonScratch::Triangles& projectAndClip(const SpacePoint& normal, int count, const int* corners,
+                                                    const float* positions);
+    template<int count>
+    unsigned int* cutFixed(const int* corners, const float* positions, unsigned int* out);
+    unsigned int* cutGeneral(int count, const int* corners, const float* positions, unsigned int* out);
+
     PolygonScratch _scratch;
     quint64 _uncutPolygons = 0;
 };

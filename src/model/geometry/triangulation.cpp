@@ -1,18 +1,20 @@
 #include <velmodel/triangulation.h>
 
+#include <algorithm>
+
 #include "geometry/polygontriangulator.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-template<typename Triangles, typename Index>
-void appendVertices(const Triangles& cornerTriangles, const int* indices, QVector<Index>& triangles) {
-    if (cornerTriangles.isEmpty())
-        return;
-    triangles.reserve(triangles.size() + cornerTriangles.size());
-    for (int corner : cornerTriangles)
-        triangles.append(static_cast<Index>(indices[corner]));
+template<typename Index>
+void appendVertices(const PolygonScratch::Triangles& cornerTriangles, const int* indices,
+                    QVector<Index>& triangles) {
+    const int size = triangles.size();
+    triangles.resize(size + cornerTriangles.size());
+    std::transform(cornerTriangles.begin(), cornerTriangles.end(), triangles.begin() + size,
+                   [indices](int corner) { return static_cast<Index>(indices[corner]); });
 }
 
 } // namespace

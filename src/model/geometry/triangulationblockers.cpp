@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <limits>
-#include <numeric>
+#include <utility>
 
 namespace Atelier::Vel {
 
@@ -107,7 +108,7 @@ void EarBlockers::collectSites(const PlanePoint* points, int count) {
 }
 
 int EarBlockers::firstSite(int leaf) const {
-    return static_cast<int>(qint64(_sites.size()) * leaf / _leafCount);
+    return static_cast<int>(std::int64_t(_sites.size()) * leaf / _leafCount);
 }
 
 void EarBlockers::sortSites(int firstLeaf, int endLeaf) {
@@ -151,7 +152,7 @@ void EarBlockers::remove(int corner) {
     const int site = _siteOf[corner];
     if (site < 0 || --_sites[site].activeCorners > 0)
         return;
-    int leaf = static_cast<int>(qint64(site) * _leafCount / qint64(_sites.size()));
+    int leaf = static_cast<int>(std::int64_t(site) * _leafCount / std::int64_t(_sites.size()));
     while (firstSite(leaf + 1) <= site)
         ++leaf;
     for (int node = _leafCount + leaf; node > 0; node /= 2) {

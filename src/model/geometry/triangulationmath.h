@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include <QtCore/QtGlobal>
-#include <QtGui/QVector3D>
-
 namespace Atelier::Vel {
+
+/// The float arithmetic of the triangulation: QVector2D and QVector3D of Qt 5, operation by operation. Qt's
+/// own products and normalisations stand in its library, where no compiler can inline them.
 
 /// A point or direction in the plane of a polygon.
 struct PlanePoint {
@@ -17,35 +17,73 @@ struct PlanePoint {
     friend PlanePoint operator-(const PlanePoint& p) { return {-p.x, -p.y}; }
 };
 
-/// Vectors whose squared length is up to this count as null: qFuzzyIsNull(double).
+/// A point or direction in space.
+struct SpacePoint {
+    float x;
+    float y;
+    float z;
+
+    friend SpacePoint operator+(const SpacePoint& p, const SpacePoint& q) {
+        return {p.x + q.x, p.y + q.y, p.z + q.z};
+    }
+    friend SpacePoint operator-(const SpacePoint& p, const SpacePoint& q) {
+        return {p.x - q.x, p.y - q.y, p.z - q.z};
+    }
+};
+
+/// Squared lengths up to this count as zero, and as one when they are this close to it: qFuzzyIsNull(double).
 constexpr double kNullLength = 0.000000000001;
 
 inline double squaredLength(const PlanePoint& p) {
     return double(p.x) * double(p.x) + double(p.y) * double(p.y);
 }
 
-/// QVector2D::normalized(), QVector2D::dotProduct() and QVector3D::dotProduct() of Qt 5, operation by
-/// operation; Qt's stand in a library of their own, where no compiler can inline them.
-inline PlanePoint normalized(const PlanePoint& p) {
+inline double squaredLength(const SpacePoint& p) {
+    return double(p.x) * double(p.x) + double(p.y) * double(p.y) + double(p.z) * double(p.z);
+}
+
+inline PlanePoint divided(const PlanePoint& p, double divisor) {
+    return {float(double(p.x) / divisor), float(double(p.y) / divisor)};
+}
+
+inline SpacePoint divided(const SpacePoint& p, double divisor) {
+    return {float(double(p.x) / divisor), float(double(p.y) / divisor), float(double(p.z) / divisor)};
+}
+
+/// Like normalized() of Qt's vectors: one of null length becomes zero.
+template<typename Point>
+Point normalized(const Point& p) {
     const double squared = squaredLength(p);
     if (std::fabs(squared - 1.0) <= kNullLength)
         return p;
     if (squared <= kNullLength)
-        return {0, 0};
-    const double length = std::sqrt(squared);
-    return {float(double(p.x) / length), float(double(p.y) / length)};
+        return {};
+    return divided(p, std::sqrt(squared));
+}
+
+/// Like normalize() of Qt's vectors: one of null length stays as it is.
+template<typename Point>
+void normalize(Point& p) {
+    const double squared = squaredLength(p);
+    if (std::fabs(squared - 1.0) <= kNullLength || squared <= kNullLength)
+        return;
+    p = divided(p, std::sqrt(squared));
 }
 
 inline float dotProduct(const PlanePoint& p, const PlanePoint& q) {
     return p.x * q.x + p.y * q.y;
 }
 
-inline float dotProduct(const QVector3D& p, const QVector3D& q) {
-    return p.x() * q.x() + p.y() * q.y() + p.z() * q.z();
+inline float dotProduct(const SpacePoint& p, const SpacePoint& q) {
+    return p.x * q.x + p.y * q.y + p.z * q.z;
 }
 
 inline float crossProduct(const PlanePoint& p, const PlanePoint& q) {
     return p.x * q.y - p.y * q.x;
+}
+
+inline SpacePoint crossProduct(const SpacePoint& p, const SpacePoint& q) {
+    return {p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x};
 }
 
 } // namespace Atelier::Vel

@@ -23,6 +23,12 @@ BuilderFeed::BuilderFeed(ModelBuilder& builder)
       _texCoord{QStringLiteral("va_TexCoord"), 2},
       _group(QStringLiteral("<default>")) {}
 
+ObjRun& BuilderFeed::run() {
+    if (_run->isFull())
+        flush();
+    return *_run;
+}
+
 void BuilderFeed::addRecord(const ObjReader& reader) {
     switch (reader.kind()) {
     case ObjReader::Kind::Position:

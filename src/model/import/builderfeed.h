@@ -18,9 +18,9 @@ public:
     /// `builder` must outlive the feed. Faces join the group "<default>" until useMaterial() names another.
     explicit BuilderFeed(ModelBuilder& builder);
 
-    /// The records that wait to be handed on; more can be put in as long as there is room. A vertex line may
-    /// go in directly only behind one of its kind that came through addRecord().
-    ObjRun& run() { return *_run; }
+    /// A run with room in it, to put records into. A vertex line may go in directly only behind one of its
+    /// kind that came through addRecord().
+    ObjRun& run();
 
     /// Takes the vertex line or face that `reader` has read.
     void addRecord(const ObjReader& reader);

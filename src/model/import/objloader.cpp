@@ -88,7 +88,7 @@ private:
 
 bool ObjImport::readText(const LoadProgress& progress, QString& error) {
     ProgressMeter meter(progress, _fileSize);
-    for (; _reader.hasNext(); _reader.next())
+    for (; _reader.hasNext(); _reader.next(_feed.run()))
         if (!goesOn(meter, error) || !takeRecord(error))
             return false;
     _feed.finish();

@@ -43,17 +43,28 @@ void ObjReader::next() {
     }
 }
 
+void ObjReader::next(ObjRun& run) {
+    _kind = Kind::None;
+    _ok = false;
+    if (_stream->status() == QTextStream::Ok && _lines.fill()) {
+        _lines.skipTo(parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run));
+        if (run.isFull() || _lines.wholeLinesBegin() == _lines.wholeLinesEnd())
+            return;
+    }
+    next();
+}
+
 ObjReader::Kind ObjReader::classify(std::string_view keyword) {
     if (keyword == "v") {
-        ++_positionCount;
+        ++_counts.positions;
         return Kind::Position;
     }
     if (keyword == "vn") {
-        ++_normalCount;
+        ++_counts.normals;
         return Kind::Normal;
     }
     if (keyword == "vt") {
-        ++_texCoordCount;
+        ++_counts.texCoords;
         return Kind::TexCoord;
     }
     if (keyword == "f")
@@ -141,11 +152,11 @@ bool ObjReader::readCorner(std::string_view token) {
     const std::string_view texCoord = takePart(token);
     const std::string_view normal = takePart(token);
     ObjCorner corner = {kNoIndex, kNoIndex, kNoIndex};
-    if (!toIndex(position, _positionCount, corner.position))
+    if (!toIndex(position, _counts.positions, corner.position))
         return false;
-    if (!texCoord.empty() && !toIndex(texCoord, _texCoordCount, corner.texCoord))
+    if (!texCoord.empty() && !toIndex(texCoord, _counts.texCoords, corner.texCoord))
         return false;
-    if (!normal.empty() && !toIndex(normal, _normalCount, corner.normal))
+    if (!normal.empty() && !toIndex(normal, _counts.normals, corner.normal))
         return false;
     _corners.push_back(corner);
     return true;

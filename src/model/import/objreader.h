@@ -8,11 +8,9 @@
 #include <QtCore/QTextStream>
 
 #include "import/linesource.h"
+#include "import/plainlines.h"
 
 namespace Atelier::Vel {
-
-/// The index of a corner's position, normal or texture coordinate that its face does not give.
-constexpr quint32 kNoIndex = 0x7FFFFFFF;
 
 /// One corner of a face: 0-based numbers of its "v", "vn" and "vt" line.
 struct ObjCorner {
@@ -47,6 +45,10 @@ public:
     bool hasNext() const { return _kind != Kind::End; }
     /// Advances to the next known line.
     void next();
+    /// The same, except that the lines that come first are put straight into `run` where that is quicker,
+    /// read() included. Returns with kind() None when the run is full or a block of text is used up;
+    /// values(), corner() and text() are unspecified until the next read().
+    void next(ObjRun& run);
     /// Parses the operands of the current line. Returns: false for a face with a corner that is no integer,
     /// behind the last line, and when the stream is in an error state.
     bool read();
@@ -81,10 +83,7 @@ private:
     float _values[3] = {};
     QString _text;
     std::vector<ObjCorner> _corners;
-    // Lines of each kind so far; what negative corner numbers count back from.
-    quint32 _positionCount = 0;
-    quint32 _texCoordCount = 0;
-    quint32 _normalCount = 0;
+    ObjLineCounts _counts;
 };
 
 } // namespace Atelier::Vel

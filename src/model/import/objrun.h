@@ -6,6 +6,9 @@
 
 namespace Atelier::Vel {
 
+/// The index of a corner's position, normal or texture coordinate that its face does not give.
+constexpr quint32 kNoIndex = 0x7FFFFFFF;
+
 /// A list in place, with room for `N` items that are not initialised.
 template<typename T, size_t N>
 struct FixedList {
@@ -21,6 +24,7 @@ struct ObjRun {
     // Enough to make the handing on cheap, few enough to stay in the nearest caches.
     static constexpr size_t kRecords = 1024;
     static constexpr size_t kCorners = 4 * kRecords;
+    static constexpr size_t kPlainCorners = 64;
 
     FixedList<float, 3 * kRecords> positions; ///< three per "v" line
     FixedList<float, 3 * kRecords> normals;   ///< three per "vn" line
@@ -31,6 +35,20 @@ struct ObjRun {
     FixedList<quint32, kCorners> positionIndices;
     FixedList<quint32, kCorners> normalIndices;
     FixedList<quint32, kCorners> texCoordIndices;
+
+    /// Whether there is no room for some vertex line or for a face of kPlainCorners.
+    bool isFull() const {
+        return positions.room() < 3 || normals.room() < 3 || texCoords.room() < 2 ||
+               cornerCounts.room() == 0 || positionIndices.room() < kPlainCorners;
+    }
+
+    /// Adds the face whose corners lie behind those that count.
+    void addFace(size_t corners) {
+        cornerCounts.push(static_cast<quint32>(corners));
+        positionIndices.size += corners;
+        normalIndices.size += corners;
+        texCoordIndices.size += corners;
+    }
 };
 
 } // namespace Atelier::Vel

@@ -182,4 +182,25 @@ void triangulate3D(const QVector3D& normal, int count, const int* indices, const
     cut(normal, count, indices, positions, triangles);
 }
 
+int findDegenerateTriangle(int count, const unsigned int* indices, const float* positions, int start) {
+    if (start >= count)
+        return -1;
+    const auto point = [positions](unsigned int vertex) {
+        return QVector2D(positions[2 * vertex], positions[2 * vertex + 1]);
+    };
+    for (int i = start; i < count; i += 3) {
+        const QVector2D a = point(indices[i]);
+        const QVector2D b = point(indices[i + 1]);
+        const QVector2D c = point(indices[i + 2]);
+        const QVector2D e1 = (b - a).normalized();
+        const QVector2D e2 = (c - b).normalized();
+        const QVector2D e3 = (a - c).normalized();
+        for (float d :
+             {QVector2D::dotProduct(e1, e2), QVector2D::dotProduct(e2, e3), QVector2D::dotProduct(e3, e1)})
+            if (1 - absolute(d) < 1e-5F)
+                return i;
+    }
+    return -1;
+}
+
 } // namespace Atelier::Vel::Literal

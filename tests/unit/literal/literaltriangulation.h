@@ -33,4 +33,6 @@ void triangulate3D(int count, const int* indices, const float* positions, QVecto
 void triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
                    QVector<unsigned short>& triangles);
 
+int findDegenerateTriangle(int count, const unsigned int* indices, const float* positions, int start);
+
 } // namespace Atelier::Vel::Literal

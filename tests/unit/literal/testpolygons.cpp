@@ -199,7 +199,7 @@ void spoil(std::vector<float>& positions, std::mt19937& random) {
 
 std::vector<float> placed(const PlaneShape& shape, const Frame& frame, std::mt19937& random) {
     constexpr double kScales[] = {1,     1,   1,   1,    1e-3, 1e-5, 1e-6, 1e-9,
-                                  1e-20, 100, 1e7, 1e15, 1e18, 1e20, 3e37};
+                                  1e-20, 100, 1e7, 1e15, 1e18, 1e20, 3e37, 2e38};
     constexpr double kOffsets[] = {0, 0, 0, 1, 10, 1e3, 1e5, 1e7};
     const double scale = pick(random, kScales);
     const double offset = scale * pick(random, kOffsets);

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "import/objrun.h"
+
+namespace Atelier::Vel {
+
+/// Lines of each kind so far; what negative corner numbers count back from.
+struct ObjLineCounts {
+    quint32 positions = 0;
+    quint32 texCoords = 0;
+    quint32 normals = 0;
+};
+
+/// Parses plain OBJ lines into `run` and counts them, until it meets a line that is not plain or the run
+/// lacks room. Plain are "v", "vn" and "vt" lines of short decimals behind another line of their kind, and
+/// "f" lines of up to ObjRun::kPlainCorners corners with short numbers, all with blanks between their tokens.
+/// What it takes is what an ObjReader reads from the same lines.
+///
+/// Requires: `first` to `last` are whole lines, each with its line feed, and LineSource::kPadding bytes
+/// behind them can be read. Returns: the beginning of the first line that was not taken, or `last`.
+const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
+
+} // namespace Atelier::Vel

@@ -1,0 +1,226 @@
+#include <epoxy/gl.h>
+
+#include "clientstate.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+constexpr int kCapturedUnits = 8;
+constexpr int kCapturedBindings = 4;
+constexpr int kCapturedAttributes = 4;
+
+struct NamedQuery {
+    const char* name;
+    GLenum query;
+};
+
+constexpr NamedQuery kIntegers[] = {
+    {"array buffer", GL_ARRAY_BUFFER_BINDING},
+    {"indirect buffer", GL_DRAW_INDIRECT_BUFFER_BINDING},
+    {"dispatch buffer", GL_DISPATCH_INDIRECT_BUFFER_BINDING},
+    {"storage buffer", GL_SHADER_STORAGE_BUFFER_BINDING},
+    {"uniform buffer", GL_UNIFORM_BUFFER_BINDING},
+    {"copy read buffer", GL_COPY_READ_BUFFER_BINDING},
+    {"copy write buffer", GL_COPY_WRITE_BUFFER_BINDING},
+    {"pack buffer", GL_PIXEL_PACK_BUFFER_BINDING},
+    {"unpack buffer", GL_PIXEL_UNPACK_BUFFER_BINDING},
+    {"atomic buffer", GL_ATOMIC_COUNTER_BUFFER_BINDING},
+    {"texture buffer", GL_TEXTURE_BUFFER},
+    {"vertex array", GL_VERTEX_ARRAY_BINDING},
+    {"program", GL_CURRENT_PROGRAM},
+    {"pipeline", GL_PROGRAM_PIPELINE_BINDING},
+    {"active texture", GL_ACTIVE_TEXTURE},
+    {"draw framebuffer", GL_DRAW_FRAMEBUFFER_BINDING},
+    {"read framebuffer", GL_READ_FRAMEBUFFER_BINDING},
+    {"renderbuffer", GL_RENDERBUFFER_BINDING},
+    {"primitive restart", GL_PRIMITIVE_RESTART},
+    {"depth test", GL_DEPTH_TEST},
+    {"cull face", GL_CULL_FACE},
+    {"blend", GL_BLEND},
+    {"unpack alignment", GL_UNPACK_ALIGNMENT},
+    {"unpack row length", GL_UNPACK_ROW_LENGTH},
+    {"unpack image height", GL_UNPACK_IMAGE_HEIGHT},
+    {"unpack skip rows", GL_UNPACK_SKIP_ROWS},
+    {"unpack skip pixels", GL_UNPACK_SKIP_PIXELS},
+    {"unpack skip images", GL_UNPACK_SKIP_IMAGES},
+    {"unpack swap bytes", GL_UNPACK_SWAP_BYTES},
+    {"unpack lsb first", GL_UNPACK_LSB_FIRST},
+    {"pack alignment", GL_PACK_ALIGNMENT},
+    {"pack row length", GL_PACK_ROW_LENGTH},
+    {"pack image height", GL_PACK_IMAGE_HEIGHT},
+    {"pack skip rows", GL_PACK_SKIP_ROWS},
+    {"pack skip pixels", GL_PACK_SKIP_PIXELS},
+    {"pack skip images", GL_PACK_SKIP_IMAGES},
+    {"pack swap bytes", GL_PACK_SWAP_BYTES},
+    {"pack lsb first", GL_PACK_LSB_FIRST},
+};
+
+GLuint clientProgram() {
+    const GLchar* vertex = "#version 430 core\nvoid main() { gl_Position = vec4(0.0); }\n";
+    const GLuint shader = glCreateShader(GL_VERTEX_SHADER);
+    glShaderSource(shader, 1, &vertex, nullptr);
+    glCompileShader(shader);
+    const GLuint program = glCreateProgram();
+    glAttachShader(program, shader);
+    glLinkProgram(program);
+    glDeleteShader(shader);
+    return program;
+}
+
+} // namespace
+
+ClientState ClientState::captured() {
+    ClientState state;
+    state.addIntegers();
+    state.addVertexArray();
+    state.addTextureUnits();
+    state.addStorageBindings();
+    state.addDebugReceiver();
+    return state;
+}
+
+void ClientState::addIntegers() {
+    for (const NamedQuery& query : kIntegers) {
+        GLint value = 0;
+        glGetIntegerv(query.query, &value);
+        _values.push_back({query.name, value});
+    }
+}
+
+void ClientState::addVertexArray() {
+    GLint elements = 0;
+    glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &elements);
+    _values.push_back({"element buffer", elements});
+    for (GLuint i = 0; i < kCapturedAttributes; ++i) {
+        GLint isEnabled = 0;
+        GLint buffer = 0;
+        glGetVertexAttribiv(i, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &isEnabled);
+        glGetVertexAttribiv(i, GL_VERTEX_ATTRIB_ARRAY_BUFFER_BINDING, &buffer);
+        _values.push_back({"attribute enabled " + std::to_string(i), isEnabled});
+        _values.push_back({"attribute buffer " + std::to_string(i), buffer});
+    }
+}
+
+void ClientState::addTextureUnits() {
+    GLint active = 0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
+    for (int unit = 0; unit < kCapturedUnits; ++unit) {
+        glActiveTexture(GLenum(GL_TEXTURE0 + unit));
+        for (const GLenum query : {GL_TEXTURE_BINDING_2D, GL_TEXTURE_BINDING_CUBE_MAP, GL_SAMPLER_BINDING}) {
+            GLint name = 0;
+            glGetIntegerv(query, &name);
+            _values.push_back({"unit " + std::to_string(unit) + " " + std::to_string(query), name});
+        }
+    }
+    glActiveTexture(GLenum(active));
+}
+
+void ClientState::addStorageBindings() {
+    for (GLuint point = 0; point < kCapturedBindings; ++point) {
+        GLint buffer = 0;
+        GLint64 start = 0;
+        GLint64 size = 0;
+        glGetIntegeri_v(GL_SHADER_STORAGE_BUFFER_BINDING, point, &buffer);
+        glGetInteger64i_v(GL_SHADER_STORAGE_BUFFER_START, point, &start);
+        glGetInteger64i_v(GL_SHADER_STORAGE_BUFFER_SIZE, point, &size);
+        const std::string name = "storage binding " + std::to_string(point);
+        _values.push_back({name, buffer});
+        _values.push_back({name + " start", start});
+        _values.push_back({name + " size", size});
+    }
+}
+
+void ClientState::addDebugReceiver() {
+    void* receiver = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
+    _values.push_back({"debug receiver", static_cast<qint64>(reinterpret_cast<quintptr>(receiver))});
+}
+
+std::string ClientState::difference(const ClientState& before, const ClientState& after) {
+    std::string text;
+    for (std::size_t i = 0; i < before._values.size(); ++i)
+        if (!(before._values[i] == after._values[i]))
+            text += before._values[i].name + ": " + std::to_string(before._values[i].value) + " -> " +
+                    std::to_string(after._values[i].value) + "\n";
+    return text;
+}
+
+void PrintTo(const ClientState& state, std::ostream* out) {
+    *out << state._values.size() << " values";
+}
+
+BusyClient::BusyClient() {
+    glGenBuffers(kBufferCount, _buffers);
+    bindBuffers();
+    bindTextures();
+    setPixelStore();
+    setVertexArray();
+    useProgram();
+}
+
+BusyClient::~BusyClient() {
+    glUseProgram(0);
+    glDeleteProgram(_program);
+    glDeleteVertexArrays(1, &_vertexArray);
+    glDeleteBuffers(kBufferCount, _buffers);
+    glDeleteTextures(kUnitCount, _textures);
+    glDeleteSamplers(kUnitCount, _samplers);
+}
+
+void BusyClient::bindBuffers() {
+    constexpr GLenum kTargets[] = {GL_ARRAY_BUFFER,        GL_DRAW_INDIRECT_BUFFER, GL_UNIFORM_BUFFER,
+                                   GL_COPY_READ_BUFFER,    GL_COPY_WRITE_BUFFER,    GL_PIXEL_PACK_BUFFER,
+                                   GL_PIXEL_UNPACK_BUFFER, GL_ATOMIC_COUNTER_BUFFER};
+    int next = 0;
+    for (const GLenum target : kTargets) {
+        glBindBuffer(target, _buffers[next]);
+        glBufferData(target, 4096, nullptr, GL_STATIC_DRAW);
+        ++next;
+    }
+    const GLuint storage = _buffers[next];
+    glBindBuffer(GL_SHADER_STORAGE_BUFFER, storage);
+    glBufferData(GL_SHADER_STORAGE_BUFFER, 4096, nullptr, GL_STATIC_DRAW);
+    glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 0, storage);
+    glBindBufferRange(GL_SHADER_STORAGE_BUFFER, 1, storage, 1024, 512);
+    glBindBuffer(GL_SHADER_STORAGE_BUFFER, _buffers[0]);
+}
+
+void BusyClient::bindTextures() {
+    glGenTextures(kUnitCount, _textures);
+    glGenSamplers(kUnitCount, _samplers);
+    for (GLuint unit = 0; unit < kUnitCount; ++unit) {
+        glActiveTexture(GL_TEXTURE0 + unit);
+        glBindTexture(GL_TEXTURE_2D, _textures[unit]);
+        glBindSampler(unit, _samplers[unit]);
+    }
+    glActiveTexture(GL_TEXTURE0 + 3);
+}
+
+void BusyClient::setPixelStore() {
+    for (const GLenum name :
+         {GL_UNPACK_ROW_LENGTH, GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
+          GL_UNPACK_SKIP_IMAGES, GL_PACK_ROW_LENGTH, GL_PACK_IMAGE_HEIGHT, GL_PACK_SKIP_ROWS,
+          GL_PACK_SKIP_PIXELS, GL_PACK_SKIP_IMAGES})
+        glPixelStorei(name, 7);
+    for (const GLenum name :
+         {GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST, GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST})
+        glPixelStorei(name, 1);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 2);
+    glPixelStorei(GL_PACK_ALIGNMENT, 8);
+}
+
+void BusyClient::setVertexArray() {
+    glGenVertexArrays(1, &_vertexArray);
+    glBindVertexArray(_vertexArray);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, _buffers[kBufferCount - 1]);
+    glEnableVertexAttribArray(1);
+    glVertexAttribPointer(1, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
+}
+
+void BusyClient::useProgram() {
+    _program = clientProgram();
+    glUseProgram(_program);
+}
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,75 @@
+#include <epoxy/gl.h>
+
+#include <velgl/program.h>
+
+#include "featurefixture.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+class ProgramTest : public FeatureFixture {};
+
+const QByteArray kVertexShader = "#version 430 core\n"
+                                 "uniform vec4 place;\n"
+                                 "void main() { gl_Position = place; }\n";
+const QByteArray kFragmentShader = "#version 430 core\n"
+                                   "out vec4 pixel;\n"
+                                   "void main() { pixel = vec4(1.0); }\n";
+
+GLuint currentProgram() {
+    GLint name = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &name);
+    return GLuint(name);
+}
+
+} // namespace
+
+INSTANTIATE_FOR_DRIVERS(ProgramTest);
+
+TEST_P(ProgramTest, GoodSourceLinks) {
+    QString error = QStringLiteral("untouched");
+    const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
+    ASSERT_TRUE(program);
+    EXPECT_EQ(error, QStringLiteral("untouched"));
+    EXPECT_TRUE(glIsProgram(program->name()));
+    EXPECT_GE(program->uniformLocation("place"), 0);
+    EXPECT_EQ(program->uniformLocation("nowhere"), -1);
+}
+
+TEST_P(ProgramTest, ErrorNamesTheStageAndCarriesTheDriversLog) {
+    QString error;
+    EXPECT_FALSE(
+        Program::fromSource("#version 430 core\nvoid main() { nonsense; }\n", kFragmentShader, error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("Vertex shader: "))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("nonsense"))) << error.toStdString();
+    EXPECT_FALSE(Program::fromSource(kVertexShader, "#version 430 core\nvoid main() { folly; }\n", error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("Fragment shader: "))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("folly"))) << error.toStdString();
+    takeSevereMessages(); // the driver reports the two as well
+}
+
+TEST_P(ProgramTest, StagesThatDoNotFitFailToLink) {
+    const QByteArray needy = "#version 430 core\n"
+                             "in vec4 missing;\nout vec4 pixel;\n"
+                             "void main() { pixel = missing; }\n";
+    QString error;
+    EXPECT_FALSE(Program::fromSource(kVertexShader, needy, error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("Linking: "))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("missing"))) << error.toStdString();
+}
+
+TEST_P(ProgramTest, UnbindPutsBackWhatWasInUse) {
+    QString error;
+    const auto outer = Program::fromSource(kVertexShader, kFragmentShader, error);
+    const auto inner = Program::fromSource(kVertexShader, kFragmentShader, error);
+    ASSERT_TRUE(outer->bind());
+    ASSERT_TRUE(inner->bind());
+    EXPECT_EQ(currentProgram(), inner->name());
+    inner->unbind();
+    EXPECT_EQ(currentProgram(), outer->name());
+    outer->unbind();
+    EXPECT_EQ(currentProgram(), 0U);
+}
+
+} // namespace Atelier::Vel::Testing

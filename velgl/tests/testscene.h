@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+
+#include <QtCore/QList>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtGui/QColor>
+#include <QtGui/QVector3D>
+
+#include <velgl/drawelementsindirectcommand.h>
+#include <velgl/gpumodel.h>
+#include <velgl/instancedata.h>
+
+namespace Atelier::Vel {
+class BufferObject;
+class DrawBuffers;
+class InstanceDataCollection;
+class Program;
+} // namespace Atelier::Vel
+
+namespace Atelier::Vel::Testing {
+
+/// Registers the plans "TestMaterial" (a float, a colour, two textures "first" and "second") and
+/// "TestInstance" (a matrix "placement").
+void registerTestPlans();
+
+/// A material with that colour and no textures.
+InstanceData coloredMaterial(const QColor& color);
+/// An instance that moves its command's triangles by `offset`.
+InstanceData movedInstance(const QVector3D& offset);
+
+/// A buffer of the element type's bytes, uploaded in the current context.
+template<typename Element>
+QSharedPointer<BufferObject> bufferOf(const QVector<Element>& elements);
+QSharedPointer<BufferObject> bufferOfBytes(const void* data, int count, int elementSize);
+
+template<typename Element>
+QSharedPointer<BufferObject> bufferOf(const QVector<Element>& elements) {
+    return bufferOfBytes(elements.constData(), elements.size(), int(sizeof(Element)));
+}
+
+/// A row of `cells` right triangles side by side, each in its own cell of a picture that is `cells` wide:
+/// three vertices and three indices per triangle, one command per triangle, 16-bit indices. Attribute
+/// "va_Vertex".
+DrawBuffers* triangleRow(int cells);
+
+/// A command that draws triangle `cell` of a row.
+DrawElementsIndirectCommand cellCommand(int cell);
+
+/// A program that places vertices by the instances' "placement" and paints with the materials' "color", mixed
+/// with the textures that the material has.
+std::unique_ptr<Program> sceneProgram();
+
+/// One drawable: a row with one command, material and instance per triangle.
+void addRow(GPUModel& model, const QList<QColor>& colors);
+
+} // namespace Atelier::Vel::Testing

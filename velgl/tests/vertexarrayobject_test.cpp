@@ -1,0 +1,166 @@
+#include <epoxy/gl.h>
+
+#include <velgl/vertexarrayobject.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/autobinder.h>
+#include <velgl/bufferobject.h>
+#include <velgl/drawbuffers.h>
+#include <velgl/program.h>
+
+#include "featurefixture.h"
+#include "support/messagelog.h"
+#include "testscene.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+class VertexArrayObjectTest : public FeatureFixture {};
+
+const QByteArray kFragmentShader = "#version 430 core\nflat in vec4 color;\nout vec4 pixel;\n"
+                                   "void main() { pixel = color; }\n";
+
+// Covers the picture with one triangle in the colour that the attribute "value" gives; `conversion` is GLSL.
+std::unique_ptr<Program> valueProgram(const QByteArray& type, const QByteArray& conversion) {
+    QString error;
+    auto program = Program::fromSource("#version 430 core\nin " + type +
+                                           " value;\nflat out vec4 color;\n"
+                                           "void main() {\n    color = " +
+                                           conversion +
+                                           ";\n    vec2 corner = vec2(gl_VertexID & 1, gl_VertexID >> 1);\n"
+                                           "    gl_Position = vec4(corner * 4.0 - 1.0, 0.0, 1.0);\n}\n",
+                                       kFragmentShader, error);
+    EXPECT_TRUE(program) << error.toStdString();
+    return program;
+}
+
+// Three vertices of a stream as one triangle.
+std::unique_ptr<DrawBuffers> triangleOf(const QSharedPointer<BufferObject>& stream, int components,
+                                        unsigned int type) {
+    const QVector<unsigned int> indices = {0, 1, 2};
+    auto vao = QSharedPointer<VertexArrayObject>::create();
+    vao->registerBO(QStringLiteral("value"), stream, components, type);
+    auto buffers = std::make_unique<DrawBuffers>();
+    buffers->setVAO(vao);
+    buffers->setIndexedDraw(bufferOf(indices), 3, GL_UNSIGNED_INT);
+    const DrawElementsIndirectCommand command = cellCommand(0);
+    buffers->setDrawElementsIndirectCommands(&command, 1);
+    return buffers;
+}
+
+QColor drawn(Program& program, DrawBuffers& buffers) {
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    const AutoBinder binder(&program);
+    buffers.draw(0, 1);
+    return picture.pixels().pixelColor(1, 1);
+}
+
+template<typename Scalar>
+QVector<Scalar> threeTimes(Scalar x, Scalar y, Scalar z) {
+    return {x, y, z, x, y, z, x, y, z};
+}
+
+} // namespace
+
+INSTANTIATE_FOR_DRIVERS(VertexArrayObjectTest);
+
+TEST_P(VertexArrayObjectTest, FloatAttributeTakesEveryElementTypeAsItsValue) {
+    const auto program = valueProgram("vec3", "vec4(value / 255.0, 1.0)");
+    const auto color = [&](const QSharedPointer<BufferObject>& stream, unsigned int type) {
+        return drawn(*program, *triangleOf(stream, 3, type));
+    };
+    const QColor expected(51, 102, 0);
+    EXPECT_EQ(color(bufferOf(threeTimes<float>(51, 102, 0)), GL_FLOAT), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<double>(51, 102, 0)), GL_DOUBLE), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<int>(51, 102, -5)), GL_INT), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned int>(51, 102, 0)), GL_UNSIGNED_INT), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<short>(51, 102, -5)), GL_SHORT), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned short>(51, 102, 0)), GL_UNSIGNED_SHORT), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<signed char>(51, 102, -5)), GL_BYTE), expected);
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned char>(51, 102, 0)), GL_UNSIGNED_BYTE), expected);
+}
+
+TEST_P(VertexArrayObjectTest, IntegerAttributeKeepsIntegers) {
+    const auto program = valueProgram("ivec3", "vec4(value == ivec3(16777217, -3, 5) ? 1.0 : 0.0)");
+    const auto buffers = triangleOf(bufferOf(threeTimes<int>(16777217, -3, 5)), 3, GL_INT);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::white));
+}
+
+TEST_P(VertexArrayObjectTest, DoubleAttributeKeepsDoubles) {
+    const auto program =
+        valueProgram("dvec3", "vec4(value.x - 1.0lf == 1.0lf / 1099511627776.0lf ? 1.0 : 0.0)");
+    const auto buffers =
+        triangleOf(bufferOf(threeTimes<double>(1.0 + 1.0 / 1099511627776.0, 0, 0)), 3, GL_DOUBLE);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::white));
+}
+
+TEST_P(VertexArrayObjectTest, StreamThatTheShaderCannotReadIsReportedOnce) {
+    const auto integers = valueProgram("ivec3", "vec4(value, 1.0)");
+    const auto floats = triangleOf(bufferOf(threeTimes<float>(1, 2, 3)), 3, GL_FLOAT);
+    const auto tooWide = triangleOf(bufferOf(threeTimes<int>(1, 2, 3)), 5, GL_INT);
+    const auto oddType = triangleOf(bufferOf(threeTimes<int>(1, 2, 3)), 3, 0x1407);
+    const MessageLog log;
+    for (int round = 0; round < 2; ++round)
+        for (const auto* buffers : {&floats, &tooWide, &oddType})
+            drawn(*integers, **buffers);
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(
+                    QStringLiteral("Attribute 'value' cannot be read from 3 components of type 0x1406"),
+                    QStringLiteral("Attribute 'value' cannot be read from 5 components of type 0x1404"),
+                    QStringLiteral("Attribute 'value' cannot be read from 3 components of type 0x1407")));
+}
+
+TEST_P(VertexArrayObjectTest, AttributesFollowTheCurrentProgram) {
+    const QVector<float> red = threeTimes<float>(1, 0, 0);
+    const QVector<float> blue = threeTimes<float>(0, 0, 1);
+    const auto buffers = triangleOf(bufferOf(red), 3, GL_FLOAT);
+    buffers->VAO()->registerBO(QStringLiteral("other"), bufferOf(blue), 3, GL_FLOAT);
+    const auto first = valueProgram("vec3", "vec4(value, 1.0)");
+    QString error;
+    const auto second = Program::fromSource(
+        "#version 430 core\nlayout(location = 3) in vec3 value;\nlayout(location = 0) in vec3 other;\n"
+        "flat out vec4 color;\nvoid main() { color = vec4(value + other, 1.0);\n"
+        "vec2 corner = vec2(gl_VertexID & 1, gl_VertexID >> 1);\n"
+        "gl_Position = vec4(corner * 4.0 - 1.0, 0.0, 1.0); }\n",
+        kFragmentShader, error);
+    ASSERT_TRUE(second) << error.toStdString();
+    EXPECT_EQ(drawn(*first, *buffers), QColor(Qt::red));
+    EXPECT_EQ(drawn(*second, *buffers), QColor(Qt::magenta));
+    EXPECT_EQ(drawn(*first, *buffers), QColor(Qt::red));
+}
+
+TEST_P(VertexArrayObjectTest, SecondStreamOfANameReplacesTheFirst) {
+    const auto program = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto buffers = triangleOf(bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::red));
+    buffers->VAO()->registerBO(QStringLiteral("value"), bufferOf(threeTimes<float>(0, 1, 0)), 3, GL_FLOAT);
+    EXPECT_EQ(buffers->VAO()->streams().size(), 1);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::green));
+}
+
+TEST_P(VertexArrayObjectTest, StreamWithoutContentIsLeftOut) {
+    const auto program = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto buffers = triangleOf(QSharedPointer<BufferObject>::create(), 3, GL_FLOAT);
+    buffers->VAO()->registerBO(QStringLiteral("nothing"), {}, 3, GL_FLOAT);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::black));
+}
+
+TEST_P(VertexArrayObjectTest, UnbindPutsBackTheVertexArray) {
+    GLuint client = 0;
+    glGenVertexArrays(1, &client);
+    glBindVertexArray(client);
+    VertexArrayObject vao;
+    ASSERT_TRUE(vao.bind());
+    GLint bound = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &bound);
+    EXPECT_NE(GLuint(bound), client);
+    vao.unbind();
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &bound);
+    EXPECT_EQ(GLuint(bound), client);
+    glDeleteVertexArrays(1, &client);
+}
+
+} // namespace Atelier::Vel::Testing
