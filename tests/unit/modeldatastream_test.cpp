@@ -1,14 +1,41 @@
-#include <gtest/gtest.h>
+#include <velmodel/modeldatastream.h>
 
-#include <velmodel/modeldataarray.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "support/clientstreams.h"
 
 namespace Atelier::Vel {
 namespace {
 
+TEST(ModelDataStreamTest, TypeSizeIsThatOfTheScalarType) {
+    const struct {
+        unsigned int type;
+        quint64 size;
+    } rows[] = {{0x1400, 1}, {0x1401, 1}, {0x1402, 2}, {0x1403, 2}, {0x1404, 4},
+                {0x1405, 4}, {0x1406, 4}, {0x140A, 8}, {0x140B, 2}};
+    for (const auto& row : rows)
+        EXPECT_EQ(ModelDataStream::typeSize(row.type), row.size) << row.type;
+}
+
 TEST(ModelDataStreamTest, TypeSizeIsZeroForCodesThatAreNoScalarType) {
-    EXPECT_EQ(ModelDataStream::typeSize(0x1407), 0U);
-    EXPECT_EQ(ModelDataStream::typeSize(0x140B), 2U);
-    EXPECT_EQ(ModelDataStream::typeSize(0x140A), 8U);
+    for (const unsigned int type : {0U, 0x13FFU, 0x1407U, 0x1408U, 0x1409U, 0x140CU, 0xFFFFFFFFU})
+        EXPECT_EQ(ModelDataStream::typeSize(type), 0U) << type;
+}
+
+TEST(ModelDataStreamTest, PlainStreamGetsTheRestFromTheBase) {
+    Testing::PlainStream stream(0x1403, 0);
+    EXPECT_TRUE(stream.isEmpty());
+    EXPECT_EQ(stream.byteCount(), 0U);
+    const quint16 three[] = {1, 2, 3};
+    stream.append(3, three);
+    stream.append(0, nullptr);
+    stream.append(1, three);
+    EXPECT_FALSE(stream.isEmpty());
+    EXPECT_EQ(stream.byteCount(), 8U);
+    const auto* const data = static_cast<const quint16*>(stream.data(0));
+    EXPECT_THAT(std::vector<quint16>(data, data + stream.size()), testing::ElementsAre(1, 2, 3, 1));
 }
 
 } // namespace

@@ -1,0 +1,173 @@
+#include <velmodel/modeldataarray.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+namespace Atelier::Vel {
+namespace {
+
+constexpr unsigned int kUnsignedByte = 0x1401;
+constexpr unsigned int kUnsignedShort = 0x1403;
+constexpr unsigned int kUnsignedInt = 0x1405;
+constexpr unsigned int kDouble = 0x140A;
+constexpr unsigned int kNoType = 0x1407;
+
+std::vector<quint32> words(ModelDataArray& array) {
+    const auto* const data = static_cast<const quint32*>(array.data(0));
+    return std::vector<quint32>(data, data + array.size());
+}
+
+TEST(ModelDataArrayTest, DefaultIsAnEmptyFloatStream) {
+    const ModelDataArray array;
+    EXPECT_EQ(array.type(), 0x1406U);
+    EXPECT_EQ(array.size(), 0U);
+    EXPECT_TRUE(array.isEmpty());
+    EXPECT_EQ(array.byteCount(), 0U);
+}
+
+TEST(ModelDataArrayTest, CountsElementsAndBytes) {
+    const ModelDataArray array(kUnsignedShort, 5);
+    EXPECT_EQ(array.size(), 5U);
+    EXPECT_EQ(array.byteCount(), 10U);
+    EXPECT_FALSE(array.isEmpty());
+}
+
+TEST(ModelDataArrayTest, SetTypeKeepsTheCountAndTheLeadingBytes) {
+    ModelDataArray array(kUnsignedInt, 3);
+    const quint32 values[] = {0x04030201, 0x08070605, 0x0C0B0A09};
+    array.setData(0, 3, values);
+    array.setType(kUnsignedByte);
+    EXPECT_EQ(array.type(), kUnsignedByte);
+    EXPECT_EQ(array.size(), 3U);
+    EXPECT_EQ(array.byteCount(), 3U);
+    EXPECT_EQ(std::memcmp(array.data(0), values, 3), 0);
+    array.setType(kUnsignedInt);
+    EXPECT_EQ(array.size(), 3U);
+    EXPECT_EQ(array.byteCount(), 12U);
+    EXPECT_EQ(std::memcmp(array.data(0), values, 3), 0);
+}
+
+TEST(ModelDataArrayTest, SetTypeToTheSameTypeChangesNothing) {
+    ModelDataArray array(kUnsignedInt, 2);
+    const quint32 values[] = {7, 8};
+    array.setData(0, 2, values);
+    array.setType(kUnsignedInt);
+    EXPECT_THAT(words(array), testing::ElementsAre(7, 8));
+}
+
+TEST(ModelDataArrayTest, AppendsBehindTheLastElement) {
+    ModelDataArray array(kDouble);
+    const double values[] = {1.0, 2.0};
+    array.append(0, nullptr);
+    EXPECT_TRUE(array.isEmpty());
+    array.append(0, values);
+    EXPECT_TRUE(array.isEmpty());
+    array.append(2, values);
+    EXPECT_EQ(array.byteCount(), 16U);
+    EXPECT_EQ(*static_cast<double*>(array.data(1)), 2.0);
+}
+
+TEST(ModelDataArrayTest, AppendsItsOwnElements) {
+    ModelDataArray array(kUnsignedInt);
+    const quint32 values[] = {1, 2, 3};
+    array.append(3, values);
+    for (int round = 0; round < 10; ++round)
+        array.append(array.size(), array.data(0));
+    ASSERT_EQ(array.size(), 3U << 10);
+    const std::vector<quint32> all = words(array);
+    for (std::size_t i = 0; i < all.size(); ++i)
+        ASSERT_EQ(all[i], i % 3 + 1);
+}
+
+TEST(ModelDataArrayTest, SetDataOverwritesInPlace) {
+    ModelDataArray array(kUnsignedInt, 3);
+    const quint32 values[] = {1, 2, 3};
+    array.setData(0, 3, values);
+    array.setData(1, 1, values);
+    array.setData(3, 0, nullptr);
+    EXPECT_THAT(words(array), testing::ElementsAre(1, 1, 3));
+}
+
+TEST(ModelDataArrayTest, ShrinkingKeepsTheLeadingElements) {
+    ModelDataArray array(kUnsignedInt, 3);
+    const quint32 values[] = {1, 2, 3};
+    array.setData(0, 3, values);
+    array.resize(2);
+    EXPECT_THAT(words(array), testing::ElementsAre(1, 2));
+}
+
+TEST(ModelDataArrayTest, CopiesPartWhenOneIsWritten) {
+    ModelDataArray source(kUnsignedInt, 1);
+    const quint32 values[] = {1, 2};
+    source.setData(0, 1, values);
+    ModelDataArray copy(source);
+    ModelDataArray assigned;
+    assigned = source;
+    source.setData(0, 1, values + 1);
+    EXPECT_THAT(words(source), testing::ElementsAre(2));
+    EXPECT_THAT(words(copy), testing::ElementsAre(1));
+    EXPECT_THAT(words(assigned), testing::ElementsAre(1));
+    EXPECT_EQ(assigned.type(), kUnsignedInt);
+}
+
+TEST(ModelDataArrayTest, StreamOfNoScalarTypeStaysEmpty) {
+    ModelDataArray array(kNoType, 4);
+    EXPECT_EQ(array.size(), 0U);
+    array.resize(7);
+    const quint32 value = 1;
+    array.append(1, &value);
+    array.setData(0, 1, &value);
+    EXPECT_TRUE(array.isEmpty());
+    EXPECT_NE(array.data(5), nullptr);
+    array.setType(kUnsignedInt);
+    EXPECT_EQ(array.size(), 0U);
+}
+
+TEST(ModelDataArrayTest, SetTypeToNoScalarTypeEmptiesIt) {
+    ModelDataArray array(kUnsignedInt, 4);
+    array.setType(kNoType);
+    EXPECT_EQ(array.byteCount(), 0U);
+}
+
+TEST(ModelDataArrayTest, WhatIsTooLongIsRefusedWhole) {
+    const quint64 tooMany[] = {0x20000000U, 0x40000000U, 0x4000000000000000U, ~quint64{0}};
+    for (const quint64 count : tooMany) {
+        SCOPED_TRACE(count);
+        EXPECT_TRUE(ModelDataArray(kUnsignedInt, count).isEmpty());
+        ModelDataArray array(kUnsignedInt);
+        const quint32 value = 42;
+        array.append(1, &value);
+        array.append(count, &value);
+        EXPECT_THAT(words(array), testing::ElementsAre(42));
+        array.resize(count);
+        EXPECT_THAT(words(array), testing::ElementsAre(42));
+    }
+}
+
+TEST(ModelDataArrayTest, SetTypeThatWouldMakeItTooLongIsRefused) {
+    ModelDataArray array(kUnsignedByte, 0x10000000);
+    array.setType(kDouble);
+    EXPECT_EQ(array.type(), kUnsignedByte);
+    EXPECT_EQ(array.size(), 0x10000000U);
+}
+
+TEST(ModelDataArrayAllocatorTest, MakesArrays) {
+    ModelDataArrayAllocator allocator;
+    const std::unique_ptr<ModelDataStream> stream(allocator.alloc(kUnsignedShort, 3));
+    ASSERT_NE(stream, nullptr);
+    EXPECT_NE(dynamic_cast<ModelDataArray*>(stream.get()), nullptr);
+    EXPECT_EQ(stream->type(), kUnsignedShort);
+    EXPECT_EQ(stream->size(), 3U);
+}
+
+TEST(ModelDataArrayAllocatorTest, GivesNullForWhatNoStreamCanHold) {
+    ModelDataArrayAllocator allocator;
+    EXPECT_EQ(allocator.alloc(kUnsignedInt, 0x20000000), nullptr);
+    EXPECT_EQ(allocator.alloc(kDouble, ~quint64{0}), nullptr);
+}
+
+} // namespace
+} // namespace Atelier::Vel
