@@ -3,6 +3,7 @@
 #include <random>
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 
 namespace Atelier::Vel::Testing {
 
@@ -18,6 +19,8 @@ public:
     QByteArray plain(unsigned int lines);
     /// A short decimal, up to 20 digits in all.
     QByteArray decimal();
+    /// The names of materials and files that both kinds of text use.
+    static QList<QByteArray> names();
     /// MTL text of up to `lines` lines, as UTF-8.
     QByteArray mtl(unsigned int lines);
     /// Bytes without any sense.

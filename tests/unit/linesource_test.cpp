@@ -1,0 +1,210 @@
+#include "import/linesource.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QFile>
+#include <QtCore/QRegExp>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTextCodec>
+
+#include <gmock/gmock.h>
+
+#include "nastytext.h"
+#include "support/scale.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using testing::ElementsAre;
+using Testing::NastyText;
+using Testing::scaled;
+
+class LineSourceTest : public testing::Test {
+protected:
+    void write(const QByteArray& bytes) {
+        _file.close();
+        ASSERT_TRUE(_file.open(QIODevice::WriteOnly));
+        _file.write(bytes);
+        _file.close();
+    }
+    QFile& reopened(QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Text) {
+        _file.close();
+        EXPECT_TRUE(_file.open(mode));
+        return _file;
+    }
+    static QStringList lines(LineSource& source) {
+        QStringList result;
+        while (source.next())
+            result << source.text(source.begin(), source.end());
+        return result;
+    }
+    QStringList lines(const LineSourceLimits& limits = {}) {
+        QTextStream stream(&reopened());
+        LineSource source(&stream, limits);
+        return lines(source);
+    }
+    QStringList streamLines(const char* codec = nullptr) {
+        QTextStream stream(&reopened());
+        if (codec != nullptr)
+            stream.setCodec(codec);
+        QStringList result;
+        while (!stream.atEnd())
+            result << stream.readLine();
+        return result;
+    }
+
+private:
+    QTemporaryDir _directory;
+    QFile _file{_directory.filePath(QStringLiteral("text"))};
+};
+
+LineSourceLimits limitsOf(qint64 blockBytes, qint64 lineBytes = 1 << 20) {
+    LineSourceLimits limits;
+    limits.blockBytes = blockBytes;
+    limits.lineBytes = lineBytes;
+    return limits;
+}
+
+} // namespace
+
+TEST_F(LineSourceTest, LineEndsAreLineFeedsOnly) {
+    write(QByteArray("a\nb\r\nc\rd\n\ne\0f\xE2\x80\xA8g\xC2\x85h\n\r\ni", 24));
+    EXPECT_EQ(lines(), streamLines());
+    EXPECT_EQ(lines().at(2), "cd");
+}
+
+TEST_F(LineSourceTest, BytesOfADecodedLineStandForItsCharacters) {
+    write("a\xC2\xA0\xC3\xA9\xF0\x9F\x98\x80 z\n");
+    QTextStream stream(&reopened());
+    LineSource source(&stream);
+    ASSERT_TRUE(source.next());
+    EXPECT_EQ(std::string(source.begin(), source.end()), "a \x80\x80\x80 z");
+    EXPECT_EQ(source.text(source.begin() + 2, source.begin() + 5),
+              QString::fromUtf8("\xC3\xA9\xF0\x9F\x98\x80"));
+    EXPECT_FALSE(source.next());
+}
+
+TEST_F(LineSourceTest, WhiteSpaceIsWhatTheExpressionForItMatches) {
+    const QRegExp whiteSpace(QStringLiteral("\\s"));
+    QString text;
+    for (int code = 1; code < 0x10000; ++code)
+        if (code != '\n' && code != '\r')
+            text += QChar(code);
+    QTextStream stream(&text);
+    LineSource source(&stream);
+    ASSERT_TRUE(source.next());
+    ASSERT_EQ(source.end() - source.begin(), text.size());
+    for (int i = 0; i < text.size(); ++i) {
+        const char byte = source.begin()[i];
+        const bool isSpace = byte == ' ' || (byte >= '\t' && byte <= '\r');
+        ASSERT_EQ(isSpace, whiteSpace.exactMatch(QString(text[i]))) << text[i].unicode();
+    }
+}
+
+TEST_F(LineSourceTest, ByteOrderMarkCountsAtTheStartOnly) {
+    write("\xEF\xBB\xBF"
+          "a\n\xEF\xBB\xBF"
+          "b\n");
+    EXPECT_EQ(lines(), QStringList({QStringLiteral("a"), QString(QChar(0xFEFF)) + QLatin1Char('b')}));
+}
+
+TEST_F(LineSourceTest, WideEncodingsAreKnownByTheirMark) {
+    for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
+        QTextCodec::ConverterState state; // which writes the mark
+        const QString text = QString::fromUtf8("v 1\r\nr\xC3\xA9"
+                                               "d\r\n\xE8\xB5\xA4");
+        write(QTextCodec::codecForName(name)->fromUnicode(text.constData(), text.size(), &state));
+        EXPECT_EQ(lines(), QStringList({"v 1",
+                                        QString::fromUtf8("r\xC3\xA9"
+                                                          "d"),
+                                        QString::fromUtf8("\xE8\xB5\xA4")}))
+            << name;
+    }
+}
+
+TEST_F(LineSourceTest, UnfinishedSequenceAtTheEndVanishes) {
+    for (const char* end : {"\xE2", "\xE2\x98", "\xF0\x9F\x98", "x\xC3"}) {
+        write(QByteArray("a\nb") + end);
+        EXPECT_EQ(lines(), streamLines());
+    }
+    write("\xE2\x98");
+    EXPECT_THAT(lines(), ElementsAre(QString()));
+}
+
+TEST_F(LineSourceTest, TextIsNeverReadAsAWhole) {
+    write(QByteArray("0123456789\n").repeated(1000));
+    QTextStream stream(&reopened());
+    LineSource source(&stream, limitsOf(100));
+    ASSERT_TRUE(source.next());
+    EXPECT_EQ(source.bytesRead(), 100);
+    for (int i = 0; i < 20; ++i)
+        ASSERT_TRUE(source.next());
+    EXPECT_EQ(source.bytesRead(), 300);
+}
+
+TEST_F(LineSourceTest, LinesBeyondTheLimitAreDropped) {
+    const QByteArray longLine(5000, 'x');
+    write("a\n" + longLine + "\nb\n" + longLine + longLine + "\n" + QByteArray(1000, 'y') + "\n" + longLine);
+    for (const qint64 blockBytes : {4, 100, 4096, 100'000})
+        EXPECT_EQ(lines(limitsOf(blockBytes, 1000)), QStringList({"a", "b", QString(1000, QLatin1Char('y'))}))
+            << blockBytes;
+}
+
+TEST_F(LineSourceTest, LinesBeyondTheLimitAreDroppedFromStreamsToo) {
+    QString text = QStringLiteral("a\n") + QString(5000, QLatin1Char('x')) + QStringLiteral("\nb\n") +
+                   QString(1500, QLatin1Char('x'));
+    QTextStream stream(&text);
+    LineSource source(&stream, limitsOf(100, 1000));
+    EXPECT_EQ(lines(source), QStringList({"a", "b"}));
+}
+
+TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
+    write("a\nb\nc\nd");
+    QTextStream stream(&reopened());
+    LineSource source(&stream);
+    ASSERT_TRUE(source.fill());
+    EXPECT_EQ(std::string(source.wholeLinesBegin(), source.wholeLinesEnd()), "a\nb\nc\n");
+    source.skipTo(source.wholeLinesBegin() + 4);
+    EXPECT_EQ(lines(source), QStringList({"c", "d"}));
+    EXPECT_FALSE(source.fill());
+}
+
+TEST_F(LineSourceTest, StreamsThatAreNoPlainFilesAreReadThroughTheStream) {
+    write("a\r\nb\xE9\n");
+    {
+        QTextStream binary(&reopened(QIODevice::ReadOnly));
+        LineSource source(&binary);
+        EXPECT_FALSE(source.fill());
+        EXPECT_EQ(lines(source).at(0), "a");
+    }
+    {
+        QTextStream latin(&reopened());
+        latin.setCodec("ISO-8859-1");
+        LineSource source(&latin);
+        EXPECT_EQ(lines(source).at(1), QString::fromLatin1("b\xE9"));
+    }
+    QBuffer buffer;
+    buffer.setData("x\ny");
+    ASSERT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Text));
+    QTextStream ofBuffer(&buffer);
+    LineSource source(&ofBuffer);
+    EXPECT_EQ(lines(source), QStringList({"x", "y"}));
+}
+
+// Where bytes are left that give no character, a stream has an empty line more, or one less.
+TEST_F(LineSourceTest, NoiseHasTheStreamsLines) {
+    const auto trimmed = [](QStringList list) {
+        while (!list.isEmpty() && list.last().isEmpty())
+            list.removeLast();
+        return list;
+    };
+    NastyText nasty(21);
+    for (int i = scaled(2000); i > 0; --i) {
+        write(nasty.below(2) == 0 ? nasty.noise(300) : nasty.encoded(nasty.mtl(10)));
+        const QStringList expected = trimmed(streamLines());
+        for (const qint64 blockBytes : {4, 50, 4096})
+            ASSERT_EQ(trimmed(lines(limitsOf(blockBytes))), expected);
+    }
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QtCore/QString>
+
+#include <velmodel/modelbuilder.h>
+
+namespace Atelier::Vel::Testing {
+
+/// Reads an MTL file into groups with Qt's own calls, line by line: what the library has to agree with.
+bool literalLoadMaterialLibrary(const QString& path, ModelBuilder& builder);
+
+} // namespace Atelier::Vel::Testing

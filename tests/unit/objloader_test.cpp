@@ -1,0 +1,417 @@
+#include <velmodel/objloader.h>
+
+#include <clocale>
+#include <memory>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QLocale>
+#include <QtCore/QTemporaryDir>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/drawbuffers.h>
+#include <velgl/gpumodel.h>
+#include <velgl/instancedatacollection.h>
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
+
+#include "literal/literalobjloader.h"
+#include "modeldescription.h"
+#include "nastytext.h"
+#include "support/messagelog.h"
+#include "support/recordingcontext.h"
+#include "support/scale.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using testing::AllOf;
+using Testing::describe;
+using testing::ElementsAre;
+using testing::Le;
+using Testing::literalLoadModel;
+using Testing::MessageLog;
+using Testing::NastyText;
+using Testing::RecordingContext;
+using Testing::scaled;
+
+/// What one load gave.
+struct Loaded {
+    std::unique_ptr<GPUModel> model;
+    QString error;
+    LoadReport report;
+    QStringList calls;
+    std::vector<QByteArray> uploads;
+    QStringList facts;
+
+    /// The floats of the buffer that holds `name`; empty without one.
+    std::vector<float> values(const QString& name) const;
+    bool has(const QString& name) const { return !calls.filter(name).isEmpty(); }
+    /// The names of the material groups that draw something, with their index counts.
+    std::vector<std::pair<std::string, unsigned int>> commands() const;
+};
+
+std::vector<float> Loaded::values(const QString& name) const {
+    const QStringList registrations = calls.filter(QStringLiteral(" components, type"));
+    for (int i = 0; i < registrations.size(); ++i) {
+        if (!registrations[i].contains(name))
+            continue;
+        // Buffers hold the indices first, then the attributes in the order of their registration.
+        const QByteArray& bytes = uploads.at(static_cast<size_t>(i) + 1);
+        std::vector<float> result(static_cast<size_t>(bytes.size()) / sizeof(float));
+        std::copy_n(bytes.constData(), bytes.size(), reinterpret_cast<char*>(result.data()));
+        return result;
+    }
+    return {};
+}
+
+std::vector<std::pair<std::string, unsigned int>> Loaded::commands() const {
+    std::vector<std::pair<std::string, unsigned int>> result;
+    for (int drawable = 0; drawable < model->drawableCount(); ++drawable) {
+        const auto commands = model->drawable(drawable)->drawElementsIndirectCommands();
+        for (int i = 0; i < commands.size(); ++i)
+            result.emplace_back(model->materialName(drawable, i).toStdString(), commands[i].count);
+    }
+    return result;
+}
+
+void keep(Loaded& loaded, const RecordingContext& context) {
+    loaded.calls = context.calls();
+    for (const auto& upload : context.recording().uploads)
+        loaded.uploads.push_back(upload.bytes);
+    if (loaded.model)
+        loaded.facts = describe(*loaded.model);
+}
+
+class ObjLoaderTest : public testing::Test {
+protected:
+    QString path(const QString& name) const { return _directory.filePath(name); }
+    void write(const QString& name, const QByteArray& text) {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+    Loaded load(const QByteArray& text, const LoadProgress& progress = {}) {
+        write(QStringLiteral("model.obj"), text);
+        return loadFile(path(QStringLiteral("model.obj")), progress);
+    }
+    static Loaded loadFile(const QString& file, const LoadProgress& progress = {}) {
+        const RecordingContext context;
+        Loaded loaded;
+        loaded.model.reset(loadModelFromOBJFile(file, loaded.error, progress, &loaded.report));
+        keep(loaded, context);
+        return loaded;
+    }
+    static Loaded loadLiterally(const QString& file) {
+        const RecordingContext context;
+        Loaded loaded;
+        loaded.model.reset(literalLoadModel(file, loaded.error));
+        keep(loaded, context);
+        return loaded;
+    }
+    static void expectAsLiterally(const QString& file) {
+        const Loaded expected = loadLiterally(file);
+        const Loaded loaded = loadFile(file);
+        ASSERT_EQ(loaded.error, expected.error);
+        ASSERT_EQ(loaded.model == nullptr, expected.model == nullptr);
+        ASSERT_EQ(loaded.calls, expected.calls);
+        ASSERT_TRUE(loaded.uploads == expected.uploads);
+        ASSERT_EQ(loaded.facts, expected.facts);
+    }
+
+private:
+    QTemporaryDir _directory;
+};
+
+const QByteArray kCube = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0 0 1\nv 1 0 1\nv 1 1 1\nv 0 1 1\n"
+                         "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n";
+const QByteArray kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+
+} // namespace
+
+TEST_F(ObjLoaderTest, MissingFileFailsWithItsPath) {
+    const Loaded loaded = loadFile(QStringLiteral("/no/such file%1.obj"));
+    EXPECT_EQ(loaded.model, nullptr);
+    EXPECT_EQ(loaded.error, "Failed to load OBJ file '/no/such file%1.obj'");
+    EXPECT_TRUE(loaded.calls.isEmpty());
+}
+
+TEST_F(ObjLoaderTest, EmptyPathFails) {
+    EXPECT_EQ(loadFile(QString()).error, "Failed to load OBJ file ''");
+    EXPECT_EQ(loadFile(QStringLiteral("")).error, "Failed to load OBJ file ''");
+}
+
+TEST_F(ObjLoaderTest, DirectoryFails) {
+    const Loaded loaded = loadFile(path(QString()));
+    EXPECT_EQ(loaded.model, nullptr);
+    EXPECT_EQ(loaded.error, QStringLiteral("Failed to load OBJ file '%1'").arg(path(QString())));
+}
+
+// Opening a pipe that nobody writes to would wait for ever.
+TEST_F(ObjLoaderTest, PipeFailsAtOnce) {
+    const QString pipe = path(QStringLiteral("pipe"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_EQ(loadFile(pipe).error, QStringLiteral("Failed to load OBJ file '%1'").arg(pipe));
+    EXPECT_EQ(load("mtllib pipe\n").error, QStringLiteral("Failed to load MTL file '%1'").arg(pipe));
+}
+
+TEST_F(ObjLoaderTest, DeviceFailsAtOnce) {
+    EXPECT_EQ(loadFile(QStringLiteral("/dev/zero")).error, "Failed to load OBJ file '/dev/zero'");
+    EXPECT_EQ(load("mtllib /dev/zero\n").error, "Failed to load MTL file '/dev/zero'");
+}
+
+TEST_F(ObjLoaderTest, SocketFails) {
+    const QByteArray socketPath = QFile::encodeName(path(QStringLiteral("socket")));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(static_cast<size_t>(socketPath.size()), sizeof address.sun_path);
+    std::copy_n(socketPath.constData(), socketPath.size(), address.sun_path);
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(loadFile(path(QStringLiteral("socket"))).error,
+              QStringLiteral("Failed to load OBJ file '%1'").arg(path(QStringLiteral("socket"))));
+    close(listener);
+}
+
+TEST_F(ObjLoaderTest, UnreadableFileFails) {
+    write(QStringLiteral("secret.obj"), kCube);
+    QFile::setPermissions(path(QStringLiteral("secret.obj")), QFileDevice::Permissions());
+    if (QFileInfo(path(QStringLiteral("secret.obj"))).isReadable())
+        GTEST_SKIP() << "this user may read everything";
+    EXPECT_EQ(loadFile(path(QStringLiteral("secret.obj"))).model, nullptr);
+    EXPECT_EQ(load("mtllib secret.obj\n").model, nullptr);
+}
+
+TEST_F(ObjLoaderTest, MissingLibraryFailsWithItsAbsolutePath) {
+    const Loaded loaded = load(kCube + "mtllib no such.mtl\n");
+    EXPECT_EQ(loaded.model, nullptr);
+    EXPECT_EQ(loaded.error, QStringLiteral("Failed to load MTL file '%1'").arg(path(QStringLiteral("no"))));
+    EXPECT_TRUE(loaded.calls.isEmpty());
+}
+
+TEST_F(ObjLoaderTest, LibraryWithoutANameIsTheDirectoryAndFails) {
+    const QString directory = QDir(path(QString())).absoluteFilePath(QString());
+    EXPECT_EQ(load("mtllib\n").error, QStringLiteral("Failed to load MTL file '%1'").arg(directory));
+}
+
+TEST_F(ObjLoaderTest, SuccessLeavesAnEarlierErrorAlone) {
+    write(QStringLiteral("model.obj"), kCube);
+    QString error = QStringLiteral("an earlier error");
+    const RecordingContext context;
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path(QStringLiteral("model.obj")), error));
+    EXPECT_NE(model, nullptr);
+    EXPECT_EQ(error, "an earlier error");
+}
+
+TEST_F(ObjLoaderTest, EmptyFileIsAnEmptyModel) {
+    const Loaded loaded = load("");
+    ASSERT_NE(loaded.model, nullptr);
+    EXPECT_EQ(loaded.model->drawableCount(), 0);
+    EXPECT_TRUE(loaded.error.isNull());
+}
+
+TEST_F(ObjLoaderTest, CubeWithoutNormalsGetsThem) {
+    const Loaded loaded = load(kCube);
+    ASSERT_NE(loaded.model, nullptr);
+    EXPECT_TRUE(loaded.has(QStringLiteral("va_Vertex")));
+    EXPECT_TRUE(loaded.has(QStringLiteral("va_Normal")));
+    EXPECT_FALSE(loaded.has(QStringLiteral("va_TexCoord")));
+    EXPECT_EQ(loaded.report.triangles, 12u);
+    EXPECT_EQ(loaded.report.vertices, 8u);
+    EXPECT_EQ(loaded.report.corners, 24u);
+    EXPECT_THAT(loaded.commands(), ElementsAre(std::make_pair("<default>", 36u)));
+}
+
+TEST_F(ObjLoaderTest, FileWithNormalsKeepsThem) {
+    const Loaded loaded = load(kTriangle + "vn 0 0 1\nvt 0.5 0.25\nf 1/1/1 2/1/1 3/1/1\n");
+    EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")), ElementsAre(0, 0, 1, 0, 0, 1, 0, 0, 1));
+    EXPECT_THAT(loaded.values(QStringLiteral("va_TexCoord")),
+                ElementsAre(0.5F, 0.25F, 0.5F, 0.25F, 0.5F, 0.25F));
+}
+
+TEST_F(ObjLoaderTest, FacesJoinTheGroupNamedLast) {
+    write(QStringLiteral("colours.mtl"), "newmtl red\nKd 1 0 0\n");
+    const Loaded loaded =
+        load(kTriangle + "mtllib colours.mtl\nf 1 2 3\nusemtl red\nf 1 2 3\nf 1 2 3\nusemtl blue\nf 1 2 3\n");
+    EXPECT_THAT(loaded.commands(), ElementsAre(std::make_pair("<default>", 3u), std::make_pair("red", 6u)));
+    EXPECT_EQ(loaded.report.faces, 4u);
+    EXPECT_EQ(loaded.report.facesWithoutGroup, 1u);
+}
+
+TEST_F(ObjLoaderTest, LibraryNamedLateCatchesTheFacesBehindIt) {
+    write(QStringLiteral("colours.mtl"), "newmtl red\n");
+    const Loaded loaded = load(kTriangle + "usemtl red\nf 1 2 3\nmtllib colours.mtl\nf 1 2 3\nf 1 2 3\n");
+    EXPECT_THAT(loaded.commands(), ElementsAre(std::make_pair("red", 6u)));
+    EXPECT_EQ(loaded.report.facesWithoutGroup, 1u);
+}
+
+TEST_F(ObjLoaderTest, LibraryCannotReplaceTheDefaultGroup) {
+    write(QStringLiteral("colours.mtl"), "newmtl <default>\nKd 1 0 0\n");
+    const Loaded loaded = load(kTriangle + "mtllib colours.mtl\nf 1 2 3\n");
+    const InstanceData material = loaded.model->materials(0)->items().at(0);
+    EXPECT_EQ(material.value(QStringLiteral("Kd")), makeDefaultMaterial().value(QStringLiteral("Kd")));
+}
+
+// The faces before them pushed no normal indices, so entry k of the list serves corner k.
+TEST_F(ObjLoaderTest, NormalsAfterFacesAreNotAlignedWithThem) {
+    const Loaded loaded = load(kTriangle + "f 1 2 3\nvn 0 0 1\nvn 0 1 0\nvn 1 0 0\nf 1//1 2//2 3//3\n");
+    EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")),
+                ElementsAre(0, 0, 1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(loaded.report.substitutedCorners, 3u);
+}
+
+TEST_F(ObjLoaderTest, CornersWithoutANormalPassOnNoIndex) {
+    const Loaded loaded = load(kTriangle + "vn 0 0 1\nf 1 2 3\n");
+    EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(loaded.report.substitutedCorners, 3u);
+}
+
+TEST_F(ObjLoaderTest, DroppedFaceFreesItsNumber) {
+    const Loaded loaded = load(kTriangle + "v 5 5 5\nf 1 x 3\nf 1 2 3\nf 1/y 2 3\nf 2 3 4\n");
+    EXPECT_EQ(loaded.report.faces, 2u);
+    EXPECT_EQ(loaded.report.droppedFaces, 2u);
+    EXPECT_EQ(loaded.report.triangles, 2u);
+    EXPECT_EQ(loaded.report.untriangulatedFaces, 0u);
+}
+
+TEST_F(ObjLoaderTest, ReportCountsFacesThatGiveNoTriangle) {
+    const Loaded loaded = load(kTriangle + "f\nf 1\nf 1 2\nf 1 2 3\n");
+    EXPECT_EQ(loaded.report.faces, 4u);
+    EXPECT_EQ(loaded.report.untriangulatedFaces, 3u);
+    EXPECT_EQ(loaded.report.triangles, 1u);
+    EXPECT_EQ(loaded.report.bytesRead, kTriangle.size() + 20);
+}
+
+TEST_F(ObjLoaderTest, EveryDrawableCarriesIdentityMatrices) {
+    const Loaded loaded = load(kCube);
+    const InstanceData instance = loaded.model->instances(0)->items().at(0);
+    const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    const QByteArray bytes(reinterpret_cast<const char*>(identity), sizeof identity);
+    EXPECT_EQ(instance.name(), "InstanceInfo");
+    EXPECT_EQ(instance.valueNames(),
+              QStringList({"ModelMatrix", "ModelNormalMatrix", "PreviousModelMatrix"}));
+    for (const QString& name : instance.valueNames())
+        EXPECT_EQ(instance.value(name), bytes);
+}
+
+TEST_F(ObjLoaderTest, RelativeLibrariesStartAtTheModelsDirectory) {
+    QDir(path(QString())).mkdir(QStringLiteral("sub"));
+    write(QStringLiteral("sub/lib.mtl"), "newmtl red\nmap_Kd tex/a.png\n");
+    const Loaded loaded = load(kTriangle + "mtllib sub/lib.mtl\nusemtl red\nf 1 2 3\n");
+    EXPECT_EQ(loaded.model->materials(0)->items().at(0).texturePath(QStringLiteral("map_Kd")),
+              path(QStringLiteral("sub/tex/a.png")));
+}
+
+TEST_F(ObjLoaderTest, WithoutAContextTheModelStaysEmpty) {
+    write(QStringLiteral("model.obj"), kCube);
+    QString error;
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path(QStringLiteral("model.obj")), error));
+    ASSERT_NE(model, nullptr);
+    EXPECT_EQ(model->drawableCount(), 0);
+}
+
+TEST_F(ObjLoaderTest, CancellingGivesNoModelAndSaysSo) {
+    const Loaded loaded = load(kCube, [](qint64, qint64) { return false; });
+    EXPECT_EQ(loaded.model, nullptr);
+    EXPECT_EQ(loaded.error,
+              QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path(QStringLiteral("model.obj"))));
+    EXPECT_TRUE(loaded.calls.isEmpty());
+}
+
+TEST_F(ObjLoaderTest, CancellingLateGivesNoModelEither) {
+    const QByteArray text = kCube + QByteArray("f 1 2 3\n").repeated(300'000);
+    int calls = 0;
+    const Loaded loaded = load(text, [&](qint64 done, qint64 total) {
+        ++calls;
+        return done < total / 2;
+    });
+    EXPECT_EQ(loaded.model, nullptr);
+    EXPECT_GT(calls, 1);
+}
+
+TEST_F(ObjLoaderTest, ProgressRisesToTheEndInAFewHundredCalls) {
+    const QByteArray text =
+        kCube + QByteArray("f 1 2 3\n").repeated(10'000) + QByteArray("# comment\n").repeated(1'000'000);
+    std::vector<qint64> done;
+    const Loaded loaded = load(text, [&](qint64 bytesDone, qint64 bytesTotal) {
+        EXPECT_EQ(bytesTotal, text.size());
+        done.push_back(bytesDone);
+        return true;
+    });
+    ASSERT_NE(loaded.model, nullptr);
+    EXPECT_THAT(done.size(), AllOf(testing::Ge(2u), Le(300u)));
+    EXPECT_TRUE(std::is_sorted(done.begin(), done.end()));
+    EXPECT_LE(done.back(), text.size());
+}
+
+TEST_F(ObjLoaderTest, DecimalCommasChangeNothing) {
+    write(QStringLiteral("a.mtl"), "newmtl m\nKd 0.5 0.25 1.5\n");
+    const QByteArray text = kTriangle + "v 1.5 2.25e0 3\nmtllib a.mtl\nusemtl m\nf 1 2 4\n";
+    const Loaded before = load(text);
+    const QLocale standard;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    setlocale(LC_ALL, "de_DE.UTF-8");
+    const Loaded german = load(text);
+    setlocale(LC_ALL, "C");
+    QLocale::setDefault(standard);
+    ASSERT_NE(before.model, nullptr);
+    EXPECT_TRUE(german.uploads == before.uploads);
+    EXPECT_EQ(german.facts, before.facts);
+}
+
+TEST_F(ObjLoaderTest, MaterialPlanIsRegisteredBehindTheInstancePlan) {
+    QStringList names;
+    for (const InstanceDataPlan* plan : InstanceDataRegistry::Instance().plans())
+        names << plan->name();
+    EXPECT_EQ(names, QStringList({"InstanceInfo", "OBJMaterial"}));
+}
+
+TEST_F(ObjLoaderTest, NastyModelsLoadAsLiterally) {
+    NastyText nasty(11);
+    const MessageLog log; // full of faces that cannot be cut
+    for (int i = scaled(400); i > 0; --i) {
+        write(QStringLiteral("lib.mtl"), nasty.mtl(20));
+        QByteArray text = kTriangle + "mtllib lib.mtl\n" + nasty.obj(60);
+        text.replace("mtllib", nasty.below(3) == 0 ? "mtllib lib.mtl" : "# mtllib");
+        write(QStringLiteral("model.obj"), text);
+        ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj")))) << text.toStdString();
+    }
+}
+
+TEST_F(ObjLoaderTest, NastyLibrariesLoadAsLiterally) {
+    NastyText nasty(13);
+    QByteArray faces;
+    for (const QByteArray& name : nasty.names())
+        faces += "usemtl " + name + "\nf 1 2 3\n";
+    write(QStringLiteral("model.obj"), kTriangle + "mtllib lib.mtl\n" + faces);
+    const MessageLog log;
+    for (int i = scaled(500); i > 0; --i) {
+        const QByteArray library =
+            nasty.encoded(nasty.below(2) == 0 ? nasty.mtl(40) : nasty.damaged(nasty.mtl(40)));
+        write(QStringLiteral("lib.mtl"), library);
+        ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))))
+            << library.toStdString();
+    }
+}
+
+TEST_F(ObjLoaderTest, LongModelsLoadAsLiterally) {
+    NastyText nasty(12);
+    const MessageLog log;
+    for (int i = scaled(4); i > 0; --i) {
+        write(QStringLiteral("lib.mtl"), "newmtl a\nnewmtl b\nKd 1 0 0\n");
+        QByteArray text = kTriangle + "f 1 2 3\nusemtl a\nf 1 2 3\nmtllib lib.mtl\n";
+        for (int part = 0; part < 20; ++part)
+            text += nasty.plain(2000) + (nasty.below(2) == 0 ? "usemtl a\n" : "usemtl b\n");
+        write(QStringLiteral("model.obj"), text);
+        ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))));
+    }
+}
+
+} // namespace Atelier::Vel
