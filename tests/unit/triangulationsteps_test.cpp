@@ -1,6 +1,7 @@
 // The steps are file-local: they are tested in the unit that defines them.
 #include "geometry/polygontriangulator.cpp"
 
+#include <optional>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -163,13 +164,16 @@ protected:
     void make(const std::vector<PlanePoint>& points) {
         _scratch.points.clear();
         _scratch.points.append(points.data(), static_cast<int>(points.size()));
-        makeCorners(static_cast<int>(points.size()), false, _scratch);
+        _ring.emplace(static_cast<int>(points.size()), _scratch);
+        prepareSearch(static_cast<int>(points.size()), false, _scratch);
+        makeCorners(static_cast<int>(points.size()), false, *_ring);
     }
     const PolygonCorner& updated(int corner) {
-        UpdateEar(_scratch, corner);
+        UpdateEar(*_ring, corner);
         return _scratch.corners[corner];
     }
     PolygonScratch _scratch;
+    std::optional<Ring> _ring;
 };
 
 TEST_F(UpdateEarTest, StoresCrossAndCosineOfTheDirections) {
@@ -206,7 +210,7 @@ TEST_F(UpdateEarTest, InactiveCornerBlocksNothing) {
     make(planePoints({0, 0, 4, 0, 1, 1, 0, 4, -1, 3}));
     ASSERT_FALSE(_scratch.corners[1].ear && _scratch.corners[0].ear);
     _scratch.corners[2].active = false;
-    link(_scratch, 1, 3);
+    link(*_ring, 1, 3);
     EXPECT_TRUE(updated(1).ear);
 }
 

@@ -1,30 +1,37 @@
 #include "geometry/polygontriangulator.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include <QtCore/QtDebug>
 
 #include "geometry/triangulationconvexity.h"
-#include "geometry/triangulationwinding.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-constexpr int kTriangle[2][3] = {{0, 1, 2}, {0, 2, 1}};
-// Always along the diagonal from corner 1 to corner 3, concave or not: meant.
-constexpr int kQuadrilateral[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 3, 1, 1, 3, 2}};
-
 // Up to this size looking at all corners is faster than an index of them.
 constexpr int kMostCornersUnindexed = 64;
+
+constexpr quint32 kSignBit = 0x80000000;
 
 bool isLarge(int count) {
     return count > kMostCornersUnindexed;
 }
 
-/// The sharpest ear is clipped first, of two equally sharp ones the lower-numbered.
-bool isClippedLater(const QueuedEar& a, const QueuedEar& b) {
-    return a.cosine < b.cosine || (a.cosine == b.cosine && a.corner > b.corner);
+/// The order of the ears as one number: the sharpest has the greatest key, of two equally sharp ones the
+/// lower-numbered. Zero is no ear.
+EarKey earKey(float cosine, int corner) {
+    const float ordered = cosine + 0.0F; // -0 and 0 are equally sharp
+    quint32 bits = 0;
+    std::memcpy(&bits, &ordered, sizeof bits);
+    bits = (bits & kSignBit) != 0 ? ~bits : bits | kSignBit;
+    return EarKey(bits) << 32 | (~quint32(corner));
+}
+
+int cornerOf(EarKey key) {
+    return static_cast<int>(~static_cast<quint32>(key));
 }
 
 SpacePoint positionOf(const float* positions, int vertex) {
@@ -69,160 +76,144 @@ bool IsCounterClockwise(int count, const PlanePoint* points) {
     return sum <= 0;
 }
 
+/// What is left of a polygon that is being cut.
+struct Ring {
+    PolygonScratch& scratch;
+    const PlanePoint* points;
+    PlanePoint* directions;
+    PolygonCorner* corners;
+    EarKey* keys;
+    const bool isQueued;
+
+    Ring(int count, PolygonScratch& memory)
+        : scratch(memory),
+          points(memory.points.constData()),
+          directions(resized(memory.directions, count)),
+          corners(resized(memory.corners, count)),
+          keys(resized(memory.keys, count)),
+          isQueued(isLarge(count)) {}
+
+private:
+    template<typename Array>
+    static typename Array::value_type* resized(Array& array, int count) {
+        array.resize(count);
+        return array.data();
+    }
+};
+
 /// Whether another corner lies in the triangle that clipping `ear` would cut off.
-bool isBlocked(const PolygonScratch& scratch, int ear) {
-    if (scratch.search == BlockerSearch::kNone)
-        return false;
-    const PolygonCorner* corners = scratch.corners.constData();
-    const PlanePoint* points = scratch.points.constData();
-    const int after = corners[ear].after;
-    const int before = corners[ear].before;
-    const EarTriangle triangle(points[ear], points[after], points[before], scratch.directions[ear],
-                               -scratch.directions[before]);
-    if (scratch.search == BlockerSearch::kIndex)
-        return scratch.blockers.block(triangle);
-    for (int j = corners[after].after; j != before; j = corners[j].after)
-        if (triangle.isBlockedBy(points[j]))
+bool isBlocked(const Ring& ring, int ear) {
+    const int after = ring.corners[ear].after;
+    const int before = ring.corners[ear].before;
+    const EarTriangle triangle(ring.points[ear], ring.points[after], ring.points[before],
+                               ring.directions[ear], -ring.directions[before]);
+    if (ring.scratch.search == BlockerSearch::kIndex)
+        return ring.scratch.blockers.block(triangle);
+    for (int j = ring.corners[after].after; j != before; j = ring.corners[j].after)
+        if (triangle.isBlockedBy(ring.points[j]))
             return true;
     return false;
 }
 
-void UpdateEar(PolygonScratch& scratch, int i) {
-    PolygonCorner& corner = scratch.corners[i];
-    const PlanePoint toAfter = scratch.directions[i];
-    const PlanePoint toBefore = -scratch.directions[corner.before]; // exact: rounding is symmetrical
+void UpdateEar(Ring& ring, int i) {
+    PolygonCorner& corner = ring.corners[i];
+    const PlanePoint toAfter = ring.directions[i];
+    const PlanePoint toBefore = -ring.directions[corner.before]; // exact: rounding is symmetrical
     corner.cross = crossProduct(toAfter, toBefore);
     corner.cosine = dotProduct(toAfter, toBefore);
-    corner.ear = corner.cross > 0 && !isBlocked(scratch, i);
-    if (corner.ear && isLarge(scratch.corners.size())) {
-        scratch.ears.push_back({corner.cosine, i});
-        std::push_heap(scratch.ears.begin(), scratch.ears.end(), isClippedLater);
-    }
+    corner.ear = corner.cross > 0 && (ring.scratch.search == BlockerSearch::kNone || !isBlocked(ring, i));
+    ring.keys[i] = corner.ear ? earKey(corner.cosine, i) : 0;
+    if (corner.ear && ring.isQueued)
+        ring.scratch.queue.push(ring.keys[i]);
 }
 
-int sharpestEar(const PolygonScratch& scratch) {
-    int best = -1;
-    for (int i = 0; i < scratch.corners.size(); ++i) {
-        const PolygonCorner& corner = scratch.corners[i];
-        if (corner.active && corner.ear && (best < 0 || corner.cosine > scratch.corners[best].cosine))
-            best = i;
+/// The key of the ear to clip next, zero if there is none.
+EarKey sharpestEar(int count, Ring& ring) {
+    EarKey best = 0;
+    if (!ring.isQueued) {
+        for (int i = 0; i < count; ++i)
+            best = std::max(best, ring.keys[i]);
+        return best;
+    }
+    std::priority_queue<EarKey>& queue = ring.scratch.queue;
+    while (!queue.empty() && best == 0) {
+        const EarKey top = queue.top();
+        queue.pop();
+        best = ring.keys[cornerOf(top)] == top ? top : 0; // else it is out of date
     }
     return best;
 }
 
-int sharpestQueuedEar(PolygonScratch& scratch) {
-    std::vector<QueuedEar>& ears = scratch.ears;
-    while (!ears.empty()) {
-        const QueuedEar top = ears.front();
-        std::pop_heap(ears.begin(), ears.end(), isClippedLater);
-        ears.pop_back();
-        const PolygonCorner& corner = scratch.corners[top.corner];
-        if (corner.active && corner.ear && corner.cosine == top.cosine)
-            return top.corner;
+void link(Ring& ring, int before, int after) {
+    ring.corners[before].after = after;
+    ring.corners[after].before = before;
+    ring.directions[before] = normalized(ring.points[after] - ring.points[before]);
+}
+
+void clipEar(Ring& ring, int ear) {
+    const int after = ring.corners[ear].after;
+    const int before = ring.corners[ear].before;
+    ring.scratch.triangles << before << ear << after;
+    ring.corners[ear].active = false;
+    ring.keys[ear] = 0;
+    if (ring.scratch.search == BlockerSearch::kIndex)
+        ring.scratch.blockers.remove(ear);
+    link(ring, before, after);
+    UpdateEar(ring, before);
+    UpdateEar(ring, after);
+}
+
+void prepareSearch(int count, bool clockwise, PolygonScratch& scratch) {
+    const PlanePoint* points = scratch.points.constData();
+    scratch.search = isClearlyConvex(count, points, clockwise) ? BlockerSearch::kNone : BlockerSearch::kRing;
+    if (!isLarge(count))
+        return;
+    scratch.queue = {};
+    if (scratch.search == BlockerSearch::kRing) {
+        scratch.search = BlockerSearch::kIndex;
+        scratch.blockers.build(points, count);
     }
-    return -1;
 }
 
-void link(PolygonScratch& scratch, int before, int after) {
-    scratch.corners[before].after = after;
-    scratch.corners[after].before = before;
-    scratch.directions[before] = normalized(scratch.points[after] - scratch.points[before]);
-}
-
-void clipEar(PolygonScratch& scratch, int ear) {
-    const int after = scratch.corners[ear].after;
-    const int before = scratch.corners[ear].before;
-    scratch.triangles << before << ear << after;
-    scratch.corners[ear].active = false;
-    if (scratch.search == BlockerSearch::kIndex)
-        scratch.blockers.remove(ear);
-    link(scratch, before, after);
-    UpdateEar(scratch, before);
-    UpdateEar(scratch, after);
-}
-
-BlockerSearch blockerSearch(int count, bool clockwise, const PlanePoint* points) {
-    if (isClearlyConvex(count, points, clockwise))
-        return BlockerSearch::kNone;
-    return isLarge(count) ? BlockerSearch::kIndex : BlockerSearch::kRing;
-}
-
-void makeCorners(int count, bool clockwise, PolygonScratch& scratch) {
-    scratch.corners.resize(count);
-    scratch.directions.resize(count);
-    scratch.ears.clear();
+void makeCorners(int count, bool clockwise, Ring& ring) {
     for (int i = 0; i < count; ++i) {
-        scratch.corners[i].active = true;
         const int next = i + 1 < count ? i + 1 : 0;
-        link(scratch, clockwise ? next : i, clockwise ? i : next);
+        ring.corners[i].active = true;
+        link(ring, clockwise ? next : i, clockwise ? i : next);
     }
-    scratch.search = blockerSearch(count, clockwise, scratch.points.constData());
-    if (scratch.search == BlockerSearch::kIndex)
-        scratch.blockers.build(scratch.points.constData(), count);
     for (int i = 0; i < count; ++i)
-        UpdateEar(scratch, i);
+        UpdateEar(ring, i);
 }
 
-void clipAllEars(int count, PolygonScratch& scratch) {
+void clipAllEars(int count, Ring& ring) {
+    PolygonScratch::Triangles& triangles = ring.scratch.triangles;
     for (int remaining = count; remaining > 3; --remaining) {
-        const int ear = isLarge(count) ? sharpestQueuedEar(scratch) : sharpestEar(scratch);
-        if (ear < 0) {
+        const EarKey ear = sharpestEar(count, ring);
+        if (ear == 0) {
             QMessageLogger().warning("Unable to triangulate polygon.");
-            scratch.triangles.clear();
+            triangles.clear();
             return;
         }
-        clipEar(scratch, ear);
+        clipEar(ring, cornerOf(ear));
     }
     int last = 0;
-    while (!scratch.corners[last].active)
+    while (!ring.corners[last].active)
         ++last;
-    scratch.triangles << scratch.corners[last].before << last << scratch.corners[last].after;
+    triangles << ring.corners[last].before << last << ring.corners[last].after;
 }
 
 void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
     scratch.triangles.clear();
     if (count < 3) {
         QMessageLogger().warning("Cannot triangulate a polygon with fewer than 3 vertices");
-    } else if (count == 3) {
-        scratch.triangles.append(kTriangle[clockwise], 3);
-    } else if (count == 4) {
-        scratch.triangles.append(kQuadrilateral[clockwise], 6);
+    } else if (count <= 4) {
+        scratch.triangles.append(fixedPattern(count, clockwise), 3 * (count - 2));
     } else {
-        makeCorners(count, clockwise, scratch);
-        clipAllEars(count, scratch);
+        prepareSearch(count, clockwise, scratch);
+        Ring ring(count, scratch);
+        makeCorners(count, clockwise, ring);
+        clipAllEars(count, ring);
     }
-}
-
-template<int count>
-Winding quickWinding(const int* corners, const float* positions) {
-    if constexpr (count == 3)
-        return quickTriangleWinding(corners, positions);
-    else
-        return quickQuadrilateralWinding(corners, positions);
-}
-
-Winding quickWinding(int count, const int* corners, const float* positions) {
-    if (count == 3)
-        return quickWinding<3>(corners, positions);
-    if (count == 4)
-        return quickWinding<4>(corners, positions);
-    return Winding::kUnsure;
-}
-
-unsigned int* writeTriangle(unsigned int* out, int a, int b, int c) {
-    out[0] = static_cast<unsigned int>(a);
-    out[1] = static_cast<unsigned int>(b);
-    out[2] = static_cast<unsigned int>(c);
-    return out + 3;
-}
-
-template<int count>
-unsigned int* writePattern(const int* corners, bool clockwise, unsigned int* out) {
-    const int* pattern = count == 3 ? kTriangle[clockwise] : kQuadrilateral[clockwise];
-    out = writeTriangle(out, corners[pattern[0]], corners[pattern[1]], corners[pattern[2]]);
-    if constexpr (count == 4)
-        out = writeTriangle(out, corners[pattern[3]], corners[pattern[4]], corners[pattern[5]]);
-    return out;
 }
 
 } // namespace
@@ -254,41 +245,13 @@ const PolygonScratch::Triangles& PolygonTriangulator::projectAndClip(const Space
         clockwise = !IsCounterClockwise(count, _scratch.points.constData());
     }
     EarClip(count, clockwise, _scratch);
-    _uncutPolygons += _scratch.triangles.isEmpty() ? 1 : 0;
     return _scratch.triangles;
-}
-
-template<int count>
-unsigned int* PolygonTriangulator::cutFixed(const int* corners, const float* positions, unsigned int* out) {
-    const Winding winding = quickWinding<count>(corners, positions);
-    if (winding == Winding::kUnsure)
-        return cutGeneral(count, corners, positions, out);
-    return writePattern<count>(corners, winding == Winding::kClockwise, out);
 }
 
 unsigned int* PolygonTriangulator::cutGeneral(int count, const int* corners, const float* positions,
                                               unsigned int* out) {
     for (int corner : cornerTriangles(count, corners, positions))
         *out++ = static_cast<unsigned int>(corners[corner]);
-    return out;
-}
-
-unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
-                                       unsigned int* out) {
-    if (count == 3)
-        return cutFixed<3>(corners, positions, out);
-    if (count == 4)
-        return cutFixed<4>(corners, positions, out);
-    return cutGeneral(count, corners, positions, out);
-}
-
-unsigned int* PolygonTriangulator::cut(const PolygonFaces& faces, const unsigned int* faceNumbers,
-                                       qint64 faceCount, unsigned int* out) {
-    const PolygonFaces mesh = faces; // a copy of its own cannot change through `out`
-    for (qint64 k = 0; k < faceCount; ++k) {
-        const unsigned int face = faceNumbers[k];
-        out = cut(static_cast<int>(mesh.counts[face]), mesh.corners + mesh.starts[face], mesh.positions, out);
-    }
     return out;
 }
 

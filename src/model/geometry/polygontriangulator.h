@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <queue>
 
 #include <QtCore/QVarLengthArray>
 #include <QtCore/QVector>
@@ -8,8 +8,18 @@
 
 #include "geometry/triangulationblockers.h"
 #include "geometry/triangulationmath.h"
+#include "geometry/triangulationwinding.h"
 
 namespace Atelier::Vel {
+
+/// The triangles of a triangle or quadrilateral. The latter is always cut from corner 1 to corner 3, concave
+/// or not: that is meant.
+inline constexpr int kTrianglePattern[2][3] = {{0, 1, 2}, {0, 2, 1}};
+inline constexpr int kQuadrilateralPattern[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 3, 1, 1, 3, 2}};
+
+inline const int* fixedPattern(int count, bool clockwise) {
+    return count == 3 ? kTrianglePattern[clockwise] : kQuadrilateralPattern[clockwise];
+}
 
 /// One corner of a polygon that is being cut; its neighbours are corner numbers in counter-clockwise order.
 struct PolygonCorner {
@@ -21,20 +31,8 @@ struct PolygonCorner {
     bool ear;
 };
 
-/// The faces of a mesh: face f has `counts[f]` corners, whose vertex numbers begin at `corners[starts[f]]`;
-/// `positions` holds three floats per vertex.
-struct PolygonFaces {
-    const unsigned int* counts;
-    const unsigned int* starts;
-    const int* corners;
-    const float* positions;
-};
-
-/// An ear that waits to be clipped. One whose corner has changed since then is out of date.
-struct QueuedEar {
-    float cosine;
-    int corner;
-};
+/// An ear by its sharpness, the corner number included.
+using EarKey = quint64;
 
 /// How to look for corners that block an ear.
 enum class BlockerSearch {
@@ -50,10 +48,11 @@ struct PolygonScratch {
     QVarLengthArray<PlanePoint, 32> points;
     QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the one after it
     QVarLengthArray<PolygonCorner, 32> corners;
+    QVarLengthArray<EarKey, 32> keys;   ///< per corner; zero for one that is no ear
     QVarLengthArray<int, 96> triangles; ///< corner numbers, three per triangle
     BlockerSearch search = BlockerSearch::kRing;
-    std::vector<QueuedEar> ears; ///< of a large polygon: a heap, the next one to clip on top
-    EarBlockers blockers;        ///< of a large polygon
+    std::priority_queue<EarKey> queue; ///< of a large polygon; what is out of date stays until it is met
+    EarBlockers blockers;              ///< of a large polygon
 };
 
 /// Cuts polygons as Triangulate3D does, one after the other, and keeps its working memory between them: once
@@ -67,33 +66,48 @@ public:
     /// The same about the polygon's own normal.
     const PolygonScratch::Triangles& cornerTriangles(int count, const int* corners, const float* positions);
 
-    /// The most vertex numbers that `faceCount` faces with `cornerCount` corners together can give, if none
-    /// of them has fewer than three corners.
-    static constexpr qint64 indexBound(qint64 cornerCount, qint64 faceCount) {
-        return 3 * (cornerCount - 2 * faceCount);
-    }
-
     /// Writes the triangles of one polygon, cut about its own normal, as vertex numbers to `out`.
-    /// Requires: room for 3 · (count − 2) numbers, none for fewer than three corners.
-    /// Returns:  the end of what it wrote.
+    /// Requires: room for 3 · (count − 2) numbers; none for fewer than three corners.
+    /// Returns:  the end of what it wrote; `out` itself, after a warning, for a polygon that cannot be cut.
+    /// Cost:     a few nanoseconds for nearly every triangle and quadrilateral.
     unsigned int* cut(int count, const int* corners, const float* positions, unsigned int* out);
-
-    /// The same for the faces with the given numbers, in that order.
-    unsigned int* cut(const PolygonFaces& faces, const unsigned int* faceNumbers, qint64 faceCount,
-                      unsigned int* out);
-
-    /// How many polygons gave no triangle so far.
-    quint64 uncutPolygons() const { return _uncutPolygons; }
 
 private:
     const PolygonScratch::Triangles& projectAndClip(const SpacePoint& normal, int count, const int* corners,
                                                     const float* positions);
-    template<int count>
-    unsigned int* cutFixed(const int* corners, const float* positions, unsigned int* out);
     unsigned int* cutGeneral(int count, const int* corners, const float* positions, unsigned int* out);
 
     PolygonScratch _scratch;
-    quint64 _uncutPolygons = 0;
 };
+
+inline Winding quickWinding(int count, const int* corners, const float* positions) {
+    if (count == 3)
+        return quickTriangleWinding(corners, positions);
+    if (count == 4)
+        return quickQuadrilateralWinding(corners, positions);
+    return Winding::kUnsure;
+}
+
+inline unsigned int* writeTriangle(int a, int b, int c, unsigned int* out) {
+    out[0] = static_cast<unsigned int>(a);
+    out[1] = static_cast<unsigned int>(b);
+    out[2] = static_cast<unsigned int>(c);
+    return out + 3;
+}
+
+inline unsigned int* writeFixedPattern(int count, bool clockwise, const int* corners, unsigned int* out) {
+    const int* pattern = fixedPattern(count, clockwise);
+    out = writeTriangle(corners[pattern[0]], corners[pattern[1]], corners[pattern[2]], out);
+    return count == 3 ? out
+                      : writeTriangle(corners[pattern[3]], corners[pattern[4]], corners[pattern[5]], out);
+}
+
+inline unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
+                                              unsigned int* out) {
+    const Winding winding = quickWinding(count, corners, positions);
+    if (winding == Winding::kUnsure)
+        return cutGeneral(count, corners, positions, out);
+    return writeFixedPattern(count, winding == Winding::kClockwise, corners, out);
+}
 
 } // namespace Atelier::Vel
