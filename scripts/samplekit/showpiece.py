@@ -25,7 +25,7 @@ Ks 0 0 0
 Ns 1
 
 newmtl shallows
-Kd 0.62 0.68 0.58
+Kd 0.5 0.64 0.58
 Ks 0 0 0
 Ns 1
 
@@ -99,7 +99,7 @@ newmtl water
 Kd 0.1 0.42 0.55
 Ks 0.9 0.95 1
 Ns 200
-d 0.62
+d 0.7
 
 newmtl glass
 Kd 0.6 0.82 0.88
@@ -113,7 +113,7 @@ PLATEAU = 0.62
 FLOOR = 1.3
 COLUMNS = 12
 # Materials of the ground, and the radius at which each ends.
-GROUND = (("grass", 6.1), ("sand", 7.5), ("shallows", 8.7), ("bed", 20))
+GROUND = (("grass", 6.1), ("sand", 7.1), ("shallows", 8.3), ("bed", 20))
 
 
 def _ground_height(x, z, noise):

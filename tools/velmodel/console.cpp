@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QLoggingCategory>
 
@@ -73,7 +75,8 @@ void reportError(const QString& text) {
 QString writeToStandardOutput(const QByteArray& bytes) {
     QFile output;
     const bool written =
-        output.open(stdout, QIODevice::WriteOnly) && output.write(bytes) == bytes.size() && output.flush();
+        output.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+        output.write(bytes) == bytes.size();
     return written ? QString() : output.errorString();
 }
 

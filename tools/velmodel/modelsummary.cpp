@@ -11,12 +11,14 @@
 #include <velgl/vertexarrayobject.h>
 
 #include "glnames.h"
+#include "texturefiles.h"
 
 namespace Atelier::Vel::Tool {
 
 namespace {
 
-ModelSummary::TextureFile textureFile(const QString& map, const QString& path) {
+ModelSummary::TextureFile textureState(const QString& map, const QString& named) {
+    const QString path = textureFile(named);
     if (!QFileInfo(path).isFile())
         return {map, path, QStringLiteral("missing"), {}};
     QImageReader reader(path);
@@ -29,7 +31,7 @@ QVector<ModelSummary::TextureFile> textureFiles(const InstanceData& material) {
     QVector<ModelSummary::TextureFile> result;
     for (const QString& map : material.textureNames())
         if (!material.texturePath(map).isNull())
-            result.append(textureFile(map, material.texturePath(map)));
+            result.append(textureState(map, material.texturePath(map)));
     return result;
 }
 

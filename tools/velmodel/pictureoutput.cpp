@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QtCore/QBuffer>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtGui/QImageWriter>
@@ -27,13 +28,23 @@ QString encode(const QImage& picture, const QByteArray& format, QByteArray& byte
     return writer.write(picture) ? QString() : writer.errorString();
 }
 
-QString writeToFile(const QByteArray& bytes, const QString& path) {
-    // A file that is replaced by renaming loses what it is; a device such as /dev/null has to stay one.
-    QSaveFile file(path);
-    file.setDirectWriteFallback(QFileInfo::exists(path) && !QFileInfo(path).isFile());
+// Works with QFile and QSaveFile alike; `finish` makes sure that all has arrived.
+template<typename File, typename Finish>
+QString writeTo(File& file, const QByteArray& bytes, const Finish& finish) {
     const bool written =
-        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && finish(file);
     return written ? QString() : file.errorString();
+}
+
+QString writeToFile(const QByteArray& bytes, const QString& path) {
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile()) {
+        // Replacing a device or a pipe by a file would destroy it.
+        QFile device(path);
+        return writeTo(device, bytes, [](QFile& file) { return file.flush(); });
+    }
+    QSaveFile file(path);
+    return writeTo(file, bytes, [](QSaveFile& written) { return written.commit(); });
 }
 
 } // namespace

@@ -1,6 +1,3 @@
-#include <velgl/texturemanager.h>
-#include <velmodel/textureloader.h>
-
 #include "commandparser.h"
 #include "commands.h"
 #include "console.h"
@@ -9,6 +6,7 @@
 #include "pictureoutput.h"
 #include "renderer.h"
 #include "renderoptions.h"
+#include "texturefiles.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -78,7 +76,7 @@ ExitCode runRender(const QStringList& arguments) {
     ModelSession session;
     if (!session.open())
         return ExitCode::NoOpenGL;
-    TextureManager::Instance().setLoader(LoadTexture);
+    installTextureLoader();
     const LoadedModel loaded = session.load(options->file);
     if (!loaded.model)
         return ExitCode::CannotLoad;

@@ -53,10 +53,10 @@ layout(location = 2) out float opacity;
 // The key light shines over the camera's left shoulder, the fill light from the lower right; both in view space.
 const vec3 kKeyDirection = normalize(vec3(-0.45, 0.65, 0.75));
 const vec3 kFillDirection = normalize(vec3(0.7, -0.1, 0.5));
-const vec3 kKeyColour = vec3(0.86, 0.83, 0.78);
-const vec3 kFillColour = vec3(0.13, 0.15, 0.18);
-const vec3 kSkyColour = vec3(0.24, 0.26, 0.29);
-const vec3 kGroundColour = vec3(0.15, 0.14, 0.13);
+const vec3 kKeyColour = vec3(0.70, 0.67, 0.63);
+const vec3 kFillColour = vec3(0.12, 0.14, 0.16);
+const vec3 kSkyColour = vec3(0.20, 0.22, 0.25);
+const vec3 kGroundColour = vec3(0.13, 0.12, 0.11);
 const float kLeastOpaque = 0.996;
 const float kLeastVisible = 0.002;
 
@@ -99,7 +99,7 @@ void main() {
     vec3 light = mix(kGroundColour, kSkyColour, 0.5 + 0.5 * facing.y) +
                  kKeyColour * max(dot(facing, kKeyDirection), 0.0) +
                  kFillColour * max(dot(facing, kFillDirection), 0.0);
-    vec3 diffuse = wireframe ? base : base * light;
+    vec3 diffuse = base * (wireframe ? vec3(0.5) : light);
 
     float exponent = max(material.Ns, 0.0) * texture(velgl_map_Ns, texCoord).r;
     vec3 shine = vec3(0.0);
