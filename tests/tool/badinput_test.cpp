@@ -1,0 +1,172 @@
+// Files that are no models: one line on standard error, exit code 1, and never a hang or a crash.
+
+#include <random>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QtCore/QFile>
+
+#include <gmock/gmock.h>
+
+#include "program.h"
+#include "support/messagelog.h"
+#include "temporarymodel.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+// All commands meet the same files.
+void expectCannotLoad(const QString& path, const QString& message) {
+    const TemporaryFolder folder;
+    const QString picture = folder.path("never.png");
+    for (const QStringList& arguments :
+         {QStringList{"info", path}, QStringList{"dump", path}, QStringList{"render", path, "-o", picture}}) {
+        const ProgramResult result = runProgram(arguments);
+        EXPECT_EQ(result.exitCode, 1) << arguments.first().toStdString();
+        EXPECT_EQ(result.errors, QStringLiteral("velmodel: %1\n").arg(message));
+        EXPECT_TRUE(result.output.isEmpty());
+    }
+    EXPECT_FALSE(QFile::exists(picture));
+}
+
+TEST(BadInputTest, MissingFile) {
+    expectCannotLoad("/no/such/model.obj", "Failed to load OBJ file '/no/such/model.obj': No such file");
+}
+
+TEST(BadInputTest, EmptyPath) {
+    expectCannotLoad("", "Failed to load OBJ file '': No such file");
+}
+
+TEST(BadInputTest, Directory) {
+    expectCannotLoad("/tmp", "Failed to load OBJ file '/tmp': Is a directory");
+}
+
+TEST(BadInputTest, Device) {
+    expectCannotLoad("/dev/zero", "Failed to load OBJ file '/dev/zero': Is not a regular file");
+}
+
+TEST(BadInputTest, FifoWithoutAWriter) {
+    const TemporaryFolder folder;
+    const QString path = folder.path("fifo.obj");
+    ASSERT_EQ(mkfifo(qPrintable(path), 0600), 0);
+    expectCannotLoad(path, QStringLiteral("Failed to load OBJ file '%1': Is not a regular file").arg(path));
+}
+
+TEST(BadInputTest, UnreadableFile) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root reads every file";
+    const TemporaryFolder folder;
+    const QString path = folder.write("secret.obj", triangleText());
+    ASSERT_EQ(chmod(qPrintable(path), 0), 0);
+    expectCannotLoad(path, QStringLiteral("Failed to load OBJ file '%1': Permission denied").arg(path));
+}
+
+TEST(BadInputTest, NameWithALineBreakStaysOnOneLine) {
+    expectCannotLoad("/no/such\nmodel.obj", "Failed to load OBJ file '/no/such\\x0amodel.obj': No such file");
+}
+
+TEST(BadInputTest, NameWithPercentSignsStaysAsItIs) {
+    expectCannotLoad("/no/%1%2.obj", "Failed to load OBJ file '/no/%1%2.obj': No such file");
+}
+
+TEST(BadInputTest, MissingMaterialLibraryIsNamedBesideTheModel) {
+    const TemporaryFolder folder;
+    const QString path = folder.write("m.obj", "mtllib gone.mtl\n" + triangleText());
+    expectCannotLoad(
+        path,
+        QStringLiteral("%1: Failed to load MTL file '%2': No such file").arg(path, folder.path("gone.mtl")));
+}
+
+TEST(BadInputTest, MaterialLibraryThatIsAFifo) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo(qPrintable(folder.path("m.mtl")), 0600), 0);
+    const QString path = folder.write("m.obj", "mtllib m.mtl\n" + triangleText());
+    expectCannotLoad(path, QStringLiteral("%1: Failed to load MTL file '%2': Is not a regular file")
+                               .arg(path, folder.path("m.mtl")));
+}
+
+TEST(BadInputTest, TextureThatIsAFifoIsOnlyMissing) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo(qPrintable(folder.path("t.png")), 0600), 0);
+    folder.write("m.mtl", "newmtl m\nKd 1 1 1\nmap_Kd t.png\n");
+    const QString path = folder.write("m.obj", "mtllib m.mtl\nusemtl m\n" + triangleText());
+    EXPECT_EQ(runProgram({"info", path}).exitCode, 0);
+    const ProgramResult result =
+        runProgram({"render", path, "-o", folder.path("m.png"), "--resolution", "32,32"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.errors.contains("t.png' cannot be loaded"));
+}
+
+TEST(BadInputTest, EmptyFileIsAModelWithNothingInIt) {
+    const TemporaryFolder folder;
+    const QString path = folder.write("empty.obj", "");
+    EXPECT_EQ(runProgram({"info", path}).exitCode, 0);
+    EXPECT_EQ(runProgram({"dump", path}).exitCode, 0);
+    EXPECT_EQ(runProgram({"render", path, "-o", folder.path("m.png")}).exitCode, 1);
+}
+
+TEST(BadInputTest, RandomBytesNeverCrashTheProgram) {
+    std::mt19937 random(4711);
+    const TemporaryFolder folder;
+    const QByteArray words[] = {"v ", "vt ", "vn ",  "f ",   "usemtl ", "mtllib ",
+                                "1 ", "-1 ", "2/1 ", "nan ", "1e39 ",   "\n"};
+    for (int round = 0; round < 12; ++round) {
+        QByteArray text;
+        for (int n = 0; n < 2000; ++n)
+            text += random() % 8 == 0 ? QByteArray(1, static_cast<char>(random()))
+                                      : words[random() % std::size(words)];
+        const QString path = folder.write("random.obj", text);
+        for (const QStringList& arguments :
+             {QStringList{"info", path}, QStringList{"dump", path},
+              QStringList{"render", path, "-o", folder.path("m.png"), "--resolution", "16,16"}}) {
+            const int exitCode = runProgram(arguments).exitCode;
+            EXPECT_TRUE(exitCode == 0 || exitCode == 1)
+                << arguments.first().toStdString() << " gave " << exitCode;
+        }
+    }
+}
+
+// The name of a new terminal's own end; `master` is the other end.
+QString openTerminal(int& master) {
+    master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
+        return {};
+    return QString::fromLocal8Bit(ptsname(master));
+}
+
+QByteArray readAll(int descriptor) {
+    QByteArray result(65536, '\0');
+    fcntl(descriptor, F_SETFL, O_NONBLOCK);
+    const ssize_t count = read(descriptor, result.data(), static_cast<std::size_t>(result.size()));
+    result.truncate(count > 0 ? int(count) : 0);
+    return result;
+}
+
+TEST(ProgressTest, LargeFileShowsABarOnATerminalAndNowhereElse) {
+    const TemporaryFolder folder;
+    const QString large = folder.write("large.obj", triangleText() + QByteArray(17 << 20, '#') + '\n');
+    const QString small = folder.write("small.obj", triangleText());
+    int master = -1;
+    ProgramSurroundings surroundings;
+    surroundings.errorFile = openTerminal(master);
+    ASSERT_FALSE(surroundings.errorFile.isEmpty());
+    const int keptOpen = open(qPrintable(surroundings.errorFile), O_RDWR | O_NOCTTY);
+    EXPECT_EQ(runProgram({"info", small}, surroundings).exitCode, 0);
+    EXPECT_EQ(readAll(master), QByteArray());
+    EXPECT_EQ(runProgram({"info", large}, surroundings).exitCode, 0);
+    const QByteArray shown = readAll(master);
+    EXPECT_TRUE(shown.startsWith("\r[")) << shown.left(200).toStdString();
+    EXPECT_TRUE(shown.contains(" % large.obj"));
+    EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is wiped out at the end";
+    EXPECT_EQ(runProgram({"info", large}).errors, QString());
+    close(keptOpen);
+    close(master);
+}
+
+} // namespace
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,174 @@
+// What `velmodel info` says.
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <gmock/gmock.h>
+
+#include "program.h"
+#include "support/messagelog.h"
+#include "temporarymodel.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+QJsonValue informed(const QStringList& paths) {
+    const ProgramResult result = runProgram(QStringList{"info", "--json"} + paths);
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    return QJsonDocument::fromJson(result.output).array();
+}
+
+QStringList notes(const QByteArray& model) {
+    const TemporaryFolder folder;
+    QStringList result;
+    const QJsonValue all = informed({folder.write("m.obj", model)});
+    for (const QJsonValue& note : all[0]["notes"].toArray())
+        result.append(note.toString());
+    return result;
+}
+
+TEST(InfoTest, CountsWhatIsUploaded) {
+    const QJsonObject info = informed({samplePath("vase")})[0].toObject();
+    EXPECT_EQ(info["file"], samplePath("vase"));
+    EXPECT_EQ(info["corners"], 1408);
+    EXPECT_LT(info["vertices"].toInt(), 500);
+    EXPECT_EQ(info["faces"], 352);
+    EXPECT_EQ(info["triangles"], 704);
+    EXPECT_EQ(info["draws"], 1);
+    EXPECT_EQ(info["commands"], 2);
+    EXPECT_EQ(info["attributes"].toArray().size(), 3);
+    EXPECT_GT(info["seconds"].toDouble(), 0);
+    EXPECT_GT(info["megabytesPerSecond"].toDouble(), 0);
+    EXPECT_EQ(info["notes"], QJsonArray());
+}
+
+TEST(InfoTest, BytesOnTheGPUAreThoseOfTheBuffers) {
+    const TemporaryFolder folder;
+    const QJsonObject info = informed({folder.write("t.obj", triangleText())})[0].toObject();
+    // Three indices, three positions and normals, a command, a material and an instance.
+    EXPECT_EQ(info["gpuBytes"].toInt(), 3 * 2 + 3 * 24 + 20 + 64 + 128);
+}
+
+TEST(InfoTest, BoundsAreThoseOfThePositions) {
+    const QJsonObject bounds = informed({samplePath("oddities")})[0]["bounds"].toObject();
+    EXPECT_EQ(bounds["minimum"], (QJsonArray{-1, -1, -1}));
+    EXPECT_EQ(bounds["maximum"], (QJsonArray{1, 2.2, 1}));
+}
+
+TEST(InfoTest, TexturesAreFoundMissingOrUnreadable) {
+    const TemporaryFolder folder;
+    folder.write("broken.png", "no picture");
+    folder.write("m.mtl", QByteArray("newmtl m\nmap_Kd " VELMODEL_SOURCE_DIR "/samples/vase/glaze.png\n"
+                                     "map_Ks broken.png\nmap_Ns none.png\n"));
+    const QString path = folder.write("m.obj", "mtllib m.mtl\nusemtl m\n" + triangleText());
+    const QJsonArray textures = informed({path})[0]["materials"][0]["textures"].toArray();
+    ASSERT_EQ(textures.size(), 3);
+    EXPECT_EQ(textures[0], (QJsonObject{{"map", "map_Kd"},
+                                        {"path", VELMODEL_SOURCE_DIR "/samples/vase/glaze.png"},
+                                        {"status", "found"},
+                                        {"width", 128},
+                                        {"height", 128}}));
+    EXPECT_EQ(textures[1]["status"], "unreadable");
+    EXPECT_EQ(textures[2]["status"], "missing");
+    const QString text = QString::fromUtf8(runProgram({"info", path}).output);
+    EXPECT_TRUE(text.contains("glaze.png (128 x 128)\n"));
+    EXPECT_TRUE(text.contains("broken.png (unreadable)\n"));
+    EXPECT_TRUE(text.contains("none.png (missing)\n"));
+}
+
+TEST(InfoTest, BackslashesInTexturePathsAreUnderstood) {
+    const TemporaryFolder folder;
+    folder.write("m.mtl", QByteArray("newmtl m\nmap_Kd " VELMODEL_SOURCE_DIR "\\samples\\vase\\glaze.png\n"));
+    const QString path = folder.write("m.obj", "mtllib m.mtl\nusemtl m\n" + triangleText());
+    EXPECT_EQ(informed({path})[0]["materials"][0]["textures"][0]["status"], "found");
+}
+
+TEST(InfoTest, SaysWhenFacesWereDropped) {
+    EXPECT_EQ(notes(triangleText() + "f 1 x 3\n"),
+              QStringList("1 face was dropped, because one of its corners is no integer."));
+    EXPECT_EQ(notes(triangleText() + "f 1 x 3\nf 1 2.0 3\n"),
+              QStringList("2 faces were dropped, because one of their corners is no integer."));
+}
+
+TEST(InfoTest, SaysWhenFacesBelongToNoMaterial) {
+    EXPECT_EQ(notes(triangleText() + "usemtl gone\nf 1 2 3\n"),
+              QStringList("1 face belongs to no material: its material was not known when it was read. "
+                          "It is not drawn."));
+    EXPECT_EQ(notes(triangleText() + "usemtl gone\nf 1 2 3\nf 3 2 1\n"),
+              QStringList("2 faces belong to no material: theirs was not known when they were read. "
+                          "They are not drawn."));
+}
+
+TEST(InfoTest, SaysWhenFacesCouldNotBeCut) {
+    EXPECT_EQ(notes(triangleText() + "f 1 2\n"),
+              QStringList("1 face could not be cut into triangles. It is not drawn."));
+    EXPECT_EQ(notes(triangleText() + "f 1 2\nf 1\n"),
+              QStringList("2 faces could not be cut into triangles. They are not drawn."));
+}
+
+TEST(InfoTest, SaysWhenCornersNameWhatDoesNotExist) {
+    EXPECT_EQ(
+        notes(triangleText() + "f 1 2 9\n"),
+        QStringList("1 corner names a position, normal or texture coordinate that does not exist, and got "
+                    "zeros."));
+    EXPECT_EQ(
+        notes(triangleText() + "f 1 8 9\n"),
+        QStringList("2 corners name a position, normal or texture coordinate that does not exist, and got "
+                    "zeros."));
+}
+
+TEST(InfoTest, SaysWhenThereIsNothingToDraw) {
+    EXPECT_EQ(notes("v 1 2 3\n"), QStringList("There is nothing to draw: the model has no triangles."));
+}
+
+TEST(InfoTest, NamesWithPercentSignsStayAsTheyAre) {
+    const TemporaryFolder folder;
+    folder.write("m.mtl", "newmtl 100%1%2\nmap_Kd %1%3.png\n");
+    const QString path = folder.write("%1 %2.obj", "mtllib m.mtl\nusemtl 100%1%2\n" + triangleText());
+    const QString text = QString::fromUtf8(runProgram({"info", path}).output);
+    EXPECT_TRUE(text.startsWith(path + "\n")) << text.toStdString();
+    EXPECT_TRUE(text.contains("    100%1%2: 1 triangles\n")) << text.toStdString();
+    EXPECT_TRUE(text.contains(folder.path("%1%3.png") + " (missing)\n")) << text.toStdString();
+}
+
+TEST(InfoTest, SeveralFilesAreToldOneAfterTheOther) {
+    const QJsonValue all = informed({samplePath("gear"), samplePath("stairs")});
+    ASSERT_EQ(all.toArray().size(), 2);
+    EXPECT_EQ(all[0]["file"], samplePath("gear"));
+    EXPECT_EQ(all[1]["file"], samplePath("stairs"));
+    const QByteArray text = runProgram({"info", samplePath("gear"), samplePath("stairs")}).output;
+    EXPECT_TRUE(text.contains("\n\nsamples/stairs/stairs.obj\n"));
+}
+
+TEST(InfoTest, OneBadFileOfSeveralIsReportedAndTheOthersAreTold) {
+    const ProgramResult result =
+        runProgram({"info", "--json", samplePath("gear"), "/no/such.obj", samplePath("vase")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "velmodel: Failed to load OBJ file '/no/such.obj': No such file\n");
+    EXPECT_EQ(QJsonDocument::fromJson(result.output).array().size(), 2);
+}
+
+TEST(InfoTest, OutputThatCannotBeWrittenIsExitCodeFour) {
+    ProgramSurroundings surroundings;
+    surroundings.outputFile = "/dev/full";
+    const ProgramResult result = runProgram({"info", samplePath("gear")}, surroundings);
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.errors,
+              "velmodel: standard output: The summary cannot be written: No space left on device\n");
+}
+
+TEST(InfoTest, VerbosityChoosesTheMessages) {
+    const QStringList info = {"info", samplePath("oddities")};
+    EXPECT_TRUE(runProgram(info).errors.contains("velmodel: warning: "));
+    EXPECT_EQ(runProgram(info + QStringList{"--verbose", "error"}).errors, QString());
+    EXPECT_FALSE(runProgram(info).errors.contains("OpenGL: "));
+    EXPECT_TRUE(runProgram(info + QStringList{"--verbose", "info"}).errors.contains("velmodel: OpenGL: "));
+    EXPECT_TRUE(runProgram(info + QStringList{"--verbose", "debug"}).errors.contains("velmodel: debug: "));
+    EXPECT_TRUE(runProgram(QStringList{"--verbose", "debug"} + info).errors.contains("velmodel: debug: "));
+}
+
+} // namespace
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,87 @@
+#include "jsonoutput.h"
+
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include <QtCore/QJsonObject>
+
+#include <gmock/gmock.h>
+
+#include "support/messagelog.h"
+
+namespace Atelier::Vel::Tool {
+
+namespace {
+
+QByteArray printed(float value) {
+    const QByteArray text = jsonText(QJsonDocument(QJsonArray{jsonFloat(value)}));
+    return text.mid(1).chopped(2).trimmed();
+}
+
+quint32 bits(float value) {
+    quint32 result = 0;
+    std::memcpy(&result, &value, sizeof(result));
+    return result;
+}
+
+float fromBits(quint32 value) {
+    float result = 0;
+    std::memcpy(&result, &value, sizeof(result));
+    return result;
+}
+
+TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
+    EXPECT_EQ(printed(0.7F), "0.7");
+    EXPECT_EQ(printed(0.1F), "0.1");
+    EXPECT_EQ(printed(1.0F / 3), "0.33333334");
+    EXPECT_EQ(printed(10), "10");
+    EXPECT_EQ(printed(16777216), "16777216");
+    EXPECT_EQ(printed(std::numeric_limits<float>::max()), "3.4028235e+38");
+    EXPECT_EQ(printed(std::numeric_limits<float>::denorm_min()), "1e-45");
+}
+
+TEST(JsonOutputTest, ZeroKeepsItsSign) {
+    EXPECT_EQ(printed(0.0F), "0");
+    EXPECT_EQ(printed(-0.0F), "-0.0");
+}
+
+TEST(JsonOutputTest, WhatJsonHasNoNumberForIsAString) {
+    EXPECT_EQ(printed(std::numeric_limits<float>::quiet_NaN()), "\"nan\"");
+    EXPECT_EQ(printed(std::numeric_limits<float>::infinity()), "\"inf\"");
+    EXPECT_EQ(printed(-std::numeric_limits<float>::infinity()), "\"-inf\"");
+}
+
+TEST(JsonOutputTest, TextThatLooksLikeTheStandInForMinusZeroStays) {
+    const QJsonObject object{{"5e-324", "5e-324"},
+                             {"values", QJsonArray{jsonFloat(-0.0F), "5e-324", "\n5e-324"}}};
+    const QByteArray text = jsonText(QJsonDocument(object));
+    EXPECT_EQ(QJsonDocument::fromJson(text).object().value("5e-324"), "5e-324");
+    EXPECT_EQ(text.count("-0.0"), 1);
+    EXPECT_EQ(text.count("5e-324"), 4);
+}
+
+TEST(JsonOutputTest, RandomBitsReadBackAsTheyWere) {
+    std::mt19937 random(20240611);
+    const int count = 20000 * std::max(1, qEnvironmentVariableIntValue("VELMODEL_TEST_SCALE"));
+    for (int n = 0; n < count; ++n) {
+        const float value = fromBits(static_cast<quint32>(random()));
+        if (!qIsFinite(value))
+            continue;
+        const QByteArray text = printed(value);
+        EXPECT_EQ(bits(static_cast<float>(text.toDouble())), bits(value)) << text.toStdString();
+        EXPECT_EQ(bits(std::strtof(text.constData(), nullptr)), bits(value)) << text.toStdString();
+    }
+}
+
+TEST(JsonOutputTest, BytesAreReadAsFloatsAndARemainderIsLeftOut) {
+    const float values[] = {1.5F, -2};
+    QByteArray bytes(reinterpret_cast<const char*>(values), sizeof(values));
+    EXPECT_EQ(jsonFloats(bytes), (QJsonArray{1.5, -2}));
+    EXPECT_EQ(jsonFloats(bytes + "abc"), (QJsonArray{1.5, -2}));
+    EXPECT_EQ(jsonFloats({}), QJsonArray());
+}
+
+} // namespace
+
+} // namespace Atelier::Vel::Tool

@@ -1,0 +1,38 @@
+#include "program.h"
+
+#include <QtCore/QProcess>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+constexpr int kPatienceMilliseconds = 300000;
+
+} // namespace
+
+ProgramResult runProgram(const QStringList& arguments, const ProgramSurroundings& surroundings) {
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(VELMODEL_SOURCE_DIR));
+    process.setProcessEnvironment(surroundings.environment);
+    if (!surroundings.outputFile.isEmpty())
+        process.setStandardOutputFile(surroundings.outputFile);
+    if (!surroundings.errorFile.isEmpty())
+        process.setStandardErrorFile(surroundings.errorFile);
+    process.start(QStringLiteral(VELMODEL_PROGRAM), arguments);
+    ProgramResult result;
+    if (process.waitForFinished(kPatienceMilliseconds) && process.exitStatus() == QProcess::NormalExit)
+        result.exitCode = process.exitCode();
+    result.output = process.readAllStandardOutput();
+    result.errors = QString::fromLocal8Bit(process.readAllStandardError());
+    return result;
+}
+
+QString samplePath(const QString& name) {
+    return QStringLiteral("samples/%1/%1.obj").arg(name);
+}
+
+QString absoluteSamplePath(const QString& name) {
+    return QStringLiteral(VELMODEL_SOURCE_DIR "/") + samplePath(name);
+}
+
+} // namespace Atelier::Vel::Testing

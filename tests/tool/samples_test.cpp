@@ -1,0 +1,71 @@
+// The models in samples/ are what scripts/make-samples writes.
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QImage>
+
+#include <gmock/gmock.h>
+
+#include "support/messagelog.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+QString committed(const QString& file) {
+    return QStringLiteral(VELMODEL_SOURCE_DIR "/samples/") + file;
+}
+
+bool makeSamples(const QString& folder) {
+    return QProcess::execute(VELMODEL_PYTHON, {VELMODEL_SOURCE_DIR "/scripts/make-samples", folder}) == 0;
+}
+
+QStringList filesIn(const QString& folder) {
+    QStringList files;
+    QDirIterator iterator(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (iterator.hasNext())
+        files.append(QDir(folder).relativeFilePath(iterator.next()));
+    files.sort();
+    return files;
+}
+
+QByteArray content(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+TEST(SamplesTest, AreWhatTheScriptWrites) {
+    const QTemporaryDir folder;
+    ASSERT_TRUE(makeSamples(folder.path()));
+    const QStringList files = filesIn(folder.path());
+    EXPECT_EQ(files, filesIn(committed("")));
+    for (const QString& file : files) {
+        const QString made = folder.filePath(file);
+        // Another version of zlib may pack the same pixels into other bytes.
+        if (file.endsWith(".png"))
+            EXPECT_EQ(QImage(made), QImage(committed(file))) << file.toStdString();
+        else
+            EXPECT_TRUE(content(made) == content(committed(file))) << file.toStdString();
+    }
+}
+
+TEST(SamplesTest, ComeOutTheSameEveryTime) {
+    const QTemporaryDir first;
+    const QTemporaryDir second;
+    ASSERT_TRUE(makeSamples(first.path()) && makeSamples(second.path()));
+    for (const QString& file : filesIn(first.path()))
+        EXPECT_TRUE(content(first.filePath(file)) == content(second.filePath(file))) << file.toStdString();
+}
+
+TEST(SamplesTest, StaySmall) {
+    for (const QString& file : filesIn(committed("")))
+        EXPECT_LT(QFile(committed(file)).size(), 2000000) << file.toStdString();
+}
+
+} // namespace
+
+} // namespace Atelier::Vel::Testing
