@@ -35,6 +35,8 @@ public:
 
 private:
     void resizeBytes(quint64 bytes);
+    /// Makes room for `bytes` bytes in all. Returns: the bytes as they were, when they had to move.
+    QByteArray makeRoom(quint64 bytes);
 
     quint32 _type;
     QByteArray _bytes;

@@ -16,8 +16,9 @@ ScratchBlock::ScratchBlock(std::size_t bytes) {
 #if defined(__linux__)
     constexpr std::size_t kHugePage = std::size_t{2} << 20;
     // Heap memory is zeroed page by page; a mapping that begins on a large page is not touched at all.
-    if (bytes >= 2 * kHugePage) {
-        _mappingBytes = bytes + kHugePage;
+    if (bytes >= kHugePage / 2) {
+        const std::size_t wholePages = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+        _mappingBytes = wholePages + kHugePage;
         void* const mapping =
             mmap(nullptr, _mappingBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED)
@@ -25,7 +26,7 @@ ScratchBlock::ScratchBlock(std::size_t bytes) {
         _mapping = mapping;
         const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(mapping) % kHugePage;
         _begin = static_cast<char*>(mapping) + (misaligned == 0 ? 0 : kHugePage - misaligned);
-        adviseHugePages(_begin, bytes);
+        adviseHugePages(_begin, wholePages);
         return;
     }
 #endif

@@ -1,7 +1,7 @@
 #include <velmodel/modeldataarray.h>
 
+#include <algorithm>
 #include <cstring>
-#include <functional>
 #include <limits>
 
 #include "streams/hugepages.h"
@@ -13,6 +13,12 @@ namespace {
 // A byte array keeps a header and a terminator in the same signed 32-bit size, so the last bytes cannot be
 // had.
 constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max() - sizeof(QArrayData) - 1;
+
+quint64 generousRoom(quint64 bytes) {
+    constexpr quint64 kLong = quint64{1} << 18;
+    constexpr quint64 kRoomForLong = quint64{1} << 24;
+    return std::max(bytes * 4, bytes < kLong ? 0 : kRoomForLong);
+}
 
 } // namespace
 
@@ -65,19 +71,23 @@ void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
 void ModelDataArray::append(quint64 count, const void* src) {
     if (count == 0 || !canHold(_type, size() + count))
         return;
-    const auto* source = static_cast<const char*>(src);
-    const int bytes = static_cast<int>(typeSize(_type) * count);
-    const std::less<> before;
-    const bool isOwn =
-        !before(source, _bytes.constData()) && before(source, _bytes.constData() + _bytes.size());
-    const int capacity = _bytes.capacity();
-    // Growing may move the bytes that an own source points to.
-    if (isOwn)
-        _bytes.append(QByteArray(source, bytes));
-    else
-        _bytes.append(source, bytes);
-    if (_bytes.capacity() != capacity)
-        adviseHugePages(_bytes.data(), static_cast<std::size_t>(_bytes.capacity()));
+    const quint64 bytes = typeSize(_type) * count;
+    // What was there before stays alive until the end: `src` may point into it.
+    const QByteArray before = makeRoom(byteCount() + bytes);
+    _bytes.append(static_cast<const char*>(src), static_cast<int>(bytes));
+}
+
+QByteArray ModelDataArray::makeRoom(quint64 bytes) {
+    QByteArray before;
+    if (bytes <= static_cast<quint64>(_bytes.capacity()))
+        return before;
+    // A fresh block can be told to use large pages before anything touches it; a reallocated one cannot. Room
+    // that is never used is never touched and costs nothing, so there is plenty of it.
+    before.reserve(static_cast<int>(std::min(generousRoom(bytes), kMaxBytes)));
+    adviseHugePages(before.data(), static_cast<std::size_t>(before.capacity()));
+    before.append(_bytes);
+    before.swap(_bytes);
+    return before;
 }
 
 bool ModelDataArray::canHold(unsigned int type, quint64 count) {
