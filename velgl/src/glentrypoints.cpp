@@ -33,10 +33,15 @@ void generateMipmap(unsigned int target) {
         glGenerateMipmap(target);
 }
 
+void getIntegerv(unsigned int name, int* values) {
+    if (ContextGL::current())
+        glGetIntegerv(name, values);
+}
+
 } // namespace
 
 GLEntryPoints& glEntryPoints() {
-    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap};
+    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap, getIntegerv};
     return entryPoints;
 }
 

@@ -28,14 +28,30 @@ constexpr int kRepeat = 0x2901;                   // GL_REPEAT
 constexpr unsigned int kBaseLevel = 0x813C;       // GL_TEXTURE_BASE_LEVEL
 constexpr unsigned int kMaxLevel = 0x813D;        // GL_TEXTURE_MAX_LEVEL
 
+constexpr unsigned int kMaxTextureSize = 0x0D33; // GL_MAX_TEXTURE_SIZE
+
 // Sampling uses five levels, whatever the size of the image.
 constexpr int kLastLevel = 4;
 
 // A picture that takes more memory than this, four bytes to a pixel, is not decoded.
 constexpr qint64 kLargestImageBytes = qint64(1) << 30;
 
-bool isLoadable(const QSize& size) {
-    return !size.isValid() || qint64(size.width()) * size.height() * 4 <= kLargestImageBytes;
+int largestSide() {
+    int side = 0;
+    glEntryPoints().getIntegerv(kMaxTextureSize, &side);
+    return side;
+}
+
+bool fits(const QSize& size) {
+    const int side = largestSide();
+    return size.width() <= side && size.height() <= side &&
+           qint64(size.width()) * size.height() * 4 <= kLargestImageBytes;
+}
+
+// Whether the pixels lie in memory as blue, green, red, alpha, eight bits each.
+bool isBgra(QImage::Format format) {
+    return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
+           format == QImage::Format_ARGB32_Premultiplied;
 }
 
 // Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
@@ -43,12 +59,13 @@ QImage readImage(const QString& path) {
     if (!QFileInfo(path).isFile())
         return {};
     QImageReader reader(path);
-    if (!isLoadable(reader.size()))
+    // Not every format tells its size beforehand.
+    if (reader.size().isValid() && !fits(reader.size()))
         return {};
     QImage image = reader.read();
-    if (image.isNull())
-        return image;
-    if (image.depth() != 32)
+    if (image.isNull() || !fits(image.size()))
+        return {};
+    if (!isBgra(image.format()))
         image = image.convertToFormat(QImage::Format_ARGB32);
     return image.mirrored(false, true);
 }

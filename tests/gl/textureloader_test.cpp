@@ -1,0 +1,239 @@
+#include <velmodel/textureloader.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QImage>
+
+#include <epoxy/gl.h>
+#include <sys/stat.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/glentrypoints.h>
+#include <velgl/texture.h>
+
+#include "support/glfixture.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+/// The calls that go through the entry points while one of these lives; they reach OpenGL all the same.
+class EntryPointLog {
+public:
+    EntryPointLog() : _real(glEntryPoints()) {
+        current = this;
+        glEntryPoints().pixelStorei = [](unsigned int name, int value) {
+            note(QStringLiteral("pixelStorei %1 %2").arg(name, 0, 16).arg(value));
+            current->_real.pixelStorei(name, value);
+        };
+        glEntryPoints().texParameteri = [](unsigned int target, unsigned int name, int value) {
+            note(QStringLiteral("texParameteri %1 %2 %3")
+                     .arg(target, 0, 16)
+                     .arg(name, 0, 16)
+                     .arg(value, 0, 16));
+            current->_real.texParameteri(target, name, value);
+        };
+        glEntryPoints().texImage2D = [](unsigned int target, int level, int internalFormat, int width,
+                                        int height, int border, unsigned int format, unsigned int type,
+                                        const void* pixels) {
+            note(QStringLiteral("texImage2D %1 %2 %3 %4 %5 %6 %7 %8")
+                     .arg(target, 0, 16)
+                     .arg(level)
+                     .arg(internalFormat, 0, 16)
+                     .arg(width)
+                     .arg(height)
+                     .arg(border)
+                     .arg(format, 0, 16)
+                     .arg(type, 0, 16));
+            current->_real.texImage2D(target, level, internalFormat, width, height, border, format, type,
+                                      pixels);
+        };
+        glEntryPoints().generateMipmap = [](unsigned int target) {
+            note(QStringLiteral("generateMipmap %1").arg(target, 0, 16));
+            current->_real.generateMipmap(target);
+        };
+        glEntryPoints().getIntegerv = [](unsigned int name, int* values) {
+            current->_real.getIntegerv(name, values);
+            if (current->largestSide != 0)
+                *values = current->largestSide;
+        };
+    }
+    ~EntryPointLog() { glEntryPoints() = _real; }
+    EntryPointLog(const EntryPointLog&) = delete;
+    EntryPointLog& operator=(const EntryPointLog&) = delete;
+
+    QStringList calls;
+    int largestSide = 0; ///< stands in for the driver's limit where it is not 0
+
+private:
+    static void note(const QString& call) { current->calls.append(call); }
+
+    static inline EntryPointLog* current = nullptr;
+    GLEntryPoints _real;
+};
+
+class TextureLoaderTest : public Testing::GLFixture {
+protected:
+    QString path(const QString& name) const { return _directory.filePath(name); }
+    QString save(const QImage& image, const QString& name) const {
+        EXPECT_TRUE(image.save(path(name)));
+        return path(name);
+    }
+
+private:
+    QTemporaryDir _directory;
+};
+
+// Every pixel of another colour: its place in the image.
+QImage numbered(int width, int height, QImage::Format format = QImage::Format_ARGB32) {
+    QImage image(width, height, QImage::Format_ARGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixelColor(x, y, QColor(x * 12, y * 12, 200 - x - y));
+    return image.convertToFormat(format);
+}
+
+} // namespace
+
+TEST_F(TextureLoaderTest, SamePathIsTheSameTextureAndIsNotReadAgain) {
+    const QString file = save(numbered(4, 4), QStringLiteral("a.png"));
+    Texture* first = LoadTexture(file);
+    ASSERT_NE(first, nullptr);
+    ASSERT_TRUE(QFile::remove(file));
+    const EntryPointLog log;
+    EXPECT_EQ(LoadTexture(file), first);
+    EXPECT_TRUE(log.calls.isEmpty());
+}
+
+TEST_F(TextureLoaderTest, PathsAreKeysAsTheyAreWritten) {
+    const QString file = save(numbered(4, 4), QStringLiteral("a.png"));
+    const QString sameFile = path(QStringLiteral("./a.png"));
+    EXPECT_NE(LoadTexture(file), LoadTexture(sameFile));
+}
+
+TEST_F(TextureLoaderTest, MissingFileIsTriedAgain) {
+    const QString file = path(QStringLiteral("late.png"));
+    EXPECT_EQ(LoadTexture(file), nullptr);
+    save(numbered(2, 2), QStringLiteral("late.png"));
+    EXPECT_NE(LoadTexture(file), nullptr);
+}
+
+TEST_F(TextureLoaderTest, WhatIsNoImageFileIsNull) {
+    EXPECT_EQ(LoadTexture(QString()), nullptr);
+    EXPECT_EQ(LoadTexture(path(QString())), nullptr);
+    EXPECT_EQ(LoadTexture(QStringLiteral("/dev/zero")), nullptr);
+    ASSERT_EQ(mkfifo(QFile::encodeName(path(QStringLiteral("pipe.png"))).constData(), 0600), 0);
+    EXPECT_EQ(LoadTexture(path(QStringLiteral("pipe.png"))), nullptr);
+    QFile text(path(QStringLiteral("text.png")));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("this is no picture");
+    text.close();
+    EXPECT_EQ(LoadTexture(text.fileName()), nullptr);
+}
+
+TEST_F(TextureLoaderTest, TruncatedImageIsNullOrWholeButNeverACrash) {
+    const QString file = save(numbered(10, 8), QStringLiteral("whole.png"));
+    QFile whole(file);
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QByteArray bytes = whole.readAll();
+    for (int length = 0; length < bytes.size(); length += 3) {
+        QFile part(path(QStringLiteral("part%1.png").arg(length)));
+        ASSERT_TRUE(part.open(QIODevice::WriteOnly));
+        part.write(bytes.left(length));
+        part.close();
+        const Texture* texture = LoadTexture(part.fileName());
+        if (texture != nullptr) {
+            EXPECT_EQ(texture->width(), 10);
+        }
+    }
+}
+
+TEST_F(TextureLoaderTest, CallsComeInTheDefinedOrder) {
+    const QString file = save(numbered(3, 5), QStringLiteral("order.png"));
+    const EntryPointLog log;
+    ASSERT_NE(LoadTexture(file), nullptr);
+    EXPECT_EQ(log.calls,
+              QStringList({"pixelStorei cf5 1", "texParameteri de1 2801 2703", "texParameteri de1 2800 2601",
+                           "texParameteri de1 2802 2901", "texParameteri de1 2803 2901",
+                           "texParameteri de1 813c 0", "texParameteri de1 813d 4",
+                           "texImage2D de1 0 1908 3 5 0 80e1 1401", "generateMipmap de1"}));
+}
+
+TEST_F(TextureLoaderTest, TopLeftPixelBeginsTheLastRow) {
+    const QImage image = numbered(3, 5);
+    const Texture* texture = LoadTexture(save(image, QStringLiteral("3x5.png")));
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(texture->width(), 3);
+    EXPECT_EQ(texture->height(), 5);
+    EXPECT_EQ(texture->target(), static_cast<unsigned int>(GL_TEXTURE_2D));
+    EXPECT_EQ(texture->internalFormat(), GL_RGBA);
+    EXPECT_TRUE(texture->isReadOnly());
+    const QImage content = texture->readBack();
+    ASSERT_EQ(content.size(), image.size());
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 3; ++x)
+            EXPECT_EQ(content.pixelColor(x, 4 - y), image.pixelColor(x, y)) << x << ' ' << y;
+}
+
+TEST_F(TextureLoaderTest, UnpackAlignmentStaysAtOne) {
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
+    ASSERT_NE(LoadTexture(save(numbered(3, 3), QStringLiteral("alignment.png"))), nullptr);
+    GLint alignment = 0;
+    glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
+    EXPECT_EQ(alignment, 1);
+}
+
+TEST_F(TextureLoaderTest, TextureIsNotLeftBound) {
+    ASSERT_NE(LoadTexture(save(numbered(3, 3), QStringLiteral("bound.png"))), nullptr);
+    GLint bound = -1;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    EXPECT_EQ(bound, 0);
+}
+
+TEST_F(TextureLoaderTest, OtherPixelFormatsAreConverted) {
+    for (const QImage::Format format : {QImage::Format_Indexed8, QImage::Format_Grayscale8,
+                                        QImage::Format_RGB888, QImage::Format_RGBA64, QImage::Format_Mono}) {
+        const QString file = save(numbered(5, 3, format), QStringLiteral("format%1.png").arg(format));
+        const Texture* texture = LoadTexture(file);
+        ASSERT_NE(texture, nullptr) << format;
+        const QImage expected = QImage(file).convertToFormat(QImage::Format_RGBA8888).mirrored(false, true);
+        EXPECT_EQ(texture->readBack(), expected) << format;
+    }
+}
+
+TEST_F(TextureLoaderTest, FurtherFileFormatsLoad) {
+    for (const char* suffix : {"bmp", "ppm", "xpm"}) {
+        const QString file = save(numbered(4, 2, QImage::Format_RGB32), QStringLiteral("picture.") + suffix);
+        const Texture* texture = LoadTexture(file);
+        ASSERT_NE(texture, nullptr) << suffix;
+        EXPECT_EQ(texture->readBack().pixelColor(0, 1), QImage(file).pixelColor(0, 0)) << suffix;
+    }
+}
+
+TEST_F(TextureLoaderTest, SideAboveTheDriversLimitIsNull) {
+    EntryPointLog log;
+    log.largestSide = 16;
+    EXPECT_NE(LoadTexture(save(numbered(16, 2), QStringLiteral("wide.png"))), nullptr);
+    log.calls.clear();
+    EXPECT_EQ(LoadTexture(save(numbered(17, 2), QStringLiteral("wider.png"))), nullptr);
+    EXPECT_EQ(LoadTexture(save(numbered(2, 17), QStringLiteral("higher.png"))), nullptr);
+    EXPECT_TRUE(log.calls.isEmpty());
+}
+
+// A sparse file that takes no room on the disk; decoded, it would take 1.6 GB.
+TEST_F(TextureLoaderTest, HugeImageIsNullBeforeItIsDecoded) {
+    EntryPointLog log;
+    log.largestSide = 100'000;
+    QFile file(path(QStringLiteral("huge.ppm")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const qint64 header = file.write("P6\n20000 20000\n255\n");
+    ASSERT_TRUE(file.resize(header + qint64(3) * 20000 * 20000));
+    file.close();
+    EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
+    EXPECT_TRUE(log.calls.isEmpty());
+}
+
+} // namespace Atelier::Vel
