@@ -56,7 +56,7 @@ QJsonArray jsonFloats(const QByteArray& bytes) {
 }
 
 QByteArray jsonText(const QJsonDocument& document) {
-    const QByteArray text = document.toJson(QJsonDocument::Indented);
+    QByteArray text = document.toJson(QJsonDocument::Indented);
     if (!text.contains(kMinusZeroText))
         return text;
     // A number in an array has a line to itself, and strings never hold a line break.

@@ -55,7 +55,7 @@ bool canWritePicture(const QString& path) {
 
 QString writePicture(const QImage& picture, const QString& path) {
     QByteArray bytes;
-    const QString failure = encode(picture, format(path), bytes);
+    QString failure = encode(picture, format(path), bytes);
     if (!failure.isNull())
         return failure;
     return isStandardOutput(path) ? writeToStandardOutput(bytes) : writeToFile(bytes, path);

@@ -31,8 +31,8 @@ QString progressLine(const QString& name, qint64 done, qint64 total, int width) 
     return QStringLiteral("[%1] %2 % %3").arg(bar, percent, onOneLine(name)).left(width);
 }
 
-ProgressBar::ProgressBar(QString name, qint64 total)
-    : _name(QFileInfo(name).fileName()),
+ProgressBar::ProgressBar(const QString& path, qint64 total)
+    : _name(QFileInfo(path).fileName()),
       _total(total),
       _isActive(total >= kSmallestFile && isatty(STDERR_FILENO) == 1) {}
 

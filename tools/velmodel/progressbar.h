@@ -14,7 +14,7 @@ public:
     /// Loading less than this takes no time worth watching.
     static constexpr qint64 kSmallestFile = qint64(16) << 20;
 
-    ProgressBar(QString name, qint64 total);
+    ProgressBar(const QString& path, qint64 total);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;

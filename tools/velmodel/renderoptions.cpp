@@ -52,7 +52,7 @@ public:
 
     QColor colour(const QString& name) {
         const QString text = _parser.value(name);
-        const QColor value = text.contains(QLatin1Char(',')) ? fromComponents(text) : QColor(text);
+        QColor value = text.contains(QLatin1Char(',')) ? fromComponents(text) : QColor(text);
         if (!value.isValid())
             complain(name, QStringLiteral("a colour such as white, #20242a or 0.1,0.2,0.3"));
         return value;
@@ -60,7 +60,7 @@ public:
 
     QString upDirection(const QString& name) {
         const QString value = _parser.value(name).toUpper();
-        const QString direction = value.size() == 1 ? QLatin1Char('+') + value : value;
+        QString direction = value.size() == 1 ? QLatin1Char('+') + value : value;
         if (!upDirections().contains(direction))
             complain(name, upDirections().join(QStringLiteral(", ")));
         return direction;
