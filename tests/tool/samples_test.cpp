@@ -23,9 +23,10 @@ bool makeSamples(const QString& folder) {
     return QProcess::execute(VELMODEL_PYTHON, {VELMODEL_SOURCE_DIR "/scripts/make-samples", folder}) == 0;
 }
 
+// The files of the models; the text about them is written by hand.
 QStringList filesIn(const QString& folder) {
     QStringList files;
-    QDirIterator iterator(folder, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator iterator(folder, {"*.obj", "*.mtl", "*.png"}, QDir::Files, QDirIterator::Subdirectories);
     while (iterator.hasNext())
         files.append(QDir(folder).relativeFilePath(iterator.next()));
     files.sort();

@@ -74,9 +74,8 @@ void reportError(const QString& text) {
 
 QString writeToStandardOutput(const QByteArray& bytes) {
     QFile output;
-    const bool written =
-        output.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-        output.write(bytes) == bytes.size();
+    const bool written = output.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                         output.write(bytes) == bytes.size();
     return written ? QString() : output.errorString();
 }
 

@@ -31,8 +31,7 @@ QString encode(const QImage& picture, const QByteArray& format, QByteArray& byte
 // Works with QFile and QSaveFile alike; `finish` makes sure that all has arrived.
 template<typename File, typename Finish>
 QString writeTo(File& file, const QByteArray& bytes, const Finish& finish) {
-    const bool written =
-        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && finish(file);
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && finish(file);
     return written ? QString() : file.errorString();
 }
 

@@ -17,9 +17,11 @@ constexpr int kSamples = 8;
 const std::vector<GLenum> kColours = {GL_RGBA16F, GL_RGBA16F, GL_R16F};
 
 int supportedSamples() {
-    GLint most = 0;
-    glGetIntegerv(GL_MAX_COLOR_TEXTURE_SAMPLES, &most);
-    return std::clamp(most, 1, kSamples);
+    GLint ofTextures = 0;
+    GLint ofDepthBuffers = 0;
+    glGetIntegerv(GL_MAX_COLOR_TEXTURE_SAMPLES, &ofTextures);
+    glGetIntegerv(GL_MAX_SAMPLES, &ofDepthBuffers);
+    return std::clamp(std::min(ofTextures, ofDepthBuffers), 1, kSamples);
 }
 
 float linear(qreal encoded) {
@@ -76,6 +78,10 @@ std::unique_ptr<PictureTarget> PictureTarget::create(QSize size, QString& error)
     target->_data->composition =
         Program::fromSource(kCoveringVertexShader, kCompositionFragmentShader, error);
     return target->_data->composition ? std::move(target) : nullptr;
+}
+
+QSize PictureTarget::size() const {
+    return _data->composed.size();
 }
 
 void PictureTarget::beginOpaque() {

@@ -23,6 +23,7 @@ public:
     PictureTarget(const PictureTarget&) = delete;
     PictureTarget& operator=(const PictureTarget&) = delete;
 
+    QSize size() const;
     /// Clears the picture; what is drawn next is opaque.
     void beginOpaque();
     /// What is drawn next is transparent: it is hidden by what is nearer and hides nothing.

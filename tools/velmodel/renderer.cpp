@@ -75,8 +75,8 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
     }
     _hasDrawn = false;
     for (const QRect& tile : tilesOf(scene.size)) {
-        const std::unique_ptr<PictureTarget> target = PictureTarget::create(tile.size(), error);
-        if (!target)
+        PictureTarget* target = targetOf(tile.size(), error);
+        if (target == nullptr)
             return {};
         const VisibilityQuery visibility;
         target->beginOpaque();
@@ -87,6 +87,14 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
         copyTile(target->finish(scene.background), tile.topLeft(), picture);
     }
     return picture;
+}
+
+PictureTarget* Renderer::targetOf(QSize size, QString& error) {
+    if (!_target || _target->size() != size) {
+        _target.reset(); // before the next one takes its room
+        _target = PictureTarget::create(size, error);
+    }
+    return _target.get();
 }
 
 void Renderer::drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass) {

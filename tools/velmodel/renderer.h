@@ -14,6 +14,8 @@ class Program;
 
 namespace Atelier::Vel::Tool {
 
+class PictureTarget;
+
 /// What a picture shows besides the model.
 struct Scene {
     Camera camera;
@@ -39,9 +41,12 @@ public:
 
 private:
     Renderer();
+    // The target for tiles of that size; null when there is no room.
+    PictureTarget* targetOf(QSize size, QString& error);
     void drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass);
 
     std::unique_ptr<Program> _program;
+    std::unique_ptr<PictureTarget> _target; // of the last tile; frames and most tiles are alike
     bool _hasDrawn = false;
 };
 
