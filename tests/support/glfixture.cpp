@@ -4,16 +4,6 @@
 
 #include <utility>
 
-// What the software driver and its loader keep to the end of the process is not this project's leak.
-extern "C" const char*
-__lsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier): the sanitizer's name
-extern "C" const char* __lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier)
-    return "leak:libEGL_mesa.so\n"
-           "leak:libGLX_mesa.so\n"
-           "leak:libLLVM\n"
-           "leak:swrast_dri.so\n";
-}
-
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -40,6 +30,8 @@ Framebuffer::Framebuffer(const QSize& size) : _size(size) {
 }
 
 Framebuffer::~Framebuffer() {
+    if (!OpenGLDeviceContext::current())
+        return; // it went with its context
     glDeleteFramebuffers(1, &_framebuffer);
     glDeleteRenderbuffers(2, _renderbuffers);
 }
@@ -86,9 +78,9 @@ std::vector<QString> GLFixture::takeSevereMessages() {
 }
 
 void GLFixture::SetUp() {
-    context = makeContext(options());
-    ASSERT_TRUE(context);
-    ASSERT_TRUE(context->makeCurrent());
+    _context = makeContext(options());
+    ASSERT_TRUE(_context);
+    ASSERT_TRUE(_context->makeCurrent());
     watchMessages();
 }
 
@@ -98,7 +90,7 @@ void GLFixture::TearDown() {
     }
     for (const QString& message : _severeMessages)
         ADD_FAILURE() << "OpenGL says: " << message.toStdString();
-    context.reset();
+    _context.reset();
     OpenGLDeviceContext::setCurrent({});
 }
 

@@ -15,7 +15,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An off-screen picture to draw into: colour and depth. Requires: a current context, for all of its life.
+/// An off-screen picture to draw into: colour and depth. Requires: while it lives, no context is current but its
+/// own.
 class Framebuffer {
 public:
     explicit Framebuffer(const QSize& size);
@@ -54,7 +55,7 @@ protected:
 
     /// How the test's own context is made; a debug context unless overridden.
     virtual OpenGLDeviceContext::HeadlessOptions options() const;
-    QSharedPointer<OpenGLDeviceContext> context;
+    QSharedPointer<OpenGLDeviceContext> _context;
 
 private:
     std::vector<QString> _severeMessages;

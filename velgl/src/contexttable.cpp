@@ -1,6 +1,10 @@
+#include <epoxy/gl.h>
+
 #include "contexttable.h"
 
 #include <algorithm>
+
+#include <QtGui/QOpenGLContext>
 
 #include "log.h"
 
@@ -17,6 +21,14 @@ public:
 ContextGL* knownGL(const QWeakPointer<OpenGLDeviceContext>& context) {
     const QSharedPointer<OpenGLDeviceContext> strong = context.toStrongRef();
     return strong ? ContextAccess::gl(*strong).get() : nullptr;
+}
+
+// GLX cannot be asked whether a context still exists. One that Qt has made says so itself.
+void forgetWithQtContext(const NativeContext& native) {
+    const QOpenGLContext* context = QOpenGLContext::currentContext();
+    if (native.api == NativeContext::Api::Glx && context)
+        QObject::connect(context, &QOpenGLContext::aboutToBeDestroyed,
+                         [native] { ContextTable::instance().remove(native); });
 }
 
 } // namespace
@@ -73,8 +85,9 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& nat
     }
     forgetDestroyed();
     auto gl = std::make_unique<ContextGL>(native, currentGroup(), ContextFeatures());
-    const QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));
+    QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));
     _entries.push_back({native, context, context});
+    forgetWithQtContext(native);
     return context;
 }
 

@@ -163,8 +163,9 @@ void DrawBuffers::draw(int first, int count) {
         for (int command = first; command < first + count; command += step) {
             setUniform(program, "velgl_firstCommand", command);
             const auto offset = static_cast<std::uintptr_t>(command) * sizeof(Command);
-            glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType,
-                                        reinterpret_cast<const void*>(offset), step, 0);
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL wants it
+            const auto* start = reinterpret_cast<const void*>(offset);
+            glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType, start, step, 0);
         }
         _data->vao->unbind();
     }

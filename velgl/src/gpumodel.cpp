@@ -39,7 +39,8 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
     auto drawable = std::make_unique<ModelDrawable>();
     drawable->materials.reset(materials);
     drawable->instances.reset(instances);
-    if (!buffers)
+    const auto isKnown = [&](const auto& known) { return known->buffers.get() == buffers; };
+    if (!buffers || std::any_of(_data->drawables.cbegin(), _data->drawables.cend(), isKnown))
         return -1;
     buffers->setParent(nullptr); // it has one owner now
     drawable->buffers.reset(buffers);

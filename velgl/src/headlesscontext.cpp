@@ -143,7 +143,7 @@ QSharedPointer<OpenGLDeviceContext> createOn(EGLDisplay display, const Options& 
         return {};
     }
     const ContextFeatures features{options.directStateAccess, options.drawParameters};
-    const QSharedPointer<OpenGLDeviceContext> created(new HeadlessContext(std::move(context), features));
+    QSharedPointer<OpenGLDeviceContext> created(new HeadlessContext(std::move(context), features));
     ContextTable::instance().add(created);
     enableDebugMessages(options.debug ? DebugDelivery::AtOnce : DebugDelivery::AnyTime);
     created->doneCurrent();

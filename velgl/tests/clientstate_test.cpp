@@ -171,7 +171,7 @@ TEST_P(ClientStateTest, SurvivesModelBuildingAndDestruction) {
 TEST_P(ClientStateTest, SurvivesTheMakingOfAnotherContext) {
     expectUntouched([this] {
         OpenGLDeviceContext::HeadlessOptions options;
-        options.shareWith = context;
+        options.shareWith = _context;
         EXPECT_TRUE(makeContext(options));
     });
 }

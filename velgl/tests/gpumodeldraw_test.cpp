@@ -33,12 +33,12 @@ protected:
     void SetUp() override {
         FeatureFixture::SetUp();
         registerTestPlans();
-        program = sceneProgram();
-        ASSERT_TRUE(program);
+        _program = sceneProgram();
+        ASSERT_TRUE(_program);
     }
     void TearDown() override {
         TextureManager::Instance().setLoader({});
-        program.reset();
+        _program.reset();
         FeatureFixture::TearDown();
     }
 
@@ -47,7 +47,7 @@ protected:
         Framebuffer picture(QSize(cells * kCellSize, kCellSize));
         picture.begin();
         {
-            const AutoBinder binder(program.get());
+            const AutoBinder binder(_program.get());
             model.draw();
         }
         const QImage pixels = picture.pixels();
@@ -57,7 +57,7 @@ protected:
         return colors;
     }
 
-    std::unique_ptr<Program> program;
+    std::unique_ptr<Program> _program;
 };
 
 QList<QColor> opaque(std::initializer_list<Qt::GlobalColor> names) {
@@ -232,12 +232,12 @@ TEST_P(GPUModelDrawTest, DrawableWithoutCollectionsDraws) {
     GPUModel model;
     model.add(triangleRow(2), 1, nullptr, nullptr, 0);
     QString error;
-    program = Program::fromSource("#version 430 core\nin vec3 va_Vertex;\n"
+    _program = Program::fromSource("#version 430 core\nin vec3 va_Vertex;\n"
                                   "void main() { gl_Position = vec4(va_Vertex, 1.0); }\n",
                                   "#version 430 core\nout vec4 pixel;\n"
                                   "void main() { pixel = vec4(1.0); }\n",
                                   error);
-    ASSERT_TRUE(program) << error.toStdString();
+    ASSERT_TRUE(_program) << error.toStdString();
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::white, Qt::white}));
 }
 

@@ -30,7 +30,7 @@ public:
 
     /// Takes the drawable and its collections over; either collection may be null. `instanceCount` is the
     /// number of times that every command is drawn. `key` tells drawables apart for the caller. Returns: the
-    /// drawable's index.
+    /// drawable's index; -1 when `buffers` is null or added already.
     int add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
             InstanceDataCollection* instances, const quint64& key);
     void addMaterialName(int drawable, int command, const QString& name);

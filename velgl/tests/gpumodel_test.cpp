@@ -1,0 +1,108 @@
+#include <velgl/gpumodel.h>
+
+#include <QtCore/QPointer>
+
+#include <gtest/gtest.h>
+
+#include <velgl/drawbuffers.h>
+#include <velgl/instancedatacollection.h>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+InstanceDataCollection* newCollection(const QString& name) {
+    return new InstanceDataCollection(name, {});
+}
+
+} // namespace
+
+TEST(GPUModelTest, DrawablesAreNumberedAsTheyCome) {
+    GPUModel model;
+    EXPECT_EQ(model.drawableCount(), 0);
+    auto* first = new DrawBuffers;
+    auto* second = new DrawBuffers;
+    EXPECT_EQ(model.add(first, 1, nullptr, newCollection(QStringLiteral("i")), 5), 0);
+    EXPECT_EQ(model.add(second, 1, newCollection(QStringLiteral("m")), nullptr, quint64(1) << 40), 1);
+    EXPECT_EQ(model.drawableCount(), 2);
+    EXPECT_EQ(model.drawable(0), first);
+    EXPECT_EQ(model.drawable(1), second);
+    EXPECT_EQ(model.materials(0), nullptr);
+    EXPECT_EQ(model.instances(0)->name(), QStringLiteral("i"));
+    EXPECT_EQ(model.materials(1)->name(), QStringLiteral("m"));
+    EXPECT_EQ(model.instances(1), nullptr);
+    EXPECT_EQ(model.key(0), 5U);
+    EXPECT_EQ(model.key(1), quint64(1) << 40);
+}
+
+TEST(GPUModelTest, OwnsItsDrawables) {
+    const QPointer<DrawBuffers> buffers = new DrawBuffers;
+    {
+        GPUModel model;
+        model.add(buffers, 1, nullptr, nullptr, 0);
+        EXPECT_TRUE(buffers);
+    }
+    EXPECT_FALSE(buffers);
+}
+
+TEST(GPUModelTest, TakesDrawablesFromTheirParents) {
+    GPUModel model;
+    {
+        QObject parent;
+        model.add(new DrawBuffers(&parent), 1, nullptr, nullptr, 0);
+    }
+    EXPECT_EQ(model.drawable(0)->parent(), nullptr);
+}
+
+TEST(GPUModelTest, NullDrawableIsRefusedAndItsCollectionsAreFreed) {
+    GPUModel model;
+    EXPECT_EQ(
+        model.add(nullptr, 1, newCollection(QStringLiteral("m")), newCollection(QStringLiteral("i")), 0), -1);
+    EXPECT_EQ(model.drawableCount(), 0);
+}
+
+TEST(GPUModelTest, DrawableIsAddedOnce) {
+    GPUModel model;
+    auto* buffers = new DrawBuffers;
+    model.add(buffers, 1, nullptr, nullptr, 0);
+    EXPECT_EQ(model.add(buffers, 1, nullptr, nullptr, 0), -1);
+    EXPECT_EQ(model.drawableCount(), 1);
+}
+
+TEST(GPUModelTest, NamesBelongToDrawableAndCommand) {
+    GPUModel model;
+    model.add(new DrawBuffers, 1, nullptr, nullptr, 0);
+    model.add(new DrawBuffers, 1, nullptr, nullptr, 1);
+    model.addMaterialName(0, 0, QStringLiteral("red"));
+    model.addMaterialName(1, 0, QStringLiteral("green"));
+    model.addMaterialName(0, 3, QStringLiteral("blue"));
+    model.addObjectName(0, 0, QStringLiteral("cube"));
+    EXPECT_EQ(model.materialName(0, 0), QStringLiteral("red"));
+    EXPECT_EQ(model.materialName(1, 0), QStringLiteral("green"));
+    EXPECT_EQ(model.materialName(0, 3), QStringLiteral("blue"));
+    EXPECT_TRUE(model.materialName(0, 1).isNull());
+    EXPECT_EQ(model.objectName(0, 0), QStringLiteral("cube"));
+    EXPECT_TRUE(model.objectName(1, 0).isNull());
+}
+
+TEST(GPUModelTest, NumbersOutOfRangeAnswerWithNothing) {
+    GPUModel model;
+    for (const int number : {-1, 0, 1}) {
+        model.addMaterialName(number, 0, QStringLiteral("red"));
+        model.addObjectName(number, 0, QStringLiteral("cube"));
+        EXPECT_EQ(model.drawable(number), nullptr);
+        EXPECT_EQ(model.materials(number), nullptr);
+        EXPECT_EQ(model.instances(number), nullptr);
+        EXPECT_EQ(model.key(number), 0U);
+        EXPECT_TRUE(model.materialName(number, 0).isNull());
+        EXPECT_TRUE(model.objectName(number, 0).isNull());
+    }
+}
+
+TEST(GPUModelTest, EmptyModelHasNoBounds) {
+    GPUModel model;
+    EXPECT_FALSE(model.bounds().isValid);
+    model.draw();
+}
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,102 @@
+#include <velgl/instancedata.h>
+
+#include <limits>
+
+#include <gmock/gmock.h>
+
+#include "support/messagelog.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+Texture* const kSomeTexture = reinterpret_cast<Texture*>(8);
+
+const QString kName = QStringLiteral("Material");
+const QString kMember = QStringLiteral("Kd");
+
+} // namespace
+
+TEST(InstanceDataTest, StartsEmptyWithItsName) {
+    const InstanceData data(kName);
+    EXPECT_EQ(data.name(), kName);
+    EXPECT_TRUE(data.valueNames().isEmpty());
+    EXPECT_TRUE(data.textureNames().isEmpty());
+    EXPECT_TRUE(InstanceData().name().isNull());
+}
+
+TEST(InstanceDataTest, KeepsACopyOfTheBytes) {
+    InstanceData data(kName);
+    char bytes[] = {1, 0, 3};
+    data.set(kMember, bytes, 3);
+    bytes[0] = 9;
+    EXPECT_TRUE(data.hasValue(kMember));
+    EXPECT_EQ(data.value(kMember), QByteArray("\1\0\3", 3));
+    EXPECT_TRUE(data.value(QStringLiteral("other")).isNull());
+}
+
+TEST(InstanceDataTest, LaterValueReplacesTheEarlierOne) {
+    InstanceData data(kName);
+    data.set(kMember, "abcd", 4);
+    data.set(kMember, "x", 1);
+    EXPECT_EQ(data.value(kMember), QByteArray("x"));
+    data.set(kMember, nullptr, 0);
+    EXPECT_TRUE(data.hasValue(kMember));
+    EXPECT_TRUE(data.value(kMember).isEmpty());
+}
+
+TEST(InstanceDataTest, ValuesThatCannotBeAreRefused) {
+    InstanceData data(kName);
+    const MessageLog log;
+    data.set(kMember, nullptr, 4);
+    data.set(kMember, "x", std::numeric_limits<unsigned long long>::max());
+    EXPECT_FALSE(data.hasValue(kMember));
+    EXPECT_EQ(log.texts(QtWarningMsg).size(), 2U);
+    EXPECT_TRUE(log.texts(QtWarningMsg)[0].startsWith(
+        QStringLiteral("Value 'Kd' of 'Material' is refused: 4 bytes")));
+}
+
+TEST(InstanceDataTest, TextureIsAPathOrAnObject) {
+    InstanceData data(kName);
+    data.setTexture(kMember, QStringLiteral("/a.png"));
+    EXPECT_TRUE(data.hasTexture(kMember));
+    EXPECT_EQ(data.texturePath(kMember), QStringLiteral("/a.png"));
+    EXPECT_EQ(data.texture(kMember), nullptr);
+    data.setTexture(kMember, kSomeTexture);
+    EXPECT_TRUE(data.texturePath(kMember).isNull());
+    EXPECT_EQ(data.texture(kMember), kSomeTexture);
+    EXPECT_FALSE(data.hasValue(kMember));
+}
+
+TEST(InstanceDataTest, ClearKeepsTheName) {
+    InstanceData data(kName);
+    data.set(kMember, "x", 1);
+    data.setTexture(kMember, QStringLiteral("/a.png"));
+    data.clear();
+    EXPECT_EQ(data.name(), kName);
+    EXPECT_FALSE(data.hasValue(kMember));
+    EXPECT_FALSE(data.hasTexture(kMember));
+}
+
+TEST(InstanceDataTest, CopiesGoTheirOwnWays) {
+    InstanceData data(kName);
+    data.set(kMember, "x", 1);
+    InstanceData copy = data;
+    copy.set(kMember, "y", 1);
+    copy.setTexture(QStringLiteral("map"), kSomeTexture);
+    EXPECT_EQ(data.value(kMember), QByteArray("x"));
+    EXPECT_FALSE(data.hasTexture(QStringLiteral("map")));
+}
+
+TEST(InstanceDataTest, NamesAreSorted) {
+    InstanceData data(kName);
+    for (const char* member : {"b", "a", "c"}) {
+        data.set(QLatin1String(member), "x", 1);
+        data.setTexture(QLatin1String(member), kSomeTexture);
+    }
+    const QStringList sorted = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+    EXPECT_EQ(data.valueNames(), sorted);
+    EXPECT_EQ(data.textureNames(), sorted);
+}
+
+} // namespace Atelier::Vel::Testing

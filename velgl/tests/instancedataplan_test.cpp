@@ -1,0 +1,155 @@
+#include <velgl/instancedataplan.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/instancedata.h>
+
+#include "support/messagelog.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+using DataType = InstanceDataPlan::DataType;
+
+InstanceDataPlan planOf(std::initializer_list<DataType> types) {
+    InstanceDataPlan plan(QStringLiteral("Plan"));
+    for (const DataType type : types)
+        plan.addMember(type, QStringLiteral("m%1").arg(plan.members().size()));
+    return plan;
+}
+
+std::vector<int> offsetsOf(const InstanceDataPlan& plan) {
+    std::vector<int> offsets;
+    for (const InstanceDataPlan::Member& member : plan.members())
+        offsets.push_back(member.offset);
+    return offsets;
+}
+
+QByteArray bytesOf(float value) {
+    return {reinterpret_cast<const char*>(&value), int(sizeof value)};
+}
+
+} // namespace
+
+TEST(InstanceDataPlanTest, TypesHaveTheirFixedValues) {
+    EXPECT_EQ(int(DataType::Texture), 0);
+    EXPECT_EQ(int(DataType::Float), 13);
+    EXPECT_EQ(int(DataType::Vec3), 15);
+    EXPECT_EQ(int(DataType::Mat4), 17);
+}
+
+TEST(InstanceDataPlanTest, MembersKeepTheirOrder) {
+    InstanceDataPlan plan(QStringLiteral("InstanceInfo"));
+    plan.addMember(DataType::Mat4, QStringLiteral("ModelMatrix"));
+    plan.addMember(DataType::Texture, QStringLiteral("map"));
+    EXPECT_EQ(plan.name(), QStringLiteral("InstanceInfo"));
+    ASSERT_EQ(plan.members().size(), 2);
+    EXPECT_EQ(plan.members()[0].name, QStringLiteral("ModelMatrix"));
+    EXPECT_EQ(plan.members()[0].type, DataType::Mat4);
+    EXPECT_EQ(plan.members()[1].name, QStringLiteral("map"));
+    EXPECT_EQ(plan.textureNames(), QStringList{QStringLiteral("map")});
+}
+
+TEST(InstanceDataPlanTest, FloatAfterThreeComponentsUsesTheGap) {
+    const InstanceDataPlan plan = planOf({DataType::Vec3, DataType::Float, DataType::Float});
+    EXPECT_THAT(offsetsOf(plan), testing::ElementsAre(0, 12, 16));
+    EXPECT_EQ(plan.stride(), 32);
+}
+
+TEST(InstanceDataPlanTest, MaterialOfFloatsAndColoursHasTheDefinedOffsets) {
+    const InstanceDataPlan plan = planOf({DataType::Float, DataType::Float, DataType::Vec3, DataType::Vec3,
+                                          DataType::Vec3, DataType::Texture, DataType::Texture});
+    EXPECT_THAT(offsetsOf(plan), testing::ElementsAre(0, 4, 16, 32, 48, -1, -1));
+    EXPECT_EQ(plan.stride(), 64);
+}
+
+TEST(InstanceDataPlanTest, EveryTypeIsAlignedAsStd430Asks) {
+    const InstanceDataPlan plan = planOf(
+        {DataType::Int, DataType::Vec2, DataType::UInt, DataType::Mat4, DataType::Float, DataType::Vec4});
+    EXPECT_THAT(offsetsOf(plan), testing::ElementsAre(0, 8, 16, 32, 96, 112));
+    EXPECT_EQ(plan.stride(), 128);
+    EXPECT_EQ(planOf({DataType::Float}).stride(), 4);
+    EXPECT_EQ(planOf({DataType::Vec2, DataType::Float}).stride(), 16);
+}
+
+TEST(InstanceDataPlanTest, PlanWithoutValuesHasNoStride) {
+    EXPECT_EQ(planOf({}).stride(), 0);
+    EXPECT_EQ(planOf({DataType::Texture}).stride(), 0);
+    EXPECT_TRUE(planOf({DataType::Texture}).pack({InstanceData()}).isEmpty());
+    EXPECT_TRUE(planOf({DataType::Texture}).glslStruct(QStringLiteral("Nothing")).isEmpty());
+}
+
+TEST(InstanceDataPlanTest, SecondMemberOfANameIsLeftOut) {
+    InstanceDataPlan plan(QStringLiteral("Plan"));
+    const MessageLog log;
+    plan.addMember(DataType::Float, QStringLiteral("twice"));
+    plan.addMember(DataType::Vec3, QStringLiteral("twice"));
+    EXPECT_EQ(plan.members().size(), 1);
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(
+                    QStringLiteral("Plan 'Plan' has a member 'twice' already; the second one is left out")));
+}
+
+TEST(InstanceDataPlanTest, ItemsArePackedOneAfterTheOtherWithZerosForWhatIsMissing) {
+    const InstanceDataPlan plan = planOf({DataType::Float, DataType::Texture, DataType::Vec2});
+    InstanceData first;
+    InstanceData second;
+    const float one = 1;
+    const float pair[] = {2, 3};
+    first.set(QStringLiteral("m0"), &one, sizeof one);
+    second.set(QStringLiteral("m2"), pair, sizeof pair);
+    const QByteArray zero(4, '\0');
+    EXPECT_EQ(plan.pack({first, second}),
+              bytesOf(1) + zero + zero + zero + zero + zero + bytesOf(2) + bytesOf(3));
+}
+
+TEST(InstanceDataPlanTest, ValuesOutsideThePlanAreCarriedButNotPacked) {
+    const InstanceDataPlan plan = planOf({DataType::Float});
+    InstanceData item;
+    const float value = 7;
+    item.set(QStringLiteral("undeclared"), &value, sizeof value);
+    const MessageLog log;
+    EXPECT_EQ(plan.pack({item}), QByteArray(4, '\0'));
+    EXPECT_TRUE(log.messages().empty());
+    EXPECT_TRUE(item.hasValue(QStringLiteral("undeclared")));
+}
+
+TEST(InstanceDataPlanTest, ValueOfAnotherSizeIsRefusedNamingBothSizes) {
+    const InstanceDataPlan plan = planOf({DataType::Vec3, DataType::Float});
+    InstanceData item;
+    const double wide = 7;
+    const float narrow = 5;
+    item.set(QStringLiteral("m0"), &wide, sizeof wide);
+    item.set(QStringLiteral("m1"), &narrow, sizeof narrow);
+    const MessageLog log;
+    EXPECT_EQ(plan.pack({item}), QByteArray(12, '\0') + bytesOf(5));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(QStringLiteral(
+                    "Value 'm0' has 8 bytes, but its member of plan 'Plan' has 12; it is left out")));
+}
+
+TEST(InstanceDataPlanTest, StructDeclaresTheValueMembers) {
+    const InstanceDataPlan plan = planOf({DataType::Int, DataType::UInt, DataType::Float, DataType::Texture,
+                                          DataType::Vec2, DataType::Vec3, DataType::Vec4, DataType::Mat4});
+    EXPECT_EQ(plan.glslStruct(QStringLiteral("Item")), QStringLiteral("struct Item {\n"
+                                                                      "    int m0;\n"
+                                                                      "    uint m1;\n"
+                                                                      "    float m2;\n"
+                                                                      "    vec2 m4;\n"
+                                                                      "    vec3 m5;\n"
+                                                                      "    vec4 m6;\n"
+                                                                      "    mat4 m7;\n"
+                                                                      "};\n"));
+}
+
+TEST(InstanceDataPlanTest, NamesBecomeIdentifiers) {
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("map_Kd")), QStringLiteral("map_Kd"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("my map.1")), QStringLiteral("my_map_1"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QString::fromUtf8("größe")), QStringLiteral("gr__e"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("2nd")), QStringLiteral("_2nd"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("gl_Position")), QStringLiteral("_gl_Position"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QString()), QStringLiteral("_"));
+}
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,225 @@
+#include <epoxy/gl.h>
+
+#include <velgl/opengldevicecontext.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/bufferobject.h>
+#include <velgl/vertexarrayobject.h>
+
+#include "foreigncontext.h"
+#include "support/glfixture.h"
+#include "support/messagelog.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+// A context that its tests make themselves.
+class OpenGLDeviceContextTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        OpenGLDeviceContext::setCurrent({});
+        ForeignContext::doneCurrent();
+    }
+};
+
+class StandInContext : public OpenGLDeviceContext {};
+
+constexpr unsigned int kValue[] = {42};
+
+bool canUpload() {
+    BufferObject buffer;
+    return buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW) && buffer.readBack().size() == 4;
+}
+
+} // namespace
+
+TEST_F(OpenGLDeviceContextTest, NothingIsCurrentAtFirst) {
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+}
+
+TEST_F(OpenGLDeviceContextTest, HeadlessContextIsMadeWithoutBecomingCurrent) {
+    const auto context = GLFixture::makeContext({});
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+    ASSERT_TRUE(context->makeCurrent());
+    EXPECT_EQ(OpenGLDeviceContext::current(), context);
+    EXPECT_GE(context->version(), 43);
+    EXPECT_TRUE(context->description().contains(QStringLiteral("OpenGL")))
+        << context->description().toStdString();
+    EXPECT_TRUE(canUpload());
+    context->doneCurrent();
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+}
+
+TEST_F(OpenGLDeviceContextTest, HeadlessContextIsACoreProfile) {
+    const auto context = GLFixture::makeContext({});
+    context->makeCurrent();
+    GLint profile = 0;
+    glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &profile);
+    EXPECT_EQ(profile, GL_CONTEXT_CORE_PROFILE_BIT);
+}
+
+TEST_F(OpenGLDeviceContextTest, DroppedHeadlessContextIsCurrentNoLonger) {
+    auto context = GLFixture::makeContext({});
+    context->makeCurrent();
+    context.reset();
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+}
+
+TEST_F(OpenGLDeviceContextTest, MakingAHeadlessContextLeavesTheCurrentOne) {
+    const auto first = GLFixture::makeContext({});
+    first->makeCurrent();
+    const auto second = GLFixture::makeContext({});
+    EXPECT_EQ(OpenGLDeviceContext::current(), first);
+    second->makeCurrent();
+    EXPECT_EQ(OpenGLDeviceContext::current(), second);
+}
+
+TEST_F(OpenGLDeviceContextTest, UnknownDeviceFailsWithAListOfTheDevices) {
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.device = QStringLiteral("no such device");
+    QString error;
+    EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("No OpenGL context could be made. Tried: EGL device 0")))
+        << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral(": not 'no such device'"))) << error.toStdString();
+}
+
+TEST_F(OpenGLDeviceContextTest, DeviceIsFoundByPartOfItsName) {
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.device = QStringLiteral("DEVICE 0");
+    QString error = QStringLiteral("untouched");
+    EXPECT_TRUE(OpenGLDeviceContext::createHeadless(options, error));
+    EXPECT_EQ(error, QStringLiteral("untouched"));
+}
+
+TEST_F(OpenGLDeviceContextTest, SharingWithAStandInFails) {
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.shareWith = QSharedPointer<StandInContext>::create();
+    QString error;
+    EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
+    EXPECT_EQ(error, QStringLiteral("No OpenGL context could be made. Tried: "
+                                    "the context to share with is none of EGL's"));
+}
+
+TEST_F(OpenGLDeviceContextTest, ForeignContextIsRecognisedAndKeepsItsObject) {
+    ForeignContext first;
+    ForeignContext second;
+    ASSERT_TRUE(first.makeCurrent());
+    const auto firstSeen = OpenGLDeviceContext::current();
+    ASSERT_TRUE(firstSeen);
+    EXPECT_GE(firstSeen->version(), 43);
+    EXPECT_TRUE(firstSeen->makeCurrent());
+    EXPECT_TRUE(canUpload());
+    second.makeCurrent();
+    EXPECT_TRUE(OpenGLDeviceContext::current());
+    EXPECT_NE(OpenGLDeviceContext::current(), firstSeen);
+    EXPECT_FALSE(firstSeen->makeCurrent());
+    first.makeCurrent();
+    EXPECT_EQ(OpenGLDeviceContext::current(), firstSeen);
+    firstSeen->doneCurrent();
+    EXPECT_EQ(OpenGLDeviceContext::current(), firstSeen);
+}
+
+TEST_F(OpenGLDeviceContextTest, ContextsThatFollowEachOtherAreToldApart) {
+    BufferObject survivor;
+    for (int round = 0; round < 20; ++round) {
+        ForeignContext context;
+        ASSERT_TRUE(context.makeCurrent());
+        ASSERT_TRUE(OpenGLDeviceContext::current());
+        EXPECT_EQ(survivor.name(), 0U) << "the buffer of an earlier context, round " << round;
+        EXPECT_TRUE(survivor.uploadGLuintData(kValue, 1, GL_STATIC_DRAW));
+        EXPECT_TRUE(glIsBuffer(survivor.name()));
+    }
+}
+
+TEST_F(OpenGLDeviceContextTest, ForeignContextCanBeSharedWith) {
+    ForeignContext foreign;
+    foreign.makeCurrent();
+    BufferObject buffer;
+    buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW);
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.shareWith = OpenGLDeviceContext::current();
+    const auto sharing = GLFixture::makeContext(options);
+    ASSERT_TRUE(sharing && sharing->makeCurrent());
+    EXPECT_EQ(buffer.readBack().size(), 4);
+}
+
+TEST_F(OpenGLDeviceContextTest, SharingBetweenForeignContextsIsNoticed) {
+    ForeignContext first;
+    ForeignContext second(ForeignContext::Api::OpenGL, &first);
+    first.makeCurrent();
+    BufferObject buffer;
+    buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW);
+    second.makeCurrent();
+    EXPECT_EQ(buffer.readBack().size(), 4);
+}
+
+TEST_F(OpenGLDeviceContextTest, OpenGLESIsNoContextAndIsReportedOnce) {
+    ForeignContext context(ForeignContext::Api::OpenGLES);
+    ASSERT_TRUE(context.makeCurrent());
+    const MessageLog log;
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+    EXPECT_FALSE(OpenGLDeviceContext::current());
+    EXPECT_FALSE(canUpload());
+    EXPECT_THAT(log.texts(QtWarningMsg), testing::ElementsAre(QStringLiteral(
+                                             "OpenGL ES is current, but OpenGL 4.3 or later is needed")));
+}
+
+TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceIsCurrentUntilItIsTakenAway) {
+    const auto native = GLFixture::makeContext({});
+    native->makeCurrent();
+    const auto standIn = QSharedPointer<StandInContext>::create();
+    OpenGLDeviceContext::setCurrent(standIn);
+    EXPECT_EQ(OpenGLDeviceContext::current(), standIn);
+    EXPECT_EQ(standIn->version(), 0);
+    EXPECT_TRUE(standIn->description().isEmpty());
+    EXPECT_TRUE(standIn->makeCurrent());
+    EXPECT_FALSE(canUpload()) << "a stand-in has no OpenGL";
+    OpenGLDeviceContext::setCurrent({});
+    EXPECT_EQ(OpenGLDeviceContext::current(), native);
+    EXPECT_FALSE(standIn->makeCurrent());
+}
+
+TEST_F(OpenGLDeviceContextTest, ContextPutInPlaceButNotNativelyCurrentRefusesWork) {
+    const auto context = GLFixture::makeContext({});
+    OpenGLDeviceContext::setCurrent(context);
+    EXPECT_EQ(OpenGLDeviceContext::current(), context);
+    EXPECT_FALSE(canUpload());
+    context->makeCurrent();
+    EXPECT_TRUE(canUpload());
+}
+
+TEST_F(OpenGLDeviceContextTest, FactoriesMakeEmptyObjects) {
+    const auto context = QSharedPointer<StandInContext>::create();
+    EXPECT_EQ(context->createBufferObject()->byteCount(), 0U);
+    EXPECT_TRUE(context->createVertexArrayObject()->streams().isEmpty());
+}
+
+TEST_F(OpenGLDeviceContextTest, DriverMessagesGoToTheCategory) {
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.debug = true;
+    const auto context = GLFixture::makeContext(options);
+    context->makeCurrent();
+    const MessageLog log;
+    glEnable(0x1234);
+    ASSERT_EQ(log.messages().size(), 1U);
+    EXPECT_EQ(log.messages().front().level, QtCriticalMsg);
+    EXPECT_EQ(log.messages().front().category, QStringLiteral("velgl"));
+    EXPECT_TRUE(log.messages().front().text.contains(QStringLiteral("glEnable")))
+        << log.messages().front().text.toStdString();
+}
+
+TEST_F(OpenGLDeviceContextTest, ClientsDebugReceiverStays) {
+    ForeignContext context;
+    context.makeCurrent();
+    const GLDEBUGPROC own = [](GLenum, GLenum, GLuint, GLenum, GLsizei, const GLchar*, const void*) {};
+    glDebugMessageCallback(own, nullptr);
+    ASSERT_TRUE(OpenGLDeviceContext::current());
+    void* receiver = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
+    EXPECT_EQ(receiver, reinterpret_cast<void*>(own));
+}
+
+} // namespace Atelier::Vel::Testing

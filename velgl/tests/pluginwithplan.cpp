@@ -1,0 +1,21 @@
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+// The strings lie in this library and go with it.
+struct Registrar {
+    Registrar() {
+        auto* plan = new InstanceDataPlan(QStringLiteral("PlanOfAPlugin"));
+        plan->addMember(InstanceDataPlan::DataType::Mat4, QStringLiteral("memberOfAPlugin"));
+        InstanceDataRegistry::Instance().registerPlan(plan);
+    }
+};
+
+const Registrar registrar;
+
+} // namespace
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,56 @@
+#include <velgl/shaderinterface.h>
+
+#include <gmock/gmock.h>
+
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+using DataType = InstanceDataPlan::DataType;
+
+class ShaderInterfaceTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        auto* plan = new InstanceDataPlan(QStringLiteral("ShaderPlan"));
+        plan->addMember(DataType::Vec3, QStringLiteral("Kd"));
+        plan->addMember(DataType::Texture, QStringLiteral("map_Kd"));
+        plan->addMember(DataType::Texture, QStringLiteral("map_Ks"));
+        InstanceDataRegistry::Instance().registerPlan(plan);
+    }
+};
+
+} // namespace
+
+TEST_F(ShaderInterfaceTest, FragmentStageGetsItemsAndTextures) {
+    EXPECT_EQ(shaderInterface(ShaderStage::Fragment, {QStringLiteral("ShaderPlan"), QString()}),
+              "struct VelglMaterial {\n"
+              "    vec3 Kd;\n"
+              "};\n"
+              "layout(std430, binding = 0) readonly buffer VelglMaterials { VelglMaterial items[]; } "
+              "velgl_Materials;\n"
+              "VelglMaterial velglMaterial(int command) { return velgl_Materials.items[command]; }\n"
+              "uniform int velgl_textures;\n"
+              "layout(binding = 0) uniform sampler2D velgl_map_Kd;\n"
+              "bool velglHas_map_Kd() { return (velgl_textures & (1 << 0)) != 0; }\n"
+              "layout(binding = 1) uniform sampler2D velgl_map_Ks;\n"
+              "bool velglHas_map_Ks() { return (velgl_textures & (1 << 1)) != 0; }\n");
+}
+
+TEST_F(ShaderInterfaceTest, OnlyTheVertexStageKnowsTheCommand) {
+    const QByteArray vertex = shaderInterface(ShaderStage::Vertex, {QString(), QStringLiteral("ShaderPlan")});
+    EXPECT_TRUE(vertex.startsWith("#extension GL_ARB_shader_draw_parameters : enable\n"));
+    EXPECT_TRUE(vertex.contains("int velglCommand()"));
+    EXPECT_TRUE(vertex.contains("layout(std430, binding = 1) readonly buffer VelglInstances"));
+    EXPECT_FALSE(vertex.contains("VelglMaterial"));
+    EXPECT_FALSE(shaderInterface(ShaderStage::Fragment, {}).contains("velglCommand"));
+}
+
+TEST_F(ShaderInterfaceTest, UnknownPlansDeclareNothing) {
+    EXPECT_EQ(shaderInterface(ShaderStage::Fragment, {QStringLiteral("no such plan"), QString()}),
+              "uniform int velgl_textures;\n");
+}
+
+} // namespace Atelier::Vel::Testing
