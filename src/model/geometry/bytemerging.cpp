@@ -1,7 +1,6 @@
 #include "geometry/bytemerging.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "geometry/cornerset.h"
@@ -18,35 +17,62 @@ T load(const unsigned char* bytes) {
 }
 
 /// Mixes one value into a running hash, whole words at a time.
-quint64 absorb(quint64 hash, const unsigned char* bytes, quint64 count) {
-    for (; count >= 16; bytes += 16, count -= 16)
-        hash = mixWords(hash, load<quint64>(bytes), load<quint64>(bytes + 8));
-    quint64 words[2] = {0, 0};
-    if (count == 12) {
-        words[0] = load<quint64>(bytes);
-        words[1] = load<quint32>(bytes + 8);
-    } else if (count == 8) {
-        words[0] = load<quint64>(bytes);
-    } else if (count != 0) {
-        std::memcpy(words, bytes, count);
-    } else {
-        return hash;
+struct AbsorbBytes {
+    quint64 stride;
+
+    quint64 operator()(quint64 hash, const unsigned char* bytes) const {
+        quint64 left = stride;
+        for (; left >= 16; bytes += 16, left -= 16)
+            hash = mixWords(hash, load<quint64>(bytes), load<quint64>(bytes + 8));
+        quint64 words[2] = {0, 0};
+        std::memcpy(words, bytes, left);
+        return mixWords(hash, words[0], words[1]);
     }
-    return mixWords(hash, words[0], words[1]);
+};
+
+/// The same for the strides that nearly all attributes have.
+template<quint64 Stride>
+struct AbsorbWords {
+    static constexpr quint64 stride = Stride;
+
+    quint64 operator()(quint64 hash, const unsigned char* bytes) const {
+        if constexpr (Stride == 4)
+            return mixWords(hash, load<quint32>(bytes), 0);
+        else if constexpr (Stride == 8)
+            return mixWords(hash, load<quint64>(bytes), 0);
+        else if constexpr (Stride == 12)
+            return mixWords(hash, load<quint64>(bytes), load<quint32>(bytes + 8));
+        else
+            return mixWords(hash, load<quint64>(bytes), load<quint64>(bytes + 8));
+    }
+};
+
+inline bool equalBytes(const unsigned char* a, const unsigned char* b, quint64 count) {
+    switch (count) {
+    case 12:
+        return load<quint64>(a) == load<quint64>(b) && load<quint32>(a + 8) == load<quint32>(b + 8);
+    case 8:
+        return load<quint64>(a) == load<quint64>(b);
+    default:
+        return std::memcmp(a, b, count) == 0;
+    }
 }
 
-bool equalBytes(const unsigned char* a, const unsigned char* b, quint64 count) {
-    for (; count >= 8; a += 8, b += 8, count -= 8)
-        if (load<quint64>(a) != load<quint64>(b))
-            return false;
-    if (count >= 4) {
-        if (load<quint32>(a) != load<quint32>(b))
-            return false;
-        a += 4;
-        b += 4;
-        count -= 4;
+/// Calls `work` with what absorbs values of the given stride.
+template<typename Work>
+void withStride(quint64 stride, const Work& work) {
+    switch (stride) {
+    case 4:
+        return work(AbsorbWords<4>());
+    case 8:
+        return work(AbsorbWords<8>());
+    case 12:
+        return work(AbsorbWords<12>());
+    case 16:
+        return work(AbsorbWords<16>());
+    default:
+        return work(AbsorbBytes{stride});
     }
-    return count == 0 || std::memcmp(a, b, count) == 0;
 }
 
 /// Corners as keys of a CornerSet: the bytes of their values, compared in place.
@@ -67,20 +93,33 @@ public:
     void hash(quint32 first, quint32 count, quint64* hashes) const {
         std::fill_n(hashes, count, 0);
         for (const CornerAttribute& attribute : _attributes)
-            for (quint32 i = 0; i < count; ++i)
-                hashes[i] = absorb(hashes[i], bytesOf(attribute, first + i), attribute.stride);
+            withStride(attribute.stride, [&](auto absorb) {
+                for (quint32 i = 0; i < count; ++i)
+                    hashes[i] = absorb(hashes[i], bytesOf(attribute, first + i, absorb.stride));
+            });
     }
 
     bool equal(quint32 a, quint32 b) const {
         return std::all_of(_attributes.begin(), _attributes.end(), [&](const CornerAttribute& attribute) {
-            return equalBytes(bytesOf(attribute, a), bytesOf(attribute, b), attribute.stride);
+            const quint64 stride = attribute.stride;
+            return equalBytes(bytesOf(attribute, a, stride), bytesOf(attribute, b, stride), stride);
         });
     }
 
+    void fetchIndices(quint32 corner) const {
+        for (const CornerAttribute& attribute : _attributes)
+            attribute.fetchIndex(corner);
+    }
+
+    void fetchValues(quint32 corner) const {
+        for (const CornerAttribute& attribute : _attributes)
+            __builtin_prefetch(bytesOf(attribute, corner, attribute.stride));
+    }
+
 private:
-    const unsigned char* bytesOf(const CornerAttribute& attribute, quint32 corner) const {
+    const unsigned char* bytesOf(const CornerAttribute& attribute, quint32 corner, quint64 stride) const {
         const quint64 value = attribute.valueOf(corner);
-        return value == attribute.valueCount ? _zeros.data() : attribute.values + value * attribute.stride;
+        return value == attribute.valueCount ? _zeros.data() : attribute.values + value * stride;
     }
 
     std::vector<CornerAttribute> _attributes;
@@ -98,14 +137,17 @@ quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cor
 
 void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count,
                   unsigned char* out) {
-    const quint64 stride = attribute.stride;
-    for (quint32 i = 0; i < count; ++i, out += stride) {
-        const quint64 value = attribute.valueOf(corners[i]);
-        if (value == attribute.valueCount)
-            std::memset(out, 0, stride);
-        else
-            std::memcpy(out, attribute.values + value * stride, stride);
-    }
+    withStride(attribute.stride, [&](auto absorb) {
+        const quint64 stride = absorb.stride;
+        unsigned char* target = out;
+        for (quint32 i = 0; i < count; ++i, target += stride) {
+            const quint64 value = attribute.valueOf(corners[i]);
+            if (value == attribute.valueCount)
+                std::memset(target, 0, stride);
+            else
+                std::memcpy(target, attribute.values + value * stride, stride);
+        }
+    });
 }
 
 } // namespace Atelier::Vel

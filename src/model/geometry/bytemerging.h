@@ -11,7 +11,7 @@ namespace Atelier::Vel {
 /// `vertexOfCorner` and `firstCorner` have room for `cornerCount` entries: the vertex of each corner, and the
 /// first corner of each vertex.
 /// Returns: the number of vertices.
-/// Cost:    one hash look-up per corner, working memory of about 5.4 bytes per corner.
+/// Cost:    one hash look-up per corner, working memory of 8 bytes per corner.
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                      quint32* vertexOfCorner, quint32* firstCorner);
 

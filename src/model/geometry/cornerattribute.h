@@ -24,6 +24,12 @@ struct CornerAttribute {
         const quint64 index = indices == nullptr ? corner : indices[corner * indexStep];
         return index < valueCount ? index : valueCount;
     }
+
+    /// Asks memory for the index entry of corner k.
+    void fetchIndex(quint64 corner) const {
+        if (indices != nullptr && corner < indexCount)
+            __builtin_prefetch(indices + corner * indexStep);
+    }
 };
 
 } // namespace Atelier::Vel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 #include <QtCore/QtGlobal>
@@ -23,59 +24,111 @@ inline quint64 mixWords(quint64 hash, quint64 a, quint64 b) {
 /// nearly all slots of other corners are passed over without a look at them.
 class CornerSet {
 public:
-    /// A set for at most `capacity` corners.
+    /// A set for at most `capacity` corners, 8 bytes for each.
     explicit CornerSet(quint32 capacity)
-        : _slotCount(capacity + capacity / 3 + 4),
+        : _slotCount(2 * quint64{capacity} + 1),
           _scratch(_slotCount * sizeof(quint32)),
           _slots(_scratch.as<quint32>()) {
         while (_numberMask < capacity)
             _numberMask = _numberMask << 1 | 1;
     }
 
-    /// Inserts corners 0 to `count` − 1 in this order. `Keys` hashes runs of corners and compares two.
-    /// Writes the number of each corner and the first corner of each number; returns how many there are.
+    /// Inserts corners 0 to `count` − 1 in this order. Writes the number of each corner and the first corner
+    /// of each number; returns how many there are. `Keys` hashes runs of corners, compares two, and asks
+    /// memory for the indices and the values of one.
     template<typename Keys>
     quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner) {
+        // A look-up goes from the slot to the first corner there, its indices and its values, and each of
+        // these may have to come from memory. So a block of corners takes one step and waits while others
+        // take theirs.
+        const quint32 blockCount = count / kBlock + (count % kBlock != 0 ? 1 : 0);
         quint32 numbers = 0;
-        for (quint32 first = 0; first < count; first += kBlock) {
-            const quint32 block = count - first < kBlock ? count - first : kBlock;
-            prepareBlock(keys, first, block);
-            for (quint32 i = 0; i < block; ++i) {
-                const quint32 corner = first + i;
-                const quint32 number = find(keys, corner, _hashes[i], numbers, firstCorner);
-                if (number == numbers)
-                    firstCorner[numbers++] = corner;
-                numberOfCorner[corner] = number;
+        for (quint64 turn = 0; turn < quint64{blockCount} + kSteps - 1; ++turn)
+            for (quint32 step = 0; step < kSteps; ++step) {
+                const quint64 index = turn - step;
+                if (index >= blockCount)
+                    continue;
+                Block& block = _blocks[index % kSteps];
+                if (step == 0)
+                    begin(keys, block, static_cast<quint32>(index) * kBlock, count);
+                else if (step == 1)
+                    expect(block, firstCorner);
+                else if (step == 2)
+                    forExpected(block, firstCorner, [&](quint32 corner) { keys.fetchIndices(corner); });
+                else if (step == 3)
+                    forExpected(block, firstCorner, [&](quint32 corner) { keys.fetchValues(corner); });
+                else
+                    numbers = finish(keys, block, numbers, numberOfCorner, firstCorner);
             }
-        }
         return numbers;
     }
 
 private:
-    // Enough look-ups in flight to hide the latency of memory, few enough to stay in the first-level cache.
-    static constexpr quint32 kBlock = 64;
+    static constexpr quint32 kBlock = 32;
+    static constexpr quint32 kSteps = 5;
+
+    struct Block {
+        quint32 first = 0;
+        quint32 count = 0;
+        quint32 expectedCount = 0;
+        std::array<quint64, kBlock> hashes;
+        std::array<quint32, kBlock> expected; ///< numbers that corners of the block seem to have
+    };
 
     template<typename Keys>
-    void prepareBlock(const Keys& keys, quint32 first, quint32 count) {
-        keys.hash(first, count, _hashes.data());
-        for (quint32 i = 0; i < count; ++i)
-            __builtin_prefetch(_slots + home(_hashes[i]));
+    void begin(const Keys& keys, Block& block, quint32 first, quint32 count) const {
+        block.first = first;
+        block.count = std::min(kBlock, count - first);
+        keys.hash(first, block.count, block.hashes.data());
+        for (quint32 i = 0; i < block.count; ++i)
+            __builtin_prefetch(_slots + home(block.hashes[i]));
+    }
+
+    void expect(Block& block, const quint32* firstCorner) const {
+        block.expectedCount = 0;
+        for (quint32 i = 0; i < block.count; ++i) {
+            const quint32 entry = _slots[home(block.hashes[i])];
+            if (entry == 0 || (entry & ~_numberMask) != tag(block.hashes[i]))
+                continue;
+            const quint32 number = (entry & _numberMask) - 1;
+            __builtin_prefetch(firstCorner + number);
+            block.expected[block.expectedCount++] = number;
+        }
+    }
+
+    template<typename Work>
+    static void forExpected(const Block& block, const quint32* firstCorner, const Work& work) {
+        for (quint32 i = 0; i < block.expectedCount; ++i)
+            work(firstCorner[block.expected[i]]);
+    }
+
+    template<typename Keys>
+    quint32 finish(const Keys& keys, const Block& block, quint32 numbers, quint32* numberOfCorner,
+                   quint32* firstCorner) {
+        for (quint32 i = 0; i < block.count; ++i) {
+            const quint32 corner = block.first + i;
+            const quint32 number = find(keys, corner, block.hashes[i], numbers, firstCorner);
+            if (number == numbers)
+                firstCorner[numbers++] = corner;
+            numberOfCorner[corner] = number;
+        }
+        return numbers;
     }
 
     quint64 home(quint64 hash) const { return (hash >> 32) * _slotCount >> 32; }
+    quint32 tag(quint64 hash) const { return static_cast<quint32>(hash) & ~_numberMask; }
 
     /// The number of the corner; takes the free slot for `next` when the corner is new.
     template<typename Keys>
     quint32 find(const Keys& keys, quint32 corner, quint64 hash, quint32 next, const quint32* firstCorner) {
-        const quint32 tag = static_cast<quint32>(hash) & ~_numberMask;
         for (quint64 slot = home(hash);; slot = slot + 1 == _slotCount ? 0 : slot + 1) {
             const quint32 entry = _slots[slot];
             if (entry == 0) {
-                _slots[slot] = tag | (next + 1);
+                _slots[slot] = tag(hash) | (next + 1);
                 return next;
             }
             const quint32 number = (entry & _numberMask) - 1;
-            if ((entry & ~_numberMask) == tag && keys.equal(corner, firstCorner[number]))
+            if ((entry & ~_numberMask) == tag(hash) && keys.equal(corner, firstCorner[number]))
                 return number;
         }
     }
@@ -84,7 +137,7 @@ private:
     quint32 _numberMask = 1;
     ScratchBlock _scratch;
     quint32* _slots;
-    std::array<quint64, kBlock> _hashes;
+    std::array<Block, kSteps> _blocks;
 };
 
 } // namespace Atelier::Vel

@@ -14,7 +14,7 @@ constexpr std::size_t kMaxAttributes = 6;
 constexpr quint64 kBytesPerCorner = 16;
 
 // What merging the tuples by bytes will need for each of them, besides the tuple.
-constexpr quint64 kBytesPerTuple = 14;
+constexpr quint64 kBytesPerTuple = 16;
 
 /// The attribute with the most values: its values have the fewest tuples each.
 std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
@@ -51,12 +51,20 @@ struct TupleMerging::Table {
     Slot* chainedSlot(quint32 number) const { return chained - number; }
     quint64 bytesUsed() const { return (bySlot + chainedCount) * sizeof(Slot); }
 
+    /// Word by word: two words of a tuple that was just put together cannot be loaded as one without a stall.
+    static bool equal(const std::array<quint32, Others>& a, const std::array<quint32, Others>& b) {
+        quint32 difference = 0;
+        for (std::size_t i = 0; i < Others; ++i)
+            difference |= a[i] ^ b[i];
+        return difference == 0;
+    }
+
     /// The slot of the tuple; free when the tuple is new.
     Slot* find(quint32 pivot, const std::array<quint32, Others>& others) {
         Slot* slot = slots + pivot;
         if (slot->tuple == 0)
             return slot;
-        while (slot->others != others) {
+        while (!equal(slot->others, others)) {
             ++steps;
             if (slot->next == 0) {
                 slot->next = ++chainedCount;

@@ -31,6 +31,12 @@ public:
         return true;
     }
 
+    void fetchIndices(quint32 corner) const {
+        for (const CornerAttribute& attribute : _attributes)
+            attribute.fetchIndex(corner);
+    }
+    void fetchValues(quint32 /*corner*/) const {}
+
 private:
     const std::vector<CornerAttribute>& _attributes;
 };
