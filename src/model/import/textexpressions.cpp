@@ -3,13 +3,15 @@
 namespace Atelier::Vel {
 
 // Made once, in this order: compiling an expression costs more than reading a small file.
-const QRegExp contentExpression(QStringLiteral("\\S"));
+// No string literals that live in this library: Qt keeps the patterns of compiled expressions, and compares them,
+// after the library is unloaded.
+const QRegExp contentExpression(QString::fromLatin1("\\S"));
 
 namespace {
 
 // Nothing reads these two, since OBJ lines are split as bytes; they keep their places among the statics.
-[[maybe_unused]] const QRegExp spareContentExpression(QStringLiteral("\\S"));
-[[maybe_unused]] const QRegExp whiteSpaceExpression(QStringLiteral("\\s+"));
+[[maybe_unused]] const QRegExp spareContentExpression(QString::fromLatin1("\\S"));
+[[maybe_unused]] const QRegExp whiteSpaceExpression(QString::fromLatin1("\\s+"));
 
 } // namespace
 
