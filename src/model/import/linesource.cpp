@@ -73,8 +73,8 @@ LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
 }
 
 void LineSource::skipByteOrderMark() {
-    const QByteArray start = QByteArray::fromRawData(
-        _block.get(), static_cast<int>(std::min<qint64>(_blockEnd - _block.get(), 4)));
+    const QByteArray start =
+        QByteArray::fromRawData(_block, static_cast<int>(std::min<qint64>(_blockEnd - _block, 4)));
     const QTextCodec* codec = QTextCodec::codecForUtfText(start, nullptr);
     if (codec == nullptr)
         return;
@@ -128,17 +128,17 @@ bool LineSource::nextOfStream() {
 }
 
 void LineSource::reserveBlock(qint64 bytes) {
-    bytes += kPadding;
-    if (bytes <= _capacity)
+    if (bytes < _capacity)
         return;
-    const qint64 used = _blockEnd - _block.get();
-    _capacity = std::max(bytes, 2 * _capacity);
-    std::unique_ptr<char[]> grown(new char[static_cast<size_t>(_capacity)]);
+    const qint64 used = _blockEnd - _block;
+    _capacity = std::max(bytes + 1, 2 * _capacity);
+    std::unique_ptr<char[]> grown(new char[static_cast<size_t>(kPadding + _capacity + kPadding)]);
     if (used > 0)
-        std::memcpy(grown.get(), _block.get(), static_cast<size_t>(used));
-    _block = std::move(grown);
-    _blockEnd = _block.get() + used;
-    _unread = _wholeLinesEnd = _block.get();
+        std::memcpy(grown.get() + kPadding, _block, static_cast<size_t>(used));
+    _storage = std::move(grown);
+    _block = _storage.get() + kPadding;
+    _blockEnd = _block + used;
+    _unread = _wholeLinesEnd = _block;
 }
 
 bool LineSource::readBlock() {
@@ -146,10 +146,10 @@ bool LineSource::readBlock() {
         return false;
     // The line that has no end yet moves to the front.
     const qint64 carried = _blockEnd - _unread;
-    _blockOffset += _unread - _block.get();
-    std::memmove(_block.get(), _unread, static_cast<size_t>(carried));
-    _blockEnd = _block.get() + carried;
-    _unread = _wholeLinesEnd = _block.get();
+    _blockOffset += _unread - _block;
+    std::memmove(_block, _unread, static_cast<size_t>(carried));
+    _blockEnd = _block + carried;
+    _unread = _wholeLinesEnd = _block;
     for (;;) {
         const qint64 fresh = readBytes();
         if (fresh == 0)
@@ -162,7 +162,7 @@ bool LineSource::readBlock() {
 qint64 LineSource::readBytes() {
     if (_device->atEnd())
         return 0;
-    reserveBlock(_blockEnd - _block.get() + _limits.blockBytes);
+    reserveBlock(_blockEnd - _block + _limits.blockBytes);
     const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, _limits.blockBytes), 0);
     _blockEnd += count;
     _bytesRead += count;
@@ -188,13 +188,13 @@ bool LineSource::findWholeLines(const char* fresh) {
 }
 
 void LineSource::dropBlock() {
-    _blockOffset += _blockEnd - _block.get();
-    _blockEnd = _block.get();
+    _blockOffset += _blockEnd - _block;
+    _blockEnd = _block;
     _unread = _wholeLinesEnd = _blockEnd;
 }
 
 bool LineSource::closeLastLine() {
-    if (_blockEnd == _block.get())
+    if (_blockEnd == _block)
         return false;
     *_blockEnd++ = '\n';
     _lastLineClosed = true;
@@ -230,7 +230,7 @@ void LineSource::decode(const char* first, const char* last) {
     const QTextCodec* utf8 = _stream->codec();
     _decoded.clear();
     for (const char* piece = first; piece != last;) {
-        const qint64 offset = _blockOffset + (piece - _block.get());
+        const qint64 offset = _blockOffset + (piece - _block);
         const qint64 past = offset % kStreamBlockBytes;
         const qint64 length = std::min<qint64>(last - piece, kStreamBlockBytes - past);
         const bool dropsMark = past == 0 && isMarkAt(first, piece, last) && streamDropsMark(offset);

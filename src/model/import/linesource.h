@@ -27,7 +27,7 @@ struct LineSourceLimits {
 class LineSource {
 public:
     static constexpr char kForeign = '\x80';
-    /// Bytes behind wholeLinesEnd() that can be read, whatever they hold.
+    /// Bytes before wholeLinesBegin() and behind wholeLinesEnd() that can be read, whatever they hold.
     static constexpr qint64 kPadding = 64;
 
     /// `stream` must outlive the source and is not to be used by anyone else meanwhile.
@@ -74,8 +74,9 @@ private:
     LineSourceLimits _limits;
     qint64 _bytesRead = 0;
 
-    std::unique_ptr<char[]> _block;
-    qint64 _capacity = 0;
+    std::unique_ptr<char[]> _storage;
+    char* _block = nullptr;  ///< in _storage, with padding before and behind it
+    qint64 _capacity = 0;    ///< of the block
     qint64 _blockOffset = 0; ///< where in the file _block begins
     const char* _unread = nullptr;
     const char* _wholeLinesEnd = nullptr;

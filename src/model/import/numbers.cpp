@@ -6,16 +6,11 @@
 
 #include <fast_float/fast_float.h>
 
+#include "import/digits.h"
+
 namespace Atelier::Vel {
 
 namespace {
-
-// Powers of ten that a double holds exactly.
-constexpr int kExactPower = 22;
-constexpr double kPowersOfTen[kExactPower + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr std::uint64_t kExactMantissa = std::uint64_t(1) << 53;
 
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
@@ -73,7 +68,8 @@ bool readDecimal(const char* first, const char* last, Decimal& decimal) {
 
 // Both operands are exact, so the one operation rounds as the exact quotient or product does.
 bool exactDouble(const Decimal& decimal, double& value) {
-    if (decimal.digits > 19 || decimal.mantissa > kExactMantissa || std::abs(decimal.exponent) > kExactPower)
+    if (decimal.digits > 19 || decimal.mantissa > kMostExactMantissa ||
+        std::abs(decimal.exponent) > kMostExactPower)
         return false;
     const double mantissa = static_cast<double>(decimal.mantissa);
     value = decimal.exponent < 0 ? mantissa / kPowersOfTen[-decimal.exponent]

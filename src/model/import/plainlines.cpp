@@ -4,15 +4,12 @@
 #include <cstring>
 
 #include <QtCore/QtAlgorithms>
-#include <QtCore/QtEndian>
+
+#include "import/digits.h"
 
 namespace Atelier::Vel {
 
 namespace {
-
-constexpr std::uint64_t everyByte(std::uint64_t byte) {
-    return byte * 0x0101010101010101U;
-}
 
 // Up to eight characters at once, one to a byte, the first in the lowest. As digits, they are their values.
 struct Digits {
@@ -20,33 +17,21 @@ struct Digits {
     int count;            ///< of digits before the first other character
 
     explicit Digits(const char* text) {
-        values = qFromLittleEndian<std::uint64_t>(text) ^ everyByte('0');
+        values = digitValues(text);
         // The top bit of each byte above 9. 10 + 0x76 is 0x80, and no byte carries into the next.
         const std::uint64_t others =
             (((values & everyByte(0x7F)) + everyByte(0x76)) | values) & everyByte(0x80);
         count = others == 0 ? 8 : static_cast<int>(qCountTrailingZeroBits(others)) / 8;
     }
 
-    // Requires: count > 0. The digits are pushed to the top, so that zeros lead; then pairs, fours and eights
-    // of them are joined, each step in one multiplication for all.
-    std::uint64_t number() const {
-        std::uint64_t digits = values << (64 - 8 * count);
-        digits = digits * 10 + (digits >> 8);
-        constexpr std::uint64_t kPairs = 0x000000FF000000FFU;
-        return ((digits & kPairs) * (100 + (std::uint64_t(1000000) << 32)) +
-                ((digits >> 16) & kPairs) * (1 + (std::uint64_t(10000) << 32))) >>
-               32;
-    }
+    // Requires: count > 0.
+    std::uint64_t number() const { return joinDigits(values << (64 - 8 * count)); }
 };
 
-// Nineteen digits and fewer fit 64 bits; up to 2^53 a double holds the integer, and the powers, exactly, so
-// that one division rounds as the decimal does.
 constexpr int kMostIntegerDigits = 7;
-constexpr std::uint64_t kExactMantissa = std::uint64_t(1) << 53;
-constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
 constexpr std::uint64_t kIntegerPowersOfTen[] = {1,      10,      100,      1000,     10000,
                                                  100000, 1000000, 10000000, 100000000};
-// Seven, eight and four digits are 19.
+// Seven, eight and four digits are 19, which fit 64 bits.
 constexpr int kMostLateDigits = 4;
 
 /// Walks over one line. Each step returns false where the line is not plain.
@@ -136,7 +121,7 @@ private:
             mantissa = mantissa * kIntegerPowersOfTen[late.count] + late.number();
         fractionDigits += late.count;
         _at += late.count;
-        return mantissa <= kExactMantissa;
+        return mantissa <= kMostExactMantissa;
     }
 
     const char* _at;
@@ -204,21 +189,35 @@ bool takeVertexLine(PlainLine& line, ObjLineCounts& counts, ObjRun& run) {
     }
 }
 
+// Takes one line. Returns: the line behind it, or `first` where it is not plain.
+const char* parsePlainLine(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
+    PlainLine line(first, last);
+    const char keyword = *line.at();
+    line.skip(1);
+    const bool taken = keyword == 'v'   ? takeVertexLine(line, counts, run)
+                       : keyword == 'f' ? takeFace(line, counts, run)
+                                        : false;
+    return taken ? line.at() : first;
+}
+
 } // namespace
 
-const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
+const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run,
+                            WideParser* wideParser) {
     while (first != last && !run.isFull()) {
-        PlainLine line(first, last);
-        const char keyword = *line.at();
-        line.skip(1);
-        const bool taken = keyword == 'v'   ? takeVertexLine(line, counts, run)
-                           : keyword == 'f' ? takeFace(line, counts, run)
-                                            : false;
-        if (!taken)
-            return first;
-        first = line.at();
+        const char* next = wideParser == nullptr ? first : wideParser(first, last, counts, run);
+        if (next == first)
+            next = parsePlainLine(first, last, counts, run);
+        if (next == first)
+            break;
+        first = next;
     }
     return first;
+}
+
+const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
+    static WideParser* const kWideParser = findWideParser();
+    return parsePlainLines(first, last, counts, run, kWideParser);
 }
 
 } // namespace Atelier::Vel

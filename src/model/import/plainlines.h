@@ -20,4 +20,14 @@ struct ObjLineCounts {
 /// behind them can be read. Returns: the beginning of the first line that was not taken, or `last`.
 const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
 
+/// Parses plain lines as above, but may leave a line to the one-by-one way at any time.
+using WideParser = const char*(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
+
+/// The parser that uses what instructions this processor has; null where there is none.
+WideParser* findWideParser();
+
+/// The same as above with a given wide parser, or with none.
+const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run,
+                            WideParser* wideParser);
+
 } // namespace Atelier::Vel

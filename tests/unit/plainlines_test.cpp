@@ -1,0 +1,238 @@
+#include "import/plainlines.h"
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <QtCore/QByteArray>
+
+#include <gmock/gmock.h>
+
+#include "import/linesource.h"
+#include "nastytext.h"
+#include "support/scale.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using testing::ElementsAre;
+using Testing::NastyText;
+using Testing::scaled;
+
+/// What a parser made of a text.
+struct Parsed {
+    std::unique_ptr<ObjRun> run = std::make_unique<ObjRun>();
+    ObjLineCounts counts = {1, 1, 1}; // as behind the first line of each kind
+    int taken = 0;                    ///< bytes
+};
+
+// Lays the text out as a line source does, with other bytes around it.
+Parsed parse(const QByteArray& text, WideParser* wideParser, char around = '7') {
+    const QByteArray padding(static_cast<int>(LineSource::kPadding), around);
+    const QByteArray block = padding + text + padding;
+    const char* first = block.constData() + padding.size();
+    Parsed parsed;
+    const char* end = parsePlainLines(first, first + text.size(), parsed.counts, *parsed.run, wideParser);
+    parsed.taken = static_cast<int>(end - first);
+    return parsed;
+}
+
+template<typename T, size_t N>
+std::vector<quint32> bitsOf(const FixedList<T, N>& list) {
+    std::vector<quint32> bits(list.size);
+    if (list.size != 0)
+        std::memcpy(bits.data(), list.items, list.size * sizeof(T));
+    return bits;
+}
+
+void expectSame(const Parsed& a, const Parsed& b, const QByteArray& text) {
+    ASSERT_EQ(a.taken, b.taken) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->positions), bitsOf(b.run->positions)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->normals), bitsOf(b.run->normals)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->texCoords), bitsOf(b.run->texCoords)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->cornerCounts), bitsOf(b.run->cornerCounts)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->positionIndices), bitsOf(b.run->positionIndices)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->texCoordIndices), bitsOf(b.run->texCoordIndices)) << text.toStdString();
+    ASSERT_EQ(bitsOf(a.run->normalIndices), bitsOf(b.run->normalIndices)) << text.toStdString();
+    ASSERT_EQ(a.counts.positions, b.counts.positions);
+    ASSERT_EQ(a.counts.normals, b.counts.normals);
+    ASSERT_EQ(a.counts.texCoords, b.counts.texCoords);
+}
+
+// The wide way takes longer decimals. What both take has to be the same.
+void expectAgreement(const QByteArray& text, char around) {
+    const int portable = parse(text, nullptr).taken;
+    ASSERT_GE(parse(text, findWideParser(), around).taken, portable) << text.toStdString();
+    const QByteArray common = text.left(portable);
+    expectSame(parse(common, findWideParser(), around), parse(common, nullptr), common);
+}
+
+bool isPlain(const QByteArray& line, WideParser* wideParser) {
+    return parse(line + '\n', wideParser).taken == line.size() + 1;
+}
+
+/// Every test runs with the wide parser of this processor and without one.
+class PlainLinesTest : public testing::TestWithParam<bool> {
+protected:
+    void SetUp() override {
+        wideParser = GetParam() ? findWideParser() : nullptr;
+        if (GetParam() && wideParser == nullptr)
+            GTEST_SKIP() << "no wide parser for this processor";
+    }
+
+    WideParser* wideParser = nullptr;
+};
+
+} // namespace
+
+TEST_P(PlainLinesTest, OrdinaryLinesArePlain) {
+    for (const char* line : {"v 1.5 -2.25 0.125",
+                             "v 1 2 3",
+                             "v  1.0  2.0  3.0",
+                             "v 1.0 2.0 3.0 1.0",
+                             "v 1.0 2.0 3.0 # note",
+                             "v 0.1 0.2 0.3 ",
+                             "v -0.000000 1234567.12345678 0.123456789012",
+                             "vn 0.0 0.0 1.0",
+                             "vn 0 0 1",
+                             "vt 0.5 0.25",
+                             "vt 0.5 0.25 0.0",
+                             "f 1 2 3",
+                             "f 1/2 2/3 3/4",
+                             "f 1//2 2//3 3//4",
+                             "f 1/2/3 2/3/4 3/4/5",
+                             "f -1 -2 -3",
+                             "f 0 1 2",
+                             "f 1 2 3 ",
+                             "f 1/2/3 2 3//4",
+                             "f",
+                             "f 1234567/1234567/1234567 1/1/1 2/2/2 3/3/3 4/4/4",
+                             "v 1.0 2.0 3.0\r",
+                             "f 1 2 3\r"})
+        EXPECT_TRUE(isPlain(line, wideParser)) << line;
+}
+
+TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
+    for (const char* line : {"",
+                             " v 1 2 3",
+                             "v\t1 2 3",
+                             "v 1 2",
+                             "v 1 2 x",
+                             "v 1 2 3x",
+                             "v 1 2 3#",
+                             "v 1 2 3\r4",
+                             "v 1e5 2 3",
+                             "v +1 2 3",
+                             "v .5 2 3",
+                             "v 1. 2 3",
+                             "v 1-2 2 3",
+                             "v --1 2 3",
+                             "v - 1 2",
+                             "v nan 0 0",
+                             "v 12345678 0 0",
+                             "v 1.0-2 2 3",
+                             "v 0.1234567890123 0 0",
+                             "v 9999999.999999999999 0 0",
+                             "vn 1 2",
+                             "vt 1",
+                             "vp 1 2",
+                             "v1 2 3",
+                             "vt1 2",
+                             "vnx 1 2 3",
+                             "# f 1 2 3",
+                             "g x",
+                             "f 1 x",
+                             "f 1/",
+                             "f 1//",
+                             "f /1",
+                             "f 1/2/3/4",
+                             "f 12345678",
+                             "f +1",
+                             "f 1 # note",
+                             "f 1#",
+                             "f 1-2",
+                             "f1 2 3",
+                             "f\t1 2 3",
+                             "f 1\t2",
+                             "f 1\r2",
+                             "usemtl a",
+                             "f 1/2-/3",
+                             "f 1//-",
+                             "\x80"})
+        EXPECT_FALSE(isPlain(line, wideParser)) << line;
+}
+
+TEST_P(PlainLinesTest, FirstLineOfAKindIsLeftAlone) {
+    const QByteArray block = QByteArray(64, ' ') + "v 1.0 2.0 3.0\n" + QByteArray(64, ' ');
+    const auto run = std::make_unique<ObjRun>();
+    ObjLineCounts counts;
+    const char* first = block.constData() + 64;
+    EXPECT_EQ(parsePlainLines(first, first + 14, counts, *run, wideParser), first);
+    EXPECT_EQ(run->positions.size, 0u);
+    EXPECT_EQ(counts.positions, 0u);
+}
+
+TEST_P(PlainLinesTest, ValuesAreThoseOfTheText) {
+    const Parsed parsed = parse("v 1.5 -2.25 3\nvt 0.5 -0.0\nvn 0.1 0.7 -1234567.5\n", wideParser);
+    EXPECT_THAT(std::vector<float>(parsed.run->positions.items, parsed.run->positions.items + 3),
+                ElementsAre(1.5F, -2.25F, 3));
+    EXPECT_THAT(bitsOf(parsed.run->texCoords), ElementsAre(0x3F000000, 0x80000000));
+    EXPECT_THAT(std::vector<float>(parsed.run->normals.items, parsed.run->normals.items + 3),
+                ElementsAre(0.1F, 0.7F, -1234567.5F));
+    EXPECT_EQ(parsed.counts.positions, 2u);
+}
+
+TEST_P(PlainLinesTest, IndicesCountBackFromTheLinesSoFar) {
+    const Parsed parsed = parse("v 0.0 0.0 0.0\nf -1/-1/-1 2/0/-5\n", wideParser);
+    EXPECT_THAT(bitsOf(parsed.run->positionIndices), ElementsAre(1, 1));
+    EXPECT_THAT(bitsOf(parsed.run->texCoordIndices), ElementsAre(0, kNoIndex));
+    EXPECT_THAT(bitsOf(parsed.run->normalIndices), ElementsAre(0, static_cast<quint32>(-4)));
+    EXPECT_THAT(bitsOf(parsed.run->cornerCounts), ElementsAre(2));
+}
+
+TEST_P(PlainLinesTest, LongFacesAreLeftAlone) {
+    EXPECT_TRUE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners), wideParser));
+    EXPECT_FALSE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners + 1), wideParser));
+}
+
+TEST_P(PlainLinesTest, FullRunStops) {
+    const QByteArray line = "v 1.0 2.0 3.0\n";
+    const Parsed parsed = parse(line.repeated(2000), wideParser);
+    EXPECT_EQ(parsed.taken, static_cast<int>(ObjRun::kRecords) * line.size());
+    EXPECT_TRUE(parsed.run->isFull());
+    const Parsed faces = parse(QByteArray("f 1 2 3 4 5 6 7 8\n").repeated(2000), wideParser);
+    EXPECT_LE(faces.run->positionIndices.size, size_t(ObjRun::kCorners));
+    EXPECT_LT(faces.run->positionIndices.room(), size_t(ObjRun::kPlainCorners));
+}
+
+INSTANTIATE_TEST_SUITE_P(Parsers, PlainLinesTest, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& parser) {
+                             return parser.param ? "Wide" : "Portable";
+                         });
+
+TEST(WideParserTest, AgreesWithThePortableWay) {
+    if (findWideParser() == nullptr)
+        GTEST_SKIP() << "no wide parser for this processor";
+    NastyText nasty(31);
+    for (int i = scaled(20'000); i > 0; --i) {
+        QByteArray text = nasty.below(2) == 0 ? nasty.plain(6) : nasty.damaged(nasty.plain(6));
+        text = nasty.below(20) == 0 ? nasty.noise(100) : text;
+        const char around = "7-./ \n"[nasty.below(6)];
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(text + '\n', around));
+    }
+}
+
+TEST(WideParserTest, AgreesOnDecimalsOfEveryLength) {
+    if (findWideParser() == nullptr)
+        GTEST_SKIP() << "no wide parser for this processor";
+    NastyText nasty(32);
+    for (int i = scaled(20'000); i > 0; --i) {
+        QByteArray text;
+        for (int line = 0; line < 5; ++line)
+            text += "v " + nasty.decimal() + " " + nasty.decimal() + " " + nasty.decimal() + "\n";
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(text, '7'));
+    }
+}
+
+} // namespace Atelier::Vel
