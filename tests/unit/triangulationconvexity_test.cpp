@@ -91,5 +91,29 @@ TEST(TriangulationConvexityTest, EverySubsetOfAClearlyConvexPolygonIsAllEars) {
     EXPECT_GT(convex, 1000);
 }
 
+TEST(TriangulationConvexityTest, NearlyStraightCornersOfClearlyConvexPolygonsAreEars) {
+    std::mt19937 random(42);
+    std::uniform_real_distribution<float> number(-1, 1);
+    std::uniform_real_distribution<float> exponent(-8, -4);
+    int convex = 0;
+    for (int round = 0; round < 100'000; ++round) {
+        const float along = 0.5F + 0.4F * number(random);
+        const float turn = number(random);
+        const float beyond = std::pow(10.0F, exponent(random));
+        const PlanePoint end = {1, turn};
+        const std::vector<PlanePoint> points = {
+            {0, 0}, {along + beyond * turn, along * turn - beyond}, end, {1 - turn, turn + 1}, {-turn, 1}};
+        if (!isClearlyConvex(points))
+            continue;
+        ++convex;
+        QVector<QVector2D> left;
+        for (const PlanePoint& point : points)
+            left.append(QVector2D(point.x, point.y));
+        ASSERT_TRUE(allAreEars(left)) << "turn " << turn << ", beyond " << beyond;
+    }
+    EXPECT_GT(convex, 10'000);
+    EXPECT_LT(convex, 90'000);
+}
+
 } // namespace
 } // namespace Atelier::Vel

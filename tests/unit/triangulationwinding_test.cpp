@@ -45,6 +45,25 @@ TEST(TriangulationWindingTest, SliversAndNumbersOutOfRangeAreNot) {
     EXPECT_EQ(quickWinding(triangle(std::numeric_limits<float>::infinity(), 0)), Winding::kUnsure);
 }
 
+TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
+    // Far away on one axis, so that the normal is a rounding error, and a large one.
+    std::mt19937 random(50);
+    std::uniform_real_distribution<float> number(-1, 1);
+    int notNull = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        TestPolygon tiny;
+        tiny.corners = {0, 1, 2, 3};
+        for (int k = 0; k < 4; ++k)
+            for (float value : {1e30F, 1e-25F * number(random), 1e-25F * number(random)})
+                tiny.positions.push_back(value);
+        if (Literal::polygonNormal(4, tiny.corners.data(), tiny.positions.data()).length() < 0.5F)
+            continue;
+        ++notNull;
+        ASSERT_EQ(quickWinding(tiny), Winding::kUnsure);
+    }
+    EXPECT_GT(notNull, 1000);
+}
+
 TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
     std::mt19937 random(51);
     int decided[3] = {};
