@@ -1,10 +1,12 @@
 #pragma once
 
-#include <QtCore/QByteArray>
+#include <memory>
 
 #include <velmodel/modeldatastream.h>
 
 namespace Atelier::Vel {
+
+class ScratchBlock;
 
 /// A stream in memory: packed elements in native byte order, at most 2 147 483 647 bytes.
 /// What would make it longer is refused whole: the stream stays as it was, and its size tells.
@@ -34,12 +36,15 @@ public:
     static bool canHold(unsigned int type, quint64 count);
 
 private:
+    /// Gives the array a block of its own with room for `capacity` bytes. Returns: the one before.
+    std::shared_ptr<ScratchBlock> moveTo(quint64 capacity);
+    char* ownBytes();
     void resizeBytes(quint64 bytes);
-    /// Makes room for `bytes` bytes in all. Returns: the bytes as they were, when they had to move.
-    QByteArray makeRoom(quint64 bytes);
 
     quint32 _type;
-    QByteArray _bytes;
+    quint64 _byteCount = 0;
+    quint64 _capacity = 0;
+    std::shared_ptr<ScratchBlock> _block; ///< shared with copies
 };
 
 /// Makes ModelDataArrays.

@@ -12,10 +12,10 @@
 
 namespace Atelier::Vel {
 
-ScratchBlock::ScratchBlock(std::size_t bytes) {
+ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
 #if defined(__linux__)
     constexpr std::size_t kHugePage = std::size_t{2} << 20;
-    // Heap memory is zeroed page by page; a mapping that begins on a large page is not touched at all.
+    // A mapping that begins on a large page takes one page fault where heap memory takes hundreds.
     if (bytes >= kHugePage / 2) {
         const std::size_t wholePages = (bytes + kHugePage - 1) / kHugePage * kHugePage;
         _mappingBytes = wholePages + kHugePage;
@@ -30,7 +30,8 @@ ScratchBlock::ScratchBlock(std::size_t bytes) {
         return;
     }
 #endif
-    _begin = std::calloc(bytes == 0 ? 1 : bytes, 1);
+    const std::size_t size = bytes == 0 ? 1 : bytes;
+    _begin = content == Content::Zeros ? std::calloc(size, 1) : std::malloc(size);
     if (_begin == nullptr)
         throw std::bad_alloc();
 }

@@ -4,12 +4,14 @@
 
 namespace Atelier::Vel {
 
-/// A zeroed block of working memory. Pages of a large block are only taken from the system when they are
-/// first touched, so a generous size costs nothing by itself.
+/// A block of memory, large ones backed by large pages. Pages of a large block are only taken from the system
+/// when they are first touched, so a generous size costs nothing by itself.
 class ScratchBlock {
 public:
+    enum class Content { Zeros, Unspecified };
+
     /// Throws std::bad_alloc when there is no memory.
-    explicit ScratchBlock(std::size_t bytes);
+    explicit ScratchBlock(std::size_t bytes, Content content = Content::Zeros);
     ~ScratchBlock();
     ScratchBlock(const ScratchBlock&) = delete;
     ScratchBlock& operator=(const ScratchBlock&) = delete;

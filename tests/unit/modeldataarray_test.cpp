@@ -1,5 +1,6 @@
 #include <velmodel/modeldataarray.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -145,6 +146,39 @@ TEST(ModelDataArrayTest, WhatIsTooLongIsRefusedWhole) {
         array.resize(count);
         EXPECT_THAT(words(array), testing::ElementsAre(42));
     }
+}
+
+TEST(ModelDataArrayTest, AppendRefusedForItsLengthChangesNoByte) {
+    ModelDataArray array(kUnsignedInt);
+    const quint32 value = 42;
+    array.append(1, &value);
+    array.append(~quint64{0}, &value);
+    EXPECT_EQ(array.byteCount(), 4U);
+}
+
+TEST(ModelDataArrayTest, KeepsItsElementsWhileItOutgrowsItsBlocks) {
+    ModelDataArray array(kUnsignedInt);
+    constexpr quint32 kPieces = 2000;
+    std::vector<quint32> piece(1000);
+    for (quint32 number = 0; number < kPieces; ++number) {
+        std::fill(piece.begin(), piece.end(), number);
+        array.append(piece.size(), piece.data());
+    }
+    ASSERT_EQ(array.size(), kPieces * piece.size());
+    const auto* const data = static_cast<const quint32*>(array.data(0));
+    for (quint64 i = 0; i < array.size(); ++i)
+        ASSERT_EQ(data[i], i / piece.size());
+}
+
+TEST(ModelDataArrayTest, CopiesPartWhenOneIsAppendedTo) {
+    ModelDataArray source(kUnsignedInt);
+    const quint32 values[] = {1, 2, 3};
+    source.append(1, values);
+    ModelDataArray copy(source);
+    source.append(1, values + 1);
+    copy.append(1, values + 2);
+    EXPECT_THAT(words(source), testing::ElementsAre(1, 2));
+    EXPECT_THAT(words(copy), testing::ElementsAre(1, 3));
 }
 
 TEST(ModelDataArrayTest, SetTypeThatWouldMakeItTooLongIsRefused) {

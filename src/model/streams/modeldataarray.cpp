@@ -4,19 +4,19 @@
 #include <cstring>
 #include <limits>
 
-#include "streams/hugepages.h"
+#include "scratchblock.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-// A byte array keeps a header and a terminator in the same signed 32-bit size, so the last bytes cannot be
-// had.
-constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max() - sizeof(QArrayData) - 1;
+constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max();
 
+/// Room for an array that has outgrown its block. Room that is never used is never touched and costs nothing,
+/// so an array that is long already gets plenty, and soon need not move any more.
 quint64 generousRoom(quint64 bytes) {
-    constexpr quint64 kLong = quint64{1} << 18;
-    constexpr quint64 kRoomForLong = quint64{1} << 24;
+    constexpr quint64 kLong = quint64{512} << 10;
+    constexpr quint64 kRoomForLong = quint64{16} << 20;
     return std::max(bytes * 4, bytes < kLong ? 0 : kRoomForLong);
 }
 
@@ -42,12 +42,12 @@ void ModelDataArray::setType(unsigned int type) {
 }
 
 bool ModelDataArray::isEmpty() const {
-    return _bytes.isEmpty();
+    return _byteCount == 0;
 }
 
 quint64 ModelDataArray::size() const {
     const quint64 elementSize = typeSize(_type);
-    return elementSize == 0 ? 0 : static_cast<quint64>(_bytes.size()) / elementSize;
+    return elementSize == 0 ? 0 : _byteCount / elementSize;
 }
 
 void ModelDataArray::resize(quint64 count) {
@@ -56,11 +56,11 @@ void ModelDataArray::resize(quint64 count) {
 }
 
 quint64 ModelDataArray::byteCount() const {
-    return static_cast<quint64>(_bytes.size());
+    return _byteCount;
 }
 
 void* ModelDataArray::data(quint64 first) {
-    return _bytes.data() + typeSize(_type) * first;
+    return ownBytes() + typeSize(_type) * first;
 }
 
 void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
@@ -69,25 +69,18 @@ void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
 }
 
 void ModelDataArray::append(quint64 count, const void* src) {
-    if (count == 0 || !canHold(_type, size() + count))
+    // Each alone first, so that their sum cannot wrap.
+    if (count == 0 || !canHold(_type, count) || !canHold(_type, size() + count))
         return;
     const quint64 bytes = typeSize(_type) * count;
-    // What was there before stays alive until the end: `src` may point into it.
-    const QByteArray before = makeRoom(byteCount() + bytes);
-    _bytes.append(static_cast<const char*>(src), static_cast<int>(bytes));
-}
-
-QByteArray ModelDataArray::makeRoom(quint64 bytes) {
-    QByteArray before;
-    if (bytes <= static_cast<quint64>(_bytes.capacity()))
-        return before;
-    // A fresh block can be told to use large pages before anything touches it; a reallocated one cannot. Room
-    // that is never used is never touched and costs nothing, so there is plenty of it.
-    before.reserve(static_cast<int>(std::min(generousRoom(bytes), kMaxBytes)));
-    adviseHugePages(before.data(), static_cast<std::size_t>(before.capacity()));
-    before.append(_bytes);
-    before.swap(_bytes);
-    return before;
+    const quint64 total = _byteCount + bytes;
+    // The block before stays alive until the end: `src` may point into it.
+    std::shared_ptr<ScratchBlock> before;
+    if (total > _capacity)
+        before = moveTo(std::min(generousRoom(total), kMaxBytes));
+    if (bytes != 0)
+        std::memcpy(ownBytes() + _byteCount, src, bytes);
+    _byteCount = total;
 }
 
 bool ModelDataArray::canHold(unsigned int type, quint64 count) {
@@ -95,11 +88,25 @@ bool ModelDataArray::canHold(unsigned int type, quint64 count) {
     return elementSize == 0 || count <= kMaxBytes / elementSize;
 }
 
+std::shared_ptr<ScratchBlock> ModelDataArray::moveTo(quint64 capacity) {
+    auto block = std::make_shared<ScratchBlock>(capacity, ScratchBlock::Content::Unspecified);
+    if (_byteCount != 0)
+        std::memcpy(block->as<char>(), _block->as<char>(), _byteCount);
+    _capacity = capacity;
+    _block.swap(block);
+    return block;
+}
+
+char* ModelDataArray::ownBytes() {
+    if (_block == nullptr || _block.use_count() > 1)
+        moveTo(_capacity);
+    return _block->as<char>();
+}
+
 void ModelDataArray::resizeBytes(quint64 bytes) {
-    const int capacity = _bytes.capacity();
-    _bytes.resize(static_cast<int>(bytes));
-    if (_bytes.capacity() != capacity)
-        adviseHugePages(_bytes.data(), static_cast<std::size_t>(_bytes.capacity()));
+    if (bytes > _capacity)
+        moveTo(bytes);
+    _byteCount = bytes;
 }
 
 ModelDataArrayAllocator::~ModelDataArrayAllocator() = default;
