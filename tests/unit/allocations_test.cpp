@@ -1,3 +1,4 @@
+<<<<<<< HEAD
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -5,10 +6,16 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTextStream>
+=======
+#include <atomic>
+#include <cstdlib>
+#include <new>
+>>>>>>> 68745d2 (Count what an upload allocates)
 
 #include <gmock/gmock.h>
 
 #include <velgl/gpumodel.h>
+<<<<<<< HEAD
 #include <velmodel/objloader.h>
 
 #include "import/objreader.h"
@@ -139,4 +146,98 @@ TEST_F(AllocationsTest, UnusualLinesOfALoadAllocateNothing) {
     EXPECT_LE(ofLoading(lines.repeated(30'000)), few + kFurtherAllocations);
 }
 
+=======
+#include <velmodel/modelbuilder.h>
+
+#include "support/messagelog.h"
+#include "support/recordingcontext.h"
+
+namespace {
+
+std::atomic<long> allocationCount{0};
+
+void* allocate(std::size_t bytes) {
+    ++allocationCount;
+    if (void* const block = std::malloc(bytes == 0 ? 1 : bytes))
+        return block;
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+void* operator new(std::size_t bytes) {
+    return allocate(bytes);
+}
+void* operator new[](std::size_t bytes) {
+    return allocate(bytes);
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t /*bytes*/) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t /*bytes*/) noexcept {
+    std::free(block);
+}
+
+namespace Atelier::Vel {
+namespace {
+
+constexpr unsigned int kFloat = 0x1406;
+
+/// Uploads a strip of `faceCount` triangles, quadrilaterals and pentagons and counts what that allocates with
+/// operator new, which is all that the library uses besides Qt's arrays.
+long allocationsOfUpload(unsigned int faceCount) {
+    ModelBuilder builder;
+    const QString position = QStringLiteral("position");
+    const QString other = QStringLiteral("other");
+    const QString group = QStringLiteral("group");
+    std::vector<float> values;
+    std::vector<unsigned int> corners;
+    std::vector<unsigned int> counts;
+    std::vector<unsigned int> faces;
+    for (unsigned int face = 0; face < faceCount; ++face) {
+        const float x = static_cast<float>(face % 1000);
+        const float y = static_cast<float>(face / 1000);
+        const float polygon[] = {x, y, 0, x + 1, y, 0, x + 1.5F, y + 0.5F, 0, x + 1, y + 1, 0, x, y + 1, 0};
+        counts.push_back(3 + face % 3);
+        faces.push_back(face);
+        for (unsigned int corner = 0; corner < counts.back(); ++corner)
+            corners.push_back(face * 5 + corner);
+        values.insert(values.end(), std::begin(polygon), std::end(polygon));
+    }
+    for (const QString& name : {position, other}) {
+        builder.createVertexAttribute(name, 3, kFloat, 0, 0);
+        builder.addValuesToVertexAttribute(name, values.size(), values.data(), kFloat);
+        builder.addIndicesToVertexAttribute(name, corners.size(), corners.data());
+    }
+    builder.addVertexCountsToFaces(counts.size(), counts.data());
+    builder.createMaterialGroup(group, InstanceData(), -1, 0);
+    builder.addFacesToMaterialGroup(group, faces.size(), faces.data(), QString());
+    builder.generateNormals(QStringLiteral("normal"));
+    const Testing::RecordingContext context;
+    const Testing::MessageLog log;
+    GPUModel model;
+    const long before = allocationCount;
+    builder.upload(&model, InstanceData(), position, QString(), 0x88E4, 4);
+    const long after = allocationCount;
+    EXPECT_EQ(model.drawableCount(), 1);
+    return after - before;
+}
+
+TEST(AllocationsTest, UploadAllocatesNothingPerVertexOrFace) {
+    allocationsOfUpload(10);
+    const long few = allocationsOfUpload(100);
+    const long many = allocationsOfUpload(100000);
+    EXPECT_GT(few, 0) << "nothing was counted";
+    EXPECT_LE(many, few + 20);
+    EXPECT_LE(few, 300);
+}
+
+} // namespace
+>>>>>>> 68745d2 (Count what an upload allocates)
 } // namespace Atelier::Vel
