@@ -139,7 +139,7 @@ private:
     void optimizeGPUStreams();
     bool allHaveGPUStreams() const;
     StreamBuild collectInput(quint32 cornerCount);
-    static quint64 warnAboutSubstitutes(const StreamBuild& build, quint32 cornerCount);
+    static quint64 warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging);
     bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;

@@ -29,19 +29,23 @@ bool allBelow(const quint32* numbers, quint32 count, quint32 limit) {
     return true;
 }
 
-} // namespace
-
+/// Whether the list has entries for all of the corners, and each of them names a value.
 bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count) {
-    return attribute.valueCount != 0 && quint64{first} + count <= attribute.indexCount &&
-           attribute.indices != nullptr && attribute.indexStep == 1 &&
+    return attribute.indices != nullptr && attribute.indexStep == 1 && attribute.valueCount != 0 &&
+           quint64{first} + count <= attribute.indexCount &&
            allBelow(attribute.indices + first, count, static_cast<quint32>(attribute.valueCount));
 }
+
+} // namespace
 
 const quint32* IndexBlock::read(const CornerAttribute& attribute, quint32 first, quint32 count) {
     if (allHaveValues(attribute, first, count))
         return attribute.indices + first;
-    for (quint32 i = 0; i < count; ++i)
-        _numbers[i] = static_cast<quint32>(attribute.valueOf(quint64{first} + i));
+    for (quint32 i = 0; i < count; ++i) {
+        const quint64 value = attribute.valueOf(quint64{first} + i);
+        _substitutedCorners += value == attribute.valueCount ? 1 : 0;
+        _numbers[i] = static_cast<quint32>(value);
+    }
     return _numbers.data();
 }
 

@@ -15,11 +15,12 @@ public:
     /// valid until the next call.
     const quint32* read(const CornerAttribute& attribute, quint32 first, quint32 count);
 
+    /// The corners without a value in all blocks so far.
+    quint64 substitutedCorners() const { return _substitutedCorners; }
+
 private:
     std::array<quint32, kSize> _numbers;
+    quint64 _substitutedCorners = 0;
 };
-
-/// Whether all of the corners have a value.
-bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count);
 
 } // namespace Atelier::Vel

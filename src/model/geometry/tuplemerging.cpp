@@ -121,12 +121,12 @@ void TupleMerging::merge(const std::vector<CornerAttribute>& attributes, quint32
     Table<Others> table(slotCount, budget);
     std::array<IndexBlock, Others + 1> blocks;
     quint32* tuples = _tuples.as<quint32>();
-    for (quint32 first = 0; first < cornerCount; first += IndexBlock::kSize) {
+    for (quint64 start = 0; start < cornerCount; start += IndexBlock::kSize) {
+        const auto first = static_cast<quint32>(start);
         constexpr quint64 kGrowth = IndexBlock::kSize * (sizeof(Slot) + (Others + 1) * sizeof(quint32));
         const quint64 tupleBytes = quint64{_tupleCount} * (Others + 1) * sizeof(quint32);
         if (table.bytesUsed() + tupleBytes + kGrowth > budget ||
-            tupleBytes + quint64{_tupleCount} * kBytesPerTuple > budget ||
-            table.steps > quint64{first} * 8 + 65536)
+            tupleBytes + quint64{_tupleCount} * kBytesPerTuple > budget || table.steps > start * 8 + 65536)
             return;
         const quint32 count = std::min(IndexBlock::kSize, cornerCount - first);
         std::array<const quint32*, Others + 1> numbers;
@@ -149,6 +149,9 @@ void TupleMerging::merge(const std::vector<CornerAttribute>& attributes, quint32
             tupleOfCorner[first + i] = slot->tuple - 1;
         }
     }
+    for (const IndexBlock& block : blocks)
+        _substituted.push_back(block.substitutedCorners());
+    std::swap(_substituted.front(), _substituted[_pivot]);
     _isDone = true;
 }
 

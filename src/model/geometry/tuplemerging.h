@@ -19,6 +19,8 @@ public:
     /// their own or many tuples share one value in each attribute.
     bool isDone() const { return _isDone; }
     quint32 tupleCount() const { return _tupleCount; }
+    /// The corners without a value in one attribute.
+    quint64 substitutedCorners(std::size_t attribute) const { return _substituted[attribute]; }
     /// The tuples as corners of their own: corner t uses the values of tuple t.
     std::vector<CornerAttribute> tuples(const std::vector<CornerAttribute>& attributes) const;
 
@@ -31,6 +33,7 @@ private:
     std::size_t _pivot = 0;
     quint32 _tupleCount = 0;
     bool _isDone = false;
+    std::vector<quint64> _substituted;
     ScratchBlock _tuples; ///< value numbers, one of each attribute per tuple
 };
 

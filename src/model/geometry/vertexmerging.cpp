@@ -41,11 +41,22 @@ private:
     const std::vector<CornerAttribute>& _attributes;
 };
 
+quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount) {
+    IndexBlock block;
+    for (quint64 first = 0; first < cornerCount; first += IndexBlock::kSize)
+        block.read(attribute, static_cast<quint32>(first),
+                   static_cast<quint32>(std::min<quint64>(IndexBlock::kSize, cornerCount - first)));
+    return block.substitutedCorners();
+}
+
 } // namespace
 
 VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount,
                              quint32* vertexOfCorner)
     : _attributes(std::move(attributes)), _tuples(_attributes, cornerCount, vertexOfCorner) {
+    for (std::size_t i = 0; i < _attributes.size(); ++i)
+        _substituted.push_back(_tuples.isDone() ? _tuples.substitutedCorners(i)
+                                                : countSubstitutedCorners(_attributes[i], cornerCount));
     if (!_tuples.isDone()) {
         _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32));
         _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>());
@@ -66,18 +77,6 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 co
 
 void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
     gatherValues(_attributes[attribute], _corners->as<quint32>(), _vertexCount, out);
-}
-
-quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount) {
-    quint64 substituted = 0;
-    for (quint32 first = 0; first < cornerCount; first += IndexBlock::kSize) {
-        const quint32 count = std::min(IndexBlock::kSize, cornerCount - first);
-        if (allHaveValues(attribute, first, count))
-            continue;
-        for (quint32 corner = first; corner < first + count; ++corner)
-            substituted += attribute.valueOf(corner) == attribute.valueCount ? 1 : 0;
-    }
-    return substituted;
 }
 
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {

@@ -22,6 +22,8 @@ public:
     VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner);
 
     quint32 vertexCount() const { return _vertexCount; }
+    /// The corners whose value in one attribute is taken as zero because they have no valid index.
+    quint64 substitutedCorners(std::size_t attribute) const { return _substituted[attribute]; }
     /// Writes the values of all vertices of one attribute to `out`: vertexCount() times its stride in bytes.
     void gather(std::size_t attribute, unsigned char* out) const;
 
@@ -29,11 +31,9 @@ private:
     std::vector<CornerAttribute> _attributes; ///< as _corners are numbered: by corner or by tuple
     TupleMerging _tuples;
     std::unique_ptr<ScratchBlock> _corners; ///< the first corner of each vertex
+    std::vector<quint64> _substituted;
     quint32 _vertexCount = 0;
 };
-
-/// The corners whose value is taken as zero because they have no valid index.
-quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount);
 
 /// The number of different tuples of value numbers that the corners have, one number per attribute.
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount);

@@ -75,13 +75,13 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
         return;
     }
     StreamBuild build = collectInput(cornerCount);
-    const quint64 substituted = warnAboutSubstitutes(build, cornerCount);
     const quint32 before = mergeCorners ? countIndexTuples(build.attributes, cornerCount) : cornerCount;
 
     // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
     const CornerTarget target(indices.data(), cornerCount);
     const VertexMerging merging(build.attributes, cornerCount, target.entries());
     target.finish();
+    const quint64 substituted = warnAboutSubstitutes(build, merging);
     if (!makeResults(build, merging))
         return;
     adoptResults(build, indices);
@@ -149,10 +149,10 @@ ModelBuilder::StreamBuild ModelBuilder::collectInput(quint32 cornerCount) {
     return build;
 }
 
-quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, quint32 cornerCount) {
+quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging) {
     quint64 total = 0;
     for (std::size_t i = 0; i < build.attributes.size(); ++i) {
-        const quint64 count = countSubstitutedCorners(build.attributes[i], cornerCount);
+        const quint64 count = merging.substitutedCorners(i);
         total += count;
         if (count != 0)
             QMessageLogger().warning(
