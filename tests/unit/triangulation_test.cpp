@@ -67,8 +67,9 @@ struct Triangle {
 std::vector<Triangle> trianglesOf(const FlatPolygon& polygon, const QVector<unsigned int>& vertices) {
     std::vector<Triangle> triangles(vertices.size() / 3);
     for (int k = 0; k < vertices.size(); ++k) {
-        triangles[k / 3].x[k % 3] = polygon.positions[3 * vertices[k]];
-        triangles[k / 3].y[k % 3] = polygon.positions[3 * vertices[k] + 1];
+        const float* position = polygon.positions.data() + 3 * std::size_t(vertices[k]);
+        triangles[k / 3].x[k % 3] = position[0];
+        triangles[k / 3].y[k % 3] = position[1];
     }
     return triangles;
 }
@@ -201,16 +202,16 @@ TEST(TriangulationTest, NormalAlongTheYAxisIsProjectedWithTheOtherUp) {
 }
 
 TEST(TriangulationTest, ShortOverloadsKeepTheLowSixteenBits) {
-    constexpr int kVertex = 70'000;
+    constexpr std::size_t kVertex = 70'000;
     FlatPolygon polygon{0, 0, 1, 0, 0, 1};
     polygon.positions.resize(3 * (kVertex + 1));
     polygon.positions[3 * kVertex] = 1;
-    polygon.corners[1] = kVertex;
+    polygon.corners[1] = static_cast<int>(kVertex);
     QVector<unsigned short> triangles;
     Triangulate3D(3, polygon.corners.data(), polygon.positions.data(), triangles);
     Triangulate3D(kUp, 3, polygon.corners.data(), polygon.positions.data(), triangles);
     EXPECT_THAT(triangles, ElementsAre(0, 4464, 2, 0, 4464, 2));
-    EXPECT_THAT(polygon.triangulated(), ElementsAre(0, kVertex, 2));
+    EXPECT_THAT(polygon.triangulated(), ElementsAre(0U, kVertex, 2U));
 }
 
 TEST(TriangulationTest, VertexNumbersAreThoseOfTheCorners) {

@@ -228,9 +228,10 @@ TEST_P(LargePolygonTest, IsCutIntoTrianglesThatAddUpToIt) {
     ASSERT_EQ(triangles.size(), 3 * (kCount - 2));
 
     const auto cross = [positions](unsigned int origin, unsigned int p, unsigned int q) {
-        const float* o = positions + 3 * origin;
-        return (double(positions[3 * p]) - o[0]) * (double(positions[3 * q + 1]) - o[1]) -
-               (double(positions[3 * p + 1]) - o[1]) * (double(positions[3 * q]) - o[0]);
+        const float* o = positions + 3 * std::size_t(origin);
+        const float* a = positions + 3 * std::size_t(p);
+        const float* b = positions + 3 * std::size_t(q);
+        return (double(a[0]) - o[0]) * (double(b[1]) - o[1]) - (double(a[1]) - o[1]) * (double(b[0]) - o[0]);
     };
     double polygonArea = 0;
     for (unsigned int k = 1; k + 1 < kCount; ++k)

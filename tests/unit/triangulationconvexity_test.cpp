@@ -55,9 +55,9 @@ TEST(TriangulationConvexityTest, SizeBeyondWhatDifferencesHoldIsNot) {
 /// Whether every corner of the polygon is an ear by the defined test.
 bool allAreEars(const QVector<QVector2D>& points) {
     const int count = points.size();
-    std::vector<Literal::Corner> corners;
+    std::vector<Literal::Corner> corners(count);
     for (int k = 0; k < count; ++k)
-        corners.push_back({(k + 1) % count, (k + count - 1) % count, 0, 0, true, false});
+        corners[k] = {(k + 1) % count, (k + count - 1) % count, 0, 0, true, false};
     for (int k = 0; k < count; ++k)
         Literal::updateEar(corners, points, k);
     return std::all_of(corners.begin(), corners.end(), [](const Literal::Corner& c) { return c.ear; });
@@ -75,10 +75,11 @@ TEST(TriangulationConvexityTest, EverySubsetOfAClearlyConvexPolygonIsAllEars) {
         std::sort(angles.begin(), angles.end());
         const double height = std::pow(10.0, exponent(random));
         const double size = std::pow(10.0, exponent(random));
-        std::vector<PlanePoint> points;
-        for (double value : angles)
-            points.push_back({static_cast<float>(size * std::cos(value)),
-                              static_cast<float>(size * height * std::sin(value))});
+        std::vector<PlanePoint> points(angles.size());
+        std::transform(angles.begin(), angles.end(), points.begin(), [size, height](double value) {
+            return PlanePoint{static_cast<float>(size * std::cos(value)),
+                              static_cast<float>(size * height * std::sin(value))};
+        });
         if (!isClearlyConvex(points))
             continue;
         ++convex;

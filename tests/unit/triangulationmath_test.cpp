@@ -16,7 +16,7 @@ constexpr int kRounds = 2'000'000;
 
 /// The same bits, or both not a number.
 bool same(float a, float b) {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    return (a == b && std::signbit(a) == std::signbit(b)) || (std::isnan(a) && std::isnan(b));
 }
 
 bool same(const PlanePoint& p, const QVector2D& q) {

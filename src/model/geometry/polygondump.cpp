@@ -15,8 +15,8 @@ bool openForDump(QFile& file) {
 }
 
 void writePoints(QTextStream& stream, int count, const float* points) {
-    for (int k = 0; k < count; ++k)
-        stream << "v " << points[2 * k] << " " << points[2 * k + 1] << "\n";
+    for (int k = 0; k < count; ++k, points += 2)
+        stream << "v " << points[0] << " " << points[1] << "\n";
 }
 
 // For inspection from a debugger; nothing in the library calls the two.

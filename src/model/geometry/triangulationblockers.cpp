@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <utility>
@@ -137,8 +138,9 @@ EarBlockers::Box EarBlockers::fittedBox(int node) const {
         box.high = {std::max(box.high.x, high.x), std::max(box.high.y, high.y)};
     };
     if (node < _leafCount) {
-        include(_boxes[2 * node].low, _boxes[2 * node].high);
-        include(_boxes[2 * node + 1].low, _boxes[2 * node + 1].high);
+        const Box* children = _boxes.data() + 2 * std::ptrdiff_t(node);
+        include(children[0].low, children[0].high);
+        include(children[1].low, children[1].high);
         return box;
     }
     const int leaf = node - _leafCount;

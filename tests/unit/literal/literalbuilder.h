@@ -7,9 +7,9 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-/// The way from separately indexed attributes to unique vertices and normals, step by step as it is defined: one
-/// vertex per corner first, a byte array as the key of each. What the library is compared with; nothing here is
-/// shared with it.
+/// The way from separately indexed attributes to unique vertices and normals, step by step as it is defined:
+/// one vertex per corner first, a byte array as the key of each. What the library is compared with; nothing
+/// here is shared with it.
 namespace Atelier::Vel::Literal {
 
 struct Attribute {

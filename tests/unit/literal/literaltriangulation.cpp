@@ -1,6 +1,7 @@
 #include "literal/literaltriangulation.h"
 
 #include <cmath>
+#include <cstddef>
 
 #include <QtCore/QtDebug>
 
@@ -9,7 +10,8 @@ namespace Atelier::Vel::Literal {
 namespace {
 
 QVector3D position(const float* positions, int vertex) {
-    return QVector3D(positions[3 * vertex], positions[3 * vertex + 1], positions[3 * vertex + 2]);
+    const float* first = positions + 3 * std::ptrdiff_t(vertex);
+    return QVector3D(first[0], first[1], first[2]);
 }
 
 float absolute(float value) {
@@ -186,7 +188,8 @@ int findDegenerateTriangle(int count, const unsigned int* indices, const float* 
     if (start >= count)
         return -1;
     const auto point = [positions](unsigned int vertex) {
-        return QVector2D(positions[2 * vertex], positions[2 * vertex + 1]);
+        const float* first = positions + 2 * std::ptrdiff_t(vertex);
+        return QVector2D(first[0], first[1]);
     };
     for (int i = start; i < count; i += 3) {
         const QVector2D a = point(indices[i]);

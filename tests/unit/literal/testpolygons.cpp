@@ -224,7 +224,9 @@ TestPolygon numbered(const std::vector<float>& positions, int firstVertex, std::
     std::shuffle(polygon.corners.begin(), polygon.corners.end(), random);
     polygon.positions.resize(3 * static_cast<std::size_t>(firstVertex + count));
     for (int k = 0; k < count; ++k)
-        std::copy_n(positions.begin() + 3 * k, 3, polygon.positions.begin() + 3 * polygon.corners[k]);
+        for (int axis = 0; axis < 3; ++axis)
+            polygon.positions[3 * std::size_t(polygon.corners[k]) + axis] =
+                positions[3 * std::size_t(k) + axis];
     return polygon;
 }
 
