@@ -129,7 +129,7 @@ TEST(InfoTest, NamesWithPercentSignsStayAsTheyAre) {
     const QString path = folder.write("%1 %2.obj", "mtllib m.mtl\nusemtl 100%1%2\n" + triangleText());
     const QString text = QString::fromUtf8(runProgram({"info", path}).output);
     EXPECT_TRUE(text.startsWith(path + "\n")) << text.toStdString();
-    EXPECT_TRUE(text.contains("    100%1%2: 1 triangles\n")) << text.toStdString();
+    EXPECT_TRUE(text.contains("    100%1%2: 1 triangle\n")) << text.toStdString();
     EXPECT_TRUE(text.contains(folder.path("%1%3.png") + " (missing)\n")) << text.toStdString();
 }
 

@@ -12,6 +12,11 @@ QString row(const char* label, const QString& text) {
     return QStringLiteral("  %1 %2\n").arg(QLatin1String(label), -12).arg(text);
 }
 
+QString counted(quint64 count, const char* what) {
+    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(what),
+                                                    QLatin1String(count == 1 ? "" : "s"));
+}
+
 QString numbers(const QVector3D& v) {
     return QStringLiteral("%1 %2 %3").arg(double(v.x())).arg(double(v.y())).arg(double(v.z()));
 }
@@ -40,8 +45,8 @@ QString textureText(const ModelSummary::TextureFile& texture) {
 QString materialsText(const ModelSummary& summary) {
     QString text = QStringLiteral("  materials\n");
     for (const ModelSummary::Material& material : summary.materials) {
-        text += QStringLiteral("    %1: %2 triangles\n")
-                    .arg(onOneLine(material.name), QString::number(material.triangles));
+        text += QStringLiteral("    %1: %2\n")
+                    .arg(onOneLine(material.name), counted(material.triangles, "triangle"));
         for (const ModelSummary::TextureFile& texture : material.textures)
             text += textureText(texture);
     }
@@ -100,7 +105,9 @@ QString summaryText(const ModelSummary& summary) {
                 QStringLiteral("%1 before merging, %2 after").arg(report.corners).arg(report.vertices));
     text += row("faces", QString::number(report.faces));
     text += row("triangles", QString::number(report.triangles));
-    text += row("draws", QStringLiteral("%1 with %2 commands").arg(summary.draws).arg(summary.commands));
+    text += row(
+        "draws",
+        QStringLiteral("%1 with %2").arg(summary.draws).arg(counted(quint64(summary.commands), "command")));
     text += row("attributes", attributesText(summary));
     text += row("bounds", boundsText(summary.bounds));
     text += row("on the GPU", QStringLiteral("%1 bytes").arg(summary.gpuBytes));
