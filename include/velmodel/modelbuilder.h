@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -119,18 +120,21 @@ private:
     enum StreamSlot { kValues, kIndices, kGPUValues, kGPUIndices, kStreamSlots };
 
     struct VertexAttribute {
-        QSharedPointer<ModelDataStream> streams[kStreamSlots];
+        std::array<QSharedPointer<ModelDataStream>, kStreamSlots> streams;
         qint32 components;
 
         quint64 vertexCount() const;
     };
 
     struct StreamBuild;
+    using GroupEntry = QHash<QString, MaterialGroup>::const_iterator;
 
     QSharedPointer<ModelDataStream> makeStream(unsigned int type, quint64 count) const;
     void refuse(const QString& purpose);
+    /// Sorted.
     QStringList attributeNames() const;
-    QStringList groupNames() const;
+    /// By id, then by name.
+    std::vector<GroupEntry> groupsInOrder() const;
 
     /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
     /// as a vertex before merging: a corner, or a distinct tuple of indices.

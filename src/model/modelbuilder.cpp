@@ -228,12 +228,10 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
         start += counts.words[face];
     }
     _faceCutter = std::make_unique<FaceCutter>();
-    for (const QString& name : groupNames()) {
-        const MaterialGroup& group = _materialGroups[name];
-        if (!_gpuIndices.isNull() && !isEmpty(group.faces.data()))
-            prepareMaterialGroupForUpload(name, group, position.streams[kGPUValues],
+    for (const GroupEntry& group : groupsInOrder())
+        if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))
+            prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues],
                                           position.streams[kGPUIndices], faceStarts);
-    }
     _faceCutter.reset();
 }
 
@@ -288,14 +286,15 @@ QStringList ModelBuilder::attributeNames() const {
     return sorted(QStringList(_vertexAttributes.keys()));
 }
 
-QStringList ModelBuilder::groupNames() const {
-    QStringList names = _materialGroups.keys();
-    std::sort(names.begin(), names.end(), [this](const QString& a, const QString& b) {
-        const int idOfA = materialGroupId(a);
-        const int idOfB = materialGroupId(b);
-        return idOfA != idOfB ? idOfA < idOfB : a < b;
+std::vector<ModelBuilder::GroupEntry> ModelBuilder::groupsInOrder() const {
+    std::vector<GroupEntry> groups;
+    groups.reserve(static_cast<std::size_t>(_materialGroups.size()));
+    for (auto group = _materialGroups.begin(); group != _materialGroups.end(); ++group)
+        groups.push_back(group);
+    std::sort(groups.begin(), groups.end(), [](const GroupEntry& a, const GroupEntry& b) {
+        return a->id != b->id ? a->id < b->id : a.key() < b.key();
     });
-    return names;
+    return groups;
 }
 
 } // namespace Atelier::Vel

@@ -18,10 +18,11 @@ T load(const unsigned char* bytes) {
 
 /// Mixes one value into a running hash, whole words at a time.
 struct AbsorbBytes {
-    quint64 stride;
+    quint64 bytesPerValue;
 
+    quint64 stride() const { return bytesPerValue; }
     quint64 operator()(quint64 hash, const unsigned char* bytes) const {
-        quint64 left = stride;
+        quint64 left = bytesPerValue;
         for (; left >= 16; bytes += 16, left -= 16)
             hash = mixWords(hash, load<quint64>(bytes), load<quint64>(bytes + 8));
         quint64 words[2] = {0, 0};
@@ -33,8 +34,7 @@ struct AbsorbBytes {
 /// The same for the strides that nearly all attributes have.
 template<quint64 Stride>
 struct AbsorbWords {
-    static constexpr quint64 stride = Stride;
-
+    static constexpr quint64 stride() { return Stride; }
     quint64 operator()(quint64 hash, const unsigned char* bytes) const {
         if constexpr (Stride == 4)
             return mixWords(hash, load<quint32>(bytes), 0);
@@ -95,7 +95,7 @@ public:
         for (const CornerAttribute& attribute : _attributes)
             withStride(attribute.stride, [&](auto absorb) {
                 for (quint32 i = 0; i < count; ++i)
-                    hashes[i] = absorb(hashes[i], bytesOf(attribute, first + i, absorb.stride));
+                    hashes[i] = absorb(hashes[i], bytesOf(attribute, first + i, absorb.stride()));
             });
     }
 
@@ -138,7 +138,7 @@ quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cor
 void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count,
                   unsigned char* out) {
     withStride(attribute.stride, [&](auto absorb) {
-        const quint64 stride = absorb.stride;
+        const quint64 stride = absorb.stride();
         unsigned char* target = out;
         for (quint32 i = 0; i < count; ++i, target += stride) {
             const quint64 value = attribute.valueOf(corners[i]);
