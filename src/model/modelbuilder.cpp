@@ -133,7 +133,11 @@ void ModelBuilder::createVertexAttribute(const QString& name, int components, un
     record.streams[kValues] = makeStream(type, valueCount);
     record.streams[kIndices] = makeStream(kIndexType, indexCount);
     record.components = components;
-    if (!ModelDataArray::canHold(type, valueCount) || !ModelDataArray::canHold(kIndexType, indexCount))
+    const bool isWithoutValues =
+        record.streams[kValues].isNull() && !ModelDataArray::canHold(type, valueCount);
+    const bool isWithoutIndices =
+        record.streams[kIndices].isNull() && !ModelDataArray::canHold(kIndexType, indexCount);
+    if (isWithoutValues || isWithoutIndices)
         refuse(describeAttribute(name));
 }
 

@@ -443,6 +443,17 @@ TEST_F(OptimizeGPUStreamsTest, WithoutStreamsNothingHappens) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
+TEST_F(OptimizeGPUStreamsTest, AttributeWithoutComponentsDoesNotCountVertices) {
+    const quint32 list[] = {0, 1};
+    shared->append(2, list);
+    gpuAttribute("a", 1, {5, 6});
+    gpuAttribute("b", 0, {1});
+    access().optimizeGPUStreams();
+    EXPECT_THAT(values("a"), ElementsAre(5, 6));
+    EXPECT_THAT(values("b"), IsEmpty());
+    EXPECT_THAT(elements<quint32>(shared), ElementsAre(0, 1));
+}
+
 TEST_F(OptimizeGPUStreamsTest, ZeroVerticesShowZeroPercent) {
     gpuAttribute("a", 1, {});
     access().optimizeGPUStreams();

@@ -12,6 +12,9 @@ namespace {
 // Indices are handed on in blocks that stay in the second-level cache.
 constexpr quint64 kBlock = 65536;
 
+// More triangle indices than a stream of the library's own can hold; no polygon is let make them.
+constexpr quint64 kTooManyIndices = quint64{1} << 29;
+
 /// Hands `count` indices on; false when the stream did not take them.
 bool flush(const std::vector<unsigned int>& indices, quint64 count, ModelDataStream& stream) {
     if (count == 0)
@@ -44,8 +47,10 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
             if (!flush(_triangles, used, triangles))
                 return false;
             used = 0;
+            if (bound >= kTooManyIndices)
+                return false;
             if (bound > _triangles.size())
-                _triangles.resize(std::max(bound, kBlock));
+                _triangles.resize(std::max(bound, std::min(kBlock, 3 * table.corners.count)));
         }
         unsigned int* const begin = _triangles.data() + used;
         unsigned int* const end = cutFace(table, start, count, begin);

@@ -105,7 +105,9 @@ void ModelBuilder::optimizeGPUStreams() {
         build.names.push_back(name);
         build.records.push_back(&record);
         build.attributes.push_back(valuesOf(record.streams[kGPUValues].data(), record.components));
-        vertexCount = build.attributes.back().valueCount;
+        // One without bytes cannot tell.
+        if (build.attributes.back().stride != 0)
+            vertexCount = build.attributes.back().valueCount;
     }
     if (indices.isNull())
         return;
