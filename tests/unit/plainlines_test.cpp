@@ -156,6 +156,7 @@ TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
                              "f\t1 2 3",
                              "f 1\t2",
                              "f 1\r2",
+                             "f 1 2 3 \r4",
                              "usemtl a",
                              "f 1/2-/3",
                              "f 1//-",

@@ -2,6 +2,7 @@
 
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
 
+#include <cstddef>
 #include <cstring>
 
 #include <smmintrin.h>
@@ -12,6 +13,8 @@
 
 // SSE4.1 is not in every x86-64 processor: what uses it is compiled for it and only called where it is there.
 #define VELMODEL_SSE41 __attribute__((target("sse4.1")))
+// One step of the walk. Where it is in the text stays in registers only if every step is inlined.
+#define VELMODEL_STEP __attribute__((target("sse4.1"), always_inline)) inline
 
 namespace Atelier::Vel {
 
@@ -19,11 +22,11 @@ namespace {
 
 using Word = std::uint64_t;
 
-// A double is exact up to fifteen digits.
-constexpr int kMostDecimalDigits = 15;
-constexpr int kMostIndexDigits = 7;
-// Three numbers of eight characters, with their separators and some room: what a corner takes at most.
-constexpr int kCornerBytes = 32;
+// A double is exact up to fifteen digits. With their point, they fill a vector.
+constexpr unsigned int kMostDecimalDigits = 15;
+constexpr unsigned int kMostIndexDigits = 7;
+// Digits that make one 32-bit number.
+constexpr unsigned int kEight = 8;
 
 // Row n takes the point out of a decimal with n digits behind it, that ends with the row: what is before the
 // point moves up by one.
@@ -38,227 +41,332 @@ struct PointTable {
 };
 constexpr PointTable kPointTable;
 
-// Sixteen bytes from position n on keep the last n bytes of a vector.
+// Sixteen bytes from position n on keep the last n bytes of a vector; eight from 8 + n on, of half a vector.
 alignas(16) constexpr std::uint8_t kKeepTable[32] = {
     0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 
-VELMODEL_SSE41 inline __m128i loadBytes(const void* bytes) {
+VELMODEL_STEP __m128i loadBytes(const void* bytes) {
     return _mm_loadu_si128(static_cast<const __m128i*>(bytes));
 }
 
-// Which of sixteen characters are neither digits nor minus signs, and which are minus signs.
-struct Marks {
-    Word others;
-    Word minuses;
-};
-
-VELMODEL_SSE41 inline Marks marksOf(const char* at) {
-    const __m128i text = loadBytes(at);
-    const __m128i values = _mm_sub_epi8(text, _mm_set1_epi8('0'));
-    const __m128i digits = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
-    const __m128i minuses = _mm_cmpeq_epi8(text, _mm_set1_epi8('-'));
-    const int tokens = _mm_movemask_epi8(_mm_or_si128(digits, minuses));
-    return {static_cast<Word>(tokens ^ 0xFFFF), static_cast<Word>(_mm_movemask_epi8(minuses))};
+/// Eight bytes from each place.
+VELMODEL_STEP __m128i loadHalves(const void* low, const void* high) {
+    const __m128i half = _mm_loadl_epi64(static_cast<const __m128i*>(low));
+    return _mm_unpacklo_epi64(half, _mm_loadl_epi64(static_cast<const __m128i*>(high)));
 }
 
-// The digits of a decimal without its point. `end` is behind it; `fraction` of its `digits` stand behind the
-// point.
-VELMODEL_SSE41 inline Word joinDecimal(const char* end, int digits, int fraction) {
-    __m128i values = _mm_sub_epi8(loadBytes(end - 16), _mm_set1_epi8('0'));
-    values = _mm_shuffle_epi8(values, loadBytes(kPointTable.rows[fraction]));
-    values = _mm_and_si128(values, loadBytes(kKeepTable + digits));
+/// Sixteen digits as four numbers of four.
+VELMODEL_STEP __m128i joinFours(__m128i digits) {
     const __m128i pairs =
-        _mm_maddubs_epi16(values, _mm_setr_epi8(10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1));
-    const __m128i fours = _mm_madd_epi16(pairs, _mm_setr_epi16(100, 1, 100, 1, 100, 1, 100, 1));
-    const __m128i packed = _mm_packus_epi32(fours, fours);
-    const __m128i eights = _mm_madd_epi16(packed, _mm_setr_epi16(10000, 1, 10000, 1, 10000, 1, 10000, 1));
-    const auto both = static_cast<Word>(_mm_cvtsi128_si64(eights));
-    return (both & 0xFFFFFFFFU) * 100000000U + (both >> 32);
+        _mm_maddubs_epi16(digits, _mm_setr_epi8(10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1));
+    return _mm_madd_epi16(pairs, _mm_setr_epi16(100, 1, 100, 1, 100, 1, 100, 1));
 }
 
-/// Sixty-four characters from which tokens are taken one after the other. Digits and minus signs make tokens;
-/// every other character ends one, and its place is a bit in a word, so that finding the next end costs two
-/// instructions. Each step returns false where the line is not plain or is not in sight.
-class WideLine {
+/// Twice four numbers of four digits as four numbers of eight.
+VELMODEL_STEP __m128i joinEights(__m128i low, __m128i high) {
+    return _mm_madd_epi16(_mm_packus_epi32(low, high),
+                          _mm_setr_epi16(10000, 1, 10000, 1, 10000, 1, 10000, 1));
+}
+
+/// Walks over text from one character that is no digit to the next. Those of 64 characters are bits in a
+/// word, so that where a token ends does not wait for where the one before it ended.
+class Stops {
 public:
-    VELMODEL_SSE41 explicit WideLine(const char* at) { lookAt(at); }
+    VELMODEL_STEP explicit Stops(const char* at) : _at(at), _stops(look(at)) {}
 
-    VELMODEL_SSE41 void lookAt(const char* at) {
-        const Marks marks[] = {marksOf(at), marksOf(at + 16), marksOf(at + 32), marksOf(at + 48)};
-        const Word others =
-            marks[0].others | marks[1].others << 16 | marks[2].others << 32 | marks[3].others << 48;
-        const Word minuses =
-            marks[0].minuses | marks[1].minuses << 16 | marks[2].minuses << 32 | marks[3].minuses << 48;
-        // A minus sign belongs to a token that it begins and ends any other.
-        const Word leading = minuses & (others << 1 | 1);
-        _at = at;
-        _ends = others | (minuses & ~leading);
+    /// The next one; it stays the next until it is passed.
+    VELMODEL_STEP const char* next() {
+        while (_stops == 0) {
+            _at += 64;
+            _stops = look(_at);
+        }
+        return _at + qCountTrailingZeroBits(_stops);
     }
-
-    /// Goes behind a keyword and the blank that ends it.
-    void skipKeyword(int length) {
-        _begin = length + 1;
-        _ends &= ~Word(0) << _begin;
+    /// Passes the one that next() gave.
+    VELMODEL_STEP void pass() { _stops &= _stops - 1; }
+    /// Passes it if `condition` is 1 and not if it is 0, without a branch: signs come in no order.
+    VELMODEL_STEP void passIf(Word condition) { _stops &= _stops - condition; }
+    VELMODEL_STEP const char* take() {
+        const char* const stop = next();
+        pass();
+        return stop;
     }
-
-    /// Sees to it that a corner is in sight.
-    VELMODEL_SSE41 void lookAhead() {
-        if (_begin <= 64 - kCornerBytes)
-            return;
-        lookAt(_at + _begin);
-        _begin = 0;
-    }
-
-    VELMODEL_SSE41 bool takeDecimal(float& value) {
-        const Word afterPoint = _ends & (_ends - 1);
-        if (afterPoint == 0)
-            return false;
-        const int point = static_cast<int>(qCountTrailingZeroBits(_ends));
-        const int end = static_cast<int>(qCountTrailingZeroBits(afterPoint));
-        const int negative = _at[_begin] == '-' ? 1 : 0;
-        const int integers = point - _begin - negative;
-        const int fraction = end - point - 1;
-        if (_at[point] != '.' || _at[point + 1] == '-' || integers <= 0 || fraction <= 0 ||
-            integers + fraction > kMostDecimalDigits)
-            return false;
-        const Word mantissa = joinDecimal(_at + end, integers + fraction, fraction);
-        const auto magnitude = static_cast<float>(static_cast<double>(mantissa) / kPowersOfTen[fraction]);
-        value = withSign(magnitude, negative);
-        _ends = afterPoint & (afterPoint - 1);
-        _begin = end + 1;
-        return true;
-    }
-
-    bool takeIndex(quint32 lineCount, quint32& index) {
-        if (_ends == 0)
-            return false;
-        const int end = static_cast<int>(qCountTrailingZeroBits(_ends));
-        const int negative = _at[_begin] == '-' ? 1 : 0;
-        const int digits = end - _begin - negative;
-        if (digits <= 0 || digits > kMostIndexDigits)
-            return false;
-        // The digits lie at the top; what comes before them is shifted out and zeros in.
-        const int others = 64 - 8 * digits;
-        const auto number = static_cast<quint32>(joinDigits(digitValues(_at + end - 8) >> others << others));
-        index = number == 0 ? kNoIndex : negative != 0 ? lineCount - number : number - 1;
-        _ends &= _ends - 1;
-        _begin = end + 1;
-        return true;
-    }
-
-    /// A slash that follows the last one at once.
-    bool takeSlash() {
-        if (_at[_begin] != '/')
-            return false;
-        _ends &= _ends - 1;
-        ++_begin;
-        return true;
-    }
-
-    /// The character that ended the last token.
-    char lastEnd() const { return _at[_begin - 1]; }
-    /// Behind the character that ended the last token.
-    const char* at() const { return _at + _begin; }
 
 private:
-    static float withSign(float magnitude, int negative) {
-        quint32 bits = 0;
-        std::memcpy(&bits, &magnitude, sizeof bits);
-        bits |= static_cast<quint32>(negative) << 31;
-        std::memcpy(&magnitude, &bits, sizeof bits);
-        return magnitude;
+    VELMODEL_STEP static Word look(const char* at) {
+        return ~(digits(at) | digits(at + 16) << 16 | digits(at + 32) << 32 | digits(at + 48) << 48);
     }
 
-    const char* _at = nullptr;
-    Word _ends = 0; ///< one bit for each character that ends a token and was not taken
-    int _begin = 0; ///< of the next token
+    VELMODEL_STEP static Word digits(const char* at) {
+        const __m128i values = _mm_sub_epi8(loadBytes(at), _mm_set1_epi8('0'));
+        const __m128i areDigits = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+        return static_cast<Word>(_mm_movemask_epi8(areDigits));
+    }
+
+    const char* _at;
+    Word _stops;
 };
 
-// Returns: the next line; null where this one is not plain.
-const char* nextLine(const WideLine& line, const char* last) {
-    if (line.lastEnd() == '\n')
-        return line.at();
-    if (line.lastEnd() == '\r' && *line.at() == '\n')
-        return line.at() + 1;
-    if (line.lastEnd() != ' ')
+/// A decimal in the text: `fraction` of its `digits` stand behind the point.
+struct Decimal {
+    const char* end;
+    unsigned int digits;
+    unsigned int fraction;
+    quint32 sign; ///< the bit that a float has for it
+};
+
+VELMODEL_STEP bool takeDecimal(Stops& stops, const char* at, Decimal& decimal) {
+    const Word negative = *at == '-' ? 1 : 0;
+    stops.next();
+    stops.passIf(negative);
+    const char* const point = stops.take();
+    decimal.end = stops.take();
+    const auto integers = static_cast<unsigned int>(point - at - static_cast<std::ptrdiff_t>(negative));
+    decimal.fraction = static_cast<unsigned int>(decimal.end - point - 1);
+    decimal.digits = integers + decimal.fraction;
+    decimal.sign = static_cast<quint32>(negative) << 31;
+    // Numbers below 1 wrap around.
+    return *point == '.' && integers - 1 < kMostDecimalDigits && decimal.fraction - 1 < kMostDecimalDigits &&
+           decimal.digits <= kMostDecimalDigits;
+}
+
+/// The digits without their point, four by four; those that are not there are 0.
+VELMODEL_STEP __m128i foursOf(const Decimal& decimal) {
+    __m128i values = _mm_sub_epi8(loadBytes(decimal.end - 16), _mm_set1_epi8('0'));
+    values = _mm_shuffle_epi8(values, loadBytes(kPointTable.rows[decimal.fraction]));
+    return joinFours(_mm_and_si128(values, loadBytes(kKeepTable + decimal.digits)));
+}
+
+/// `magnitudes` with the signs of the decimals.
+VELMODEL_STEP __m128 withSigns(__m128d magnitudes, const Decimal& low, const Decimal& high) {
+    const __m128i signs =
+        _mm_insert_epi32(_mm_cvtsi32_si128(static_cast<int>(low.sign)), static_cast<int>(high.sign), 1);
+    return _mm_or_ps(_mm_cvtpd_ps(magnitudes), _mm_castsi128_ps(signs));
+}
+
+/// Writes two values: their mantissas, divided by powers of ten.
+VELMODEL_STEP void storeTwo(__m128d mantissas, const Decimal& low, const Decimal& high, float* values) {
+    const __m128d powers =
+        _mm_loadh_pd(_mm_load_sd(kPowersOfTen + low.fraction), kPowersOfTen + high.fraction);
+    const __m128 both = withSigns(_mm_div_pd(mantissas, powers), low, high);
+    _mm_store_sd(reinterpret_cast<double*>(values), _mm_castps_pd(both));
+}
+
+VELMODEL_STEP void storeOne(__m128d mantissa, const Decimal& decimal, float* value) {
+    const __m128d power = _mm_load_sd(kPowersOfTen + decimal.fraction);
+    _mm_store_ss(value, withSigns(_mm_div_sd(mantissa, power), decimal, decimal));
+}
+
+VELMODEL_STEP void storeLong(const Decimal& decimal, float* value) {
+    const __m128i fours = foursOf(decimal);
+    const auto both = static_cast<Word>(_mm_cvtsi128_si64(joinEights(fours, fours)));
+    const auto mantissa = static_cast<double>((both & 0xFFFFFFFFU) * 100000000U + (both >> 32));
+    storeOne(_mm_set_sd(mantissa), decimal, value);
+}
+
+template<size_t Count>
+VELMODEL_STEP void storeValues(const Decimal* decimals, float* values) {
+    static_assert(Count == 2 || Count == 3);
+    const Decimal& last = decimals[Count - 1];
+    if (qMax(qMax(decimals[0].digits, decimals[1].digits), last.digits) > kEight) {
+        for (size_t i = 0; i < Count; ++i)
+            storeLong(decimals[i], values + i);
+        return;
+    }
+    // The upper halves of the fours hold all there is.
+    const __m128i low = _mm_unpackhi_epi64(foursOf(decimals[0]), foursOf(decimals[1]));
+    const __m128i high = Count == 2 ? low : _mm_srli_si128(foursOf(last), 8);
+    const __m128i mantissas = joinEights(low, high);
+    storeTwo(_mm_cvtepi32_pd(mantissas), decimals[0], decimals[1], values);
+    if (Count == 3)
+        storeOne(_mm_cvtepi32_pd(_mm_srli_si128(mantissas, 8)), last, values + 2);
+}
+
+VELMODEL_STEP bool isLineEnd(const char* at) {
+    return *at == '\n' || (*at == '\r' && at[1] == '\n');
+}
+
+/// Leaves the line whose last token ended at `end`. Returns: the next line; null where this one is not plain.
+VELMODEL_STEP const char* leaveLine(Stops& stops, const char* end) {
+    if (*end == '\n')
+        return end + 1;
+    if (*end == '\r' && end[1] == '\n')
+        return stops.take() + 1;
+    if (*end != ' ')
         return nullptr;
     // Operands that nobody reads.
-    const auto* lineFeed = std::memchr(line.at(), '\n', static_cast<size_t>(last - line.at()));
-    return static_cast<const char*>(lineFeed) + 1;
+    do
+        end = stops.take();
+    while (*end != '\n');
+    return end + 1;
 }
 
 template<size_t Count, size_t N>
-VELMODEL_SSE41 const char* takeVertex(const char* first, const char* last, int keyword,
-                                      FixedList<float, N>& values, quint32& lineCount) {
-    if (lineCount == 0 || values.room() < Count)
+VELMODEL_STEP const char* takeVertex(Stops& stops, const char* at, FixedList<float, N>& values,
+                                     quint32& lineCount) {
+    if (lineCount == 0)
         return nullptr;
-    WideLine line(first);
-    line.skipKeyword(keyword);
-    float* const operands = values.items + values.size;
-    for (size_t i = 0; i < Count; ++i)
-        if ((i != 0 && line.lastEnd() != ' ') || !line.takeDecimal(operands[i]))
+    Decimal decimals[Count];
+    for (size_t i = 0; i < Count; ++i) {
+        while (*at == ' ')
+            at = stops.take() + 1;
+        if (!takeDecimal(stops, at, decimals[i]))
             return nullptr;
-    const char* next = nextLine(line, last);
+        at = decimals[i].end;
+        if (i + 1 < Count && *at++ != ' ')
+            return nullptr;
+    }
+    const char* const next = leaveLine(stops, at);
     if (next == nullptr)
         return nullptr;
+    storeValues<Count>(decimals, values.items + values.size);
     values.size += Count;
     ++lineCount;
     return next;
 }
 
-VELMODEL_SSE41 bool takeCorner(WideLine& line, const ObjLineCounts& counts, ObjRun& run, size_t at) {
-    quint32& texCoord = run.texCoordIndices.items[at] = kNoIndex;
-    quint32& normal = run.normalIndices.items[at] = kNoIndex;
-    if (!line.takeIndex(counts.positions, run.positionIndices.items[at]))
-        return false;
-    if (line.lastEnd() != '/')
-        return true;
-    if (!line.takeSlash()) {
-        if (!line.takeIndex(counts.texCoords, texCoord))
-            return false;
-        if (line.lastEnd() != '/')
-            return true;
-    }
-    return line.takeIndex(counts.normals, normal);
+/// Digits in the text.
+struct Number {
+    const char* end;
+    unsigned int digits;
+};
+
+VELMODEL_STEP bool takeNumber(Stops& stops, const char* at, Number& number) {
+    number.end = stops.take();
+    number.digits = static_cast<unsigned int>(number.end - at);
+    return number.digits - 1 < kMostIndexDigits;
 }
 
-VELMODEL_SSE41 const char* takeFace(const char* first, const char* last, const ObjLineCounts& counts,
-                                    ObjRun& run) {
-    WideLine line(first);
-    line.skipKeyword(1);
+VELMODEL_STEP __m128i foursOf(const Number& low, const Number& high) {
+    const __m128i values = _mm_sub_epi8(loadHalves(low.end - kEight, high.end - kEight), _mm_set1_epi8('0'));
+    const __m128i kept = loadHalves(kKeepTable + kEight + low.digits, kKeepTable + kEight + high.digits);
+    return joinFours(_mm_and_si128(values, kept));
+}
+
+/// The number as an index: what it says, counted from 0.
+VELMODEL_STEP quint32 indexOf(const Number& number, bool negative, quint32 lineCount) {
+    // The digits lie at the top; what comes before them is shifted out and zeros in.
+    const unsigned int others = 64 - 8 * number.digits;
+    const auto value = static_cast<quint32>(joinDigits(digitValues(number.end - kEight) >> others << others));
+    return value == 0 ? kNoIndex : negative ? lineCount - value : value - 1;
+}
+
+/// The indices of three numbers without signs, in the lower lanes.
+VELMODEL_STEP __m128i indicesOf(const Number& first, const Number& second, const Number& third) {
+    const __m128i numbers = joinEights(foursOf(first, second), foursOf(third, third));
+    const __m128i areZero = _mm_cmpeq_epi32(numbers, _mm_setzero_si128());
+    // For 0, all bits but the highest: kNoIndex.
+    return _mm_andnot_si128(_mm_slli_epi32(areZero, 31), _mm_add_epi32(numbers, _mm_set1_epi32(-1)));
+}
+
+/// A corner of one or three numbers without signs, which most are. Returns: its end; null for any other
+/// corner.
+VELMODEL_STEP const char* takeUsualCorner(Stops& stops, const char* at, ObjRun& run, size_t corner) {
+    Number position;
+    Number texCoord;
+    Number normal;
+    if (!takeNumber(stops, at, position))
+        return nullptr;
+    if (*position.end != '/') {
+        run.positionIndices.items[corner] = indexOf(position, false, 0);
+        run.texCoordIndices.items[corner] = kNoIndex;
+        run.normalIndices.items[corner] = kNoIndex;
+        return position.end;
+    }
+    if (!takeNumber(stops, position.end + 1, texCoord) || *texCoord.end != '/' ||
+        !takeNumber(stops, texCoord.end + 1, normal))
+        return nullptr;
+    const __m128i indices = indicesOf(position, texCoord, normal);
+    run.positionIndices.items[corner] = static_cast<quint32>(_mm_cvtsi128_si32(indices));
+    run.texCoordIndices.items[corner] = static_cast<quint32>(_mm_extract_epi32(indices, 1));
+    run.normalIndices.items[corner] = static_cast<quint32>(_mm_extract_epi32(indices, 2));
+    return normal.end;
+}
+
+VELMODEL_STEP bool takeIndex(Stops& stops, const char*& at, quint32 lineCount, quint32& index) {
+    Number number;
+    const bool negative = *at == '-';
+    if (negative)
+        at = stops.take() + 1;
+    if (!takeNumber(stops, at, number))
+        return false;
+    index = indexOf(number, negative, lineCount);
+    at = number.end;
+    return true;
+}
+
+VELMODEL_STEP const char* takeOtherCorner(Stops& stops, const char* at, const ObjLineCounts& counts,
+                                          ObjRun& run, size_t corner) {
+    quint32& texCoord = run.texCoordIndices.items[corner] = kNoIndex;
+    quint32& normal = run.normalIndices.items[corner] = kNoIndex;
+    if (!takeIndex(stops, at, counts.positions, run.positionIndices.items[corner]))
+        return nullptr;
+    if (*at != '/')
+        return at;
+    ++at;
+    if (*at == '/') {
+        stops.take();
+    } else {
+        if (!takeIndex(stops, at, counts.texCoords, texCoord))
+            return nullptr;
+        if (*at != '/')
+            return at;
+    }
+    ++at;
+    return takeIndex(stops, at, counts.normals, normal) ? at : nullptr;
+}
+
+VELMODEL_STEP const char* takeFace(Stops& stops, const char* at, const ObjLineCounts& counts, ObjRun& run) {
+    const char* end = nullptr;
     size_t corners = 0;
     do {
-        line.lookAhead();
-        if (corners == ObjRun::kPlainCorners ||
-            !takeCorner(line, counts, run, run.positionIndices.size + corners))
+        while (*at == ' ')
+            at = stops.take() + 1;
+        if (corners == ObjRun::kPlainCorners)
+            return nullptr;
+        const size_t corner = run.positionIndices.size + corners;
+        Stops ahead = stops;
+        end = takeUsualCorner(ahead, at, run, corner);
+        if (end != nullptr)
+            stops = ahead;
+        else
+            end = takeOtherCorner(stops, at, counts, run, corner);
+        if (end == nullptr)
             return nullptr;
         ++corners;
-    } while (line.lastEnd() == ' ');
-    const char* next = nextLine(line, last);
+        at = end + 1;
+    } while (*end == ' ' && !isLineEnd(at));
+    const char* const next = leaveLine(stops, end);
     if (next != nullptr)
         run.addFace(corners);
     return next;
 }
 
-VELMODEL_SSE41 const char* takeLine(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
-    if (first[0] == 'f')
-        return first[1] == ' ' ? takeFace(first, last, counts, run) : nullptr;
-    if (first[0] != 'v')
+VELMODEL_STEP const char* takeLine(Stops& stops, const char* first, ObjLineCounts& counts, ObjRun& run) {
+    const bool isFace = first[0] == 'f';
+    const int keyword = isFace || first[1] == ' ' ? 1 : 2;
+    if ((!isFace && first[0] != 'v') || first[keyword] != ' ')
         return nullptr;
-    if (first[1] == ' ')
-        return takeVertex<3>(first, last, 1, run.positions, counts.positions);
-    if (first[2] != ' ')
-        return nullptr;
+    stops.take();
+    stops.take();
+    if (isFace)
+        return takeFace(stops, first + 2, counts, run);
+    if (keyword == 1)
+        return takeVertex<3>(stops, first + 2, run.positions, counts.positions);
+    stops.take();
     if (first[1] == 'n')
-        return takeVertex<3>(first, last, 2, run.normals, counts.normals);
-    return first[1] == 't' ? takeVertex<2>(first, last, 2, run.texCoords, counts.texCoords) : nullptr;
+        return takeVertex<3>(stops, first + 3, run.normals, counts.normals);
+    return first[1] == 't' ? takeVertex<2>(stops, first + 3, run.texCoords, counts.texCoords) : nullptr;
 }
 
 VELMODEL_SSE41 const char* parseWideLines(const char* first, const char* last, ObjLineCounts& counts,
                                           ObjRun& run) {
+    if (first == last)
+        return first;
+    Stops stops(first);
     while (first != last && !run.isFull()) {
-        const char* next = takeLine(first, last, counts, run);
+        const char* const next = takeLine(stops, first, counts, run);
         if (next == nullptr)
             break;
         first = next;
