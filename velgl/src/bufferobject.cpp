@@ -123,6 +123,10 @@ unsigned int BufferObject::name() const {
     return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
 }
 
+QString BufferObject::label() const {
+    return _data->label;
+}
+
 void BufferObject::setLabel(const QString& label) {
     _data->label = label;
     if (const unsigned int current = name())

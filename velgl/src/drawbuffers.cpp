@@ -91,6 +91,8 @@ QSharedPointer<VertexArrayObject> DrawBuffers::VAO() const {
 }
 
 void DrawBuffers::setIndexedDraw(QSharedPointer<BufferObject> indices, int count, unsigned int type) {
+    if (indices && indices->label().isEmpty())
+        indices->setLabel(QStringLiteral("indices"));
     _data->indices = std::move(indices);
     _data->indexCount = count;
     _data->indexType = type;

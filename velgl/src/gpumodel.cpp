@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <velgl/vertexarrayobject.h>
+
 #include "modelbounds.h"
 #include "modeldrawable.h"
 #include "modeldrawing.h"
@@ -43,6 +45,8 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
     if (!buffers || std::any_of(_data->drawables.cbegin(), _data->drawables.cend(), isKnown))
         return -1;
     buffers->setParent(nullptr); // it has one owner now
+    if (buffers->VAO() && buffers->VAO()->label().isEmpty())
+        buffers->VAO()->setLabel(QStringLiteral("drawable %1").arg(drawableCount()));
     drawable->buffers.reset(buffers);
     drawable->key = key;
     if (instanceCount != 1)

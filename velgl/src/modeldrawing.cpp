@@ -30,10 +30,10 @@ std::vector<TextureSource> texturesOf(const InstanceData& material, const QStrin
 std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
                                int commandCount) {
     const QStringList members = plan ? plan->textureNames().mid(0, kMostTextures) : QStringList();
+    const QList<InstanceData> items =
+        drawable.materials ? drawable.materials->items() : QList<InstanceData>();
     std::vector<TextureRun> runs;
     for (int command = 0; command < commandCount; ++command) {
-        const QList<InstanceData> items =
-            drawable.materials ? drawable.materials->items() : QList<InstanceData>();
         std::vector<TextureSource> textures =
             texturesOf(command < items.size() ? items[command] : InstanceData(), members);
         if (runs.empty() || !(runs.back().textures == textures))

@@ -7,6 +7,7 @@
 
 #include "bindingstack.h"
 #include "contextgl.h"
+#include "labels.h"
 
 namespace Atelier::Vel {
 
@@ -122,6 +123,11 @@ void Program::unbind() {
 unsigned int Program::name() const {
     const ContextGL* gl = ContextGL::current();
     return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
+}
+
+void Program::setLabel(const QString& label) {
+    if (const unsigned int current = name())
+        labelObject(GL_PROGRAM, current, label);
 }
 
 int Program::uniformLocation(const char* name) const {

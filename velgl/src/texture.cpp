@@ -156,6 +156,10 @@ unsigned int Texture::name() const {
     return name ? name->value() : 0;
 }
 
+QString Texture::label() const {
+    return _data->label;
+}
+
 void Texture::setLabel(const QString& label) {
     _data->label = label;
     if (const unsigned int current = name())

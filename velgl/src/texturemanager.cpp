@@ -44,8 +44,11 @@ Texture* TextureManager::texture(const QString& path, Texture* fallback) {
     if (_data->unreadable.contains(path))
         return fallback;
     Texture* texture = _data->loader ? _data->loader(path) : nullptr;
-    if (texture)
+    if (texture) {
+        if (texture->label().isEmpty())
+            texture->setLabel(path);
         return texture;
+    }
     _data->unreadable.insert(path);
     qCWarning(velglLog, "Texture '%s' cannot be loaded", qPrintable(path));
     return fallback;

@@ -112,6 +112,8 @@ void VertexArrayObject::Data::configure(ContextArray& array) {
     std::vector<Attribute> attributes = attributesFor(currentVertexProgram());
     if (array.revision == revision && array.attributes == attributes)
         return;
+    if (array.revision != revision)
+        labelObject(GL_VERTEX_ARRAY, array.name.value(), label);
     for (const Attribute& attribute : array.attributes)
         glDisableVertexAttribArray(static_cast<GLuint>(attribute.location));
     for (const Attribute& attribute : attributes)
@@ -126,6 +128,8 @@ VertexArrayObject::~VertexArrayObject() = default;
 
 void VertexArrayObject::registerBO(const QString& name, QSharedPointer<BufferObject> buffer, int components,
                                    unsigned int type) {
+    if (buffer && buffer->label().isEmpty())
+        buffer->setLabel(name);
     Stream stream{name, std::move(buffer), components, type};
     ++_data->revision;
     for (Stream& known : _data->streams)
@@ -153,7 +157,6 @@ bool VertexArrayObject::bind() {
     _data->bindings.push({gl->serial(), currentName(GL_VERTEX_ARRAY_BINDING), 0});
     ContextArray& array = _data->arrayIn(*gl);
     glBindVertexArray(array.name.value());
-    labelObject(GL_VERTEX_ARRAY, array.name.value(), _data->label);
     _data->configure(array);
     return true;
 }
@@ -167,6 +170,11 @@ void VertexArrayObject::unbind() {
 
 void VertexArrayObject::setLabel(const QString& label) {
     _data->label = label;
+    ++_data->revision;
+}
+
+QString VertexArrayObject::label() const {
+    return _data->label;
 }
 
 } // namespace Atelier::Vel

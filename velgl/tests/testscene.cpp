@@ -21,7 +21,9 @@ namespace {
 
 using DataType = InstanceDataPlan::DataType;
 
-const char kVertexShader[] = R"(
+} // namespace
+
+const char* const kSceneVertexShader = R"(
 in vec3 va_Vertex;
 flat out int command;
 void main() {
@@ -30,7 +32,7 @@ void main() {
 }
 )";
 
-const char kFragmentShader[] = R"(
+const char* const kSceneFragmentShader = R"(
 flat in int command;
 out vec4 pixel;
 void main() {
@@ -42,8 +44,6 @@ void main() {
         pixel *= texture(velgl_second, vec2(0.5));
 }
 )";
-
-} // namespace
 
 void registerTestPlans() {
     auto* materials = new InstanceDataPlan(QStringLiteral("TestMaterial"));
@@ -115,9 +115,9 @@ std::unique_ptr<Program> sceneProgram() {
     const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};
     const QByteArray version = "#version 430 core\n";
     QString error;
-    std::unique_ptr<Program> program =
-        Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
-                            version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader, error);
+    std::unique_ptr<Program> program = Program::fromSource(
+        version + shaderInterface(ShaderStage::Vertex, plans) + kSceneVertexShader,
+        version + shaderInterface(ShaderStage::Fragment, plans) + kSceneFragmentShader, error);
     EXPECT_TRUE(program) << error.toStdString();
     return program;
 }

@@ -48,8 +48,10 @@ DrawBuffers* triangleRow(int cells);
 /// A command that draws triangle `cell` of a row.
 DrawElementsIndirectCommand cellCommand(int cell);
 
-/// A program that places vertices by the instances' "placement" and paints with the materials' "color", mixed
-/// with the textures that the material has.
+extern const char* const kSceneVertexShader;
+extern const char* const kSceneFragmentShader;
+/// A program of these two: it places vertices by the instances' "placement" and paints with the materials'
+/// "color", mixed with the textures that the material has.
 std::unique_ptr<Program> sceneProgram();
 
 /// One drawable: a row with one command, material and instance per triangle.

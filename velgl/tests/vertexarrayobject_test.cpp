@@ -7,6 +7,7 @@
 #include <velgl/autobinder.h>
 #include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
+#include <velgl/gpumodel.h>
 #include <velgl/program.h>
 
 #include "featurefixture.h"
@@ -161,6 +162,30 @@ TEST_P(VertexArrayObjectTest, UnbindPutsBackTheVertexArray) {
     glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &bound);
     EXPECT_EQ(GLuint(bound), client);
     glDeleteVertexArrays(1, &client);
+}
+
+TEST_P(VertexArrayObjectTest, ObjectsThatHaveNoLabelGetOne) {
+    const auto indices = QSharedPointer<BufferObject>::create();
+    const auto stream = QSharedPointer<BufferObject>::create();
+    const auto labelled = QSharedPointer<BufferObject>::create();
+    labelled->setLabel(QStringLiteral("mine"));
+    auto vao = QSharedPointer<VertexArrayObject>::create();
+    vao->registerBO(QStringLiteral("va_Vertex"), stream, 3, GL_FLOAT);
+    vao->registerBO(QStringLiteral("va_Normal"), labelled, 3, GL_FLOAT);
+    auto* buffers = new DrawBuffers;
+    buffers->setVAO(vao);
+    buffers->setIndexedDraw(indices, 0, GL_UNSIGNED_INT);
+    GPUModel model;
+    model.add(buffers, 1, nullptr, nullptr, 0);
+    EXPECT_EQ(stream->label(), QStringLiteral("va_Vertex"));
+    EXPECT_EQ(labelled->label(), QStringLiteral("mine"));
+    EXPECT_EQ(indices->label(), QStringLiteral("indices"));
+    const AutoBinder binder(vao.data());
+    GLint name = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &name);
+    char text[32] = {};
+    glGetObjectLabel(GL_VERTEX_ARRAY, GLuint(name), sizeof text, nullptr, text);
+    EXPECT_STREQ(text, "drawable 0");
 }
 
 } // namespace Atelier::Vel::Testing

@@ -39,10 +39,11 @@ public:
     /// The buffer's content as the GL has it; empty when nothing was uploaded or no context can be asked.
     virtual QByteArray readBack() const;
 
-    /// The GL name, 0 while there is none.
+    /// The GL name; 0 while there is none that the current context knows.
     unsigned int name() const;
     /// The label under which debug messages name this object.
     void setLabel(const QString& label);
+    QString label() const;
 
 private:
     struct Data;

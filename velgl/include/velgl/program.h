@@ -22,7 +22,10 @@ public:
     bool bind() override;
     void unbind() override;
 
+    /// The GL name; 0 where the current context does not know the program.
     unsigned int name() const;
+    /// The label under which debug messages name this object.
+    void setLabel(const QString& label);
     /// The location of a uniform; -1 when the program has none of that name.
     int uniformLocation(const char* name) const;
 

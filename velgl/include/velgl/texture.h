@@ -37,9 +37,11 @@ public:
     bool bind() override;
     void unbind() override;
 
-    /// The GL name, 0 while there is none.
+    /// The GL name; 0 while there is none that the current context knows.
     unsigned int name() const;
+    /// The label under which debug messages name this object.
     void setLabel(const QString& label);
+    QString label() const;
     /// Level `level` as the GL has it, 8 bits per channel RGBA, the texture's first row first; null without a
     /// context.
     QImage readBack(int level = 0) const;

@@ -42,7 +42,9 @@ public:
     bool bind() override;
     void unbind() override;
 
+    /// The label under which debug messages name this object.
     void setLabel(const QString& label);
+    QString label() const;
 
 private:
     struct Data;

@@ -1,0 +1,70 @@
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+
+#include <velgl/autobinder.h>
+#include <velgl/gpumodel.h>
+#include <velgl/program.h>
+#include <velgl/shaderinterface.h>
+
+#include "support/glfixture.h"
+#include "testscene.h"
+
+// The code in docs/velgl.md is the code in these tests.
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+QString contentOf(const char* path) {
+    QFile file(QString::fromUtf8(path));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
+    return QString::fromUtf8(file.readAll());
+}
+
+// Line breaks and indentation do not count.
+QString folded(QString text) {
+    return text.remove(QRegularExpression(QStringLiteral("\\s+")));
+}
+
+} // namespace
+
+TEST(DocumentationTest, ProgramInTheDocumentationDraws) {
+    registerTestPlans();
+
+    QString error;
+    const auto context = OpenGLDeviceContext::createHeadless({}, error);
+    if (!context || !context->makeCurrent())
+        qFatal("%s", qPrintable(error));
+
+    const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};
+    const QByteArray version = "#version 430 core\n";
+    const auto program = Program::fromSource(
+        version + shaderInterface(ShaderStage::Vertex, plans) + kSceneVertexShader,
+        version + shaderInterface(ShaderStage::Fragment, plans) + kSceneFragmentShader, error);
+    if (!program)
+        qFatal("%s", qPrintable(error));
+
+    GPUModel model;
+    addRow(model, {Qt::red, Qt::green}); // or ModelBuilder::upload(&model, ...)
+
+    Framebuffer picture(QSize(16, 8));
+    picture.begin();
+    const AutoBinder binder(program.get());
+    model.draw();
+
+    EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::red));
+    EXPECT_EQ(picture.pixels().pixelColor(10, 4), QColor(Qt::green));
+}
+
+TEST(DocumentationTest, EverySnippetStandsInTheTests) {
+    const QString tests = folded(contentOf(__FILE__) + contentOf(TESTSCENE_SOURCE));
+    const QRegularExpression block(QStringLiteral("```(?:cpp|glsl)\n(.*?)```"),
+                                   QRegularExpression::DotMatchesEverythingOption);
+    int count = 0;
+    for (auto match = block.globalMatch(contentOf(DOCUMENTATION)); match.hasNext(); ++count) {
+        const QString snippet = folded(match.next().captured(1));
+        EXPECT_TRUE(tests.contains(snippet)) << snippet.toStdString();
+    }
+    EXPECT_EQ(count, 3);
+}
+
+} // namespace Atelier::Vel::Testing
