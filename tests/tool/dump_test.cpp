@@ -118,7 +118,7 @@ TEST(DumpTest, NoDataLeavesOutOnlyTheContents) {
     QJsonObject full = dumped(samplePath("stairs"));
     full.remove("indices");
     QJsonArray attributes;
-    for (const QJsonValue& value : full["attributes"].toArray()) {
+    for (const QJsonValue value : full["attributes"].toArray()) {
         QJsonObject attribute = value.toObject();
         attribute.remove("data");
         attributes.append(attribute);

@@ -24,7 +24,7 @@ QStringList notes(const QByteArray& model) {
     const TemporaryFolder folder;
     QStringList result;
     const QJsonValue all = informed({folder.write("m.obj", model)});
-    for (const QJsonValue& note : all[0]["notes"].toArray())
+    for (const QJsonValue note : all[0]["notes"].toArray())
         result.append(note.toString());
     return result;
 }

@@ -72,7 +72,7 @@ std::vector<StoredPicture> storedPictures() {
     QFile file(VELMODEL_SOURCE_DIR "/tests/golden/pictures.json");
     std::vector<StoredPicture> pictures;
     if (file.open(QIODevice::ReadOnly))
-        for (const QJsonValue& entry : QJsonDocument::fromJson(file.readAll()).array())
+        for (const QJsonValue entry : QJsonDocument::fromJson(file.readAll()).array())
             pictures.push_back({entry["name"].toString(), entry["arguments"].toVariant().toStringList()});
     return pictures;
 }
