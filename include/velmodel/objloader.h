@@ -16,7 +16,10 @@ using LoadProgress = std::function<bool(qint64 bytesDone, qint64 bytesTotal)>;
 
 /// Loads a Wavefront OBJ file with its material libraries into a new model that the caller owns.
 /// Requires: a current OpenGLDeviceContext for the upload; without one the model stays empty.
-/// Returns: null, and a message in `error`, when a file cannot be read; `error` is left alone on success.
+/// Returns: null, and a message in `error` that names the file, when it or a library that it names is no
+/// regular file or cannot be read, or when it holds more than a stream of the builder can (a warning says
+/// which); `error` is left alone on success. Lines that mean nothing are passed over without a word. Cost:
+/// linear in the text, which is read in blocks and never held as a whole.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
 /// What a load met on its way; filled by the overload that takes one.
@@ -33,7 +36,9 @@ struct LoadReport {
 };
 
 /// The same, telling `progress` (may be empty) a few hundred times at most how far it is, on the calling
-/// thread, and filling `report` (may be null). Cancelling gives null and an error text that says so.
+/// thread, and filling `report` (may be null) on success. Cancelling gives null and the error "Loading OBJ
+/// file
+/// '...' was cancelled".
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
 

@@ -67,7 +67,8 @@ LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
     : _stream(stream), _device(plainFile(*stream)), _limits(limits) {
     if (_device == nullptr)
         return;
-    reserveBlock(std::min(_limits.blockBytes, _device->size()));
+    _fileSize = _device->size();
+    reserveBlock(std::min(_limits.blockBytes, _fileSize));
     readBlock();
     skipByteOrderMark();
 }
@@ -162,8 +163,11 @@ bool LineSource::readBlock() {
 qint64 LineSource::readBytes() {
     if (_device->atEnd())
         return 0;
-    reserveBlock(_blockEnd - _block + _limits.blockBytes);
-    const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, _limits.blockBytes), 0);
+    // A small file needs no large block. One that has grown meanwhile does.
+    const qint64 left = _fileSize - _bytesRead;
+    const qint64 wanted = left > 0 ? std::min(_limits.blockBytes, left) : _limits.blockBytes;
+    reserveBlock(_blockEnd - _block + wanted);
+    const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, wanted), 0);
     _blockEnd += count;
     _bytesRead += count;
     return count;

@@ -72,6 +72,7 @@ private:
     QTextStream* _stream;
     QFileDevice* _device; ///< null where the lines come from the stream itself
     LineSourceLimits _limits;
+    qint64 _fileSize = 0; ///< when reading began
     qint64 _bytesRead = 0;
 
     std::unique_ptr<char[]> _storage;

@@ -30,28 +30,35 @@ ObjReader::ObjReader(QTextStream* stream, const LineSourceLimits& limits)
 }
 
 void ObjReader::next() {
-    _kind = Kind::None;
-    _ok = false;
-    while (_kind == Kind::None) {
-        if (!_lines.next()) {
-            _kind = Kind::End;
-            return;
-        }
-        _unread = _lines.begin();
-        _kind = classify(nextToken());
-        _operands = _unread;
-    }
+    do
+        nextLine();
+    while (_kind == Kind::None);
 }
 
 void ObjReader::next(ObjRun& run) {
-    _kind = Kind::None;
-    _ok = false;
     if (_stream->status() == QTextStream::Ok && _lines.fill()) {
         _lines.skipTo(parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run));
-        if (run.isFull() || _lines.wholeLinesBegin() == _lines.wholeLinesEnd())
+        if (run.isFull() || isAtBlockEnd()) {
+            _kind = Kind::None;
+            _ok = false;
             return;
+        }
     }
-    next();
+    do
+        nextLine();
+    while (_kind == Kind::None && !isAtBlockEnd());
+}
+
+void ObjReader::nextLine() {
+    _kind = Kind::None;
+    _ok = false;
+    if (!_lines.next()) {
+        _kind = Kind::End;
+        return;
+    }
+    _unread = _lines.begin();
+    _kind = classify(nextToken());
+    _operands = _unread;
 }
 
 ObjReader::Kind ObjReader::classify(std::string_view keyword) {

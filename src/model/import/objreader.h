@@ -64,6 +64,8 @@ public:
     const QString& text() const { return _text; }
 
 private:
+    void nextLine();
+    bool isAtBlockEnd() const { return _lines.wholeLinesBegin() == _lines.wholeLinesEnd(); }
     std::string_view nextToken();
     float nextFloat();
     QString nextText();
