@@ -27,10 +27,10 @@ struct Parsed {
     int taken = 0;                    ///< bytes
 };
 
-// Lays the text out as a line source does, with other bytes around it.
+// Lays the text out as a line source does, with other bytes around it. Digits behind it end somewhere.
 Parsed parse(const QByteArray& text, WideParser* wideParser, char around = '7') {
     const QByteArray padding(static_cast<int>(LineSource::kPadding), around);
-    const QByteArray block = padding + text + padding;
+    const QByteArray block = padding + text + padding + '\n' + padding;
     const char* first = block.constData() + padding.size();
     Parsed parsed;
     const char* end = parsePlainLines(first, first + text.size(), parsed.counts, *parsed.run, wideParser);

@@ -170,6 +170,7 @@ qint64 LineSource::readBytes() {
     const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, wanted), 0);
     _blockEnd += count;
     _bytesRead += count;
+    *_blockEnd = '\n';
     return count;
 }
 
@@ -201,6 +202,7 @@ bool LineSource::closeLastLine() {
     if (_blockEnd == _block)
         return false;
     *_blockEnd++ = '\n';
+    *_blockEnd = '\n';
     _lastLineClosed = true;
     _wholeLinesEnd = _blockEnd;
     return true;

@@ -27,7 +27,8 @@ struct LineSourceLimits {
 class LineSource {
 public:
     static constexpr char kForeign = '\x80';
-    /// Bytes before wholeLinesBegin() and behind wholeLinesEnd() that can be read, whatever they hold.
+    /// Bytes before wholeLinesBegin() that can be read, whatever they hold. Behind wholeLinesEnd() as many
+    /// can, counted from the first of them that is no digit: there always is one.
     static constexpr qint64 kPadding = 64;
 
     /// `stream` must outlive the source and is not to be used by anyone else meanwhile.

@@ -16,8 +16,9 @@ struct ObjLineCounts {
 /// "f" lines of up to ObjRun::kPlainCorners corners with short numbers, all with blanks between their tokens.
 /// What it takes is what an ObjReader reads from the same lines.
 ///
-/// Requires: `first` to `last` are whole lines, each with its line feed, and LineSource::kPadding bytes
-/// behind them can be read. Returns: the beginning of the first line that was not taken, or `last`.
+/// Requires: `first` to `last` are whole lines, each with its line feed, and the bytes around them are as a
+/// LineSource has them, see LineSource::kPadding.
+/// Returns:  the beginning of the first line that was not taken, or `last`.
 const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
 
 /// Parses plain lines as above, but may leave a line to the one-by-one way at any time.
