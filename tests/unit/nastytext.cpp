@@ -251,8 +251,9 @@ QByteArray NastyText::mtl(unsigned int lines) {
 
 // Mostly bytes that mean something somewhere.
 QByteArray NastyText::noise(unsigned int bytes) {
-    static const QByteArray kFavourites(
-        "\n\n\r \t\0#/v f-+.0123456789e\xC2\xA0\x85\xE2\x80\xE3\xEF\xBB\xBF\xFE\xFF\xF0\x9F", 50);
+    static const char kFavouriteBytes[] =
+        "\n\n\r \t\0#/v f-+.0123456789e\xC2\xA0\x85\xE2\x80\xE3\xEF\xBB\xBF\xFE\xFF\xF0\x9F";
+    static const QByteArray kFavourites(kFavouriteBytes, sizeof kFavouriteBytes - 1);
     QByteArray text;
     for (unsigned int i = below(bytes + 1); i > 0; --i)
         text += below(3) == 0
