@@ -56,7 +56,8 @@ TEST(DocumentationTest, ProgramInTheDocumentationDraws) {
 }
 
 TEST(DocumentationTest, EverySnippetStandsInTheTests) {
-    const QString tests = folded(contentOf(__FILE__) + contentOf(TESTSCENE_SOURCE));
+    const QString tests =
+        folded(contentOf(TEST_SOURCES "/documentation_test.cpp") + contentOf(TEST_SOURCES "/testscene.cpp"));
     const QRegularExpression block(QStringLiteral("```(?:cpp|glsl)\n(.*?)```"),
                                    QRegularExpression::DotMatchesEverythingOption);
     int count = 0;
