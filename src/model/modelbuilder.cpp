@@ -1,6 +1,7 @@
 #include <velmodel/modelbuilder.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include <QtCore/QMessageLogger>
@@ -224,13 +225,8 @@ bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
 
 void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const WordView counts = WordView::of(_verticesPerFace.data());
-    QVector<unsigned int> faceStarts;
-    faceStarts.reserve(static_cast<int>(counts.count));
-    quint32 start = 0;
-    for (quint64 face = 0; face < counts.count; ++face) {
-        faceStarts.append(start);
-        start += counts.words[face];
-    }
+    QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
+    std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
     _faceCutter = std::make_unique<FaceCutter>();
     for (const GroupEntry& group : groupsInOrder())
         if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))

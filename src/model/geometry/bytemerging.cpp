@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "geometry/cornerset.h"
+#include "prefetch.h"
 
 namespace Atelier::Vel {
 
@@ -113,7 +114,7 @@ public:
 
     void fetchValues(quint32 corner) const {
         for (const CornerAttribute& attribute : _attributes)
-            __builtin_prefetch(bytesOf(attribute, corner, attribute.stride));
+            prefetch(bytesOf(attribute, corner, attribute.stride));
     }
 
 private:

@@ -4,6 +4,8 @@
 
 #include <QtCore/QtGlobal>
 
+#include "prefetch.h"
+
 namespace Atelier::Vel {
 
 /// One vertex attribute as the corners of a mesh refer to it: corner k uses the value whose number is entry k
@@ -28,7 +30,7 @@ struct CornerAttribute {
     /// Asks memory for the index entry of corner k.
     void fetchIndex(quint64 corner) const {
         if (indices != nullptr && corner < indexCount)
-            __builtin_prefetch(indices + corner * indexStep);
+            prefetch(indices + corner * indexStep);
     }
 };
 

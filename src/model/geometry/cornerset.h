@@ -5,6 +5,7 @@
 
 #include <QtCore/QtGlobal>
 
+#include "prefetch.h"
 #include "scratchblock.h"
 
 namespace Atelier::Vel {
@@ -81,7 +82,7 @@ private:
         block.count = std::min(kBlock, count - first);
         keys.hash(first, block.count, block.hashes.data());
         for (quint32 i = 0; i < block.count; ++i)
-            __builtin_prefetch(_slots + home(block.hashes[i]));
+            prefetch(_slots + home(block.hashes[i]));
     }
 
     void expect(Block& block, const quint32* firstCorner) const {
@@ -91,7 +92,7 @@ private:
             if (entry == 0 || (entry & ~_numberMask) != tag(block.hashes[i]))
                 continue;
             const quint32 number = (entry & _numberMask) - 1;
-            __builtin_prefetch(firstCorner + number);
+            prefetch(firstCorner + number);
             block.expected[block.expectedCount++] = number;
         }
     }

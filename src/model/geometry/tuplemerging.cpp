@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "geometry/indexblocks.h"
+#include "prefetch.h"
 
 namespace Atelier::Vel {
 
@@ -135,7 +136,7 @@ void TupleMerging::merge(const std::vector<CornerAttribute>& attributes, quint32
         for (quint32 i = 0; i < count; ++i) {
             // Look-ups of faces in random order would each wait for memory.
             constexpr quint32 kAhead = 24;
-            __builtin_prefetch(table.slots + numbers[0][std::min(i + kAhead, count - 1)]);
+            prefetch(table.slots + numbers[0][std::min(i + kAhead, count - 1)]);
             std::array<quint32, Others> others;
             for (std::size_t k = 0; k < Others; ++k)
                 others[k] = numbers[k + 1][i];

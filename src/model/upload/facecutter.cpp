@@ -5,6 +5,8 @@
 #include <limits>
 #include <numeric>
 
+#include "prefetch.h"
+
 namespace Atelier::Vel {
 
 namespace {
@@ -28,13 +30,67 @@ bool allBelow(const quint32* numbers, quint32 count, quint64 limit) {
     return std::all_of(numbers, numbers + count, [limit](quint32 number) { return number < limit; });
 }
 
+/// Where the corners of a face lie; none for a face that is not there.
+struct FaceRange {
+    const quint32* corners;
+    quint32 count;
+};
+
+/// Asks memory for what faces ahead will need: the furthest one's place in the table, a nearer one's corners,
+/// the positions of one still nearer. The faces of one material may lie anywhere in the mesh; those that
+/// follow each other need no help.
+class FaceFetcher {
+public:
+    FaceFetcher(const FaceTable& table, const WordView& faces) : _table(table), _faces(faces) {}
+
+    void fetchFor(quint64 k) const {
+        if (k + kTableAhead >= _faces.count || isNext(k + kTableAhead))
+            return;
+        const quint32 face = _faces.words[k + kTableAhead];
+        if (face < static_cast<quint64>(_table.starts.size()))
+            prefetch(_table.starts.constData() + face);
+        if (face < _table.counts.count)
+            prefetch(_table.counts.words + face);
+        prefetch(rangeOf(k + kCornersAhead).corners);
+        const FaceRange near = rangeOf(k + kPositionsAhead);
+        for (quint32 i = 0; i < std::min(near.count, kMostCornersFetched); ++i)
+            prefetch(_table.positions.bytes +
+                     std::min(near.corners[i] * kPositionBytes, _table.positions.count));
+    }
+
+private:
+    static constexpr quint64 kTableAhead = 24;
+    static constexpr quint64 kCornersAhead = 16;
+    static constexpr quint64 kPositionsAhead = 8;
+    static constexpr quint32 kMostCornersFetched = 16;
+    static constexpr quint64 kPositionBytes = 3 * sizeof(float);
+
+    bool isNext(quint64 k) const { return _faces.words[k] == _faces.words[k - 1] + 1; }
+
+    FaceRange rangeOf(quint64 k) const {
+        const quint32 face = _faces.words[k];
+        if (face >= _table.counts.count || face >= static_cast<quint64>(_table.starts.size()))
+            return {nullptr, 0};
+        const quint32 start = _table.starts.at(static_cast<int>(face));
+        const quint32 count = _table.counts.words[face];
+        if (quint64{start} + count > _table.corners.count)
+            return {nullptr, 0};
+        return {_table.corners.words + start, count};
+    }
+
+    const FaceTable& _table;
+    const WordView& _faces;
+};
+
 } // namespace
 
 bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
     const quint64 faceLimit =
         std::min<quint64>(table.counts.count, static_cast<quint64>(table.starts.size()));
+    const FaceFetcher fetcher(table, faces);
     quint64 used = 0;
     for (quint64 k = 0; k < faces.count; ++k) {
+        fetcher.fetchFor(k);
         const quint32 face = faces.words[k];
         const quint32 count = face < faceLimit ? table.counts.words[face] : 0;
         const quint32 start = face < faceLimit ? table.starts.at(static_cast<int>(face)) : 0;
