@@ -59,6 +59,9 @@ inline bool equalBytes(const unsigned char* a, const unsigned char* b, quint64 c
     }
 }
 
+// Beyond this, slot numbers would not fit 32 bits.
+constexpr quint32 kMostSieved = 1U << 29;
+
 /// Calls `work` with what absorbs values of the given stride.
 template<typename Work>
 void withStride(quint64 stride, const Work& work) {
@@ -127,7 +130,104 @@ private:
     std::vector<unsigned char> _zeros;
 };
 
+/// Slots of two bits that say whether none, one or several corners hash to them.
+class DuplicateSieve {
+public:
+    explicit DuplicateSieve(quint32 cornerCount)
+        : _slotCount(kSlotsPerCorner * quint64{cornerCount} + 1),
+          _words((_slotCount / kSlotsPerWord + 1) * sizeof(quint64)) {}
+
+    quint32 slotOf(quint64 hash) const { return static_cast<quint32>((hash >> 32) * _slotCount >> 32); }
+    void count(quint32 slot) {
+        quint64& word = _words.as<quint64>()[slot / kSlotsPerWord];
+        const quint32 shift = slot % kSlotsPerWord * 2;
+        word |= ((word >> shift & 1) << 1 | 1) << shift;
+    }
+    bool isShared(quint32 slot) const {
+        return (_words.as<quint64>()[slot / kSlotsPerWord] >> (slot % kSlotsPerWord * 2) & 2) != 0;
+    }
+
+private:
+    static constexpr quint64 kSlotsPerCorner = 7;
+    static constexpr quint32 kSlotsPerWord = 32;
+
+    quint64 _slotCount;
+    ScratchBlock _words;
+};
+
+/// The corners whose value in one attribute may have the same bytes as that of another corner, in their
+/// order; all corners that have such a value are among them. `slots` is working memory for an entry per
+/// corner.
+std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* slots) {
+    const std::vector<unsigned char> zeros(attribute.stride);
+    DuplicateSieve sieve(cornerCount);
+    withStride(attribute.stride, [&](auto absorb) {
+        for (quint32 corner = 0; corner < cornerCount; ++corner) {
+            const quint64 value = attribute.valueOf(corner);
+            const unsigned char* const bytes =
+                value == attribute.valueCount ? zeros.data() : attribute.values + value * absorb.stride();
+            slots[corner] = sieve.slotOf(absorb(0, bytes));
+            sieve.count(slots[corner]);
+        }
+    });
+    std::vector<quint32> result;
+    for (quint32 corner = 0; corner < cornerCount; ++corner)
+        if (sieve.isShared(slots[corner]))
+            result.push_back(corner);
+    return result;
+}
+
+/// The attributes as the given corners use them, one after the other; `numbers` takes their index lists.
+std::vector<CornerAttribute> attributesOf(const std::vector<CornerAttribute>& attributes,
+                                          const std::vector<quint32>& corners,
+                                          std::vector<quint32>& numbers) {
+    std::vector<CornerAttribute> result = attributes;
+    numbers.resize(attributes.size() * corners.size());
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        quint32* const list = numbers.data() + i * corners.size();
+        std::transform(corners.begin(), corners.end(), list,
+                       [&](quint32 corner) { return static_cast<quint32>(attributes[i].valueOf(corner)); });
+        result[i].indices = list;
+        result[i].indexCount = corners.size();
+        result[i].indexStep = 1;
+    }
+    return result;
+}
+
 } // namespace
+
+quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
+                            quint32* vertexOfCorner, quint32* firstCorner) {
+    const auto key = std::max_element(
+        attributes.begin(), attributes.end(),
+        [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
+    if (key == attributes.end() || cornerCount > kMostSieved)
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorner);
+    const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner);
+    const auto count = static_cast<quint32>(suspected.size());
+    if (count > cornerCount / 4)
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorner);
+
+    std::vector<quint32> numbers;
+    std::vector<quint32> group(count);
+    std::vector<quint32> firstOfGroup(count);
+    mergeByBytes(attributesOf(attributes, suspected, numbers), count, group.data(), firstOfGroup.data());
+    std::vector<quint32> vertexOfGroup(count);
+    quint32 vertices = 0;
+    quint32 suspect = 0;
+    for (quint32 corner = 0; corner < cornerCount; ++corner) {
+        const bool isSuspect = suspect < count && suspected[suspect] == corner;
+        if (isSuspect && firstOfGroup[group[suspect]] != suspect) {
+            vertexOfCorner[corner] = vertexOfGroup[group[suspect++]];
+            continue;
+        }
+        if (isSuspect)
+            vertexOfGroup[group[suspect++]] = vertices;
+        firstCorner[vertices] = corner;
+        vertexOfCorner[corner] = vertices++;
+    }
+    return vertices;
+}
 
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                      quint32* vertexOfCorner, quint32* firstCorner) {

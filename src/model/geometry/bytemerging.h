@@ -15,6 +15,11 @@ namespace Atelier::Vel {
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                      quint32* vertexOfCorner, quint32* firstCorner);
 
+/// The same result, sooner where few corners are alike: only those whose values in the largest attribute
+/// share a hash with others are looked up.
+quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
+                            quint32* vertexOfCorner, quint32* firstCorner);
+
 /// Copies the value of each of the given corners to `out`, one after the other.
 void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count,
                   unsigned char* out);

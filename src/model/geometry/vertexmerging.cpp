@@ -69,7 +69,7 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 co
     _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32));
     const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32));
     auto* const vertices = vertexOfTuple.as<quint32>();
-    _vertexCount = mergeByBytes(_attributes, tupleCount, vertices, _corners->as<quint32>());
+    _vertexCount = mergeMostlyDistinct(_attributes, tupleCount, vertices, _corners->as<quint32>());
     if (_vertexCount != tupleCount)
         std::transform(vertexOfCorner, vertexOfCorner + cornerCount, vertexOfCorner,
                        [vertices](quint32 tuple) { return vertices[tuple]; });

@@ -1,0 +1,87 @@
+#include "geometry/bytemerging.h"
+
+#include <cstring>
+#include <random>
+
+#include <gmock/gmock.h>
+
+namespace Atelier::Vel {
+namespace {
+
+/// Corners with a position and a colour, drawn from few or many different values; some have no value.
+struct Mesh {
+    std::vector<float> positions;
+    std::vector<quint32> colours;
+    std::vector<quint32> positionIndices;
+    std::vector<quint32> colourIndices;
+
+    Mesh(std::mt19937& random, quint32 cornerCount, quint32 differentValues) {
+        const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
+        // So many that corners seldom share one by chance: else nothing would be sieved.
+        const quint32 valueCount = cornerCount * 32;
+        for (quint32 value = 0; value < valueCount; ++value) {
+            colours.push_back(below(4));
+            for (int axis = 0; axis < 3; ++axis)
+                positions.push_back(axis == 0 ? static_cast<float>(below(differentValues)) : 0.0F);
+        }
+        for (quint32 corner = 0; corner < cornerCount; ++corner) {
+            const bool isRepeated = corner != 0 && below(30) == 0;
+            const quint32 source = below(corner + 1);
+            positionIndices.push_back(isRepeated ? positionIndices[source % corner] : below(valueCount + 1));
+            colourIndices.push_back(isRepeated ? colourIndices[source % corner] : below(valueCount + 1));
+        }
+    }
+
+    std::vector<CornerAttribute> attributes() const {
+        const quint64 valueCount = colours.size();
+        CornerAttribute position{positionIndices.data(), positionIndices.size()};
+        position.values = reinterpret_cast<const unsigned char*>(positions.data());
+        position.valueCount = valueCount;
+        position.stride = 3 * sizeof(float);
+        CornerAttribute colour{colourIndices.data(), colourIndices.size()};
+        colour.values = reinterpret_cast<const unsigned char*>(colours.data());
+        colour.valueCount = valueCount;
+        colour.stride = sizeof(quint32);
+        return {colour, position};
+    }
+};
+
+struct Merged {
+    std::vector<quint32> vertexOfCorner;
+    std::vector<quint32> firstCorner;
+};
+
+template<typename Merge>
+Merged mergedBy(const Merge& merge, const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+    Merged merged{std::vector<quint32>(cornerCount), std::vector<quint32>(cornerCount)};
+    merged.firstCorner.resize(
+        merge(attributes, cornerCount, merged.vertexOfCorner.data(), merged.firstCorner.data()));
+    return merged;
+}
+
+void expectSameVertices(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+    const Merged expected = mergedBy(mergeByBytes, attributes, cornerCount);
+    const Merged merged = mergedBy(mergeMostlyDistinct, attributes, cornerCount);
+    EXPECT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
+    EXPECT_EQ(merged.firstCorner, expected.firstCorner);
+}
+
+TEST(ByteMergingTest, SievedCornersMergeAsAllDo) {
+    std::mt19937 random(61);
+    for (const quint32 differentValues : {1U, 3U, 1000U, 100000U, 100000000U})
+        for (const quint32 cornerCount : {1U, 2U, 40U, 5000U}) {
+            SCOPED_TRACE(testing::Message() << cornerCount << " corners, " << differentValues << " values");
+            expectSameVertices(Mesh(random, cornerCount, differentValues).attributes(), cornerCount);
+        }
+}
+
+TEST(ByteMergingTest, CornersWithoutAnyBytesAreOneVertex) {
+    std::vector<quint32> vertexOfCorner(3);
+    std::vector<quint32> firstCorner(3);
+    EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 3, vertexOfCorner.data(), firstCorner.data()), 1U);
+    EXPECT_THAT(vertexOfCorner, testing::ElementsAre(0, 0, 0));
+    EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 0, nullptr, nullptr), 0U);
+}
+
+} // namespace
+} // namespace Atelier::Vel
