@@ -150,6 +150,11 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDropped) {
             << blockBytes;
 }
 
+TEST_F(LineSourceTest, ByteOrderMarkBehindADroppedLineDoesNotCount) {
+    write(QByteArray(4096, 'x') + "\xEF\xBB\xBF\nb\n");
+    EXPECT_EQ(lines(limitsOf(4096, 1000)), QStringList({"b"}));
+}
+
 TEST_F(LineSourceTest, LinesBeyondTheLimitAreDroppedFromStreamsToo) {
     QString text = QStringLiteral("a\n") + QString(5000, QLatin1Char('x')) + QStringLiteral("\nb\n") +
                    QString(1500, QLatin1Char('x'));

@@ -74,6 +74,9 @@ LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
 }
 
 void LineSource::skipByteOrderMark() {
+    // The beginning of the file is gone when its first line was too long.
+    if (_blockOffset != 0)
+        return;
     const QByteArray start =
         QByteArray::fromRawData(_block, static_cast<int>(std::min<qint64>(_blockEnd - _block, 4)));
     const QTextCodec* codec = QTextCodec::codecForUtfText(start, nullptr);
