@@ -150,7 +150,7 @@ VELMODEL_STEP void storeTwo(__m128d mantissas, const Decimal& low, const Decimal
     const __m128d powers =
         _mm_loadh_pd(_mm_load_sd(kPowersOfTen + low.fraction), kPowersOfTen + high.fraction);
     const __m128 both = withSigns(_mm_div_pd(mantissas, powers), low, high);
-    _mm_store_sd(reinterpret_cast<double*>(values), _mm_castps_pd(both));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(values), _mm_castps_si128(both));
 }
 
 VELMODEL_STEP void storeOne(__m128d mantissa, const Decimal& decimal, float* value) {
