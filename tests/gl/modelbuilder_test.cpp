@@ -238,6 +238,7 @@ protected:
             expectCells(drawn(model, *program(kGroupIdShader)), [](int id) { return QColor(id, 200, 0); });
     }
 
+public:
     Literal::Mesh mesh;
 };
 

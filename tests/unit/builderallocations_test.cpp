@@ -26,7 +26,8 @@ std::size_t allocationsOfUpload(unsigned int faceCount) {
     std::vector<unsigned int> faces;
     for (unsigned int face = 0; face < faceCount; ++face) {
         const float x = static_cast<float>(face % 1000);
-        const float y = static_cast<float>(face / 1000);
+        const unsigned int row = face / 1000;
+        const float y = static_cast<float>(row);
         const float polygon[] = {x, y, 0, x + 1, y, 0, x + 1.5F, y + 0.5F, 0, x + 1, y + 1, 0, x, y + 1, 0};
         counts.push_back(3 + face % 3);
         faces.push_back(face);

@@ -59,6 +59,7 @@ protected:
                                  percent, indexSize);
     }
 
+public:
     std::unique_ptr<ModelBuilder> builder = std::make_unique<ModelBuilder>();
     MessageLog log;
 };
@@ -75,7 +76,7 @@ TEST_F(GPUStreamsTest, CompleteStreamsAreLeftAlone) {
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1, 0});
     build(false);
     const auto before = access().attribute("a").streams;
-    const QSharedPointer<ModelDataStream> kept = before[ModelBuilderAccess::kGPUValues];
+    const QSharedPointer<ModelDataStream>& kept = before[ModelBuilderAccess::kGPUValues];
     log.clear();
     build(true);
     EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUValues), kept);
@@ -390,6 +391,7 @@ protected:
         record.streams[ModelBuilderAccess::kGPUIndices] = shared;
     }
 
+public:
     QSharedPointer<ModelDataStream> shared = QSharedPointer<ModelDataArray>::create(kUnsignedInt);
 };
 

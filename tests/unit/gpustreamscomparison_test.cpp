@@ -61,6 +61,7 @@ private:
         attribute.elementSize = static_cast<int>(ModelDataStream::typeSize(type));
         attribute.components = 1 + below(4);
         std::vector<QByteArray> values;
+        values.reserve(static_cast<std::size_t>(recipe.distinctValues));
         for (int i = 0; i < recipe.distinctValues; ++i)
             values.push_back(value(attribute.stride(), type));
         for (int i = 0; i < recipe.values; ++i)

@@ -57,6 +57,7 @@ protected:
     /// A unit square with a fifth vertex above it.
     void square() { fillPositions({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0.5F, 2, 0}); }
 
+public:
     ModelBuilder builder{QSharedPointer<Testing::PlainAllocator>::create(), 0xF0};
     QSharedPointer<ModelDataStream> positions = QSharedPointer<Testing::PlainStream>::create(kFloat, 0U);
     QSharedPointer<ModelDataStream> corners = QSharedPointer<Testing::PlainStream>::create(kUnsignedInt, 0U);
@@ -263,10 +264,11 @@ TEST_F(MaterialGroupsTest, MoreIndicesThanABlockStayInOrder) {
 
 TEST_F(MaterialGroupsTest, PolygonLargerThanABlockIsCut) {
     constexpr int kCorners = 30000;
+    constexpr float kHalf = 15000.0F;
     faces({kCorners, 3});
     for (int i = 0; i < kCorners; ++i) {
         const float x = static_cast<float>(i < kCorners / 2 ? i : kCorners - 1 - i);
-        const float bulge = x * (kCorners / 2 - 1 - x) * 0.001F;
+        const float bulge = x * (kHalf - 1.0F - x) * 0.001F;
         fillPositions({x, i < kCorners / 2 ? -bulge : bulge + 1.0F, 0});
         fill(corners, {static_cast<quint32>(i)});
     }

@@ -73,6 +73,7 @@ protected:
     }
     ModelBuilderAccess access() { return ModelBuilderAccess(*builder); }
 
+public:
     RecordingContext context;
     GPUModel model;
     MessageLog log;

@@ -19,7 +19,7 @@ using testing::ElementsAre;
 
 std::vector<float> normals(const std::vector<float>& positions, const std::vector<quint32>& triangles,
                            quint32 vertexCount) {
-    std::vector<float> result(vertexCount * 3, 77.0F);
+    std::vector<float> result(std::size_t{vertexCount} * 3, 77.0F);
     generateVertexNormals(positions.data(), positions.size(), triangles.data(), triangles.size(), vertexCount,
                           result.data());
     return result;
@@ -49,12 +49,18 @@ TEST(NormalsTest, PositionsAndVerticesBehindTheEndAreNotTouched) {
     EXPECT_THAT(normals({}, {0, 1, 2}, 1), ElementsAre(0, 0, 0));
 }
 
+quint32 bitsOf(float value) {
+    quint32 bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
 /// The same bits, except that one NaN is as good as another.
 testing::AssertionResult sameFloats(const std::vector<float>& a, const std::vector<float>& b) {
     if (a.size() != b.size())
         return testing::AssertionFailure() << a.size() << " and " << b.size() << " floats";
     for (std::size_t i = 0; i < a.size(); ++i)
-        if (std::memcmp(&a[i], &b[i], sizeof(float)) != 0 && !(std::isnan(a[i]) && std::isnan(b[i])))
+        if (bitsOf(a[i]) != bitsOf(b[i]) && !(std::isnan(a[i]) && std::isnan(b[i])))
             return testing::AssertionFailure() << "float " << i << ": " << a[i] << " and " << b[i];
     return testing::AssertionSuccess();
 }
@@ -82,6 +88,7 @@ TEST(NormalsTest, EqualTheLiteralStepsBitByBit) {
             positions.push_back(round % 5 == 0 && random() % 8 == 0 ? nasty[random() % 11]
                                                                     : coordinate(random));
         std::vector<quint32> triangles;
+        triangles.reserve(3000);
         for (int i = 0; i < 3000; ++i)
             triangles.push_back(static_cast<quint32>(random() % vertexCount));
         ASSERT_TRUE(sameFloats(normals(positions, triangles, vertexCount),

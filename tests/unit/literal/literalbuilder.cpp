@@ -86,7 +86,7 @@ void optimizeGPUStreams(Mesh& mesh) {
 
 std::vector<float> vertexNormals(const std::vector<float>& positions, const std::vector<quint32>& triangles) {
     std::vector<QVector3D> normals(positions.size() / 3);
-    const auto position = [&](quint32 vertex) {
+    const auto position = [&](std::size_t vertex) {
         return QVector3D(positions[vertex * 3], positions[vertex * 3 + 1], positions[vertex * 3 + 2]);
     };
     for (std::size_t i = 0; i < triangles.size(); i += 3) {
