@@ -84,8 +84,8 @@ void cutAndGroup(TinyobjModel& model, const tinyobj::ObjReader& reader,
     std::vector<std::size_t> next(reader.GetMaterials().size() + 2, 0);
     for (const auto& shape : reader.GetShapes())
         for (std::size_t face = 0; face < shape.mesh.material_ids.size(); ++face)
-            next[std::size_t(shape.mesh.material_ids[face] + 2)] +=
-                (shape.mesh.num_face_vertices[face] - 2U) * 3;
+            next[std::size_t(shape.mesh.material_ids[face]) + 2] +=
+                (std::size_t(shape.mesh.num_face_vertices[face]) - 2) * 3;
     for (std::size_t material = 1; material < next.size(); ++material)
         next[material] += next[material - 1];
     model.indices.resize(next.back());
