@@ -1,6 +1,3 @@
-#include <QtCore/QFile>
-#include <QtCore/QRegularExpression>
-
 #include <velgl/autobinder.h>
 #include <velgl/gpumodel.h>
 #include <velgl/program.h>
@@ -11,21 +8,6 @@
 
 // The code in docs/velgl.md is the code in these tests.
 namespace Atelier::Vel::Testing {
-
-namespace {
-
-QString contentOf(const char* path) {
-    QFile file(QString::fromUtf8(path));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
-    return QString::fromUtf8(file.readAll());
-}
-
-// Line breaks and indentation do not count.
-QString folded(QString text) {
-    return text.remove(QRegularExpression(QStringLiteral("\\s+")));
-}
-
-} // namespace
 
 TEST(DocumentationTest, ProgramInTheDocumentationDraws) {
     registerTestPlans();
@@ -53,19 +35,6 @@ TEST(DocumentationTest, ProgramInTheDocumentationDraws) {
 
     EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::red));
     EXPECT_EQ(picture.pixels().pixelColor(10, 4), QColor(Qt::green));
-}
-
-TEST(DocumentationTest, EverySnippetStandsInTheTests) {
-    const QString tests =
-        folded(contentOf(TEST_SOURCES "/documentation_test.cpp") + contentOf(TEST_SOURCES "/testscene.cpp"));
-    const QRegularExpression block(QStringLiteral("```(?:cpp|glsl)\n(.*?)```"),
-                                   QRegularExpression::DotMatchesEverythingOption);
-    int count = 0;
-    for (auto match = block.globalMatch(contentOf(DOCUMENTATION)); match.hasNext(); ++count) {
-        const QString snippet = folded(match.next().captured(1));
-        EXPECT_TRUE(tests.contains(snippet)) << snippet.toStdString();
-    }
-    EXPECT_EQ(count, 3);
 }
 
 } // namespace Atelier::Vel::Testing
