@@ -15,8 +15,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An off-screen picture to draw into: colour and depth. Requires: while it lives, no context is current but its
-/// own.
+/// An off-screen picture to draw into: colour and depth. Requires: while it lives, no context is current but
+/// its own.
 class Framebuffer {
 public:
     explicit Framebuffer(const QSize& size);

@@ -51,7 +51,8 @@ public:
     void registerBO(const QString& name, QSharedPointer<BufferObject> buffer, int components,
                     unsigned int type) override {
         _recording->calls.append(
-            _name + QStringLiteral("%1, %2 components, type 0x%3").arg(name).arg(components).arg(type, 0, 16));
+            _name +
+            QStringLiteral("%1, %2 components, type 0x%3").arg(name).arg(components).arg(type, 0, 16));
         VertexArrayObject::registerBO(name, buffer, components, type);
     }
 

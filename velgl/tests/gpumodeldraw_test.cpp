@@ -233,10 +233,10 @@ TEST_P(GPUModelDrawTest, DrawableWithoutCollectionsDraws) {
     model.add(triangleRow(2), 1, nullptr, nullptr, 0);
     QString error;
     _program = Program::fromSource("#version 430 core\nin vec3 va_Vertex;\n"
-                                  "void main() { gl_Position = vec4(va_Vertex, 1.0); }\n",
-                                  "#version 430 core\nout vec4 pixel;\n"
-                                  "void main() { pixel = vec4(1.0); }\n",
-                                  error);
+                                   "void main() { gl_Position = vec4(va_Vertex, 1.0); }\n",
+                                   "#version 430 core\nout vec4 pixel;\n"
+                                   "void main() { pixel = vec4(1.0); }\n",
+                                   error);
     ASSERT_TRUE(_program) << error.toStdString();
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::white, Qt::white}));
 }

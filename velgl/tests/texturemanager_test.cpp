@@ -59,7 +59,8 @@ TEST_F(TextureManagerTest, PathThatDoesNotLoadIsReportedOnceAndNotTriedAgain) {
 
 TEST_F(TextureManagerTest, NewLoaderIsTriedOnPathsThatFailed) {
     const MessageLog log;
-    EXPECT_EQ(_manager.texture(QStringLiteral("/later.png"), _fallback.get()), _fallback.get()) << "no loader";
+    EXPECT_EQ(_manager.texture(QStringLiteral("/later.png"), _fallback.get()), _fallback.get())
+        << "no loader";
     _manager.setLoader([&](const QString&) { return _texture.get(); });
     EXPECT_EQ(_manager.texture(QStringLiteral("/later.png"), _fallback.get()), _texture.get());
 }

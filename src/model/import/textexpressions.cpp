@@ -3,8 +3,8 @@
 namespace Atelier::Vel {
 
 // Made once, in this order: compiling an expression costs more than reading a small file.
-// No string literals that live in this library: Qt keeps the patterns of compiled expressions, and compares them,
-// after the library is unloaded.
+// No string literals that live in this library: Qt keeps the patterns of compiled expressions, and compares
+// them, after the library is unloaded.
 const QRegExp contentExpression(QString::fromLatin1("\\S"));
 
 namespace {
