@@ -201,7 +201,7 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
     const auto key = std::max_element(
         attributes.begin(), attributes.end(),
         [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
-    if (key == attributes.end() || cornerCount > kMostSieved)
+    if (key == attributes.end() || key->valueCount == 0 || key->stride == 0 || cornerCount > kMostSieved)
         return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorner);
     const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner);
     const auto count = static_cast<quint32>(suspected.size());
