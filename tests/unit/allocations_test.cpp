@@ -32,7 +32,7 @@ protected:
     }
 
     QString write(const QByteArray& text) const {
-        const QString path = _directory.filePath(QStringLiteral("model.obj"));
+        QString path = _directory.filePath(QStringLiteral("model.obj"));
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(text);

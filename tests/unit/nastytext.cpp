@@ -68,8 +68,7 @@ QByteArray NastyText::number() {
                       "0.12345678",
                       "0.123456789012345678",
                       "9007199254740993",
-                      "\xE2\x88\x92"
-                      "1.5",
+                      "\342\210\2221.5",
                       "\xD9\xA1",
                       "\xEF\xBC\x91",
                       "1\xC3\xA9",
@@ -114,8 +113,7 @@ QByteArray NastyText::corner() {
                       "2147483648",
                       "-2147483648",
                       "-2147483649",
-                      "\xE2\x88\x92"
-                      "1",
+                      "\342\210\2221",
                       "1.0",
                       "1e1",
                       "00000000001",
@@ -130,8 +128,7 @@ QList<QByteArray> NastyText::names() {
     return {"red",
             "blue",
             "<default>",
-            "r\xC3\xA9"
-            "d",
+            "r\303\251d",
             "\xE8\xB5\xA4",
             "a/../b.png",
             "/abs/m.mtl",

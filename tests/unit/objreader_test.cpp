@@ -25,6 +25,8 @@ using Testing::LiteralObjReader;
 using Testing::NastyText;
 using Testing::scaled;
 
+constexpr qint64 kBlockBytes = qint64(256) * 1024;
+
 struct Record {
     Kind kind = Kind::None;
     bool ok = false;
@@ -35,7 +37,12 @@ struct Record {
     // Values by their bits, so that zeros have signs and a number that is none equals itself.
     friend bool operator==(const Record& a, const Record& b) {
         return a.kind == b.kind && a.ok == b.ok && a.corners == b.corners && a.text == b.text &&
-               std::memcmp(a.values.data(), b.values.data(), sizeof a.values) == 0;
+               a.valueBits() == b.valueBits();
+    }
+    std::array<quint32, 3> valueBits() const {
+        std::array<quint32, 3> bits;
+        std::memcpy(bits.data(), values.data(), sizeof bits);
+        return bits;
     }
     friend void PrintTo(const Record& record, std::ostream* out) {
         *out << static_cast<int>(record.kind) << (record.ok ? " ok " : " failed ") << record.values[0] << ' '
@@ -186,7 +193,7 @@ protected:
         LiteralObjReader reader(&stream);
         return takeAll(reader);
     }
-    void expectAsLiterally(const QByteArray& text, std::initializer_list<qint64> blockSizes = {256 * 1024}) {
+    void expectAsLiterally(const QByteArray& text, std::initializer_list<qint64> blockSizes = {kBlockBytes}) {
         const std::vector<Record> expected = readLiterally(text);
         for (const qint64 blockBytes : blockSizes) {
             LineSourceLimits limits;
@@ -408,25 +415,25 @@ TEST_F(ObjReaderTest, StreamThatWasReadFromGoesOnWhereItIs) {
 TEST_F(ObjReaderTest, NastyTextReadsAsLiterally) {
     NastyText nasty(1);
     for (int i = scaled(1500); i > 0; --i)
-        expectAsLiterally(nasty.obj(30), {4, 7, 64, 256 * 1024});
+        expectAsLiterally(nasty.obj(30), {4, 7, 64, kBlockBytes});
 }
 
 TEST_F(ObjReaderTest, DamagedTextReadsAsLiterally) {
     NastyText nasty(2);
     for (int i = scaled(1000); i > 0; --i)
-        expectAsLiterally(nasty.damaged(nasty.obj(30)), {5, 256 * 1024});
+        expectAsLiterally(nasty.damaged(nasty.obj(30)), {5, kBlockBytes});
 }
 
 TEST_F(ObjReaderTest, EncodedTextReadsAsLiterally) {
     NastyText nasty(3);
     for (int i = scaled(1000); i > 0; --i)
-        expectAsLiterally(nasty.encoded(nasty.obj(20)), {4, 256 * 1024});
+        expectAsLiterally(nasty.encoded(nasty.obj(20)), {4, kBlockBytes});
 }
 
 TEST_F(ObjReaderTest, NoiseReadsAsLiterally) {
     NastyText nasty(4);
     for (int i = scaled(2000); i > 0; --i)
-        expectAsLiterally(nasty.noise(200), {4, 33, 256 * 1024});
+        expectAsLiterally(nasty.noise(200), {4, 33, kBlockBytes});
 }
 
 // The stream decodes 16 KiB at a time, and malformed text that is cut there decodes differently.
@@ -436,7 +443,7 @@ TEST_F(ObjReaderTest, TextAcrossTheStreamsBlocksReadsAsLiterally) {
         QByteArray text = QByteArray("# filler\n").repeated(1800) + "usemtl ";
         text += QByteArray(16384 - text.size() - static_cast<int>(nasty.below(5)), 'x') + nasty.foreign(8) +
                 nasty.noise(60);
-        expectAsLiterally(text, {4096, 16384, 256 * 1024});
+        expectAsLiterally(text, {4096, 16384, kBlockBytes});
     }
 }
 
@@ -465,7 +472,7 @@ TEST_F(ObjReaderTest, LongLinesReadAsLiterally) {
 TEST_F(ObjReaderTest, RunsOfAnyLengthReadAsLiterally) {
     NastyText nasty(6);
     for (int i = scaled(10); i > 0; --i)
-        expectAsLiterally(nasty.plain(20'000), {4096, 256 * 1024});
+        expectAsLiterally(nasty.plain(20'000), {4096, kBlockBytes});
 }
 
 TEST_F(ObjReaderTest, PlainNumbersInRunsReadAsQStringReadsThem) {

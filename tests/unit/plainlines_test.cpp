@@ -46,18 +46,21 @@ std::vector<quint32> bitsOf(const FixedList<T, N>& list) {
     return bits;
 }
 
+std::vector<std::vector<quint32>> bitsOf(const Parsed& parsed) {
+    const ObjRun& run = *parsed.run;
+    return {bitsOf(run.positions),
+            bitsOf(run.normals),
+            bitsOf(run.texCoords),
+            bitsOf(run.cornerCounts),
+            bitsOf(run.positionIndices),
+            bitsOf(run.texCoordIndices),
+            bitsOf(run.normalIndices),
+            {parsed.counts.positions, parsed.counts.normals, parsed.counts.texCoords}};
+}
+
 void expectSame(const Parsed& a, const Parsed& b, const QByteArray& text) {
     ASSERT_EQ(a.taken, b.taken) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->positions), bitsOf(b.run->positions)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->normals), bitsOf(b.run->normals)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->texCoords), bitsOf(b.run->texCoords)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->cornerCounts), bitsOf(b.run->cornerCounts)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->positionIndices), bitsOf(b.run->positionIndices)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->texCoordIndices), bitsOf(b.run->texCoordIndices)) << text.toStdString();
-    ASSERT_EQ(bitsOf(a.run->normalIndices), bitsOf(b.run->normalIndices)) << text.toStdString();
-    ASSERT_EQ(a.counts.positions, b.counts.positions);
-    ASSERT_EQ(a.counts.normals, b.counts.normals);
-    ASSERT_EQ(a.counts.texCoords, b.counts.texCoords);
+    ASSERT_EQ(bitsOf(a), bitsOf(b)) << text.toStdString();
 }
 
 // The wide way takes longer decimals. What both take has to be the same.
@@ -76,12 +79,12 @@ bool isPlain(const QByteArray& line, WideParser* wideParser) {
 class PlainLinesTest : public testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
-        wideParser = GetParam() ? findWideParser() : nullptr;
-        if (GetParam() && wideParser == nullptr)
+        _wideParser = GetParam() ? findWideParser() : nullptr;
+        if (GetParam() && _wideParser == nullptr)
             GTEST_SKIP() << "no wide parser for this processor";
     }
 
-    WideParser* wideParser = nullptr;
+    WideParser* _wideParser = nullptr;
 };
 
 } // namespace
@@ -110,7 +113,7 @@ TEST_P(PlainLinesTest, OrdinaryLinesArePlain) {
                              "f 1234567/1234567/1234567 1/1/1 2/2/2 3/3/3 4/4/4",
                              "v 1.0 2.0 3.0\r",
                              "f 1 2 3\r"})
-        EXPECT_TRUE(isPlain(line, wideParser)) << line;
+        EXPECT_TRUE(isPlain(line, _wideParser)) << line;
 }
 
 TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
@@ -161,7 +164,7 @@ TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
                              "f 1/2-/3",
                              "f 1//-",
                              "\x80"})
-        EXPECT_FALSE(isPlain(line, wideParser)) << line;
+        EXPECT_FALSE(isPlain(line, _wideParser)) << line;
 }
 
 TEST_P(PlainLinesTest, FirstLineOfAKindIsLeftAlone) {
@@ -169,13 +172,13 @@ TEST_P(PlainLinesTest, FirstLineOfAKindIsLeftAlone) {
     const auto run = std::make_unique<ObjRun>();
     ObjLineCounts counts;
     const char* first = block.constData() + 64;
-    EXPECT_EQ(parsePlainLines(first, first + 14, counts, *run, wideParser), first);
+    EXPECT_EQ(parsePlainLines(first, first + 14, counts, *run, _wideParser), first);
     EXPECT_EQ(run->positions.size, 0u);
     EXPECT_EQ(counts.positions, 0u);
 }
 
 TEST_P(PlainLinesTest, ValuesAreThoseOfTheText) {
-    const Parsed parsed = parse("v 1.5 -2.25 3\nvt 0.5 -0.0\nvn 0.1 0.7 -1234567.5\n", wideParser);
+    const Parsed parsed = parse("v 1.5 -2.25 3\nvt 0.5 -0.0\nvn 0.1 0.7 -1234567.5\n", _wideParser);
     EXPECT_THAT(std::vector<float>(parsed.run->positions.items, parsed.run->positions.items + 3),
                 ElementsAre(1.5F, -2.25F, 3));
     EXPECT_THAT(bitsOf(parsed.run->texCoords), ElementsAre(0x3F000000, 0x80000000));
@@ -185,7 +188,7 @@ TEST_P(PlainLinesTest, ValuesAreThoseOfTheText) {
 }
 
 TEST_P(PlainLinesTest, IndicesCountBackFromTheLinesSoFar) {
-    const Parsed parsed = parse("v 0.0 0.0 0.0\nf -1/-1/-1 2/0/-5\n", wideParser);
+    const Parsed parsed = parse("v 0.0 0.0 0.0\nf -1/-1/-1 2/0/-5\n", _wideParser);
     EXPECT_THAT(bitsOf(parsed.run->positionIndices), ElementsAre(1, 1));
     EXPECT_THAT(bitsOf(parsed.run->texCoordIndices), ElementsAre(0, kNoIndex));
     EXPECT_THAT(bitsOf(parsed.run->normalIndices), ElementsAre(0, static_cast<quint32>(-4)));
@@ -193,16 +196,16 @@ TEST_P(PlainLinesTest, IndicesCountBackFromTheLinesSoFar) {
 }
 
 TEST_P(PlainLinesTest, LongFacesAreLeftAlone) {
-    EXPECT_TRUE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners), wideParser));
-    EXPECT_FALSE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners + 1), wideParser));
+    EXPECT_TRUE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners), _wideParser));
+    EXPECT_FALSE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners + 1), _wideParser));
 }
 
 TEST_P(PlainLinesTest, FullRunStops) {
     const QByteArray line = "v 1.0 2.0 3.0\n";
-    const Parsed parsed = parse(line.repeated(2000), wideParser);
+    const Parsed parsed = parse(line.repeated(2000), _wideParser);
     EXPECT_EQ(parsed.taken, static_cast<int>(ObjRun::kRecords) * line.size());
     EXPECT_TRUE(parsed.run->isFull());
-    const Parsed faces = parse(QByteArray("f 1 2 3 4 5 6 7 8\n").repeated(2000), wideParser);
+    const Parsed faces = parse(QByteArray("f 1 2 3 4 5 6 7 8\n").repeated(2000), _wideParser);
     EXPECT_LE(faces.run->positionIndices.size, size_t(ObjRun::kCorners));
     EXPECT_LT(faces.run->positionIndices.room(), size_t(ObjRun::kPlainCorners));
 }

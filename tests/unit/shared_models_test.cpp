@@ -90,21 +90,21 @@ const Exception* exceptionFor(int number) {
 class SharedModelsTest : public testing::Test {
 protected:
     void SetUp() override {
-        models = catalogue();
-        if (models.empty())
+        _models = catalogue();
+        if (_models.empty())
             GTEST_SKIP() << "no models at " << modelsDirectory().path().toStdString();
     }
 
-    std::map<int, Model> models;
-    MessageLog log; // what is odd in the models is logged
+    std::map<int, Model> _models;
+    MessageLog _log; // what is odd in the models is logged
 };
 
 TEST_F(SharedModelsTest, CatalogueIsWhole) {
-    EXPECT_EQ(models.size(), 38u);
+    EXPECT_EQ(_models.size(), 38u);
 }
 
 TEST_F(SharedModelsTest, EveryModelGivesItsTrianglesOrTheDefinedError) {
-    for (const auto& [number, model] : models) {
+    for (const auto& [number, model] : _models) {
         const RecordingContext context;
         const Exception* exception = exceptionFor(number);
         QString error;
@@ -129,7 +129,7 @@ TEST_F(SharedModelsTest, EveryModelGivesItsTrianglesOrTheDefinedError) {
 }
 
 TEST_F(SharedModelsTest, EveryModelLoadsAsLiterally) {
-    for (const auto& [number, model] : models) {
+    for (const auto& [number, model] : _models) {
         QString error;
         QString expectedError;
         const RecordingContext context;

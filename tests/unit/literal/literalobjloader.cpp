@@ -47,40 +47,50 @@ InstanceData identityInstance() {
     return instance;
 }
 
-bool readText(QFile& file, const QString& path, ModelBuilder& builder, QString& error) {
-    QTextStream stream(&file);
-    LiteralObjReader reader(&stream);
-    reader.setDirectory(QFileInfo(path).dir().absolutePath());
+/// One load, record by record.
+struct LiteralLoad {
+    ModelBuilder& builder;
+    LiteralObjReader& reader;
+    QString& error;
     QString group = QStringLiteral("<default>");
     unsigned int face = 0;
-    for (; reader.hasNext(); reader.next()) {
-        if (!reader.read())
-            continue;
+
+    bool takeRecord() {
         switch (reader.kind()) {
         case Kind::Position:
             addVertex(builder, kNames[0], 3, reader.values());
-            break;
+            return true;
         case Kind::Normal:
             addVertex(builder, kNames[1], 3, reader.values());
-            break;
+            return true;
         case Kind::TexCoord:
             addVertex(builder, kNames[2], 2, reader.values());
-            break;
+            return true;
         case Kind::Face:
             addFace(builder, reader);
             builder.addFacesToMaterialGroup(group, 1, &face, QString());
             ++face;
-            break;
+            return true;
         case Kind::MaterialLibrary:
-            if (!literalLoadMaterialLibrary(reader.text(), builder)) {
-                error = QStringLiteral("Failed to load MTL file '%1'").arg(reader.text());
-                return false;
-            }
-            break;
+            if (literalLoadMaterialLibrary(reader.text(), builder))
+                return true;
+            error = QStringLiteral("Failed to load MTL file '%1'").arg(reader.text());
+            return false;
         default:
             group = reader.text();
+            return true;
         }
     }
+};
+
+bool readText(QFile& file, const QString& path, ModelBuilder& builder, QString& error) {
+    QTextStream stream(&file);
+    LiteralObjReader reader(&stream);
+    reader.setDirectory(QFileInfo(path).dir().absolutePath());
+    LiteralLoad load{builder, reader, error};
+    for (; reader.hasNext(); reader.next())
+        if (reader.read() && !load.takeRecord())
+            return false;
     return true;
 }
 
