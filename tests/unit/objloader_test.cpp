@@ -42,6 +42,23 @@ using Testing::NastyText;
 using Testing::RecordingContext;
 using Testing::scaled;
 
+/// Makes root anybody while it lives: root may read every file.
+class WithoutRootsRights {
+public:
+    WithoutRootsRights() : _user(geteuid()) {
+        constexpr uid_t kNobody = 65534;
+        if (_user == 0) {
+            EXPECT_EQ(seteuid(kNobody), 0);
+        }
+    }
+    ~WithoutRootsRights() { EXPECT_EQ(seteuid(_user), 0); }
+    WithoutRootsRights(const WithoutRootsRights&) = delete;
+    WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
+
+private:
+    uid_t _user;
+};
+
 /// What one load gave.
 struct Loaded {
     std::unique_ptr<GPUModel> model;
@@ -182,11 +199,14 @@ TEST_F(ObjLoaderTest, SocketFails) {
 
 TEST_F(ObjLoaderTest, UnreadableFileFails) {
     write(QStringLiteral("secret.obj"), kCube);
-    QFile::setPermissions(path(QStringLiteral("secret.obj")), QFileDevice::Permissions());
-    if (QFileInfo(path(QStringLiteral("secret.obj"))).isReadable())
-        GTEST_SKIP() << "this user may read everything";
-    EXPECT_EQ(loadFile(path(QStringLiteral("secret.obj"))).model, nullptr);
-    EXPECT_EQ(load("mtllib secret.obj\n").model, nullptr);
+    write(QStringLiteral("model.obj"), kCube + "mtllib secret.obj\n");
+    const QString secret = path(QStringLiteral("secret.obj"));
+    ASSERT_EQ(chmod(qPrintable(path(QString())), 0755), 0);
+    ASSERT_EQ(chmod(qPrintable(secret), 0), 0);
+    const WithoutRootsRights asAnybody;
+    EXPECT_EQ(loadFile(secret).error, QStringLiteral("Failed to load OBJ file '%1'").arg(secret));
+    EXPECT_EQ(loadFile(path(QStringLiteral("model.obj"))).error,
+              QStringLiteral("Failed to load MTL file '%1'").arg(secret));
 }
 
 TEST_F(ObjLoaderTest, MissingLibraryFailsWithItsAbsolutePath) {
