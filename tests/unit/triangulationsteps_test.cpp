@@ -32,7 +32,8 @@ std::vector<PlanePoint> planePoints(std::initializer_list<float> xy) {
 
 std::vector<int> clipped(const std::vector<PlanePoint>& points, bool clockwise) {
     PolygonScratch scratch;
-    scratch.points.append(points.data(), static_cast<int>(points.size()));
+    for (const PlanePoint& point : points)
+        scratch.points.append(point);
     EarClip(static_cast<int>(points.size()), clockwise, scratch);
     return {scratch.triangles.begin(), scratch.triangles.end()};
 }
