@@ -18,7 +18,9 @@ size_t count = 0;
 } // namespace
 
 #ifdef VELMODEL_COUNTS_ALLOCATIONS
-// Everything in the process allocates through these, Qt's strings included.
+// Everything in the process allocates through these, Qt's strings included: the libraries see them, although
+// the project hides its symbols.
+#pragma GCC visibility push(default)
 extern "C" {
 void* __libc_malloc(size_t bytes);                  // NOLINT
 void* __libc_realloc(void* memory, size_t bytes);   // NOLINT
@@ -36,6 +38,7 @@ void* calloc(size_t elements, size_t bytes) { // NOLINT
     return __libc_calloc(elements, bytes);
 }
 }
+#pragma GCC visibility pop
 #endif
 
 namespace Atelier::Vel::Testing {
