@@ -32,20 +32,29 @@ const char* readDigits(const char* first, const char* last, Decimal& decimal) {
     return first;
 }
 
-// Returns: false where the exponent is missing or has more than four digits.
-bool readExponent(const char* first, const char* last, int& exponent) {
+// An integer with an optional sign. Returns: false where it is missing or has more than `mostDigits` digits.
+bool readInteger(const char* first, const char* last, int mostDigits, int& value) {
     const bool negative = first != last && *first == '-';
     if (first != last && (*first == '-' || *first == '+'))
         ++first;
-    if (first == last || last - first > 4)
+    if (first == last || last - first > mostDigits)
         return false;
-    int value = 0;
+    int magnitude = 0;
     for (; first != last; ++first) {
         if (!isDigit(*first))
             return false;
-        value = value * 10 + (*first - '0');
+        magnitude = magnitude * 10 + (*first - '0');
     }
-    exponent += negative ? -value : value;
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
+bool readExponent(const char* first, const char* last, int& exponent) {
+    constexpr int kMostDigits = 4;
+    int value = 0;
+    if (!readInteger(first, last, kMostDigits, value))
+        return false;
+    exponent += value;
     return true;
 }
 
@@ -100,20 +109,9 @@ bool parseFloat(const char* first, const char* last, float& value) {
 }
 
 bool parseInt(const char* first, const char* last, int& value) {
-    const bool negative = first != last && *first == '-';
-    if (first != last && (*first == '-' || *first == '+'))
-        ++first;
     // Nine digits always fit.
-    if (first == last || last - first > 9)
-        return false;
-    int magnitude = 0;
-    for (; first != last; ++first) {
-        if (!isDigit(*first))
-            return false;
-        magnitude = magnitude * 10 + (*first - '0');
-    }
-    value = negative ? -magnitude : magnitude;
-    return true;
+    constexpr int kMostDigits = 9;
+    return readInteger(first, last, kMostDigits, value);
 }
 
 } // namespace Atelier::Vel
