@@ -5,6 +5,7 @@
 
 #include "checksum.h"
 #include "layoutsum.h"
+#include "sharedpointer.h"
 
 namespace Atelier::Vel::Bench {
 
@@ -66,10 +67,10 @@ public:
     bool makeCurrent() override { return true; }
     void doneCurrent() override {}
     QSharedPointer<BufferObject> createBufferObject() override {
-        return QSharedPointer<AcceptingBuffer>::create(_log);
+        return shared<BufferObject>(std::make_unique<AcceptingBuffer>(_log));
     }
     QSharedPointer<VertexArrayObject> createVertexArrayObject() override {
-        return QSharedPointer<AcceptingVertexArray>::create(_log);
+        return shared<VertexArrayObject>(std::make_unique<AcceptingVertexArray>(_log));
     }
 
 private:

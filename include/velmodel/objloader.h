@@ -18,8 +18,9 @@ using LoadProgress = std::function<bool(qint64 bytesDone, qint64 bytesTotal)>;
 /// Requires: a current OpenGLDeviceContext for the upload; without one the model stays empty.
 /// Returns: null, and a message in `error` that names the file, when it or a library that it names is no
 /// regular file or cannot be read, or when it holds more than a stream of the builder can (a warning says
-/// which); `error` is left alone on success. Lines that mean nothing are passed over without a word. Cost:
-/// linear in the text, which is read in blocks and never held as a whole.
+/// which); `error` is left alone on success. Lines that mean nothing are passed over without a word. Throws
+/// std::bad_alloc when memory runs out, and keeps nothing then. Cost: linear in the text, which is read in
+/// blocks and never held as a whole.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
 /// What a load met on its way; filled by the overload that takes one.

@@ -1,6 +1,7 @@
 #include <velmodel/modelbuilder.h>
 
 #include <algorithm>
+#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -13,6 +14,7 @@
 
 #include "diagnostics.h"
 #include "geometry/normals.h"
+#include "sharedpointer.h"
 #include "streams/streamview.h"
 #include "upload/facecutter.h"
 #include "upload/instanceplans.h"
@@ -54,7 +56,7 @@ List sorted(List list) {
 ModelBuilder::ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator, quint64 materialFlagsMask)
     : _allocator(std::move(allocator)), _materialFlagsMask(materialFlagsMask) {
     if (_allocator.isNull())
-        _allocator = QSharedPointer<ModelDataArrayAllocator>::create();
+        _allocator = shared<ModelDataStreamAllocator>(std::make_unique<ModelDataArrayAllocator>());
     _verticesPerFace = makeStream(kIndexType, 0);
     _gpuIndices = makeStream(kIndexType, 0);
 }
@@ -272,7 +274,7 @@ std::vector<DrawGroup> ModelBuilder::drawGroups(quint64 drawKey) const {
 }
 
 QSharedPointer<ModelDataStream> ModelBuilder::makeStream(unsigned int type, quint64 count) const {
-    return QSharedPointer<ModelDataStream>(_allocator->alloc(type, count));
+    return shared(std::unique_ptr<ModelDataStream>(_allocator->alloc(type, count)));
 }
 
 void ModelBuilder::refuse(const QString& purpose) {

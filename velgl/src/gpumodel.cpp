@@ -38,16 +38,20 @@ GPUModel::~GPUModel() = default;
 
 int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
                   InstanceDataCollection* instances, const quint64& key) {
-    auto drawable = std::make_unique<ModelDrawable>();
-    drawable->materials.reset(materials);
-    drawable->instances.reset(instances);
+    // Owned at once, so that nothing is lost when memory is short.
+    std::unique_ptr<InstanceDataCollection> ownedMaterials(materials);
+    std::unique_ptr<InstanceDataCollection> ownedInstances(instances);
     const auto isKnown = [&](const auto& known) { return known->buffers.get() == buffers; };
     if (!buffers || std::any_of(_data->drawables.cbegin(), _data->drawables.cend(), isKnown))
         return -1;
     buffers->setParent(nullptr); // it has one owner now
+    std::unique_ptr<DrawBuffers> ownedBuffers(buffers);
     if (buffers->VAO() && buffers->VAO()->label().isEmpty())
         buffers->VAO()->setLabel(QStringLiteral("drawable %1").arg(drawableCount()));
-    drawable->buffers.reset(buffers);
+    auto drawable = std::make_unique<ModelDrawable>();
+    drawable->materials = std::move(ownedMaterials);
+    drawable->instances = std::move(ownedInstances);
+    drawable->buffers = std::move(ownedBuffers);
     drawable->key = key;
     if (instanceCount != 1)
         multiplyInstances(*buffers, std::max(instanceCount, 0));

@@ -4,6 +4,7 @@
 #include <velgl/vertexarrayobject.h>
 
 #include "contexttable.h"
+#include "sharedpointer.h"
 
 namespace Atelier::Vel {
 
@@ -53,11 +54,11 @@ bool OpenGLDeviceContext::makeCurrent() {
 void OpenGLDeviceContext::doneCurrent() {}
 
 QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {
-    return QSharedPointer<BufferObject>::create();
+    return shared(std::make_unique<BufferObject>());
 }
 
 QSharedPointer<VertexArrayObject> OpenGLDeviceContext::createVertexArrayObject() {
-    return QSharedPointer<VertexArrayObject>::create();
+    return shared(std::make_unique<VertexArrayObject>());
 }
 
 int OpenGLDeviceContext::version() const {

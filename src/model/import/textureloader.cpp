@@ -1,5 +1,7 @@
 #include <velmodel/textureloader.h>
 
+#include <memory>
+
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtGui/QImage>
@@ -95,12 +97,12 @@ Texture* LoadTexture(const QString& path) {
     const QImage image = readImage(path);
     if (image.isNull())
         return nullptr;
-    auto* texture = new Texture(kTexture2D, kRgba, image.width(), image.height(), 0, nullptr);
-    const AutoBinder binder(texture);
+    auto texture = std::make_unique<Texture>(kTexture2D, kRgba, image.width(), image.height(), 0, nullptr);
+    const AutoBinder binder(texture.get());
     fill(*texture, image);
-    cache.insert(path, texture);
+    cache.insert(path, texture.get());
     texture->setReadOnly();
-    return texture;
+    return texture.release();
 }
 
 } // namespace Atelier::Vel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include <velgl/bufferobject.h>
@@ -12,6 +13,7 @@
 #include <velgl/vertexarrayobject.h>
 
 #include "diagnostics.h"
+#include "sharedpointer.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
@@ -32,7 +34,8 @@ constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 /// stream.
 QSharedPointer<ModelDataStream> shortened(ModelDataStream& indices, ModelDataStreamAllocator& allocator) {
     const quint64 count = indices.size();
-    QSharedPointer<ModelDataStream> result(allocator.alloc(kUnsignedShort, count));
+    QSharedPointer<ModelDataStream> result =
+        shared(std::unique_ptr<ModelDataStream>(allocator.alloc(kUnsignedShort, count)));
     const ByteView target = ByteView::of(result.data());
     if (result.isNull() || target.count < count * sizeof(quint16))
         return {};
@@ -44,8 +47,9 @@ QSharedPointer<ModelDataStream> shortened(ModelDataStream& indices, ModelDataStr
     return result;
 }
 
-InstanceDataCollection* makeCollection(const QString& name, const QList<InstanceData>& items) {
-    return items.isEmpty() ? nullptr : new InstanceDataCollection(name, items);
+std::unique_ptr<InstanceDataCollection> makeCollection(const QString& name,
+                                                       const QList<InstanceData>& items) {
+    return items.isEmpty() ? nullptr : std::make_unique<InstanceDataCollection>(name, items);
 }
 
 } // namespace
@@ -106,7 +110,7 @@ bool ModelUpload::addAttribute(const QString& name, ModelDataStream& values, int
 void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
                               const QVector<DrawElementsIndirectCommand>& commands,
                               const std::vector<DrawGroup>& groups) const {
-    auto* const drawable = new DrawBuffers(nullptr);
+    auto drawable = std::make_unique<DrawBuffers>(nullptr);
     drawable->setVAO(_context.createVertexArrayObject());
     drawable->setIndexedDraw(_indexBuffer, _indexCount, _indexType);
     drawable->setVertexCount(static_cast<unsigned int>(_vertexCount));
@@ -127,8 +131,10 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
             instances.last().set(_options.groupIdMember, &group.id, sizeof group.id);
     }
     const QString materialName = materials.isEmpty() ? QString() : materials.first().name();
-    const int index = model.add(drawable, 1, makeCollection(materialName, materials),
-                                makeCollection(_options.instanceData.name(), instances), drawKey);
+    auto materialCollection = makeCollection(materialName, materials);
+    auto instanceCollection = makeCollection(_options.instanceData.name(), instances);
+    const int index =
+        model.add(drawable.release(), 1, materialCollection.release(), instanceCollection.release(), drawKey);
     for (std::size_t i = 0; i < groups.size(); ++i) {
         model.addMaterialName(index, static_cast<int>(i), groups[i].name);
         model.addObjectName(index, static_cast<int>(i), groups[i].objectName);

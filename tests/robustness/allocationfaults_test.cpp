@@ -1,0 +1,150 @@
+#include <velmodel/objloader.h>
+
+#include <memory>
+#include <new>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <velgl/gpumodel.h>
+
+#include "acceptingcontext.h"
+#include "faultyallocator.h"
+#include "nastytext.h"
+#include "summedload.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using Testing::AllocationFault;
+using Testing::blocksInUse;
+using Testing::FaultKind;
+using Testing::SummedLoad;
+using Testing::summedLoad;
+
+constexpr std::size_t kNever = ~std::size_t{0};
+// A load makes hundreds; where a sanitizer hides those of the heap, tens are left.
+constexpr std::size_t kFewRequests = 20;
+
+int openFiles() {
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size();
+}
+
+/// Messages go nowhere: what keeps them would have to allocate.
+class Silence {
+public:
+    Silence()
+        : _previous(qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {})) {}
+    ~Silence() { qInstallMessageHandler(_previous); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    QtMessageHandler _previous;
+};
+
+/// A context that takes every upload.
+class StandInContext {
+public:
+    StandInContext() { OpenGLDeviceContext::setCurrent(Bench::makeAcceptingContext()); }
+    ~StandInContext() { OpenGLDeviceContext::setCurrent({}); }
+    StandInContext(const StandInContext&) = delete;
+    StandInContext& operator=(const StandInContext&) = delete;
+};
+
+/// How a load went that was denied memory.
+struct DeniedLoad {
+    bool isLoaded = false;
+    bool isBadAlloc = false;
+    std::size_t requests = 0; ///< that it made in all
+    bool wasGranted = false;  ///< a request that was to be denied
+};
+
+DeniedLoad loadDenied(const QString& path, std::size_t first, FaultKind kind) {
+    const StandInContext context;
+    DeniedLoad result;
+    QString error;
+    std::unique_ptr<GPUModel> model;
+    try {
+        const AllocationFault fault(first, kind);
+        model.reset(loadModelFromOBJFile(path, error));
+    } catch (const std::bad_alloc&) {
+        result.isBadAlloc = true;
+    }
+    result.isLoaded = model != nullptr;
+    result.requests = AllocationFault::requests();
+    result.wasGranted = AllocationFault::granted() != 0;
+    return result;
+}
+
+QString sample(const QString& name) {
+    return QStringLiteral(VELMODEL_SOURCE_DIR "/samples/%1/%1.obj").arg(name);
+}
+
+class AllocationFaultsTest : public testing::TestWithParam<const char*> {
+protected:
+    QString model() const {
+        const QString name = QString::fromLatin1(GetParam());
+        if (name != QLatin1String("nasty"))
+            return sample(name);
+        Testing::NastyText nasty(3);
+        write(QStringLiteral("lib.mtl"), nasty.mtl(40));
+        const QByteArray polygon = QByteArray("v 1 2 3\nv 4 5 9\nv 0 -1 2\n").repeated(40) + "f " +
+                                   QByteArray("-1 -2 -3 ").repeated(40) + '\n';
+        write(QStringLiteral("nasty.obj"),
+              "mtllib lib.mtl\n" + nasty.plain(60) + polygon + nasty.obj(60).replace("mtllib", "# mtllib"));
+        return _folder.filePath(QStringLiteral("nasty.obj"));
+    }
+
+    /// Denies each request in turn and expects that the load says so, and that the next load gives the right
+    /// bytes and keeps no more memory than any.
+    void denyEach(FaultKind kind) const {
+        const Silence silence;
+        const QString path = model();
+        const QString other = sample(QStringLiteral("oddities"));
+        const SummedLoad expected = summedLoad(path);
+        ASSERT_TRUE(expected.isLoaded);
+        // The first exception of a process takes memory that is kept.
+        EXPECT_TRUE(loadDenied(path, 0, kind).isBadAlloc);
+        const std::size_t requests = loadDenied(path, kNever, kind).requests;
+        ASSERT_GT(requests, kFewRequests);
+        const SummedLoad expectedOther = summedLoad(other);
+        const std::size_t inUse = blocksInUse();
+        const int files = openFiles();
+        for (std::size_t first = 0; first < requests; ++first) {
+            const DeniedLoad denied = loadDenied(path, first, kind);
+            ASSERT_TRUE(denied.isBadAlloc || (denied.isLoaded && denied.wasGranted)) << first;
+            ASSERT_TRUE(summedLoad(other) == expectedOther) << first;
+            ASSERT_EQ(blocksInUse(), inUse) << first;
+        }
+        EXPECT_EQ(openFiles(), files);
+        EXPECT_TRUE(summedLoad(path) == expected);
+    }
+
+private:
+    void write(const QString& name, const QByteArray& content) const {
+        QFile file(_folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+
+    QTemporaryDir _folder;
+};
+
+} // namespace
+
+TEST_P(AllocationFaultsTest, OneDeniedRequestIsAnErrorAndLeavesNothing) {
+    denyEach(FaultKind::One);
+}
+
+TEST_P(AllocationFaultsTest, NoMemoryFromSomeRequestOnIsAnErrorAndLeavesNothing) {
+    denyEach(FaultKind::All);
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, AllocationFaultsTest,
+                         testing::Values("gear", "mosaic", "oddities", "showpiece", "nasty"));
+
+} // namespace Atelier::Vel
