@@ -135,7 +135,7 @@ bool loadMaterialLibrary(const QString& path, ModelBuilder& builder) {
         reader.next();
     }
     collector.finishMaterial();
-    return true;
+    return isReadToTheEnd(file);
 }
 
 } // namespace Atelier::Vel

@@ -167,6 +167,10 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
     ObjImport import(file);
     if (!import.readText(progress, error))
         return nullptr;
+    if (!isReadToTheEnd(file)) {
+        error = loadFailure(path);
+        return nullptr;
+    }
     std::unique_ptr<GPUModel> model = import.upload();
     if (report != nullptr)
         *report = import.report();

@@ -11,4 +11,9 @@ inline bool openTextFile(QFile& file) {
     return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Text);
 }
 
+/// Whether reading came to the end of the file. A stream takes a disk's error for that end.
+inline bool isReadToTheEnd(const QFile& file) {
+    return file.error() == QFileDevice::NoError;
+}
+
 } // namespace Atelier::Vel
