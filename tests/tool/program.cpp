@@ -8,10 +8,24 @@ namespace {
 
 constexpr int kPatienceMilliseconds = 300000;
 
+class Process : public QProcess {
+public:
+    explicit Process(const std::function<void()>& beforeStart) : _beforeStart(beforeStart) {}
+
+protected:
+    void setupChildProcess() override {
+        if (_beforeStart)
+            _beforeStart();
+    }
+
+private:
+    const std::function<void()>& _beforeStart;
+};
+
 } // namespace
 
 ProgramResult runProgram(const QStringList& arguments, const ProgramSurroundings& surroundings) {
-    QProcess process;
+    Process process(surroundings.beforeStart);
     process.setWorkingDirectory(QStringLiteral(VELMODEL_SOURCE_DIR));
     process.setProcessEnvironment(surroundings.environment);
     if (!surroundings.outputFile.isEmpty())

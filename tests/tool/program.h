@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QtCore/QByteArray>
 #include <QtCore/QProcessEnvironment>
 #include <QtCore/QString>
@@ -18,6 +20,8 @@ struct ProgramSurroundings {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     QString outputFile; ///< where standard output goes instead
     QString errorFile;  ///< where standard error goes instead
+    /// What happens in the new process before the program starts; not to allocate.
+    std::function<void()> beforeStart;
 };
 
 /// Runs velmodel in the source directory and waits for its end.

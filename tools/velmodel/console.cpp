@@ -1,7 +1,9 @@
 #include "console.h"
 
+#include <csignal>
 #include <cstdio>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <QtCore/QFile>
@@ -44,6 +46,15 @@ void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QSt
 
 } // namespace
 
+void prepareStandardStreams() {
+    // A reader that has gone away, and a file that has reached the size that is allowed.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) == -1)
+            open("/dev/null", O_RDONLY); // takes the lowest free number; writing to it fails
+}
+
 QStringList verbosityLevels() {
     return {QStringLiteral("debug"), QStringLiteral("info"), QStringLiteral("warning"),
             QStringLiteral("error")};
@@ -72,10 +83,22 @@ void reportError(const QString& text) {
     printLine("", text);
 }
 
+bool writeAll(QFileDevice& file, const QByteArray& bytes) {
+    // A disk that fills up takes a part first; why it takes no more, only a further try tells.
+    for (qint64 done = 0; done < bytes.size();) {
+        const qint64 taken = file.write(bytes.constData() + done, bytes.size() - done);
+        if (taken <= 0)
+            return false;
+        done += taken;
+    }
+    // Here and not later: QSaveFile::commit() forgets why a flush failed.
+    return file.flush();
+}
+
 QString writeToStandardOutput(const QByteArray& bytes) {
     QFile output;
-    const bool written = output.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                         output.write(bytes) == bytes.size();
+    const bool written =
+        output.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(output, bytes);
     return written ? QString() : output.errorString();
 }
 

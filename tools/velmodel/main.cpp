@@ -51,6 +51,7 @@ ExitCode run(const QStringList& arguments) {
 } // namespace Atelier::Vel::Tool
 
 int main(int argc, char** argv) {
+    Atelier::Vel::Tool::prepareStandardStreams();
     const QCoreApplication application(argc, argv);
     Atelier::Vel::Tool::installMessageLog();
     return static_cast<int>(Atelier::Vel::Tool::run(application.arguments().mid(1)));

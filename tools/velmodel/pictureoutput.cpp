@@ -28,22 +28,17 @@ QString encode(const QImage& picture, const QByteArray& format, QByteArray& byte
     return writer.write(picture) ? QString() : writer.errorString();
 }
 
-// Works with QFile and QSaveFile alike; `finish` makes sure that all has arrived.
-template<typename File, typename Finish>
-QString writeTo(File& file, const QByteArray& bytes, const Finish& finish) {
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && finish(file);
-    return written ? QString() : file.errorString();
-}
-
 QString writeToFile(const QByteArray& bytes, const QString& path) {
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         // Replacing a device or a pipe by a file would destroy it.
         QFile device(path);
-        return writeTo(device, bytes, [](QFile& file) { return file.flush(); });
+        return device.open(QIODevice::WriteOnly) && writeAll(device, bytes) ? QString()
+                                                                            : device.errorString();
     }
     QSaveFile file(path);
-    return writeTo(file, bytes, [](QSaveFile& written) { return written.commit(); });
+    return file.open(QIODevice::WriteOnly) && writeAll(file, bytes) && file.commit() ? QString()
+                                                                                     : file.errorString();
 }
 
 } // namespace
