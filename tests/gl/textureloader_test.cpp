@@ -7,6 +7,7 @@
 #include <QtGui/QImage>
 
 #include <epoxy/gl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gmock/gmock.h>
@@ -81,6 +82,20 @@ protected:
     QString save(const QImage& image, const QString& name) const {
         EXPECT_TRUE(image.save(path(name)));
         return path(name);
+    }
+
+    /// For images beyond the usual limit of a driver whose pixels take much memory.
+    static void expectRefusalWithoutDecoding(const QString& file) {
+        constexpr long kFewKilobytes = 40'000;
+        EntryPointLog log;
+        log.largestSide = 16'384;
+        rusage before{};
+        rusage after{};
+        getrusage(RUSAGE_SELF, &before);
+        EXPECT_EQ(LoadTexture(file), nullptr);
+        getrusage(RUSAGE_SELF, &after);
+        EXPECT_LT(after.ru_maxrss - before.ru_maxrss, kFewKilobytes);
+        EXPECT_TRUE(log.calls.isEmpty());
     }
 
 private:
@@ -234,6 +249,33 @@ TEST_F(TextureLoaderTest, HugeImageIsNullBeforeItIsDecoded) {
     file.close();
     EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
     EXPECT_TRUE(log.calls.isEmpty());
+}
+
+// Such a bitmap tells a negative height. The file is sparse; its pixels would take 80 MB.
+TEST_F(TextureLoaderTest, HugeTopDownBitmapIsNullBeforeItIsDecoded) {
+    const qint32 info[] = {40, 1000, -20'000, 1 | 32 << 16, 0, 0, 0, 0, 0, 0};
+    constexpr qint32 kHeaderBytes = 14 + sizeof info;
+    const qint32 places[] = {kHeaderBytes + 4 * 1000 * 20'000, 0, kHeaderBytes};
+    QFile file(path(QStringLiteral("huge.bmp")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("BM");
+    file.write(reinterpret_cast<const char*>(places), sizeof places);
+    file.write(reinterpret_cast<const char*>(info), sizeof info);
+    ASSERT_TRUE(file.resize(places[0]));
+    file.close();
+    expectRefusalWithoutDecoding(file.fileName());
+}
+
+// A GIF tells the size of its first picture, two by two pixels; its screen of 1000 by 20000 would take 80 MB.
+TEST_F(TextureLoaderTest, GifWithAHugeScreenIsNullBeforeItIsDecoded) {
+    QFile file(path(QStringLiteral("huge.gif")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromHex("474946383961"
+                                   "e803204e800000"
+                                   "000000ffffff"
+                                   "2c00000000020002000002028451003b"));
+    file.close();
+    expectRefusalWithoutDecoding(file.fileName());
 }
 
 } // namespace Atelier::Vel

@@ -2,8 +2,10 @@
 
 #include <memory>
 
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
+#include <QtCore/QtEndian>
 #include <QtGui/QImage>
 #include <QtGui/QImageReader>
 
@@ -44,10 +46,23 @@ int largestSide() {
     return side;
 }
 
+// A bitmap whose rows run from the top down tells a negative height; what tells no size at all fits.
 bool fits(const QSize& size) {
+    const qint64 width = qAbs(qint64(size.width()));
+    const qint64 height = qAbs(qint64(size.height()));
     const int side = largestSide();
-    return size.width() <= side && size.height() <= side &&
-           qint64(size.width()) * size.height() * 4 <= kLargestImageBytes;
+    return width <= side && height <= side && width * height * 4 <= kLargestImageBytes;
+}
+
+// The screen that a GIF is meant for: it is decoded to that size, but tells the one of its first picture.
+// Invalid for other files.
+QSize gifScreen(const QString& path) {
+    QFile file(path);
+    const QByteArray header = file.open(QIODevice::ReadOnly) ? file.read(10) : QByteArray();
+    if (header.size() < 10 || !header.startsWith("GIF8"))
+        return {};
+    return {qFromLittleEndian<quint16>(header.constData() + 6),
+            qFromLittleEndian<quint16>(header.constData() + 8)};
 }
 
 // Whether the pixels lie in memory as blue, green, red, alpha, eight bits each.
@@ -62,7 +77,7 @@ QImage readImage(const QString& path) {
         return {};
     QImageReader reader(path);
     // Not every format tells its size beforehand.
-    if (reader.size().isValid() && !fits(reader.size()))
+    if (!fits(reader.size()) || !fits(gifScreen(path)))
         return {};
     QImage image = reader.read();
     if (image.isNull() || !fits(image.size()))
