@@ -107,6 +107,7 @@ public:
 
 private:
     friend struct ModelBuilderAccess;
+    friend struct SingleUpload;
 
     struct MaterialGroup {
         InstanceData material;
@@ -148,6 +149,7 @@ private:
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
 
+    void dropInput();
     bool prepareUpload(const QString& positionAttribute);
     void abandonPreparation();
     void prepareMaterialGroups(const VertexAttribute& position);
@@ -169,6 +171,7 @@ private:
     quint64 _materialFlagsMask;
     Statistics _statistics;
     QStringList _refusedStreams;
+    bool _keepsInput = true;                 ///< beyond the first upload
     std::unique_ptr<FaceCutter> _faceCutter; ///< working memory while groups are prepared
 };
 

@@ -38,6 +38,8 @@ public:
 private:
     /// Gives the array a block of its own with room for `capacity` bytes. Returns: the one before.
     std::shared_ptr<ScratchBlock> moveTo(quint64 capacity);
+    /// The same, with room for `bytes` bytes and more to come.
+    std::shared_ptr<ScratchBlock> growTo(quint64 bytes);
     char* ownBytes();
     void resizeBytes(quint64 bytes);
 

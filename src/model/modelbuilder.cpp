@@ -202,6 +202,13 @@ quint64 ModelBuilder::VertexAttribute::vertexCount() const {
     return streams[kGPUValues]->size() / static_cast<quint64>(components);
 }
 
+void ModelBuilder::dropInput() {
+    for (VertexAttribute& record : _vertexAttributes) {
+        record.streams[kValues].reset();
+        record.streams[kIndices].reset();
+    }
+}
+
 bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
     _statistics.triangles = 0;
     _statistics.untriangulatedFaces = 0;
@@ -209,6 +216,8 @@ bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
     for (const VertexAttribute& record : qAsConst(_vertexAttributes))
         if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
             return false;
+    if (!_keepsInput)
+        dropInput();
     // A copy: the table may grow below.
     const VertexAttribute position = _vertexAttributes.value(positionAttribute);
     if (position.streams[kGPUValues].isNull()) {

@@ -12,6 +12,14 @@ namespace Atelier::Vel {
 
 namespace {
 
+// A name that is null is what stands for none anyhow.
+void setName(QHash<int, QString>& names, int command, const QString& name) {
+    if (!name.isNull())
+        names.insert(command, name);
+    else
+        names.remove(command);
+}
+
 // Every command is drawn `times` times as often.
 void multiplyInstances(DrawBuffers& buffers, int times) {
     QVector<DrawElementsIndirectCommand> commands = buffers.drawElementsIndirectCommands();
@@ -62,12 +70,12 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
 
 void GPUModel::addMaterialName(int drawable, int command, const QString& name) {
     if (ModelDrawable* known = _data->find(drawable))
-        known->materialNames.insert(command, name);
+        setName(known->materialNames, command, name);
 }
 
 void GPUModel::addObjectName(int drawable, int command, const QString& name) {
     if (ModelDrawable* known = _data->find(drawable))
-        known->objectNames.insert(command, name);
+        setName(known->objectNames, command, name);
 }
 
 int GPUModel::drawableCount() const {

@@ -114,14 +114,34 @@ void BuilderFeed::flushValues(const Attribute& attribute, FixedList<float, N>& v
     values.size = 0;
 }
 
-void BuilderFeed::flushIndices(const Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices) {
-    if (attribute.declared && indices.size != 0)
+// A list that ends early means the same as one that goes on without indices, and faces that give none for an
+// attribute are many: such corners are handed on only when one with an index follows.
+void BuilderFeed::flushIndices(Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices) {
+    const auto isNone = [](quint32 index) { return index == kNoIndex; };
+    if (attribute.declared && std::all_of(indices.items, indices.items + indices.size, isNone)) {
+        attribute.withheld += indices.size;
+    } else if (attribute.declared) {
+        handOnWithheld(attribute, attribute.withheld);
         _builder.addIndicesToVertexAttribute(attribute.name, indices.size, indices.items);
+    }
     indices.size = 0;
+}
+
+void BuilderFeed::handOnWithheld(Attribute& attribute, quint64 count) {
+    if (count == 0)
+        return;
+    const std::vector<quint32> none(std::min<quint64>(count, ObjRun::kCorners), kNoIndex);
+    for (quint64 left = count; left > 0; left -= std::min<quint64>(left, none.size()))
+        _builder.addIndicesToVertexAttribute(attribute.name, std::min<quint64>(left, none.size()),
+                                             none.data());
+    attribute.withheld -= count;
 }
 
 void BuilderFeed::finish() {
     flush();
+    // An attribute without any index would make the builder invalid.
+    for (Attribute* attribute : {&_position, &_normal, &_texCoord})
+        handOnWithheld(*attribute, std::min<quint64>(attribute->withheld, 1));
     if (!_normal.declared)
         _builder.generateNormals(_normal.name);
     if (!_texCoord.declared) {

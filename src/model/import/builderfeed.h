@@ -40,6 +40,7 @@ private:
         QString name;
         int components;
         bool declared = false;
+        quint64 withheld = 0; ///< corners without an index, at the end, that the builder does not know of
     };
 
     void declare(Attribute& attribute);
@@ -48,7 +49,8 @@ private:
     void addVertex(Attribute& attribute, FixedList<float, N>& values, const float* operands);
     template<size_t N>
     void flushValues(const Attribute& attribute, FixedList<float, N>& values);
-    void flushIndices(const Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices);
+    void handOnWithheld(Attribute& attribute, quint64 count);
+    void flushIndices(Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices);
     void joinGroup();
 
     ModelBuilder& _builder;

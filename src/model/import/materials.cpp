@@ -33,7 +33,9 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
 /// Collects the lines of one material at a time and makes a group of each.
 class MaterialCollector {
 public:
-    explicit MaterialCollector(ModelBuilder& builder) : _builder(builder), _material(materialPlanName()) {}
+    explicit MaterialCollector(ModelBuilder& builder) : _builder(builder), _blank(materialPlanName()) {
+        setScalar(_blank, QStringLiteral("d"), 1.0F);
+    }
 
     void take(const MtlReader& line);
     /// Makes the group of the current material, unless a group of its name exists.
@@ -43,7 +45,8 @@ private:
     void startMaterial(const QString& name);
 
     ModelBuilder& _builder;
-    QString _name; ///< null before the first material
+    InstanceData _blank; ///< what every material begins with; those that stay so share it
+    QString _name;       ///< null before the first material
     InstanceData _material;
 };
 
@@ -54,8 +57,7 @@ void MaterialCollector::finishMaterial() {
 
 void MaterialCollector::startMaterial(const QString& name) {
     finishMaterial();
-    _material.clear();
-    setScalar(_material, QStringLiteral("d"), 1.0F);
+    _material = _blank;
     _name = name;
 }
 

@@ -14,6 +14,7 @@
 #include "import/materials.h"
 #include "import/objreader.h"
 #include "import/textfile.h"
+#include "singleupload.h"
 
 namespace Atelier::Vel {
 
@@ -63,6 +64,7 @@ class ObjImport {
 public:
     explicit ObjImport(QFile& file)
         : _path(file.fileName()), _fileSize(file.size()), _stream(&file), _reader(&_stream), _feed(_builder) {
+        SingleUpload::expect(_builder);
         _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }

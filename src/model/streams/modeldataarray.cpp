@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "scratchblock.h"
 
@@ -13,11 +14,19 @@ namespace {
 constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max();
 
 /// Room for an array that has outgrown its block. Room that is never used is never touched and costs nothing,
-/// so an array that is long already gets plenty, and soon need not move any more.
+/// so an array that is long already gets plenty, and soon all there is: it takes its memory twice while it
+/// moves.
 quint64 generousRoom(quint64 bytes) {
     constexpr quint64 kLong = quint64{512} << 10;
     constexpr quint64 kRoomForLong = quint64{16} << 20;
+    if (bytes > kRoomForLong)
+        return kMaxBytes;
     return std::max(bytes * 4, bytes < kLong ? 0 : kRoomForLong);
+}
+
+/// The same where addresses are scarce.
+quint64 modestRoom(quint64 bytes) {
+    return std::min(bytes + bytes / 2, kMaxBytes);
 }
 
 } // namespace
@@ -77,7 +86,7 @@ void ModelDataArray::append(quint64 count, const void* src) {
     // The block before stays alive until the end: `src` may point into it.
     std::shared_ptr<ScratchBlock> before;
     if (total > _capacity)
-        before = moveTo(std::min(generousRoom(total), kMaxBytes));
+        before = growTo(total);
     if (bytes != 0)
         std::memcpy(ownBytes() + _byteCount, src, bytes);
     _byteCount = total;
@@ -95,6 +104,17 @@ std::shared_ptr<ScratchBlock> ModelDataArray::moveTo(quint64 capacity) {
     _capacity = capacity;
     _block.swap(block);
     return block;
+}
+
+std::shared_ptr<ScratchBlock> ModelDataArray::growTo(quint64 bytes) {
+    const quint64 room = generousRoom(bytes);
+    try {
+        return moveTo(room);
+    } catch (const std::bad_alloc&) {
+        if (modestRoom(bytes) >= room)
+            throw;
+        return moveTo(modestRoom(bytes));
+    }
 }
 
 char* ModelDataArray::ownBytes() {
