@@ -43,6 +43,24 @@ struct LoadReport {
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
 
+/// What a load shall and shall not do. The defaults are what the functions without options do.
+struct LoadOptions {
+    enum class Files {
+        Anywhere,    ///< any that the model names
+        InOwnFolder, ///< those in the folder of the OBJ file and below it
+    };
+    /// The material libraries and textures that may be read. Others count as unreadable, and a warning says
+    /// so: with such a library the load fails, in place of such a texture the material gets a white one. The
+    /// OBJ file itself may lie anywhere, and be a link. Textures are opened later, by whoever draws: see
+    /// LoadTextureFrom().
+    Files files = Files::Anywhere;
+};
+
+/// The same with options.
+VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
+                                               const LoadProgress& progress, LoadReport* report,
+                                               const LoadOptions& options);
+
 /// The material of faces that name none: an "OBJMaterial" with a light grey diffuse colour and white maps.
 VELMODEL_EXPORT InstanceData makeDefaultMaterial();
 

@@ -20,4 +20,9 @@ void reportRefusedData(const QString& purpose) {
                              qUtf8Printable(purpose));
 }
 
+void reportOutsideFile(const QString& path, const QString& folder) {
+    QMessageLogger().warning("'%s' is not read: it lies outside of the model's folder '%s'",
+                             qUtf8Printable(path), qUtf8Printable(folder));
+}
+
 } // namespace Atelier::Vel

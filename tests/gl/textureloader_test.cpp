@@ -2,9 +2,11 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
+#include <QtGui/QImageReader>
 
 #include <epoxy/gl.h>
 #include <sys/resource.h>
@@ -13,9 +15,17 @@
 #include <gmock/gmock.h>
 
 #include <velgl/glentrypoints.h>
+#include <velgl/gpumodel.h>
 #include <velgl/texture.h>
+#include <velgl/texturemanager.h>
+#include <velmodel/modelfiles.h>
+#include <velmodel/objloader.h>
 
 #include "support/glfixture.h"
+#include "support/hangguard.h"
+#include "support/hostilepaths.h"
+#include "support/messagelog.h"
+#include "support/withoutrootsrights.h"
 
 namespace Atelier::Vel {
 
@@ -225,6 +235,77 @@ TEST_F(TextureLoaderTest, FurtherFileFormatsLoad) {
         const Texture* texture = LoadTexture(file);
         ASSERT_NE(texture, nullptr) << suffix;
         EXPECT_EQ(texture->readBack().pixelColor(0, 1), QImage(file).pixelColor(0, 0)) << suffix;
+    }
+}
+
+// Qt would read the picture in the picture by itself, on and on, until the stack ends.
+TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
+    if (!QImageReader::supportedImageFormats().contains("svg"))
+        GTEST_SKIP() << "Qt reads no SVG here";
+    const QByteArray text = "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='8' "
+                            "xmlns:xlink='http://www.w3.org/1999/xlink'>"
+                            "<image width='8' height='8' xlink:href='%1'/></svg>";
+    for (const char* name : {"picture.svg", "disguised.png"}) {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(text).replace("%1", QFile::encodeName(file.fileName())));
+        file.close();
+        EXPECT_EQ(QImageReader(file.fileName()).format(), "svg");
+        EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
+        EXPECT_EQ(LoadTextureFrom(ModelFiles(path(QString())), file.fileName()), nullptr);
+        EXPECT_FALSE(ReadTextureSize(ModelFiles(), file.fileName()).isValid());
+    }
+}
+
+TEST_F(TextureLoaderTest, FilesOfAFolderLoadFromThereAndFromNowhereElse) {
+    ASSERT_TRUE(QDir(path(QString())).mkpath("model"));
+    const ModelFiles files(path("model"));
+    const QString outside = save(numbered(4, 2), "out.png");
+    for (const char* suffix : {"png", "bmp", "ppm", "xpm", "jpg"}) {
+        const QString inside = save(numbered(4, 2, QImage::Format_RGB32), QString("model/in.") + suffix);
+        const Texture* texture = LoadTextureFrom(files, inside);
+        ASSERT_NE(texture, nullptr) << suffix;
+        EXPECT_EQ(texture->readBack().pixelColor(0, 1), QImage(inside).pixelColor(0, 0)) << suffix;
+        EXPECT_EQ(LoadTextureFrom(files, inside), texture) << suffix;
+        EXPECT_EQ(ReadTextureSize(files, inside), QSize(4, 2)) << suffix;
+    }
+    EXPECT_NE(LoadTexture(outside), nullptr);
+    EXPECT_EQ(LoadTextureFrom(files, outside), nullptr) << "known, but not from this folder";
+    EXPECT_EQ(LoadTextureFrom(files, path("model/../out.png")), nullptr);
+    EXPECT_FALSE(ReadTextureSize(files, outside).isValid());
+}
+
+// The program of docs/velmodel.md.
+TEST_F(TextureLoaderTest, ConfinedModelIsDrawnWithItsOwnFilesOnly) {
+    ASSERT_TRUE(QDir(path(QString())).mkpath("model"));
+    const QString inside = save(numbered(4, 2), "model/in.png");
+    const QString outside = save(numbered(4, 2), "out.png");
+    const QString path = this->path("model/model.obj");
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    QString error;
+
+    LoadOptions options;
+    options.files = LoadOptions::Files::InOwnFolder;
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, {}, nullptr, options));
+    const ModelFiles files(QFileInfo(path).path());
+    TextureManager::Instance().setLoader(
+        [files](const QString& texture) { return LoadTextureFrom(files, texture); });
+
+    EXPECT_NE(model, nullptr);
+    EXPECT_NE(TextureManager::Instance().texture(inside, nullptr), nullptr);
+    const Testing::MessageLog log;
+    EXPECT_EQ(TextureManager::Instance().texture(outside, nullptr), nullptr);
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(QString("Texture '%1' cannot be loaded").arg(outside)));
+    TextureManager::Instance().setLoader({});
+}
+
+TEST_F(TextureLoaderTest, HostilePathsAreNull) {
+    const Testing::HostilePaths hostile;
+    for (const Testing::HostilePath& one : hostile.paths()) {
+        const Testing::WithoutRootsRights asAnybody;
+        const Testing::HangGuard guard(5);
+        EXPECT_EQ(LoadTexture(one.path), nullptr) << one.kind;
     }
 }
 

@@ -10,7 +10,8 @@ def main(root):
     found = 0
     broken = []
     for document in documents:
-        for target in re.findall(r"\]\(([^)#\s]+)[^)]*\)", document.read_text()):
+        prose = re.sub(r"^```.*?^```", "", document.read_text(), flags=re.MULTILINE | re.DOTALL)
+        for target in re.findall(r"\]\(([^)#\s]+)[^)]*\)", prose):
             if re.match(r"[a-z]+:", target):
                 continue
             found += 1

@@ -27,6 +27,7 @@
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
 #include "support/scale.h"
+#include "support/withoutrootsrights.h"
 
 namespace Atelier::Vel {
 
@@ -41,23 +42,7 @@ using Testing::MessageLog;
 using Testing::NastyText;
 using Testing::RecordingContext;
 using Testing::scaled;
-
-/// Makes root anybody while it lives: root may read every file.
-class WithoutRootsRights {
-public:
-    WithoutRootsRights() : _user(geteuid()) {
-        constexpr uid_t kNobody = 65534;
-        if (_user == 0) {
-            EXPECT_EQ(seteuid(kNobody), 0);
-        }
-    }
-    ~WithoutRootsRights() { EXPECT_EQ(seteuid(_user), 0); }
-    WithoutRootsRights(const WithoutRootsRights&) = delete;
-    WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
-
-private:
-    uid_t _user;
-};
+using Testing::WithoutRootsRights;
 
 /// What one load gave.
 struct Loaded {

@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "console.h"
 #include "jsonoutput.h"
+#include "loadflags.h"
 #include "modeldump.h"
 #include "modelsession.h"
 
@@ -23,6 +24,7 @@ ExitCode runDump(const QStringList& arguments) {
     const QCommandLineOption noData(QStringLiteral("no-data"),
                                     QStringLiteral("Leave out the contents of the buffers."));
     parser.options().addOption(noData);
+    addLoadOptions(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ file."));
     if (const auto exitCode = parser.parse(arguments))
         return *exitCode;
@@ -30,7 +32,7 @@ ExitCode runDump(const QStringList& arguments) {
     if (files.size() != 1)
         return parser.wrongUsage(QStringLiteral("One file is needed; %1 are given.").arg(files.size()));
 
-    ModelSession session;
+    ModelSession session(readLoadOptions(parser.options()));
     if (!session.open())
         return ExitCode::NoOpenGL;
     const LoadedModel loaded = session.load(files.first());

@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "console.h"
 #include "jsonoutput.h"
+#include "loadflags.h"
 #include "modelsession.h"
 #include "modelsummary.h"
 
@@ -43,6 +44,7 @@ ExitCode runInfo(const QStringList& arguments) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Print a JSON array with one object per model."));
     parser.options().addOption(json);
+    addLoadOptions(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ files."),
                                            QStringLiteral("file..."));
     if (const auto exitCode = parser.parse(arguments))
@@ -51,7 +53,7 @@ ExitCode runInfo(const QStringList& arguments) {
     if (files.isEmpty())
         return parser.wrongUsage(QStringLiteral("A file is missing."));
 
-    ModelSession session;
+    ModelSession session(readLoadOptions(parser.options()));
     if (!session.open())
         return ExitCode::NoOpenGL;
     const QVector<ModelSummary> summaries = summarizeAll(session, files);

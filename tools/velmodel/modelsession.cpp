@@ -1,7 +1,6 @@
 #include "modelsession.h"
 
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <velgl/opengldevicecontext.h>
@@ -13,16 +12,17 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-QString reasonForFailure(const QString& path) {
+QString reasonForFailure(const QString& path, const ModelFiles& files) {
     const QFileInfo info(path);
+    if (!files.allows(path))
+        return QStringLiteral("Lies outside of the model's folder");
     if (path.isEmpty() || !info.exists())
         return QStringLiteral("No such file");
     if (info.isDir())
         return QStringLiteral("Is a directory");
     if (!info.isFile())
         return QStringLiteral("Is not a regular file");
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QStringLiteral("Cannot be read") : file.errorString();
+    return info.isReadable() ? QStringLiteral("Cannot be read") : QStringLiteral("Permission denied");
 }
 
 // The loader's text names the file that it could not read, which need not be the model itself.
@@ -31,10 +31,12 @@ QString namedFile(const QString& error) {
     return error.mid(start, error.lastIndexOf(QLatin1Char('\'')) - start);
 }
 
-QString errorLine(const QString& path, const QString& error) {
+// The model itself may be read from anywhere, the files that it names from among `files`.
+QString errorLine(const QString& path, const QString& error, const ModelFiles& files) {
     const QString file = namedFile(error);
-    const QString line = QStringLiteral("%1: %2").arg(error, reasonForFailure(file));
-    return file == path ? line : QStringLiteral("%1: %2").arg(path, line);
+    if (file == path)
+        return QStringLiteral("%1: %2").arg(error, reasonForFailure(file, ModelFiles()));
+    return QStringLiteral("%1: %2: %3").arg(path, error, reasonForFailure(file, files));
 }
 
 } // namespace
@@ -68,11 +70,13 @@ LoadedModel ModelSession::load(const QString& path) const {
             bar.show(done);
             return true;
         };
-        loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report));
+        loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report, _options));
     }
+    if (_options.files == LoadOptions::Files::InOwnFolder)
+        loaded.files = ModelFiles(QFileInfo(path).path());
     loaded.seconds = double(timer.nsecsElapsed()) * 1e-9;
     if (!loaded.model)
-        reportError(errorLine(path, error));
+        reportError(errorLine(path, error, loaded.files));
     return loaded;
 }
 

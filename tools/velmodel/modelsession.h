@@ -6,6 +6,7 @@
 #include <QtCore/QString>
 
 #include <velgl/gpumodel.h>
+#include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
 
 #include "exitcode.h"
@@ -20,13 +21,15 @@ namespace Atelier::Vel::Tool {
 struct LoadedModel {
     std::unique_ptr<GPUModel> model;
     LoadReport report;
+    ModelFiles files;   ///< those that it may name
     double seconds = 0; ///< what the load took, upload included
 };
 
 /// An OpenGL context without a window, and models loaded into it. Models have to go before it does.
 class ModelSession {
 public:
-    ModelSession() = default;
+    /// With `options`, all loads are done so.
+    explicit ModelSession(const LoadOptions& options) : _options(options) {}
     ~ModelSession();
     ModelSession(const ModelSession&) = delete;
     ModelSession& operator=(const ModelSession&) = delete;
@@ -40,6 +43,7 @@ public:
 
 private:
     QSharedPointer<OpenGLDeviceContext> _context;
+    LoadOptions _options;
 };
 
 } // namespace Atelier::Vel::Tool

@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include <QtCore/QFileInfo>
-#include <QtGui/QImageReader>
 
 #include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/vertexarrayobject.h>
+#include <velmodel/textureloader.h>
 
 #include "glnames.h"
 #include "texturefiles.h"
@@ -17,32 +17,31 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-ModelSummary::TextureFile textureState(const QString& map, const QString& named) {
+ModelSummary::TextureFile textureState(const QString& map, const QString& named, const ModelFiles& files) {
     const QString path = textureFile(named);
     if (!QFileInfo(path).isFile())
         return {map, path, QStringLiteral("missing"), {}};
-    QImageReader reader(path);
-    if (!reader.canRead())
-        return {map, path, QStringLiteral("unreadable"), {}};
-    return {map, path, QStringLiteral("found"), reader.size()};
+    const QSize size = ReadTextureSize(files, path);
+    return {map, path, size.isValid() ? QStringLiteral("found") : QStringLiteral("unreadable"), size};
 }
 
-QVector<ModelSummary::TextureFile> textureFiles(const InstanceData& material) {
+QVector<ModelSummary::TextureFile> textureFiles(const InstanceData& material, const ModelFiles& files) {
     QVector<ModelSummary::TextureFile> result;
     for (const QString& map : material.textureNames())
         if (!material.texturePath(map).isNull())
-            result.append(textureState(map, material.texturePath(map)));
+            result.append(textureState(map, material.texturePath(map), files));
     return result;
 }
 
-void addDrawable(ModelSummary& summary, GPUModel& model, int index) {
+void addDrawable(ModelSummary& summary, const LoadedModel& loaded, int index) {
+    const GPUModel& model = *loaded.model;
     const auto commands = model.drawable(index)->drawElementsIndirectCommands();
     InstanceDataCollection* materials = model.materials(index);
     summary.commands += commands.size();
     for (int number = 0; number < commands.size(); ++number) {
         ModelSummary::Material material{model.materialName(index, number), commands[number].count / 3, {}};
         if (materials != nullptr && number < materials->items().size())
-            material.textures = textureFiles(materials->items()[number]);
+            material.textures = textureFiles(materials->items()[number], loaded.files);
         summary.materials.append(material);
     }
     summary.gpuBytes += quint64(commands.size()) * sizeof(DrawElementsIndirectCommand);
@@ -97,7 +96,7 @@ ModelSummary summarize(const QString& file, const LoadedModel& loaded) {
     summary.seconds = loaded.seconds;
     summary.draws = loaded.model->drawableCount();
     for (int index = 0; index < summary.draws; ++index)
-        addDrawable(summary, *loaded.model, index);
+        addDrawable(summary, loaded, index);
     if (summary.draws > 0)
         addBuffers(summary, *loaded.model->drawable(0));
     summary.bounds = loaded.model->bounds();

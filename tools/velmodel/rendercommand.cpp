@@ -1,6 +1,7 @@
 #include "commandparser.h"
 #include "commands.h"
 #include "console.h"
+#include "loadflags.h"
 #include "modelpoints.h"
 #include "modelsession.h"
 #include "pictureoutput.h"
@@ -65,6 +66,7 @@ ExitCode renderAll(const RenderOptions& options, GPUModel& model) {
 ExitCode runRender(const QStringList& arguments) {
     CommandParser parser(QStringLiteral("render"), QStringLiteral("Draws a picture of a model."));
     addRenderOptions(parser.options());
+    addLoadOptions(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ file."));
     if (const auto exitCode = parser.parse(arguments))
         return *exitCode;
@@ -73,13 +75,13 @@ ExitCode runRender(const QStringList& arguments) {
     if (!options)
         return parser.wrongUsage(error);
 
-    ModelSession session;
+    ModelSession session(readLoadOptions(parser.options()));
     if (!session.open())
         return ExitCode::NoOpenGL;
-    installTextureLoader();
     const LoadedModel loaded = session.load(options->file);
     if (!loaded.model)
         return ExitCode::CannotLoad;
+    installTextureLoader(loaded.files);
     if (loaded.report.triangles == 0 || !loaded.model->bounds().isValid)
         return fail(ExitCode::CannotLoad, options->file,
                     QStringLiteral("There is nothing to draw: the model has no triangles"));

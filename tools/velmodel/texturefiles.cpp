@@ -3,6 +3,7 @@
 #include <QtCore/QFileInfo>
 
 #include <velgl/texturemanager.h>
+#include <velmodel/modelfiles.h>
 #include <velmodel/textureloader.h>
 
 namespace Atelier::Vel::Tool {
@@ -15,8 +16,9 @@ QString textureFile(const QString& path) {
     return QFileInfo::exists(withSlashes) ? withSlashes : path;
 }
 
-void installTextureLoader() {
-    TextureManager::Instance().setLoader([](const QString& path) { return LoadTexture(textureFile(path)); });
+void installTextureLoader(const ModelFiles& files) {
+    TextureManager::Instance().setLoader(
+        [files](const QString& path) { return LoadTextureFrom(files, textureFile(path)); });
 }
 
 } // namespace Atelier::Vel::Tool

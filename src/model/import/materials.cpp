@@ -1,5 +1,7 @@
 #include "import/materials.h"
 
+#include <memory>
+
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtGui/QColor>
@@ -9,8 +11,10 @@
 #include <velgl/instancedataregistry.h>
 #include <velgl/texturemanager.h>
 #include <velmodel/modelbuilder.h>
+#include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
 
+#include "diagnostics.h"
 #include "import/mtlreader.h"
 #include "import/textfile.h"
 
@@ -33,7 +37,8 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
 /// Collects the lines of one material at a time and makes a group of each.
 class MaterialCollector {
 public:
-    explicit MaterialCollector(ModelBuilder& builder) : _builder(builder), _blank(materialPlanName()) {
+    MaterialCollector(ModelBuilder& builder, const ModelFiles& files)
+        : _builder(builder), _files(files), _blank(materialPlanName()) {
         setScalar(_blank, QStringLiteral("d"), 1.0F);
     }
 
@@ -43,8 +48,10 @@ public:
 
 private:
     void startMaterial(const QString& name);
+    void setMap(const QString& name, const QString& path);
 
     ModelBuilder& _builder;
+    const ModelFiles& _files;
     InstanceData _blank; ///< what every material begins with; those that stay so share it
     QString _name;       ///< null before the first material
     InstanceData _material;
@@ -59,6 +66,14 @@ void MaterialCollector::startMaterial(const QString& name) {
     finishMaterial();
     _material = _blank;
     _name = name;
+}
+
+// White is what an unreadable texture is drawn with.
+void MaterialCollector::setMap(const QString& name, const QString& path) {
+    if (_files.allows(path))
+        return _material.setTexture(name, path);
+    reportOutsideFile(path, _files.folder());
+    _material.setTexture(name, TextureManager::Instance().colorTexture(Qt::white));
 }
 
 void MaterialCollector::take(const MtlReader& line) {
@@ -76,13 +91,13 @@ void MaterialCollector::take(const MtlReader& line) {
     case MtlReader::Kind::D:
         return setScalar(_material, QStringLiteral("d"), *line.values());
     case MtlReader::Kind::MapKd:
-        return _material.setTexture(QStringLiteral("map_Kd"), line.text());
+        return setMap(QStringLiteral("map_Kd"), line.text());
     case MtlReader::Kind::MapKs:
-        return _material.setTexture(QStringLiteral("map_Ks"), line.text());
+        return setMap(QStringLiteral("map_Ks"), line.text());
     case MtlReader::Kind::MapKa:
-        return _material.setTexture(QStringLiteral("map_Ka"), line.text());
+        return setMap(QStringLiteral("map_Ka"), line.text());
     case MtlReader::Kind::MapNs:
-        return _material.setTexture(QStringLiteral("map_Ns"), line.text());
+        return setMap(QStringLiteral("map_Ns"), line.text());
     case MtlReader::Kind::End:
     case MtlReader::Kind::Unknown:
         return;
@@ -123,21 +138,24 @@ InstanceData makeDefaultMaterial() {
     return material;
 }
 
-bool loadMaterialLibrary(const QString& path, ModelBuilder& builder) {
-    QFile file(path);
-    if (!openTextFile(file))
+bool loadMaterialLibrary(const QString& path, const ModelFiles& files, ModelBuilder& builder) {
+    const std::unique_ptr<QFile> file = files.open(path, QIODevice::ReadOnly | QIODevice::Text);
+    if (!file) {
+        if (!files.allows(path))
+            reportOutsideFile(path, files.folder());
         return false;
-    QTextStream stream(&file);
+    }
+    QTextStream stream(file.get());
     MtlReader reader(&stream, true);
     reader.setDirectory(QFileInfo(path).dir().absolutePath());
-    MaterialCollector collector(builder);
+    MaterialCollector collector(builder, files);
     while (reader.hasNext()) {
         if (reader.read())
             collector.take(reader);
         reader.next();
     }
     collector.finishMaterial();
-    return isReadToTheEnd(file);
+    return isReadToTheEnd(*file);
 }
 
 } // namespace Atelier::Vel

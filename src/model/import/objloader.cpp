@@ -9,6 +9,7 @@
 #include <velgl/gpumodel.h>
 #include <velgl/texturetoken.h>
 #include <velmodel/modelbuilder.h>
+#include <velmodel/modelfiles.h>
 
 #include "import/builderfeed.h"
 #include "import/materials.h"
@@ -59,11 +60,21 @@ QString loadFailure(const QString& path) {
     return QStringLiteral("Failed to load OBJ file '%1'").arg(path);
 }
 
+ModelFiles filesOf(const QString& path, const LoadOptions& options) {
+    return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
+}
+
 /// One load: the text of a file on its way into a builder and from there into a model.
 class ObjImport {
 public:
-    explicit ObjImport(QFile& file)
-        : _path(file.fileName()), _fileSize(file.size()), _stream(&file), _reader(&_stream), _feed(_builder) {
+    /// `libraries` are the files that the text may name.
+    ObjImport(QFile& file, ModelFiles libraries)
+        : _path(file.fileName()),
+          _fileSize(file.size()),
+          _libraries(std::move(libraries)),
+          _stream(&file),
+          _reader(&_stream),
+          _feed(_builder) {
         SingleUpload::expect(_builder);
         _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
@@ -81,6 +92,7 @@ private:
 
     QString _path;
     qint64 _fileSize;
+    ModelFiles _libraries;
     ModelBuilder _builder;
     QTextStream _stream;
     ObjReader _reader;
@@ -116,7 +128,7 @@ bool ObjImport::takeRecord(QString& error) {
         _feed.useMaterial(_reader.text());
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
         _feed.flush();
-        if (!loadMaterialLibrary(_reader.text(), _builder)) {
+        if (!loadMaterialLibrary(_reader.text(), _libraries, _builder)) {
             error = QStringLiteral("Failed to load MTL file '%1'").arg(_reader.text());
             return false;
         }
@@ -161,15 +173,20 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
 
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                LoadReport* report) {
-    QFile file(path);
-    if (!openTextFile(file)) {
+    return loadModelFromOBJFile(path, error, progress, report, LoadOptions());
+}
+
+GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
+                               LoadReport* report, const LoadOptions& options) {
+    const std::unique_ptr<QFile> file = ModelFiles().open(path, QIODevice::ReadOnly | QIODevice::Text);
+    if (!file) {
         error = loadFailure(path);
         return nullptr;
     }
-    ObjImport import(file);
+    ObjImport import(*file, filesOf(path, options));
     if (!import.readText(progress, error))
         return nullptr;
-    if (!isReadToTheEnd(file)) {
+    if (!isReadToTheEnd(*file)) {
         error = loadFailure(path);
         return nullptr;
     }

@@ -1,10 +1,12 @@
 #include <velmodel/textureloader.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QHash>
+#include <QtCore/QPair>
 #include <QtCore/QtEndian>
 #include <QtGui/QImage>
 #include <QtGui/QImageReader>
@@ -12,6 +14,7 @@
 #include <velgl/autobinder.h>
 #include <velgl/glentrypoints.h>
 #include <velgl/texture.h>
+#include <velmodel/modelfiles.h>
 
 namespace Atelier::Vel {
 
@@ -56,9 +59,8 @@ bool fits(const QSize& size) {
 
 // The screen that a GIF is meant for: it is decoded to that size, but tells the one of its first picture.
 // Invalid for other files.
-QSize gifScreen(const QString& path) {
-    QFile file(path);
-    const QByteArray header = file.open(QIODevice::ReadOnly) ? file.read(10) : QByteArray();
+QSize gifScreen(QFile& file) {
+    const QByteArray header = file.peek(10);
     if (header.size() < 10 || !header.startsWith("GIF8"))
         return {};
     return {qFromLittleEndian<quint16>(header.constData() + 6),
@@ -71,13 +73,36 @@ bool isBgra(QImage::Format format) {
            format == QImage::Format_ARGB32_Premultiplied;
 }
 
+template<std::size_t N>
+bool isOneOf(const char* const (&formats)[N], const QByteArray& format) {
+    return std::find(std::begin(formats), std::end(formats), format) != std::end(formats);
+}
+
+// Vector graphics may refer to further images, which Qt opens by itself, whatever they are: it waits for
+// pipes, and reads a picture of itself until the stack ends.
+constexpr const char* kReferringFormats[] = {"svg", "svgz"};
+
+// What other formats make their readers open is not known.
+constexpr const char* kSelfContainedFormats[] = {"bmp",  "cur",  "dds",  "gif",  "icns", "ico", "jp2",
+                                                 "jpeg", "jpg",  "pbm",  "pgm",  "png",  "ppm", "tga",
+                                                 "tif",  "tiff", "wbmp", "webp", "xbm",  "xpm"};
+
+// Requires: the device of `reader` is one of `files`, or null when it could not be opened.
+bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
+    if (reader.device() == nullptr)
+        return false;
+    return files.folder().isNull() ? !isOneOf(kReferringFormats, reader.format())
+                                   : isOneOf(kSelfContainedFormats, reader.format());
+}
+
 // Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
-QImage readImage(const QString& path) {
-    if (!QFileInfo(path).isFile())
+QImage readImage(const ModelFiles& files, const QString& path) {
+    const std::unique_ptr<QFile> file = files.open(path);
+    QImageReader reader(file.get());
+    if (!mayBeRead(reader, files))
         return {};
-    QImageReader reader(path);
     // Not every format tells its size beforehand.
-    if (!fits(reader.size()) || !fits(gifScreen(path)))
+    if (!fits(reader.size()) || !fits(gifScreen(*file)))
         return {};
     QImage image = reader.read();
     if (image.isNull() || !fits(image.size()))
@@ -105,19 +130,32 @@ void fill(Texture& texture, const QImage& image) {
 } // namespace
 
 Texture* LoadTexture(const QString& path) {
-    // Its textures are never deleted: who asked for one may hold it until the process ends.
-    static QHash<QString, Texture*> cache;
-    if (Texture* known = cache.value(path))
+    return LoadTextureFrom(ModelFiles(), path);
+}
+
+Texture* LoadTextureFrom(const ModelFiles& files, const QString& path) {
+    // Its textures are never deleted: who asked for one may hold it until the process ends. What was read for
+    // one folder is not for another.
+    static QHash<QPair<QString, QString>, Texture*> cache;
+    const QPair<QString, QString> key(files.folder(), path);
+    if (Texture* known = cache.value(key))
         return known;
-    const QImage image = readImage(path);
+    const QImage image = readImage(files, path);
     if (image.isNull())
         return nullptr;
     auto texture = std::make_unique<Texture>(kTexture2D, kRgba, image.width(), image.height(), 0, nullptr);
     const AutoBinder binder(texture.get());
     fill(*texture, image);
-    cache.insert(path, texture.get());
+    cache.insert(key, texture.get());
     texture->setReadOnly();
     return texture.release();
+}
+
+QSize ReadTextureSize(const ModelFiles& files, const QString& path) {
+    const std::unique_ptr<QFile> file = files.open(path);
+    const QImageReader reader(file.get());
+    const QSize size = mayBeRead(reader, files) ? reader.size() : QSize();
+    return size.width() < 0 ? QSize() : QSize(size.width(), qAbs(size.height()));
 }
 
 } // namespace Atelier::Vel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+#include <QtCore/QString>
+#include <QtCore/QTemporaryDir>
+
+namespace Atelier::Vel::Testing {
+
+/// A path that leads to nothing that can be read, and what is wrong with it.
+struct HostilePath {
+    const char* kind;
+    QString path;
+};
+
+/// Paths of every hostile kind, and what they lead to, in a folder of their own.
+class HostilePaths {
+public:
+    HostilePaths();
+    ~HostilePaths();
+    HostilePaths(const HostilePaths&) = delete;
+    HostilePaths& operator=(const HostilePaths&) = delete;
+
+    const std::vector<HostilePath>& paths() const { return _paths; }
+
+private:
+    QString in(const QString& name) const { return _folder.filePath(name); }
+    void addFilesOfOtherKinds();
+    void addLinks();
+    void addNames();
+
+    QTemporaryDir _folder;
+    int _socket = -1;
+    int _pipe[2] = {-1, -1};
+    std::vector<HostilePath> _paths;
+};
+
+} // namespace Atelier::Vel::Testing

@@ -1,0 +1,257 @@
+#include <velmodel/modelfiles.h>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include "support/hangguard.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using Testing::HangGuard;
+
+constexpr QIODevice::OpenMode kText = QIODevice::ReadOnly | QIODevice::Text;
+
+/// A folder "model" with a file "in", a file "out" beside it, and links of all kinds.
+class ModelFilesTest : public testing::Test {
+protected:
+    ModelFilesTest() {
+        for (const char* name : {"model/sub", "model2"})
+            EXPECT_TRUE(QDir(_top.path()).mkpath(name));
+        write("out");
+        write("model/in");
+        write("model/sub/in");
+        write("model2/in");
+        link("model", "other-name");
+        link("in", "model/in-by-link");
+        link("../out", "model/out-by-link");
+        link(path("model/in"), "model/in-by-absolute-link");
+        link(path("other-name/in"), "model/in-by-other-name");
+        link(path("out"), "model/out-by-absolute-link");
+        link("sub", "model/folder");
+        link("..", "model/folder-above");
+        link(_top.path(), "model/folder-above-by-absolute-link");
+        link("../in", "model/sub/up");
+        link("../../out", "model/sub/out");
+        link("loop2", "model/loop1");
+        link("loop1", "model/loop2");
+        link("missing", "model/dangling");
+        link("../missing", "model/dangling-out");
+    }
+
+    QString path(const QString& name) const { return _top.path() + '/' + name; }
+    void write(const QString& name) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(name.toUtf8()) > 0);
+    }
+    void link(const QString& target, const QString& name) const {
+        EXPECT_EQ(symlink(qPrintable(target), qPrintable(path(name))), 0);
+    }
+    /// What `files` give to read under a path; null when they do not open it.
+    static QByteArray read(const ModelFiles& files, const QString& path) {
+        const std::unique_ptr<QFile> file = files.open(path);
+        return file ? file->readAll() : QByteArray();
+    }
+
+private:
+    QTemporaryDir _top;
+};
+
+int openDescriptors() {
+    return static_cast<int>(QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size());
+}
+
+/// Does something between the library's looking at a file and its opening it, the first time that a name is
+/// opened.
+class BeforeOpening {
+public:
+    BeforeOpening(QByteArray name, std::function<void()> action)
+        : _name(std::move(name)), _action(std::move(action)) {
+        current = this;
+    }
+    ~BeforeOpening() {
+        current = nullptr;
+        EXPECT_FALSE(_action) << "nobody opened " << _name.toStdString();
+    }
+    BeforeOpening(const BeforeOpening&) = delete;
+    BeforeOpening& operator=(const BeforeOpening&) = delete;
+
+    static void notice(const char* name) {
+        if (current != nullptr && current->_name == name)
+            if (const auto action = std::exchange(current->_action, nullptr))
+                action();
+    }
+
+private:
+    static inline BeforeOpening* current = nullptr;
+    QByteArray _name;
+    std::function<void()> _action;
+};
+
+void replace(const QString& file, const QString& by) {
+    EXPECT_EQ(rename(qPrintable(by), qPrintable(file)), 0);
+}
+
+} // namespace
+
+TEST_F(ModelFilesTest, AnywhereIsAnyRegularFile) {
+    const ModelFiles files;
+    EXPECT_TRUE(files.folder().isNull());
+    EXPECT_EQ(read(files, path("out")), "out");
+    EXPECT_EQ(read(files, path("model/out-by-link")), "out");
+    EXPECT_EQ(read(files, path("model/folder-above/out")), "out");
+    EXPECT_TRUE(files.allows("/no/such/file"));
+    EXPECT_EQ(read(files, "/no/such/file"), QByteArray());
+}
+
+TEST_F(ModelFilesTest, FolderHoldsWhatLiesInItAndBelow) {
+    const ModelFiles files(path("model"));
+    EXPECT_EQ(files.folder(), path("model"));
+    for (const char* name :
+         {"model/in", "model/./in", "model//in", "model/sub/../in", "model/in-by-link",
+          "model/in-by-absolute-link", "model/sub/up", "model/folder/up", "model/folder/../in"}) {
+        EXPECT_TRUE(files.allows(path(name))) << name;
+        EXPECT_EQ(read(files, path(name)), "model/in") << name;
+    }
+    EXPECT_EQ(read(files, path("model/sub/in")), "model/sub/in");
+    EXPECT_EQ(read(files, path("model/folder/in")), "model/sub/in");
+}
+
+// An absolute path has to begin with the folder's, as it was given or without its links.
+TEST_F(ModelFilesTest, FolderHoldsNothingElse) {
+    const ModelFiles files(path("model"));
+    for (const char* name :
+         {"out", "model2/in", "mode", "model/../out", "model/../model/in", "model/sub/../../out",
+          "model/out-by-link", "model/out-by-absolute-link", "model/sub/out", "model/folder/out",
+          "model/folder-above", "model/folder-above/out", "model/folder-above/model/in",
+          "model/folder-above-by-absolute-link/out", "model/dangling-out", "model/missing/../in",
+          "model/in/../in", "model/in-by-other-name"}) {
+        EXPECT_FALSE(files.allows(path(name))) << name;
+        EXPECT_EQ(read(files, path(name)), QByteArray()) << name;
+    }
+    for (const char* name : {"/", "/etc/passwd", "/proc/self/environ", ":/x", "../out", "in"}) {
+        EXPECT_FALSE(files.allows(name)) << name;
+        EXPECT_EQ(read(files, name), QByteArray()) << name;
+    }
+}
+
+TEST_F(ModelFilesTest, WhatIsNoFileMayLieInAFolderAndIsNotOpened) {
+    const ModelFiles files(path("model"));
+    for (const char* name :
+         {"model", "model/", "model/sub", "model/folder", "model/missing", "model/missing/in", "model/in/x",
+          "model/dangling", "model/loop1", "model/loop1/x"}) {
+        EXPECT_TRUE(files.allows(path(name))) << name;
+        EXPECT_EQ(read(files, path(name)), QByteArray()) << name;
+    }
+}
+
+TEST_F(ModelFilesTest, FolderIsKnownByEveryName) {
+    for (const char* folder : {"other-name", "model/", "model/sub/..", "./model/."}) {
+        const ModelFiles files(path(folder));
+        EXPECT_EQ(read(files, path("model/in")), "model/in") << folder;
+        EXPECT_FALSE(files.allows(path("out"))) << folder;
+    }
+    EXPECT_EQ(read(ModelFiles(path("other-name")), path("other-name/in")), "model/in");
+    EXPECT_EQ(read(ModelFiles("/"), path("out")), "out");
+}
+
+TEST_F(ModelFilesTest, RelativeFolderIsTheOneThatWasMeantThen) {
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(path("model")));
+    const ModelFiles files(".");
+    EXPECT_EQ(read(files, "in"), "model/in");
+    EXPECT_EQ(read(files, "../out"), QByteArray());
+    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_EQ(read(files, path("model/in")), "model/in");
+}
+
+TEST_F(ModelFilesTest, MissingFolderHoldsNothing) {
+    const ModelFiles files(path("missing"));
+    ASSERT_TRUE(QDir(path(QString())).mkpath("missing"));
+    write("missing/in");
+    EXPECT_EQ(read(files, path("missing/in")), QByteArray());
+    EXPECT_EQ(read(files, path("out")), QByteArray());
+}
+
+TEST_F(ModelFilesTest, FolderStaysTheSameWhenItsNameChanges) {
+    const ModelFiles files(path("model"));
+    ASSERT_EQ(rename(qPrintable(path("model")), qPrintable(path("moved"))), 0);
+    ASSERT_EQ(rename(qPrintable(path("model2")), qPrintable(path("model"))), 0);
+    EXPECT_EQ(read(files, path("model/in")), "model/in");
+}
+
+TEST_F(ModelFilesTest, FileIsReadAsTextWhereAskedFor) {
+    QFile made(path("model/lines"));
+    ASSERT_TRUE(made.open(QIODevice::WriteOnly) && made.write("a\r\nb") == 4);
+    made.close();
+    for (const ModelFiles& files : {ModelFiles(), ModelFiles(path("model"))}) {
+        const std::unique_ptr<QFile> file = files.open(path("model/lines"), kText);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(file->fileName(), path("model/lines"));
+        EXPECT_EQ(file->size(), 4);
+        EXPECT_FALSE(file->isSequential());
+        EXPECT_EQ(file->readAll(), "a\nb");
+    }
+}
+
+TEST_F(ModelFilesTest, NoDescriptorStaysBehind) {
+    const int before = openDescriptors();
+    {
+        const ModelFiles files(path("model"));
+        for (const char* name : {"model/in", "model/sub/up", "model/sub/in", "model/sub", "model/missing/x"})
+            read(files, path(name));
+        EXPECT_EQ(openDescriptors(), before + 1) << "the folder itself is open";
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(ModelFilesTest, FileThatBecomesAPipeIsNotWaitedFor) {
+    for (const ModelFiles& files : {ModelFiles(), ModelFiles(path("model"))}) {
+        const QString name = path("model/in");
+        ASSERT_EQ(mkfifo(qPrintable(path("model/pipe")), 0600), 0);
+        EXPECT_EQ(read(files, name), "model/in");
+        const HangGuard guard(5);
+        const BeforeOpening swap(files.folder().isNull() ? QFile::encodeName(name) : QByteArray("in"),
+                                 [&] { replace(name, path("model/pipe")); });
+        EXPECT_EQ(files.open(name), nullptr);
+        ASSERT_TRUE(QFile::remove(name));
+        write("model/in");
+    }
+}
+
+TEST_F(ModelFilesTest, FileThatBecomesALinkOutOfItsFolderIsNotRead) {
+    const BeforeOpening swap("in", [&] { replace(path("model/in"), path("model/out-by-link")); });
+    EXPECT_EQ(read(ModelFiles(path("model")), path("model/in")), QByteArray());
+}
+
+TEST_F(ModelFilesTest, FolderThatBecomesALinkOutOfItsFolderIsNotEntered) {
+    ASSERT_TRUE(QDir(path(QString())).mkpath("elsewhere"));
+    write("elsewhere/in");
+    link("../elsewhere", "model/link");
+    const BeforeOpening swap("sub", [&] {
+        ASSERT_EQ(rename(qPrintable(path("model/sub")), qPrintable(path("model/moved"))), 0);
+        replace(path("model/sub"), path("model/link"));
+    });
+    EXPECT_EQ(read(ModelFiles(path("model")), path("model/sub/in")), QByteArray());
+}
+
+} // namespace Atelier::Vel
+
+// Stands in for the C library's function, also for the library's calls.
+extern "C" __attribute__((visibility("default"))) int openat(int folder, const char* name, int flags, ...) {
+    Atelier::Vel::BeforeOpening::notice(name);
+    return static_cast<int>(syscall(SYS_openat, folder, name, flags, 0));
+}
