@@ -10,22 +10,26 @@ namespace Atelier::Vel {
 
 namespace {
 
-// A file opened by descriptor has no name of its own.
-class NamedFile : public QFile {
+// A file that was opened by descriptor, which by itself would have no name.
+class OpenedFile : public QFile {
 public:
-    explicit NamedFile(QString path) : _path(std::move(path)) {}
+    OpenedFile(QString path, Descriptor descriptor)
+        : _path(std::move(path)), _descriptor(std::move(descriptor)) {}
+
     QString fileName() const override { return _path; }
+    using QFile::open;
+    bool open(OpenMode mode) override { return QFile::open(_descriptor.value(), mode); }
 
 private:
     QString _path;
+    Descriptor _descriptor;
 };
 
 std::unique_ptr<QFile> openDescriptor(const QString& path, QIODevice::OpenMode mode, Descriptor descriptor) {
     if (!descriptor.isOpen())
         return nullptr;
-    auto file = std::make_unique<NamedFile>(path);
-    file->open(descriptor.release(), mode, QFileDevice::AutoCloseHandle);
-    return file;
+    auto file = std::make_unique<OpenedFile>(path, std::move(descriptor));
+    return file->open(mode) ? std::move(file) : nullptr;
 }
 
 // Qt's resources are memory, and all regular.
