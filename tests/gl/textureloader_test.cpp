@@ -5,6 +5,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QtEndian>
 #include <QtGui/QImage>
 #include <QtGui/QImageReader>
 
@@ -255,6 +256,17 @@ TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
         EXPECT_EQ(LoadTextureFrom(ModelFiles(path(QString())), file.fileName()), nullptr);
         EXPECT_FALSE(ReadTextureSize(ModelFiles(), file.fileName()).isValid());
     }
+}
+
+TEST_F(TextureLoaderTest, SizeOfABitmapFromTheTopDownIsItsSizeAllTheSame) {
+    const QString name = save(numbered(4, 2, QImage::Format_RGB32), "down.bmp");
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(22));
+    const qint32 height = qToLittleEndian(qint32(-2));
+    ASSERT_EQ(file.write(reinterpret_cast<const char*>(&height), sizeof height), qint64(sizeof height));
+    file.close();
+    EXPECT_EQ(ReadTextureSize(ModelFiles(), name), QSize(4, 2));
+    EXPECT_NE(LoadTexture(name), nullptr);
 }
 
 TEST_F(TextureLoaderTest, FilesOfAFolderLoadFromThereAndFromNowhereElse) {

@@ -98,11 +98,10 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
 // Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
 QImage readImage(const ModelFiles& files, const QString& path) {
     const std::unique_ptr<QFile> file = files.open(path);
+    const QSize screen = file ? gifScreen(*file) : QSize();
     QImageReader reader(file.get());
-    if (!mayBeRead(reader, files))
-        return {};
     // Not every format tells its size beforehand.
-    if (!fits(reader.size()) || !fits(gifScreen(*file)))
+    if (!mayBeRead(reader, files) || !fits(screen) || !fits(reader.size()))
         return {};
     QImage image = reader.read();
     if (image.isNull() || !fits(image.size()))
