@@ -52,7 +52,7 @@ struct LoadOptions {
     /// The material libraries and textures that may be read. Others count as unreadable, and a warning says
     /// so: with such a library the load fails, in place of such a texture the material gets a white one. The
     /// OBJ file itself may lie anywhere, and be a link. Textures are opened later, by whoever draws: see
-    /// LoadTextureFrom().
+    /// loadTextureFrom().
     Files files = Files::Anywhere;
 };
 

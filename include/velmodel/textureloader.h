@@ -17,10 +17,10 @@ VELMODEL_EXPORT Texture* LoadTexture(const QString& path);
 
 /// The same for one of `files`, and null for any other. With files of one folder, only the image formats
 /// count that are known to hold all their pixels themselves.
-VELMODEL_EXPORT Texture* LoadTextureFrom(const ModelFiles& files, const QString& path);
+VELMODEL_EXPORT Texture* loadTextureFrom(const ModelFiles& files, const QString& path);
 
 /// The size in pixels that an image file tells without being decoded; invalid when it is no readable image or
 /// none of `files`. Needs no context.
-VELMODEL_EXPORT QSize ReadTextureSize(const ModelFiles& files, const QString& path);
+VELMODEL_EXPORT QSize readTextureSize(const ModelFiles& files, const QString& path);
 
 } // namespace Atelier::Vel

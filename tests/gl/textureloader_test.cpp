@@ -253,8 +253,8 @@ TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
         file.close();
         EXPECT_EQ(QImageReader(file.fileName()).format(), "svg");
         EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
-        EXPECT_EQ(LoadTextureFrom(ModelFiles(path(QString())), file.fileName()), nullptr);
-        EXPECT_FALSE(ReadTextureSize(ModelFiles(), file.fileName()).isValid());
+        EXPECT_EQ(loadTextureFrom(ModelFiles(path(QString())), file.fileName()), nullptr);
+        EXPECT_FALSE(readTextureSize(ModelFiles(), file.fileName()).isValid());
     }
 }
 
@@ -265,7 +265,7 @@ TEST_F(TextureLoaderTest, SizeOfABitmapFromTheTopDownIsItsSizeAllTheSame) {
     const qint32 height = qToLittleEndian(qint32(-2));
     ASSERT_EQ(file.write(reinterpret_cast<const char*>(&height), sizeof height), qint64(sizeof height));
     file.close();
-    EXPECT_EQ(ReadTextureSize(ModelFiles(), name), QSize(4, 2));
+    EXPECT_EQ(readTextureSize(ModelFiles(), name), QSize(4, 2));
     EXPECT_NE(LoadTexture(name), nullptr);
 }
 
@@ -275,16 +275,16 @@ TEST_F(TextureLoaderTest, FilesOfAFolderLoadFromThereAndFromNowhereElse) {
     const QString outside = save(numbered(4, 2), "out.png");
     for (const char* suffix : {"png", "bmp", "ppm", "xpm", "jpg"}) {
         const QString inside = save(numbered(4, 2, QImage::Format_RGB32), QString("model/in.") + suffix);
-        const Texture* texture = LoadTextureFrom(files, inside);
+        const Texture* texture = loadTextureFrom(files, inside);
         ASSERT_NE(texture, nullptr) << suffix;
         EXPECT_EQ(texture->readBack().pixelColor(0, 1), QImage(inside).pixelColor(0, 0)) << suffix;
-        EXPECT_EQ(LoadTextureFrom(files, inside), texture) << suffix;
-        EXPECT_EQ(ReadTextureSize(files, inside), QSize(4, 2)) << suffix;
+        EXPECT_EQ(loadTextureFrom(files, inside), texture) << suffix;
+        EXPECT_EQ(readTextureSize(files, inside), QSize(4, 2)) << suffix;
     }
     EXPECT_NE(LoadTexture(outside), nullptr);
-    EXPECT_EQ(LoadTextureFrom(files, outside), nullptr) << "known, but not from this folder";
-    EXPECT_EQ(LoadTextureFrom(files, path("model/../out.png")), nullptr);
-    EXPECT_FALSE(ReadTextureSize(files, outside).isValid());
+    EXPECT_EQ(loadTextureFrom(files, outside), nullptr) << "known, but not from this folder";
+    EXPECT_EQ(loadTextureFrom(files, path("model/../out.png")), nullptr);
+    EXPECT_FALSE(readTextureSize(files, outside).isValid());
 }
 
 // The program of docs/velmodel.md.
@@ -301,7 +301,7 @@ TEST_F(TextureLoaderTest, ConfinedModelIsDrawnWithItsOwnFilesOnly) {
     const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, {}, nullptr, options));
     const ModelFiles files(QFileInfo(path).path());
     TextureManager::Instance().setLoader(
-        [files](const QString& texture) { return LoadTextureFrom(files, texture); });
+        [files](const QString& texture) { return loadTextureFrom(files, texture); });
 
     EXPECT_NE(model, nullptr);
     EXPECT_NE(TextureManager::Instance().texture(inside, nullptr), nullptr);

@@ -12,7 +12,7 @@ const char* __lsan_default_suppressions() {
            "leak:libGLX_mesa.so\n"
            "leak:libLLVM\n"
            "leak:swrast_dri.so\n"
-           "leak:Atelier::Vel::LoadTexture\n";
+           "leak:Atelier::Vel::loadTextureFrom\n";
 }
 
 const char* __lsan_default_options() {

@@ -110,9 +110,9 @@ TEST_F(HostilePathsTest, AsLibrariesFailWithThePathThatWasMeant) {
 TEST_F(HostilePathsTest, AsMapsAreKeptAndAreNoImages) {
     const QString good = path("good.png");
     ASSERT_TRUE(QImage(2, 3, QImage::Format_ARGB32).save(good));
-    EXPECT_EQ(ReadTextureSize(ModelFiles(), good), QSize(2, 3));
+    EXPECT_EQ(readTextureSize(ModelFiles(), good), QSize(2, 3));
     forEveryPath([this](const QString& hostile) {
-        EXPECT_FALSE(ReadTextureSize(ModelFiles(), hostile).isValid());
+        EXPECT_FALSE(readTextureSize(ModelFiles(), hostile).isValid());
         if (!isOneToken(hostile))
             return;
         write("map.mtl", "newmtl red\nmap_Kd " + hostile.toUtf8() + '\n');

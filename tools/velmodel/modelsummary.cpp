@@ -21,7 +21,7 @@ ModelSummary::TextureFile textureState(const QString& map, const QString& named,
     const QString path = textureFile(named);
     if (!QFileInfo(path).isFile())
         return {map, path, QStringLiteral("missing"), {}};
-    const QSize size = ReadTextureSize(files, path);
+    const QSize size = readTextureSize(files, path);
     return {map, path, size.isValid() ? QStringLiteral("found") : QStringLiteral("unreadable"), size};
 }
 

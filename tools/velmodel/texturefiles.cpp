@@ -18,7 +18,7 @@ QString textureFile(const QString& path) {
 
 void installTextureLoader(const ModelFiles& files) {
     TextureManager::Instance().setLoader(
-        [files](const QString& path) { return LoadTextureFrom(files, textureFile(path)); });
+        [files](const QString& path) { return loadTextureFrom(files, textureFile(path)); });
 }
 
 } // namespace Atelier::Vel::Tool

@@ -129,10 +129,10 @@ void fill(Texture& texture, const QImage& image) {
 } // namespace
 
 Texture* LoadTexture(const QString& path) {
-    return LoadTextureFrom(ModelFiles(), path);
+    return loadTextureFrom(ModelFiles(), path);
 }
 
-Texture* LoadTextureFrom(const ModelFiles& files, const QString& path) {
+Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
     // Its textures are never deleted: who asked for one may hold it until the process ends. What was read for
     // one folder is not for another.
     static QHash<QPair<QString, QString>, Texture*> cache;
@@ -150,7 +150,7 @@ Texture* LoadTextureFrom(const ModelFiles& files, const QString& path) {
     return texture.release();
 }
 
-QSize ReadTextureSize(const ModelFiles& files, const QString& path) {
+QSize readTextureSize(const ModelFiles& files, const QString& path) {
     const std::unique_ptr<QFile> file = files.open(path);
     const QImageReader reader(file.get());
     const QSize size = mayBeRead(reader, files) ? reader.size() : QSize();
