@@ -38,7 +38,7 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
 class MaterialCollector {
 public:
     MaterialCollector(ModelBuilder& builder, const ModelFiles& files)
-        : _builder(builder), _files(files), _blank(materialPlanName()) {
+        : _builder(builder), _files(files), _blank(materialPlanName()), _material(materialPlanName()) {
         setScalar(_blank, QStringLiteral("d"), 1.0F);
     }
 
@@ -52,19 +52,23 @@ private:
 
     ModelBuilder& _builder;
     const ModelFiles& _files;
-    InstanceData _blank; ///< what every material begins with; those that stay so share it
-    QString _name;       ///< null before the first material
+    InstanceData _blank; ///< what every material begins with, shared by those that stay so
+    bool _isBlank = false;
+    QString _name; ///< null before the first material
     InstanceData _material;
 };
 
 void MaterialCollector::finishMaterial() {
     if (!_name.isNull() && !_builder.hasMaterialGroup(_name))
-        _builder.createMaterialGroup(_name, _material, -1, 0);
+        _builder.createMaterialGroup(_name, _isBlank ? _blank : _material, -1, 0);
 }
 
 void MaterialCollector::startMaterial(const QString& name) {
     finishMaterial();
-    _material = _blank;
+    // Not a copy of the blank one: QMap loses memory when there is none for making a copy its own.
+    _material.clear();
+    setScalar(_material, QStringLiteral("d"), 1.0F);
+    _isBlank = true;
     _name = name;
 }
 
@@ -77,9 +81,10 @@ void MaterialCollector::setMap(const QString& name, const QString& path) {
 }
 
 void MaterialCollector::take(const MtlReader& line) {
-    switch (line.kind()) {
-    case MtlReader::Kind::NewMtl:
+    if (line.kind() == MtlReader::Kind::NewMtl)
         return startMaterial(line.text());
+    _isBlank = false;
+    switch (line.kind()) {
     case MtlReader::Kind::Ka:
         return setColour(_material, QStringLiteral("Ka"), line.values());
     case MtlReader::Kind::Kd:
@@ -98,6 +103,7 @@ void MaterialCollector::take(const MtlReader& line) {
         return setMap(QStringLiteral("map_Ka"), line.text());
     case MtlReader::Kind::MapNs:
         return setMap(QStringLiteral("map_Ns"), line.text());
+    case MtlReader::Kind::NewMtl:
     case MtlReader::Kind::End:
     case MtlReader::Kind::Unknown:
         return;

@@ -111,7 +111,7 @@ std::shared_ptr<ScratchBlock> ModelDataArray::growTo(quint64 bytes) {
     try {
         return moveTo(room);
     } catch (const std::bad_alloc&) {
-        if (modestRoom(bytes) >= room)
+        if (room < kMaxBytes)
             throw;
         return moveTo(modestRoom(bytes));
     }
