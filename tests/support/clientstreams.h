@@ -15,11 +15,11 @@ public:
 
     unsigned int type() const override { return _type; }
     void setType(unsigned int type) override { _type = type; }
-    quint64 size() const override { return _bytes.size() / typeSize(_type); }
+    quint64 size() const override { return typeSize(_type) == 0 ? 0 : _bytes.size() / typeSize(_type); }
     void resize(quint64 count) override { _bytes.resize(count * typeSize(_type)); }
     void* data(quint64 first) override { return _bytes.data() + first * typeSize(_type); }
     void setData(quint64 first, quint64 count, const void* src) override {
-        if (count != 0)
+        if (count * typeSize(_type) != 0)
             std::memcpy(data(first), src, count * typeSize(_type));
     }
 

@@ -10,14 +10,17 @@
 
 #include "nastytext.h"
 #include "support/scale.h"
+#include "textlines.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
 using testing::ElementsAre;
+using Testing::linesOf;
 using Testing::NastyText;
 using Testing::scaled;
+using Testing::withoutEmptyEnd;
 
 class LineSourceTest : public testing::Test {
 protected:
@@ -32,25 +35,14 @@ protected:
         EXPECT_TRUE(_file.open(mode));
         return _file;
     }
-    static QStringList lines(LineSource& source) {
-        QStringList result;
-        while (source.next())
-            result << source.text(source.begin(), source.end());
-        return result;
-    }
     QStringList lines(const LineSourceLimits& limits = {}) {
         QTextStream stream(&reopened());
         LineSource source(&stream, limits);
-        return lines(source);
+        return linesOf(source);
     }
-    QStringList streamLines(const char* codec = nullptr) {
+    QStringList streamLines() {
         QTextStream stream(&reopened());
-        if (codec != nullptr)
-            stream.setCodec(codec);
-        QStringList result;
-        while (!stream.atEnd())
-            result << stream.readLine();
-        return result;
+        return linesOf(stream);
     }
 
 private:
@@ -160,7 +152,7 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDroppedFromStreamsToo) {
                    QString(1500, QLatin1Char('x'));
     QTextStream stream(&text);
     LineSource source(&stream, limitsOf(100, 1000));
-    EXPECT_EQ(lines(source), QStringList({"a", "b"}));
+    EXPECT_EQ(linesOf(source), QStringList({"a", "b"}));
 }
 
 TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
@@ -170,7 +162,7 @@ TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
     ASSERT_TRUE(source.fill());
     EXPECT_EQ(std::string(source.wholeLinesBegin(), source.wholeLinesEnd()), "a\nb\nc\n");
     source.skipTo(source.wholeLinesBegin() + 4);
-    EXPECT_EQ(lines(source), QStringList({"c", "d"}));
+    EXPECT_EQ(linesOf(source), QStringList({"c", "d"}));
     EXPECT_FALSE(source.fill());
 }
 
@@ -180,35 +172,29 @@ TEST_F(LineSourceTest, StreamsThatAreNoPlainFilesAreReadThroughTheStream) {
         QTextStream binary(&reopened(QIODevice::ReadOnly));
         LineSource source(&binary);
         EXPECT_FALSE(source.fill());
-        EXPECT_EQ(lines(source).at(0), "a");
+        EXPECT_EQ(linesOf(source).at(0), "a");
     }
     {
         QTextStream latin(&reopened());
         latin.setCodec("ISO-8859-1");
         LineSource source(&latin);
-        EXPECT_EQ(lines(source).at(1), QString::fromLatin1("b\xE9"));
+        EXPECT_EQ(linesOf(source).at(1), QString::fromLatin1("b\xE9"));
     }
     QBuffer buffer;
     buffer.setData("x\ny");
     ASSERT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Text));
     QTextStream ofBuffer(&buffer);
     LineSource source(&ofBuffer);
-    EXPECT_EQ(lines(source), QStringList({"x", "y"}));
+    EXPECT_EQ(linesOf(source), QStringList({"x", "y"}));
 }
 
-// Where bytes are left that give no character, a stream has an empty line more, or one less.
 TEST_F(LineSourceTest, NoiseHasTheStreamsLines) {
-    const auto trimmed = [](QStringList list) {
-        while (!list.isEmpty() && list.last().isEmpty())
-            list.removeLast();
-        return list;
-    };
     NastyText nasty(21);
     for (int i = scaled(2000); i > 0; --i) {
         write(nasty.below(2) == 0 ? nasty.noise(300) : nasty.encoded(nasty.mtl(10)));
-        const QStringList expected = trimmed(streamLines());
+        const QStringList expected = withoutEmptyEnd(streamLines());
         for (const qint64 blockBytes : {4, 50, 4096})
-            ASSERT_EQ(trimmed(lines(limitsOf(blockBytes))), expected);
+            ASSERT_EQ(withoutEmptyEnd(lines(limitsOf(blockBytes))), expected);
     }
 }
 

@@ -1,9 +1,7 @@
 #include "import/objreader.h"
 
 #include <array>
-#include <cstring>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include <QtCore/QFile>
@@ -13,6 +11,7 @@
 
 #include "literal/literalobjreader.h"
 #include "nastytext.h"
+#include "objrecords.h"
 #include "support/scale.h"
 
 namespace Atelier::Vel {
@@ -20,142 +19,17 @@ namespace Atelier::Vel {
 namespace {
 
 using Kind = ObjReader::Kind;
+using Testing::Content;
+using Testing::contentInRuns;
+using Testing::contentOf;
 using testing::ElementsAre;
 using Testing::LiteralObjReader;
 using Testing::NastyText;
+using Testing::Record;
 using Testing::scaled;
+using Testing::takeAll;
 
 constexpr qint64 kBlockBytes = qint64(256) * 1024;
-
-struct Record {
-    Kind kind = Kind::None;
-    bool ok = false;
-    std::array<float, 3> values{};
-    std::vector<std::array<quint32, 3>> corners; ///< position, texture coordinate, normal
-    QString text;
-
-    // Values by their bits, so that zeros have signs and a number that is none equals itself.
-    friend bool operator==(const Record& a, const Record& b) {
-        return a.kind == b.kind && a.ok == b.ok && a.corners == b.corners && a.text == b.text &&
-               a.valueBits() == b.valueBits();
-    }
-    std::array<quint32, 3> valueBits() const {
-        std::array<quint32, 3> bits;
-        std::memcpy(bits.data(), values.data(), sizeof bits);
-        return bits;
-    }
-    friend void PrintTo(const Record& record, std::ostream* out) {
-        *out << static_cast<int>(record.kind) << (record.ok ? " ok " : " failed ") << record.values[0] << ' '
-             << record.values[1] << ' ' << record.values[2] << ' ' << record.corners.size() << " corners '"
-             << record.text.toStdString() << '\'';
-    }
-};
-
-template<typename Reader>
-Record takeRecord(Reader& reader) {
-    Record record;
-    record.ok = reader.read();
-    record.kind = reader.kind();
-    std::copy_n(reader.values(), 3, record.values.begin());
-    if (record.kind == Kind::Face && record.ok)
-        for (int i = 0; i < reader.cornerCount(); ++i)
-            record.corners.push_back(
-                {reader.corner(i).position, reader.corner(i).texCoord, reader.corner(i).normal});
-    record.text = reader.text();
-    return record;
-}
-
-template<typename Reader>
-std::vector<Record> takeAll(Reader& reader) {
-    reader.setDirectory(QStringLiteral("/base"));
-    std::vector<Record> records;
-    for (; reader.hasNext(); reader.next())
-        records.push_back(takeRecord(reader));
-    return records;
-}
-
-/// What a text amounts to, kind by kind, and what it says between its faces.
-struct Content {
-    std::vector<quint32> positions; ///< the bits of the numbers
-    std::vector<quint32> normals;
-    std::vector<quint32> texCoords;
-    std::vector<quint32> cornerCounts;
-    std::vector<std::array<quint32, 3>> corners;
-    std::vector<std::pair<size_t, QString>> switches; ///< at which face, to what
-    size_t dropped = 0;
-
-    friend bool operator==(const Content& a, const Content& b) {
-        return a.positions == b.positions && a.normals == b.normals && a.texCoords == b.texCoords &&
-               a.cornerCounts == b.cornerCounts && a.corners == b.corners && a.switches == b.switches &&
-               a.dropped == b.dropped;
-    }
-    friend void PrintTo(const Content& content, std::ostream* out) {
-        *out << content.positions.size() << " v " << content.normals.size() << " vn "
-             << content.texCoords.size() << " vt " << testing::PrintToString(content.cornerCounts) << ' '
-             << content.corners.size() << " corners " << content.dropped << " dropped";
-    }
-};
-
-void append(std::vector<quint32>& bits, const float* values, size_t count) {
-    bits.resize(bits.size() + count);
-    std::copy_n(reinterpret_cast<const char*>(values), count * sizeof(float),
-                reinterpret_cast<char*>(bits.data() + bits.size() - count));
-}
-
-void append(Content& content, const Record& record) {
-    switch (record.kind) {
-    case Kind::Position:
-        return append(content.positions, record.values.data(), 3);
-    case Kind::Normal:
-        return append(content.normals, record.values.data(), 3);
-    case Kind::TexCoord:
-        return append(content.texCoords, record.values.data(), 2);
-    case Kind::Face:
-        content.dropped += record.ok ? 0 : 1;
-        if (record.ok) {
-            content.cornerCounts.push_back(static_cast<quint32>(record.corners.size()));
-            content.corners.insert(content.corners.end(), record.corners.begin(), record.corners.end());
-        }
-        return;
-    default:
-        content.switches.emplace_back(content.cornerCounts.size(), record.text);
-    }
-}
-
-void append(Content& content, ObjRun& run) {
-    append(content.positions, run.positions.items, run.positions.size);
-    append(content.normals, run.normals.items, run.normals.size);
-    append(content.texCoords, run.texCoords.items, run.texCoords.size);
-    content.cornerCounts.insert(content.cornerCounts.end(), run.cornerCounts.items,
-                                run.cornerCounts.items + run.cornerCounts.size);
-    for (size_t i = 0; i < run.positionIndices.size; ++i)
-        content.corners.push_back(
-            {run.positionIndices.items[i], run.texCoordIndices.items[i], run.normalIndices.items[i]});
-    EXPECT_EQ(run.normalIndices.size, run.positionIndices.size);
-    EXPECT_EQ(run.texCoordIndices.size, run.positionIndices.size);
-    run = ObjRun();
-}
-
-Content contentOf(const std::vector<Record>& records) {
-    Content content;
-    for (const Record& record : records)
-        append(content, record);
-    return content;
-}
-
-/// Through runs, the way that a loader takes it.
-Content contentInRuns(ObjReader& reader) {
-    reader.setDirectory(QStringLiteral("/base"));
-    Content content;
-    const auto run = std::make_unique<ObjRun>();
-    for (; reader.hasNext(); reader.next(*run)) {
-        append(content, *run);
-        if (reader.kind() != Kind::None)
-            append(content, takeRecord(reader));
-    }
-    append(content, *run);
-    return content;
-}
 
 /// A file on disk, since that is what the readers read best.
 class ObjReaderTest : public testing::Test {
@@ -183,7 +57,8 @@ protected:
         file.open(QIODevice::ReadOnly | QIODevice::Text);
         QTextStream stream(&file);
         ObjReader reader(&stream, limits);
-        return contentInRuns(reader);
+        const auto run = std::make_unique<ObjRun>();
+        return contentInRuns(reader, *run);
     }
     std::vector<Record> readLiterally(const QByteArray& text) {
         write(text);

@@ -10,6 +10,7 @@
 #include "literal/literaltriangulation.h"
 #include "literal/testpolygons.h"
 #include "support/messagelog.h"
+#include "triangulationoutcome.h"
 
 namespace Atelier::Vel {
 namespace {
@@ -19,43 +20,6 @@ using namespace Testing;
 int scaled(int rounds) {
     return rounds * std::max(1, qEnvironmentVariableIntValue("VELMODEL_TEST_SCALE"));
 }
-
-struct Outcome {
-    QVector<unsigned int> own;
-    QVector<unsigned int> given;
-    QVector<unsigned short> shortOwn;
-    QVector<unsigned short> shortGiven;
-    std::vector<LoggedMessage> messages;
-
-    friend bool operator==(const Outcome& a, const Outcome& b) {
-        return a.own == b.own && a.given == b.given && a.shortOwn == b.shortOwn &&
-               a.shortGiven == b.shortGiven && a.messages == b.messages;
-    }
-};
-
-/// Runs all four overloads; `cut` is either the library's or the literal one.
-template<typename Cut>
-Outcome outcomeOf(const TestPolygon& polygon, MessageLog& log, const Cut& cut) {
-    Outcome outcome;
-    log.clear();
-    cut(polygon, outcome);
-    outcome.messages = log.messages();
-    return outcome;
-}
-
-const auto kLibrary = [](const TestPolygon& p, Outcome& outcome) {
-    Triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.own);
-    Triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.given);
-    Triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.shortOwn);
-    Triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.shortGiven);
-};
-
-const auto kLiteral = [](const TestPolygon& p, Outcome& outcome) {
-    Literal::triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.own);
-    Literal::triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.given);
-    Literal::triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.shortOwn);
-    Literal::triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.shortGiven);
-};
 
 /// What the polygon is, so that a failure can be run again.
 std::string described(const TestPolygon& polygon) {
@@ -75,8 +39,8 @@ int compareRandomPolygons(int rounds, int least, int most, unsigned int seed) {
     int cuts = 0;
     for (int round = 0; round < rounds; ++round) {
         const TestPolygon polygon = randomPolygon(sizes(random), random);
-        const Outcome expected = outcomeOf(polygon, log, kLiteral);
-        const Outcome actual = outcomeOf(polygon, log, kLibrary);
+        const TriangulationOutcome expected = literalOutcome(polygon, log);
+        const TriangulationOutcome actual = libraryOutcome(polygon, log);
         if (!(expected == actual)) {
             ADD_FAILURE() << "round " << round << " differs:\n" << described(polygon);
             return cuts;

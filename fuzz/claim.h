@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace Atelier::Vel::Fuzzing {
+
+/// Ends the process where a claim does not hold, so that the fuzzer keeps the input.
+inline void require(bool holds, const char* claim) {
+    if (holds)
+        return;
+    std::fprintf(stderr, "This does not hold: %s\n", claim);
+    std::abort();
+}
+
+} // namespace Atelier::Vel::Fuzzing

@@ -1,0 +1,76 @@
+// The line source against the text stream that it stands for. The first two bytes of an input say how large
+// the blocks are, and how the text lies in the blocks of the stream.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QFile>
+#include <QtCore/QTextStream>
+
+#include "claim.h"
+#include "import/linesource.h"
+#include "memoryfile.h"
+#include "textlines.h"
+
+using namespace Atelier::Vel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+constexpr int kHeaderBytes = 2;
+// A stream decodes this many bytes at a time, and what is cut there can decode differently.
+constexpr int kStreamBlockBytes = 16384;
+
+// From this value on the second byte asks for a block's end in the middle of the text.
+constexpr std::uint8_t kFirstWithFiller = 0xF0;
+
+/// The text, with so long a line put into it that a block of the stream ends somewhere behind it.
+QByteArray textOf(const QByteArray& text, std::uint8_t layout) {
+    if (layout < kFirstWithFiller)
+        return text;
+    const int before = text.size() / 2;
+    const int behind = std::min(layout - kFirstWithFiller, text.size() - before);
+    const QByteArray filler = '\n' + QByteArray(kStreamBlockBytes - before - behind - 2, 'x') + '\n';
+    return text.left(before) + filler + text.mid(before);
+}
+
+/// Whether the bytes of the current line stand for its characters as they are said to.
+bool standsForItsText(const LineSource& source) {
+    const QString text = source.text(source.begin(), source.end());
+    return std::equal(source.begin(), source.end(), text.begin(), text.end(), [](char byte, QChar character) {
+        if (character.unicode() < 0x80)
+            return byte == static_cast<char>(character.unicode());
+        return byte == (character.isSpace() ? ' ' : LineSource::kForeign);
+    });
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size < kHeaderBytes)
+        return 0;
+    const QByteArray content = QByteArray::fromRawData(reinterpret_cast<const char*>(data) + kHeaderBytes,
+                                                       static_cast<int>(size) - kHeaderBytes);
+    const QByteArray text = textOf(content, data[1]);
+    static Fuzzing::MemoryFile memory;
+    memory.write(text.constData(), static_cast<std::size_t>(text.size()));
+    QFile file;
+    memory.openText(file);
+    QTextStream stream(&file);
+    const QStringList expected = Testing::linesOf(stream);
+    file.seek(0);
+    QTextStream sourceStream(&file);
+    LineSourceLimits limits;
+    limits.blockBytes = 4 + data[0];
+    LineSource source(&sourceStream, limits);
+    QStringList lines;
+    while (source.next()) {
+        Fuzzing::require(standsForItsText(source), "the bytes of a line stand for its characters");
+        lines << source.text(source.begin(), source.end());
+    }
+    Fuzzing::require(Testing::withoutEmptyEnd(lines) == Testing::withoutEmptyEnd(expected),
+                     "lines are those of the stream");
+    return 0;
+}

@@ -1,0 +1,58 @@
+// The OBJ reader, record by record and in runs, with large and with tiny blocks, against its literal version.
+#include <cstddef>
+#include <cstdint>
+
+#include <QtCore/QFile>
+#include <QtCore/QTextStream>
+
+#include "claim.h"
+#include "import/objreader.h"
+#include "literal/literalobjreader.h"
+#include "memoryfile.h"
+#include "objrecords.h"
+
+using namespace Atelier::Vel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+std::vector<Testing::Record> readLiterally(QFile& file) {
+    QTextStream stream(&file);
+    Testing::LiteralObjReader reader(&stream);
+    return Testing::takeAll(reader);
+}
+
+std::vector<Testing::Record> read(QFile& file, const LineSourceLimits& limits) {
+    QTextStream stream(&file);
+    ObjReader reader(&stream, limits);
+    return Testing::takeAll(reader);
+}
+
+Testing::Content readInRuns(QFile& file, const LineSourceLimits& limits) {
+    QTextStream stream(&file);
+    ObjReader reader(&stream, limits);
+    static ObjRun run;
+    return Testing::contentInRuns(reader, run);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Fuzzing::MemoryFile text;
+    text.write(data, size);
+    QFile file;
+    text.openText(file);
+    const auto rewound = [&file]() -> QFile& {
+        file.seek(0);
+        return file;
+    };
+    LineSourceLimits limits;
+    if (size % 2 != 0)
+        limits.blockBytes = 4 + static_cast<qint64>(size % 61);
+    const std::vector<Testing::Record> expected = readLiterally(file);
+    Fuzzing::require(read(rewound(), limits) == expected, "records are those of the literal reader");
+    Fuzzing::require(readInRuns(rewound(), limits) == Testing::contentOf(expected),
+                     "runs amount to the records of the literal reader");
+    return 0;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QtCore/QStringList>
+#include <QtCore/QTextStream>
+
+#include "import/linesource.h"
+
+/// The lines of a text, by a line source and by the stream that it has to agree with.
+namespace Atelier::Vel::Testing {
+
+inline QStringList linesOf(LineSource& source) {
+    QStringList lines;
+    while (source.next())
+        lines << source.text(source.begin(), source.end());
+    return lines;
+}
+
+inline QStringList linesOf(QTextStream& stream) {
+    QStringList lines;
+    while (!stream.atEnd())
+        lines << stream.readLine();
+    return lines;
+}
+
+/// Where bytes are left that give no character, a stream has an empty line more at its end, or one less.
+inline QStringList withoutEmptyEnd(QStringList lines) {
+    while (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+} // namespace Atelier::Vel::Testing
