@@ -113,6 +113,32 @@ TEST_F(FileFaultsTest, ReadErrorInALibraryFailsTheLoad) {
     }
 }
 
+TEST_F(FileFaultsTest, LibraryNamedManyTimesIsReadOnce) {
+    const QString library = write("a.mtl", "newmtl red\nKd 1 0 0\n");
+    const QString once = write("once.obj", "mtllib a.mtl\nv 0 0 0\nusemtl red\nf 1 1 1\n");
+    const QString often = write("often.obj", QByteArray("mtllib a.mtl\nmtllib ./a.mtl\n").repeated(25'000) +
+                                                 "v 0 0 0\nusemtl red\nf 1 1 1\n");
+    const FileFault fault(library, [](long, std::size_t bytes) { return static_cast<long>(bytes); });
+    const SummedLoad expected = summedLoad(once);
+    const std::size_t reads = FileFault::reads();
+    EXPECT_TRUE(summedLoad(often) == expected);
+    EXPECT_EQ(FileFault::reads(), 2 * reads);
+}
+
+TEST_F(FileFaultsTest, LibraryThatChangesIsReadAgain) {
+    write("a.mtl", "newmtl red\n");
+    const QString file = write("a.obj", "v 0 0 0\nmtllib a.mtl\nusemtl red\nf 1 1 1\n" +
+                                            QByteArray("# comment\n").repeated(kManyLines) +
+                                            "mtllib a.mtl\nusemtl tan\nf 1 1 1\n");
+    EXPECT_EQ(summedLoad(file).commands, 1);
+    const FileFault fault(file, [&](long offset, std::size_t bytes) {
+        if (offset > 0)
+            write("a.mtl", "newmtl tan\n");
+        return static_cast<long>(bytes);
+    });
+    EXPECT_EQ(summedLoad(file).commands, 2);
+}
+
 // The end of the file is where a read finds it, whatever its size was when it was opened.
 TEST_F(FileFaultsTest, FileThatShrinksIsReadToItsNewEnd) {
     for (const qint64 rest : {0, 1, 1000, 300'000, 500'001}) {

@@ -178,12 +178,12 @@ qint64 LineSource::readBytes() {
 }
 
 bool LineSource::findWholeLines(const char* fresh) {
+    const void* const lineFeed = std::memchr(fresh, '\n', static_cast<size_t>(_blockEnd - fresh));
     if (_inOverlongLine) {
-        const void* lineFeed = std::memchr(fresh, '\n', static_cast<size_t>(_blockEnd - fresh));
         _inOverlongLine = lineFeed == nullptr;
         _unread = _wholeLinesEnd = _inOverlongLine ? _blockEnd : static_cast<const char*>(lineFeed) + 1;
     }
-    for (const char* end = _blockEnd; end != fresh; --end) {
+    for (const char* end = _blockEnd; lineFeed != nullptr; --end) {
         if (end[-1] == '\n') {
             _wholeLinesEnd = end;
             return true;

@@ -144,24 +144,31 @@ InstanceData makeDefaultMaterial() {
     return material;
 }
 
-bool loadMaterialLibrary(const QString& path, const ModelFiles& files, ModelBuilder& builder) {
-    const std::unique_ptr<QFile> file = files.open(path, QIODevice::ReadOnly | QIODevice::Text);
+bool MaterialLibraries::load(const QString& path) {
+    const std::unique_ptr<QFile> file = _files.open(path, QIODevice::ReadOnly | QIODevice::Text);
     if (!file) {
-        if (!files.allows(path))
-            reportOutsideFile(path, files.folder());
+        if (!_files.allows(path))
+            reportOutsideFile(path, _files.folder());
         return false;
     }
+    const std::optional<FileVersion> version = versionOf(*file);
+    if (version && _read.count(*version) != 0)
+        return true;
     QTextStream stream(file.get());
     MtlReader reader(&stream, true);
     reader.setDirectory(QFileInfo(path).dir().absolutePath());
-    MaterialCollector collector(builder, files);
+    MaterialCollector collector(_builder, _files);
     while (reader.hasNext()) {
         if (reader.read())
             collector.take(reader);
         reader.next();
     }
     collector.finishMaterial();
-    return isReadToTheEnd(*file);
+    if (!isReadToTheEnd(*file))
+        return false;
+    if (version)
+        _read.insert(*version);
+    return true;
 }
 
 } // namespace Atelier::Vel

@@ -1,18 +1,38 @@
 #pragma once
 
+#include <set>
+#include <utility>
+
 #include <QtCore/QString>
+
+#include <velmodel/modelfiles.h>
+
+#include "import/fileversion.h"
 
 namespace Atelier::Vel {
 
 class ModelBuilder;
-class ModelFiles;
 
 /// Registers the "OBJMaterial" plan; called once, while the library is being loaded.
 void registerObjMaterialPlan();
 
-/// Reads an MTL file into material groups of `builder`, in the order in which the file defines them. Groups
-/// that exist already stay as they are. A map that is none of `files` is white, after a warning.
-/// Returns: false when the file is none of `files` (after a warning), no regular file, or cannot be opened.
-bool loadMaterialLibrary(const QString& path, const ModelFiles& files, ModelBuilder& builder);
+/// The material libraries of one load.
+class MaterialLibraries {
+public:
+    /// `builder` must outlive the libraries.
+    MaterialLibraries(ModelFiles files, ModelBuilder& builder)
+        : _files(std::move(files)), _builder(builder) {}
+
+    /// Reads an MTL file into material groups of the builder, in the order in which the file defines them.
+    /// Groups that exist already stay as they are, so a file that was read before and has not changed since
+    /// is not read again. A map that is none of the files is white, after a warning. Returns: false when the
+    /// file is none of the files (after a warning), no regular file, or cannot be read.
+    bool load(const QString& path);
+
+private:
+    ModelFiles _files;
+    ModelBuilder& _builder;
+    std::set<FileVersion> _read;
+};
 
 } // namespace Atelier::Vel

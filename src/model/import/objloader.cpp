@@ -71,7 +71,7 @@ public:
     ObjImport(QFile& file, ModelFiles libraries)
         : _path(file.fileName()),
           _fileSize(file.size()),
-          _libraries(std::move(libraries)),
+          _libraries(std::move(libraries), _builder),
           _stream(&file),
           _reader(&_stream),
           _feed(_builder) {
@@ -92,8 +92,8 @@ private:
 
     QString _path;
     qint64 _fileSize;
-    ModelFiles _libraries;
     ModelBuilder _builder;
+    MaterialLibraries _libraries;
     QTextStream _stream;
     ObjReader _reader;
     BuilderFeed _feed;
@@ -128,7 +128,7 @@ bool ObjImport::takeRecord(QString& error) {
         _feed.useMaterial(_reader.text());
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
         _feed.flush();
-        if (!loadMaterialLibrary(_reader.text(), _libraries, _builder)) {
+        if (!_libraries.load(_reader.text())) {
             error = QStringLiteral("Failed to load MTL file '%1'").arg(_reader.text());
             return false;
         }
