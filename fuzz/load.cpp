@@ -38,7 +38,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     OpenGLDeviceContext::setCurrent(Fuzzing::makeCheckingContext());
     QString error;
     LoadReport report;
-    const std::unique_ptr<GPUModel> loaded(loadModelFromOBJFile(model, error, LoadProgress(), &report));
+    LoadOptions options;
+    if (size % 2 != 0)
+        options.files = LoadOptions::Files::InOwnFolder;
+    const std::unique_ptr<GPUModel> loaded(
+        loadModelFromOBJFile(model, error, LoadProgress(), &report, options));
     Fuzzing::require((loaded == nullptr) == !error.isEmpty(), "a load gives a model or an error");
     if (loaded != nullptr) {
         Fuzzing::require(Fuzzing::requireDrawable(*loaded) == 3 * report.triangles,
