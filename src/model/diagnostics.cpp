@@ -15,6 +15,10 @@ void reportMissingStream(const QString& purpose) {
     QMessageLogger().warning("Unable to upload: no stream could be made for %s", qUtf8Printable(purpose));
 }
 
+void reportMissingObject(const QString& purpose) {
+    QMessageLogger().warning("Unable to upload: the context made no object for %s", qUtf8Printable(purpose));
+}
+
 void reportRefusedData(const QString& purpose) {
     QMessageLogger().warning("Data for %s refused: a stream holds at most 2147483647 bytes",
                              qUtf8Printable(purpose));

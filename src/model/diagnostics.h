@@ -10,6 +10,9 @@ void reportAssertion(const QString& condition, const QString& detail, int line);
 /// Warns that an allocator gave no stream of the size needed for `purpose`.
 void reportMissingStream(const QString& purpose);
 
+/// Warns that the context made no object for `purpose`.
+void reportMissingObject(const QString& purpose);
+
 /// Warns that a stream would have grown beyond what it can hold, and so refused what was added to it.
 void reportRefusedData(const QString& purpose);
 

@@ -1,11 +1,15 @@
+#include <algorithm>
 #include <initializer_list>
 #include <memory>
 
 #include <gmock/gmock.h>
 
+#include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
+#include <velgl/opengldevicecontext.h>
+#include <velgl/vertexarrayobject.h>
 #include <velmodel/modelbuilder.h>
 
 #include "support/clientstreams.h"
@@ -39,6 +43,23 @@ std::vector<T> uploaded(const RecordingContext& context, std::size_t upload) {
     std::copy_n(bytes.constData(), bytes.size(), reinterpret_cast<char*>(result.data()));
     return result;
 }
+
+/// Makes some objects, none of which can be filled, and then no more.
+class ScarceContext : public OpenGLDeviceContext {
+public:
+    explicit ScarceContext(int objects) : _left(objects) {}
+
+    QSharedPointer<BufferObject> createBufferObject() override {
+        return _left-- > 0 ? OpenGLDeviceContext::createBufferObject() : QSharedPointer<BufferObject>();
+    }
+    QSharedPointer<VertexArrayObject> createVertexArrayObject() override {
+        return _left-- > 0 ? OpenGLDeviceContext::createVertexArrayObject()
+                           : QSharedPointer<VertexArrayObject>();
+    }
+
+private:
+    int _left;
+};
 
 /// Feeds a builder with a square of two triangles, one group each.
 class ModelUploadTest : public testing::Test {
@@ -437,6 +458,27 @@ TEST_F(ModelUploadTest, AllocatorThatRunsOutLeavesTheModelUnchangedWithOneWarnin
         builder->upload(&other, InstanceData(), kPosition, QString(), kStaticDraw, kTriangles);
         EXPECT_EQ(other.drawableCount(), 1);
         EXPECT_EQ(other.drawable(0)->drawElementsIndirectCommands().size(), 2);
+    }
+}
+
+TEST_F(ModelUploadTest, ContextThatRunsOutOfObjectsIsSurvivedWithOneWarning) {
+    const QString missing[] = {"the index buffer", "the buffer of vertex attribute 'normal'",
+                               "the buffer of vertex attribute 'position'",
+                               "the vertex array of a drawable, which draws nothing"};
+    for (int objects = 0; objects < 5; ++objects) {
+        makeBuilder({}, 0);
+        builder->generateNormals(kNormal);
+        OpenGLDeviceContext::setCurrent(QSharedPointer<ScarceContext>::create(objects));
+        log.clear();
+        upload();
+        EXPECT_EQ(model.drawableCount(), std::max(0, objects - 2)) << objects;
+        if (objects < 4)
+            EXPECT_THAT(log.texts(QtWarningMsg),
+                        ElementsAre("Unable to upload: the context made no object for " + missing[objects]));
+        else
+            EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+        model.draw();
+        EXPECT_FALSE(model.bounds().isValid);
     }
 }
 

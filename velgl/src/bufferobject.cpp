@@ -6,6 +6,7 @@
 
 #include "bindingstack.h"
 #include "bufferoperations.h"
+#include "glerrors.h"
 #include "labels.h"
 #include "log.h"
 
@@ -16,6 +17,7 @@ struct BufferObject::Data {
     GLName name;
     quint64 byteCount = 0;
     QString label;
+    RefusalReport report{"Buffer"};
     BindingStack bindings;
 
     bool make(const ContextGL& gl);
@@ -33,7 +35,9 @@ bool BufferObject::Data::make(const ContextGL& gl) {
     }
     name = makeBuffer(gl, label);
     byteCount = 0;
-    return true;
+    if (!name.isAlive())
+        report.refuse("made", label);
+    return name.isAlive();
 }
 
 bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
@@ -48,6 +52,10 @@ bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
     const qint64 size = static_cast<qint64>(elementSize * quint64(count));
     const bool filled = fillBuffer(*gl, name, data, size, usage);
     byteCount = filled ? quint64(size) : 0;
+    if (filled)
+        report.itWorks();
+    else
+        report.refuse("filled", label);
     return filled;
 }
 
@@ -131,6 +139,7 @@ void BufferObject::setLabel(const QString& label) {
     _data->label = label;
     if (const unsigned int current = name())
         labelObject(GL_BUFFER, current, label);
+    _data->report.setLabel(label);
 }
 
 } // namespace Atelier::Vel

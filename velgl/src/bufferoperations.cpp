@@ -33,7 +33,8 @@ GLName makeBuffer(const ContextGL& gl, const QString& label) {
         // A generated name becomes a buffer when it is bound first.
         const ScopedBufferBinding binding(GL_COPY_WRITE_BUFFER, name);
     }
-    labelObject(GL_BUFFER, name, label);
+    if (name != 0)
+        labelObject(GL_BUFFER, name, label);
     return {GLKind::Buffer, name, gl.group()};
 }
 

@@ -9,6 +9,7 @@
 // requires that `gl` is ContextGL::current().
 namespace Atelier::Vel {
 
+/// Returns: a name that is not alive when OpenGL has none to give.
 GLName makeBuffer(const ContextGL& gl, const QString& label);
 
 /// Replaces the content. Returns: whether the buffer has that size now.

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "bufferoperations.h"
+#include "glerrors.h"
 #include "log.h"
 #include "programinputs.h"
 #include "scalartype.h"
@@ -25,6 +27,27 @@ void setUniform(GLuint program, const char* name, GLint value) {
         glProgramUniform1i(program, location, value);
 }
 
+// Asks OpenGL for errors around a draw. What was noted before is none of the draw's, and must not be lost.
+class DrawCheck {
+public:
+    explicit DrawCheck(const QString& label) : _label(label) {
+        const QString errors = takeErrors();
+        if (!errors.isEmpty())
+            qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
+                      qPrintable(label));
+    }
+    ~DrawCheck() {
+        const QString errors = takeErrors();
+        if (!errors.isEmpty())
+            qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(_label), qPrintable(errors));
+    }
+    DrawCheck(const DrawCheck&) = delete;
+    DrawCheck& operator=(const DrawCheck&) = delete;
+
+private:
+    QString _label;
+};
+
 } // namespace
 
 struct DrawBuffers::Data {
@@ -36,7 +59,10 @@ struct DrawBuffers::Data {
     unsigned int primitiveType = GL_TRIANGLES;
     QVector<Command> commands;
     GLNames indirect;
+    RefusalReport report{"Draw commands of"};
+    int checkedCount = 0; // commands at the front that OpenGL was seen to draw, or to refuse
 
+    QString label() const { return vao ? vao->label() : QString(); }
     const GLName* indirectIn(const ContextGL& gl);
     QVector<Command> safeCommands() const;
     bool canDraw() const;
@@ -67,8 +93,12 @@ const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
     const QVector<Command> safe = safeCommands();
     GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
     const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
-    if (!fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW))
+    if (!buffer.isAlive() || !fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW)) {
+        report.refuse("uploaded", label());
         return nullptr;
+    }
+    report.itWorks();
+    checkedCount = 0;
     return &indirect.add(std::move(buffer));
 }
 
@@ -157,6 +187,12 @@ void DrawBuffers::draw(int first, int count) {
     if (program == 0 || count <= 0 || !_data->canDraw())
         return;
     const GLName* indirect = _data->indirectIn(*gl);
+    // Only once, since the answer makes a driver wait for what it does on its side.
+    std::optional<DrawCheck> check;
+    if (indirect && first + count > _data->checkedCount) {
+        check.emplace(_data->label());
+        _data->checkedCount = first + count;
+    }
     _data->vao->setIndexBuffer(_data->indices);
     if (indirect && _data->vao->bind()) {
         const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());

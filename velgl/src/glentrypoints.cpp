@@ -28,8 +28,16 @@ void texImage2D(unsigned int target, int level, int internalFormat, int width, i
     glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 
+// Where there was no memory for the image, asking for smaller ones is a mistake to OpenGL.
+bool lacksImage(unsigned int target) {
+    GLint width = 1;
+    if (target == GL_TEXTURE_2D)
+        glGetTexLevelParameteriv(target, 0, GL_TEXTURE_WIDTH, &width);
+    return width == 0;
+}
+
 void generateMipmap(unsigned int target) {
-    if (ContextGL::current())
+    if (ContextGL::current() && !lacksImage(target))
         glGenerateMipmap(target);
 }
 

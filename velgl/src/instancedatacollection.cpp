@@ -8,12 +8,14 @@
 #include <velgl/instancedataregistry.h>
 
 #include "bufferoperations.h"
+#include "glerrors.h"
 
 namespace Atelier::Vel {
 
 struct InstanceDataCollection::Data {
     GLNames storage;
     int itemCount = 0; // in the storage, items that only fill it up included
+    RefusalReport report{"Storage"};
 };
 
 InstanceDataCollection::InstanceDataCollection(const QString& name, const QList<InstanceData>& items)
@@ -62,10 +64,16 @@ unsigned int InstanceDataCollection::storage(int itemCount) {
     const QByteArray content = known->pack(_items) + QByteArray(missing * known->stride(), '\0');
     if (content.isEmpty())
         return 0;
-    if (!name)
-        name = &_data->storage.add(makeBuffer(*gl, _name));
-    if (!fillBuffer(*gl, *name, content.constData(), content.size(), GL_STATIC_DRAW))
+    GLName made = name ? GLName() : makeBuffer(*gl, _name);
+    const GLName& target = name ? *name : made;
+    if (!target.isAlive() || !fillBuffer(*gl, target, content.constData(), content.size(), GL_STATIC_DRAW)) {
+        _data->report.refuse("filled", _name);
+        _data->itemCount = 0;
         return 0;
+    }
+    if (!name)
+        name = &_data->storage.add(std::move(made));
+    _data->report.itWorks();
     _data->itemCount = _items.size() + missing;
     return name->value();
 }

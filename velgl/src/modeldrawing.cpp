@@ -97,6 +97,13 @@ void setPresence(const std::vector<TextureSource>& textures) {
     }
 }
 
+// What has no layout leaves its binding point to the client. What has one and cannot be stored must not be
+// drawn: its shader would read from somewhere else. Returns: false for the latter.
+bool bindCollection(InstanceDataCollection* collection, GLuint point, int count) {
+    const InstanceDataPlan* plan = collection ? collection->plan() : nullptr;
+    return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
+}
+
 void drawRun(DrawBuffers& buffers, const TextureRun& run) {
     std::vector<std::unique_ptr<TextureOnUnit>> bound;
     for (std::size_t unit = 0; unit < run.textures.size(); ++unit)
@@ -114,10 +121,9 @@ void drawDrawable(ModelDrawable& drawable) {
     const int count = commandCount(drawable.runs);
     const ScopedStorageBinding materialsBinding(kMaterialsBinding);
     const ScopedStorageBinding instancesBinding(kInstancesBinding);
-    if (drawable.materials)
-        drawable.materials->bindStorage(kMaterialsBinding, count);
-    if (drawable.instances)
-        drawable.instances->bindStorage(kInstancesBinding, count);
+    if (!bindCollection(drawable.materials.get(), kMaterialsBinding, count) ||
+        !bindCollection(drawable.instances.get(), kInstancesBinding, count))
+        return;
     for (const TextureRun& run : drawable.runs)
         drawRun(*drawable.buffers, run);
 }

@@ -6,6 +6,7 @@
 
 #include "bindingstack.h"
 #include "contextgl.h"
+#include "glerrors.h"
 #include "labels.h"
 #include "log.h"
 #include "pixelstore.h"
@@ -22,6 +23,7 @@ struct Texture::Data {
     bool isReported = false;
     std::optional<QColor> color; // of a texture that fills itself
     QString label;
+    RefusalReport report{"Texture"};
     GLNames names;
     BindingStack bindings;
 
@@ -72,6 +74,10 @@ const GLName* Texture::Data::nameIn(const ContextGL& gl) {
 const GLName* Texture::Data::make(const ContextGL& gl) {
     GLuint name = 0;
     glGenTextures(1, &name);
+    if (name == 0) {
+        report.refuse("made", label);
+        return nullptr;
+    }
     const GLuint previous = currentName(textureBindingQuery(target));
     glBindTexture(target, name); // a generated name becomes a texture when it is bound first
     if (color)
@@ -164,6 +170,19 @@ void Texture::setLabel(const QString& label) {
     _data->label = label;
     if (const unsigned int current = name())
         labelObject(GL_TEXTURE, current, label);
+    _data->report.setLabel(label);
+}
+
+bool Texture::hasContent() const {
+    const GLuint texture = name();
+    if (texture == 0 || _data->target != GL_TEXTURE_2D)
+        return false;
+    const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    rebindTexture(GL_TEXTURE_2D, previous);
+    return width > 0;
 }
 
 QImage Texture::readBack(int level) const {

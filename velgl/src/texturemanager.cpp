@@ -7,6 +7,7 @@
 
 #include <velgl/texture.h>
 
+#include "glerrors.h"
 #include "log.h"
 
 namespace Atelier::Vel {
@@ -17,6 +18,18 @@ struct TextureManager::Data {
     QSet<QString> unreadable; // paths; reported, and not tried again
     QHash<quint64, Texture*> filed;
 };
+
+namespace {
+
+// Returns: false, after a warning, when OpenGL knows the texture but had no memory for its image.
+bool isFilled(const Texture& texture) {
+    if (texture.name() == 0 || texture.hasContent())
+        return true;
+    RefusalReport("Texture").refuse("filled", texture.label());
+    return false;
+}
+
+} // namespace
 
 TextureManager::TextureManager() : _data(std::make_unique<Data>()) {}
 
@@ -44,13 +57,15 @@ Texture* TextureManager::texture(const QString& path, Texture* fallback) {
     if (_data->unreadable.contains(path))
         return fallback;
     Texture* texture = _data->loader ? _data->loader(path) : nullptr;
-    if (texture) {
-        if (texture->label().isEmpty())
-            texture->setLabel(path);
+    // A texture without a label is new.
+    const bool isNew = texture && texture->label().isEmpty();
+    if (isNew)
+        texture->setLabel(path);
+    if (texture && (!isNew || isFilled(*texture)))
         return texture;
-    }
     _data->unreadable.insert(path);
-    qCWarning(velglLog, "Texture '%s' cannot be loaded", qPrintable(path));
+    if (!texture)
+        qCWarning(velglLog, "Texture '%s' cannot be loaded", qPrintable(path));
     return fallback;
 }
 

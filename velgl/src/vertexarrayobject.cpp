@@ -8,6 +8,7 @@
 
 #include "bindingstack.h"
 #include "contextgl.h"
+#include "glerrors.h"
 #include "labels.h"
 #include "log.h"
 #include "programinputs.h"
@@ -69,21 +70,27 @@ struct VertexArrayObject::Data {
     BindingStack bindings;
     int revision = 0;          // of the streams: one more with every change
     QStringList reportedNames; // of streams that a program could not read
+    RefusalReport report{"Vertex array"};
 
-    ContextArray& arrayIn(const ContextGL& gl);
+    ContextArray* arrayIn(const ContextGL& gl);
     std::vector<Attribute> attributesFor(unsigned int program);
     void configure(ContextArray& array);
 };
 
-ContextArray& VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
+// Null when OpenGL has none to give.
+ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     for (ContextArray& array : arrays)
         if (array.name.livesIn(*gl.ownNames()))
-            return array;
+            return &array;
     const auto isGone = [](const ContextArray& array) { return !array.name.isAlive(); };
     arrays.erase(std::remove_if(arrays.begin(), arrays.end(), isGone), arrays.end());
     GLuint name = 0;
     glGenVertexArrays(1, &name);
-    return arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNames()), {}, -1});
+    if (name == 0) {
+        report.refuse("made", label);
+        return nullptr;
+    }
+    return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNames()), {}, -1});
 }
 
 std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {
@@ -93,7 +100,8 @@ std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int progr
     for (const Stream& stream : qAsConst(streams)) {
         const ProgramInput input = programInput(program, stream.name);
         const unsigned int buffer = stream.buffer ? stream.buffer->name() : 0;
-        if (input.location < 0 || buffer == 0)
+        // A buffer without content, since there was no memory for it, must not be read from.
+        if (input.location < 0 || buffer == 0 || stream.buffer->byteCount() == 0)
             continue;
         if (isReadable(stream, input.kind)) {
             attributes.push_back({input.location, input.kind, buffer, stream.components, stream.type});
@@ -150,14 +158,14 @@ void VertexArrayObject::setIndexBuffer(QSharedPointer<BufferObject> indices) {
 
 bool VertexArrayObject::bind() {
     const ContextGL* gl = ContextGL::current();
-    if (!gl) {
+    ContextArray* array = gl ? _data->arrayIn(*gl) : nullptr;
+    if (!array) {
         _data->bindings.push({});
         return false;
     }
     _data->bindings.push({gl->serial(), currentName(GL_VERTEX_ARRAY_BINDING), 0});
-    ContextArray& array = _data->arrayIn(*gl);
-    glBindVertexArray(array.name.value());
-    _data->configure(array);
+    glBindVertexArray(array->name.value());
+    _data->configure(*array);
     return true;
 }
 
@@ -170,6 +178,7 @@ void VertexArrayObject::unbind() {
 
 void VertexArrayObject::setLabel(const QString& label) {
     _data->label = label;
+    _data->report.setLabel(label);
     ++_data->revision;
 }
 

@@ -143,6 +143,11 @@ Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
     if (image.isNull())
         return nullptr;
     auto texture = std::make_unique<Texture>(kTexture2D, kRgba, image.width(), image.height(), 0, nullptr);
+    const bool canBeBound = texture->bind();
+    texture->unbind();
+    // The image would go to whatever texture is bound.
+    if (!canBeBound)
+        return nullptr;
     const AutoBinder binder(texture.get());
     fill(*texture, image);
     cache.insert(key, texture.get());

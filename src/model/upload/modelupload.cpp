@@ -80,8 +80,10 @@ bool ModelUpload::addIndices(ModelDataStream& indices, quint64 vertexCount,
     _indexCount = static_cast<int>(count);
     _indexType = isShort ? kUnsignedShort : indices.type();
     _indexBuffer = bindNewBuffer(kElementArrayBuffer);
-    if (_indexBuffer.isNull())
+    if (_indexBuffer.isNull()) {
+        reportMissingObject(QStringLiteral("the index buffer"));
         return false;
+    }
     if (isShort)
         _indexBuffer->uploadGLushortData(static_cast<const unsigned short*>(shorts->data(0)), _indexCount,
                                          _options.usage);
@@ -93,13 +95,16 @@ bool ModelUpload::addIndices(ModelDataStream& indices, quint64 vertexCount,
 }
 
 bool ModelUpload::addAttribute(const QString& name, ModelDataStream& values, int components) {
+    const QString purpose = QStringLiteral("the buffer of vertex attribute '%1'").arg(name);
     if (values.size() > kMaxElements) {
-        reportMissingStream(QStringLiteral("the buffer of vertex attribute '%1'").arg(name));
+        reportMissingStream(purpose);
         return false;
     }
     const Attribute attribute{name, bindNewBuffer(kArrayBuffer), components, values.type()};
-    if (attribute.buffer.isNull())
+    if (attribute.buffer.isNull()) {
+        reportMissingObject(purpose);
         return false;
+    }
     attribute.buffer->uploadArbitraryData(values.data(0), static_cast<int>(values.size()), _options.usage,
                                           ModelDataStream::typeSize(values.type()));
     attribute.buffer->unbind();
@@ -117,7 +122,9 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
     drawable->setPrimitiveType(_options.primitiveType);
     drawable->setDrawElementsIndirectCommands(commands.constData(), commands.size());
     const QSharedPointer<VertexArrayObject> vao = drawable->VAO();
-    if (!vao.isNull())
+    if (vao.isNull())
+        reportMissingObject(QStringLiteral("the vertex array of a drawable, which draws nothing"));
+    else
         for (const Attribute& attribute : _attributes)
             vao->registerBO(attribute.name, attribute.buffer, attribute.components, attribute.type);
 

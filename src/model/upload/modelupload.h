@@ -41,6 +41,7 @@ public:
     /// Uploads the triangle indices, as 16-bit numbers where `vertexCount` allows it.
     /// Returns: false, after a warning, when that cannot be done.
     bool addIndices(ModelDataStream& indices, quint64 vertexCount, ModelDataStreamAllocator& allocator);
+    /// Returns: false, after a warning, when that cannot be done.
     bool addAttribute(const QString& name, ModelDataStream& values, int components);
     /// Adds one drawable to `model`; `groups` belong to `commands` one by one.
     void addDrawable(GPUModel& model, quint64 drawKey, const QVector<DrawElementsIndirectCommand>& commands,

@@ -1,0 +1,105 @@
+#include "glfaults.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Atelier::Vel::Testing {
+
+/// The functions of OpenGL that can be made to fail, as libepoxy holds them.
+struct FaultyDriver::Functions {
+    PFNGLGETERRORPROC getError = glGetError;
+    PFNGLCREATEBUFFERSPROC createBuffers = glCreateBuffers;
+    PFNGLGENBUFFERSPROC genBuffers = glGenBuffers;
+    PFNGLNAMEDBUFFERDATAPROC namedBufferData = glNamedBufferData;
+    PFNGLBUFFERDATAPROC bufferData = glBufferData;
+    PFNGLGENVERTEXARRAYSPROC genVertexArrays = glGenVertexArrays;
+    PFNGLGENTEXTURESPROC genTextures = glGenTextures;
+    PFNGLTEXIMAGE2DPROC texImage2D = glTexImage2D;
+    PFNGLMULTIDRAWELEMENTSINDIRECTPROC multiDraw = glMultiDrawElementsIndirect;
+    PFNGLCREATESHADERPROC createShader = glCreateShader;
+    PFNGLCREATEPROGRAMPROC createProgram = glCreateProgram;
+};
+
+namespace {
+
+GLenum notedError = GL_NO_ERROR;
+PFNGLGETERRORPROC realGetError = nullptr;
+
+void APIENTRY noNames(GLsizei count, GLuint* names) {
+    std::fill_n(names, count, 0U);
+    notedError = GL_OUT_OF_MEMORY;
+}
+
+} // namespace
+
+FaultyDriver::Functions FaultyDriver::real() {
+    static const Functions functions;
+    return functions;
+}
+
+void FaultyDriver::use(const Functions& functions) {
+    glGetError = functions.getError;
+    glCreateBuffers = functions.createBuffers;
+    glGenBuffers = functions.genBuffers;
+    glNamedBufferData = functions.namedBufferData;
+    glBufferData = functions.bufferData;
+    glGenVertexArrays = functions.genVertexArrays;
+    glGenTextures = functions.genTextures;
+    glTexImage2D = functions.texImage2D;
+    glMultiDrawElementsIndirect = functions.multiDraw;
+    glCreateShader = functions.createShader;
+    glCreateProgram = functions.createProgram;
+}
+
+FaultyDriver::FaultyDriver(GLFault fault) {
+    glGetError(); // libepoxy looks a function up when it is called first
+    Functions functions = real();
+    realGetError = glGetError;
+    functions.getError = [] {
+        return notedError != GL_NO_ERROR ? std::exchange(notedError, GLenum(GL_NO_ERROR)) : realGetError();
+    };
+    switch (fault) {
+    case GLFault::NoBufferNames:
+        functions.createBuffers = noNames;
+        functions.genBuffers = noNames;
+        break;
+    case GLFault::NoBufferMemory:
+        functions.namedBufferData = [](GLuint, GLsizeiptr, const void*, GLenum) {
+            notedError = GL_OUT_OF_MEMORY;
+        };
+        functions.bufferData = [](GLenum, GLsizeiptr, const void*, GLenum) { notedError = GL_OUT_OF_MEMORY; };
+        break;
+    case GLFault::NoVertexArrays:
+        functions.genVertexArrays = noNames;
+        break;
+    case GLFault::NoTextureNames:
+        functions.genTextures = noNames;
+        break;
+    case GLFault::NoTextureMemory:
+        functions.texImage2D = [](GLenum, GLint, GLint, GLsizei, GLsizei, GLint, GLenum, GLenum,
+                                  const void*) { notedError = GL_OUT_OF_MEMORY; };
+        break;
+    case GLFault::NoMemoryForDrawing:
+        functions.multiDraw = [](GLenum, GLenum, const void*, GLsizei, GLsizei) {
+            notedError = GL_OUT_OF_MEMORY;
+        };
+        break;
+    case GLFault::NoShaders:
+        functions.createShader = [](GLenum) { return GLuint(0); };
+        break;
+    case GLFault::NoPrograms:
+        functions.createProgram = [] { return GLuint(0); };
+        break;
+    case GLFault::EndlessErrors:
+        functions.getError = [] { return GLenum(GL_CONTEXT_LOST); };
+        break;
+    }
+    use(functions);
+}
+
+FaultyDriver::~FaultyDriver() {
+    use(real());
+    notedError = GL_NO_ERROR;
+}
+
+} // namespace Atelier::Vel::Testing
