@@ -28,10 +28,10 @@ namespace Atelier::Vel {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Testing::FaultyDriver;
 using Testing::Framebuffer;
 using Testing::GLFault;
+using testing::IsEmpty;
 using Testing::MessageLog;
 
 constexpr char kVertexShader[] = R"(
@@ -56,9 +56,9 @@ std::unique_ptr<Program> makeProgram() {
     const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
     const QByteArray version = "#version 430 core\n";
     QString error;
-    auto program = Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
-                                       version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader,
-                                       error);
+    auto program =
+        Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
+                            version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader, error);
     EXPECT_TRUE(program) << error.toStdString();
     return program;
 }
@@ -155,9 +155,10 @@ TEST_F(LoadWithGLFaultsTest, TextureWithoutMemoryIsToldOnceAndDrawnWhite) {
     const FaultyDriver driver(GLFault::NoTextureMemory);
     EXPECT_EQ(drawn(*model), QColor(Qt::green));
     EXPECT_EQ(drawn(*model), QColor(Qt::green));
-    EXPECT_THAT(log.texts(QtWarningMsg),
-                ElementsAre(QStringLiteral("Texture '%1' could not be filled (GL_OUT_OF_MEMORY)")
-                                .arg(path("black.png"))));
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        ElementsAre(
+            QStringLiteral("Texture '%1' could not be filled (GL_OUT_OF_MEMORY)").arg(path("black.png"))));
 }
 
 TEST_F(LoadWithGLFaultsTest, ModelOfAContextThatIsGoneDrawsNothing) {

@@ -50,8 +50,9 @@ void RefusalReport::refuse(const char* action, const QString& label) {
     if (_isRefused)
         return;
     _isRefused = true;
-    _waiting = QStringLiteral("could not be %1 (%2)")
-                   .arg(QLatin1String(action), errors.isEmpty() ? QStringLiteral("no error is told") : errors);
+    _waiting =
+        QStringLiteral("could not be %1 (%2)")
+            .arg(QLatin1String(action), errors.isEmpty() ? QStringLiteral("no error is told") : errors);
     setLabel(label);
 }
 

@@ -17,8 +17,8 @@ enum class GLFault {
     EndlessErrors, ///< as of a context that is lost
 };
 
-/// A driver that fails at one thing while this lives, and says GL_OUT_OF_MEMORY where drivers do. Only one may
-/// live at a time. Requires: a current context.
+/// A driver that fails at one thing while this lives, and says GL_OUT_OF_MEMORY where drivers do. Only one
+/// may live at a time. Requires: a current context.
 class FaultyDriver {
 public:
     explicit FaultyDriver(GLFault fault);

@@ -209,8 +209,9 @@ TEST_P(GLFaultsTest, ModelWhoseStorageHasNoMemoryIsNotDrawnAndToldOnce) {
             EXPECT_EQ(drawn(model), QColor(Qt::blue));
             EXPECT_EQ(drawn(model), QColor(Qt::blue));
         }
-        EXPECT_THAT(log.texts(QtWarningMsg),
-                    ElementsAre(QStringLiteral("Storage 'TestMaterial' could not be filled (GL_OUT_OF_MEMORY)")));
+        EXPECT_THAT(
+            log.texts(QtWarningMsg),
+            ElementsAre(QStringLiteral("Storage 'TestMaterial' could not be filled (GL_OUT_OF_MEMORY)")));
         EXPECT_EQ(drawn(model), QColor(Qt::black)) << "memory is back";
     }
 }
@@ -225,9 +226,9 @@ TEST_P(GLFaultsTest, CommandsWithoutMemoryAreNotDrawnAndToldOnce) {
         drawn(model);
         EXPECT_TRUE(model.drawable(0)->readBackCommands().isEmpty());
     }
-    EXPECT_THAT(
-        log.texts(QtWarningMsg),
-        ElementsAre(QStringLiteral("Draw commands of 'drawable 0' could not be uploaded (GL_OUT_OF_MEMORY)")));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre(QStringLiteral(
+                    "Draw commands of 'drawable 0' could not be uploaded (GL_OUT_OF_MEMORY)")));
     EXPECT_EQ(model.drawable(0)->readBackCommands().size(), 1);
 }
 

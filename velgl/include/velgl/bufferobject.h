@@ -26,8 +26,8 @@ public:
     void unbind() override;
 
     /// Replaces the buffer's content by `count` 32-bit indices. `usage` is a GL usage hint such as
-    /// GL_STATIC_DRAW. Returns: false when there is no context or the driver refused; the latter is logged once,
-    /// as soon as the buffer has a label.
+    /// GL_STATIC_DRAW. Returns: false when there is no context or the driver refused; the latter is logged
+    /// once, as soon as the buffer has a label.
     virtual bool uploadGLuintData(const unsigned int* data, int count, unsigned int usage);
     /// The same with 16-bit indices.
     virtual bool uploadGLushortData(const unsigned short* data, int count, unsigned int usage);

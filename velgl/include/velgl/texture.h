@@ -42,8 +42,8 @@ public:
     /// The label under which debug messages name this object.
     void setLabel(const QString& label);
     QString label() const;
-    /// Whether the GL holds an image for this two-dimensional texture: false where there was no memory for it,
-    /// and without a context.
+    /// Whether the GL holds an image for this two-dimensional texture: false where there was no memory for
+    /// it, and without a context.
     bool hasContent() const;
     /// Level `level` as the GL has it, 8 bits per channel RGBA, the texture's first row first; null without a
     /// context.
