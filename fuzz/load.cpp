@@ -1,5 +1,6 @@
 // Whole loads of an OBJ file with its library, both from one input, into a context that checks what is
-// uploaded.
+// uploaded. Half of them are compared with the literal load, the others keep to their folder.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -7,12 +8,17 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QTemporaryDir>
 
+#include <velgl/bufferobject.h>
+#include <velgl/drawbuffers.h>
 #include <velgl/opengldevicecontext.h>
+#include <velgl/vertexarrayobject.h>
 #include <velmodel/objloader.h>
 
 #include "checkingcontext.h"
 #include "claim.h"
 #include "filewriting.h"
+#include "literal/literalobjloader.h"
+#include "modeldescription.h"
 
 using namespace Atelier::Vel;
 
@@ -22,6 +28,54 @@ namespace {
 
 // What comes behind it is the text of the library.
 const QByteArray kMarker = "\n%%mtl%%\n";
+
+struct Loaded {
+    std::unique_ptr<GPUModel> model;
+    QString error;
+};
+
+Loaded load(const QString& path, const LoadOptions& options) {
+    Loaded loaded;
+    LoadReport report;
+    loaded.model.reset(loadModelFromOBJFile(path, loaded.error, LoadProgress(), &report, options));
+    Fuzzing::require((loaded.model == nullptr) == !loaded.error.isEmpty(),
+                     "a load gives a model or an error");
+    if (loaded.model != nullptr) {
+        Fuzzing::require(Fuzzing::requireDrawable(*loaded.model) == 3 * report.triangles,
+                         "commands draw as many triangles as the report says");
+        loaded.model->bounds();
+    }
+    return loaded;
+}
+
+Loaded loadLiterally(const QString& path) {
+    Loaded loaded;
+    loaded.model.reset(Testing::literalLoadModel(path, loaded.error));
+    return loaded;
+}
+
+bool hasSameBuffers(const DrawBuffers& a, const DrawBuffers& b) {
+    const QVector<VertexArrayObject::Stream> streams = a.VAO()->streams();
+    const QVector<VertexArrayObject::Stream> others = b.VAO()->streams();
+    return a.indexBuffer()->readBack() == b.indexBuffer()->readBack() &&
+           std::equal(streams.begin(), streams.end(), others.begin(), others.end(),
+                      [](const VertexArrayObject::Stream& stream, const VertexArrayObject::Stream& other) {
+                          return stream.name == other.name && stream.components == other.components &&
+                                 stream.type == other.type &&
+                                 stream.buffer->readBack() == other.buffer->readBack();
+                      });
+}
+
+bool isSame(const Loaded& a, const Loaded& b) {
+    if (a.model == nullptr || b.model == nullptr)
+        return a.model == b.model && a.error == b.error;
+    if (Testing::describe(*a.model) != Testing::describe(*b.model))
+        return false;
+    for (int i = 0; i < a.model->drawableCount(); ++i)
+        if (!hasSameBuffers(*a.model->drawable(i), *b.model->drawable(i)))
+            return false;
+    return true;
+}
 
 } // namespace
 
@@ -36,18 +90,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Fuzzing::writeFile(library, marker < 0 ? QByteArray() : input.mid(marker + kMarker.size()));
 
     OpenGLDeviceContext::setCurrent(Fuzzing::makeCheckingContext());
-    QString error;
-    LoadReport report;
     LoadOptions options;
     if (size % 2 != 0)
         options.files = LoadOptions::Files::InOwnFolder;
-    const std::unique_ptr<GPUModel> loaded(
-        loadModelFromOBJFile(model, error, LoadProgress(), &report, options));
-    Fuzzing::require((loaded == nullptr) == !error.isEmpty(), "a load gives a model or an error");
-    if (loaded != nullptr) {
-        Fuzzing::require(Fuzzing::requireDrawable(*loaded) == 3 * report.triangles,
-                         "commands draw as many triangles as the report says");
-        loaded->bounds();
-    }
+    const Loaded loaded = load(model, options);
+    if (options.files == LoadOptions::Files::Anywhere)
+        Fuzzing::require(isSame(loaded, loadLiterally(model)), "the model is that of the literal load");
     return 0;
 }
