@@ -24,6 +24,7 @@ constexpr unsigned int kFloat = 0x1406;
 constexpr unsigned int kTypes[] = {kFloat, kFloat, kFloat, 0x1400, 0x1401, 0x1402,
                                    0x1403, 0x1404, 0x1405, 0x140A, 0};
 constexpr unsigned int kMostElements = 32;
+constexpr int kMostUploads = 4;
 // More than a stream of the library holds.
 constexpr quint64 kFarTooMany = quint64{1} << 31;
 
@@ -58,6 +59,8 @@ public:
           _allocator(source.below(4) == 0 ? nullptr : new FickleAllocator(source)),
           _builder(_allocator, source.below(4)) {}
 
+    /// Further uploads would find nothing new, and take most of the time.
+    bool isOver() const { return _source.isEmpty() || _uploads == kMostUploads; }
     void callNext();
 
 private:
@@ -81,8 +84,9 @@ private:
     Fuzzing::ByteSource& _source;
     QSharedPointer<FickleAllocator> _allocator;
     ModelBuilder _builder;
-    bool _isUploaded = false;
-    bool _isOrdinary = true; ///< what comes out has to be drawable
+    int _uploads = 0;
+    bool _isUploaded = false; ///< since the last time it was cleared
+    bool _isOrdinary = true;  ///< what comes out has to be drawable
 };
 
 std::vector<unsigned int> Session::numbers(unsigned int bound) {
@@ -159,6 +163,7 @@ void Session::upload() {
     const QString idMember = _source.below(2) == 0 ? QString() : QStringLiteral("id");
     const bool canUpload = _builder.isValid() && _builder.hasVertexAttribute(positions);
     _isUploaded = _isUploaded || canUpload;
+    ++_uploads;
     GPUModel model;
     _builder.upload(&model, InstanceData(QStringLiteral("i")), positions, idMember, 0x88E4, 4);
     Fuzzing::require(canUpload || model.drawableCount() == 0,
@@ -205,7 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     OpenGLDeviceContext::setCurrent(Fuzzing::makeCheckingContext());
     Fuzzing::ByteSource source(data, size);
     Session session(source);
-    while (!source.isEmpty())
+    while (!session.isOver())
         session.callNext();
     return 0;
 }
