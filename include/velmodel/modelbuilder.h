@@ -128,14 +128,14 @@ private:
     };
 
     struct StreamBuild;
-    using GroupEntry = QHash<QString, MaterialGroup>::const_iterator;
+    using GroupEntry = QHash<QString, MaterialGroup>::iterator;
 
     QSharedPointer<ModelDataStream> makeStream(unsigned int type, quint64 count) const;
     void refuse(const QString& purpose);
     /// Sorted.
     QStringList attributeNames() const;
     /// By id, then by name.
-    std::vector<GroupEntry> groupsInOrder() const;
+    std::vector<GroupEntry> groupsInOrder();
 
     /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
     /// as a vertex before merging: a corner, or a distinct tuple of indices.

@@ -239,10 +239,13 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
     _faceCutter = std::make_unique<FaceCutter>();
-    for (const GroupEntry& group : groupsInOrder())
+    for (const GroupEntry& group : groupsInOrder()) {
         if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))
             prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues],
                                           position.streams[kGPUIndices], faceStarts);
+        if (!_keepsInput)
+            group->faces.reset(); // in this order, which is that of making, it costs least
+    }
     _faceCutter.reset();
 }
 
@@ -276,8 +279,11 @@ bool ModelBuilder::makeNormals(const VertexAttribute& position) {
 std::vector<DrawGroup> ModelBuilder::drawGroups(quint64 drawKey) const {
     std::vector<DrawGroup> groups;
     for (const QString& name : _drawGroupNames.value(drawKey)) {
-        const MaterialGroup group = _materialGroups.value(name);
-        groups.push_back({name, group.objectName, group.material, group.id});
+        const auto group = _materialGroups.constFind(name);
+        if (group != _materialGroups.constEnd())
+            groups.push_back({name, group->objectName, group->material, group->id});
+        else
+            groups.push_back({name, QString(), InstanceData(), 0});
     }
     return groups;
 }
@@ -297,7 +303,7 @@ QStringList ModelBuilder::attributeNames() const {
     return sorted(QStringList(_vertexAttributes.keys()));
 }
 
-std::vector<ModelBuilder::GroupEntry> ModelBuilder::groupsInOrder() const {
+std::vector<ModelBuilder::GroupEntry> ModelBuilder::groupsInOrder() {
     std::vector<GroupEntry> groups;
     groups.reserve(static_cast<std::size_t>(_materialGroups.size()));
     for (auto group = _materialGroups.begin(); group != _materialGroups.end(); ++group)

@@ -23,7 +23,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-constexpr unsigned int kPatienceSeconds = 600;
+constexpr unsigned int kPatienceSeconds = 3600;
 constexpr double kMiB = 1024.0 * 1024.0;
 
 /// The value of a line of /proc/self/status, which is in kilobytes.

@@ -24,7 +24,7 @@ struct ChildLoad {
 };
 
 /// Loads a model with a context that keeps nothing, in a child process that `prepare` may put limits on. A
-/// child that takes ten minutes is stopped. The figures are printed, too.
+/// child that takes an hour is stopped. The figures are printed, too.
 ChildLoad loadInChild(const QString& path, const std::function<void()>& prepare = {});
 
 } // namespace Atelier::Vel::Testing
