@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
@@ -274,9 +275,8 @@ int compare(const Options& options, const QString& program) {
 } // namespace Atelier::Vel::Bench
 
 int main(int argc, char** argv) {
-    QStringList arguments;
-    for (int index = 0; index < argc; ++index)
-        arguments.append(QString::fromLocal8Bit(argv[index]));
-    const QString program = QFileInfo(arguments.first()).absolutePath() + QStringLiteral("/velmodel");
-    return Atelier::Vel::Bench::compare(Atelier::Vel::Bench::parsedOptions(arguments), program);
+    const QCoreApplication application(argc, argv);
+    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/velmodel");
+    return Atelier::Vel::Bench::compare(
+        Atelier::Vel::Bench::parsedOptions(QCoreApplication::arguments()), program);
 }

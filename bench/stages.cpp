@@ -150,21 +150,16 @@ void parseAll(WideParser* wideParser, ObjRun& run) {
     }
 }
 
-void BM_Records(benchmark::State& state) {
+void BM_Records(benchmark::State& state, WideParser* parser) {
     const auto run = std::make_unique<ObjRun>();
     for (auto round : state)
-        parseAll(findWideParser(), *run);
+        parseAll(parser, *run);
     reportBytes(state, input().textBytes);
 }
-BENCHMARK(BM_Records)->Unit(benchmark::kMillisecond);
-
-void BM_RecordsPortably(benchmark::State& state) {
-    const auto run = std::make_unique<ObjRun>();
-    for (auto round : state)
-        parseAll(nullptr, *run);
-    reportBytes(state, input().textBytes);
-}
-BENCHMARK(BM_RecordsPortably)->Unit(benchmark::kMillisecond);
+// A parser for which this processor lacks the instructions has the figure of the portable one.
+BENCHMARK_CAPTURE(BM_Records, Avx512, findAvx512Parser())->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Records, Sse41, findSse41Parser())->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Records, Portable, nullptr)->Unit(benchmark::kMillisecond);
 
 CornerAttribute attributeOf(const std::vector<float>& values, const std::vector<quint32>& indices,
                             quint64 components) {

@@ -1,6 +1,8 @@
 #include "import/plainlines.h"
 
 #include <cstring>
+#include <ostream>
+#include <string>
 #include <memory>
 #include <vector>
 
@@ -63,29 +65,74 @@ void expectSame(const Parsed& a, const Parsed& b, const QByteArray& text) {
     ASSERT_EQ(bitsOf(a), bitsOf(b)) << text.toStdString();
 }
 
-// The wide way takes longer decimals. What both take has to be the same.
-void expectAgreement(const QByteArray& text, char around) {
+// The wide ways take longer decimals. What both take has to be the same.
+void expectAgreement(const QByteArray& text, WideParser* wideParser, char around) {
     const int portable = parse(text, nullptr).taken;
-    ASSERT_GE(parse(text, findWideParser(), around).taken, portable) << text.toStdString();
+    ASSERT_GE(parse(text, wideParser, around).taken, portable) << text.toStdString();
     const QByteArray common = text.left(portable);
-    expectSame(parse(common, findWideParser(), around), parse(common, nullptr), common);
+    expectSame(parse(common, wideParser, around), parse(common, nullptr), common);
 }
 
 bool isPlain(const QByteArray& line, WideParser* wideParser) {
     return parse(line + '\n', wideParser).taken == line.size() + 1;
 }
 
-/// Every test runs with the wide parser of this processor and without one.
-class PlainLinesTest : public testing::TestWithParam<bool> {
+/// A way to parse plain lines.
+struct Parser {
+    const char* name;
+    WideParser* (*find)(); ///< null for the portable way
+};
+
+std::ostream& operator<<(std::ostream& out, const Parser& parser) {
+    return out << parser.name;
+}
+
+const Parser kWideParsers[] = {{"Sse41", findSse41Parser}, {"Avx512", findAvx512Parser}};
+const Parser kPortableParser = {"Portable", nullptr};
+
+class PlainLinesTest : public testing::TestWithParam<Parser> {
 protected:
     void SetUp() override {
-        _wideParser = GetParam() ? findWideParser() : nullptr;
-        if (GetParam() && _wideParser == nullptr)
-            GTEST_SKIP() << "no wide parser for this processor";
+        _wideParser = GetParam().find == nullptr ? nullptr : GetParam().find();
+        if (GetParam().find != nullptr && _wideParser == nullptr)
+            GTEST_SKIP() << "this processor lacks its instructions";
     }
 
     WideParser* _wideParser = nullptr;
 };
+
+class WideParserTest : public PlainLinesTest {};
+
+// A number of up to 16 digits, with or without a point.
+QByteArray longDecimal(NastyText& nasty) {
+    QByteArray digits;
+    for (int i = 1 + nasty.below(16); i > 0; --i)
+        digits += static_cast<char>('0' + nasty.below(10));
+    if (digits.size() > 1 && nasty.below(4) != 0)
+        digits.insert(1 + nasty.below(digits.size() - 1), '.');
+    return nasty.below(3) == 0 ? '-' + digits : digits;
+}
+
+// A face whose corners have the same shape, mostly, and whose numbers have any length.
+QByteArray faceLine(NastyText& nasty) {
+    static const char* const kShapes[] = {"%", "%/%", "%/%/%", "%//%", "%/", "%/%/"};
+    const QByteArray shape = kShapes[nasty.below(6)];
+    QByteArray line = "f";
+    for (int corner = 1 + nasty.below(14); corner > 0; --corner) {
+        line += ' ';
+        for (char character : nasty.below(40) == 0 ? QByteArray(kShapes[nasty.below(6)]) : shape)
+            line += character == '%'
+                        ? QByteArray::number(nasty.below(2) == 0 ? nasty.below(100)
+                                                                 : nasty.below(10) * nasty.below(10'000'000))
+                        : QByteArray(1, character);
+    }
+    static const char* const kEnds[] = {"\n", "\n", "\r\n", " \n", "  \n", " \r\n", "\r \n", "#\n", "-1\n"};
+    return line + kEnds[nasty.below(9)];
+}
+
+std::string nameOf(const testing::TestParamInfo<Parser>& parser) {
+    return parser.param.name;
+}
 
 } // namespace
 
@@ -117,53 +164,15 @@ TEST_P(PlainLinesTest, OrdinaryLinesArePlain) {
 }
 
 TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
-    for (const char* line : {"",
-                             " v 1 2 3",
-                             "v\t1 2 3",
-                             "v 1 2",
-                             "v 1 2 x",
-                             "v 1 2 3x",
-                             "v 1 2 3#",
-                             "v 1 2 3\r4",
-                             "v 1e5 2 3",
-                             "v +1 2 3",
-                             "v .5 2 3",
-                             "v 1. 2 3",
-                             "v 1-2 2 3",
-                             "v --1 2 3",
-                             "v - 1 2",
-                             "v nan 0 0",
-                             "v 12345678 0 0",
-                             "v 1.0-2 2 3",
-                             "v 0.1234567890123 0 0",
-                             "v 9999999.999999999999 0 0",
-                             "vn 1 2",
-                             "vt 1",
-                             "vp 1 2",
-                             "v1 2 3",
-                             "vt1 2",
-                             "vnx 1 2 3",
-                             "# f 1 2 3",
-                             "g x",
-                             "f 1 x",
-                             "f 1/",
-                             "f 1//",
-                             "f /1",
-                             "f 1/2/3/4",
-                             "f 12345678",
-                             "f +1",
-                             "f 1 # note",
-                             "f 1#",
-                             "f 1-2",
-                             "f1 2 3",
-                             "f\t1 2 3",
-                             "f 1\t2",
-                             "f 1\r2",
-                             "f 1 2 3 \r4",
-                             "usemtl a",
-                             "f 1/2-/3",
-                             "f 1//-",
-                             "\x80"})
+    for (const char* line :
+         {"",          " v 1 2 3",   "v\t1 2 3",  "v 1 2",      "v 1 2 x",     "v 1 2 3x",
+          "v 1 2 3#",  "v 1 2 3\r4", "v 1e5 2 3", "v +1 2 3",   "v .5 2 3",    "v 1. 2 3",
+          "v 1-2 2 3", "v --1 2 3",  "v - 1 2",   "v nan 0 0",  "v 1.0-2 2 3", "v 9999999.999999999999 0 0",
+          "vn 1 2",    "vt 1",       "vp 1 2",    "v1 2 3",     "vt1 2",       "vnx 1 2 3",
+          "# f 1 2 3", "g x",        "f 1 x",     "f 1/",       "f 1//",       "f /1",
+          "f 1/2/3/4", "f 12345678", "f +1",      "f 1 # note", "f 1#",        "f 1-2",
+          "f1 2 3",    "f\t1 2 3",   "f 1\t2",    "f 1\r2",     "f 1 2 3 \r4", "usemtl a",
+          "f 1/2-/3",  "f 1//-",     "\x80"})
         EXPECT_FALSE(isPlain(line, _wideParser)) << line;
 }
 
@@ -210,33 +219,54 @@ TEST_P(PlainLinesTest, FullRunStops) {
     EXPECT_LT(faces.run->positionIndices.room(), size_t(ObjRun::kPlainCorners));
 }
 
-INSTANTIATE_TEST_SUITE_P(Parsers, PlainLinesTest, testing::Bool(),
-                         [](const testing::TestParamInfo<bool>& parser) {
-                             return parser.param ? "Wide" : "Portable";
-                         });
-
-TEST(WideParserTest, AgreesWithThePortableWay) {
-    if (findWideParser() == nullptr)
-        GTEST_SKIP() << "no wide parser for this processor";
+TEST_P(WideParserTest, AgreesWithThePortableWay) {
     NastyText nasty(31);
     for (int i = scaled(20'000); i > 0; --i) {
         QByteArray text = nasty.below(2) == 0 ? nasty.plain(6) : nasty.damaged(nasty.plain(6));
         text = nasty.below(20) == 0 ? nasty.noise(100) : text;
         const char around = "7-./ \n"[nasty.below(6)];
-        ASSERT_NO_FATAL_FAILURE(expectAgreement(text + '\n', around));
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(text + '\n', _wideParser, around));
     }
 }
 
-TEST(WideParserTest, AgreesOnDecimalsOfEveryLength) {
-    if (findWideParser() == nullptr)
-        GTEST_SKIP() << "no wide parser for this processor";
+TEST_P(WideParserTest, AgreesOnDecimalsOfEveryLength) {
     NastyText nasty(32);
     for (int i = scaled(20'000); i > 0; --i) {
         QByteArray text;
         for (int line = 0; line < 5; ++line)
             text += "v " + nasty.decimal() + " " + nasty.decimal() + " " + nasty.decimal() + "\n";
-        ASSERT_NO_FATAL_FAILURE(expectAgreement(text, '7'));
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(text, _wideParser, '7'));
     }
 }
+
+TEST_P(WideParserTest, ReadsLongDecimalsAsQtDoes) {
+    NastyText nasty(33);
+    for (int i = scaled(20'000); i > 0; --i) {
+        const QByteArray decimals[3] = {longDecimal(nasty), longDecimal(nasty), longDecimal(nasty)};
+        const QByteArray line = "vn " + decimals[0] + ' ' + decimals[1] + ' ' + decimals[2] + '\n';
+        const Parsed parsed = parse(line, _wideParser);
+        if (parsed.taken == 0)
+            continue;
+        for (int k = 0; k < 3; ++k) {
+            const float expected = QString::fromLatin1(decimals[k]).toFloat();
+            ASSERT_EQ(std::memcmp(parsed.run->normals.items + k, &expected, sizeof expected), 0)
+                << line.toStdString();
+        }
+    }
+}
+
+TEST_P(WideParserTest, AgreesOnFacesOfEveryShape) {
+    NastyText nasty(34);
+    for (int i = scaled(20'000); i > 0; --i) {
+        QByteArray text;
+        for (int face = 0; face < 3; ++face)
+            text += faceLine(nasty);
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(text, _wideParser, "7 /\n"[nasty.below(4)]));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Parsers, PlainLinesTest, testing::Values(kPortableParser), nameOf);
+INSTANTIATE_TEST_SUITE_P(Wide, PlainLinesTest, testing::ValuesIn(kWideParsers), nameOf);
+INSTANTIATE_TEST_SUITE_P(Parsers, WideParserTest, testing::ValuesIn(kWideParsers), nameOf);
 
 } // namespace Atelier::Vel

@@ -29,7 +29,7 @@ public:
     static constexpr char kForeign = '\x80';
     /// Bytes before wholeLinesBegin() that can be read, whatever they hold. Behind wholeLinesEnd() as many
     /// can, counted from the first of them that is no digit: there always is one.
-    static constexpr qint64 kPadding = 64;
+    static constexpr qint64 kPadding = 128;
 
     /// `stream` must outlive the source and is not to be used by anyone else meanwhile.
     explicit LineSource(QTextStream* stream, const LineSourceLimits& limits = {});

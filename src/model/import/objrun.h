@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include <QtCore/QtGlobal>
@@ -36,11 +37,12 @@ struct ObjRun {
     FixedList<quint32, kCorners> normalIndices;
     FixedList<quint32, kCorners> texCoordIndices;
 
-    /// Whether there is no room for some vertex line or for a face of kPlainCorners.
-    bool isFull() const {
-        return positions.room() < 3 || normals.room() < 3 || texCoords.room() < 2 ||
-               cornerCounts.room() == 0 || positionIndices.room() < kPlainCorners;
+    /// The number of lines that fit, whatever vertex lines or faces of up to kPlainCorners they are.
+    size_t roomForLines() const {
+        return std::min({positions.room() / 3, normals.room() / 3, texCoords.room() / 2, cornerCounts.room(),
+                         positionIndices.room() / kPlainCorners});
     }
+    bool isFull() const { return roomForLines() == 0; }
 
     /// Adds the face whose corners lie behind those that count.
     void addFace(size_t corners) {

@@ -216,7 +216,8 @@ const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& 
 }
 
 const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
-    static WideParser* const kWideParser = findWideParser();
+    static WideParser* const kWideParser =
+        findAvx512Parser() != nullptr ? findAvx512Parser() : findSse41Parser();
     return parsePlainLines(first, last, counts, run, kWideParser);
 }
 

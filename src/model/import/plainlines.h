@@ -24,8 +24,9 @@ const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& 
 /// Parses plain lines as above, but may leave a line to the one-by-one way at any time.
 using WideParser = const char*(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
 
-/// The parser that uses what instructions this processor has; null where there is none.
-WideParser* findWideParser();
+/// The parsers that use instructions of some processors; null on the others.
+WideParser* findSse41Parser();
+WideParser* findAvx512Parser();
 
 /// The same as above with a given wide parser, or with none.
 const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run,

@@ -376,7 +376,7 @@ VELMODEL_SSE41 const char* parseWideLines(const char* first, const char* last, O
 
 } // namespace
 
-WideParser* findWideParser() {
+WideParser* findSse41Parser() {
     return __builtin_cpu_supports("sse4.1") ? parseWideLines : nullptr;
 }
 
@@ -386,7 +386,7 @@ WideParser* findWideParser() {
 
 namespace Atelier::Vel {
 
-WideParser* findWideParser() {
+WideParser* findSse41Parser() {
     return nullptr;
 }
 
