@@ -1,8 +1,10 @@
 #include "scratchblock.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -12,21 +14,74 @@
 
 namespace Atelier::Vel {
 
+namespace {
+
+#if defined(__linux__)
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+#endif
+
+/// The innermost one of this thread.
+thread_local ScratchReuse* currentReuse = nullptr;
+
+void unmap(void* address, std::size_t bytes) {
+#if defined(__linux__)
+    munmap(address, bytes);
+#else
+    static_cast<void>(address);
+    static_cast<void>(bytes);
+#endif
+}
+
+} // namespace
+
+ScratchReuse::ScratchReuse() : _outer(currentReuse) {
+    currentReuse = this;
+}
+
+ScratchReuse::~ScratchReuse() {
+    currentReuse = _outer;
+    for (const Mapping& mapping : _kept)
+        if (mapping.address != nullptr)
+            unmap(mapping.address, mapping.bytes);
+}
+
+bool ScratchReuse::keep(const Mapping& mapping) {
+    const auto free =
+        std::find_if(_kept.begin(), _kept.end(), [](const Mapping& kept) { return kept.address == nullptr; });
+    if (free == _kept.end())
+        return false;
+    *free = mapping;
+    return true;
+}
+
+ScratchReuse::Mapping ScratchReuse::take(std::size_t bytes) {
+    Mapping* smallest = nullptr;
+    for (Mapping& kept : _kept)
+        if (kept.bytes >= bytes && (smallest == nullptr || kept.bytes < smallest->bytes))
+            smallest = &kept;
+    return smallest == nullptr ? Mapping() : std::exchange(*smallest, Mapping());
+}
+
 ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
 #if defined(__linux__)
-    constexpr std::size_t kHugePage = std::size_t{2} << 20;
     // A mapping that begins on a large page takes one page fault where heap memory takes hundreds.
     if (bytes >= kHugePage / 2) {
         const std::size_t wholePages = (bytes + kHugePage - 1) / kHugePage * kHugePage;
-        _mappingBytes = wholePages + kHugePage;
-        void* const mapping =
-            mmap(nullptr, _mappingBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapping == MAP_FAILED)
-            throw std::bad_alloc();
-        _mapping = mapping;
-        const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(mapping) % kHugePage;
-        _begin = static_cast<char*>(mapping) + (misaligned == 0 ? 0 : kHugePage - misaligned);
-        adviseHugePages(_begin, wholePages);
+        if (content == Content::Unspecified && currentReuse != nullptr)
+            _mapping = currentReuse->take(wholePages + kHugePage);
+        const bool isFresh = _mapping.address == nullptr;
+        if (isFresh) {
+            _mapping.bytes = wholePages + kHugePage;
+            void* const address =
+                mmap(nullptr, _mapping.bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            if (address == MAP_FAILED)
+                throw std::bad_alloc();
+            _mapping.address = address;
+        }
+        const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(_mapping.address) % kHugePage;
+        _begin = static_cast<char*>(_mapping.address) + (misaligned == 0 ? 0 : kHugePage - misaligned);
+        if (isFresh)
+            adviseHugePages(_begin, wholePages);
         return;
     }
 #endif
@@ -37,13 +92,10 @@ ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
 }
 
 ScratchBlock::~ScratchBlock() {
-#if defined(__linux__)
-    if (_mapping != nullptr) {
-        munmap(_mapping, _mappingBytes);
-        return;
-    }
-#endif
-    std::free(_begin);
+    if (_mapping.address == nullptr)
+        std::free(_begin);
+    else if (currentReuse == nullptr || !currentReuse->keep(_mapping))
+        unmap(_mapping.address, _mapping.bytes);
 }
 
 } // namespace Atelier::Vel

@@ -1,8 +1,36 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 namespace Atelier::Vel {
+
+/// While one lives, large blocks without zeros that its thread gives back are kept for those that it needs
+/// next: memory fresh from the system costs far more, since the system has to find it and to fill it with
+/// zeros.
+class ScratchReuse {
+public:
+    ScratchReuse();
+    ~ScratchReuse();
+    ScratchReuse(const ScratchReuse&) = delete;
+    ScratchReuse& operator=(const ScratchReuse&) = delete;
+
+private:
+    friend class ScratchBlock;
+
+    struct Mapping {
+        void* address = nullptr;
+        std::size_t bytes = 0;
+    };
+
+    /// Returns: whether it was kept.
+    bool keep(const Mapping& mapping);
+    /// The smallest one of at least so many bytes; null where there is none.
+    Mapping take(std::size_t bytes);
+
+    std::array<Mapping, 16> _kept;
+    ScratchReuse* _outer;
+};
 
 /// A block of memory, large ones backed by large pages. Pages of a large block are only taken from the system
 /// when they are first touched, so a generous size costs nothing by itself.
@@ -23,8 +51,7 @@ public:
 
 private:
     void* _begin = nullptr;
-    void* _mapping = nullptr; ///< null when the block comes from the heap
-    std::size_t _mappingBytes = 0;
+    ScratchReuse::Mapping _mapping; ///< null when the block comes from the heap
 };
 
 } // namespace Atelier::Vel

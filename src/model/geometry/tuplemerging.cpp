@@ -86,7 +86,8 @@ struct TupleMerging::Table {
 
 TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                            quint32* tupleOfCorner)
-    : _tuples(canPay(attributes, cornerCount) ? kBytesPerCorner * cornerCount : 0) {
+    : _tuples(canPay(attributes, cornerCount) ? kBytesPerCorner * cornerCount : 0,
+              ScratchBlock::Content::Unspecified) {
     if (!canPay(attributes, cornerCount))
         return;
     _pivot = pivotOf(attributes);

@@ -58,7 +58,8 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 co
         _substituted.push_back(_tuples.isDone() ? _tuples.substitutedCorners(i)
                                                 : countSubstitutedCorners(_attributes[i], cornerCount));
     if (!_tuples.isDone()) {
-        _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32));
+        _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32),
+                                                  ScratchBlock::Content::Unspecified);
         _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>());
         return;
     }
@@ -66,8 +67,10 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 co
     // those of the corners, in the same order.
     const quint32 tupleCount = _tuples.tupleCount();
     _attributes = _tuples.tuples(_attributes);
-    _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32));
-    const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32));
+    _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32),
+                                              ScratchBlock::Content::Unspecified);
+    const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32),
+                                     ScratchBlock::Content::Unspecified);
     auto* const vertices = vertexOfTuple.as<quint32>();
     _vertexCount = mergeMostlyDistinct(_attributes, tupleCount, vertices, _corners->as<quint32>());
     if (_vertexCount != tupleCount)
@@ -80,7 +83,8 @@ void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
 }
 
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    const ScratchBlock scratch(2 * quint64{cornerCount} * sizeof(quint32));
+    const ScratchBlock scratch(2 * quint64{cornerCount} * sizeof(quint32),
+                               ScratchBlock::Content::Unspecified);
     CornerSet set(cornerCount);
     auto* const numbers = scratch.as<quint32>();
     return set.insertAll(TupleKeys(attributes), cornerCount, numbers, numbers + cornerCount);

@@ -17,11 +17,14 @@ namespace Atelier::Vel {
 class VertexMerging {
 public:
     /// Finds the vertices and writes the vertex of each corner to `vertexOfCorner`, which has room for
-    /// `cornerCount` entries. The attributes' lists and values must stay in place while this object lives.
+    /// `cornerCount` entries. The attributes' values must stay in place while this object lives, and their
+    /// lists as long as it needs them.
     /// Cost: one pass over the corners; working memory of at most 16 bytes per corner.
     VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner);
 
     quint32 vertexCount() const { return _vertexCount; }
+    /// Whether gather() reads the attributes' index lists.
+    bool needsIndices() const { return !_tuples.isDone(); }
     /// The corners whose value in one attribute is taken as zero because they have no valid index.
     quint64 substitutedCorners(std::size_t attribute) const { return _substituted[attribute]; }
     /// Writes the values of all vertices of one attribute to `out`: vertexCount() times its stride in bytes.

@@ -15,6 +15,8 @@
 #include "import/materials.h"
 #include "import/objreader.h"
 #include "import/textfile.h"
+#include "inputrelease.h"
+#include "scratchblock.h"
 #include "singleupload.h"
 
 namespace Atelier::Vel {
@@ -76,6 +78,7 @@ public:
           _reader(&_stream),
           _feed(_builder) {
         SingleUpload::expect(_builder);
+        ModelBuilderInput::releaseOnceMerged(_builder);
         _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
@@ -92,6 +95,7 @@ private:
 
     QString _path;
     qint64 _fileSize;
+    ScratchReuse _memory;
     ModelBuilder _builder;
     MaterialLibraries _libraries;
     QTextStream _stream;

@@ -82,9 +82,13 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     const VertexMerging merging(build.attributes, cornerCount, target.entries());
     target.finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
+    if (!merging.needsIndices())
+        releaseInput(build, kIndices);
     if (!makeResults(build, merging))
         return;
     adoptResults(build, indices);
+    releaseInput(build, kValues);
+    releaseInput(build, kIndices);
     for (VertexAttribute& record : _vertexAttributes)
         record.streams[kGPUIndices] = indices;
     _statistics.corners = cornerCount;
@@ -182,6 +186,12 @@ bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging)
         build.results.push_back(result);
     }
     return true;
+}
+
+void ModelBuilder::releaseInput(const StreamBuild& build, StreamSlot slot) const {
+    if (_releasesInput)
+        for (VertexAttribute* record : build.records)
+            record->streams[slot].reset();
 }
 
 void ModelBuilder::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
