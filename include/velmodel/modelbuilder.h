@@ -107,7 +107,6 @@ public:
 
 private:
     friend struct ModelBuilderAccess;
-    friend struct ModelBuilderInput;
     friend struct SingleUpload;
 
     struct MaterialGroup {
@@ -147,11 +146,10 @@ private:
     StreamBuild collectInput(quint32 cornerCount);
     static quint64 warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging);
     bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
-    void releaseInput(const StreamBuild& build, StreamSlot slot) const;
+    void dropInput(const StreamBuild& build, StreamSlot slot) const;
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
 
-    void dropInput();
     bool prepareUpload(const QString& positionAttribute);
     void abandonPreparation();
     void prepareMaterialGroups(const VertexAttribute& position);
@@ -174,7 +172,6 @@ private:
     Statistics _statistics;
     QStringList _refusedStreams;
     bool _keepsInput = true;                 ///< beyond the first upload
-    bool _releasesInput = false; ///< once vertices are made from it
     std::unique_ptr<FaceCutter> _faceCutter; ///< working memory while groups are prepared
 };
 

@@ -26,6 +26,9 @@ public:
     /// 0 for a code that is no scalar type.
     quint64 size() const override;
     void resize(quint64 count) override;
+    /// Makes room for `count` elements, so that appending up to there moves nothing. Ignored when that is
+    /// more than a stream can hold.
+    void reserve(quint64 count);
     quint64 byteCount() const override;
     void* data(quint64 first) override;
     void setData(quint64 first, quint64 count, const void* src) override;

@@ -202,13 +202,6 @@ quint64 ModelBuilder::VertexAttribute::vertexCount() const {
     return streams[kGPUValues]->size() / static_cast<quint64>(components);
 }
 
-void ModelBuilder::dropInput() {
-    for (VertexAttribute& record : _vertexAttributes) {
-        record.streams[kValues].reset();
-        record.streams[kIndices].reset();
-    }
-}
-
 bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
     _statistics.triangles = 0;
     _statistics.untriangulatedFaces = 0;
@@ -216,8 +209,6 @@ bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
     for (const VertexAttribute& record : qAsConst(_vertexAttributes))
         if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
             return false;
-    if (!_keepsInput)
-        dropInput();
     // A copy: the table may grow below.
     const VertexAttribute position = _vertexAttributes.value(positionAttribute);
     if (position.streams[kGPUValues].isNull()) {
@@ -238,6 +229,8 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const WordView counts = WordView::of(_verticesPerFace.data());
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
+    if (auto* const array = dynamic_cast<ModelDataArray*>(_gpuIndices.data()))
+        array->reserve(FaceCutter::mostIndices(counts));
     _faceCutter = std::make_unique<FaceCutter>();
     for (const GroupEntry& group : groupsInOrder()) {
         if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))

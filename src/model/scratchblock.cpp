@@ -23,6 +23,14 @@ constexpr std::size_t kHugePage = std::size_t{2} << 20;
 /// The innermost one of this thread.
 thread_local ScratchReuse* currentReuse = nullptr;
 
+#if defined(__linux__)
+/// Null when there is no memory.
+void* map(std::size_t bytes) {
+    void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return address == MAP_FAILED ? nullptr : address;
+}
+#endif
+
 void unmap(void* address, std::size_t bytes) {
 #if defined(__linux__)
     munmap(address, bytes);
@@ -40,9 +48,15 @@ ScratchReuse::ScratchReuse() : _outer(currentReuse) {
 
 ScratchReuse::~ScratchReuse() {
     currentReuse = _outer;
-    for (const Mapping& mapping : _kept)
+    giveBack();
+}
+
+void ScratchReuse::giveBack() {
+    for (Mapping& mapping : _kept) {
         if (mapping.address != nullptr)
             unmap(mapping.address, mapping.bytes);
+        mapping = Mapping();
+    }
 }
 
 bool ScratchReuse::keep(const Mapping& mapping) {
@@ -71,12 +85,13 @@ ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
             _mapping = currentReuse->take(wholePages + kHugePage);
         const bool isFresh = _mapping.address == nullptr;
         if (isFresh) {
-            _mapping.bytes = wholePages + kHugePage;
-            void* const address =
-                mmap(nullptr, _mapping.bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            if (address == MAP_FAILED)
+            _mapping = {map(wholePages + kHugePage), wholePages + kHugePage};
+            if (_mapping.address == nullptr && currentReuse != nullptr) {
+                currentReuse->giveBack();
+                _mapping.address = map(_mapping.bytes);
+            }
+            if (_mapping.address == nullptr)
                 throw std::bad_alloc();
-            _mapping.address = address;
         }
         const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(_mapping.address) % kHugePage;
         _begin = static_cast<char*>(_mapping.address) + (misaligned == 0 ? 0 : kHugePage - misaligned);

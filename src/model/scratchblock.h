@@ -23,6 +23,8 @@ private:
         std::size_t bytes = 0;
     };
 
+    /// Gives everything that is kept back to the system.
+    void giveBack();
     /// Returns: whether it was kept.
     bool keep(const Mapping& mapping);
     /// The smallest one of at least so many bytes; null where there is none.

@@ -170,6 +170,30 @@ TEST(ModelDataArrayTest, KeepsItsElementsWhileItOutgrowsItsBlocks) {
         ASSERT_EQ(data[i], i / piece.size());
 }
 
+TEST(ModelDataArrayTest, ReservedRoomIsFilledInPlace) {
+    constexpr float kOne = 1.0F;
+    ModelDataArray array(0x1406, 0); // GL_FLOAT
+    array.append(1, &kOne);
+    array.reserve(1'000'000);
+    EXPECT_EQ(array.size(), 1u);
+    const void* const begin = array.data(0);
+    const std::vector<float> values(999'999, 2.0F);
+    array.append(values.size(), values.data());
+    EXPECT_EQ(array.data(0), begin);
+    EXPECT_EQ(*static_cast<const float*>(array.data(0)), kOne);
+    EXPECT_EQ(*static_cast<const float*>(array.data(999'999)), 2.0F);
+}
+
+TEST(ModelDataArrayTest, ReservingTooMuchOrTooLittleChangesNothing) {
+    constexpr float kOne = 1.0F;
+    ModelDataArray array(0x1406, 0); // GL_FLOAT
+    array.append(1, &kOne);
+    array.reserve(~quint64{0});
+    array.reserve(0);
+    ASSERT_EQ(array.size(), 1u);
+    EXPECT_EQ(*static_cast<const float*>(array.data(0)), kOne);
+}
+
 TEST(ModelDataArrayTest, CopiesPartWhenOneIsAppendedTo) {
     ModelDataArray source(kUnsignedInt);
     const quint32 values[] = {1, 2, 3};

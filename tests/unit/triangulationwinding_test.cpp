@@ -1,7 +1,8 @@
-#include "geometry/triangulationwinding.h"
+#include "geometry/fourwindings.h"
 
 #include <limits>
 #include <random>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -103,6 +104,48 @@ TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll)
         ASSERT_EQ(winding == Winding::kCounterClockwise, isCounterClockwiseAsDefined(polygon));
     }
     EXPECT_GT(sure, 100'000);
+}
+
+Winding windingOf(const FourWindings& windings, unsigned int face) {
+    if ((windings.unsure >> face & 1) != 0)
+        return Winding::kUnsure;
+    return (windings.clockwise >> face & 1) != 0 ? Winding::kClockwise : Winding::kCounterClockwise;
+}
+
+TEST(TriangulationWindingTest, FourFacesAtOnceAreDecidedLikeEachByItself) {
+#if !defined(__SSE2__)
+    GTEST_SKIP() << "faces are taken one by one";
+#endif
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    std::mt19937 random(52);
+    int found[3] = {};
+    for (int round = 0; round < 100'000; ++round) {
+        const int count = 3 + round % 2;
+        std::vector<float> positions;
+        std::vector<quint32> corners;
+        std::vector<Winding> expected;
+        for (int face = 0; face < 4; ++face) {
+            TestPolygon polygon = Testing::randomPolygon(count, random);
+            if (random() % 16 == 0)
+                polygon.positions[random() % polygon.positions.size()] = random() % 2 == 0 ? kInfinity : kNan;
+            expected.push_back(quickWinding(polygon));
+            const auto first = static_cast<quint32>(positions.size() / 3);
+            for (int corner : polygon.corners)
+                corners.push_back(first + static_cast<quint32>(corner));
+            positions.insert(positions.end(), polygon.positions.begin(), polygon.positions.end());
+        }
+        positions.insert(positions.end(), {0.0F, 0.0F, 0.0F});
+        const FourWindings windings = count == 3
+                                          ? quickTriangleWindings(corners.data(), positions.data())
+                                          : quickQuadrilateralWindings(corners.data(), positions.data());
+        for (unsigned int face = 0; face < 4; ++face) {
+            ASSERT_EQ(windingOf(windings, face), expected[face]) << "round " << round;
+            ++found[static_cast<int>(expected[face])];
+        }
+    }
+    for (int count : found)
+        EXPECT_GT(count, 100);
 }
 
 } // namespace

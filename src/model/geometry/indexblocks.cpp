@@ -8,8 +8,18 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Whether all numbers are below `limit`.
+/// Whether the list has entries for all of the corners, and each of them names a value.
+bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count) {
+    return attribute.indices != nullptr && attribute.indexStep == 1 && attribute.valueCount != 0 &&
+           quint64{first} + count <= attribute.indexCount &&
+           allBelow(attribute.indices + first, count, static_cast<quint32>(attribute.valueCount));
+}
+
+} // namespace
+
 bool allBelow(const quint32* numbers, quint32 count, quint32 limit) {
+    if (limit == 0)
+        return count == 0;
     quint32 i = 0;
 #if defined(__SSE2__)
     // There is only a signed comparison: moving both sides by half the range makes it do.
@@ -28,15 +38,6 @@ bool allBelow(const quint32* numbers, quint32 count, quint32 limit) {
             return false;
     return true;
 }
-
-/// Whether the list has entries for all of the corners, and each of them names a value.
-bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count) {
-    return attribute.indices != nullptr && attribute.indexStep == 1 && attribute.valueCount != 0 &&
-           quint64{first} + count <= attribute.indexCount &&
-           allBelow(attribute.indices + first, count, static_cast<quint32>(attribute.valueCount));
-}
-
-} // namespace
 
 const quint32* IndexBlock::read(const CornerAttribute& attribute, quint32 first, quint32 count) {
     if (allHaveValues(attribute, first, count))

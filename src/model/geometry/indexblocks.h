@@ -6,6 +6,9 @@
 
 namespace Atelier::Vel {
 
+/// Whether all numbers are below `limit`.
+bool allBelow(const quint32* numbers, quint32 count, quint32 limit);
+
 /// Reads an attribute's index list a block at a time, so that what reads the block need not check any index.
 class IndexBlock {
 public:

@@ -15,7 +15,6 @@
 #include "import/materials.h"
 #include "import/objreader.h"
 #include "import/textfile.h"
-#include "inputrelease.h"
 #include "scratchblock.h"
 #include "singleupload.h"
 
@@ -78,7 +77,6 @@ public:
           _reader(&_stream),
           _feed(_builder) {
         SingleUpload::expect(_builder);
-        ModelBuilderInput::releaseOnceMerged(_builder);
         _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }

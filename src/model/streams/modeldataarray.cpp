@@ -64,6 +64,11 @@ void ModelDataArray::resize(quint64 count) {
         resizeBytes(typeSize(_type) * count);
 }
 
+void ModelDataArray::reserve(quint64 count) {
+    if (canHold(_type, count) && typeSize(_type) * count > _capacity)
+        moveTo(typeSize(_type) * count);
+}
+
 quint64 ModelDataArray::byteCount() const {
     return _byteCount;
 }

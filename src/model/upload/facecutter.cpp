@@ -5,6 +5,8 @@
 #include <limits>
 #include <numeric>
 
+#include "geometry/fourwindings.h"
+#include "geometry/indexblocks.h"
 #include "prefetch.h"
 
 namespace Atelier::Vel {
@@ -14,8 +16,15 @@ namespace {
 // Indices are handed on in blocks that stay in the second-level cache.
 constexpr quint64 kBlock = 65536;
 
+constexpr quint64 kPositionBytes = 3 * sizeof(float);
+
 // More triangle indices than a stream of the library's own can hold; no polygon is let make them.
 constexpr quint64 kTooManyIndices = quint64{1} << 29;
+
+/// What the triangles of a face of so many corners need.
+constexpr quint64 indicesOf(quint32 corners) {
+    return corners < 3 ? 0 : 3 * (quint64{corners} - 2);
+}
 
 /// Hands `count` indices on; false when the stream did not take them.
 bool flush(const std::vector<unsigned int>& indices, quint64 count, ModelDataStream& stream) {
@@ -24,10 +33,6 @@ bool flush(const std::vector<unsigned int>& indices, quint64 count, ModelDataStr
     const quint64 before = stream.size();
     stream.append(count, indices.data());
     return stream.size() == before + count;
-}
-
-bool allBelow(const quint32* numbers, quint32 count, quint64 limit) {
-    return std::all_of(numbers, numbers + count, [limit](quint32 number) { return number < limit; });
 }
 
 /// Where the corners of a face lie; none for a face that is not there.
@@ -63,7 +68,6 @@ private:
     static constexpr quint64 kCornersAhead = 16;
     static constexpr quint64 kPositionsAhead = 8;
     static constexpr quint32 kMostCornersFetched = 16;
-    static constexpr quint64 kPositionBytes = 3 * sizeof(float);
 
     bool isNext(quint64 k) const { return _faces.words[k] == _faces.words[k - 1] + 1; }
 
@@ -82,43 +86,124 @@ private:
     const WordView& _faces;
 };
 
+/// Positions that are there with all of their bytes.
+quint32 wholePositionsOf(const FaceTable& table) {
+    return static_cast<quint32>(
+        std::min<quint64>(table.positions.count / kPositionBytes, std::numeric_limits<quint32>::max()));
+}
+
+/// Whether four numbers are `first` and what follows it in steps.
+bool areFour(const quint32* numbers, quint32 first, quint32 step) {
+    return ((numbers[0] ^ first) | (numbers[1] ^ (first + step)) | (numbers[2] ^ (first + 2 * step)) |
+            (numbers[3] ^ (first + 3 * step))) == 0;
+}
+
+/// The number of corners of each of four faces, from number `face` on, that are all triangles or all
+/// quadrilaterals, lie one after the other and use positions before the last one; 0 for any others.
+quint32 cornersOfFour(const FaceTable& table, quint64 faceLimit, quint32 face) {
+    if (quint64{face} + 4 > faceLimit)
+        return 0;
+    const quint32 count = table.counts.words[face];
+    const quint32 start = table.starts.at(static_cast<int>(face));
+    if ((count != 3 && count != 4) || !areFour(table.counts.words + face, count, 0) ||
+        !areFour(table.starts.constData() + face, start, count) ||
+        quint64{start} + 4 * count > table.corners.count)
+        return 0;
+    const quint32 wholePositions = wholePositionsOf(table);
+    return wholePositions != 0 && allBelow(table.corners.words + start, 4 * count, wholePositions - 1) ? count
+                                                                                                       : 0;
+}
+
+/// Asks memory for the positions of faces like these four that follow them: where the faces of a mesh are in
+/// no order, their positions lie anywhere.
+void fetchPositionsBehind(const FaceTable& table, quint32 start, quint32 count) {
+    constexpr quint32 kFacesAhead = 16;
+    const quint64 first = quint64{start} + kFacesAhead * count;
+    if (first + 4 * count > table.corners.count)
+        return;
+    for (quint32 i = 0; i < 4 * count; ++i)
+        prefetch(table.positions.bytes + table.corners.words[first + i] * kPositionBytes);
+}
+
 } // namespace
 
 bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
     const quint64 faceLimit =
         std::min<quint64>(table.counts.count, static_cast<quint64>(table.starts.size()));
     const FaceFetcher fetcher(table, faces);
-    quint64 used = 0;
-    for (quint64 k = 0; k < faces.count; ++k) {
-        fetcher.fetchFor(k);
+    _used = 0;
+    for (quint64 k = 0; k < faces.count;) {
         const quint32 face = faces.words[k];
+        if (k + 4 <= faces.count && areFour(faces.words + k, face, 1)) {
+            const quint32 count = cornersOfFour(table, faceLimit, face);
+            if (count != 0) {
+                if (!makeRoom(4 * indicesOf(count), table, triangles))
+                    return false;
+                cutFour(table, table.starts.at(static_cast<int>(face)), count);
+                k += 4;
+                continue;
+            }
+        }
+        fetcher.fetchFor(k);
+        ++k;
         const quint32 count = face < faceLimit ? table.counts.words[face] : 0;
         const quint32 start = face < faceLimit ? table.starts.at(static_cast<int>(face)) : 0;
         if (face >= faceLimit || quint64{start} + count > table.corners.count) {
             ++_uncutFaces;
             continue;
         }
-        const quint64 bound = count < 3 ? 0 : 3 * (quint64{count} - 2);
-        if (used + bound > _triangles.size()) {
-            if (!flush(_triangles, used, triangles))
-                return false;
-            used = 0;
-            if (bound >= kTooManyIndices)
-                return false;
-            if (bound > _triangles.size())
-                _triangles.resize(std::max(bound, std::min(kBlock, 3 * table.corners.count)));
-        }
-        unsigned int* const begin = _triangles.data() + used;
+        if (!makeRoom(indicesOf(count), table, triangles))
+            return false;
+        unsigned int* const begin = _triangles.data() + _used;
         unsigned int* const end = cutFace(table, start, count, begin);
-        used += static_cast<quint64>(end - begin);
+        _used += static_cast<quint64>(end - begin);
         _uncutFaces += end == begin ? 1 : 0;
     }
-    return flush(_triangles, used, triangles);
+    return flush(_triangles, _used, triangles);
+}
+
+quint64 FaceCutter::mostIndices(const WordView& counts) {
+    return std::accumulate(counts.words, counts.words + counts.count, quint64{0},
+                           [](quint64 sum, quint32 count) { return sum + indicesOf(count); });
+}
+
+bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {
+    if (_used + indices <= _triangles.size())
+        return true;
+    if (!flush(_triangles, _used, triangles))
+        return false;
+    _used = 0;
+    if (indices >= kTooManyIndices)
+        return false;
+    if (indices > _triangles.size())
+        _triangles.resize(std::max(indices, std::min(kBlock, 3 * table.corners.count)));
+    return true;
+}
+
+void FaceCutter::cutFour(const FaceTable& table, quint32 start, quint32 count) {
+    const auto* const positions = reinterpret_cast<const float*>(table.positions.bytes);
+    const quint32* corners = table.corners.words + start;
+    fetchPositionsBehind(table, start, count);
+    const FourWindings windings = count == 3 ? quickTriangleWindings(corners, positions)
+                                             : quickQuadrilateralWindings(corners, positions);
+    unsigned int* out = _triangles.data() + _used;
+    for (unsigned int face = 0; face < 4; ++face, corners += count) {
+        const auto* const numbers = reinterpret_cast<const int*>(corners);
+        if ((windings.unsure >> face & 1) != 0) {
+            unsigned int* const end = _triangulator.cut(static_cast<int>(count), numbers, positions, out);
+            _uncutFaces += end == out ? 1 : 0;
+            out = end;
+        } else {
+            out = writeFixedPattern(static_cast<int>(count), (windings.clockwise >> face & 1) != 0, numbers,
+                                    out);
+        }
+    }
+    _used = static_cast<quint64>(out - _triangles.data());
 }
 
 unsigned int* FaceCutter::cutFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out) {
     const quint32* const corners = table.corners.words + start;
-    const quint64 wholePositions = table.positions.count / (3 * sizeof(float));
+    const quint32 wholePositions = wholePositionsOf(table);
     if (!allBelow(corners, count, wholePositions))
         return cutCopied(table, start, count, out);
     return _triangulator.cut(static_cast<int>(count), reinterpret_cast<const int*>(corners),

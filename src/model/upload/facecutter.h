@@ -25,15 +25,24 @@ public:
     /// Returns: false when that stream refused them.
     bool cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles);
 
+    /// The most vertex numbers that faces of so many corners can give.
+    static quint64 mostIndices(const WordView& counts);
+
     /// Faces that gave no triangle so far.
     quint64 uncutFaces() const { return _uncutFaces; }
 
 private:
+    /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
+    /// none.
+    bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
+    /// Cuts four faces of `count` corners each, the first of them from corner `start` on.
+    void cutFour(const FaceTable& table, quint32 start, quint32 count);
     unsigned int* cutFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
     unsigned int* cutCopied(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
 
     PolygonTriangulator _triangulator;
-    std::vector<unsigned int> _triangles;
+    std::vector<unsigned int> _triangles; ///< not handed on yet
+    quint64 _used = 0;                    ///< indices in it
     std::vector<int> _corners;
     std::vector<float> _positions;
     quint64 _uncutFaces = 0;

@@ -83,12 +83,12 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     target.finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
     if (!merging.needsIndices())
-        releaseInput(build, kIndices);
+        dropInput(build, kIndices);
     if (!makeResults(build, merging))
         return;
     adoptResults(build, indices);
-    releaseInput(build, kValues);
-    releaseInput(build, kIndices);
+    dropInput(build, kValues);
+    dropInput(build, kIndices);
     for (VertexAttribute& record : _vertexAttributes)
         record.streams[kGPUIndices] = indices;
     _statistics.corners = cornerCount;
@@ -188,8 +188,8 @@ bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging)
     return true;
 }
 
-void ModelBuilder::releaseInput(const StreamBuild& build, StreamSlot slot) const {
-    if (_releasesInput)
+void ModelBuilder::dropInput(const StreamBuild& build, StreamSlot slot) const {
+    if (!_keepsInput)
         for (VertexAttribute* record : build.records)
             record->streams[slot].reset();
 }
