@@ -277,6 +277,6 @@ int compare(const Options& options, const QString& program) {
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/velmodel");
-    return Atelier::Vel::Bench::compare(
-        Atelier::Vel::Bench::parsedOptions(QCoreApplication::arguments()), program);
+    return Atelier::Vel::Bench::compare(Atelier::Vel::Bench::parsedOptions(QCoreApplication::arguments()),
+                                        program);
 }

@@ -1,9 +1,9 @@
 #include "import/plainlines.h"
 
 #include <cstring>
+#include <memory>
 #include <ostream>
 #include <string>
-#include <memory>
 #include <vector>
 
 #include <QtCore/QByteArray>
@@ -38,6 +38,12 @@ Parsed parse(const QByteArray& text, WideParser* wideParser, char around = '7') 
     const char* end = parsePlainLines(first, first + text.size(), parsed.counts, *parsed.run, wideParser);
     parsed.taken = static_cast<int>(end - first);
     return parsed;
+}
+
+quint32 bitsOf(float value) {
+    quint32 bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
 }
 
 template<typename T, size_t N>
@@ -247,11 +253,10 @@ TEST_P(WideParserTest, ReadsLongDecimalsAsQtDoes) {
         const Parsed parsed = parse(line, _wideParser);
         if (parsed.taken == 0)
             continue;
-        for (int k = 0; k < 3; ++k) {
-            const float expected = QString::fromLatin1(decimals[k]).toFloat();
-            ASSERT_EQ(std::memcmp(parsed.run->normals.items + k, &expected, sizeof expected), 0)
-                << line.toStdString();
-        }
+        std::vector<quint32> expected;
+        for (const QByteArray& decimal : decimals)
+            expected.push_back(bitsOf(QString::fromLatin1(decimal).toFloat()));
+        ASSERT_EQ(bitsOf(parsed.run->normals), expected) << line.toStdString();
     }
 }
 

@@ -1,6 +1,7 @@
 #include "geometry/normals.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "geometry/fourpoints.h"
 #include "geometry/indexblocks.h"
@@ -158,8 +159,8 @@ quint64 addTriangles(const Positions& points, const quint32* corners, quint64 co
         if (allBelow(four, 12, static_cast<quint32>(limit)))
             addFourTriangles(points.floats, four, sums);
         else
-            for (int i = 0; i < 4; ++i)
-                addTriangle(points, four + 3 * i, sums);
+            for (std::size_t i = 0; i < 12; i += 3)
+                addTriangle(points, four + i, sums);
     }
     return done;
 }
@@ -173,7 +174,7 @@ quint32 normalizeAll(const Normals& normals) {
         const FourDirections four(normalized(fourPoints(_mm_loadu_ps(first), _mm_loadu_ps(first + 3),
                                                         _mm_loadu_ps(first + 6), _mm_loadu_ps(first + 9)),
                                              true));
-        for (int i = 0; i < 4; ++i)
+        for (std::size_t i = 0; i < 4; ++i)
             std::copy_n(four.floats[i], 3, first + 3 * i);
     }
     return vertex;

@@ -188,7 +188,7 @@ constexpr Bits kEachLength = Count == 2 ? 0x0001'0001 : 0x0001'0001'0001;
 /// before the end of its line. Returns: whether that is what they do.
 template<size_t Count>
 VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& constants, Decimals& decimals) {
-    constexpr unsigned int kBytes = 2 * Count;
+    constexpr unsigned int kBits = 16 * Count;                       // of two bytes for each
     constexpr Bits kShape = Count == 2 ? 0x2E'202E : 0x2E'202E'202E; // ". . .", read backwards
     constexpr Bits kBlanks = Count == 2 ? 0b0010 : 0b001010;
     constexpr Bits kLengths = kEachLength<Count> * 0x0101;
@@ -202,11 +202,11 @@ VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& cons
     const Bits line = window.lineEnds ^ (window.lineEnds - 1); // up to the end
     decimals.signs = _pext_u64(minuses, starts);
     // The distances of the stops, without themselves and without the signs.
-    decimals.lengths = _bzhi_u64(ends - (ends << 8) - (0x0101010101010101 - 1), 8 * kBytes) -
+    decimals.lengths = _bzhi_u64(ends - (ends << 8) - (0x0101010101010101 - 1), kBits) -
                        _pdep_u64(decimals.signs, kEachLength<Count>);
     const Bits empty = (decimals.lengths - kLengths) & (kLengths << 7);
-    const Bits lastStop = _bzhi_u64(ends, 8 * kBytes) >> (8 * kBytes - 8);
-    return ((_bzhi_u64(shape, 8 * kBytes - 8) ^ kShape) | (minuses & line & ~starts) | empty |
+    const Bits lastStop = _bzhi_u64(ends, kBits) >> (kBits - 8);
+    return ((_bzhi_u64(shape, kBits - 8) ^ kShape) | (minuses & line & ~starts) | empty |
             (lastStop ^ firstOf(window.lineEnds))) == 0;
 }
 

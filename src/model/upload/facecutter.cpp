@@ -107,7 +107,7 @@ quint32 cornersOfFour(const FaceTable& table, quint64 faceLimit, quint32 face) {
     const quint32 start = table.starts.at(static_cast<int>(face));
     if ((count != 3 && count != 4) || !areFour(table.counts.words + face, count, 0) ||
         !areFour(table.starts.constData() + face, start, count) ||
-        quint64{start} + 4 * count > table.corners.count)
+        quint64{start} + quint64{4} * count > table.corners.count)
         return 0;
     const quint32 wholePositions = wholePositionsOf(table);
     return wholePositions != 0 && allBelow(table.corners.words + start, 4 * count, wholePositions - 1) ? count
@@ -117,11 +117,12 @@ quint32 cornersOfFour(const FaceTable& table, quint64 faceLimit, quint32 face) {
 /// Asks memory for the positions of faces like these four that follow them: where the faces of a mesh are in
 /// no order, their positions lie anywhere.
 void fetchPositionsBehind(const FaceTable& table, quint32 start, quint32 count) {
-    constexpr quint32 kFacesAhead = 16;
-    const quint64 first = quint64{start} + kFacesAhead * count;
-    if (first + 4 * count > table.corners.count)
+    constexpr quint64 kFacesAhead = 16;
+    const quint64 corners = quint64{4} * count;
+    const quint64 first = start + kFacesAhead * count;
+    if (first + corners > table.corners.count)
         return;
-    for (quint32 i = 0; i < 4 * count; ++i)
+    for (quint64 i = 0; i < corners; ++i)
         prefetch(table.positions.bytes + table.corners.words[first + i] * kPositionBytes);
 }
 
