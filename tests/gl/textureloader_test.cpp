@@ -1,5 +1,6 @@
 #include <velmodel/textureloader.h>
 
+#include <QtCore/QBuffer>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -357,6 +358,30 @@ TEST_F(TextureLoaderTest, HugeTopDownBitmapIsNullBeforeItIsDecoded) {
     ASSERT_TRUE(file.resize(places[0]));
     file.close();
     expectRefusalWithoutDecoding(file.fileName());
+}
+
+// An icon tells the size that its entry claims, sixteen by sixteen pixels; the PNG in it has 1000 by 20000.
+TEST_F(TextureLoaderTest, IconWithAHugePngIsNullBeforeItIsDecoded) {
+    QImage image(1000, 20'000, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QByteArray png;
+    QBuffer buffer(&png);
+    ASSERT_TRUE(image.save(&buffer, "PNG"));
+    image = {};
+    // The peak of memory so far is that of making the picture, and is to be forgotten.
+    QFile peak(QStringLiteral("/proc/self/clear_refs"));
+    ASSERT_TRUE(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1);
+    for (const char* kind : {"00000100", "00000200"}) {
+        QFile file(path(QStringLiteral("huge.ico")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        const quint32 places[] = {static_cast<quint32>(png.size()), 22};
+        file.write(QByteArray::fromHex(kind) + QByteArray::fromHex("0100101000000100") +
+                   QByteArray::fromHex("2000") +
+                   QByteArray(reinterpret_cast<const char*>(places), sizeof places) + png);
+        file.close();
+        ASSERT_EQ(QImageReader(file.fileName()).size(), QSize(16, 16));
+        expectRefusalWithoutDecoding(file.fileName());
+    }
 }
 
 // A GIF tells the size of its first picture, two by two pixels; its screen of 1000 by 20000 would take 80 MB.

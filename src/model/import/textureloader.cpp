@@ -67,6 +67,23 @@ QSize gifScreen(QFile& file) {
             qFromLittleEndian<quint16>(header.constData() + 8)};
 }
 
+// The size of a PNG that the first entry of an icon or a cursor consists of: it is decoded to that size, but
+// the reader tells the one that the entry claims. Invalid for other files.
+QSize pngInIcon(QFile& file) {
+    constexpr int kPlace = 18; // of the picture's place in the file, in the first entry
+    const QByteArray directory = file.peek(kPlace + 4);
+    const bool isIcon = directory.startsWith(QByteArray("\0\0\1\0", 4));
+    const bool isCursor = directory.startsWith(QByteArray("\0\0\2\0", 4));
+    if (directory.size() < kPlace + 4 || !(isIcon || isCursor))
+        return {};
+    file.seek(qFromLittleEndian<quint32>(directory.constData() + kPlace));
+    const QByteArray header = file.peek(24);
+    file.seek(0);
+    if (header.size() < 24 || !header.startsWith("\x89PNG"))
+        return {};
+    return {qFromBigEndian<qint32>(header.constData() + 16), qFromBigEndian<qint32>(header.constData() + 20)};
+}
+
 // Whether the pixels lie in memory as blue, green, red, alpha, eight bits each.
 bool isBgra(QImage::Format format) {
     return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
@@ -98,10 +115,10 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
 // Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
 QImage readImage(const ModelFiles& files, const QString& path) {
     const std::unique_ptr<QFile> file = files.open(path);
-    const QSize screen = file ? gifScreen(*file) : QSize();
+    const bool isSmall = file && fits(gifScreen(*file)) && fits(pngInIcon(*file));
     QImageReader reader(file.get());
     // Not every format tells its size beforehand.
-    if (!mayBeRead(reader, files) || !fits(screen) || !fits(reader.size()))
+    if (!isSmall || !mayBeRead(reader, files) || !fits(reader.size()))
         return {};
     QImage image = reader.read();
     if (image.isNull() || !fits(image.size()))
