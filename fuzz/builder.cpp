@@ -25,6 +25,8 @@ constexpr unsigned int kTypes[] = {kFloat, kFloat, kFloat, 0x1400, 0x1401, 0x140
                                    0x1403, 0x1404, 0x1405, 0x140A, 0};
 constexpr unsigned int kMostElements = 32;
 constexpr int kMostUploads = 4;
+// Counts of corners that are read from 16-bit streams are large, and so is what they make the builder do.
+constexpr quint64 kMostInOneStream = 1 << 14;
 // More than a stream of the library holds.
 constexpr quint64 kFarTooMany = quint64{1} << 31;
 
@@ -36,7 +38,7 @@ public:
 
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
         const bool isMissing = (_missing >> (_asked++ % 32) & 1) != 0;
-        if (isMissing || count >= kFarTooMany / 8)
+        if (isMissing || count > kMostInOneStream)
             return nullptr;
         return _isFaithful ? _plain.alloc(type, count) : _shortIndices.alloc(type, count);
     }
@@ -85,8 +87,7 @@ private:
     QSharedPointer<FickleAllocator> _allocator;
     ModelBuilder _builder;
     int _uploads = 0;
-    bool _isUploaded = false; ///< since the last time it was cleared
-    bool _isOrdinary = true;  ///< what comes out has to be drawable
+    bool _isOrdinary = true; ///< what comes out has to be drawable
 };
 
 std::vector<unsigned int> Session::numbers(unsigned int bound) {
@@ -104,8 +105,7 @@ void Session::createAttribute() {
     const QString name = attribute();
     const unsigned int type = kTypes[_source.below(sizeof kTypes / sizeof *kTypes)];
     const int components = static_cast<int>(_source.below(6)) - 1;
-    // A second one of the same name takes the streams of the first away, uploaded ones included.
-    if (components < 1 || type == 0 || _isUploaded)
+    if (components < 1 || type == 0)
         _isOrdinary = false;
     const quint64 valueCount = _source.below(4) == 0 ? elementCount() : 0;
     const quint64 indexCount = _source.below(4) == 0 ? elementCount() : 0;
@@ -154,7 +154,6 @@ void Session::clear() {
     _builder.clear();
     Fuzzing::require(!_builder.isValid() && _builder.refusedStreams().isEmpty(),
                      "a cleared builder holds nothing");
-    _isUploaded = false;
     _isOrdinary = true;
 }
 
@@ -162,7 +161,6 @@ void Session::upload() {
     const QString positions = attribute();
     const QString idMember = _source.below(2) == 0 ? QString() : QStringLiteral("id");
     const bool canUpload = _builder.isValid() && _builder.hasVertexAttribute(positions);
-    _isUploaded = _isUploaded || canUpload;
     ++_uploads;
     GPUModel model;
     _builder.upload(&model, InstanceData(QStringLiteral("i")), positions, idMember, 0x88E4, 4);

@@ -183,8 +183,14 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
         return;
     if (isEmpty(_gpuIndices.data()) && !prepareUpload(positionAttribute))
         return;
+    const VertexAttribute& position = _vertexAttributes[positionAttribute];
+    // Not those that the triangles were made of, or declared anew since.
+    if (position.streams[kGPUValues].isNull()) {
+        reportMissingStream(describeAttribute(positionAttribute));
+        return;
+    }
     ModelUpload upload(*context, {instanceData, groupIdMember, usage, primitiveType});
-    if (!upload.addIndices(*_gpuIndices, _vertexAttributes[positionAttribute].vertexCount(), *_allocator))
+    if (!upload.addIndices(*_gpuIndices, position.vertexCount(), *_allocator))
         return;
     for (const QString& name : attributeNames()) {
         const VertexAttribute& record = _vertexAttributes[name];

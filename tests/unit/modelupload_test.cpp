@@ -491,6 +491,24 @@ TEST_F(ModelUploadTest, PositionsWithoutStreamsStopTheUpload) {
                     "Unable to upload: no stream could be made for vertex attribute 'position'")));
 }
 
+// What the first upload made of them is gone with the attribute.
+TEST_F(ModelUploadTest, PositionsDeclaredAnewAfterAnUploadStopTheNextOne) {
+    upload();
+    const float values[] = {1, 2, 3};
+    const unsigned int zero = 0;
+    builder->createVertexAttribute(kPosition, 3, kFloat, 0, 0);
+    builder->addValuesToVertexAttribute(kPosition, 3, values, kFloat);
+    builder->addIndicesToVertexAttribute(kPosition, 1, &zero);
+    context.forget();
+    log.clear();
+    upload();
+    EXPECT_THAT(context.calls(), IsEmpty());
+    EXPECT_EQ(model.drawableCount(), 1);
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre(QStringLiteral(
+                    "Unable to upload: no stream could be made for vertex attribute 'position'")));
+}
+
 TEST_F(ModelUploadTest, AbsentTriangleStreamIsMadeAgain) {
     access().gpuIndices().reset();
     upload();
