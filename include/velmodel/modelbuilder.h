@@ -143,6 +143,8 @@ private:
     /// Merges GPU vertices of the same bytes.
     void optimizeGPUStreams();
     bool allHaveGPUStreams() const;
+    /// An index list of the input that may become the shared one; null where the input is kept.
+    QSharedPointer<ModelDataStream> listToOverwrite(quint32 cornerCount) const;
     StreamBuild collectInput(quint32 cornerCount);
     static quint64 warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging);
     bool makeResults(StreamBuild& build, const VertexMerging& merging) const;

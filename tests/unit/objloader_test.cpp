@@ -406,6 +406,29 @@ TEST_F(ObjLoaderTest, NastyLibrariesLoadAsLiterally) {
     }
 }
 
+// Corners are merged by their indices at first, and by their values once nearly all have indices of their
+// own.
+TEST_F(ObjLoaderTest, ModelsWhoseCornersStopSharingLoadAsLiterally) {
+    constexpr unsigned int kValues = 2000;
+    Testing::NastyText nasty(9);
+    QByteArray text;
+    for (unsigned int i = 0; i < kValues; ++i)
+        text += "v " + QByteArray::number(nasty.below(3000)) + " 0 1\nvt " +
+                QByteArray::number(nasty.below(3000)) + " 0\n";
+    for (int face = 0; face < 12'000; ++face) {
+        text += 'f';
+        for (int corner = 0; corner < 3; ++corner) {
+            // Some name no value.
+            const unsigned int range = face < 1000 ? 10 : kValues + 20;
+            text +=
+                ' ' + QByteArray::number(nasty.below(range)) + '/' + QByteArray::number(nasty.below(range));
+        }
+        text += '\n';
+    }
+    write(QStringLiteral("model.obj"), text);
+    expectAsLiterally(path(QStringLiteral("model.obj")));
+}
+
 TEST_F(ObjLoaderTest, LongModelsLoadAsLiterally) {
     NastyText nasty(12);
     const MessageLog log;

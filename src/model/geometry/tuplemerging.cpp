@@ -109,6 +109,20 @@ std::vector<CornerAttribute> TupleMerging::tuples(const std::vector<CornerAttrib
     return result;
 }
 
+// Writes the value numbers of the first `count` corners back if their tuples stand in their place.
+void TupleMerging::restoreList(const std::vector<CornerAttribute>& ordered, quint64 count,
+                               quint32* tupleOfCorner) const {
+    const auto overwritten =
+        std::find_if(ordered.begin(), ordered.end(), [tupleOfCorner](const CornerAttribute& attribute) {
+            return attribute.indices == tupleOfCorner;
+        });
+    if (overwritten == ordered.end())
+        return;
+    const quint32* const numbers = _tuples.as<quint32>() + (overwritten - ordered.begin());
+    std::transform(tupleOfCorner, tupleOfCorner + count, tupleOfCorner,
+                   [&](quint32 tuple) { return numbers[tuple * ordered.size()]; });
+}
+
 template<int Others>
 void TupleMerging::merge(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                          quint32* tupleOfCorner) {
@@ -129,7 +143,7 @@ void TupleMerging::merge(const std::vector<CornerAttribute>& attributes, quint32
         const quint64 tupleBytes = quint64{_tupleCount} * (Others + 1) * sizeof(quint32);
         if (table.bytesUsed() + tupleBytes + kGrowth > budget ||
             tupleBytes + quint64{_tupleCount} * kBytesPerTuple > budget || table.steps > start * 8 + 65536)
-            return;
+            return restoreList(ordered, start, tupleOfCorner);
         const quint32 count = std::min(IndexBlock::kSize, cornerCount - first);
         std::array<const quint32*, Others + 1> numbers;
         for (std::size_t i = 0; i <= Others; ++i)

@@ -12,7 +12,9 @@ namespace Atelier::Vel {
 class TupleMerging {
 public:
     /// Numbers the distinct tuples from 0 in the order in which they first appear over the corners, and
-    /// writes the number of each corner's tuple to `tupleOfCorner`, which has room for `cornerCount` entries.
+    /// writes the number of each corner's tuple to `tupleOfCorner`, which has room for `cornerCount` entries
+    /// and may be the list of one of the attributes. Where it is given up, that list is as it was, but for
+    /// invalid indices, which are the number of values then.
     TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner);
 
     /// Whether merging by tuples paid. It does not, and was given up, where most corners have tuples of
@@ -29,6 +31,8 @@ private:
     struct Table;
     template<int Others>
     void merge(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner);
+    void restoreList(const std::vector<CornerAttribute>& ordered, quint64 count,
+                     quint32* tupleOfCorner) const;
 
     std::size_t _pivot = 0;
     quint32 _tupleCount = 0;

@@ -52,12 +52,14 @@ quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 corner
 } // namespace
 
 VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount,
-                             quint32* vertexOfCorner)
+                             quint32* vertexOfCorner, const std::function<quint32*()>& elsewhere)
     : _attributes(std::move(attributes)), _tuples(_attributes, cornerCount, vertexOfCorner) {
     for (std::size_t i = 0; i < _attributes.size(); ++i)
         _substituted.push_back(_tuples.isDone() ? _tuples.substitutedCorners(i)
                                                 : countSubstitutedCorners(_attributes[i], cornerCount));
     if (!_tuples.isDone()) {
+        if (elsewhere)
+            vertexOfCorner = elsewhere();
         _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32),
                                                   ScratchBlock::Content::Unspecified);
         _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>());

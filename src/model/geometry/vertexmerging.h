@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -18,9 +19,12 @@ class VertexMerging {
 public:
     /// Finds the vertices and writes the vertex of each corner to `vertexOfCorner`, which has room for
     /// `cornerCount` entries. The attributes' values must stay in place while this object lives, and their
-    /// lists as long as it needs them.
-    /// Cost: one pass over the corners; working memory of at most 16 bytes per corner.
-    VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner);
+    /// lists as long as it needs them. `vertexOfCorner` may be one of the lists if `elsewhere` gives other
+    /// room for the vertices: it is asked for where the lists turn out to be needed, and the list is as it
+    /// was then, but for invalid indices, which may be other invalid ones. Cost: one pass over the corners;
+    /// working memory of at most 16 bytes per corner.
+    VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner,
+                  const std::function<quint32*()>& elsewhere = {});
 
     quint32 vertexCount() const { return _vertexCount; }
     /// Whether gather() reads the attributes' index lists.

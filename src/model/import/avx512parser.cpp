@@ -319,32 +319,32 @@ VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants,
     return next;
 }
 
-/// Two windows with their first sixteen characters that are no digits.
+/// The first sixteen characters of a line that are no digits, as far as they are among 128.
 struct Stops {
-    Window low;
-    Window high;
     unsigned int lineEnd; ///< the place of the first
     unsigned int last;    ///< the number of the stop that it is
     __m128i places;
     __m128i distances; ///< from the stop before each
     __m128i characters;
 
-    VELMODEL_STEP Stops(const char* at, const Constants& constants)
-        : low(at, constants), high(at + kWindow, constants) {
-        const unsigned int lowCount = countOf(low.stops);
+    VELMODEL_STEP Stops(const char* at, const Constants& constants) {
+        const Window low(at, constants);
+        __m512i all = _mm512_maskz_compress_epi8(low.stops, constants.counted);
         if (low.lineEnds != 0) {
             lineEnd = firstOf(low.lineEnds);
             last = countOf(_bzhi_u64(low.stops, lineEnd));
+            characters = _mm512_castsi512_si128(_mm512_permutexvar_epi8(all, low.text));
         } else {
+            const Window high(at + kWindow, constants);
+            const unsigned int lowCount = countOf(low.stops);
             lineEnd = kWindow + firstOf(high.lineEnds);
             last = lowCount + countOf(_bzhi_u64(high.stops, lineEnd - kWindow));
+            const __m512i highPlaces = _mm512_or_si512(constants.counted, _mm512_set1_epi8(kWindow));
+            all = _mm512_mask_expand_epi8(all, ~bitsBelow(lowCount),
+                                          _mm512_maskz_compress_epi8(high.stops, highPlaces));
+            characters = _mm512_castsi512_si128(_mm512_permutex2var_epi8(low.text, all, high.text));
         }
-        const __m512i highPlaces = _mm512_or_si512(constants.counted, _mm512_set1_epi8(kWindow));
-        const __m512i all =
-            _mm512_mask_expand_epi8(_mm512_maskz_compress_epi8(low.stops, constants.counted),
-                                    ~bitsBelow(lowCount), _mm512_maskz_compress_epi8(high.stops, highPlaces));
         places = _mm512_castsi512_si128(all);
-        characters = _mm512_castsi512_si128(_mm512_permutex2var_epi8(low.text, all, high.text));
         distances = _mm_sub_epi8(places, _mm_alignr_epi8(places, _mm_set1_epi8(-1), 15));
     }
 };

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -7,6 +8,7 @@
 #include <QtCore/QMessageLogger>
 
 #include <velmodel/modelbuilder.h>
+#include <velmodel/modeldataarray.h>
 
 #include "diagnostics.h"
 #include "geometry/vertexmerging.h"
@@ -69,18 +71,28 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
         return;
     const quint32 cornerCount = sumOf(WordView::of(_verticesPerFace.data()));
-    const QSharedPointer<ModelDataStream> indices = makeStream(kIndexType, cornerCount);
-    if (indices.isNull()) {
-        reportMissingStream(QStringLiteral("the corner indices"));
-        return;
-    }
+    QSharedPointer<ModelDataStream> indices = listToOverwrite(cornerCount);
+    const bool overwritesInput = !indices.isNull();
+    if (!overwritesInput)
+        indices = makeStream(kIndexType, cornerCount);
+    if (indices.isNull())
+        return reportMissingStream(QStringLiteral("the corner indices"));
     StreamBuild build = collectInput(cornerCount);
     const quint32 before = mergeCorners ? countIndexTuples(build.attributes, cornerCount) : cornerCount;
 
     // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
-    const CornerTarget target(indices.data(), cornerCount);
-    const VertexMerging merging(build.attributes, cornerCount, target.entries());
-    target.finish();
+    auto target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
+    const auto targetElsewhere = [&] {
+        if (overwritesInput) {
+            indices = makeStream(kIndexType, cornerCount);
+            target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
+        }
+        return target->entries();
+    };
+    const VertexMerging merging(build.attributes, cornerCount, target->entries(), targetElsewhere);
+    if (indices.isNull())
+        return reportMissingStream(QStringLiteral("the corner indices"));
+    target->finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
     if (!merging.needsIndices())
         dropInput(build, kIndices);
@@ -128,6 +140,17 @@ void ModelBuilder::optimizeGPUStreams() {
             *entry = oldToNew.as<quint32>()[*entry];
     adoptResults(build, indices);
     reportReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
+}
+
+QSharedPointer<ModelDataStream> ModelBuilder::listToOverwrite(quint32 cornerCount) const {
+    if (_keepsInput)
+        return {};
+    for (const VertexAttribute& record : _vertexAttributes) {
+        const auto* const list = dynamic_cast<ModelDataArray*>(record.streams[kIndices].data());
+        if (list != nullptr && list->type() == kIndexType && list->size() == cornerCount)
+            return record.streams[kIndices];
+    }
+    return {};
 }
 
 bool ModelBuilder::allHaveGPUStreams() const {
