@@ -42,7 +42,8 @@ struct Mesh {
         colour.values = reinterpret_cast<const unsigned char*>(colours.data());
         colour.valueCount = valueCount;
         colour.stride = sizeof(quint32);
-        return {colour, position};
+        // Sieved is by the first of those with the most values, and colours are all alike.
+        return {position, colour};
     }
 };
 

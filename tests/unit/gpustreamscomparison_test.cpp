@@ -198,6 +198,15 @@ TEST(GPUStreamsComparisonTest, CornersThatShareNothingMergeAsTheStepsSay) {
     ASSERT_NO_FATAL_FAILURE(compare(recipe, 2));
 }
 
+TEST(GPUStreamsComparisonTest, FewCornersOfManyValuesMergeAsTheStepsSay) {
+    Recipe recipe;
+    recipe.corners = 60;
+    recipe.values = 5000;
+    recipe.distinctValues = 8;
+    for (unsigned int seed = 0; seed < 20; ++seed)
+        ASSERT_NO_FATAL_FAILURE(compare(recipe, seed));
+}
+
 TEST(GPUStreamsComparisonTest, OneValueWithVeryManyTuplesMergesAsTheStepsSay) {
     Literal::Mesh mesh;
     QMap<QString, unsigned int> types;

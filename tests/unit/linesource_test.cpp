@@ -100,6 +100,15 @@ TEST_F(LineSourceTest, ByteOrderMarkCountsAtTheStartOnly) {
     EXPECT_EQ(lines(), QStringList({QStringLiteral("a"), QString(QChar(0xFEFF)) + QLatin1Char('b')}));
 }
 
+// The stream drops a mark at the start of a block of its own as long as all was ASCII before, so only once.
+TEST_F(LineSourceTest, SecondMarkAtTheStartOfABlockOfTheStreamStays) {
+    constexpr int kStreamBlockBytes = 16384;
+    const QByteArray mark("\xEF\xBB\xBF");
+    const QByteArray block = mark + QByteArray(kStreamBlockBytes - mark.size() - 1, 'x') + '\n';
+    write(QByteArray(kStreamBlockBytes - 1, 'a') + '\n' + block + block);
+    EXPECT_EQ(lines(), streamLines());
+}
+
 TEST_F(LineSourceTest, WideEncodingsAreKnownByTheirMark) {
     for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
         QTextCodec::ConverterState state; // which writes the mark

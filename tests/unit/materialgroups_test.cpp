@@ -176,6 +176,21 @@ TEST_F(MaterialGroupsTest, FacesOutsideTheTablesGiveNothing) {
     EXPECT_EQ(builder.statistics().untriangulatedFaces, 3U + 4U + 4U);
 }
 
+// Memory is asked for faces far ahead, whether they are there or not.
+TEST_F(MaterialGroupsTest, ManyFacesOutsideTheTablesGiveNothing) {
+    square();
+    faces({3, 3, 3});
+    fill(corners, {0, 1, 2, 0});
+    std::vector<unsigned int> numbers;
+    for (unsigned int k = 0; k < 100; ++k)
+        numbers.push_back(k % 3 == 0 ? 0xFFFFFFFF - k : k % 3);
+    group("a", {});
+    builder.addFacesToMaterialGroup(QStringLiteral("a"), numbers.size(), numbers.data(), QString());
+    prepare("a");
+    EXPECT_THAT(triangles(), testing::IsEmpty()) << "faces 1 and 2 reach beyond the corners";
+    EXPECT_EQ(builder.statistics().untriangulatedFaces, 100U);
+}
+
 TEST_F(MaterialGroupsTest, NegativeCornerCountGivesNothing) {
     square();
     faces({0xFFFFFFFD, 3});

@@ -61,6 +61,30 @@ private:
     int _left;
 };
 
+/// Its streams of floats can be made to say that they are longer than OpenGL can count.
+class BoastingAllocator : public ModelDataStreamAllocator {
+public:
+    ModelDataStream* alloc(unsigned int type, quint64 count) override {
+        return new Stream(type, count, _boasts);
+    }
+    void boast() { *_boasts = true; }
+
+private:
+    class Stream : public Testing::PlainStream {
+    public:
+        Stream(unsigned int type, quint64 count, QSharedPointer<bool> boasts)
+            : PlainStream(type, count), _boasts(std::move(boasts)) {}
+        quint64 size() const override {
+            return *_boasts && type() == kFloat ? quint64(1) << 31 : PlainStream::size();
+        }
+
+    private:
+        QSharedPointer<bool> _boasts;
+    };
+
+    QSharedPointer<bool> _boasts = QSharedPointer<bool>::create(false);
+};
+
 /// Feeds a builder with a square of two triangles, one group each.
 class ModelUploadTest : public testing::Test {
 protected:
@@ -513,6 +537,33 @@ TEST_F(ModelUploadTest, AbsentTriangleStreamIsMadeAgain) {
     access().gpuIndices().reset();
     upload();
     EXPECT_EQ(model.drawableCount(), 1);
+}
+
+TEST_F(ModelUploadTest, AbsentTriangleStreamThatCannotBeMadeStopsTheUpload) {
+    const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
+    makeBuilder(allocator, 0);
+    access().gpuIndices().reset();
+    // Corner indices and positions.
+    allocator->limit(2);
+    upload();
+    EXPECT_EQ(model.drawableCount(), 0);
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the triangle indices")));
+}
+
+TEST_F(ModelUploadTest, AttributeLongerThanOpenGLCanCountStopsTheUpload) {
+    const auto allocator = QSharedPointer<BoastingAllocator>::create();
+    makeBuilder(allocator, 0);
+    upload();
+    ASSERT_EQ(model.drawableCount(), 1);
+    allocator->boast();
+    upload();
+    EXPECT_EQ(model.drawableCount(), 1);
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the buffer of vertex "
+                                   "attribute 'position'")));
 }
 
 TEST_F(ModelUploadTest, AttributeDeclaredAfterAnUploadIsPassedOver) {

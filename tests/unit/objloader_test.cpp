@@ -322,6 +322,14 @@ TEST_F(ObjLoaderTest, WithoutAContextTheModelStaysEmpty) {
     EXPECT_EQ(model->drawableCount(), 0);
 }
 
+TEST_F(ObjLoaderTest, FacesOfVeryManyCornersLoadAsLiterally) {
+    QByteArray text = kTriangle + "vt 0 0\nvn 0 0 1\nf 1/1/1 2/1/1 3/1/1\n";
+    for (int face = 0; face < 3; ++face)
+        text += "f" + QByteArray(" 1/1/1 2 3//1").repeated(2000) + '\n';
+    write(QStringLiteral("model.obj"), text);
+    ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))));
+}
+
 TEST_F(ObjLoaderTest, CancellingGivesNoModelAndSaysSo) {
     const Loaded loaded = load(kCube, [](qint64, qint64) { return false; });
     EXPECT_EQ(loaded.model, nullptr);
