@@ -13,13 +13,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VELMODEL_HEAP_IS_TAKEN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELMODEL_HEAP_IS_TAKEN 1
-#endif
-#endif
+#include "support/sanitizer.h"
 
 namespace {
 
@@ -68,11 +62,6 @@ bool isDenied() {
     return !isGiven;
 }
 
-void* denied() {
-    errno = ENOMEM;
-    return nullptr;
-}
-
 void* counted(void* block) {
     inUse += block != nullptr ? 1 : 0;
     return block;
@@ -83,7 +72,7 @@ void* counted(void* block) {
 // The libraries see these, although the project hides its symbols.
 #pragma GCC visibility push(default)
 
-#ifdef VELMODEL_HEAP_IS_TAKEN
+#if VELMODEL_ADDRESS_SANITIZER
 
 void* operator new(std::size_t bytes) {
     void* const block = isDenied() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
@@ -107,6 +96,15 @@ void operator delete[](void* block, std::size_t /*bytes*/) noexcept {
 }
 
 #else
+
+namespace {
+
+void* denied() {
+    errno = ENOMEM;
+    return nullptr;
+}
+
+} // namespace
 
 // NOLINTBEGIN: the C library's names and its declarations
 extern "C" {

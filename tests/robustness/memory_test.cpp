@@ -7,6 +7,7 @@
 #include "childload.h"
 #include "largefiles.h"
 #include "support/messagelog.h"
+#include "support/sanitizer.h"
 #include "support/scale.h"
 
 namespace Atelier::Vel {
@@ -25,22 +26,14 @@ QByteArray coordinates(int i) {
            QByteArray::number(0.5 * (i % 1000), 'f', 6) + '\n';
 }
 
-constexpr bool isSanitized() {
-#if defined(__SANITIZE_ADDRESS__)
-    return true;
-#elif defined(__has_feature)
-    return __has_feature(address_sanitizer);
-#else
-    return false;
-#endif
-}
+constexpr bool kIsSanitized = VELMODEL_ADDRESS_SANITIZER == 1;
 
 /// What a load may take: six times its text, of which there may be several files, and 64 MB.
 void expectModestPeak(const ChildLoad& load, qint64 textBytes) {
     ASSERT_TRUE(load.hasEnded);
     ASSERT_TRUE(load.isLoaded) << load.error.toStdString();
     // A sanitizer's own memory is not the load's.
-    if (!isSanitized()) {
+    if (!kIsSanitized) {
         EXPECT_LE(load.peakBytes, 6 * static_cast<quint64>(textBytes) + (quint64{64} << 20));
     }
 }
@@ -83,7 +76,7 @@ TEST_F(MemoryTest, TrianglesOfTheShortestText) {
 
 // Streams ask for more addresses than they use, and make do with fewer.
 TEST_F(MemoryTest, FewAddressesAreEnough) {
-    if (isSanitized())
+    if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     const QString model = _files.repeat("a.obj", kTriangle, "f 1 2 3\n", 3'000'000);
     const ChildLoad load = loadInChild(model, [] {
@@ -95,7 +88,7 @@ TEST_F(MemoryTest, FewAddressesAreEnough) {
 }
 
 TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {
-    if (isSanitized())
+    if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     const ChildLoad load = loadInChild(_files.repeat("a.obj", kTriangle, "f 1 2 3\n", 5'000'000), [] {
         constexpr rlimit kLimit = {quint64{200} << 20, quint64{200} << 20};
@@ -107,7 +100,7 @@ TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {
 
 // Enough for all recursion and all arrays on the stack, whatever the text.
 TEST_F(MemoryTest, HalfAMegabyteOfStackIsEnough) {
-    if (isSanitized())
+    if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer makes frames larger";
     const auto little = [] {
         constexpr rlimit kLimit = {quint64{512} << 10, quint64{512} << 10};
