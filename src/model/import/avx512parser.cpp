@@ -428,7 +428,7 @@ VELMODEL_STEP unsigned int countCorners(const Stops& stops, unsigned int numbers
         _mm_cmpgt_epu8_mask(_mm_sub_epi8(stops.distances, loadPart(kShape.distances)), loadPart(kShape.more));
     const unsigned int taken = std::min(numbers, kMost);
     const bool isPlain = _bzhi_u32(_kor_mask16(strangers, wrong), taken) == 0;
-    return isPlain ? kShape.counts >> 4 * taken & 0xF : 0;
+    return isPlain ? static_cast<unsigned int>(kShape.counts >> 4 * taken & 0xF) : 0;
 }
 
 /// The numbers of each corner, by what follows the first two: 1 for "1 ", 2 for "1/2 ", 3 for "1/2/" and
