@@ -49,9 +49,10 @@ def gif(width, height):
     return b"GIF89a" + struct.pack("<HH", width & 0xFFFF, height & 0xFFFF) + picture
 
 
-def icon():
+def icon(claimed=None):
+    """One PNG in it, for which its entry claims that many bytes."""
     image = png(1, 1, 8, 6, b"\0abcd")
-    return struct.pack("<HHHBBBBHHII", 0, 1, 1, 1, 1, 0, 0, 1, 32, len(image), 22) + image
+    return struct.pack("<HHHBBBBHHII", 0, 1, 1, 1, 1, 0, 0, 1, 32, claimed or len(image), 22) + image
 
 
 def small_images():
@@ -80,6 +81,7 @@ def images():
     for image in small_images():
         yield image
         yield image[: len(image) // 2]
+    yield icon(claimed=0x7FFFFFF0)
     for side in (LIMIT, LIMIT + 1):
         yield png(side, 1, 8, 0, bytes(1 + side))
         yield png(1, side, 8, 0, bytes(2 * side))

@@ -27,6 +27,7 @@
 #include "support/hangguard.h"
 #include "support/hostilepaths.h"
 #include "support/messagelog.h"
+#include "support/sanitizer.h"
 #include "support/withoutrootsrights.h"
 
 namespace Atelier::Vel {
@@ -394,6 +395,29 @@ TEST_F(TextureLoaderTest, GifWithAHugeScreenIsNullBeforeItIsDecoded) {
                                    "2c00000000020002000002028451003b"));
     file.close();
     expectRefusalWithoutDecoding(file.fileName());
+}
+
+// The reader of icons makes room for two gigabytes, though the file has only a few bytes.
+TEST_F(TextureLoaderTest, IconThatClaimsMoreThanTheFileIsNullBeforeItIsRead) {
+    if (VELMODEL_ADDRESS_SANITIZER != 0)
+        GTEST_SKIP() << "the sanitizer takes more address space than can be limited";
+    QFile file(path(QStringLiteral("claim.ico")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromHex("000001000100"
+                                   "0101000001002000"
+                                   "f0ffff7f"
+                                   "16000000"
+                                   "89504e470d0a1a0a0000000d49484452"));
+    file.close();
+    QFile usage(QStringLiteral("/proc/self/statm"));
+    ASSERT_TRUE(usage.open(QIODevice::ReadOnly));
+    const rlim_t pages = usage.readAll().split(' ').first().toULongLong();
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit tight = {pages * 4096 + (rlim_t(1) << 30), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+    EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
+    setrlimit(RLIMIT_AS, &before);
 }
 
 } // namespace Atelier::Vel

@@ -67,16 +67,29 @@ QSize gifScreen(QFile& file) {
             qFromLittleEndian<quint16>(header.constData() + 8)};
 }
 
+// The header and the first entry of an icon or a cursor; empty for other files.
+QByteArray iconDirectory(QFile& file) {
+    constexpr int kDirectoryBytes = 22;
+    const QByteArray directory = file.peek(kDirectoryBytes);
+    const bool isIcon = directory.startsWith(QByteArray("\0\0\1\0", 4));
+    const bool isCursor = directory.startsWith(QByteArray("\0\0\2\0", 4));
+    return directory.size() == kDirectoryBytes && (isIcon || isCursor) ? directory : QByteArray();
+}
+
+// Whether the first picture of an icon has no more bytes than the file: its reader makes room for as many as
+// the entry claims. True for other files.
+bool isIconWhole(QFile& file) {
+    const QByteArray directory = iconDirectory(file);
+    return directory.isEmpty() || qFromLittleEndian<quint32>(directory.constData() + 14) <= file.size();
+}
+
 // The size of a PNG that the first entry of an icon or a cursor consists of: it is decoded to that size, but
 // the reader tells the one that the entry claims. Invalid for other files.
 QSize pngInIcon(QFile& file) {
-    constexpr int kPlace = 18; // of the picture's place in the file, in the first entry
-    const QByteArray directory = file.peek(kPlace + 4);
-    const bool isIcon = directory.startsWith(QByteArray("\0\0\1\0", 4));
-    const bool isCursor = directory.startsWith(QByteArray("\0\0\2\0", 4));
-    if (directory.size() < kPlace + 4 || !(isIcon || isCursor))
+    const QByteArray directory = iconDirectory(file);
+    if (directory.isEmpty())
         return {};
-    file.seek(qFromLittleEndian<quint32>(directory.constData() + kPlace));
+    file.seek(qFromLittleEndian<quint32>(directory.constData() + 18));
     const QByteArray header = file.peek(24);
     file.seek(0);
     if (header.size() < 24 || !header.startsWith("\x89PNG"))
@@ -115,7 +128,7 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
 // Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
 QImage readImage(const ModelFiles& files, const QString& path) {
     const std::unique_ptr<QFile> file = files.open(path);
-    const bool isSmall = file && fits(gifScreen(*file)) && fits(pngInIcon(*file));
+    const bool isSmall = file && fits(gifScreen(*file)) && isIconWhole(*file) && fits(pngInIcon(*file));
     QImageReader reader(file.get());
     // Not every format tells its size beforehand.
     if (!isSmall || !mayBeRead(reader, files) || !fits(reader.size()))
