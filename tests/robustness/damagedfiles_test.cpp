@@ -1,12 +1,12 @@
 #include <velmodel/objloader.h>
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
 #include <random>
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
@@ -197,10 +197,10 @@ TEST_P(DamagedSampleTest, CopiesWithBitsTurnedOverLoadSoundly) {
                                                                  : 200;
          i > 0; --i) {
         flipper.write();
-        QElapsedTimer timer;
-        timer.start();
+        // The processor's time: whoever else keeps it busy is none of the load's fault.
+        const std::clock_t start = std::clock();
         const Loaded loaded = load(copy.path());
-        longest = std::max(longest, timer.elapsed());
+        longest = std::max<qint64>(longest, (std::clock() - start) * 1000 / CLOCKS_PER_SEC);
         ASSERT_EQ(loaded.unsoundness, QString()) << "copy " << i;
         ASSERT_TRUE(loaded.error.isNull() ||
                     loaded.error.startsWith(QLatin1String("Failed to load MTL file")));
