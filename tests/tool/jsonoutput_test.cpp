@@ -1,5 +1,6 @@
 #include "jsonoutput.h"
 
+#include <charconv>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -70,7 +71,9 @@ TEST(JsonOutputTest, RandomBitsReadBackAsTheyWere) {
             continue;
         const QByteArray text = printed(value);
         EXPECT_EQ(bits(static_cast<float>(text.toDouble())), bits(value)) << text.toStdString();
-        EXPECT_EQ(bits(std::strtof(text.constData(), nullptr)), bits(value)) << text.toStdString();
+        float read = 0.0F;
+        std::from_chars(text.constData(), text.constData() + text.size(), read);
+        EXPECT_EQ(bits(read), bits(value)) << text.toStdString();
     }
 }
 
