@@ -14,7 +14,8 @@ bool allBelow(const QByteArray& bytes, quint64 limit) {
     if (bytes.isEmpty())
         return true;
     std::vector<Index> indices(static_cast<std::size_t>(bytes.size()) / sizeof(Index));
-    std::memcpy(indices.data(), bytes.constData(), indices.size() * sizeof(Index));
+    if (!indices.empty())
+        std::memcpy(indices.data(), bytes.constData(), indices.size() * sizeof(Index));
     return std::all_of(indices.begin(), indices.end(), [limit](Index index) { return index < limit; });
 }
 
