@@ -235,9 +235,7 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const WordView counts = WordView::of(_verticesPerFace.data());
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
-    if (auto* const array = dynamic_cast<ModelDataArray*>(_gpuIndices.data()))
-        array->reserve(FaceCutter::mostIndices(counts));
-    _faceCutter = std::make_unique<FaceCutter>();
+    _faceCutter = std::make_unique<FaceCutter>(FaceCutter::mostIndices(counts));
     for (const GroupEntry& group : groupsInOrder()) {
         if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))
             prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues],

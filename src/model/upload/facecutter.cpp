@@ -4,6 +4,9 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <utility>
+
+#include <velmodel/modeldataarray.h>
 
 #include "geometry/fourwindings.h"
 #include "geometry/indexblocks.h"
@@ -24,15 +27,6 @@ constexpr quint64 kTooManyIndices = quint64{1} << 29;
 /// What the triangles of a face of so many corners need.
 constexpr quint64 indicesOf(quint32 corners) {
     return corners < 3 ? 0 : 3 * (quint64{corners} - 2);
-}
-
-/// Hands `count` indices on; false when the stream did not take them.
-bool flush(const std::vector<unsigned int>& indices, quint64 count, ModelDataStream& stream) {
-    if (count == 0)
-        return true;
-    const quint64 before = stream.size();
-    stream.append(count, indices.data());
-    return stream.size() == before + count;
 }
 
 /// Where the corners of a face lie; none for a face that is not there.
@@ -160,7 +154,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
         _used += static_cast<quint64>(end - begin);
         _uncutFaces += end == begin ? 1 : 0;
     }
-    return flush(_triangles, _used, triangles);
+    return flush(triangles);
 }
 
 quint64 FaceCutter::mostIndices(const WordView& counts) {
@@ -168,12 +162,22 @@ quint64 FaceCutter::mostIndices(const WordView& counts) {
                            [](quint64 sum, quint32 count) { return sum + indicesOf(count); });
 }
 
+bool FaceCutter::flush(ModelDataStream& triangles) {
+    if (_used == 0)
+        return true;
+    const quint64 before = triangles.size();
+    auto* const array = before == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
+    if (array != nullptr)
+        array->reserve(_expectedIndices);
+    triangles.append(_used, _triangles.data());
+    return triangles.size() == before + std::exchange(_used, 0);
+}
+
 bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {
     if (_used + indices <= _triangles.size())
         return true;
-    if (!flush(_triangles, _used, triangles))
+    if (!flush(triangles))
         return false;
-    _used = 0;
     if (indices >= kTooManyIndices)
         return false;
     if (indices > _triangles.size())

@@ -21,6 +21,10 @@ struct FaceTable {
 /// Cuts faces into triangles; keeps its working memory from call to call.
 class FaceCutter {
 public:
+    /// `expectedIndices` is what room is made for in a stream that is empty yet, if it is one of the
+    /// library's own.
+    explicit FaceCutter(quint64 expectedIndices = 0) : _expectedIndices(expectedIndices) {}
+
     /// Appends the vertex numbers of the triangles of the given faces to `triangles`.
     /// Returns: false when that stream refused them.
     bool cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles);
@@ -32,6 +36,8 @@ public:
     quint64 uncutFaces() const { return _uncutFaces; }
 
 private:
+    /// Hands on what is in _triangles. Returns: false when the stream did not take it.
+    bool flush(ModelDataStream& triangles);
     /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
     /// none.
     bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
@@ -46,6 +52,7 @@ private:
     std::vector<int> _corners;
     std::vector<float> _positions;
     quint64 _uncutFaces = 0;
+    quint64 _expectedIndices;
 };
 
 } // namespace Atelier::Vel
