@@ -95,7 +95,7 @@ public:
     }
 
     void hash(quint32 first, quint32 count, quint64* hashes) const {
-        std::fill_n(hashes, count, 0);
+        std::fill_n(hashes, count, hashSeed());
         for (const CornerAttribute& attribute : _attributes)
             withStride(attribute.stride, [&](auto absorb) {
                 for (quint32 i = 0; i < count; ++i)
@@ -161,12 +161,13 @@ private:
 std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* slots) {
     const std::vector<unsigned char> zeros(attribute.stride);
     DuplicateSieve sieve(cornerCount);
+    const quint64 seed = hashSeed();
     withStride(attribute.stride, [&](auto absorb) {
         for (quint32 corner = 0; corner < cornerCount; ++corner) {
             const quint64 value = attribute.valueOf(corner);
             const unsigned char* const bytes =
                 value == attribute.valueCount ? zeros.data() : attribute.values + value * absorb.stride();
-            slots[corner] = sieve.slotOf(absorb(0, bytes));
+            slots[corner] = sieve.slotOf(absorb(seed, bytes));
             sieve.count(slots[corner]);
         }
     });

@@ -3,12 +3,19 @@
 #include <algorithm>
 #include <array>
 
-#include <QtCore/QtGlobal>
+#include <QtCore/QRandomGenerator>
 
 #include "prefetch.h"
 #include "scratchblock.h"
 
 namespace Atelier::Vel {
+
+/// Where every hash begins: another number in each process, so that no file can be made whose corners all
+/// hash alike. The order in which corners are numbered does not depend on it.
+inline quint64 hashSeed() {
+    static const quint64 kSeed = QRandomGenerator::system()->generate64();
+    return kSeed;
+}
 
 /// Folds two words into a running hash; every bit of the words reaches every bit of the result.
 inline quint64 mixWords(quint64 hash, quint64 a, quint64 b) {

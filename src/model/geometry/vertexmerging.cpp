@@ -17,8 +17,8 @@ public:
     explicit TupleKeys(const std::vector<CornerAttribute>& attributes) : _attributes(attributes) {}
 
     void hash(quint32 first, quint32 count, quint64* hashes) const {
+        std::fill_n(hashes, count, hashSeed());
         for (quint32 i = 0; i < count; ++i) {
-            hashes[i] = 0;
             for (const CornerAttribute& attribute : _attributes)
                 hashes[i] = mixWords(hashes[i], attribute.valueOf(first + i), 0);
         }
