@@ -112,8 +112,12 @@ QString checkOurBuffers(const QString& path, const Expectation& expected) {
     return {};
 }
 
-void measureRound(std::vector<Row>& rows, const QString& path, int loads, const Expectation& expected) {
-    for (auto& row : rows) {
+/// Each round begins with another contestant: whoever follows the one that gives back the most memory gets
+/// memory that the system has to find first.
+void measureRound(std::vector<Row>& rows, std::size_t round, const QString& path, int loads,
+                  const Expectation& expected) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        Row& row = rows[(round + i) % rows.size()];
         if (!row.fault.isEmpty())
             continue;
         const auto sample = measureInChild(*row.contestant, path, loads);
@@ -174,7 +178,8 @@ bool measureKind(const InputKind& kind, const Options& options, bool withPeers) 
         if (row.isOurs())
             row.fault = checkFault;
     for (int round = 0; round < options.rounds; ++round)
-        measureRound(rows, path, fileSize < kSmallFile ? kLoadsOfSmallFile : 1, expected);
+        measureRound(rows, static_cast<std::size_t>(round), path,
+                     fileSize < kSmallFile ? kLoadsOfSmallFile : 1, expected);
 
     std::printf("\n%s: %s; %.1f MB, %llu corners, %llu vertices, %llu triangles\n", qPrintable(kind.name),
                 qPrintable(kind.description), double(fileSize) / kMegabyte,
