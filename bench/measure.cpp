@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/resource.h>
@@ -44,39 +46,46 @@ std::uint64_t statusBytes(const std::string& field) {
     return 0;
 }
 
-bool loadFirst(Contestant& contestant, const QString& path, Sample& sample) {
-    const std::uint64_t before = statusBytes("VmRSS");
-    const rusage usageBefore = usageNow();
+/// One load and what it took, without its peak of memory.
+struct Timed {
+    std::unique_ptr<Loaded> loaded;
+    double milliseconds;
+    double processorMilliseconds;
+};
+
+Timed timedLoad(Contestant& contestant, const QString& path) {
+    const rusage before = usageNow();
     const auto start = Clock::now();
-    const auto loaded = contestant.load(path);
-    sample.firstMilliseconds = millisecondsSince(start);
-    const rusage usageAfter = usageNow();
-    const std::uint64_t peak = statusBytes("VmHWM");
-    if (!loaded)
-        return false;
-    sample.milliseconds = sample.firstMilliseconds;
-    sample.processorMilliseconds = processorMilliseconds(usageAfter) - processorMilliseconds(usageBefore);
-    sample.peakBytes = peak > before ? peak - before : 0;
-    sample.pageFaults = std::uint64_t(usageAfter.ru_minflt - usageBefore.ru_minflt);
-    sample.vertices = loaded->vertices;
-    sample.triangles = loaded->triangles;
-    sample.checksum = loaded->checksum;
-    return true;
+    auto loaded = contestant.load(path);
+    const double milliseconds = millisecondsSince(start);
+    const rusage after = usageNow();
+    return {std::move(loaded), milliseconds, processorMilliseconds(after) - processorMilliseconds(before)};
 }
 
 std::optional<Sample> measureHere(Contestant& contestant, const QString& path, int loads) {
     contestant.prepare();
     Sample sample;
-    if (!loadFirst(contestant, path, sample))
-        return {};
-    std::vector<double> times;
-    for (int load = 1; load < loads; ++load) {
-        const auto start = Clock::now();
-        const auto loaded = contestant.load(path);
-        times.push_back(millisecondsSince(start));
+    {
+        const std::uint64_t before = statusBytes("VmRSS");
+        const Timed first = timedLoad(contestant, path);
+        const std::uint64_t peak = statusBytes("VmHWM");
+        if (!first.loaded)
+            return {};
+        sample.peakBytes = peak > before ? peak - before : 0;
+        sample.firstMilliseconds = first.milliseconds;
+        sample.vertices = first.loaded->vertices;
+        sample.triangles = first.loaded->triangles;
+        sample.checksum = first.loaded->checksum;
     }
-    if (!times.empty())
-        sample.milliseconds = spreadOf(times).median;
+    std::vector<double> times;
+    std::vector<double> processorTimes;
+    for (int load = 1; load < loads; ++load) {
+        const Timed later = timedLoad(contestant, path);
+        times.push_back(later.milliseconds);
+        processorTimes.push_back(later.processorMilliseconds);
+    }
+    sample.milliseconds = spreadOf(times).median;
+    sample.processorMilliseconds = spreadOf(processorTimes).median;
     return sample;
 }
 

@@ -11,13 +11,12 @@
 
 namespace Atelier::Vel::Bench {
 
-/// One measured load, or the median of some.
+/// Some loads of one process. The first finds its memory; those that follow are what is compared.
 struct Sample {
-    double firstMilliseconds = 0; ///< wall time of the first load of the process
-    double milliseconds = 0; ///< wall time; the median of the loads after the first when there are several
-    double processorMilliseconds = 0; ///< the processor's time, user and system, of that first load
+    double firstMilliseconds = 0;     ///< wall time of the first load
+    double milliseconds = 0;          ///< wall time, the median of the loads after the first
+    double processorMilliseconds = 0; ///< the processor's time, user and system, likewise
     std::uint64_t peakBytes = 0;      ///< by how much the first load raised the peak of resident memory
-    std::uint64_t pageFaults = 0;     ///< of the first load
     std::uint64_t vertices = 0;
     std::uint64_t triangles = 0;
     std::uint64_t checksum = 0;
