@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace Atelier::Vel {
 
 class FaceCutter;
 class GPUModel;
+class MergedCorners;
 class VertexMerging;
 struct DrawGroup;
 
@@ -127,6 +129,12 @@ private:
         quint64 vertexCount() const;
     };
 
+    /// An index for each of some corners.
+    struct CornerList {
+        const QString* attribute;
+        unsigned int* indices;
+    };
+
     struct StreamBuild;
     using GroupEntry = QHash<QString, MaterialGroup>::iterator;
 
@@ -136,6 +144,12 @@ private:
     QStringList attributeNames() const;
     /// By id, then by name.
     std::vector<GroupEntry> groupsInOrder();
+
+    /// Merges corners as they come, see SingleUpload.
+    bool addCorners(const CornerList* lists, std::size_t listCount, quint32 count);
+    /// Puts merged corners into the index list of each attribute; from then on, all are listed there.
+    void listCorners();
+    bool hasIndices(const VertexAttribute& record) const;
 
     /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
     /// as a vertex before merging: a corner, or a distinct tuple of indices.
@@ -148,7 +162,7 @@ private:
     StreamBuild collectInput(quint32 cornerCount);
     static quint64 warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging);
     bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
-    void dropInput(const StreamBuild& build, StreamSlot slot) const;
+    void dropIndexLists(const StreamBuild& build) const;
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
 
@@ -173,8 +187,10 @@ private:
     quint64 _materialFlagsMask;
     Statistics _statistics;
     QStringList _refusedStreams;
-    bool _keepsInput = true;                 ///< beyond the first upload
-    std::unique_ptr<FaceCutter> _faceCutter; ///< working memory while groups are prepared
+    bool _keepsInput = true;                       ///< beyond the first upload
+    bool _listsCorners = true;                     ///< attribute by attribute
+    std::unique_ptr<MergedCorners> _mergedCorners; ///< of all attributes, in place of their lists
+    std::unique_ptr<FaceCutter> _faceCutter;       ///< working memory while groups are prepared
 };
 
 } // namespace Atelier::Vel

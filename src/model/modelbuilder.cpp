@@ -1,6 +1,7 @@
 #include <velmodel/modelbuilder.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "streams/streamview.h"
 #include "upload/facecutter.h"
 #include "upload/instanceplans.h"
+#include "upload/mergedcorners.h"
 #include "upload/modelupload.h"
 
 namespace Atelier::Vel {
@@ -67,6 +69,7 @@ void ModelBuilder::clear() {
     _materialGroups.clear();
     _verticesPerFace = makeStream(kIndexType, 0);
     _vertexAttributes.clear();
+    _mergedCorners.reset();
     _normalsAttributeName.clear();
     _gpuIndices = makeStream(kIndexType, 0);
     _drawCommands.clear();
@@ -78,10 +81,15 @@ void ModelBuilder::clear() {
 bool ModelBuilder::isValid() const {
     if (_materialGroups.isEmpty() || isEmpty(_verticesPerFace.data()) || _vertexAttributes.isEmpty())
         return false;
-    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(), [](const VertexAttribute& record) {
-        const ModelDataStream* const values = record.streams[kValues].data();
-        return values == nullptr || (!isEmpty(values) && !isEmpty(record.streams[kIndices].data()));
-    });
+    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(),
+                       [this](const VertexAttribute& record) {
+                           const ModelDataStream* const values = record.streams[kValues].data();
+                           return values == nullptr || (!isEmpty(values) && hasIndices(record));
+                       });
+}
+
+bool ModelBuilder::hasIndices(const VertexAttribute& record) const {
+    return !isEmpty(_mergedCorners ? _mergedCorners->list().data() : record.streams[kIndices].data());
 }
 
 bool ModelBuilder::hasMaterialGroup(const QString& name) const {
@@ -131,6 +139,8 @@ bool ModelBuilder::hasVertexAttribute(const QString& name) const {
 
 void ModelBuilder::createVertexAttribute(const QString& name, int components, unsigned int type,
                                          quint64 valueCount, quint64 indexCount) {
+    if (_mergedCorners)
+        listCorners();
     VertexAttribute& record = _vertexAttributes[name];
     record = VertexAttribute();
     record.streams[kValues] = makeStream(type, valueCount);
@@ -157,8 +167,44 @@ void ModelBuilder::addValuesToVertexAttribute(const QString& name, quint64 count
 void ModelBuilder::addIndicesToVertexAttribute(const QString& name, quint64 count,
                                                const unsigned int* indices) {
     const auto record = _vertexAttributes.find(name);
-    if (record != _vertexAttributes.end() && !appendTo(record->streams[kIndices].data(), count, indices))
+    if (record == _vertexAttributes.end())
+        return;
+    if (!_listsCorners)
+        listCorners();
+    if (!appendTo(record->streams[kIndices].data(), count, indices))
         refuse(describeAttribute(name));
+}
+
+bool ModelBuilder::addCorners(const CornerList* lists, std::size_t listCount, quint32 count) {
+    if (_listsCorners)
+        return false;
+    std::array<quint32*, TupleNumbering::kMostPlaces> numbers{};
+    std::transform(lists, lists + listCount, numbers.begin(),
+                   [](const CornerList& list) { return list.indices; });
+    if (!_mergedCorners) {
+        QStringList names;
+        std::transform(lists, lists + listCount, std::back_inserter(names),
+                       [](const CornerList& list) { return *list.attribute; });
+        _mergedCorners = std::make_unique<MergedCorners>(names, makeStream(kIndexType, 0));
+    }
+    const VertexAttribute& position = _vertexAttributes[*lists->attribute];
+    const quint64 values = position.streams[kValues]->size() / static_cast<quint64>(position.components);
+    if (!_mergedCorners->add(numbers.data(), count, values)) {
+        listCorners();
+        return false;
+    }
+    if (_mergedCorners->isRefused())
+        refuse(describeAttribute(*lists->attribute));
+    return true;
+}
+
+void ModelBuilder::listCorners() {
+    _listsCorners = true;
+    const std::unique_ptr<MergedCorners> merged = std::move(_mergedCorners);
+    for (int i = 0; merged && i < merged->attributes().size(); ++i)
+        merged->unmerge(i, [&](const quint32* numbers, quint64 count) {
+            addIndicesToVertexAttribute(merged->attributes()[i], count, numbers);
+        });
 }
 
 void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <velmodel/modelbuilder.h>
 
 namespace Atelier::Vel {
@@ -9,7 +11,20 @@ struct SingleUpload {
     /// Lets the builder drop what it was given as soon as the upload has made its own data of it, which
     /// nearly halves the peak of memory of a large mesh. Nothing but that upload may be asked of it
     /// afterwards.
-    static void expect(ModelBuilder& builder) { builder._keepsInput = false; }
+    static void expect(ModelBuilder& builder) {
+        builder._keepsInput = false;
+        builder._listsCorners = false;
+    }
+
+    using CornerList = ModelBuilder::CornerList;
+    /// Adds the indices of `count` corners to all attributes at once, which spares their lists: one of
+    /// `listCount` for each of them, the positions' first, which is overwritten.
+    /// Returns: false, and nothing is added, where the builder needs the lists: they have to be added one by
+    /// one from then on.
+    static bool addCorners(ModelBuilder& builder, const CornerList* lists, std::size_t listCount,
+                           quint32 count) {
+        return builder.addCorners(lists, listCount, count);
+    }
 };
 
 } // namespace Atelier::Vel

@@ -450,4 +450,80 @@ TEST_F(ObjLoaderTest, LongModelsLoadAsLiterally) {
     }
 }
 
+/// Objects one after the other, each of `positions` positions and texture coordinates and `faces` triangles
+/// of any of them; one corner in `strays` names a texture coordinate that is not there.
+QByteArray objects(NastyText& nasty, int count, unsigned int positions, int faces, unsigned int strays) {
+    QByteArray text;
+    for (int object = 0; object < count; ++object) {
+        for (unsigned int i = 0; i < positions; ++i)
+            text += "v " + QByteArray::number(nasty.below(100)) + ' ' + QByteArray::number(nasty.below(100)) +
+                    " 0\nvt " + QByteArray::number(nasty.below(4)) + " 0\n";
+        for (int face = 0; face < faces; ++face) {
+            text += 'f';
+            for (int corner = 0; corner < 3; ++corner) {
+                const QByteArray number = QByteArray::number(-1 - static_cast<int>(nasty.below(positions)));
+                text += ' ' + number + '/' + (nasty.below(strays) == 0 ? "999999999" : number);
+            }
+            text += '\n';
+        }
+    }
+    return text;
+}
+
+// Corners are merged as they come, as long as each has a position by then and all attributes were declared
+// before the first.
+TEST_F(ObjLoaderTest, MergingAsCornersComeLoadsAsLiterally) {
+    NastyText nasty(14);
+    const QByteArray few = objects(nasty, 20, 60, 300, 50);
+    const QByteArray faces = few.mid(few.lastIndexOf("vt") + 7);
+    const QByteArray models[] = {
+        few,
+        few + "vn 0 0 1\n" + faces + "f 1/1/1 2/2/1 3/3/-1\n",
+        few + "f 1 2 1201\nv 5 5 5\n" + faces,
+        few + "f 1 2 999999999\n" + faces,
+        few + "f 1 2 0\n" + faces,
+        faces + few,
+        "vt 0 0\nf 1/1 2/1 3/1\n" + few,
+        "vt 0 0\nf 1 2 3\n" + few,
+        "vn 0 0 1\n" + few,
+    };
+    const MessageLog log;
+    for (const QByteArray& model : models) {
+        write(QStringLiteral("model.obj"), model);
+        ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))))
+            << model.right(200).toStdString();
+    }
+}
+
+TEST_F(ObjLoaderTest, MergingThatStopsPayingLoadsAsLiterally) {
+    NastyText nasty(15);
+    QByteArray soup;
+    for (int face = 1; face < 30'000; ++face)
+        soup += "v " + QByteArray::number(face) + " 0 0\nv 0 1 0\nv 0 0 " + QByteArray::number(face % 77) +
+                "\nf -1 -2 -3\n";
+    QByteArray fan = "v 1 2 3\nv 4 5 6\n";
+    for (int i = 1; i < 1'500; ++i)
+        fan += "vt " + QByteArray::number(i) + " 0\n";
+    for (int face = 0; face < 25'000; ++face) {
+        fan += 'f';
+        for (int corner = 0; corner < 3; ++corner)
+            fan += " 2/" + QByteArray::number(1 + nasty.below(1'500));
+        fan += '\n';
+    }
+    const MessageLog log;
+    for (const QByteArray& model : {soup, fan, objects(nasty, 1, 30'000, 40'000, 1'000)}) {
+        write(QStringLiteral("model.obj"), model);
+        ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))));
+    }
+}
+
+TEST_F(ObjLoaderTest, ReportCountsCornersWithoutAValueHoweverMerged) {
+    const MessageLog log;
+    const Loaded merged = load(kTriangle + "vt 0 0\nf 1/1 2/9 3/9\nf 1/1 2/9 3\n");
+    EXPECT_EQ(merged.report.substitutedCorners, 4U);
+    const Loaded listed =
+        load(kTriangle + "vt 0 0\nf 1/1 2/9 3/9\nf 1/1 2/9 3\nvn 0 0 1\nf 1/1/1 2/1/1 3/1/1\n");
+    EXPECT_EQ(listed.report.substitutedCorners, 4U + 6U);
+}
+
 } // namespace Atelier::Vel

@@ -65,8 +65,20 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 co
         _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>());
         return;
     }
-    // Equal tuples are equal bytes, and tuples are numbered as they appear: so the vertices of the tuples are
-    // those of the corners, in the same order.
+    mergeTuples(cornerCount, vertexOfCorner);
+}
+
+VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, TupleMerging tuples,
+                             quint32 cornerCount, quint32* tupleOfCorner)
+    : _attributes(std::move(attributes)), _tuples(std::move(tuples)) {
+    for (std::size_t i = 0; i < _attributes.size(); ++i)
+        _substituted.push_back(_tuples.substitutedCorners(i));
+    mergeTuples(cornerCount, tupleOfCorner);
+}
+
+// Equal tuples are equal bytes, and tuples are numbered as they appear: so the vertices of the tuples are
+// those of the corners, in the same order.
+void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner) {
     const quint32 tupleCount = _tuples.tupleCount();
     _attributes = _tuples.tuples(_attributes);
     _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32),

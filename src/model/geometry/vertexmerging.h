@@ -26,6 +26,11 @@ public:
     VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner,
                   const std::function<quint32*()>& elsewhere = {});
 
+    /// The same for corners whose tuples are numbered in `tupleOfCorner` already, which becomes the vertex of
+    /// each.
+    VertexMerging(std::vector<CornerAttribute> attributes, TupleMerging tuples, quint32 cornerCount,
+                  quint32* tupleOfCorner);
+
     quint32 vertexCount() const { return _vertexCount; }
     /// Whether gather() reads the attributes' index lists.
     bool needsIndices() const { return !_tuples.isDone(); }
@@ -35,6 +40,8 @@ public:
     void gather(std::size_t attribute, unsigned char* out) const;
 
 private:
+    void mergeTuples(quint32 cornerCount, quint32* vertexOfCorner);
+
     std::vector<CornerAttribute> _attributes; ///< as _corners are numbered: by corner or by tuple
     TupleMerging _tuples;
     std::unique_ptr<ScratchBlock> _corners; ///< the first corner of each vertex

@@ -1,11 +1,14 @@
 #include "import/builderfeed.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
+#include <utility>
 
 #include <velmodel/modelbuilder.h>
 
 #include "import/objreader.h"
+#include "singleupload.h"
 
 namespace Atelier::Vel {
 
@@ -102,9 +105,30 @@ void BuilderFeed::flush() {
     flushValues(_position, _run->positions);
     flushValues(_normal, _run->normals);
     flushValues(_texCoord, _run->texCoords);
-    flushIndices(_position, _run->positionIndices);
-    flushIndices(_normal, _run->normalIndices);
-    flushIndices(_texCoord, _run->texCoordIndices);
+    flushCorners();
+}
+
+void BuilderFeed::flushCorners() {
+    ObjRun& run = *_run;
+    if (run.positionIndices.size == 0)
+        return;
+    std::array<SingleUpload::CornerList, 3> lists{};
+    std::size_t listCount = 0;
+    for (const auto& [attribute, indices] : {std::pair(&_position, &run.positionIndices),
+                                             {&_normal, &run.normalIndices},
+                                             {&_texCoord, &run.texCoordIndices}})
+        if (attribute->declared)
+            lists[listCount++] = {&attribute->name, indices->items};
+    _mergesCorners = _mergesCorners && _position.declared &&
+                     SingleUpload::addCorners(_builder, lists.data(), listCount,
+                                              static_cast<quint32>(run.positionIndices.size));
+    if (_mergesCorners) {
+        run.positionIndices.size = run.normalIndices.size = run.texCoordIndices.size = 0;
+        return;
+    }
+    flushIndices(_position, run.positionIndices);
+    flushIndices(_normal, run.normalIndices);
+    flushIndices(_texCoord, run.texCoordIndices);
 }
 
 template<size_t N>

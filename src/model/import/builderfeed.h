@@ -50,6 +50,7 @@ private:
     template<size_t N>
     void flushValues(const Attribute& attribute, FixedList<float, N>& values);
     void handOnWithheld(Attribute& attribute, quint64 count);
+    void flushCorners();
     void flushIndices(Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices);
     void joinGroup();
 
@@ -59,7 +60,8 @@ private:
     Attribute _normal;
     Attribute _texCoord;
     QString _group;
-    size_t _joined = 0; ///< faces of the run that were offered to their group
+    size_t _joined = 0;         ///< faces of the run that were offered to their group
+    bool _mergesCorners = true; ///< as they come, which spares their lists
     quint64 _faces = 0;
     quint64 _facesWithoutGroup = 0;
     std::vector<quint32> _faceNumbers;

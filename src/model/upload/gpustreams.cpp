@@ -13,6 +13,7 @@
 #include "diagnostics.h"
 #include "geometry/vertexmerging.h"
 #include "streams/streamview.h"
+#include "upload/mergedcorners.h"
 
 namespace Atelier::Vel {
 
@@ -71,7 +72,10 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
         return;
     const quint32 cornerCount = sumOf(WordView::of(_verticesPerFace.data()));
-    QSharedPointer<ModelDataStream> indices = listToOverwrite(cornerCount);
+    if (_mergedCorners && _mergedCorners->list()->size() != cornerCount)
+        listCorners();
+    QSharedPointer<ModelDataStream> indices =
+        _mergedCorners ? _mergedCorners->list() : listToOverwrite(cornerCount);
     const bool overwritesInput = !indices.isNull();
     if (!overwritesInput)
         indices = makeStream(kIndexType, cornerCount);
@@ -89,18 +93,21 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
         }
         return target->entries();
     };
-    const VertexMerging merging(build.attributes, cornerCount, target->entries(), targetElsewhere);
+    const VertexMerging merging =
+        _mergedCorners ? VertexMerging(build.attributes, _mergedCorners->take(build.names, build.attributes),
+                                       cornerCount, target->entries())
+                       : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere);
+    _mergedCorners.reset();
     if (indices.isNull())
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
     if (!merging.needsIndices())
-        dropInput(build, kIndices);
+        dropIndexLists(build);
     if (!makeResults(build, merging))
         return;
     adoptResults(build, indices);
-    dropInput(build, kValues);
-    dropInput(build, kIndices);
+    dropIndexLists(build);
     for (VertexAttribute& record : _vertexAttributes)
         record.streams[kGPUIndices] = indices;
     _statistics.corners = cornerCount;
@@ -206,15 +213,17 @@ bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging)
         }
         if (bytes.count != 0)
             merging.gather(i, bytes.bytes);
+        if (!_keepsInput)
+            build.records[i]->streams[kValues].reset();
         build.results.push_back(result);
     }
     return true;
 }
 
-void ModelBuilder::dropInput(const StreamBuild& build, StreamSlot slot) const {
+void ModelBuilder::dropIndexLists(const StreamBuild& build) const {
     if (!_keepsInput)
         for (VertexAttribute* record : build.records)
-            record->streams[slot].reset();
+            record->streams[kIndices].reset();
 }
 
 void ModelBuilder::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {

@@ -1,0 +1,65 @@
+#include "upload/mergedcorners.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "geometry/indexblocks.h"
+#include "streams/streamview.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+/// Whether merging pays for `corners` corners so far that use up to `values` values. Faces in random order
+/// use new values most of the time to begin with; where nearly no value comes again, each corner has its own.
+bool pays(const TupleNumbering& tuples, quint64 corners, quint64 values) {
+    constexpr quint64 kFewCorners = 65536;
+    const bool comeAgain =
+        corners < std::max(kFewCorners, values / 8) || tuples.tupleCount() <= corners - corners / 32;
+    return comeAgain && tuples.pays(corners, std::max({corners, 2 * values, 2 * kFewCorners}));
+}
+
+} // namespace
+
+MergedCorners::MergedCorners(QStringList attributes, QSharedPointer<ModelDataStream> list)
+    : _attributes(std::move(attributes)),
+      _list(std::move(list)),
+      _tuples(TupleNumbering::make(static_cast<std::size_t>(_attributes.size()))) {}
+
+bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) {
+    const quint64 before = _list->size();
+    if (!allBelow(numbers[0], count, static_cast<quint32>(values)) || !pays(*_tuples, before, values))
+        return false;
+    _tuples->admit(values);
+    _tuples->add(numbers, count, numbers[0]);
+    _list->append(count, numbers[0]);
+    _isRefused = _isRefused || _list->size() != before + count;
+    return true;
+}
+
+void MergedCorners::unmerge(int attribute,
+                            const std::function<void(const quint32* numbers, quint64 count)>& take) const {
+    std::array<quint32, IndexBlock::kSize> block;
+    const quint32* const numbers = _tuples->tuples() + attribute;
+    const WordView corners = WordView::of(_list.data());
+    for (quint64 first = 0; first < corners.count; first += block.size()) {
+        const quint64 count = std::min<quint64>(block.size(), corners.count - first);
+        std::transform(corners.words + first, corners.words + first + count, block.begin(),
+                       [&](quint32 tuple) { return numbers[quint64{tuple} * _tuples->places()]; });
+        take(block.data(), count);
+    }
+}
+
+TupleMerging MergedCorners::take(const std::vector<QString>& names,
+                                 const std::vector<CornerAttribute>& attributes) {
+    std::vector<std::size_t> places;
+    std::transform(names.begin(), names.end(), std::back_inserter(places), [this](const QString& name) {
+        return static_cast<std::size_t>(_attributes.indexOf(name));
+    });
+    const WordView corners = WordView::of(_list.data());
+    return {attributes, std::move(_tuples), std::move(places), static_cast<quint32>(corners.count),
+            corners.words};
+}
+
+} // namespace Atelier::Vel
