@@ -21,6 +21,7 @@ class FaceCutter;
 class GPUModel;
 class MergedCorners;
 class VertexMerging;
+struct UniformFaces;
 struct DrawGroup;
 
 /// Collects separately indexed vertex attributes, faces and material groups, and uploads them as draw data.
@@ -111,12 +112,25 @@ private:
     friend struct ModelBuilderAccess;
     friend struct SingleUpload;
 
+    /// Face numbers as runs of consecutive ones.
+    struct FaceRuns {
+        unsigned int first = 0; ///< of the last run
+        unsigned int count = 0; ///< of the last run
+        /// The other runs: the first number of each and, where it is not alone, how many follow it, with
+        /// kFollow set.
+        std::vector<unsigned int> before;
+        static constexpr unsigned int kFollow = 0x80000000;
+
+        void add(unsigned int firstAdded, unsigned int countAdded);
+    };
+
     struct MaterialGroup {
         InstanceData material;
         qint32 id;
-        QSharedPointer<ModelDataStream> faces;
+        QSharedPointer<ModelDataStream> faces; ///< null where the input is not kept
         quint64 flags;
         QString objectName;
+        FaceRuns runs; ///< the faces where the input is not kept
     };
 
     /// Values and indices are the input; the GPU's are made from them and indexed all by the same list.
@@ -145,6 +159,12 @@ private:
     /// By id, then by name.
     std::vector<GroupEntry> groupsInOrder();
 
+    /// Adds `count` faces from number `first` on. Returns: false when there is no such group.
+    bool addFaceRun(const QString& name, unsigned int first, unsigned int count);
+    /// Gives each face a corner count of its own in _verticesPerFace.
+    void listFaceCounts();
+    bool hasFaces() const;
+    quint32 cornerCount() const;
     /// Merges corners as they come, see SingleUpload.
     bool addCorners(const CornerList* lists, std::size_t listCount, quint32 count);
     /// Puts merged corners into the index list of each attribute; from then on, all are listed there.
@@ -188,6 +208,7 @@ private:
     Statistics _statistics;
     QStringList _refusedStreams;
     bool _keepsInput = true;                       ///< beyond the first upload
+    std::unique_ptr<UniformFaces> _uniformFaces;   ///< in place of _verticesPerFace
     bool _listsCorners = true;                     ///< attribute by attribute
     std::unique_ptr<MergedCorners> _mergedCorners; ///< of all attributes, in place of their lists
     std::unique_ptr<FaceCutter> _faceCutter;       ///< working memory while groups are prepared

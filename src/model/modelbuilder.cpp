@@ -68,6 +68,8 @@ ModelBuilder::~ModelBuilder() = default;
 void ModelBuilder::clear() {
     _materialGroups.clear();
     _verticesPerFace = makeStream(kIndexType, 0);
+    if (_uniformFaces)
+        *_uniformFaces = UniformFaces();
     _vertexAttributes.clear();
     _mergedCorners.reset();
     _normalsAttributeName.clear();
@@ -79,7 +81,7 @@ void ModelBuilder::clear() {
 }
 
 bool ModelBuilder::isValid() const {
-    if (_materialGroups.isEmpty() || isEmpty(_verticesPerFace.data()) || _vertexAttributes.isEmpty())
+    if (_materialGroups.isEmpty() || !hasFaces() || _vertexAttributes.isEmpty())
         return false;
     return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(),
                        [this](const VertexAttribute& record) {
@@ -102,9 +104,10 @@ void ModelBuilder::createMaterialGroup(const QString& name, const InstanceData& 
     MaterialGroup& group = _materialGroups[name];
     group.material = material;
     group.id = id < 0 ? groupCount : id;
-    group.faces = makeStream(kIndexType, 0);
+    group.faces = _keepsInput ? makeStream(kIndexType, 0) : QSharedPointer<ModelDataStream>();
     group.flags = flags;
     group.objectName = QString();
+    group.runs = FaceRuns();
 }
 
 int ModelBuilder::materialGroupId(const QString& name) const {
@@ -207,9 +210,65 @@ void ModelBuilder::listCorners() {
         });
 }
 
+bool ModelBuilder::addFaceRun(const QString& name, unsigned int first, unsigned int count) {
+    if (_keepsInput) {
+        std::vector<unsigned int> faces(count);
+        std::iota(faces.begin(), faces.end(), first);
+        return addFacesToMaterialGroup(name, count, faces.data(), QString());
+    }
+    const auto group = _materialGroups.find(name);
+    if (group == _materialGroups.end())
+        return false;
+    group->runs.add(first, count);
+    return true;
+}
+
+void ModelBuilder::FaceRuns::add(unsigned int firstAdded, unsigned int countAdded) {
+    if (count != 0 && firstAdded == first + count) {
+        count += countAdded;
+        return;
+    }
+    if (count != 0)
+        before.push_back(first);
+    if (count > 1)
+        before.push_back((count - 1) | kFollow);
+    first = firstAdded;
+    count = countAdded;
+}
+
 void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {
+    if (count == 0)
+        return;
+    if (_uniformFaces) {
+        const unsigned int corners = _uniformFaces->count == 0 ? counts[0] : _uniformFaces->corners;
+        const auto isOther = [corners](unsigned int other) { return other != corners; };
+        if (corners != 0 && std::none_of(counts, counts + count, isOther)) {
+            _uniformFaces->corners = corners;
+            _uniformFaces->count += count;
+            return;
+        }
+        listFaceCounts();
+    }
     if (!appendTo(_verticesPerFace.data(), count, counts))
         refuse(QStringLiteral("the faces"));
+}
+
+void ModelBuilder::listFaceCounts() {
+    const std::unique_ptr<UniformFaces> faces = std::move(_uniformFaces);
+    const std::vector<unsigned int> counts(std::min<quint64>(faces->count, 4096), faces->corners);
+    for (quint64 left = faces->count; left != 0; left -= std::min<quint64>(left, counts.size()))
+        addVertexCountsToFaces(std::min<quint64>(left, counts.size()), counts.data());
+}
+
+bool ModelBuilder::hasFaces() const {
+    return _uniformFaces ? _uniformFaces->count != 0 : !isEmpty(_verticesPerFace.data());
+}
+
+quint32 ModelBuilder::cornerCount() const {
+    if (_uniformFaces)
+        return static_cast<quint32>(_uniformFaces->count * _uniformFaces->corners);
+    const WordView counts = WordView::of(_verticesPerFace.data());
+    return std::accumulate(counts.words, counts.words + counts.count, quint32{0});
 }
 
 void ModelBuilder::generateNormals(const QString& name) {
@@ -281,13 +340,14 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const WordView counts = WordView::of(_verticesPerFace.data());
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
-    _faceCutter = std::make_unique<FaceCutter>(FaceCutter::mostIndices(counts));
+    _faceCutter = std::make_unique<FaceCutter>(_uniformFaces ? FaceCutter::mostIndices(*_uniformFaces)
+                                                             : FaceCutter::mostIndices(counts));
     for (const GroupEntry& group : groupsInOrder()) {
-        if (!_gpuIndices.isNull() && !isEmpty(group->faces.data()))
+        if (!_gpuIndices.isNull() && (!isEmpty(group->faces.data()) || group->runs.count != 0))
             prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues],
                                           position.streams[kGPUIndices], faceStarts);
         if (!_keepsInput)
-            group->faces.reset(); // in this order, which is that of making, it costs least
+            group->runs = FaceRuns(); // in this order, which is that of making, it costs least
     }
     _faceCutter.reset();
 }

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 
 #include <velmodel/modelbuilder.h>
+
+#include "upload/facecutter.h"
 
 namespace Atelier::Vel {
 
@@ -10,10 +13,16 @@ namespace Atelier::Vel {
 struct SingleUpload {
     /// Lets the builder drop what it was given as soon as the upload has made its own data of it, which
     /// nearly halves the peak of memory of a large mesh. Nothing but that upload may be asked of it
-    /// afterwards.
+    /// afterwards, and its faces have to be added with addFaces().
     static void expect(ModelBuilder& builder) {
         builder._keepsInput = false;
         builder._listsCorners = false;
+        builder._uniformFaces = std::make_unique<UniformFaces>();
+    }
+
+    /// Adds `count` faces from number `first` on to a group. Returns: false when there is no such group.
+    static bool addFaces(ModelBuilder& builder, const QString& group, quint32 first, quint32 count) {
+        return builder.addFaceRun(group, first, count);
     }
 
     using CornerList = ModelBuilder::CornerList;

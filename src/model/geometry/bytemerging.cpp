@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "geometry/cornerset.h"
 #include "prefetch.h"
@@ -155,27 +156,37 @@ private:
     ScratchBlock _words;
 };
 
-/// The corners whose value in one attribute may have the same bytes as that of another corner, in their
-/// order; all corners that have such a value are among them. `slots` is working memory for an entry per
-/// corner.
-std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* slots) {
+/// Those of `count` corners whose value in one attribute may have the same bytes as that of another of them,
+/// in their order; all corners that have such a value are among them. `cornerAt` gives the corners. `slots`
+/// is working memory for an entry per corner.
+template<typename CornerAt>
+std::vector<quint32> suspectsAmong(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt,
+                                   quint64 seed, quint32* slots) {
     const std::vector<unsigned char> zeros(attribute.stride);
-    DuplicateSieve sieve(cornerCount);
-    const quint64 seed = hashSeed();
+    DuplicateSieve sieve(count);
     withStride(attribute.stride, [&](auto absorb) {
-        for (quint32 corner = 0; corner < cornerCount; ++corner) {
-            const quint64 value = attribute.valueOf(corner);
+        for (quint32 i = 0; i < count; ++i) {
+            const quint64 value = attribute.valueOf(cornerAt(i));
             const unsigned char* const bytes =
                 value == attribute.valueCount ? zeros.data() : attribute.values + value * absorb.stride();
-            slots[corner] = sieve.slotOf(absorb(seed, bytes));
-            sieve.count(slots[corner]);
+            slots[i] = sieve.slotOf(absorb(seed, bytes));
+            sieve.count(slots[i]);
         }
     });
     std::vector<quint32> result;
-    for (quint32 corner = 0; corner < cornerCount; ++corner)
-        if (sieve.isShared(slots[corner]))
-            result.push_back(corner);
+    for (quint32 i = 0; i < count; ++i)
+        if (sieve.isShared(slots[i]))
+            result.push_back(cornerAt(i));
     return result;
+}
+
+/// The same of all corners. One in eight that has no equal falls into a slot with another one; sieved again
+/// with another seed, one in sixty is left.
+std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* slots) {
+    const auto itself = [](quint32 corner) { return corner; };
+    const std::vector<quint32> found = suspectsAmong(attribute, cornerCount, itself, hashSeed(), slots);
+    const auto foundAt = [&found](quint32 i) { return found[i]; };
+    return suspectsAmong(attribute, static_cast<quint32>(found.size()), foundAt, ~hashSeed(), slots);
 }
 
 /// The attributes as the given corners use them, one after the other; `numbers` takes their index lists.
@@ -212,7 +223,13 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
     std::vector<quint32> numbers;
     std::vector<quint32> group(count);
     std::vector<quint32> firstOfGroup(count);
-    mergeByBytes(attributesOf(attributes, suspected, numbers), count, group.data(), firstOfGroup.data());
+    const quint32 groups =
+        mergeByBytes(attributesOf(attributes, suspected, numbers), count, group.data(), firstOfGroup.data());
+    if (groups == count) {
+        std::iota(vertexOfCorner, vertexOfCorner + cornerCount, quint32{0});
+        std::iota(firstCorner, firstCorner + cornerCount, quint32{0});
+        return cornerCount;
+    }
     std::vector<quint32> vertexOfGroup(count);
     quint32 vertices = 0;
     quint32 suspect = 0;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <utility>
 
 #include <velmodel/modelbuilder.h>
@@ -89,9 +88,7 @@ void BuilderFeed::joinGroup() {
     const size_t count = _run->cornerCounts.size - _joined;
     if (count == 0)
         return;
-    _faceNumbers.resize(count);
-    std::iota(_faceNumbers.begin(), _faceNumbers.end(), static_cast<quint32>(_faces));
-    if (!_builder.addFacesToMaterialGroup(_group, count, _faceNumbers.data(), QString()))
+    if (!SingleUpload::addFaces(_builder, _group, static_cast<quint32>(_faces), static_cast<quint32>(count)))
         _facesWithoutGroup += count;
     _faces += count;
     _joined += count;

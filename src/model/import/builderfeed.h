@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include <QtCore/QString>
 
@@ -64,7 +63,6 @@ private:
     bool _mergesCorners = true; ///< as they come, which spares their lists
     quint64 _faces = 0;
     quint64 _facesWithoutGroup = 0;
-    std::vector<quint32> _faceNumbers;
 };
 
 } // namespace Atelier::Vel

@@ -46,10 +46,10 @@ public:
         if (k + kTableAhead >= _faces.count || isNext(k + kTableAhead))
             return;
         const quint32 face = _faces.words[k + kTableAhead];
-        if (face < static_cast<quint64>(_table.starts.size()))
+        if (!_table.isUniform() && face < _table.faceCount()) {
             prefetch(_table.starts.constData() + face);
-        if (face < _table.counts.count)
             prefetch(_table.counts.words + face);
+        }
         prefetch(rangeOf(k + kCornersAhead).corners);
         const FaceRange near = rangeOf(k + kPositionsAhead);
         for (quint32 i = 0; i < std::min(near.count, kMostCornersFetched); ++i)
@@ -67,10 +67,10 @@ private:
 
     FaceRange rangeOf(quint64 k) const {
         const quint32 face = _faces.words[k];
-        if (face >= _table.counts.count || face >= static_cast<quint64>(_table.starts.size()))
+        if (face >= _table.faceCount())
             return {nullptr, 0};
-        const quint32 start = _table.starts.at(static_cast<int>(face));
-        const quint32 count = _table.counts.words[face];
+        const quint32 start = _table.startOf(face);
+        const quint32 count = _table.countOf(face);
         if (quint64{start} + count > _table.corners.count)
             return {nullptr, 0};
         return {_table.corners.words + start, count};
@@ -97,11 +97,11 @@ bool areFour(const quint32* numbers, quint32 first, quint32 step) {
 quint32 cornersOfFour(const FaceTable& table, quint64 faceLimit, quint32 face) {
     if (quint64{face} + 4 > faceLimit)
         return 0;
-    const quint32 count = table.counts.words[face];
-    const quint32 start = table.starts.at(static_cast<int>(face));
-    if ((count != 3 && count != 4) || !areFour(table.counts.words + face, count, 0) ||
-        !areFour(table.starts.constData() + face, start, count) ||
-        quint64{start} + quint64{4} * count > table.corners.count)
+    const quint32 count = table.countOf(face);
+    const quint32 start = table.startOf(face);
+    const bool areAlike = table.isUniform() || (areFour(table.counts.words + face, count, 0) &&
+                                                areFour(table.starts.constData() + face, start, count));
+    if ((count != 3 && count != 4) || !areAlike || quint64{start} + quint64{4} * count > table.corners.count)
         return 0;
     const quint32 wholePositions = wholePositionsOf(table);
     return wholePositions != 0 && allBelow(table.corners.words + start, 4 * count, wholePositions - 1) ? count
@@ -123,8 +123,7 @@ void fetchPositionsBehind(const FaceTable& table, quint32 start, quint32 count) 
 } // namespace
 
 bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
-    const quint64 faceLimit =
-        std::min<quint64>(table.counts.count, static_cast<quint64>(table.starts.size()));
+    const quint64 faceLimit = table.faceCount();
     const FaceFetcher fetcher(table, faces);
     _used = 0;
     for (quint64 k = 0; k < faces.count;) {
@@ -134,15 +133,15 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
             if (count != 0) {
                 if (!makeRoom(4 * indicesOf(count), table, triangles))
                     return false;
-                cutFour(table, table.starts.at(static_cast<int>(face)), count);
+                cutFour(table, table.startOf(face), count);
                 k += 4;
                 continue;
             }
         }
         fetcher.fetchFor(k);
         ++k;
-        const quint32 count = face < faceLimit ? table.counts.words[face] : 0;
-        const quint32 start = face < faceLimit ? table.starts.at(static_cast<int>(face)) : 0;
+        const quint32 count = face < faceLimit ? table.countOf(face) : 0;
+        const quint32 start = face < faceLimit ? table.startOf(face) : 0;
         if (face >= faceLimit || quint64{start} + count > table.corners.count) {
             ++_uncutFaces;
             continue;
@@ -160,6 +159,10 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
 quint64 FaceCutter::mostIndices(const WordView& counts) {
     return std::accumulate(counts.words, counts.words + counts.count, quint64{0},
                            [](quint64 sum, quint32 count) { return sum + indicesOf(count); });
+}
+
+quint64 FaceCutter::mostIndices(const UniformFaces& faces) {
+    return faces.count * indicesOf(faces.corners);
 }
 
 bool FaceCutter::flush(ModelDataStream& triangles) {

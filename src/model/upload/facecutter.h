@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include <QtCore/QVector>
@@ -9,13 +10,31 @@
 
 namespace Atelier::Vel {
 
+/// Faces that all have as many corners.
+struct UniformFaces {
+    quint32 corners = 0; ///< of each, 0 while there are none
+    quint64 count = 0;
+};
+
 /// What a face number refers to. Nothing in it is trusted: faces that do not lie inside it do not exist, and
 /// positions behind the end are zero.
 struct FaceTable {
     WordView counts;                     ///< corners per face
     const QVector<unsigned int>& starts; ///< first corner per face
+    UniformFaces uniform;                ///< where there are any, in place of both
     WordView corners;                    ///< vertex number per corner
     ByteView positions;                  ///< three floats per vertex
+
+    bool isUniform() const { return uniform.corners != 0; }
+    /// The faces that are there; the functions below are for those.
+    quint64 faceCount() const {
+        return isUniform() ? uniform.count
+                           : std::min<quint64>(counts.count, static_cast<quint64>(starts.size()));
+    }
+    quint32 countOf(quint32 face) const { return isUniform() ? uniform.corners : counts.words[face]; }
+    quint32 startOf(quint32 face) const {
+        return isUniform() ? face * uniform.corners : starts.at(static_cast<int>(face));
+    }
 };
 
 /// Cuts faces into triangles; keeps its working memory from call to call.
@@ -31,6 +50,7 @@ public:
 
     /// The most vertex numbers that faces of so many corners can give.
     static quint64 mostIndices(const WordView& counts);
+    static quint64 mostIndices(const UniformFaces& faces);
 
     /// Faces that gave no triangle so far.
     quint64 uncutFaces() const { return _uncutFaces; }

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -40,10 +39,6 @@ CornerAttribute valuesOf(ModelDataStream* stream, qint32 components) {
     return attribute;
 }
 
-quint32 sumOf(const WordView& counts) {
-    return std::accumulate(counts.words, counts.words + counts.count, quint32{0});
-}
-
 /// Where the merging writes the vertex of each corner: an index stream's own memory, or, when a client made
 /// that stream of a narrower type and it cannot take all entries, memory beside it.
 class CornerTarget {
@@ -71,7 +66,7 @@ private:
 void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
         return;
-    const quint32 cornerCount = sumOf(WordView::of(_verticesPerFace.data()));
+    const quint32 cornerCount = this->cornerCount();
     if (_mergedCorners && _mergedCorners->list()->size() != cornerCount)
         listCorners();
     QSharedPointer<ModelDataStream> indices =

@@ -1,4 +1,6 @@
-#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 #include <velmodel/modelbuilder.h>
@@ -8,11 +10,37 @@
 
 namespace Atelier::Vel {
 
+namespace {
+
+/// Calls `take` with the faces of some runs, many at a time. Returns: false when it did.
+template<typename FaceRuns, typename Take>
+bool forFaces(const FaceRuns& runs, const Take& take) {
+    std::array<quint32, 2048> faces;
+    quint64 used = 0;
+    const auto hasTaken = [&] { return take(WordView{faces.data(), std::exchange(used, 0)}); };
+    const auto hasTakenRun = [&](quint32 first, quint32 count) {
+        for (quint32 i = 0; i < count; ++i) {
+            if (used == faces.size() && !hasTaken())
+                return false;
+            faces[used++] = first + i;
+        }
+        return true;
+    };
+    for (std::size_t i = 0; i < runs.before.size(); ++i) {
+        const quint32 first = runs.before[i];
+        const bool isAlone = i + 1 == runs.before.size() || (runs.before[i + 1] & FaceRuns::kFollow) == 0;
+        if (!hasTakenRun(first, isAlone ? 1 : (runs.before[++i] & ~FaceRuns::kFollow) + 1))
+            return false;
+    }
+    return hasTakenRun(runs.first, runs.count) && hasTaken();
+}
+
+} // namespace
+
 void ModelBuilder::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
                                                  const QSharedPointer<ModelDataStream>& positions,
                                                  const QSharedPointer<ModelDataStream>& cornerIndices,
                                                  const QVector<unsigned int>& faceStarts) {
-    const WordView faces = WordView::of(group.faces.data());
     if (!_verticesPerFace.isNull() && _verticesPerFace->type() != kIndexType)
         reportAssertion(
             QStringLiteral("GL_UNSIGNED_INT == _verticesPerFace->type()"),
@@ -30,11 +58,13 @@ void ModelBuilder::prepareMaterialGroupForUpload(const QString& groupName, const
     command.instanceCount = 1;
     command.firstIndex = static_cast<quint32>(_gpuIndices->size());
     const FaceTable table{WordView::of(_verticesPerFace.data()), faceStarts,
-                          WordView::of(cornerIndices.data()), ByteView::of(positions.data())};
+                          _uniformFaces ? *_uniformFaces : UniformFaces(), WordView::of(cornerIndices.data()),
+                          ByteView::of(positions.data())};
     FaceCutter local;
     FaceCutter& cutter = _faceCutter ? *_faceCutter : local;
     const quint64 uncutBefore = cutter.uncutFaces();
-    if (!cutter.cut(table, faces, *_gpuIndices)) {
+    const auto cut = [&](const WordView& faces) { return cutter.cut(table, faces, *_gpuIndices); };
+    if (!cut(WordView::of(group.faces.data())) || !forFaces(group.runs, cut)) {
         abandonPreparation();
         reportRefusedData(QStringLiteral("the triangle indices"));
         return;
