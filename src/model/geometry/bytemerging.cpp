@@ -157,11 +157,11 @@ private:
 };
 
 /// Those of `count` corners whose value in one attribute may have the same bytes as that of another of them,
-/// in their order; all corners that have such a value are among them. `cornerAt` gives the corners. `slots`
-/// is working memory for an entry per corner.
+/// in their order; all corners that have such a value are among them. `cornerAt` gives the corners. `found`
+/// has room for an entry per corner. Returns: how many were found.
 template<typename CornerAt>
-std::vector<quint32> suspectsAmong(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt,
-                                   quint64 seed, quint32* slots) {
+quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt, quint64 seed,
+                     quint32* found) {
     const std::vector<unsigned char> zeros(attribute.stride);
     DuplicateSieve sieve(count);
     withStride(attribute.stride, [&](auto absorb) {
@@ -169,24 +169,29 @@ std::vector<quint32> suspectsAmong(const CornerAttribute& attribute, quint32 cou
             const quint64 value = attribute.valueOf(cornerAt(i));
             const unsigned char* const bytes =
                 value == attribute.valueCount ? zeros.data() : attribute.values + value * absorb.stride();
-            slots[i] = sieve.slotOf(absorb(seed, bytes));
-            sieve.count(slots[i]);
+            found[i] = sieve.slotOf(absorb(seed, bytes));
+            sieve.count(found[i]);
         }
     });
-    std::vector<quint32> result;
-    for (quint32 i = 0; i < count; ++i)
-        if (sieve.isShared(slots[i]))
-            result.push_back(cornerAt(i));
-    return result;
+    // Their slots make room for them, without a branch that nobody could foretell.
+    quint32 foundCount = 0;
+    for (quint32 i = 0; i < count; ++i) {
+        const bool isSuspect = sieve.isShared(found[i]);
+        found[foundCount] = cornerAt(i);
+        foundCount += isSuspect ? 1 : 0;
+    }
+    return foundCount;
 }
 
 /// The same of all corners. One in eight that has no equal falls into a slot with another one; sieved again
 /// with another seed, one in sixty is left.
-std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* slots) {
+std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* found) {
     const auto itself = [](quint32 corner) { return corner; };
-    const std::vector<quint32> found = suspectsAmong(attribute, cornerCount, itself, hashSeed(), slots);
-    const auto foundAt = [&found](quint32 i) { return found[i]; };
-    return suspectsAmong(attribute, static_cast<quint32>(found.size()), foundAt, ~hashSeed(), slots);
+    const quint32 foundFirst = findSuspects(attribute, cornerCount, itself, hashSeed(), found);
+    const std::vector<quint32> first(found, found + foundFirst);
+    const auto firstAt = [&first](quint32 i) { return first[i]; };
+    const quint32 foundAgain = findSuspects(attribute, foundFirst, firstAt, ~hashSeed(), found);
+    return std::vector<quint32>(found, found + foundAgain);
 }
 
 /// The attributes as the given corners use them, one after the other; `numbers` takes their index lists.

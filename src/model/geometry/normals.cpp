@@ -131,15 +131,24 @@ FourPoints normalized(const FourPoints& p, bool nullStays) {
 
 /// Four directions as four floats each, of which the last is zero.
 struct FourDirections {
-    alignas(16) float floats[4][4];
+    __m128 each[4];
 
-    explicit FourDirections(const FourPoints& p) {
-        __m128 directions[4] = {p.x, p.y, p.z, _mm_setzero_ps()};
-        _MM_TRANSPOSE4_PS(directions[0], directions[1], directions[2], directions[3]);
-        for (int i = 0; i < 4; ++i)
-            _mm_store_ps(floats[i], directions[i]);
+    explicit FourDirections(const FourPoints& p) : each{p.x, p.y, p.z, _mm_setzero_ps()} {
+        _MM_TRANSPOSE4_PS(each[0], each[1], each[2], each[3]);
     }
 };
+
+void storeThree(float* floats, __m128 three) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(floats), three);
+    _mm_store_ss(floats + 2, _mm_movehl_ps(three, three));
+}
+
+void addThree(float* floats, __m128 three) {
+    const __m128 two = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(floats)));
+    const __m128 one = _mm_load_ss(floats + 2);
+    _mm_storel_pi(reinterpret_cast<__m64*>(floats), _mm_add_ps(two, three));
+    _mm_store_ss(floats + 2, _mm_add_ss(one, _mm_movehl_ps(three, three)));
+}
 
 void addFourTriangles(const float* positions, const quint32* corners, const Normals& sums) {
     const FourPoints a = pointsOfFour(corners, 3, 0, positions);
@@ -147,7 +156,7 @@ void addFourTriangles(const float* positions, const quint32* corners, const Norm
     const FourPoints c = pointsOfFour(corners, 3, 2, positions);
     const FourDirections normals(crossProduct(normalized(c - a, false), normalized(b - a, false)));
     for (int i = 0; i < 12; ++i)
-        sums.add(corners[i], normals.floats[i / 3]);
+        addThree(sums[corners[i]], normals.each[i / 3]);
 }
 
 /// Returns: how many of the triangles were added.
@@ -175,7 +184,7 @@ quint32 normalizeAll(const Normals& normals) {
                                                         _mm_loadu_ps(first + 6), _mm_loadu_ps(first + 9)),
                                              true));
         for (std::size_t i = 0; i < 4; ++i)
-            std::copy_n(four.floats[i], 3, first + 3 * i);
+            storeThree(first + 3 * i, four.each[i]);
     }
     return vertex;
 }

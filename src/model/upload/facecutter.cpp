@@ -108,16 +108,47 @@ quint32 cornersOfFour(const FaceTable& table, quint64 faceLimit, quint32 face) {
                                                                                                        : 0;
 }
 
+/// Whether all of `4 * Fours` vertices are so near to another one that their positions are in a cache with
+/// its.
+template<int Fours>
+bool areNear(const quint32* vertices, quint32 other) {
+#if defined(__SSE2__)
+    constexpr int kNearBits = 15;
+    const __m128i lowest = _mm_set1_epi32(static_cast<int>(other - (1U << kNearBits)));
+    __m128i distances = _mm_setzero_si128();
+    for (int i = 0; i < Fours; ++i) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(vertices + 4 * i));
+        distances = _mm_or_si128(distances, _mm_sub_epi32(four, lowest));
+    }
+    const __m128i tooFar = _mm_srli_epi32(distances, kNearBits + 1);
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(tooFar, _mm_setzero_si128())) == 0xFFFF;
+#else
+    return false;
+#endif
+}
+
 /// Asks memory for the positions of faces like these four that follow them: where the faces of a mesh are in
 /// no order, their positions lie anywhere.
-void fetchPositionsBehind(const FaceTable& table, quint32 start, quint32 count) {
+template<int Count>
+void fetchPositionsBehind(const FaceTable& table, quint32 start) {
     constexpr quint64 kFacesAhead = 16;
-    const quint64 corners = quint64{4} * count;
-    const quint64 first = start + kFacesAhead * count;
-    if (first + corners > table.corners.count)
+    constexpr quint64 kCorners = 4 * Count;
+    const quint64 first = start + kFacesAhead * Count;
+    if (first + kCorners > table.corners.count)
         return;
-    for (quint64 i = 0; i < corners; ++i)
-        prefetch(table.positions.bytes + table.corners.words[first + i] * kPositionBytes);
+    const quint32* const vertices = table.corners.words + first;
+    if (areNear<Count>(vertices, table.corners.words[start]))
+        return;
+    for (quint64 i = 0; i < kCorners; ++i)
+        prefetch(table.positions.bytes + vertices[i] * kPositionBytes);
+}
+
+/// The triangles of four faces of the same winding.
+template<int Count, bool IsClockwise>
+unsigned int* writeFour(const int* corners, unsigned int* out) {
+    for (int face = 0; face < 4; ++face, corners += Count)
+        out = writeFixedPattern(Count, IsClockwise, corners, out);
+    return out;
 }
 
 } // namespace
@@ -133,7 +164,10 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
             if (count != 0) {
                 if (!makeRoom(4 * indicesOf(count), table, triangles))
                     return false;
-                cutFour(table, table.startOf(face), count);
+                if (count == 3)
+                    cutFour<3>(table, table.startOf(face));
+                else
+                    cutFour<4>(table, table.startOf(face));
                 k += 4;
                 continue;
             }
@@ -188,22 +222,28 @@ bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStre
     return true;
 }
 
-void FaceCutter::cutFour(const FaceTable& table, quint32 start, quint32 count) {
+template<int Count>
+void FaceCutter::cutFour(const FaceTable& table, quint32 start) {
     const auto* const positions = reinterpret_cast<const float*>(table.positions.bytes);
-    const quint32* corners = table.corners.words + start;
-    fetchPositionsBehind(table, start, count);
-    const FourWindings windings = count == 3 ? quickTriangleWindings(corners, positions)
-                                             : quickQuadrilateralWindings(corners, positions);
+    const quint32* const vertices = table.corners.words + start;
+    fetchPositionsBehind<Count>(table, start);
+    const FourWindings windings = Count == 3 ? quickTriangleWindings(vertices, positions)
+                                             : quickQuadrilateralWindings(vertices, positions);
+    const auto* corners = reinterpret_cast<const int*>(vertices);
     unsigned int* out = _triangles.data() + _used;
-    for (unsigned int face = 0; face < 4; ++face, corners += count) {
-        const auto* const numbers = reinterpret_cast<const int*>(corners);
-        if ((windings.unsure >> face & 1) != 0) {
-            unsigned int* const end = _triangulator.cut(static_cast<int>(count), numbers, positions, out);
-            _uncutFaces += end == out ? 1 : 0;
-            out = end;
-        } else {
-            out = writeFixedPattern(static_cast<int>(count), (windings.clockwise >> face & 1) != 0, numbers,
-                                    out);
+    if (windings.unsure == 0 && windings.clockwise == 0) {
+        out = writeFour<Count, false>(corners, out);
+    } else if (windings.unsure == 0 && windings.clockwise == 0xF) {
+        out = writeFour<Count, true>(corners, out);
+    } else {
+        for (unsigned int face = 0; face < 4; ++face, corners += Count) {
+            if ((windings.unsure >> face & 1) != 0) {
+                unsigned int* const end = _triangulator.cut(Count, corners, positions, out);
+                _uncutFaces += end == out ? 1 : 0;
+                out = end;
+            } else {
+                out = writeFixedPattern(Count, (windings.clockwise >> face & 1) != 0, corners, out);
+            }
         }
     }
     _used = static_cast<quint64>(out - _triangles.data());

@@ -61,8 +61,9 @@ private:
     /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
     /// none.
     bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
-    /// Cuts four faces of `count` corners each, the first of them from corner `start` on.
-    void cutFour(const FaceTable& table, quint32 start, quint32 count);
+    /// Cuts four faces of `Count` corners each, the first of them from corner `start` on.
+    template<int Count>
+    void cutFour(const FaceTable& table, quint32 start);
     unsigned int* cutFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
     unsigned int* cutCopied(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
 
