@@ -167,52 +167,52 @@ protected:
         _scratch.points.append(points.data(), static_cast<int>(points.size()));
         _ring.emplace(static_cast<int>(points.size()), _scratch);
         prepareSearch(static_cast<int>(points.size()), false, _scratch);
-        makeCorners(static_cast<int>(points.size()), false, *_ring);
+        makeCorners(false, *_ring);
     }
-    const PolygonCorner& updated(int corner) {
-        UpdateEar(*_ring, corner);
-        return _scratch.corners[corner];
+    void update(int corner) { UpdateEar(*_ring, corner); }
+    /// The key of a corner that is an ear; zero for any other.
+    EarKey keyOf(int corner) const {
+        const bool isTested = _scratch.corners[corner].isTested;
+        return _ring->keys[corner] != 0 && (isTested || !isBlocked(*_ring, corner)) ? _ring->keys[corner] : 0;
     }
+    bool isEar(int corner) const { return keyOf(corner) != 0; }
     PolygonScratch _scratch;
     std::optional<Ring> _ring;
 };
 
-TEST_F(UpdateEarTest, StoresCrossAndCosineOfTheDirections) {
+TEST_F(UpdateEarTest, ConvexCornerIsAsSharpAsItsCosine) {
     make(planePoints({0, 0, 3, 0, 4, 2, 2, 4, 0, 2}));
-    EXPECT_EQ(updated(0).cross, 1);
-    EXPECT_EQ(updated(0).cosine, 0);
-    EXPECT_TRUE(updated(0).ear);
+    EXPECT_EQ(keyOf(0), earKey(0, 0));
+    EXPECT_EQ(keyOf(1), earKey(dotProduct(normalized(PlanePoint{1, 2}), {-1, 0}), 1));
 }
 
-TEST_F(UpdateEarTest, StoresCrossAndCosineOfAReflexCornerToo) {
+TEST_F(UpdateEarTest, ReflexCornerIsNoEar) {
     make(planePoints({0, 0, 2, 0, 2, 1, 1, 1, 1, 2, 0, 2}));
-    EXPECT_EQ(updated(3).cross, -1);
-    EXPECT_EQ(updated(3).cosine, 0);
-    EXPECT_FALSE(updated(3).ear);
+    EXPECT_FALSE(isEar(3));
 }
 
 TEST_F(UpdateEarTest, StraightCornerIsNoEar) {
     make(planePoints({0, 0, 1, 0, 2, 0, 2, 2, 0, 2}));
-    EXPECT_EQ(updated(1).cross, 0);
-    EXPECT_EQ(updated(1).cosine, -1);
-    EXPECT_FALSE(updated(1).ear);
+    EXPECT_FALSE(isEar(1));
 }
 
 TEST_F(UpdateEarTest, CornerInsideOrOnTheBorderBlocks) {
     make(planePoints({0, 0, 4, 0, 1, 1, 0, 4, -1, 2}));
-    EXPECT_FALSE(updated(0).ear) << "corner 2 lies inside";
+    EXPECT_FALSE(isEar(0)) << "corner 2 lies inside";
     make(planePoints({0, 0, 4, 0, 2, 2, 0, 4, -1, 1, -1, 0}));
-    EXPECT_TRUE(updated(1).ear);
+    EXPECT_TRUE(isEar(1));
     make(planePoints({0, 0, 4, 0, 4, 4, 2, 0, 0, 4}));
-    EXPECT_FALSE(updated(1).cross > 0 && updated(1).ear) << "corner 3 lies on the side";
+    EXPECT_FALSE(isEar(1)) << "corner 3 lies on the side";
 }
 
-TEST_F(UpdateEarTest, InactiveCornerBlocksNothing) {
+TEST_F(UpdateEarTest, CornerClippedBeforeTheUpdateBlocksNothing) {
     make(planePoints({0, 0, 4, 0, 1, 1, 0, 4, -1, 3}));
-    ASSERT_FALSE(_scratch.corners[1].ear && _scratch.corners[0].ear);
-    _scratch.corners[2].active = false;
+    ASSERT_FALSE(isEar(0));
+    _scratch.corners[2].clippedAt = ++_ring->clipped;
     link(*_ring, 1, 3);
-    EXPECT_TRUE(updated(1).ear);
+    EXPECT_FALSE(isEar(0)) << "its neighbours are the same";
+    update(0);
+    EXPECT_TRUE(isEar(0));
 }
 
 TEST_F(UpdateEarTest, EqualsTheLiteralStep) {
@@ -230,9 +230,7 @@ TEST_F(UpdateEarTest, EqualsTheLiteralStep) {
         make(own);
         for (int k = 0; k < p.count(); ++k) {
             Literal::updateEar(corners, points, k);
-            ASSERT_TRUE(same(_scratch.corners[k].cross, corners[k].cross));
-            ASSERT_TRUE(same(_scratch.corners[k].cosine, corners[k].cosine));
-            ASSERT_EQ(_scratch.corners[k].ear, corners[k].ear);
+            ASSERT_EQ(keyOf(k), corners[k].ear ? earKey(corners[k].cosine, k) : 0);
         }
     }
 }

@@ -83,15 +83,18 @@ struct Ring {
     PlanePoint* directions;
     PolygonCorner* corners;
     EarKey* keys;
+    const int count;
     const bool isQueued;
+    int clipped = 0;
 
-    Ring(int count, PolygonScratch& memory)
+    Ring(int cornerCount, PolygonScratch& memory)
         : scratch(memory),
           points(memory.points.constData()),
-          directions(resized(memory.directions, count)),
-          corners(resized(memory.corners, count)),
-          keys(resized(memory.keys, count)),
-          isQueued(isLarge(count)) {}
+          directions(resized(memory.directions, cornerCount)),
+          corners(resized(memory.corners, cornerCount)),
+          keys(resized(memory.keys, cornerCount)),
+          count(cornerCount),
+          isQueued(isLarge(cornerCount)) {}
 
 private:
     template<typename Array>
@@ -101,7 +104,8 @@ private:
     }
 };
 
-/// Whether another corner lies in the triangle that clipping `ear` would cut off.
+/// Whether another corner lay in the triangle that clipping `ear` would cut off when it got its neighbours.
+/// One that is not there any more counts: whether a corner is an ear is told once.
 bool isBlocked(const Ring& ring, int ear) {
     const int after = ring.corners[ear].after;
     const int before = ring.corners[ear].before;
@@ -109,32 +113,48 @@ bool isBlocked(const Ring& ring, int ear) {
                                ring.directions[ear], -ring.directions[before]);
     if (ring.scratch.search == BlockerSearch::kIndex)
         return ring.scratch.blockers.block(triangle);
-    for (int j = ring.corners[after].after; j != before; j = ring.corners[j].after)
-        if (triangle.isBlockedBy(ring.points[j]))
+    const int updatedAt = ring.corners[ear].updatedAt;
+    for (int j = 0; j < ring.count; ++j)
+        if (ring.corners[j].clippedAt > updatedAt && j != ear && j != after && j != before &&
+            triangle.isBlockedBy(ring.points[j]))
             return true;
     return false;
 }
 
+/// Of a small polygon, a convex corner is only tested when it is the sharpest: few of them ever are.
 void UpdateEar(Ring& ring, int i) {
     PolygonCorner& corner = ring.corners[i];
     const PlanePoint toAfter = ring.directions[i];
     const PlanePoint toBefore = -ring.directions[corner.before]; // exact: rounding is symmetrical
-    corner.cross = crossProduct(toAfter, toBefore);
-    corner.cosine = dotProduct(toAfter, toBefore);
-    corner.ear = corner.cross > 0 && (ring.scratch.search == BlockerSearch::kNone || !isBlocked(ring, i));
-    ring.keys[i] = corner.ear ? earKey(corner.cosine, i) : 0;
-    if (corner.ear && ring.isQueued)
+    const bool isConvex = crossProduct(toAfter, toBefore) > 0;
+    corner.updatedAt = ring.clipped;
+    corner.isTested = ring.scratch.search == BlockerSearch::kNone;
+    const bool mayBeEar = isConvex && (corner.isTested || !ring.isQueued || !isBlocked(ring, i));
+    ring.keys[i] = mayBeEar ? earKey(dotProduct(toAfter, toBefore), i) : 0;
+    if (mayBeEar && ring.isQueued)
         ring.scratch.queue.push(ring.keys[i]);
 }
 
-/// The key of the ear to clip next, zero if there is none.
-EarKey sharpestEar(int count, Ring& ring) {
-    EarKey best = 0;
-    if (!ring.isQueued) {
-        for (int i = 0; i < count; ++i)
-            best = std::max(best, ring.keys[i]);
-        return best;
+/// The key of the ear to clip next in a small polygon, zero if there is none.
+EarKey sharpestTestedEar(Ring& ring) {
+    while (true) {
+        const EarKey best = *std::max_element(ring.keys, ring.keys + ring.count);
+        if (best == 0)
+            return 0;
+        const int ear = cornerOf(best);
+        if (ring.corners[ear].isTested || !isBlocked(ring, ear)) {
+            ring.corners[ear].isTested = true;
+            return best;
+        }
+        ring.keys[ear] = 0;
     }
+}
+
+/// The key of the ear to clip next, zero if there is none.
+EarKey sharpestEar(Ring& ring) {
+    if (!ring.isQueued)
+        return sharpestTestedEar(ring);
+    EarKey best = 0;
     std::priority_queue<EarKey>& queue = ring.scratch.queue;
     while (!queue.empty() && best == 0) {
         const EarKey top = queue.top();
@@ -154,7 +174,7 @@ void clipEar(Ring& ring, int ear) {
     const int after = ring.corners[ear].after;
     const int before = ring.corners[ear].before;
     ring.scratch.triangles << before << ear << after;
-    ring.corners[ear].active = false;
+    ring.corners[ear].clippedAt = ++ring.clipped;
     ring.keys[ear] = 0;
     if (ring.scratch.search == BlockerSearch::kIndex)
         ring.scratch.blockers.remove(ear);
@@ -175,20 +195,20 @@ void prepareSearch(int count, bool clockwise, PolygonScratch& scratch) {
     }
 }
 
-void makeCorners(int count, bool clockwise, Ring& ring) {
-    for (int i = 0; i < count; ++i) {
-        const int next = i + 1 < count ? i + 1 : 0;
-        ring.corners[i].active = true;
+void makeCorners(bool clockwise, Ring& ring) {
+    for (int i = 0; i < ring.count; ++i) {
+        const int next = i + 1 < ring.count ? i + 1 : 0;
+        ring.corners[i].clippedAt = PolygonCorner::kNotClipped;
         link(ring, clockwise ? next : i, clockwise ? i : next);
     }
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < ring.count; ++i)
         UpdateEar(ring, i);
 }
 
-void clipAllEars(int count, Ring& ring) {
+void clipAllEars(Ring& ring) {
     PolygonScratch::Triangles& triangles = ring.scratch.triangles;
-    for (int remaining = count; remaining > 3; --remaining) {
-        const EarKey ear = sharpestEar(count, ring);
+    for (int remaining = ring.count; remaining > 3; --remaining) {
+        const EarKey ear = sharpestEar(ring);
         if (ear == 0) {
             QMessageLogger().warning("Unable to triangulate polygon.");
             triangles.clear();
@@ -197,7 +217,7 @@ void clipAllEars(int count, Ring& ring) {
         clipEar(ring, cornerOf(ear));
     }
     int last = 0;
-    while (!ring.corners[last].active)
+    while (ring.corners[last].clippedAt != PolygonCorner::kNotClipped)
         ++last;
     triangles << ring.corners[last].before << last << ring.corners[last].after;
 }
@@ -211,8 +231,8 @@ void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
     } else {
         prepareSearch(count, clockwise, scratch);
         Ring ring(count, scratch);
-        makeCorners(count, clockwise, ring);
-        clipAllEars(count, ring);
+        makeCorners(clockwise, ring);
+        clipAllEars(ring);
     }
 }
 

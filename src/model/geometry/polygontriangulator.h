@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <queue>
 
 #include <QtCore/QVarLengthArray>
@@ -25,10 +26,11 @@ inline const int* fixedPattern(int count, bool clockwise) {
 struct PolygonCorner {
     int after;
     int before;
-    float cross;
-    float cosine;
-    bool active;
-    bool ear;
+    int updatedAt; ///< how many corners were clipped when its neighbours came to be those
+    int clippedAt; ///< how many corners were clipped with it; kNotClipped
+    bool isTested; ///< and found to be an ear
+
+    static constexpr int kNotClipped = std::numeric_limits<int>::max();
 };
 
 /// An ear by its sharpness, the corner number included.
@@ -48,7 +50,7 @@ struct PolygonScratch {
     QVarLengthArray<PlanePoint, 32> points;
     QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the one after it
     QVarLengthArray<PolygonCorner, 32> corners;
-    QVarLengthArray<EarKey, 32> keys;   ///< per corner; zero for one that is no ear
+    QVarLengthArray<EarKey, 32> keys;   ///< per corner; zero for one that is known to be no ear
     QVarLengthArray<int, 96> triangles; ///< corner numbers, three per triangle
     BlockerSearch search = BlockerSearch::kRing;
     std::priority_queue<EarKey> queue; ///< of a large polygon; what is out of date stays until it is met
