@@ -1,11 +1,11 @@
 #include "acceptingcontext.h"
 
 #include <velgl/bufferobject.h>
+#include <velgl/sharedpointer.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "checksum.h"
 #include "layoutsum.h"
-#include "sharedpointer.h"
 
 namespace Atelier::Vel::Bench {
 

@@ -10,12 +10,12 @@
 
 #include <velgl/gpumodel.h>
 #include <velgl/opengldevicecontext.h>
+#include <velgl/sharedpointer.h>
 #include <velgl/texturetoken.h>
 #include <velmodel/modeldataarray.h>
 
 #include "diagnostics.h"
 #include "geometry/normals.h"
-#include "sharedpointer.h"
 #include "streams/streamview.h"
 #include "upload/facecutter.h"
 #include "upload/instanceplans.h"

@@ -1,10 +1,10 @@
 #include <velgl/opengldevicecontext.h>
 
 #include <velgl/bufferobject.h>
+#include <velgl/sharedpointer.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "contexttable.h"
-#include "sharedpointer.h"
 
 namespace Atelier::Vel {
 

@@ -12,7 +12,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Calls `take` with the faces of some runs, many at a time. Returns: false when it did.
+/// Calls `take` with the faces of some runs, many at a time. Returns: false when that returned false.
 template<typename FaceRuns, typename Take>
 bool forFaces(const FaceRuns& runs, const Take& take) {
     std::array<quint32, 2048> faces;

@@ -10,10 +10,10 @@
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/opengldevicecontext.h>
+#include <velgl/sharedpointer.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "diagnostics.h"
-#include "sharedpointer.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
