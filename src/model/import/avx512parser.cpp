@@ -65,12 +65,13 @@ constexpr Bytes fromEnd(unsigned int width) {
     return result;
 }
 
-/// The numbers of two corners, eight bytes for each: first both positions, then what else they have, kind by
-/// kind.
-constexpr Bytes cornerOrder(unsigned int numbers, unsigned int firstCorner) {
+/// The numbers of `corners` corners, eight bytes for each: first their positions, then what else they have,
+/// kind by kind.
+constexpr Bytes cornerOrder(unsigned int numbers, unsigned int firstCorner, unsigned int corners) {
     Bytes result;
-    for (unsigned int i = 0; i < 2 * numbers * 8; ++i)
-        result.bytes[i] = static_cast<std::uint8_t>((firstCorner + i / 8 % 2) * numbers + i / 16);
+    for (unsigned int i = 0; i < corners * numbers * 8; ++i)
+        result.bytes[i] =
+            static_cast<std::uint8_t>((firstCorner + i / 8 % corners) * numbers + i / 8 / corners);
     return result;
 }
 
@@ -366,16 +367,30 @@ VELMODEL_STEP void store(__m128i indices, quint32* to) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), indices);
 }
 
+/// The numbers of four corners, kind by kind.
+template<unsigned int Numbers>
+VELMODEL_STEP __m512i numbersOfFour(const CornersTask& task) {
+    if constexpr (Numbers == 3) {
+        static constexpr Bytes kFirstCorners = cornerOrder(Numbers, 0, 2);
+        static constexpr Bytes kOtherCorners = cornerOrder(Numbers, 2, 2);
+        return joinEights(joinFours(digitsBefore(task, kFirstCorners)),
+                          joinFours(digitsBefore(task, kOtherCorners)));
+    } else {
+        // All of them fit into one register, of which each part comes out twice.
+        const __m512i everyOther = _mm512_set_epi64(6, 4, 2, 0, 6, 4, 2, 0);
+        static constexpr Bytes kAllCorners = cornerOrder(Numbers, 0, 4);
+        const __m512i fours = joinFours(digitsBefore(task, kAllCorners));
+        return _mm512_permutexvar_epi64(everyOther, joinEights(fours, fours));
+    }
+}
+
 /// Makes the indices of corners of `Numbers` numbers each.
 template<unsigned int Numbers>
 VELMODEL_AVX512 void makeIndices(const CornerTasks& tasks, ObjRun& run) {
-    static constexpr Bytes kFirstCorners = cornerOrder(Numbers, 0);
-    static constexpr Bytes kOtherCorners = cornerOrder(Numbers, 2);
     const __m128i none = _mm_set1_epi32(static_cast<int>(kNoIndex));
     for (size_t i = 0; i < tasks.list.size; ++i) {
         const CornersTask& task = tasks.list.items[i];
-        const __m512i numbers = joinEights(joinFours(digitsBefore(task, kFirstCorners)),
-                                           joinFours(digitsBefore(task, kOtherCorners)));
+        const __m512i numbers = numbersOfFour<Numbers>(task);
         // What was 0 is the highest number now, and all others are below kNoIndex.
         const __m512i indices = _mm512_min_epu32(_mm512_sub_epi32(numbers, _mm512_set1_epi32(1)),
                                                  _mm512_set1_epi32(static_cast<int>(kNoIndex)));
