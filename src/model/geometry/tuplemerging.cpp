@@ -42,10 +42,7 @@ void restoreList(const std::vector<CornerAttribute>& attributes, const std::vect
 /// The corners whose tuple names no value of the attribute.
 quint64 countSubstituted(const CornerAttribute& tuples, quint32 cornerCount, const quint32* tupleOfCorner) {
     const auto hasNone = [&tuples](quint32 tuple) { return tuples.valueOf(tuple) == tuples.valueCount; };
-    for (quint32 tuple = 0; tuple < tuples.indexCount; ++tuple)
-        if (hasNone(tuple))
-            return static_cast<quint64>(std::count_if(tupleOfCorner, tupleOfCorner + cornerCount, hasNone));
-    return 0;
+    return static_cast<quint64>(std::count_if(tupleOfCorner, tupleOfCorner + cornerCount, hasNone));
 }
 
 } // namespace
@@ -84,8 +81,11 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes,
                            quint32 cornerCount, const quint32* tupleOfCorner)
     : _tuples(std::move(tuples)), _places(std::move(places)) {
     _tuples->finish();
-    for (const CornerAttribute& attribute : this->tuples(attributes))
-        _substituted.push_back(countSubstituted(attribute, cornerCount, tupleOfCorner));
+    const std::vector<CornerAttribute> corners = this->tuples(attributes);
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const bool allNameValues = _tuples->greatest(_places[i]) < corners[i].valueCount;
+        _substituted.push_back(allNameValues ? 0 : countSubstituted(corners[i], cornerCount, tupleOfCorner));
+    }
 }
 
 std::vector<CornerAttribute> TupleMerging::tuples(const std::vector<CornerAttribute>& attributes) const {

@@ -24,24 +24,34 @@ public:
     void add(const quint32* const* numbers, quint32 count, quint32* out) override {
         _tuples.makeRoom((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _chained.makeRoom(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
-        quint32* tuple = _tuples.items() + quint64{_tupleCount} * (Others + 1);
+        // Copies that writing numbers cannot change.
+        Slot* const slots = _slots.items();
+        quint32 tupleCount = _tupleCount;
+        std::array<quint32, Others + 1> greatest{};
+        quint32* tuple = _tuples.items() + quint64{tupleCount} * (Others + 1);
         for (quint32 i = 0; i < count; ++i) {
             // Look-ups of faces in random order would each wait for memory.
             constexpr quint32 kAhead = 24;
-            prefetch(_slots.items() + numbers[0][std::min(i + kAhead, count - 1)]);
+            prefetch(slots + numbers[0][std::min(i + kAhead, count - 1)]);
             const quint32 first = numbers[0][i];
             Rest others;
             for (std::size_t k = 0; k < Others; ++k)
                 others[k] = numbers[k + 1][i];
-            Slot* const slot = find(first, others);
+            Slot* const slot = find(slots + first, others);
             if (slot->tuple == 0) {
-                slot->tuple = ++_tupleCount;
+                slot->tuple = ++tupleCount;
                 slot->others = others;
                 *tuple++ = first;
                 tuple = std::copy(others.begin(), others.end(), tuple);
+                greatest[0] = std::max(greatest[0], first);
+                for (std::size_t k = 0; k < Others; ++k)
+                    greatest[k + 1] = std::max(greatest[k + 1], others[k]);
             }
             out[i] = slot->tuple - 1;
         }
+        _tupleCount = tupleCount;
+        for (std::size_t k = 0; k <= Others; ++k)
+            _greatest[k] = std::max(_greatest[k], greatest[k]);
     }
 
     void finish() override {
@@ -66,9 +76,8 @@ private:
         return difference == 0;
     }
 
-    /// The slot of the tuple; free when the tuple is new.
-    Slot* find(quint32 first, const Rest& others) {
-        Slot* slot = _slots.items() + first;
+    /// The slot of the tuple, from that of its first number on; free when the tuple is new.
+    Slot* find(Slot* slot, const Rest& others) {
         if (slot->tuple == 0)
             return slot;
         while (!equal(slot->others, others)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 
@@ -32,6 +33,8 @@ public:
     /// The different tuples so far, and their numbers, one tuple after the other.
     quint32 tupleCount() const { return _tupleCount; }
     const quint32* tuples() const { return _tuples.items(); }
+    /// The greatest number at a place of the tuples; 0 where there are none.
+    quint32 greatest(std::size_t place) const { return _greatest[place]; }
     /// Whether this pays yet, after `added` corners of an expected number. It does not where most corners
     /// have tuples of their own or many tuples share a first number.
     bool pays(quint64 added, quint64 expected) const;
@@ -41,6 +44,7 @@ protected:
 
     std::size_t _places;
     quint32 _tupleCount = 0;
+    std::array<quint32, kMostPlaces> _greatest{};
     quint64 _steps = 0; ///< tuples that were looked at in vain
     GrowingList<quint32> _tuples;
 };
