@@ -128,8 +128,8 @@ void measureRound(std::vector<Row>& rows, std::size_t round, const QString& path
 
 void printHeader() {
     std::printf("%-9s %-16s %9s %9s %9s %9s %9s %8s %8s %8s %6s %8s %8s %8s\n", "input", "contestant",
-                "min ms", "median", "max", "cpu ms", "first ms", "ns/corn", "MB/s", "peak MB", "xfile", "x ours", "cpu x",
-                "wanted");
+                "min ms", "median", "max", "cpu ms", "first ms", "ns/corn", "MB/s", "peak MB", "xfile",
+                "x ours", "cpu x", "wanted");
 }
 
 void printRow(const QString& label, const Row& row, const Row* ours, const Expectation& expected,
@@ -143,7 +143,8 @@ void printRow(const QString& label, const Row& row, const Row* ours, const Expec
     const double processor = row.spread(&Sample::processorMilliseconds).median;
     const double peak = double(row.samples.front().peakBytes);
     std::printf("%9.2f %9.2f %9.2f %9.2f %9.2f %8.1f %8.0f %8.1f %6.2f", time.minimum, time.median,
-                time.maximum, processor, row.spread(&Sample::firstMilliseconds).median, time.median * 1e6 / double(expected.corners),
+                time.maximum, processor, row.spread(&Sample::firstMilliseconds).median,
+                time.median * 1e6 / double(expected.corners),
                 double(fileSize) / kMegabyte / (time.median / 1000.0), peak / kMegabyte,
                 peak / double(fileSize));
     if (ours && ours != &row && !ours->samples.empty()) {
