@@ -116,8 +116,8 @@ bool areNear(const quint32* vertices, quint32 other) {
     constexpr int kNearBits = 15;
     const __m128i lowest = _mm_set1_epi32(static_cast<int>(other - (1U << kNearBits)));
     __m128i distances = _mm_setzero_si128();
-    for (int i = 0; i < Fours; ++i) {
-        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(vertices + 4 * i));
+    for (int i = 0; i < Fours; ++i, vertices += 4) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(vertices));
         distances = _mm_or_si128(distances, _mm_sub_epi32(four, lowest));
     }
     const __m128i tooFar = _mm_srli_epi32(distances, kNearBits + 1);
@@ -132,7 +132,7 @@ bool areNear(const quint32* vertices, quint32 other) {
 template<int Count>
 void fetchPositionsBehind(const FaceTable& table, quint32 start) {
     constexpr quint64 kFacesAhead = 16;
-    constexpr quint64 kCorners = 4 * Count;
+    constexpr quint64 kCorners = quint64{4} * Count;
     const quint64 first = start + kFacesAhead * Count;
     if (first + kCorners > table.corners.count)
         return;
