@@ -8,7 +8,9 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
 #include <QtCore/QTextStream>
+#include <QtGui/QImage>
 
 #include <benchmark/benchmark.h>
 
@@ -17,6 +19,7 @@
 #include <velgl/opengldevicecontext.h>
 #include <velmodel/modelbuilder.h>
 #include <velmodel/objloader.h>
+#include <velmodel/textureloader.h>
 
 #include "acceptingcontext.h"
 #include "geometry/normals.h"
@@ -238,6 +241,28 @@ void BM_Upload(benchmark::State& state) {
     reportItems(state, cornerCount());
 }
 BENCHMARK(BM_Upload)->Unit(benchmark::kMicrosecond);
+
+/// A texture that was loaded before.
+void BM_TextureAgain(benchmark::State& state) {
+    QString error;
+    const auto context = OpenGLDeviceContext::createHeadless({}, error);
+    if (!context || !context->makeCurrent()) {
+        state.SkipWithError("no OpenGL");
+        return;
+    }
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("texture.png");
+    QImage image(64, 64, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    image.save(path);
+    if (LoadTexture(path) == nullptr)
+        state.SkipWithError("no texture");
+    for (auto round : state)
+        benchmark::DoNotOptimize(LoadTexture(path));
+    reportItems(state, 1);
+    OpenGLDeviceContext::setCurrent({});
+}
+BENCHMARK(BM_TextureAgain);
 
 } // namespace
 
