@@ -215,9 +215,12 @@ TEST_F(GPUStreamsTest, OneIndexStreamServesAllAttributes) {
 TEST_F(GPUStreamsTest, NoCornersGiveEmptyStreams) {
     faces({0, 0});
     attribute<float>("a", 1, kFloat, {1}, {0});
+    attribute<float>("b", 1, kFloat, {1}, {0});
     build(false);
-    EXPECT_THAT(indices("a"), IsEmpty());
-    EXPECT_THAT(values("a"), IsEmpty());
+    for (const char* name : {"a", "b"}) {
+        EXPECT_THAT(indices(name), IsEmpty());
+        EXPECT_THAT(values(name), IsEmpty());
+    }
     EXPECT_THAT(log.texts(QtDebugMsg), ElementsAre(summary(0, 0, 0)));
 }
 

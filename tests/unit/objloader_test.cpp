@@ -486,6 +486,7 @@ TEST_F(ObjLoaderTest, MergingAsCornersComeLoadsAsLiterally) {
         "vt 0 0\nf 1/1 2/1 3/1\n" + few,
         "vt 0 0\nf 1 2 3\n" + few,
         "vn 0 0 1\n" + few,
+        kTriangle + "vt 0 0\nvn 0 0 1\nf 1/1/1 2/1/1 4/1/1\nv 0 0 1\nf 1/1/1 2/1/1 3/1/1\n",
     };
     const MessageLog log;
     for (const QByteArray& model : models) {

@@ -32,7 +32,7 @@ void restoreList(const std::vector<CornerAttribute>& attributes, const std::vect
                  const TupleNumbering& tuples, quint64 count, quint32* tupleOfCorner) {
     for (std::size_t i = 0; i < attributes.size(); ++i)
         if (attributes[i].indices == tupleOfCorner) {
-            const quint32* const numbers = tuples.tuples() + places[i];
+            const quint32* const numbers = tuples.numbersAt(places[i]);
             std::transform(tupleOfCorner, tupleOfCorner + count, tupleOfCorner,
                            [&](quint32 tuple) { return numbers[quint64{tuple} * tuples.places()]; });
             return;
@@ -91,7 +91,7 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes,
 std::vector<CornerAttribute> TupleMerging::tuples(const std::vector<CornerAttribute>& attributes) const {
     std::vector<CornerAttribute> result = attributes;
     for (std::size_t i = 0; i < result.size(); ++i) {
-        result[i].indices = _tuples->tuples() + _places[i];
+        result[i].indices = _tuples->numbersAt(_places[i]);
         result[i].indexCount = _tuples->tupleCount();
         result[i].indexStep = _tuples->places();
     }

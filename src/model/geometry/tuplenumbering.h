@@ -30,9 +30,12 @@ public:
     virtual void finish() = 0;
 
     std::size_t places() const { return _places; }
-    /// The different tuples so far, and their numbers, one tuple after the other.
+    /// The different tuples so far.
     quint32 tupleCount() const { return _tupleCount; }
-    const quint32* tuples() const { return _tuples.items(); }
+    /// The numbers at one place of all tuples, places() apart; null where there are none.
+    const quint32* numbersAt(std::size_t place) const {
+        return _tupleCount == 0 ? nullptr : _tuples.items() + place;
+    }
     /// The greatest number at a place of the tuples; 0 where there are none.
     quint32 greatest(std::size_t place) const { return _greatest[place]; }
     /// Whether this pays yet, after `added` corners of an expected number. It does not where most corners

@@ -14,14 +14,10 @@ namespace {
 constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max();
 
 /// Room for an array that has outgrown its block. Room that is never used is never touched and costs nothing,
-/// so an array that is long already gets plenty, and soon all there is: it takes its memory twice while it
-/// moves.
+/// so an array that is long already gets all there is: it takes its memory twice while it moves.
 quint64 generousRoom(quint64 bytes) {
     constexpr quint64 kLong = quint64{512} << 10;
-    constexpr quint64 kRoomForLong = quint64{16} << 20;
-    if (bytes > kRoomForLong)
-        return kMaxBytes;
-    return std::max(bytes * 4, bytes < kLong ? 0 : kRoomForLong);
+    return bytes > kLong ? kMaxBytes : bytes * 4;
 }
 
 /// The same where addresses are scarce.

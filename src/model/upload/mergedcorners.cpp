@@ -41,7 +41,7 @@ bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) 
 void MergedCorners::unmerge(int attribute,
                             const std::function<void(const quint32* numbers, quint64 count)>& take) const {
     std::array<quint32, IndexBlock::kSize> block;
-    const quint32* const numbers = _tuples->tuples() + attribute;
+    const quint32* const numbers = _tuples->numbersAt(static_cast<std::size_t>(attribute));
     const WordView corners = WordView::of(_list.data());
     for (quint64 first = 0; first < corners.count; first += block.size()) {
         const quint64 count = std::min<quint64>(block.size(), corners.count - first);
