@@ -159,7 +159,8 @@ private:
     /// By id, then by name.
     std::vector<GroupEntry> groupsInOrder();
 
-    /// Adds `count` faces from number `first` on. Returns: false when there is no such group.
+    /// Adds `count` faces from number `first` on, where the input is not kept. Returns: false when there is
+    /// no such group.
     bool addFaceRun(const QString& name, unsigned int first, unsigned int count);
     /// Gives each face a corner count of its own in _verticesPerFace.
     void listFaceCounts();

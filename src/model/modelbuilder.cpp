@@ -68,10 +68,7 @@ ModelBuilder::~ModelBuilder() = default;
 void ModelBuilder::clear() {
     _materialGroups.clear();
     _verticesPerFace = makeStream(kIndexType, 0);
-    if (_uniformFaces)
-        *_uniformFaces = UniformFaces();
     _vertexAttributes.clear();
-    _mergedCorners.reset();
     _normalsAttributeName.clear();
     _gpuIndices = makeStream(kIndexType, 0);
     _drawCommands.clear();
@@ -211,11 +208,6 @@ void ModelBuilder::listCorners() {
 }
 
 bool ModelBuilder::addFaceRun(const QString& name, unsigned int first, unsigned int count) {
-    if (_keepsInput) {
-        std::vector<unsigned int> faces(count);
-        std::iota(faces.begin(), faces.end(), first);
-        return addFacesToMaterialGroup(name, count, faces.data(), QString());
-    }
     const auto group = _materialGroups.find(name);
     if (group == _materialGroups.end())
         return false;
@@ -265,6 +257,8 @@ bool ModelBuilder::hasFaces() const {
 }
 
 quint32 ModelBuilder::cornerCount() const {
+    if (_mergedCorners)
+        return static_cast<quint32>(_mergedCorners->list()->size());
     if (_uniformFaces)
         return static_cast<quint32>(_uniformFaces->count * _uniformFaces->corners);
     const WordView counts = WordView::of(_verticesPerFace.data());

@@ -1,11 +1,15 @@
 #include <initializer_list>
+#include <numeric>
+#include <vector>
 
 #include <gmock/gmock.h>
 
 #include <velmodel/modelbuilder.h>
+#include <velmodel/modeldataarray.h>
 #include <velmodel/triangulation.h>
 
 #include "literal/literaltriangulation.h"
+#include "singleupload.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
@@ -334,6 +338,66 @@ TEST_F(MaterialGroupsTest, IndicesThatAreRefusedGiveTheGroupUp) {
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral(
                     "Data for the triangle indices refused: a stream holds at most 2147483647 bytes")));
+}
+
+/// Forty thousand faces of `count` corners each, over four positions.
+struct LongMesh {
+    static constexpr quint32 kFaces = 40'000;
+
+    ModelBuilder builder;
+    QVector<unsigned int> starts;
+    QSharedPointer<ModelDataStream> corners = QSharedPointer<ModelDataArray>::create(kUnsignedInt);
+
+    LongMesh(quint32 count, bool uploadsOnce) {
+        if (uploadsOnce)
+            SingleUpload::expect(builder);
+        const std::vector<quint32> counts(kFaces, count);
+        builder.addVertexCountsToFaces(kFaces, counts.data());
+        builder.createMaterialGroup(QStringLiteral("a"), InstanceData(), -1, 0);
+        std::vector<quint32> numbers(kFaces);
+        std::iota(numbers.begin(), numbers.end(), 0U);
+        if (uploadsOnce) {
+            SingleUpload::addFaces(builder, QStringLiteral("a"), 0, kFaces / 2);
+            SingleUpload::addFaces(builder, QStringLiteral("a"), kFaces / 2 + 1, kFaces / 2 - 1);
+        } else {
+            builder.addFacesToMaterialGroup(QStringLiteral("a"), kFaces, numbers.data(), QString());
+        }
+        const quint32 square[] = {0, 1, 2, 3, 4};
+        for (quint32 face = 0; face < kFaces; ++face) {
+            starts.append(face * count);
+            corners->append(count, square);
+        }
+    }
+};
+
+// Indices are handed on many at a time: the first are refused while faces are left.
+TEST_F(MaterialGroupsTest, IndicesThatAreRefusedEarlyGiveTheGroupUpToo) {
+    square();
+    for (const quint32 count : {3U, 4U, 5U})
+        for (const bool uploadsOnce : {false, true}) {
+            LongMesh mesh(count, uploadsOnce);
+            const ModelBuilderAccess meshAccess(mesh.builder);
+            meshAccess.gpuIndices() = QSharedPointer<FullStream>::create(kUnsignedInt, 3U);
+            meshAccess.prepare(QStringLiteral("a"), positions, mesh.corners, mesh.starts);
+            EXPECT_TRUE(meshAccess.gpuIndices().isNull()) << count << ' ' << uploadsOnce;
+        }
+}
+
+TEST_F(MaterialGroupsTest, FacesInRunsGiveWhatListedOnesGive) {
+    square();
+    for (const quint32 count : {3U, 4U, 5U}) {
+        LongMesh listed(count, false);
+        LongMesh inRuns(count, true);
+        for (LongMesh* mesh : {&listed, &inRuns})
+            ModelBuilderAccess(mesh->builder)
+                .prepare(QStringLiteral("a"), positions, mesh->corners, mesh->starts);
+        const auto expected = elements<quint32>(ModelBuilderAccess(listed.builder).gpuIndices());
+        const auto indices = elements<quint32>(ModelBuilderAccess(inRuns.builder).gpuIndices());
+        // All faces are the same, and the runs leave one out.
+        const std::size_t ofFace = std::size_t{3} * (count - 2);
+        EXPECT_EQ(expected.size(), LongMesh::kFaces * ofFace);
+        EXPECT_THAT(indices, ElementsAreArray(expected.data(), expected.size() - ofFace));
+    }
 }
 
 } // namespace

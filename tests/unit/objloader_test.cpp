@@ -512,7 +512,7 @@ TEST_F(ObjLoaderTest, MergingThatStopsPayingLoadsAsLiterally) {
         fan += '\n';
     }
     const MessageLog log;
-    for (const QByteArray& model : {soup, fan, objects(nasty, 1, 30'000, 40'000, 1'000)}) {
+    for (const QByteArray& model : {soup, fan, objects(nasty, 1, 60'000, 40'000, 1'000)}) {
         write(QStringLiteral("model.obj"), model);
         ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))));
     }

@@ -143,11 +143,11 @@ void fetchPositionsBehind(const FaceTable& table, quint32 start) {
         prefetch(table.positions.bytes + vertices[i] * kPositionBytes);
 }
 
-/// The triangles of four faces of the same winding.
-template<int Count, bool IsClockwise>
+/// The triangles of four counter-clockwise faces.
+template<int Count>
 unsigned int* writeFour(const int* corners, unsigned int* out) {
     for (int face = 0; face < 4; ++face, corners += Count)
-        out = writeFixedPattern(Count, IsClockwise, corners, out);
+        out = writeFixedPattern(Count, false, corners, out);
     return out;
 }
 
@@ -231,10 +231,8 @@ void FaceCutter::cutFour(const FaceTable& table, quint32 start) {
                                              : quickQuadrilateralWindings(vertices, positions);
     const auto* corners = reinterpret_cast<const int*>(vertices);
     unsigned int* out = _triangles.data() + _used;
-    if (windings.unsure == 0 && windings.clockwise == 0) {
-        out = writeFour<Count, false>(corners, out);
-    } else if (windings.unsure == 0 && windings.clockwise == 0xF) {
-        out = writeFour<Count, true>(corners, out);
+    if ((windings.unsure | windings.clockwise) == 0) {
+        out = writeFour<Count>(corners, out);
     } else {
         for (unsigned int face = 0; face < 4; ++face, corners += Count) {
             if ((windings.unsure >> face & 1) != 0) {

@@ -67,8 +67,6 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
         return;
     const quint32 cornerCount = this->cornerCount();
-    if (_mergedCorners && _mergedCorners->list()->size() != cornerCount)
-        listCorners();
     QSharedPointer<ModelDataStream> indices =
         _mergedCorners ? _mergedCorners->list() : listToOverwrite(cornerCount);
     const bool overwritesInput = !indices.isNull();
