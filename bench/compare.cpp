@@ -23,7 +23,8 @@ namespace Atelier::Vel::Bench {
 
 namespace {
 
-constexpr int kFewestRounds = 7;
+constexpr int kRounds = 7;
+constexpr int kQuickRounds = 5;
 // A process loads a file once to find its memory, and then as often as the clock needs for such a size.
 constexpr int kLoadsOfFile = 2;
 constexpr int kLoadsOfSmallFile = 21;
@@ -33,7 +34,7 @@ constexpr double kMegabyte = 1e6;
 struct Options {
     bool quick = false;
     bool records = true;
-    int rounds = kFewestRounds;
+    int rounds = kRounds;
     double scale = 1.0;
     QStringList kinds;
     QStringList contestants;
@@ -230,9 +231,9 @@ void warmUp(const QString& directory) {
 Options parsedOptions(const QStringList& arguments) {
     QCommandLineParser parser;
     parser.addHelpOption();
-    parser.addOptions({{"quick", "a tenth of the size"},
+    parser.addOptions({{"quick", "a tenth of the size, and five rounds"},
                        {"no-records", "only the inputs that are compared"},
-                       {"rounds", "rounds to measure", "n", QString::number(kFewestRounds)},
+                       {"rounds", "rounds to measure", "n", QString::number(kRounds)},
                        {"scale", "factor on every size", "x", "1"},
                        {"kinds", "inputs to measure, separated by commas", "list"},
                        {"contestants", "contestants to measure, separated by commas", "list"},
@@ -244,7 +245,7 @@ Options parsedOptions(const QStringList& arguments) {
     Options options;
     options.quick = parser.isSet("quick");
     options.records = !parser.isSet("no-records");
-    options.rounds = parser.value("rounds").toInt();
+    options.rounds = options.quick && !parser.isSet("rounds") ? kQuickRounds : parser.value("rounds").toInt();
     options.scale = parser.value("scale").toDouble();
     options.kinds = parser.value("kinds").split(',', Qt::SkipEmptyParts);
     options.contestants = parser.value("contestants").split(',', Qt::SkipEmptyParts);
