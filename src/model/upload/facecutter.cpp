@@ -6,6 +6,10 @@
 #include <numeric>
 #include <utility>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include <velmodel/modeldataarray.h>
 
 #include "geometry/fourwindings.h"
