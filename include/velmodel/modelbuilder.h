@@ -190,6 +190,11 @@ private:
     bool prepareUpload(const QString& positionAttribute);
     void abandonPreparation();
     void prepareMaterialGroups(const VertexAttribute& position);
+    /// Whether triangles never need more room than the corners before the faces that are still to be cut, so
+    /// that they can be written over those.
+    bool trianglesFollowCorners(const std::vector<GroupEntry>& groups) const;
+    /// An empty stream for triangles.
+    QSharedPointer<ModelDataStream> makeTriangleStream(const QSharedPointer<ModelDataStream>& corners) const;
     void prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
                                        const QSharedPointer<ModelDataStream>& positions,
                                        const QSharedPointer<ModelDataStream>& cornerIndices,
@@ -212,6 +217,7 @@ private:
     std::unique_ptr<UniformFaces> _uniformFaces;   ///< in place of _verticesPerFace
     bool _listsCorners = true;                     ///< attribute by attribute
     std::unique_ptr<MergedCorners> _mergedCorners; ///< of all attributes, in place of their lists
+    bool _overwritesCorners = false;               ///< with the triangles made of them
     std::unique_ptr<FaceCutter> _faceCutter;       ///< working memory while groups are prepared
 };
 

@@ -21,6 +21,7 @@
 #include "upload/instanceplans.h"
 #include "upload/mergedcorners.h"
 #include "upload/modelupload.h"
+#include "upload/overwritingstream.h"
 
 namespace Atelier::Vel {
 
@@ -336,14 +337,40 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
     _faceCutter = std::make_unique<FaceCutter>(_uniformFaces ? FaceCutter::mostIndices(*_uniformFaces)
                                                              : FaceCutter::mostIndices(counts));
-    for (const GroupEntry& group : groupsInOrder()) {
+    const std::vector<GroupEntry> groups = groupsInOrder();
+    const QSharedPointer<ModelDataStream>& corners = position.streams[kGPUIndices];
+    _overwritesCorners = trianglesFollowCorners(groups);
+    for (const GroupEntry& group : groups) {
         if (!_gpuIndices.isNull() && (!isEmpty(group->faces.data()) || group->runs.count != 0))
-            prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues],
-                                          position.streams[kGPUIndices], faceStarts);
+            prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues], corners,
+                                          faceStarts);
         if (!_keepsInput)
             group->runs = FaceRuns(); // in this order, which is that of making, it costs least
     }
+    if (_overwritesCorners && !_gpuIndices.isNull()) {
+        corners->resize(_gpuIndices->size());
+        _gpuIndices = corners;
+    }
     _faceCutter.reset();
+}
+
+bool ModelBuilder::trianglesFollowCorners(const std::vector<GroupEntry>& groups) const {
+    if (_keepsInput || !_uniformFaces || _uniformFaces->corners > 3)
+        return false;
+    quint64 next = 0;
+    return std::all_of(groups.begin(), groups.end(), [&next](const GroupEntry& group) {
+        const FaceRuns& runs = group->runs;
+        const bool follows = runs.count == 0 || (runs.before.empty() && runs.first >= next);
+        next = std::max(next, quint64{runs.first} + runs.count);
+        return follows;
+    });
+}
+
+QSharedPointer<ModelDataStream>
+ModelBuilder::makeTriangleStream(const QSharedPointer<ModelDataStream>& corners) const {
+    if (_overwritesCorners)
+        return shared<ModelDataStream>(std::make_unique<OverwritingStream>(corners));
+    return makeStream(kIndexType, 0);
 }
 
 void ModelBuilder::abandonPreparation() {

@@ -24,6 +24,7 @@ FaultKind armedKind = FaultKind::One;
 std::size_t firstDenied = 0;
 std::size_t requestCount = 0;
 std::size_t grantedCount = 0;
+std::size_t deniedMappingCount = 0;
 std::size_t inUse = 0;
 
 // Functions of Qt 5 that crash or leave a wreck behind when they get no memory: nothing that a library on top
@@ -148,6 +149,7 @@ void free(void* block) {
 extern "C" {
 void* mmap(void* address, size_t bytes, int protection, int flags, int file, off_t offset) noexcept {
     if (isDenied()) {
+        ++deniedMappingCount;
         errno = ENOMEM;
         return MAP_FAILED;
     }
@@ -171,6 +173,7 @@ AllocationFault::AllocationFault(std::size_t first, FaultKind kind) {
     armedKind = kind;
     requestCount = 0;
     grantedCount = 0;
+    deniedMappingCount = 0;
     isArmed = true;
 }
 
@@ -184,6 +187,10 @@ std::size_t AllocationFault::requests() {
 
 std::size_t AllocationFault::granted() {
     return grantedCount;
+}
+
+std::size_t AllocationFault::deniedMappings() {
+    return deniedMappingCount;
 }
 
 std::size_t blocksInUse() {

@@ -24,6 +24,9 @@ public:
     static std::size_t requests();
     /// Those that were to be denied and were not: code of Qt made them that crashes without memory.
     static std::size_t granted();
+    /// Mappings among the denied ones: whoever keeps memory to use it again may give that back and try once
+    /// more.
+    static std::size_t deniedMappings();
 };
 
 /// Blocks of memory and mappings that are taken and not given back.

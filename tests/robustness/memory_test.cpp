@@ -90,7 +90,7 @@ TEST_F(MemoryTest, FewAddressesAreEnough) {
 TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {
     if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
-    const ChildLoad load = loadInChild(_files.repeat("a.obj", kTriangle, "f 1 2 3\n", 5'000'000), [] {
+    const ChildLoad load = loadInChild(_files.repeat("a.obj", kTriangle, "f 1 2 3 1\n", 5'000'000), [] {
         constexpr rlimit kLimit = {quint64{200} << 20, quint64{200} << 20};
         setrlimit(RLIMIT_AS, &kLimit);
     });

@@ -518,6 +518,36 @@ TEST_F(ObjLoaderTest, MergingThatStopsPayingLoadsAsLiterally) {
     }
 }
 
+// Where groups take faces in their order, triangles take the place of the corners that they are made of.
+TEST_F(ObjLoaderTest, GroupsInAnyOrderLoadAsLiterally) {
+    NastyText nasty(16);
+    const MessageLog log;
+    write(QStringLiteral("lib.mtl"), "newmtl a\nnewmtl b\n");
+    const auto faces = [&nasty](int count, int corners) {
+        QByteArray text;
+        for (int face = 0; face < count; ++face) {
+            text += 'f';
+            for (int corner = 0; corner < corners; ++corner)
+                text += ' ' + QByteArray::number(1 + nasty.below(60));
+            text += '\n';
+        }
+        return text;
+    };
+    const QByteArray begin = "mtllib lib.mtl\n" + objects(nasty, 1, 60, 0, 1);
+    for (const int corners : {1, 2, 3}) {
+        const QByteArray few = faces(5'000, corners);
+        const QByteArray many = faces(40'000, corners);
+        for (const QByteArray& model :
+             {many, many + "usemtl a\n" + many + "usemtl b\n" + few, few + "usemtl b\n" + many,
+              few + "usemtl none\n" + many + "usemtl a\n" + many, "usemtl b\n" + few + "usemtl a\n" + many,
+              "usemtl a\n" + many + "usemtl b\n" + few + "usemtl a\n" + many, many + faces(2, 4) + few}) {
+            write(QStringLiteral("model.obj"), begin + model);
+            ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))))
+                << corners << " corners, " << model.size() << " bytes";
+        }
+    }
+}
+
 TEST_F(ObjLoaderTest, ReportCountsCornersWithoutAValueHoweverMerged) {
     const MessageLog log;
     const Loaded merged = load(kTriangle + "vt 0 0\nf 1/1 2/9 3/9\nf 1/1 2/9 3\n");

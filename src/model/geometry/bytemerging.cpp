@@ -1,8 +1,8 @@
 #include "geometry/bytemerging.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
-#include <numeric>
 
 #include "geometry/cornerset.h"
 #include "prefetch.h"
@@ -138,6 +138,8 @@ public:
         : _slotCount(kSlotsPerCorner * quint64{cornerCount} + 1),
           _words((_slotCount / kSlotsPerWord + 1) * sizeof(quint64)) {}
 
+    /// Asks memory for a slot.
+    void fetch(quint32 slot) const { prefetch(_words.as<quint64>() + slot / kSlotsPerWord); }
     quint32 slotOf(quint64 hash) const { return static_cast<quint32>((hash >> 32) * _slotCount >> 32); }
     void count(quint32 slot) {
         quint64& word = _words.as<quint64>()[slot / kSlotsPerWord];
@@ -156,26 +158,49 @@ private:
     ScratchBlock _words;
 };
 
+/// Calls `take` with the bytes of the value of each of `count` corners, in their order. Those of a mesh in no
+/// order lie anywhere: some at a time are asked for before they are needed.
+template<typename CornerAt, typename Take>
+void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, const CornerAt& cornerAt,
+               const Take& take) {
+    const std::vector<unsigned char> zeros(stride);
+    std::array<const unsigned char*, 64> values;
+    for (quint32 first = 0; first < count;) {
+        const quint32 end = first + std::min<quint32>(values.size(), count - first);
+        for (quint32 i = first; i < end; ++i) {
+            const quint64 value = attribute.valueOf(cornerAt(i));
+            values[i - first] =
+                value == attribute.valueCount ? zeros.data() : attribute.values + value * stride;
+            prefetch(values[i - first]);
+        }
+        for (const unsigned char* const* value = values.data(); first < end; ++first, ++value)
+            take(first, *value);
+    }
+}
+
 /// Those of `count` corners whose value in one attribute may have the same bytes as that of another of them,
 /// in their order; all corners that have such a value are among them. `cornerAt` gives the corners. `found`
 /// has room for an entry per corner. Returns: how many were found.
 template<typename CornerAt>
 quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt, quint64 seed,
                      quint32* found) {
-    const std::vector<unsigned char> zeros(attribute.stride);
     DuplicateSieve sieve(count);
+    // Slots lie anywhere, and those of a large mesh in no cache: they are asked for before they are needed.
+    constexpr quint32 kAhead = 32;
     withStride(attribute.stride, [&](auto absorb) {
-        for (quint32 i = 0; i < count; ++i) {
-            const quint64 value = attribute.valueOf(cornerAt(i));
-            const unsigned char* const bytes =
-                value == attribute.valueCount ? zeros.data() : attribute.values + value * absorb.stride();
+        forValues(attribute, absorb.stride(), count, cornerAt, [&](quint32 i, const unsigned char* bytes) {
             found[i] = sieve.slotOf(absorb(seed, bytes));
-            sieve.count(found[i]);
-        }
+            sieve.fetch(found[i]);
+            if (i >= kAhead)
+                sieve.count(found[i - kAhead]);
+        });
     });
+    for (quint32 i = count - std::min(count, kAhead); i < count; ++i)
+        sieve.count(found[i]);
     // Their slots make room for them, without a branch that nobody could foretell.
     quint32 foundCount = 0;
     for (quint32 i = 0; i < count; ++i) {
+        sieve.fetch(found[std::min(i + kAhead, count - 1)]);
         const bool isSuspect = sieve.isShared(found[i]);
         found[foundCount] = cornerAt(i);
         foundCount += isSuspect ? 1 : 0;
@@ -214,27 +239,25 @@ std::vector<CornerAttribute> attributesOf(const std::vector<CornerAttribute>& at
 } // namespace
 
 quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                            quint32* vertexOfCorner, quint32* firstCorner) {
+                            quint32* vertexOfCorner, const std::function<quint32*()>& firstCorners) {
     const auto key = std::max_element(
         attributes.begin(), attributes.end(),
         [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
     if (key == attributes.end() || key->valueCount == 0 || key->stride == 0 || cornerCount > kMostSieved)
-        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorner);
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners());
     const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner);
     const auto count = static_cast<quint32>(suspected.size());
     if (count > cornerCount / 4)
-        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorner);
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners());
 
     std::vector<quint32> numbers;
     std::vector<quint32> group(count);
     std::vector<quint32> firstOfGroup(count);
     const quint32 groups =
         mergeByBytes(attributesOf(attributes, suspected, numbers), count, group.data(), firstOfGroup.data());
-    if (groups == count) {
-        std::iota(vertexOfCorner, vertexOfCorner + cornerCount, quint32{0});
-        std::iota(firstCorner, firstCorner + cornerCount, quint32{0});
+    if (groups == count)
         return cornerCount;
-    }
+    quint32* const firstCorner = firstCorners();
     std::vector<quint32> vertexOfGroup(count);
     quint32 vertices = 0;
     quint32 suspect = 0;
@@ -263,14 +286,10 @@ void gatherValues(const CornerAttribute& attribute, const quint32* corners, quin
                   unsigned char* out) {
     withStride(attribute.stride, [&](auto absorb) {
         const quint64 stride = absorb.stride();
-        unsigned char* target = out;
-        for (quint32 i = 0; i < count; ++i, target += stride) {
-            const quint64 value = attribute.valueOf(corners[i]);
-            if (value == attribute.valueCount)
-                std::memset(target, 0, stride);
-            else
-                std::memcpy(target, attribute.values + value * stride, stride);
-        }
+        const auto cornerAt = [corners](quint32 i) { return corners == nullptr ? i : corners[i]; };
+        forValues(attribute, stride, count, cornerAt, [=](quint32 i, const unsigned char* bytes) {
+            std::memcpy(out + i * stride, bytes, stride);
+        });
     });
 }
 

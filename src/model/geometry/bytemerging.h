@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "geometry/cornerattribute.h"
@@ -16,11 +17,14 @@ quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cor
                      quint32* vertexOfCorner, quint32* firstCorner);
 
 /// The same result, sooner where few corners are alike: only those whose values in the largest attribute
-/// share a hash with others are looked up.
+/// share a hash with others are looked up. `firstCorners` gives the room for the first corner of each vertex.
+/// Where no two corners are alike, each is the vertex of its own number, that room may not be asked for, and
+/// the lists hold nothing of use.
 quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                            quint32* vertexOfCorner, quint32* firstCorner);
+                            quint32* vertexOfCorner, const std::function<quint32*()>& firstCorners);
 
-/// Copies the value of each of the given corners to `out`, one after the other.
+/// Copies the value of each of the given corners, or of the first `count` where those are null, to `out`, one
+/// after the other.
 void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count,
                   unsigned char* out);
 

@@ -18,6 +18,9 @@ public:
 
     void admit(quint64 limit) override {
         _slots.makeRoom(limit, _admitted);
+        // Tuples are seldom more than that, and moving them would cost much; room that is not needed does
+        // not.
+        _tuples.makeRoom(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _admitted = std::max(_admitted, limit);
     }
 

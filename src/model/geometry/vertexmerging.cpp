@@ -81,19 +81,22 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, TupleMergi
 void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner) {
     const quint32 tupleCount = _tuples.tupleCount();
     _attributes = _tuples.tuples(_attributes);
-    _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32),
-                                              ScratchBlock::Content::Unspecified);
+    const auto firstTuples = [&] {
+        _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32),
+                                                  ScratchBlock::Content::Unspecified);
+        return _corners->as<quint32>();
+    };
     const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32),
                                      ScratchBlock::Content::Unspecified);
     auto* const vertices = vertexOfTuple.as<quint32>();
-    _vertexCount = mergeMostlyDistinct(_attributes, tupleCount, vertices, _corners->as<quint32>());
+    _vertexCount = mergeMostlyDistinct(_attributes, tupleCount, vertices, firstTuples);
     if (_vertexCount != tupleCount)
         std::transform(vertexOfCorner, vertexOfCorner + cornerCount, vertexOfCorner,
                        [vertices](quint32 tuple) { return vertices[tuple]; });
 }
 
 void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
-    gatherValues(_attributes[attribute], _corners->as<quint32>(), _vertexCount, out);
+    gatherValues(_attributes[attribute], _corners ? _corners->as<quint32>() : nullptr, _vertexCount, out);
 }
 
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {

@@ -44,7 +44,7 @@ private:
 
     std::vector<CornerAttribute> _attributes; ///< as _corners are numbered: by corner or by tuple
     TupleMerging _tuples;
-    std::unique_ptr<ScratchBlock> _corners; ///< the first corner of each vertex
+    std::unique_ptr<ScratchBlock> _corners; ///< the first of each vertex; null where each is one
     std::vector<quint64> _substituted;
     quint32 _vertexCount = 0;
 };

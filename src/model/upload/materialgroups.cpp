@@ -47,7 +47,7 @@ void ModelBuilder::prepareMaterialGroupForUpload(const QString& groupName, const
             QString::asprintf("Wrong Face type 0x%X, needs to be 0x%X", _verticesPerFace->type(), kIndexType),
             923);
     if (isEmpty(_gpuIndices.data()))
-        _gpuIndices = makeStream(kIndexType, 0);
+        _gpuIndices = makeTriangleStream(cornerIndices);
     if (_gpuIndices.isNull()) {
         abandonPreparation();
         reportMissingStream(QStringLiteral("the triangle indices"));
