@@ -163,7 +163,7 @@ private:
 template<typename CornerAt, typename Take>
 void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, const CornerAt& cornerAt,
                const Take& take) {
-    const std::vector<unsigned char> zeros(stride);
+    const std::vector<unsigned char> zeros(std::max<quint64>(stride, 1)); // a place even for no bytes
     std::array<const unsigned char*, 64> values;
     for (quint32 first = 0; first < count;) {
         const quint32 end = first + std::min<quint32>(values.size(), count - first);
