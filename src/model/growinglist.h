@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include <QtCore/QtGlobal>
@@ -23,14 +24,15 @@ public:
     void makeRoom(quint64 count, quint64 used) {
         if (count <= _room)
             return;
-        constexpr quint64 kLong = (quint64{512} << 10) / sizeof(T);
-        constexpr quint64 kRoomForLong = (quint64{16} << 20) / sizeof(T);
-        const quint64 room = std::max({count, 4 * _room, _room < kLong ? 0 : kRoomForLong});
-        auto block = std::make_unique<ScratchBlock>(room * sizeof(T));
-        if (_block)
-            std::memcpy(block->template as<T>(), items(), std::min(used, _room) * sizeof(T));
-        _block = std::move(block);
-        _room = room;
+        const bool isLong = _room >= kLong;
+        const quint64 room = std::max({count, 4 * _room, isLong ? kRoomForLong : 0});
+        try {
+            moveTo(room, used);
+        } catch (const std::bad_alloc&) {
+            if (!isLong)
+                throw;
+            moveTo(count + count / 2, used); // where addresses are scarce
+        }
     }
 
     void clear() {
@@ -39,6 +41,17 @@ public:
     }
 
 private:
+    static constexpr quint64 kLong = (quint64{512} << 10) / sizeof(T);
+    static constexpr quint64 kRoomForLong = (quint64{16} << 20) / sizeof(T);
+
+    void moveTo(quint64 room, quint64 used) {
+        auto block = std::make_unique<ScratchBlock>(room * sizeof(T));
+        if (_block)
+            std::memcpy(block->template as<T>(), items(), std::min(used, _room) * sizeof(T));
+        _block = std::move(block);
+        _room = room;
+    }
+
     std::unique_ptr<ScratchBlock> _block;
     quint64 _room = 0;
 };

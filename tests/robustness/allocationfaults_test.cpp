@@ -1,6 +1,5 @@
 #include <velmodel/objloader.h>
 
-#include <memory>
 #include <new>
 
 #include <QtCore/QDir>
@@ -9,9 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include <velgl/gpumodel.h>
-
-#include "acceptingcontext.h"
 #include "faultyallocator.h"
 #include "nastytext.h"
 #include "summedload.h"
@@ -47,35 +43,26 @@ private:
     QtMessageHandler _previous;
 };
 
-/// A context that takes every upload.
-class StandInContext {
-public:
-    StandInContext() { OpenGLDeviceContext::setCurrent(Bench::makeAcceptingContext()); }
-    ~StandInContext() { OpenGLDeviceContext::setCurrent({}); }
-    StandInContext(const StandInContext&) = delete;
-    StandInContext& operator=(const StandInContext&) = delete;
-};
-
 /// How a load went that was denied memory.
 struct DeniedLoad {
-    bool isLoaded = false;
     bool isBadAlloc = false;
-    std::size_t requests = 0; ///< that it made in all
+    bool isAsExpected = false; ///< loaded, to the last byte
+    std::size_t requests = 0;  ///< that it made in all
     bool mayGoOn = false; ///< the request was not denied after all, or one for a mapping, to be tried again
 };
 
-DeniedLoad loadDenied(const QString& path, std::size_t first, FaultKind kind) {
-    const StandInContext context;
+DeniedLoad loadDenied(const QString& path, const SummedLoad& expected, std::size_t first, FaultKind kind) {
     DeniedLoad result;
-    QString error;
-    std::unique_ptr<GPUModel> model;
-    try {
-        const AllocationFault fault(first, kind);
-        model.reset(loadModelFromOBJFile(path, error));
-    } catch (const std::bad_alloc&) {
-        result.isBadAlloc = true;
-    }
-    result.isLoaded = model != nullptr;
+    const SummedLoad load = summedLoad(path, [&](const QString& name, QString& error) -> GPUModel* {
+        try {
+            const AllocationFault fault(first, kind);
+            return loadModelFromOBJFile(name, error);
+        } catch (const std::bad_alloc&) {
+            result.isBadAlloc = true;
+            return nullptr;
+        }
+    });
+    result.isAsExpected = load == expected;
     result.requests = AllocationFault::requests();
     result.mayGoOn = AllocationFault::granted() != 0 || AllocationFault::deniedMappings() == 1;
     return result;
@@ -109,15 +96,17 @@ protected:
         const SummedLoad expected = summedLoad(path);
         ASSERT_TRUE(expected.isLoaded);
         // The first exception of a process takes memory that is kept.
-        EXPECT_TRUE(loadDenied(path, 0, kind).isBadAlloc);
-        const std::size_t requests = loadDenied(path, kNever, kind).requests;
+        EXPECT_TRUE(loadDenied(path, expected, 0, kind).isBadAlloc);
+        const DeniedLoad granted = loadDenied(path, expected, kNever, kind);
+        EXPECT_TRUE(granted.isAsExpected);
+        const std::size_t requests = granted.requests;
         ASSERT_GT(requests, kFewRequests);
         const SummedLoad expectedOther = summedLoad(other);
         const std::size_t inUse = blocksInUse();
         const int files = openFiles();
         for (std::size_t first = 0; first < requests; ++first) {
-            const DeniedLoad denied = loadDenied(path, first, kind);
-            ASSERT_TRUE(denied.isBadAlloc || (denied.isLoaded && denied.mayGoOn)) << first;
+            const DeniedLoad denied = loadDenied(path, expected, first, kind);
+            ASSERT_TRUE(denied.isBadAlloc || (denied.isAsExpected && denied.mayGoOn)) << first;
             ASSERT_TRUE(summedLoad(other) == expectedOther) << first;
             ASSERT_EQ(blocksInUse(), inUse) << first;
         }

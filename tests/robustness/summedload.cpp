@@ -4,17 +4,16 @@
 
 #include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
-#include <velmodel/objloader.h>
 
 #include "acceptingcontext.h"
 
 namespace Atelier::Vel::Testing {
 
-SummedLoad summedLoad(const QString& path) {
+SummedLoad summedLoad(const QString& path, const std::function<GPUModel*(const QString&, QString&)>& load) {
     Bench::UploadLog log;
     OpenGLDeviceContext::setCurrent(Bench::makeAcceptingContext(&log));
     SummedLoad result;
-    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, result.error));
+    const std::unique_ptr<GPUModel> model(load(path, result.error));
     OpenGLDeviceContext::setCurrent({});
     result.isLoaded = model != nullptr;
     result.streams = log.streams;

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include <QtCore/QMap>
 #include <QtCore/QString>
+
+#include <velmodel/objloader.h>
 
 namespace Atelier::Vel::Testing {
 
@@ -21,7 +24,11 @@ struct SummedLoad {
     }
 };
 
-/// Loads a model with a context that keeps nothing of what it is given.
-SummedLoad summedLoad(const QString& path);
+/// Loads a model with a context that keeps nothing of what it is given; `load` takes the path and an error.
+SummedLoad summedLoad(
+    const QString& path,
+    const std::function<GPUModel*(const QString&, QString&)>& load = [](const QString& file, QString& error) {
+        return loadModelFromOBJFile(file, error);
+    });
 
 } // namespace Atelier::Vel::Testing

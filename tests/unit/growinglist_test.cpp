@@ -1,0 +1,74 @@
+#include "growinglist.h"
+
+#include <algorithm>
+#include <fstream>
+#include <new>
+#include <vector>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "support/sanitizer.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using List = GrowingList<quint32>;
+
+constexpr quint64 kMebibyte = (quint64{1} << 20) / sizeof(quint32);
+
+/// From now on, this process gets addresses for so many more bytes.
+void leaveAddresses(quint64 bytes) {
+    quint64 pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const quint64 limit = pages * static_cast<quint64>(getpagesize()) + bytes;
+    const rlimit limits = {limit, limit};
+    setrlimit(RLIMIT_AS, &limits);
+}
+
+/// Ends the process with 0 if a list of 10 MiB makes room for 20 with addresses for so many more, 1 if it
+/// says that it cannot and stays as it is, 2 if an item is lost.
+[[noreturn]] void growWithin(quint64 bytes) {
+    constexpr quint64 kUsed = 10 * kMebibyte;
+    List list;
+    list.makeRoom(kUsed, 0);
+    std::fill_n(list.items(), kUsed, 7);
+    leaveAddresses(bytes);
+    int status = 0;
+    try {
+        list.makeRoom(2 * kUsed, kUsed);
+        status = list.items()[2 * kUsed - 1] == 0 ? 0 : 2;
+    } catch (const std::bad_alloc&) {
+        status = 1;
+    }
+    _exit(std::all_of(list.items(), list.items() + kUsed, [](quint32 item) { return item == 7; }) ? status
+                                                                                                  : 2);
+}
+
+} // namespace
+
+TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
+    List list;
+    EXPECT_EQ(list.items(), nullptr);
+    list.makeRoom(3, 0);
+    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 3), testing::Each(0));
+    list.items()[2] = 5;
+    list.makeRoom(2 * kMebibyte, 3);
+    EXPECT_EQ(list.items()[2], 5u);
+    EXPECT_EQ(list.items()[2 * kMebibyte - 1], 0u);
+    list.clear();
+    EXPECT_EQ(list.items(), nullptr);
+}
+
+// Four times the room has no addresses then; one and a half times what is asked for has.
+TEST(GrowingListTest, WhereAddressesAreScarceThereIsLessRoomToSpare) {
+    if (VELMODEL_ADDRESS_SANITIZER)
+        GTEST_SKIP() << "a sanitizer needs the addresses for itself";
+    EXPECT_EXIT(growWithin(quint64{36} << 20), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(growWithin(quint64{16} << 20), testing::ExitedWithCode(1), "");
+}
+
+} // namespace Atelier::Vel
