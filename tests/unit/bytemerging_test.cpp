@@ -1,8 +1,13 @@
 #include "geometry/bytemerging.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <map>
 #include <numeric>
 #include <random>
+#include <string>
 
 #include <gmock/gmock.h>
 
@@ -77,6 +82,88 @@ void expectSameVertices(const std::vector<CornerAttribute>& attributes, quint32 
     const Merged merged = sieved(attributes, cornerCount);
     EXPECT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
     EXPECT_EQ(merged.firstCorner, expected.firstCorner);
+}
+
+/// Values of any width, and a list of corners that use one after the other for a while, then any.
+struct Attribute {
+    std::vector<unsigned char> values;
+    std::vector<quint32> indices;
+    quint64 stride;
+
+    Attribute(std::mt19937& random, quint32 cornerCount, quint64 bytes, quint32 differentValues)
+        : stride(bytes) {
+        const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
+        const quint32 valueCount = cornerCount + 70;
+        for (quint32 value = 0; value < valueCount; ++value) {
+            values.resize(values.size() + bytes);
+            // At both ends: a key has to hold all of a value.
+            std::uint16_t number = static_cast<std::uint16_t>(below(differentValues));
+            std::memcpy(&values[value * bytes], &number, std::min<std::size_t>(bytes, sizeof number));
+            values.back() = static_cast<unsigned char>(below(2));
+        }
+        while (indices.size() < cornerCount - below(2)) {
+            const bool isRun = below(3) == 0;
+            const quint32 first = below(valueCount + 3);
+            for (quint32 i = 0; i < (isRun ? 70 : 20) && indices.size() < cornerCount; ++i)
+                indices.push_back(isRun ? first + i : below(valueCount + 3));
+        }
+    }
+
+    CornerAttribute view() const {
+        CornerAttribute attribute{indices.data(), indices.size()};
+        attribute.values = values.data();
+        attribute.valueCount = values.size() / stride;
+        attribute.stride = stride;
+        return attribute;
+    }
+};
+
+/// The definition: corners are alike when all bytes of all their values are, zeros where they have none.
+Merged mergedPlainly(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+    Merged merged;
+    std::map<std::string, quint32> vertices;
+    for (quint32 corner = 0; corner < cornerCount; ++corner) {
+        std::string bytes;
+        for (const CornerAttribute& attribute : attributes) {
+            const quint64 value = attribute.valueOf(corner);
+            bytes += value == attribute.valueCount
+                         ? std::string(attribute.stride, '\0')
+                         : std::string(attribute.values + value * attribute.stride,
+                                       attribute.values + (value + 1) * attribute.stride);
+        }
+        const auto vertex = vertices.emplace(bytes, static_cast<quint32>(vertices.size()));
+        if (vertex.second)
+            merged.firstCorner.push_back(corner);
+        merged.vertexOfCorner.push_back(vertex.first->second);
+    }
+    return merged;
+}
+
+TEST(ByteMergingTest, CornersWithTheSameBytesAreOneVertex) {
+    std::mt19937 random(62);
+    for (const std::vector<quint64>& strides : {std::vector<quint64>{1},
+                                                {4},
+                                                {12},
+                                                {3, 5},
+                                                {12, 8, 12},
+                                                {16, 4},
+                                                {20, 12},
+                                                {100, 28},
+                                                {100, 29},
+                                                {300}})
+        for (const quint32 differentValues : {2U, 15U, 60000U})
+            for (const quint32 cornerCount : {1U, 31U, 33U, 3000U}) {
+                std::vector<Attribute> attributes;
+                for (const quint64 stride : strides)
+                    attributes.emplace_back(random, cornerCount, stride, differentValues);
+                std::vector<CornerAttribute> views;
+                std::transform(attributes.begin(), attributes.end(), std::back_inserter(views),
+                               [](const Attribute& attribute) { return attribute.view(); });
+                const Merged expected = mergedPlainly(views, cornerCount);
+                const Merged merged = mergedByBytes(views, cornerCount);
+                ASSERT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
+                ASSERT_EQ(merged.firstCorner, expected.firstCorner);
+            }
 }
 
 TEST(ByteMergingTest, SievedCornersMergeAsAllDo) {

@@ -80,7 +80,7 @@ void withStride(quint64 stride, const Work& work) {
     }
 }
 
-/// Corners as keys of a CornerSet: the bytes of their values, compared in place.
+/// Corners as keys of a CornerSet: the bytes of their values.
 class ByteKeys {
 public:
     explicit ByteKeys(const std::vector<CornerAttribute>& attributes) {
@@ -91,17 +91,42 @@ public:
                 continue;
             _attributes.push_back(attribute);
             longest = std::max(longest, attribute.stride);
+            _bytes = std::min(_bytes, kTooWide) + std::min(attribute.stride, kTooWide);
         }
         _zeros.resize(longest);
     }
 
-    void hash(quint32 first, quint32 count, quint64* hashes) const {
+    /// Words of a key; 0 when keys would be too wide to be copied.
+    quint32 words() const { return _bytes < kTooWide ? static_cast<quint32>((_bytes + 7) / 8) : 0; }
+
+    /// Writes the hashes and, if keys are copied, the keys of `count` corners; what a key leaves of its last
+    /// word stays as it is.
+    void read(quint32 first, quint32 count, quint64* hashes, quint64* keys) const {
         std::fill_n(hashes, count, hashSeed());
-        for (const CornerAttribute& attribute : _attributes)
+        const quint64 step = words() * sizeof(quint64);
+        auto* place = reinterpret_cast<unsigned char*>(keys);
+        for (const CornerAttribute& attribute : _attributes) {
             withStride(attribute.stride, [&](auto absorb) {
-                for (quint32 i = 0; i < count; ++i)
-                    hashes[i] = absorb(hashes[i], bytesOf(attribute, first + i, absorb.stride()));
+                const auto take = [&](quint32 i, const unsigned char* bytes) {
+                    hashes[i] = absorb(hashes[i], bytes);
+                    if (step != 0)
+                        std::memcpy(place + i * step, bytes, absorb.stride());
+                };
+                const unsigned char* const run = runOf(attribute, first, count);
+                if (run == nullptr) {
+                    for (quint32 i = 0; i < count; ++i)
+                        take(i, bytesOf(attribute, first + i, absorb.stride()));
+                    return;
+                }
+                for (quint32 i = 0; i < count; ++i) {
+                    const unsigned char* const bytes = run + i * absorb.stride();
+                    prefetchBehind(bytes, kAhead);
+                    take(i, bytes);
+                }
             });
+            if (step != 0)
+                place += attribute.stride;
+        }
     }
 
     bool equal(quint32 a, quint32 b) const {
@@ -122,6 +147,23 @@ public:
     }
 
 private:
+    static constexpr quint64 kTooWide = 129;
+    static constexpr quint64 kAhead = 1024; // bytes
+
+    /// The values of corners that use one after the other, as those of a mesh without shared ones do; null
+    /// when these do not.
+    static const unsigned char* runOf(const CornerAttribute& attribute, quint32 first, quint32 count) {
+        if (attribute.indices == nullptr || attribute.indexStep != 1 ||
+            attribute.indexCount < quint64{first} + count)
+            return nullptr;
+        const quint32* const indices = attribute.indices + first;
+        quint32 difference = 0;
+        for (quint32 i = 0; i < count; ++i)
+            difference |= indices[i] ^ (indices[0] + i);
+        const bool isRun = difference == 0 && quint64{indices[0]} + count <= attribute.valueCount;
+        return isRun ? attribute.values + indices[0] * attribute.stride : nullptr;
+    }
+
     const unsigned char* bytesOf(const CornerAttribute& attribute, quint32 corner, quint64 stride) const {
         const quint64 value = attribute.valueOf(corner);
         return value == attribute.valueCount ? _zeros.data() : attribute.values + value * stride;
@@ -129,6 +171,7 @@ private:
 
     std::vector<CornerAttribute> _attributes;
     std::vector<unsigned char> _zeros;
+    quint64 _bytes = 0; ///< of the values of a corner, up to kTooWide and more
 };
 
 /// Slots of two bits that say whether none, one or several corners hash to them.
@@ -278,7 +321,7 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                      quint32* vertexOfCorner, quint32* firstCorner) {
     const ByteKeys keys(attributes);
-    CornerSet set(cornerCount);
+    CornerSet set(cornerCount, keys.words());
     return set.insertAll(keys, cornerCount, vertexOfCorner, firstCorner);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include <QtCore/QRandomGenerator>
 
@@ -30,20 +31,30 @@ inline quint64 mixWords(quint64 hash, quint64 a, quint64 b) {
 ///
 /// A slot is one 32-bit word: the number plus one, and above it as many bits of the hash as are left, so that
 /// nearly all slots of other corners are passed over without a look at them.
+///
+/// Where corners have many equals, a look-up ends in a comparison with an earlier corner, whose indices and
+/// values lie anywhere. So the keys of the first distinct corners are kept side by side: one place in memory
+/// that is small, in place of up to seven that are not.
 class CornerSet {
 public:
-    /// A set for at most `capacity` corners, 8 bytes for each.
-    explicit CornerSet(quint32 capacity)
+    /// A set for at most `capacity` corners, 8 bytes for each, and keys of `keyWords` words for a quarter of
+    /// them; none are kept when that is 0.
+    CornerSet(quint32 capacity, quint32 keyWords)
         : _slotCount(2 * quint64{capacity} + 1),
           _scratch(_slotCount * sizeof(quint32)),
-          _slots(_scratch.as<quint32>()) {
+          _slots(_scratch.as<quint32>()),
+          _keyWords(keyWords),
+          _keyCapacity(keyWords == 0 ? 0 : capacity / 4),
+          _keyScratch(quint64{_keyCapacity} * keyWords * sizeof(quint64), ScratchBlock::Content::Unspecified),
+          _keys(_keyScratch.as<quint64>()),
+          _blockKeys(std::size_t{kSteps} * kBlock * keyWords) {
         while (_numberMask < capacity)
             _numberMask = _numberMask << 1 | 1;
     }
 
     /// Inserts corners 0 to `count` − 1 in this order. Writes the number of each corner and the first corner
-    /// of each number; returns how many there are. `Keys` hashes runs of corners, compares two, and asks
-    /// memory for the indices and the values of one.
+    /// of each number; returns how many there are. `Keys` hashes runs of corners and copies their keys,
+    /// compares two, and asks memory for the indices and the values of one.
     template<typename Keys>
     quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner) {
         // A look-up goes from the slot to the first corner there, its indices and its values, and each of
@@ -84,14 +95,15 @@ private:
     };
 
     template<typename Keys>
-    void begin(const Keys& keys, Block& block, quint32 first, quint32 count) const {
+    void begin(const Keys& keys, Block& block, quint32 first, quint32 count) {
         block.first = first;
         block.count = std::min(kBlock, count - first);
-        keys.hash(first, block.count, block.hashes.data());
+        keys.read(first, block.count, block.hashes.data(), keysOf(block));
         for (quint32 i = 0; i < block.count; ++i)
             prefetch(_slots + home(block.hashes[i]));
     }
 
+    /// Of those whose keys are kept, there is nothing more to ask for.
     void expect(Block& block, const quint32* firstCorner) const {
         block.expectedCount = 0;
         for (quint32 i = 0; i < block.count; ++i) {
@@ -99,6 +111,10 @@ private:
             if (entry == 0 || (entry & ~_numberMask) != tag(block.hashes[i]))
                 continue;
             const quint32 number = (entry & _numberMask) - 1;
+            if (number < _keyCapacity) {
+                prefetch(keyOf(number));
+                continue;
+            }
             prefetch(firstCorner + number);
             block.expected[block.expectedCount++] = number;
         }
@@ -113,11 +129,19 @@ private:
     template<typename Keys>
     quint32 finish(const Keys& keys, const Block& block, quint32 numbers, quint32* numberOfCorner,
                    quint32* firstCorner) {
-        for (quint32 i = 0; i < block.count; ++i) {
+        const quint64* key = keysOf(block);
+        for (quint32 i = 0; i < block.count; ++i, key += _keyWords) {
             const quint32 corner = block.first + i;
-            const quint32 number = find(keys, corner, block.hashes[i], numbers, firstCorner);
-            if (number == numbers)
+            const auto isEqual = [&](quint32 number) {
+                return number < _keyCapacity ? equalKeys(key, keyOf(number))
+                                             : keys.equal(corner, firstCorner[number]);
+            };
+            const quint32 number = find(block.hashes[i], numbers, isEqual);
+            if (number == numbers) {
+                if (number < _keyCapacity)
+                    std::copy_n(key, _keyWords, keyOf(number));
                 firstCorner[numbers++] = corner;
+            }
             numberOfCorner[corner] = number;
         }
         return numbers;
@@ -126,9 +150,21 @@ private:
     quint64 home(quint64 hash) const { return (hash >> 32) * _slotCount >> 32; }
     quint32 tag(quint64 hash) const { return static_cast<quint32>(hash) & ~_numberMask; }
 
-    /// The number of the corner; takes the free slot for `next` when the corner is new.
-    template<typename Keys>
-    quint32 find(const Keys& keys, quint32 corner, quint64 hash, quint32 next, const quint32* firstCorner) {
+    /// Those of the corners of a block.
+    quint64* keysOf(const Block& block) {
+        return _blockKeys.data() + static_cast<std::size_t>(&block - _blocks.data()) * kBlock * _keyWords;
+    }
+    quint64* keyOf(quint32 number) const { return _keys + quint64{number} * _keyWords; }
+    bool equalKeys(const quint64* a, const quint64* b) const {
+        quint64 difference = 0;
+        for (quint32 i = 0; i < _keyWords; ++i)
+            difference |= a[i] ^ b[i];
+        return difference == 0;
+    }
+
+    /// The number of the corner with that hash; takes the free slot for `next` when the corner is new.
+    template<typename IsEqual>
+    quint32 find(quint64 hash, quint32 next, const IsEqual& isEqual) {
         for (quint64 slot = home(hash);; slot = slot + 1 == _slotCount ? 0 : slot + 1) {
             const quint32 entry = _slots[slot];
             if (entry == 0) {
@@ -136,7 +172,7 @@ private:
                 return next;
             }
             const quint32 number = (entry & _numberMask) - 1;
-            if ((entry & ~_numberMask) == tag(hash) && keys.equal(corner, firstCorner[number]))
+            if ((entry & ~_numberMask) == tag(hash) && isEqual(number))
                 return number;
         }
     }
@@ -145,7 +181,12 @@ private:
     quint32 _numberMask = 1;
     ScratchBlock _scratch;
     quint32* _slots;
+    quint32 _keyWords;
+    quint32 _keyCapacity; ///< keys that are kept are those of numbers below
+    ScratchBlock _keyScratch;
+    quint64* _keys;
     std::array<Block, kSteps> _blocks;
+    std::vector<quint64> _blockKeys;
 };
 
 } // namespace Atelier::Vel

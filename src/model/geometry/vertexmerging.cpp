@@ -16,7 +16,7 @@ class TupleKeys {
 public:
     explicit TupleKeys(const std::vector<CornerAttribute>& attributes) : _attributes(attributes) {}
 
-    void hash(quint32 first, quint32 count, quint64* hashes) const {
+    void read(quint32 first, quint32 count, quint64* hashes, quint64* /*keys*/) const {
         std::fill_n(hashes, count, hashSeed());
         for (quint32 i = 0; i < count; ++i) {
             for (const CornerAttribute& attribute : _attributes)
@@ -102,7 +102,7 @@ void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
 quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
     const ScratchBlock scratch(2 * quint64{cornerCount} * sizeof(quint32),
                                ScratchBlock::Content::Unspecified);
-    CornerSet set(cornerCount);
+    CornerSet set(cornerCount, 0);
     auto* const numbers = scratch.as<quint32>();
     return set.insertAll(TupleKeys(attributes), cornerCount, numbers, numbers + cornerCount);
 }
