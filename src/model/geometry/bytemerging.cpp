@@ -107,22 +107,12 @@ public:
         auto* place = reinterpret_cast<unsigned char*>(keys);
         for (const CornerAttribute& attribute : _attributes) {
             withStride(attribute.stride, [&](auto absorb) {
-                const auto take = [&](quint32 i, const unsigned char* bytes) {
-                    hashes[i] = absorb(hashes[i], bytes);
-                    if (step != 0)
-                        std::memcpy(place + i * step, bytes, absorb.stride());
-                };
-                const unsigned char* const run = runOf(attribute, first, count);
-                if (run == nullptr) {
-                    for (quint32 i = 0; i < count; ++i)
-                        take(i, bytesOf(attribute, first + i, absorb.stride()));
-                    return;
-                }
-                for (quint32 i = 0; i < count; ++i) {
-                    const unsigned char* const bytes = run + i * absorb.stride();
-                    prefetchBehind(bytes, kAhead);
-                    take(i, bytes);
-                }
+                forCorners(attribute, absorb.stride(), first, count,
+                           [&](quint32 i, const unsigned char* bytes) {
+                               hashes[i] = absorb(hashes[i], bytes);
+                               if (step != 0)
+                                   std::memcpy(place + i * step, bytes, absorb.stride());
+                           });
             });
             if (step != 0)
                 place += attribute.stride;
@@ -150,18 +140,35 @@ private:
     static constexpr quint64 kTooWide = 129;
     static constexpr quint64 kAhead = 1024; // bytes
 
-    /// The values of corners that use one after the other, as those of a mesh without shared ones do; null
-    /// when these do not.
-    static const unsigned char* runOf(const CornerAttribute& attribute, quint32 first, quint32 count) {
+    /// Calls `take` with the bytes of the value of each of `count` corners from `first` on, the first of
+    /// which is number 0.
+    template<typename Take>
+    void forCorners(const CornerAttribute& attribute, quint64 stride, quint32 first, quint32 count,
+                    const Take& take) const {
+        if (!isRun(attribute, first, count)) {
+            for (quint32 i = 0; i < count; ++i)
+                take(i, bytesOf(attribute, first + i, stride));
+            return;
+        }
+        const quint64 value = attribute.indices[first];
+        const unsigned char* const bytes = attribute.values + value * stride;
+        const quint64 ahead = std::min(kAhead, (attribute.valueCount - value - count) * stride);
+        for (quint32 i = 0; i < count; ++i) {
+            prefetch(bytes + i * stride + ahead);
+            take(i, bytes + i * stride);
+        }
+    }
+
+    /// Whether corners use one value after the other, as those of a mesh without shared ones do.
+    static bool isRun(const CornerAttribute& attribute, quint32 first, quint32 count) {
         if (attribute.indices == nullptr || attribute.indexStep != 1 ||
             attribute.indexCount < quint64{first} + count)
-            return nullptr;
+            return false;
         const quint32* const indices = attribute.indices + first;
         quint32 difference = 0;
         for (quint32 i = 0; i < count; ++i)
             difference |= indices[i] ^ (indices[0] + i);
-        const bool isRun = difference == 0 && quint64{indices[0]} + count <= attribute.valueCount;
-        return isRun ? attribute.values + indices[0] * attribute.stride : nullptr;
+        return difference == 0 && quint64{indices[0]} + count <= attribute.valueCount;
     }
 
     const unsigned char* bytesOf(const CornerAttribute& attribute, quint32 corner, quint64 stride) const {
