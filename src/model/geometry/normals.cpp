@@ -144,7 +144,7 @@ void storeThree(float* floats, __m128 three) {
 }
 
 void addThree(float* floats, __m128 three) {
-    const __m128 two = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(floats)));
+    const __m128 two = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(floats)));
     const __m128 one = _mm_load_ss(floats + 2);
     _mm_storel_pi(reinterpret_cast<__m64*>(floats), _mm_add_ps(two, three));
     _mm_store_ss(floats + 2, _mm_add_ss(one, _mm_movehl_ps(three, three)));
