@@ -29,23 +29,22 @@ void leaveAddresses(quint64 bytes) {
     setrlimit(RLIMIT_AS, &limits);
 }
 
-/// Ends the process with 0 if a list of 10 MiB makes room for 20 with addresses for so many more, 1 if it
-/// says that it cannot and stays as it is, 2 if an item is lost.
-[[noreturn]] void growWithin(quint64 bytes) {
-    constexpr quint64 kUsed = 10 * kMebibyte;
+/// Ends the process with 0 if a list of so many items makes room for twice as many with addresses for so many
+/// more bytes, 1 if it says that it cannot and stays as it is, 2 if an item is lost.
+[[noreturn]] void growWithin(quint64 used, quint64 bytes) {
     List list;
-    list.makeRoom(kUsed, 0);
-    std::fill_n(list.items(), kUsed, 7);
+    list.makeRoom(used, 0);
+    std::fill_n(list.items(), used, 7);
     leaveAddresses(bytes);
     int status = 0;
     try {
-        list.makeRoom(2 * kUsed, kUsed);
-        status = list.items()[2 * kUsed - 1] == 0 ? 0 : 2;
+        list.makeRoom(2 * used, used);
+        status = list.items()[2 * used - 1] == 0 ? 0 : 2;
     } catch (const std::bad_alloc&) {
         status = 1;
     }
-    _exit(std::all_of(list.items(), list.items() + kUsed, [](quint32 item) { return item == 7; }) ? status
-                                                                                                  : 2);
+    _exit(std::all_of(list.items(), list.items() + used, [](quint32 item) { return item == 7; }) ? status
+                                                                                                 : 2);
 }
 
 } // namespace
@@ -67,8 +66,10 @@ TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
 TEST(GrowingListTest, WhereAddressesAreScarceThereIsLessRoomToSpare) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
-    EXPECT_EXIT(growWithin(quint64{36} << 20), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(growWithin(quint64{16} << 20), testing::ExitedWithCode(1), "");
+    constexpr quint64 kLong = 10 * kMebibyte;
+    EXPECT_EXIT(growWithin(kLong, quint64{36} << 20), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(growWithin(kLong, quint64{16} << 20), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(growWithin(kMebibyte / 3, 0), testing::ExitedWithCode(1), "") << "a short one tries once";
 }
 
 } // namespace Atelier::Vel
