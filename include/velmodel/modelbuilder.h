@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -219,6 +220,7 @@ private:
     std::unique_ptr<MergedCorners> _mergedCorners; ///< of all attributes, in place of their lists
     bool _overwritesCorners = false;               ///< with the triangles made of them
     std::unique_ptr<FaceCutter> _faceCutter;       ///< working memory while groups are prepared
+    std::function<void(int corners)> _cutMeter;    ///< of faces, see SingleUpload; may be empty
 };
 
 } // namespace Atelier::Vel

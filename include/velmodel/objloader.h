@@ -11,7 +11,8 @@ namespace Atelier::Vel {
 
 class GPUModel;
 
-/// Called with the bytes read so far and the size of the file; returns false to cancel.
+/// Called with the bytes read so far and the size of the file, again and again with all of them while faces
+/// are cut; returns false to cancel.
 using LoadProgress = std::function<bool(qint64 bytesDone, qint64 bytesTotal)>;
 
 /// Loads a Wavefront OBJ file with its material libraries into a new model that the caller owns.
@@ -36,10 +37,9 @@ struct LoadReport {
     quint64 triangles = 0;           ///< triangles of all commands
 };
 
-/// The same, telling `progress` (may be empty) a few hundred times at most how far it is, on the calling
-/// thread, and filling `report` (may be null) on success. Cancelling gives null and the error "Loading OBJ
-/// file
-/// '...' was cancelled".
+/// The same, telling `progress` (may be empty) some hundred times how far it is, on the calling thread, and
+/// filling `report` (may be null) on success. Cancelling gives null and the error
+/// "Loading OBJ file '...' was cancelled".
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
 

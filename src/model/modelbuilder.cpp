@@ -335,8 +335,8 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const WordView counts = WordView::of(_verticesPerFace.data());
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
-    _faceCutter = std::make_unique<FaceCutter>(_uniformFaces ? FaceCutter::mostIndices(*_uniformFaces)
-                                                             : FaceCutter::mostIndices(counts));
+    _faceCutter = std::make_unique<FaceCutter>(
+        _uniformFaces ? FaceCutter::mostIndices(*_uniformFaces) : FaceCutter::mostIndices(counts), _cutMeter);
     const std::vector<GroupEntry> groups = groupsInOrder();
     const QSharedPointer<ModelDataStream>& corners = position.streams[kGPUIndices];
     _overwritesCorners = trianglesFollowCorners(groups);

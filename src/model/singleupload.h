@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 #include <velmodel/modelbuilder.h>
 
@@ -19,6 +20,10 @@ struct SingleUpload {
         builder._listsCorners = false;
         builder._uniformFaces = std::make_unique<UniformFaces>();
     }
+
+    /// Has corners counted while faces are cut, each once or twice, more or less. What the meter throws gives
+    /// up the upload; the builder can only be destroyed then.
+    static void meterCuts(ModelBuilder& builder, WorkMeter meter) { builder._cutMeter = std::move(meter); }
 
     /// Adds `count` faces from number `first` on to a group. Returns: false when there is no such group.
     static bool addFaces(ModelBuilder& builder, const QString& group, quint32 first, quint32 count) {

@@ -364,6 +364,57 @@ TEST_F(ObjLoaderTest, ProgressRisesToTheEndInAFewHundredCalls) {
     EXPECT_LE(done.back(), text.size());
 }
 
+/// Polygons of so many corners each, on a parabola: convex, and no two corners alike.
+QByteArray polygons(int count, int corners) {
+    QByteArray text;
+    for (int i = 0; i < corners; ++i) {
+        const double x = 2.0 * i / corners - 1.0;
+        text += "v " + QByteArray::number(x, 'f', 6) + ' ' + QByteArray::number(x * x, 'f', 6) + " 0\n";
+    }
+    QByteArray face = "f";
+    for (int i = 0; i < corners; ++i)
+        face += ' ' + QByteArray::number(i + 1);
+    return text + (face + '\n').repeated(count);
+}
+
+/// Loads until all of the text has been read and progress has been told so many times after that.
+class CancelledCutTest : public ObjLoaderTest {
+protected:
+    void expectCancelledAfter(int tellings, const QByteArray& text) {
+        int told = 0;
+        const Loaded loaded = load(text, [&](qint64 done, qint64 total) {
+            told += done == total ? 1 : 0;
+            return told < tellings;
+        });
+        EXPECT_EQ(told, tellings);
+        EXPECT_EQ(loaded.model, nullptr);
+        EXPECT_EQ(
+            loaded.error,
+            QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path(QStringLiteral("model.obj"))));
+        EXPECT_TRUE(loaded.calls.isEmpty());
+    }
+};
+
+TEST_F(CancelledCutTest, OfALargePolygon) {
+    expectCancelledAfter(10, polygons(1, 20'000));
+}
+
+TEST_F(CancelledCutTest, OfManySmallPolygons) {
+    expectCancelledAfter(5, polygons(3000, 30));
+}
+
+TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
+    for (const QByteArray& text : {polygons(1, 20'000), polygons(20'000, 5)}) {
+        int told = 0;
+        const Loaded loaded = load(text, [&](qint64 done, qint64 total) {
+            told += done == total ? 1 : 0;
+            return true;
+        });
+        ASSERT_NE(loaded.model, nullptr);
+        EXPECT_THAT(told, AllOf(testing::Ge(2), Le(300)));
+    }
+}
+
 TEST_F(ObjLoaderTest, DecimalCommasChangeNothing) {
     write(QStringLiteral("a.mtl"), "newmtl m\nKd 0.5 0.25 1.5\n");
     const QByteArray text = kTriangle + "v 1.5 2.25e0 3\nmtllib a.mtl\nusemtl m\nf 1 2 4\n";

@@ -14,6 +14,9 @@ namespace {
 // Up to this size looking at all corners is faster than an index of them.
 constexpr int kMostCornersUnindexed = 64;
 
+// As many are prepared or clipped before a meter is told.
+constexpr int kCornersPerTelling = 1024;
+
 constexpr quint32 kSignBit = 0x80000000;
 
 bool isLarge(int count) {
@@ -121,6 +124,12 @@ bool isBlocked(const Ring& ring, int ear) {
     return false;
 }
 
+/// To be called for each corner of a large polygon, when it is prepared and when it is clipped.
+void tellMeter(const Ring& ring, int corner) {
+    if (corner % kCornersPerTelling == kCornersPerTelling - 1 && ring.scratch.meter)
+        ring.scratch.meter(kCornersPerTelling / 2);
+}
+
 /// Of a small polygon, a convex corner is only tested when it is the sharpest: few of them ever are.
 void UpdateEar(Ring& ring, int i) {
     PolygonCorner& corner = ring.corners[i];
@@ -154,6 +163,7 @@ EarKey sharpestTestedEar(Ring& ring) {
 EarKey sharpestEar(Ring& ring) {
     if (!ring.isQueued)
         return sharpestTestedEar(ring);
+    tellMeter(ring, ring.clipped);
     EarKey best = 0;
     std::priority_queue<EarKey>& queue = ring.scratch.queue;
     while (!queue.empty() && best == 0) {
@@ -201,8 +211,11 @@ void makeCorners(bool clockwise, Ring& ring) {
         ring.corners[i].clippedAt = PolygonCorner::kNotClipped;
         link(ring, clockwise ? next : i, clockwise ? i : next);
     }
-    for (int i = 0; i < ring.count; ++i)
+    for (int i = 0; i < ring.count; ++i) {
+        if (ring.isQueued)
+            tellMeter(ring, i);
         UpdateEar(ring, i);
+    }
 }
 
 void clipAllEars(Ring& ring) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <limits>
 #include <queue>
+#include <utility>
 
 #include <QtCore/QVarLengthArray>
 #include <QtCore/QVector>
@@ -43,6 +45,10 @@ enum class BlockerSearch {
     kIndex ///< through `blockers`
 };
 
+/// Told now and then by how many corners a long work has come nearer to its end. What it throws gives the
+/// work up.
+using WorkMeter = std::function<void(int corners)>;
+
 /// The working memory of one cut; polygons of up to 32 corners fit in without an allocation.
 struct PolygonScratch {
     using Triangles = QVarLengthArray<int, 96>;
@@ -55,12 +61,16 @@ struct PolygonScratch {
     BlockerSearch search = BlockerSearch::kRing;
     std::priority_queue<EarKey> queue; ///< of a large polygon; what is out of date stays until it is met
     EarBlockers blockers;              ///< of a large polygon
+    WorkMeter meter;                   ///< of large polygons; may be empty
 };
 
 /// Cuts polygons as Triangulate3D does, one after the other, and keeps its working memory between them: once
 /// it is warm, a face costs no allocation.
 class PolygonTriangulator {
 public:
+    /// Has the corners of large polygons counted while they are cut.
+    void setMeter(WorkMeter meter) { _scratch.meter = std::move(meter); }
+
     /// The cut of one polygon: corner numbers (0 to count − 1), three per triangle, valid until the next
     /// call. Empty, after a warning, when the polygon has fewer than three corners or no ear is left.
     const PolygonScratch::Triangles& cornerTriangles(const QVector3D& normal, int count, const int* corners,

@@ -109,6 +109,7 @@ void BuilderFeed::flushCorners() {
     ObjRun& run = *_run;
     if (run.positionIndices.size == 0)
         return;
+    _corners += run.positionIndices.size;
     std::array<SingleUpload::CornerList, 3> lists{};
     std::size_t listCount = 0;
     for (const auto& [attribute, indices] : {std::pair(&_position, &run.positionIndices),

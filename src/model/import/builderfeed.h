@@ -28,6 +28,8 @@ public:
     /// Hands everything on. To be called before groups are made, too: they get no faces from before.
     void flush();
 
+    /// Corners handed on so far.
+    quint64 corners() const { return _corners; }
     /// Faces handed on so far, and those of them whose group did not exist.
     quint64 faces() const { return _faces; }
     quint64 facesWithoutGroup() const { return _facesWithoutGroup; }
@@ -61,6 +63,7 @@ private:
     QString _group;
     size_t _joined = 0;         ///< faces of the run that were offered to their group
     bool _mergesCorners = true; ///< as they come, which spares their lists
+    quint64 _corners = 0;
     quint64 _faces = 0;
     quint64 _facesWithoutGroup = 0;
 };

@@ -1,6 +1,8 @@
 #include <velmodel/objloader.h>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -36,29 +38,35 @@ constexpr unsigned int kTriangles = 4;       // GL_TRIANGLES
 // Progress is told whenever this part of the file has been read.
 constexpr qint64 kProgressSteps = 200;
 
-/// Tells a progress function how far a load is, not too often.
+/// Asks whether to go on with some work, not too often.
 class ProgressMeter {
 public:
-    ProgressMeter(const LoadProgress& progress, qint64 total)
-        : _progress(progress), _total(total), _step(total / kProgressSteps + 1) {}
+    ProgressMeter(qint64 total, std::function<bool(qint64 done)> goesOn)
+        : _goesOn(std::move(goesOn)), _step(total / kProgressSteps + 1) {}
 
-    /// Returns: false when the load is to be cancelled.
+    /// Returns: false when the work is to be given up.
     bool reached(qint64 done) {
-        if (!_progress || done < _nextReport)
+        if (done < _nextReport)
             return true;
         _nextReport = done + _step;
-        return _progress(done, _total);
+        return _goesOn(done);
     }
 
 private:
-    const LoadProgress& _progress;
-    qint64 _total;
+    std::function<bool(qint64 done)> _goesOn;
     qint64 _step;
     qint64 _nextReport = 0;
 };
 
+/// Thrown to give up an upload.
+struct Cancelled {};
+
 QString loadFailure(const QString& path) {
     return QStringLiteral("Failed to load OBJ file '%1'").arg(path);
+}
+
+QString cancellation(const QString& path) {
+    return QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path);
 }
 
 ModelFiles filesOf(const QString& path, const LoadOptions& options) {
@@ -84,7 +92,8 @@ public:
     /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a builder
     /// can take, or `progress` cancels.
     bool readText(const LoadProgress& progress, QString& error);
-    std::unique_ptr<GPUModel> upload();
+    /// Throws Cancelled when `progress` cancels.
+    std::unique_ptr<GPUModel> upload(const LoadProgress& progress);
     LoadReport report() const;
 
 private:
@@ -103,7 +112,7 @@ private:
 };
 
 bool ObjImport::readText(const LoadProgress& progress, QString& error) {
-    ProgressMeter meter(progress, _fileSize);
+    ProgressMeter meter(_fileSize, [&](qint64 done) { return !progress || progress(done, _fileSize); });
     for (; _reader.hasNext(); _reader.next(_feed.run()))
         if (!goesOn(meter, error) || !takeRecord(error))
             return false;
@@ -117,7 +126,7 @@ bool ObjImport::goesOn(ProgressMeter& meter, QString& error) const {
         return false;
     }
     if (!meter.reached(_reader.bytesRead())) {
-        error = QStringLiteral("Loading OBJ file '%1' was cancelled").arg(_path);
+        error = cancellation(_path);
         return false;
     }
     return true;
@@ -140,7 +149,7 @@ bool ObjImport::takeRecord(QString& error) {
     return true;
 }
 
-std::unique_ptr<GPUModel> ObjImport::upload() {
+std::unique_ptr<GPUModel> ObjImport::upload(const LoadProgress& progress) {
     constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     auto model = std::make_unique<GPUModel>();
     InstanceData instance(QStringLiteral("InstanceInfo"));
@@ -148,6 +157,14 @@ std::unique_ptr<GPUModel> ObjImport::upload() {
     // Not a member of the plan, and set all the same: meant.
     instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
     instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
+    ProgressMeter meter(2 * static_cast<qint64>(_feed.corners()),
+                        [&](qint64) { return !progress || progress(_fileSize, _fileSize); });
+    qint64 corners = 0;
+    SingleUpload::meterCuts(_builder, [&](int count) {
+        corners += count;
+        if (!meter.reached(corners))
+            throw Cancelled();
+    });
     _builder.upload(model.get(), instance, QStringLiteral("va_Vertex"), QString(), kStaticDraw, kTriangles);
     return model;
 }
@@ -192,10 +209,15 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
         error = loadFailure(path);
         return nullptr;
     }
-    std::unique_ptr<GPUModel> model = import.upload();
-    if (report != nullptr)
-        *report = import.report();
-    return model.release();
+    try {
+        std::unique_ptr<GPUModel> model = import.upload(progress);
+        if (report != nullptr)
+            *report = import.report();
+        return model.release();
+    } catch (const Cancelled&) {
+        error = cancellation(path);
+        return nullptr;
+    }
 }
 
 } // namespace Atelier::Vel

@@ -157,6 +157,11 @@ unsigned int* writeFour(const int* corners, unsigned int* out) {
 
 } // namespace
 
+FaceCutter::FaceCutter(quint64 expectedIndices, const WorkMeter& meter)
+    : _expectedIndices(expectedIndices), _meter(meter) {
+    _triangulator.setMeter(meter);
+}
+
 bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
     const quint64 faceLimit = table.faceCount();
     const FaceFetcher fetcher(table, faces);
@@ -206,6 +211,8 @@ quint64 FaceCutter::mostIndices(const UniformFaces& faces) {
 bool FaceCutter::flush(ModelDataStream& triangles) {
     if (_used == 0)
         return true;
+    if (_meter)
+        _meter(static_cast<int>(_used / 3));
     const quint64 before = triangles.size();
     auto* const array = before == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
     if (array != nullptr)

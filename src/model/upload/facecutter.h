@@ -41,8 +41,8 @@ struct FaceTable {
 class FaceCutter {
 public:
     /// `expectedIndices` is what room is made for in a stream that is empty yet, if it is one of the
-    /// library's own.
-    explicit FaceCutter(quint64 expectedIndices = 0) : _expectedIndices(expectedIndices) {}
+    /// library's own. `meter`, which may be empty, is told of all corners once or twice, more or less.
+    explicit FaceCutter(quint64 expectedIndices = 0, const WorkMeter& meter = {});
 
     /// Appends the vertex numbers of the triangles of the given faces to `triangles`.
     /// Returns: false when that stream refused them.
@@ -74,6 +74,7 @@ private:
     std::vector<float> _positions;
     quint64 _uncutFaces = 0;
     quint64 _expectedIndices;
+    WorkMeter _meter;
 };
 
 } // namespace Atelier::Vel
