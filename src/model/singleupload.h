@@ -21,8 +21,8 @@ struct SingleUpload {
         builder._uniformFaces = std::make_unique<UniformFaces>();
     }
 
-    /// Has corners counted while faces are cut, each once or twice, more or less. What the meter throws gives
-    /// up the upload; the builder can only be destroyed then.
+    /// Has corners counted while faces are cut, those of large polygons twice. What the meter throws
+    /// gives up the upload; the builder can only be destroyed then.
     static void meterCuts(ModelBuilder& builder, WorkMeter meter) { builder._cutMeter = std::move(meter); }
 
     /// Adds `count` faces from number `first` on to a group. Returns: false when there is no such group.

@@ -403,6 +403,12 @@ TEST_F(CancelledCutTest, OfManySmallPolygons) {
     expectCancelledAfter(5, polygons(3000, 30));
 }
 
+TEST_F(CancelledCutTest, OfPolygonsThatCannotBeCut) {
+    const MessageLog log; // full of them
+    const QByteArray face = "f" + QByteArray(" 1 2").repeated(20) + '\n';
+    expectCancelledAfter(5, kTriangle + face.repeated(2500));
+}
+
 TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
     for (const QByteArray& text : {polygons(1, 20'000), polygons(20'000, 5)}) {
         int told = 0;

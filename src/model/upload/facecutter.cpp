@@ -23,6 +23,9 @@ namespace {
 // Indices are handed on in blocks that stay in the second-level cache.
 constexpr quint64 kBlock = 65536;
 
+// As many are cut before a meter is told.
+constexpr quint64 kCornersPerTelling = 16384;
+
 constexpr quint64 kPositionBytes = 3 * sizeof(float);
 
 // More triangle indices than a stream of the library's own can hold; no polygon is let make them.
@@ -177,6 +180,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
                     cutFour<3>(table, table.startOf(face));
                 else
                     cutFour<4>(table, table.startOf(face));
+                tellMeter(quint64{4} * count);
                 k += 4;
                 continue;
             }
@@ -195,6 +199,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
         unsigned int* const end = cutFace(table, start, count, begin);
         _used += static_cast<quint64>(end - begin);
         _uncutFaces += end == begin ? 1 : 0;
+        tellMeter(count);
     }
     return flush(triangles);
 }
@@ -211,14 +216,21 @@ quint64 FaceCutter::mostIndices(const UniformFaces& faces) {
 bool FaceCutter::flush(ModelDataStream& triangles) {
     if (_used == 0)
         return true;
-    if (_meter)
-        _meter(static_cast<int>(_used / 3));
     const quint64 before = triangles.size();
     auto* const array = before == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
     if (array != nullptr)
         array->reserve(_expectedIndices);
     triangles.append(_used, _triangles.data());
     return triangles.size() == before + std::exchange(_used, 0);
+}
+
+void FaceCutter::tellMeter(quint64 corners) {
+    _untoldCorners += corners;
+    if (_untoldCorners < kCornersPerTelling)
+        return;
+    const auto untold = static_cast<int>(std::exchange(_untoldCorners, 0));
+    if (_meter)
+        _meter(untold);
 }
 
 bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {

@@ -41,7 +41,8 @@ struct FaceTable {
 class FaceCutter {
 public:
     /// `expectedIndices` is what room is made for in a stream that is empty yet, if it is one of the
-    /// library's own. `meter`, which may be empty, is told of all corners once or twice, more or less.
+    /// library's own. `meter`, which may be empty, is told of all corners, and of those of large polygons
+    /// twice.
     explicit FaceCutter(quint64 expectedIndices = 0, const WorkMeter& meter = {});
 
     /// Appends the vertex numbers of the triangles of the given faces to `triangles`.
@@ -58,6 +59,8 @@ public:
 private:
     /// Hands on what is in _triangles. Returns: false when the stream did not take it.
     bool flush(ModelDataStream& triangles);
+    /// Counts corners of faces that have been passed.
+    void tellMeter(quint64 corners);
     /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
     /// none.
     bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
@@ -75,6 +78,7 @@ private:
     quint64 _uncutFaces = 0;
     quint64 _expectedIndices;
     WorkMeter _meter;
+    quint64 _untoldCorners = 0;
 };
 
 } // namespace Atelier::Vel
