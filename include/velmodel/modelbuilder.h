@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <QtCore/QHash>
+#include <QtCore/QSharedData>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -113,25 +114,31 @@ private:
     friend struct ModelBuilderAccess;
     friend struct SingleUpload;
 
-    /// Face numbers as runs of consecutive ones.
-    struct FaceRuns {
+    /// The face numbers of a group: a stream of them or, where the input is not kept, runs of consecutive
+    /// ones. Small for one run, which is what groups have that are many.
+    struct GroupFaces {
         unsigned int first = 0; ///< of the last run
         unsigned int count = 0; ///< of the last run
-        /// The other runs: the first number of each and, where it is not alone, how many follow it, with
-        /// kFollow set.
-        std::vector<unsigned int> before;
+        struct More : QSharedData {
+            /// The other runs: the first number of each and, where it is not alone, how many follow it, with
+            /// kFollow set.
+            std::vector<unsigned int> before;
+            QSharedPointer<ModelDataStream> stream;
+        };
+        QSharedDataPointer<More> more; ///< null where there is neither
         static constexpr unsigned int kFollow = 0x80000000;
 
-        void add(unsigned int firstAdded, unsigned int countAdded);
+        const More& others() const;
+        void addRun(unsigned int firstAdded, unsigned int countAdded);
+        void setStream(const QSharedPointer<ModelDataStream>& stream);
     };
 
     struct MaterialGroup {
         InstanceData material;
         qint32 id;
-        QSharedPointer<ModelDataStream> faces; ///< null where the input is not kept
         quint64 flags;
         QString objectName;
-        FaceRuns runs; ///< the faces where the input is not kept
+        GroupFaces faces;
     };
 
     /// Values and indices are the input; the GPU's are made from them and indexed all by the same list.
@@ -201,7 +208,8 @@ private:
                                        const QSharedPointer<ModelDataStream>& cornerIndices,
                                        const QVector<unsigned int>& faceStarts);
     bool makeNormals(const VertexAttribute& position);
-    std::vector<DrawGroup> drawGroups(quint64 drawKey) const;
+    /// What of a group is drawn; where the input is not kept, the group is gone then.
+    DrawGroup drawGroup(const QString& name);
 
     QSharedPointer<ModelDataStreamAllocator> _allocator;
     QHash<QString, MaterialGroup> _materialGroups;

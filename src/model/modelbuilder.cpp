@@ -102,10 +102,11 @@ void ModelBuilder::createMaterialGroup(const QString& name, const InstanceData& 
     MaterialGroup& group = _materialGroups[name];
     group.material = material;
     group.id = id < 0 ? groupCount : id;
-    group.faces = _keepsInput ? makeStream(kIndexType, 0) : QSharedPointer<ModelDataStream>();
     group.flags = flags;
     group.objectName = QString();
-    group.runs = FaceRuns();
+    group.faces = GroupFaces();
+    if (_keepsInput)
+        group.faces.setStream(makeStream(kIndexType, 0));
 }
 
 int ModelBuilder::materialGroupId(const QString& name) const {
@@ -129,7 +130,7 @@ bool ModelBuilder::addFacesToMaterialGroup(const QString& name, quint64 count, c
         QMessageLogger().warning("adding object '%s'' to material group for object '%s'",
                                  objectName.toLocal8Bit().constData(),
                                  group->objectName.toLocal8Bit().constData());
-    if (!appendTo(group->faces.data(), count, faces))
+    if (!appendTo(group->faces.others().stream.data(), count, faces))
         refuse(QStringLiteral("material group '%1'").arg(name));
     return true;
 }
@@ -212,21 +213,36 @@ bool ModelBuilder::addFaceRun(const QString& name, unsigned int first, unsigned 
     const auto group = _materialGroups.find(name);
     if (group == _materialGroups.end())
         return false;
-    group->runs.add(first, count);
+    group->faces.addRun(first, count);
     return true;
 }
 
-void ModelBuilder::FaceRuns::add(unsigned int firstAdded, unsigned int countAdded) {
+const ModelBuilder::GroupFaces::More& ModelBuilder::GroupFaces::others() const {
+    static const More none;
+    return more ? *more : none;
+}
+
+void ModelBuilder::GroupFaces::addRun(unsigned int firstAdded, unsigned int countAdded) {
     if (count != 0 && firstAdded == first + count) {
         count += countAdded;
         return;
     }
-    if (count != 0)
+    if (count != 0) {
+        if (!more)
+            more = new More;
+        std::vector<unsigned int>& before = more->before;
         before.push_back(first);
-    if (count > 1)
-        before.push_back((count - 1) | kFollow);
+        if (count > 1)
+            before.push_back((count - 1) | kFollow);
+    }
     first = firstAdded;
     count = countAdded;
+}
+
+void ModelBuilder::GroupFaces::setStream(const QSharedPointer<ModelDataStream>& stream) {
+    if (!more)
+        more = new More;
+    more->stream = stream;
 }
 
 void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {
@@ -299,7 +315,9 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
             return;
     }
     for (const quint64 drawKey : sorted(_drawCommands.keys()))
-        upload.addDrawable(*model, drawKey, _drawCommands[drawKey], drawGroups(drawKey));
+        upload.addDrawable(
+            *model, drawKey, _keepsInput ? _drawCommands.value(drawKey) : _drawCommands.take(drawKey),
+            _drawGroupNames.value(drawKey), [this](const QString& name) { return drawGroup(name); });
 }
 
 quint64 ModelBuilder::VertexAttribute::vertexCount() const {
@@ -341,11 +359,12 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
     const QSharedPointer<ModelDataStream>& corners = position.streams[kGPUIndices];
     _overwritesCorners = trianglesFollowCorners(groups);
     for (const GroupEntry& group : groups) {
-        if (!_gpuIndices.isNull() && (!isEmpty(group->faces.data()) || group->runs.count != 0))
+        if (!_gpuIndices.isNull() &&
+            (!isEmpty(group->faces.others().stream.data()) || group->faces.count != 0))
             prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues], corners,
                                           faceStarts);
         if (!_keepsInput)
-            group->runs = FaceRuns(); // in this order, which is that of making, it costs least
+            group->faces = GroupFaces(); // in this order, which is that of making, it costs least
     }
     if (_overwritesCorners && !_gpuIndices.isNull()) {
         corners->resize(_gpuIndices->size());
@@ -359,9 +378,9 @@ bool ModelBuilder::trianglesFollowCorners(const std::vector<GroupEntry>& groups)
         return false;
     quint64 next = 0;
     return std::all_of(groups.begin(), groups.end(), [&next](const GroupEntry& group) {
-        const FaceRuns& runs = group->runs;
-        const bool follows = runs.count == 0 || (runs.before.empty() && runs.first >= next);
-        next = std::max(next, quint64{runs.first} + runs.count);
+        const GroupFaces& faces = group->faces;
+        const bool follows = faces.count == 0 || (faces.others().before.empty() && faces.first >= next);
+        next = std::max(next, quint64{faces.first} + faces.count);
         return follows;
     });
 }
@@ -400,16 +419,14 @@ bool ModelBuilder::makeNormals(const VertexAttribute& position) {
     return true;
 }
 
-std::vector<DrawGroup> ModelBuilder::drawGroups(quint64 drawKey) const {
-    std::vector<DrawGroup> groups;
-    for (const QString& name : _drawGroupNames.value(drawKey)) {
-        const auto group = _materialGroups.constFind(name);
-        if (group != _materialGroups.constEnd())
-            groups.push_back({name, group->objectName, group->material, group->id});
-        else
-            groups.push_back({name, QString(), InstanceData(), 0});
-    }
-    return groups;
+DrawGroup ModelBuilder::drawGroup(const QString& name) {
+    const auto group = _materialGroups.find(name);
+    if (group == _materialGroups.end())
+        return {QString(), InstanceData(), 0};
+    DrawGroup result{group->objectName, group->material, group->id};
+    if (!_keepsInput)
+        _materialGroups.erase(group);
+    return result;
 }
 
 QSharedPointer<ModelDataStream> ModelBuilder::makeStream(unsigned int type, quint64 count) const {

@@ -176,4 +176,18 @@ TEST_F(MemoryTest, GroupsOfOneFace) {
     expectModestPeak(load, QFileInfo(model).size() + QFileInfo(library).size());
 }
 
+// As little text as a group can be made of: nothing in the library may stand there once per group that could
+// do without.
+TEST_F(MemoryTest, GroupsOfOneFaceOfTheShortestText) {
+    const int count = scaled(500'000);
+    const QString library =
+        _files.write("a.mtl", {}, count, [](int i) { return "newmtl m" + QByteArray::number(i) + '\n'; });
+    const QString model = _files.write("a.obj", "mtllib a.mtl\n" + kTriangle, count, [](int i) {
+        return "usemtl m" + QByteArray::number(i) + "\nf 1 2 3\n";
+    });
+    const ChildLoad load = loadInChild(model);
+    EXPECT_EQ(load.commands, count);
+    expectModestPeak(load, QFileInfo(model).size() + QFileInfo(library).size());
+}
+
 } // namespace Atelier::Vel

@@ -252,7 +252,7 @@ TEST_F(MaterialGroupsTest, MissingStreamsGiveAnEmptyCommand) {
     corners.reset();
     prepare("a");
     EXPECT_EQ(command(0, 0).count, 0U);
-    access().groups()[QStringLiteral("a")].faces.reset();
+    access().groups()[QStringLiteral("a")].faces.setStream({});
     prepare("a");
     EXPECT_EQ(command(0, 1).count, 0U);
 }

@@ -108,7 +108,7 @@ TEST(ModelBuilderTest, NegativeIdStandsForTheNumberOfGroups) {
     builder.addFacesToMaterialGroup(QStringLiteral("a"), 1, &face, QString());
     builder.createMaterialGroup(QStringLiteral("a"), InstanceData(), -1, 0);
     EXPECT_EQ(builder.materialGroupId(QStringLiteral("a")), 2);
-    EXPECT_TRUE(ModelBuilderAccess(builder).groups()[QStringLiteral("a")].faces->isEmpty());
+    EXPECT_TRUE(ModelBuilderAccess(builder).groups()[QStringLiteral("a")].faces.others().stream->isEmpty());
 }
 
 TEST(ModelBuilderTest, GivenIdIsKept) {
@@ -128,7 +128,7 @@ TEST(ModelBuilderTest, ReusedGroupNameDropsItsFacesAndObjectName) {
     const auto& group = ModelBuilderAccess(builder).groups()[kGroup];
     EXPECT_EQ(group.material.name(), QStringLiteral("two"));
     EXPECT_EQ(group.id, 2);
-    EXPECT_TRUE(group.faces->isEmpty());
+    EXPECT_TRUE(group.faces.others().stream->isEmpty());
     EXPECT_EQ(builder.materialGroupFlags(kGroup), ~quint64{0});
     EXPECT_TRUE(group.objectName.isNull());
 }
@@ -148,7 +148,7 @@ TEST(ModelBuilderTest, FirstObjectNameStaysAndAnotherIsWarnedAbout) {
     EXPECT_FALSE(message.hasContext);
     const auto& group = ModelBuilderAccess(builder).groups()[kGroup];
     EXPECT_EQ(group.objectName, QStringLiteral("Wand"));
-    EXPECT_THAT(elements<quint32>(group.faces), ElementsAre(3, 4));
+    EXPECT_THAT(elements<quint32>(group.faces.others().stream), ElementsAre(3, 4));
 }
 
 TEST(ModelBuilderTest, NullObjectNameIsNotSetYet) {
@@ -228,7 +228,7 @@ TEST(ModelBuilderTest, AppendingNothingChangesNothing) {
     EXPECT_TRUE(access.verticesPerFace()->isEmpty());
     EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kValues]->isEmpty());
     EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kIndices]->isEmpty());
-    EXPECT_TRUE(access.groups()[kGroup].faces->isEmpty());
+    EXPECT_TRUE(access.groups()[kGroup].faces.others().stream->isEmpty());
 }
 
 TEST(ModelBuilderTest, RemovalsOfVerticesDoNothing) {
@@ -307,7 +307,7 @@ TEST(ModelBuilderTest, AllocatorThatGivesNothingLeavesNullStreams) {
     EXPECT_FALSE(builder.isValid());
     EXPECT_TRUE(access.verticesPerFace().isNull());
     EXPECT_TRUE(access.gpuIndices().isNull());
-    EXPECT_TRUE(access.groups()[kGroup].faces.isNull());
+    EXPECT_TRUE(access.groups()[kGroup].faces.others().stream.isNull());
     EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kValues].isNull());
 }
 

@@ -12,14 +12,6 @@ namespace Atelier::Vel {
 
 namespace {
 
-// A name that is null is what stands for none anyhow.
-void setName(QHash<int, QString>& names, int command, const QString& name) {
-    if (!name.isNull())
-        names.insert(command, name);
-    else
-        names.remove(command);
-}
-
 // Every command is drawn `times` times as often.
 void multiplyInstances(DrawBuffers& buffers, int times) {
     QVector<DrawElementsIndirectCommand> commands = buffers.drawElementsIndirectCommands();
@@ -70,12 +62,12 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
 
 void GPUModel::addMaterialName(int drawable, int command, const QString& name) {
     if (ModelDrawable* known = _data->find(drawable))
-        setName(known->materialNames, command, name);
+        known->materialNames.set(command, name);
 }
 
 void GPUModel::addObjectName(int drawable, int command, const QString& name) {
     if (ModelDrawable* known = _data->find(drawable))
-        setName(known->objectNames, command, name);
+        known->objectNames.set(command, name);
 }
 
 int GPUModel::drawableCount() const {
@@ -104,12 +96,12 @@ quint64 GPUModel::key(int drawable) const {
 
 QString GPUModel::materialName(int drawable, int command) const {
     const ModelDrawable* known = _data->find(drawable);
-    return known ? known->materialNames.value(command) : QString();
+    return known ? known->materialNames.of(command) : QString();
 }
 
 QString GPUModel::objectName(int drawable, int command) const {
     const ModelDrawable* known = _data->find(drawable);
-    return known ? known->objectNames.value(command) : QString();
+    return known ? known->objectNames.of(command) : QString();
 }
 
 GPUModel::Bounds GPUModel::bounds(const QString& positionAttribute) {

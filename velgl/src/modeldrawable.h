@@ -3,11 +3,12 @@
 #include <memory>
 #include <vector>
 
-#include <QtCore/QHash>
 #include <QtCore/QString>
 
 #include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
+
+#include "commandnames.h"
 
 namespace Atelier::Vel {
 
@@ -36,8 +37,8 @@ struct ModelDrawable {
     std::unique_ptr<InstanceDataCollection> materials;
     std::unique_ptr<InstanceDataCollection> instances;
     quint64 key = 0;
-    QHash<int, QString> materialNames;
-    QHash<int, QString> objectNames;
+    CommandNames materialNames;
+    CommandNames objectNames;
     std::vector<TextureRun> runs; ///< of the commands as they were drawn last
     const InstanceDataPlan* runsPlan = nullptr;
 };

@@ -1,5 +1,9 @@
 #include <velgl/gpumodel.h>
 
+#include <limits>
+#include <random>
+
+#include <QtCore/QMap>
 #include <QtCore/QPointer>
 
 #include <gtest/gtest.h>
@@ -83,6 +87,25 @@ TEST(GPUModelTest, NamesBelongToDrawableAndCommand) {
     EXPECT_TRUE(model.materialName(0, 1).isNull());
     EXPECT_EQ(model.objectName(0, 0), QStringLiteral("cube"));
     EXPECT_TRUE(model.objectName(1, 0).isNull());
+}
+
+TEST(GPUModelTest, NamesComeInAnyOrder) {
+    GPUModel model;
+    model.add(new DrawBuffers, 1, nullptr, nullptr, 0);
+    QMap<int, QString> expected;
+    std::mt19937 random(3);
+    for (int i = 0; i < 2000; ++i) {
+        const int command = static_cast<int>(random() % 14) - 2;
+        const QString name = random() % 4 == 0 ? QString() : QString::number(i);
+        model.addMaterialName(0, command, name);
+        expected[command] = name;
+        for (int other = -3; other < 13; ++other) {
+            ASSERT_EQ(model.materialName(0, other), expected.value(other));
+            ASSERT_EQ(model.materialName(0, other).isNull(), expected.value(other).isNull());
+        }
+    }
+    model.addObjectName(0, std::numeric_limits<int>::max(), QStringLiteral("last"));
+    EXPECT_EQ(model.objectName(0, std::numeric_limits<int>::max()), QStringLiteral("last"));
 }
 
 TEST(GPUModelTest, NumbersOutOfRangeAnswerWithNothing) {

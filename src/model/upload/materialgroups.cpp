@@ -12,9 +12,9 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Calls `take` with the faces of some runs, many at a time. Returns: false when that returned false.
-template<typename FaceRuns, typename Take>
-bool forFaces(const FaceRuns& runs, const Take& take) {
+/// Calls `take` with the faces of a group, many at a time. Returns: false when that returned false.
+template<typename GroupFaces, typename Take>
+bool forFaces(const GroupFaces& group, const Take& take) {
     std::array<quint32, 2048> faces;
     quint64 used = 0;
     const auto hasTaken = [&] { return take(WordView{faces.data(), std::exchange(used, 0)}); };
@@ -26,13 +26,16 @@ bool forFaces(const FaceRuns& runs, const Take& take) {
         }
         return true;
     };
-    for (std::size_t i = 0; i < runs.before.size(); ++i) {
-        const quint32 first = runs.before[i];
-        const bool isAlone = i + 1 == runs.before.size() || (runs.before[i + 1] & FaceRuns::kFollow) == 0;
-        if (!hasTakenRun(first, isAlone ? 1 : (runs.before[++i] & ~FaceRuns::kFollow) + 1))
+    if (!take(WordView::of(group.others().stream.data())))
+        return false;
+    const std::vector<quint32>& before = group.others().before;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const quint32 first = before[i];
+        const bool isAlone = i + 1 == before.size() || (before[i + 1] & GroupFaces::kFollow) == 0;
+        if (!hasTakenRun(first, isAlone ? 1 : (before[++i] & ~GroupFaces::kFollow) + 1))
             return false;
     }
-    return hasTakenRun(runs.first, runs.count) && hasTaken();
+    return hasTakenRun(group.first, group.count) && hasTaken();
 }
 
 } // namespace
@@ -64,7 +67,7 @@ void ModelBuilder::prepareMaterialGroupForUpload(const QString& groupName, const
     FaceCutter& cutter = _faceCutter ? *_faceCutter : local;
     const quint64 uncutBefore = cutter.uncutFaces();
     const auto cut = [&](const WordView& faces) { return cutter.cut(table, faces, *_gpuIndices); };
-    if (!cut(WordView::of(group.faces.data())) || !forFaces(group.runs, cut)) {
+    if (!forFaces(group.faces, cut)) {
         abandonPreparation();
         reportRefusedData(QStringLiteral("the triangle indices"));
         return;

@@ -112,15 +112,17 @@ bool ModelUpload::addAttribute(const QString& name, ModelDataStream& values, int
     return true;
 }
 
-void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
-                              const QVector<DrawElementsIndirectCommand>& commands,
-                              const std::vector<DrawGroup>& groups) const {
+// Of what stands once per group, no more is held at a time than has to be: groups may be many.
+void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElementsIndirectCommand> commands,
+                              const QVector<QString>& names,
+                              const std::function<DrawGroup(const QString& name)>& groupOf) const {
     auto drawable = std::make_unique<DrawBuffers>(nullptr);
     drawable->setVAO(_context.createVertexArrayObject());
     drawable->setIndexedDraw(_indexBuffer, _indexCount, _indexType);
     drawable->setVertexCount(static_cast<unsigned int>(_vertexCount));
     drawable->setPrimitiveType(_options.primitiveType);
     drawable->setDrawElementsIndirectCommands(commands.constData(), commands.size());
+    commands = {};
     const QSharedPointer<VertexArrayObject> vao = drawable->VAO();
     if (vao.isNull())
         reportMissingObject(QStringLiteral("the vertex array of a drawable, which draws nothing"));
@@ -130,7 +132,12 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
 
     QList<InstanceData> materials;
     QList<InstanceData> instances;
-    for (const DrawGroup& group : groups) {
+    std::vector<std::pair<int, QString>> objectNames; // where there is one
+    instances.reserve(names.size());
+    for (int i = 0; i < names.size(); ++i) {
+        const DrawGroup group = groupOf(names[i]);
+        if (!group.objectName.isNull())
+            objectNames.emplace_back(i, group.objectName);
         instances.append(_options.instanceData);
         if (_options.groupIdMember.isNull())
             materials.append(group.material);
@@ -142,10 +149,10 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey,
     auto instanceCollection = makeCollection(_options.instanceData.name(), instances);
     const int index =
         model.add(drawable.release(), 1, materialCollection.release(), instanceCollection.release(), drawKey);
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        model.addMaterialName(index, static_cast<int>(i), groups[i].name);
-        model.addObjectName(index, static_cast<int>(i), groups[i].objectName);
-    }
+    for (int i = 0; i < names.size(); ++i)
+        model.addMaterialName(index, i, names[i]);
+    for (const auto& [command, name] : objectNames)
+        model.addObjectName(index, command, name);
 }
 
 } // namespace Atelier::Vel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include <QtCore/QSharedPointer>
@@ -17,9 +18,8 @@ class GPUModel;
 class InstanceDataCollection;
 class OpenGLDeviceContext;
 
-/// One material group as it is drawn.
+/// What of a material group is drawn.
 struct DrawGroup {
-    QString name;
     QString objectName;
     InstanceData material;
     qint32 id = 0;
@@ -43,9 +43,11 @@ public:
     bool addIndices(ModelDataStream& indices, quint64 vertexCount, ModelDataStreamAllocator& allocator);
     /// Returns: false, after a warning, when that cannot be done.
     bool addAttribute(const QString& name, ModelDataStream& values, int components);
-    /// Adds one drawable to `model`; `groups` belong to `commands` one by one.
-    void addDrawable(GPUModel& model, quint64 drawKey, const QVector<DrawElementsIndirectCommand>& commands,
-                     const std::vector<DrawGroup>& groups) const;
+    /// Adds one drawable to `model`; `names` are those of the material groups of `commands`, one by one, and
+    /// `groupOf` is asked once for each of them.
+    void addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElementsIndirectCommand> commands,
+                     const QVector<QString>& names,
+                     const std::function<DrawGroup(const QString& name)>& groupOf) const;
 
 private:
     struct Attribute {

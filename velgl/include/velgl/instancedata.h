@@ -2,6 +2,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
+#include <QtCore/QSharedData>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -17,7 +18,7 @@ class VELGL_EXPORT InstanceData {
 public:
     explicit InstanceData(const QString& name = QString());
 
-    const QString& name() const { return _name; }
+    const QString& name() const { return content().name; }
 
     /// Stores a copy of `size` bytes under `member`, replacing an earlier value of that name.
     void set(const QString& member, const void* data, unsigned long long size);
@@ -28,19 +29,19 @@ public:
     /// Drops all values and textures; the name stays.
     void clear();
 
-    bool hasValue(const QString& member) const { return _values.contains(member); }
+    bool hasValue(const QString& member) const { return content().values.contains(member); }
     /// The bytes stored under `member`; empty when there are none.
-    QByteArray value(const QString& member) const { return _values.value(member); }
+    QByteArray value(const QString& member) const { return content().values.value(member); }
     /// Names of all values, sorted.
-    QStringList valueNames() const { return _values.keys(); }
+    QStringList valueNames() const { return content().values.keys(); }
 
-    bool hasTexture(const QString& member) const { return _textures.contains(member); }
+    bool hasTexture(const QString& member) const { return content().textures.contains(member); }
     /// The path stored under `member`; null when there is none or a texture object is stored.
-    QString texturePath(const QString& member) const { return _textures.value(member).path; }
+    QString texturePath(const QString& member) const { return content().textures.value(member).path; }
     /// The texture object stored under `member`; null when there is none or a path is stored.
-    Texture* texture(const QString& member) const { return _textures.value(member).object; }
+    Texture* texture(const QString& member) const { return content().textures.value(member).object; }
     /// Names of all textures, sorted.
-    QStringList textureNames() const { return _textures.keys(); }
+    QStringList textureNames() const { return content().textures.keys(); }
 
 private:
     struct TextureReference {
@@ -48,9 +49,21 @@ private:
         Texture* object = nullptr;
     };
 
-    QString _name;
-    QMap<QString, QByteArray> _values;
-    QMap<QString, TextureReference> _textures;
+    struct Content : QSharedData {
+        QString name;
+        QMap<QString, QByteArray> values;
+        QMap<QString, TextureReference> textures;
+    };
+
+    const Content& content() const;
+    /// A content of its own, to be changed.
+    Content& ownContent();
+
+    // One pointer, so that lists hold it in place: there is one in them for every command that is drawn. Null
+    // without a name and without content.
+    QSharedDataPointer<Content> _content;
 };
 
 } // namespace Atelier::Vel
+
+Q_DECLARE_TYPEINFO(Atelier::Vel::InstanceData, Q_MOVABLE_TYPE);
