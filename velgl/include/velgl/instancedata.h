@@ -18,7 +18,7 @@ class VELGL_EXPORT InstanceData {
 public:
     explicit InstanceData(const QString& name = QString());
 
-    const QString& name() const { return content().name; }
+    QString name() const { return content().name; }
 
     /// Stores a copy of `size` bytes under `member`, replacing an earlier value of that name.
     void set(const QString& member, const void* data, unsigned long long size);
