@@ -52,6 +52,19 @@ std::unique_ptr<InstanceDataCollection> makeCollection(const QString& name,
     return items.isEmpty() ? nullptr : std::make_unique<InstanceDataCollection>(name, items);
 }
 
+/// Numbers of commands and the names of their objects, in order; those without a name are left out.
+using ObjectNames = std::vector<std::pair<int, QString>>;
+
+void addNames(GPUModel& model, int drawable, const QVector<QString>& materialNames,
+              const ObjectNames& objectNames) {
+    auto next = objectNames.cbegin();
+    for (int command = 0; command < materialNames.size(); ++command) {
+        const bool hasObjectName = next != objectNames.cend() && next->first == command;
+        model.addMaterialName(drawable, command, materialNames[command]);
+        model.addObjectName(drawable, command, hasObjectName ? (next++)->second : QString());
+    }
+}
+
 } // namespace
 
 ModelUpload::ModelUpload(OpenGLDeviceContext& context, UploadOptions options)
@@ -116,23 +129,24 @@ bool ModelUpload::addAttribute(const QString& name, ModelDataStream& values, int
 void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElementsIndirectCommand> commands,
                               const QVector<QString>& names,
                               const std::function<DrawGroup(const QString& name)>& groupOf) const {
+    const QSharedPointer<VertexArrayObject> vao = _context.createVertexArrayObject();
     auto drawable = std::make_unique<DrawBuffers>(nullptr);
-    drawable->setVAO(_context.createVertexArrayObject());
+    drawable->setVAO(vao);
     drawable->setIndexedDraw(_indexBuffer, _indexCount, _indexType);
     drawable->setVertexCount(static_cast<unsigned int>(_vertexCount));
     drawable->setPrimitiveType(_options.primitiveType);
     drawable->setDrawElementsIndirectCommands(commands.constData(), commands.size());
     commands = {};
-    const QSharedPointer<VertexArrayObject> vao = drawable->VAO();
     if (vao.isNull())
         reportMissingObject(QStringLiteral("the vertex array of a drawable, which draws nothing"));
     else
         for (const Attribute& attribute : _attributes)
-            vao->registerBO(attribute.name, attribute.buffer, attribute.components, attribute.type);
+            drawable->VAO()->registerBO(attribute.name, attribute.buffer, attribute.components,
+                                        attribute.type);
 
     QList<InstanceData> materials;
     QList<InstanceData> instances;
-    std::vector<std::pair<int, QString>> objectNames; // where there is one
+    ObjectNames objectNames;
     instances.reserve(names.size());
     for (int i = 0; i < names.size(); ++i) {
         const DrawGroup group = groupOf(names[i]);
@@ -149,10 +163,7 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElem
     auto instanceCollection = makeCollection(_options.instanceData.name(), instances);
     const int index =
         model.add(drawable.release(), 1, materialCollection.release(), instanceCollection.release(), drawKey);
-    for (int i = 0; i < names.size(); ++i)
-        model.addMaterialName(index, i, names[i]);
-    for (const auto& [command, name] : objectNames)
-        model.addObjectName(index, command, name);
+    addNames(model, index, names, objectNames);
 }
 
 } // namespace Atelier::Vel
