@@ -59,10 +59,12 @@ struct DrawBuffers::Data {
     unsigned int primitiveType = GL_TRIANGLES;
     QVector<Command> commands;
     GLNames indirect;
+    quint64 checkedBytes = 0; // of the indices that the commands in `indirect` were checked against
     RefusalReport report{"Draw commands of"};
     int checkedCount = 0; // commands at the front that OpenGL was seen to draw, or to refuse
 
     QString label() const { return vao ? vao->label() : QString(); }
+    quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
     const GLName* indirectIn(const ContextGL& gl);
     QVector<Command> safeCommands() const;
     bool canDraw() const;
@@ -72,7 +74,7 @@ struct DrawBuffers::Data {
 QVector<Command> DrawBuffers::Data::safeCommands() const {
     quint64 available = quint64(std::max(indexCount, 0));
     if (const int size = scalarSize(indexType))
-        available = std::min(available, (indices ? indices->byteCount() : 0) / quint64(size));
+        available = std::min(available, indexBytes() / quint64(size));
     QVector<Command> safe = commands;
     int refused = 0;
     for (Command& command : safe) {
@@ -88,6 +90,10 @@ QVector<Command> DrawBuffers::Data::safeCommands() const {
 }
 
 const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
+    if (const quint64 bytes = indexBytes(); bytes != checkedBytes) {
+        indirect = {};
+        checkedBytes = bytes;
+    }
     if (const GLName* name = indirect.find(*gl.group()))
         return name;
     const QVector<Command> safe = safeCommands();
@@ -105,7 +111,7 @@ const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
 bool DrawBuffers::Data::canDraw() const {
     const bool knowsIndices =
         indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
-    return vao && indices && knowsIndices && indices->name() != 0 && indices->byteCount() > 0;
+    return vao && indices && knowsIndices && indices->name() != 0 && indexBytes() > 0;
 }
 
 DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
@@ -181,20 +187,23 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
 
 void DrawBuffers::draw(int first, int count) {
     const ContextGL* gl = ContextGL::current();
+    const qint64 end = std::min<qint64>(qint64(first) + count, _data->commands.size());
     first = std::max(first, 0);
-    count = std::min(count, _data->commands.size() - first);
     const GLuint program = gl ? currentVertexProgram() : 0;
-    if (program == 0 || count <= 0 || !_data->canDraw())
+    if (program == 0 || end <= first || !_data->canDraw())
         return;
     const GLName* indirect = _data->indirectIn(*gl);
+    if (!indirect)
+        return;
+    count = static_cast<int>(end - first);
     // Only once, since the answer makes a driver wait for what it does on its side.
     std::optional<DrawCheck> check;
-    if (indirect && first + count > _data->checkedCount) {
+    if (first + count > _data->checkedCount) {
         check.emplace(_data->label());
         _data->checkedCount = first + count;
     }
     _data->vao->setIndexBuffer(_data->indices);
-    if (indirect && _data->vao->bind()) {
+    if (_data->vao->bind()) {
         const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());
         // Without draw parameters the shader learns each command's number from the uniform alone.
         const int step = gl->features().drawParameters ? count : 1;
@@ -205,8 +214,8 @@ void DrawBuffers::draw(int first, int count) {
             const auto* start = reinterpret_cast<const void*>(offset);
             glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType, start, step, 0);
         }
-        _data->vao->unbind();
     }
+    _data->vao->unbind();
 }
 
 } // namespace Atelier::Vel

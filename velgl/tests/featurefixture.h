@@ -1,5 +1,7 @@
 #pragma once
 
+#include <epoxy/gl.h>
+
 #include <ostream>
 
 #include "support/glfixture.h"
@@ -24,6 +26,12 @@ constexpr DriverKind kDriverKinds[] = {
 /// A test that runs once for every kind of driver. In a file: `INSTANTIATE_FOR_DRIVERS(NameOfTheTest)`.
 class FeatureFixture : public GLFixture, public ::testing::WithParamInterface<DriverKind> {
 protected:
+    /// Whether the context has the feature, which the driver may lack as well.
+    static bool hasDrawParameters() {
+        return GetParam().drawParameters &&
+               (epoxy_gl_version() >= 46 || epoxy_has_gl_extension("GL_ARB_shader_draw_parameters"));
+    }
+
     OpenGLDeviceContext::HeadlessOptions options() const override {
         OpenGLDeviceContext::HeadlessOptions options;
         options.debug = true;

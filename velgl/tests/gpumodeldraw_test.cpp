@@ -18,54 +18,14 @@
 #include <velgl/texturemanager.h>
 #include <velgl/vertexarrayobject.h>
 
-#include "featurefixture.h"
+#include "scenefixture.h"
 #include "support/messagelog.h"
-#include "testscene.h"
 
 namespace Atelier::Vel::Testing {
 
 namespace {
 
-constexpr int kCellSize = 8;
-
-class GPUModelDrawTest : public FeatureFixture {
-protected:
-    void SetUp() override {
-        FeatureFixture::SetUp();
-        registerTestPlans();
-        _program = sceneProgram();
-        ASSERT_TRUE(_program);
-    }
-    void TearDown() override {
-        TextureManager::Instance().setLoader({});
-        _program.reset();
-        FeatureFixture::TearDown();
-    }
-
-    // The colours of a row's triangles, black where none was drawn.
-    QList<QColor> drawnColors(GPUModel& model, int cells) {
-        Framebuffer picture(QSize(cells * kCellSize, kCellSize));
-        picture.begin();
-        {
-            const AutoBinder binder(_program.get());
-            model.draw();
-        }
-        const QImage pixels = picture.pixels();
-        QList<QColor> colors;
-        for (int cell = 0; cell < cells; ++cell)
-            colors << pixels.pixelColor(cell * kCellSize + 2, kCellSize / 2);
-        return colors;
-    }
-
-    std::unique_ptr<Program> _program;
-};
-
-QList<QColor> opaque(std::initializer_list<Qt::GlobalColor> names) {
-    QList<QColor> colors;
-    for (const Qt::GlobalColor name : names)
-        colors << QColor(name);
-    return colors;
-}
+class GPUModelDrawTest : public SceneFixture {};
 
 } // namespace
 
@@ -308,7 +268,7 @@ TEST_P(GPUModelDrawTest, StorageHoldsThePackedItems) {
 TEST_P(GPUModelDrawTest, NothingIsDrawnWithoutAProgram) {
     GPUModel model;
     addRow(model, opaque({Qt::red}));
-    Framebuffer picture(QSize(kCellSize, kCellSize));
+    Framebuffer picture(QSize(8, 8));
     picture.begin();
     model.draw();
     EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::black));
@@ -329,7 +289,7 @@ TEST_P(GPUModelDrawTest, ProgramPipelineDrawsLikeAProgram) {
     glBindProgramPipeline(pipeline);
     GPUModel model;
     model.add(triangleRow(1), 1, nullptr, nullptr, 0);
-    Framebuffer picture(QSize(kCellSize, kCellSize));
+    Framebuffer picture(QSize(8, 8));
     picture.begin();
     model.draw();
     EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::green));

@@ -122,6 +122,20 @@ std::unique_ptr<Program> sceneProgram() {
     return program;
 }
 
+std::unique_ptr<Program> commandProgram() {
+    const QByteArray version = "#version 430 core\n";
+    QString error;
+    std::unique_ptr<Program> program = Program::fromSource(
+        version + shaderInterface(ShaderStage::Vertex, {}) +
+            "in vec3 va_Vertex;\nflat out int command;\n"
+            "void main() { command = velglCommand(); gl_Position = vec4(va_Vertex, 1.0); }\n",
+        version + "flat in int command;\nout vec4 pixel;\n"
+                  "void main() { pixel = vec4(float(command + 1) * 10.0 / 255.0, 0.0, 0.0, 1.0); }\n",
+        error);
+    EXPECT_TRUE(program) << error.toStdString();
+    return program;
+}
+
 void addRow(GPUModel& model, const QList<QColor>& colors) {
     QList<InstanceData> materials;
     QList<InstanceData> instances;

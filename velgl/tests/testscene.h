@@ -54,6 +54,9 @@ extern const char* const kSceneFragmentShader;
 /// "color", mixed with the textures that the material has.
 std::unique_ptr<Program> sceneProgram();
 
+/// A program that paints with the number of the command: red is 10 for the first one, 20 for the second.
+std::unique_ptr<Program> commandProgram();
+
 /// One drawable: a row with one command, material and instance per triangle.
 void addRow(GPUModel& model, const QList<QColor>& colors);
 

@@ -1,0 +1,190 @@
+#include "glhooks.h"
+
+#include <EGL/egl.h>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+DrawHook* drawHook = nullptr;
+const std::function<void()>* beforeTransfer = nullptr;
+NameCount* nameCount = nullptr;
+
+// libepoxy's own pointers do not serve: those that were not called yet replace themselves, and with them the
+// hook.
+template<typename Function>
+Function realFunction(const char* name) {
+    return reinterpret_cast<Function>(eglGetProcAddress(name));
+}
+
+} // namespace
+
+DrawHook::DrawHook(std::function<void()> beforeDraw)
+    : _beforeDraw(std::move(beforeDraw)), _before(glMultiDrawElementsIndirect) {
+    drawHook = this;
+    glMultiDrawElementsIndirect = draw;
+}
+
+DrawHook::~DrawHook() {
+    glMultiDrawElementsIndirect = _before;
+    drawHook = nullptr;
+}
+
+void DrawHook::draw(GLenum mode, GLenum type, const void* indirect, GLsizei count, GLsizei stride) {
+    static const auto real = realFunction<PFNGLMULTIDRAWELEMENTSINDIRECTPROC>("glMultiDrawElementsIndirect");
+    drawHook->_calls.push_back({mode, type, reinterpret_cast<quintptr>(indirect), count, stride});
+    if (drawHook->_beforeDraw)
+        drawHook->_beforeDraw();
+    real(mode, type, indirect, count, stride);
+}
+
+PixelHook::PixelHook(std::function<void()> transfer)
+    : _beforeTransfer(std::move(transfer)), _texImage2D(glTexImage2D), _getTexImage(glGetTexImage) {
+    beforeTransfer = &_beforeTransfer;
+    glTexImage2D = [](GLenum target, GLint level, GLint internalFormat, GLsizei width, GLsizei height,
+                      GLint border, GLenum format, GLenum type, const void* pixels) {
+        static const auto real = realFunction<PFNGLTEXIMAGE2DPROC>("glTexImage2D");
+        (*beforeTransfer)();
+        real(target, level, internalFormat, width, height, border, format, type, pixels);
+    };
+    glGetTexImage = [](GLenum target, GLint level, GLenum format, GLenum type, void* pixels) {
+        static const auto real = realFunction<PFNGLGETTEXIMAGEPROC>("glGetTexImage");
+        (*beforeTransfer)();
+        real(target, level, format, type, pixels);
+    };
+}
+
+PixelHook::~PixelHook() {
+    glTexImage2D = _texImage2D;
+    glGetTexImage = _getTexImage;
+    beforeTransfer = nullptr;
+}
+
+namespace {
+
+using GenNames = void(APIENTRY*)(GLsizei count, GLuint* names);
+using DeleteNames = void(APIENTRY*)(GLsizei count, const GLuint* names);
+
+constexpr char kBuffer[] = "buffer";
+constexpr char kVertexArray[] = "vertex array";
+constexpr char kTexture[] = "texture";
+constexpr char kShader[] = "shader";
+constexpr char kProgram[] = "program";
+
+constexpr char kGenBuffers[] = "glGenBuffers";
+constexpr char kCreateBuffers[] = "glCreateBuffers";
+constexpr char kDeleteBuffers[] = "glDeleteBuffers";
+constexpr char kGenVertexArrays[] = "glGenVertexArrays";
+constexpr char kDeleteVertexArrays[] = "glDeleteVertexArrays";
+constexpr char kGenTextures[] = "glGenTextures";
+constexpr char kDeleteTextures[] = "glDeleteTextures";
+constexpr char kDeleteShader[] = "glDeleteShader";
+constexpr char kDeleteProgram[] = "glDeleteProgram";
+
+template<const char* kKind, const char* kFunction>
+void APIENTRY countMade(GLsizei count, GLuint* names) {
+    static const auto real = realFunction<GenNames>(kFunction);
+    real(count, names);
+    nameCount->note(kKind, count, names, 1);
+}
+
+template<const char* kKind, const char* kFunction>
+void APIENTRY countDeleted(GLsizei count, const GLuint* names) {
+    static const auto real = realFunction<DeleteNames>(kFunction);
+    nameCount->note(kKind, count, names, -1);
+    real(count, names);
+}
+
+template<const char* kKind, const char* kFunction>
+void APIENTRY countOneDeleted(GLuint name) {
+    static const auto real = realFunction<PFNGLDELETESHADERPROC>(kFunction);
+    nameCount->note(kKind, 1, &name, -1);
+    real(name);
+}
+
+GLuint APIENTRY countShader(GLenum stage) {
+    static const auto real = realFunction<PFNGLCREATESHADERPROC>("glCreateShader");
+    const GLuint name = real(stage);
+    nameCount->note(kShader, 1, &name, 1);
+    return name;
+}
+
+GLuint APIENTRY countProgram() {
+    static const auto real = realFunction<PFNGLCREATEPROGRAMPROC>("glCreateProgram");
+    const GLuint name = real();
+    nameCount->note(kProgram, 1, &name, 1);
+    return name;
+}
+
+} // namespace
+
+/// As libepoxy holds them.
+struct NameCount::Functions {
+    PFNGLGENBUFFERSPROC genBuffers = glGenBuffers;
+    PFNGLCREATEBUFFERSPROC createBuffers = glCreateBuffers;
+    PFNGLDELETEBUFFERSPROC deleteBuffers = glDeleteBuffers;
+    PFNGLGENVERTEXARRAYSPROC genVertexArrays = glGenVertexArrays;
+    PFNGLDELETEVERTEXARRAYSPROC deleteVertexArrays = glDeleteVertexArrays;
+    PFNGLGENTEXTURESPROC genTextures = glGenTextures;
+    PFNGLDELETETEXTURESPROC deleteTextures = glDeleteTextures;
+    PFNGLCREATESHADERPROC createShader = glCreateShader;
+    PFNGLDELETESHADERPROC deleteShader = glDeleteShader;
+    PFNGLCREATEPROGRAMPROC createProgram = glCreateProgram;
+    PFNGLDELETEPROGRAMPROC deleteProgram = glDeleteProgram;
+};
+
+void NameCount::use(const Functions& functions) {
+    glGenBuffers = functions.genBuffers;
+    glCreateBuffers = functions.createBuffers;
+    glDeleteBuffers = functions.deleteBuffers;
+    glGenVertexArrays = functions.genVertexArrays;
+    glDeleteVertexArrays = functions.deleteVertexArrays;
+    glGenTextures = functions.genTextures;
+    glDeleteTextures = functions.deleteTextures;
+    glCreateShader = functions.createShader;
+    glDeleteShader = functions.deleteShader;
+    glCreateProgram = functions.createProgram;
+    glDeleteProgram = functions.deleteProgram;
+}
+
+NameCount::NameCount() : _before(std::make_unique<Functions>()) {
+    nameCount = this;
+    Functions counting;
+    counting.genBuffers = countMade<kBuffer, kGenBuffers>;
+    counting.createBuffers = countMade<kBuffer, kCreateBuffers>;
+    counting.deleteBuffers = countDeleted<kBuffer, kDeleteBuffers>;
+    counting.genVertexArrays = countMade<kVertexArray, kGenVertexArrays>;
+    counting.deleteVertexArrays = countDeleted<kVertexArray, kDeleteVertexArrays>;
+    counting.genTextures = countMade<kTexture, kGenTextures>;
+    counting.deleteTextures = countDeleted<kTexture, kDeleteTextures>;
+    counting.createShader = countShader;
+    counting.deleteShader = countOneDeleted<kShader, kDeleteShader>;
+    counting.createProgram = countProgram;
+    counting.deleteProgram = countOneDeleted<kProgram, kDeleteProgram>;
+    use(counting);
+}
+
+NameCount::~NameCount() {
+    use(*_before);
+    nameCount = nullptr;
+}
+
+void NameCount::note(const char* kind, GLsizei count, const GLuint* names, int change) {
+    for (GLsizei i = 0; i < count; ++i)
+        _live[{QString::fromLatin1(kind), names[i]}] += change;
+    if (change > 0)
+        _made += count;
+}
+
+QStringList NameCount::imbalance() const {
+    QStringList names;
+    for (const auto& [name, count] : _live)
+        if (count != 0)
+            names << QStringLiteral("%1 %2%3")
+                         .arg(name.first)
+                         .arg(name.second)
+                         .arg(count > 0 ? QString() : QStringLiteral(" deleted too often"));
+    return names;
+}
+
+} // namespace Atelier::Vel::Testing
