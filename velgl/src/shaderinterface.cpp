@@ -7,7 +7,10 @@ namespace Atelier::Vel {
 
 namespace {
 
-const char kCommandNumber[] = R"(#extension GL_ARB_shader_draw_parameters : enable
+// Drivers report an extension that they lack, so it is enabled only where they have it.
+const char kCommandNumber[] = R"(#ifdef GL_ARB_shader_draw_parameters
+#extension GL_ARB_shader_draw_parameters : enable
+#endif
 uniform int velgl_firstCommand;
 #ifdef GL_ARB_shader_draw_parameters
 int velglCommand() { return velgl_firstCommand + gl_DrawIDARB; }

@@ -2,7 +2,12 @@
 
 #include <velgl/program.h>
 
+#include <QtCore/QUuid>
+
+#include <velgl/shaderinterface.h>
+
 #include "featurefixture.h"
+#include "testscene.h"
 
 namespace Atelier::Vel::Testing {
 
@@ -70,6 +75,19 @@ TEST_P(ProgramTest, UnbindPutsBackWhatWasInUse) {
     EXPECT_EQ(currentProgram(), outer->name());
     outer->unbind();
     EXPECT_EQ(currentProgram(), 0U);
+}
+
+// The driver's messages of high severity fail the test. The comment keeps it from finding a shader of an
+// earlier run in its cache.
+TEST_P(ProgramTest, ShaderInterfaceCompilesWithoutAMessage) {
+    registerTestPlans();
+    const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};
+    const QByteArray start = "#version 430 core\n// " + QUuid::createUuid().toByteArray() + '\n';
+    QString error;
+    EXPECT_TRUE(Program::fromSource(
+        start + shaderInterface(ShaderStage::Vertex, plans) + kSceneVertexShader,
+        start + shaderInterface(ShaderStage::Fragment, plans) + kSceneFragmentShader, error))
+        << error.toStdString();
 }
 
 } // namespace Atelier::Vel::Testing

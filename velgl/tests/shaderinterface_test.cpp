@@ -40,12 +40,40 @@ TEST_F(ShaderInterfaceTest, FragmentStageGetsItemsAndTextures) {
 }
 
 TEST_F(ShaderInterfaceTest, OnlyTheVertexStageKnowsTheCommand) {
-    const QByteArray vertex = shaderInterface(ShaderStage::Vertex, {QString(), QStringLiteral("ShaderPlan")});
-    EXPECT_TRUE(vertex.startsWith("#extension GL_ARB_shader_draw_parameters : enable\n"));
-    EXPECT_TRUE(vertex.contains("int velglCommand()"));
-    EXPECT_TRUE(vertex.contains("layout(std430, binding = 1) readonly buffer VelglInstances"));
-    EXPECT_FALSE(vertex.contains("VelglMaterial"));
-    EXPECT_FALSE(shaderInterface(ShaderStage::Fragment, {}).contains("velglCommand"));
+    EXPECT_EQ(shaderInterface(ShaderStage::Vertex, {QString(), QStringLiteral("ShaderPlan")}),
+              "#ifdef GL_ARB_shader_draw_parameters\n"
+              "#extension GL_ARB_shader_draw_parameters : enable\n"
+              "#endif\n"
+              "uniform int velgl_firstCommand;\n"
+              "#ifdef GL_ARB_shader_draw_parameters\n"
+              "int velglCommand() { return velgl_firstCommand + gl_DrawIDARB; }\n"
+              "#else\n"
+              "int velglCommand() { return velgl_firstCommand; }\n"
+              "#endif\n"
+              "struct VelglInstance {\n"
+              "    vec3 Kd;\n"
+              "};\n"
+              "layout(std430, binding = 1) readonly buffer VelglInstances { VelglInstance items[]; } "
+              "velgl_Instances;\n"
+              "VelglInstance velglInstance(int command) { return velgl_Instances.items[command]; }\n"
+              "uniform int velgl_textures;\n");
+}
+
+TEST_F(ShaderInterfaceTest, MaterialsComeBeforeInstances) {
+    const QByteArray text =
+        shaderInterface(ShaderStage::Fragment, {QStringLiteral("ShaderPlan"), QStringLiteral("ShaderPlan")});
+    EXPECT_LT(text.indexOf("struct VelglMaterial"), text.indexOf("struct VelglInstance"));
+    EXPECT_EQ(text.count("sampler2D"), 2) << "only materials have textures";
+}
+
+TEST_F(ShaderInterfaceTest, PlanWithoutValuesDeclaresItsTexturesOnly) {
+    auto* plan = new InstanceDataPlan(QStringLiteral("TexturePlan"));
+    plan->addMember(DataType::Texture, QStringLiteral("my map"));
+    InstanceDataRegistry::Instance().registerPlan(plan);
+    EXPECT_EQ(shaderInterface(ShaderStage::Fragment, {plan->name(), plan->name()}),
+              "uniform int velgl_textures;\n"
+              "layout(binding = 0) uniform sampler2D velgl_my_map;\n"
+              "bool velglHas_my_map() { return (velgl_textures & (1 << 0)) != 0; }\n");
 }
 
 TEST_F(ShaderInterfaceTest, UnknownPlansDeclareNothing) {
