@@ -3,6 +3,7 @@
 #include <velgl/instancedatacollection.h>
 
 #include <algorithm>
+#include <vector>
 
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
@@ -13,10 +14,27 @@
 namespace Atelier::Vel {
 
 struct InstanceDataCollection::Data {
-    GLNames storage;
-    int itemCount = 0; // in the storage, items that only fill it up included
+    // The buffer in one group of contexts.
+    struct Storage {
+        GLName name;
+        int itemCount = 0; // in the buffer, items that only fill it up included; 0 until it is filled
+    };
+
+    std::vector<Storage> storages;
     RefusalReport report{"Storage"};
+
+    Storage& in(const ContextGL& gl);
 };
+
+// With a name that is not alive where there is none yet.
+InstanceDataCollection::Data::Storage& InstanceDataCollection::Data::in(const ContextGL& gl) {
+    for (Storage& storage : storages)
+        if (storage.name.livesIn(*gl.group()))
+            return storage;
+    const auto isGone = [](const Storage& storage) { return !storage.name.isAlive(); };
+    storages.erase(std::remove_if(storages.begin(), storages.end(), isGone), storages.end());
+    return storages.emplace_back();
+}
 
 InstanceDataCollection::InstanceDataCollection(const QString& name, const QList<InstanceData>& items)
     : _name(name), _items(items), _data(std::make_unique<Data>()) {}
@@ -47,16 +65,16 @@ QByteArray InstanceDataCollection::readBack() {
     if (storage(0) == 0)
         return {};
     const ContextGL* gl = ContextGL::current();
-    return readBuffer(*gl, *_data->storage.find(*gl->group()));
+    return readBuffer(*gl, _data->in(*gl).name);
 }
 
 unsigned int InstanceDataCollection::storage(int itemCount) {
     const ContextGL* gl = ContextGL::current();
     if (!gl)
         return 0;
-    const GLName* name = _data->storage.find(*gl->group());
-    if (name && itemCount <= _data->itemCount)
-        return name->value();
+    Data::Storage& storage = _data->in(*gl);
+    if (storage.itemCount > 0 && itemCount <= storage.itemCount)
+        return storage.name.value();
     const InstanceDataPlan* known = plan();
     if (!known || known->stride() == 0)
         return 0;
@@ -64,18 +82,17 @@ unsigned int InstanceDataCollection::storage(int itemCount) {
     const QByteArray content = known->pack(_items) + QByteArray(missing * known->stride(), '\0');
     if (content.isEmpty())
         return 0;
-    GLName made = name ? GLName() : makeBuffer(*gl, _name);
-    const GLName& target = name ? *name : made;
-    if (!target.isAlive() || !fillBuffer(*gl, target, content.constData(), content.size(), GL_STATIC_DRAW)) {
+    if (!storage.name.isAlive())
+        storage.name = makeBuffer(*gl, _name);
+    storage.itemCount = 0;
+    if (!storage.name.isAlive() ||
+        !fillBuffer(*gl, storage.name, content.constData(), content.size(), GL_STATIC_DRAW)) {
         _data->report.refuse("filled", _name);
-        _data->itemCount = 0;
         return 0;
     }
-    if (!name)
-        name = &_data->storage.add(std::move(made));
     _data->report.itWorks();
-    _data->itemCount = _items.size() + missing;
-    return name->value();
+    storage.itemCount = _items.size() + missing;
+    return storage.name.value();
 }
 
 } // namespace Atelier::Vel

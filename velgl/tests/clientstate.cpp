@@ -2,6 +2,8 @@
 
 #include "clientstate.h"
 
+#include <iterator>
+
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -27,6 +29,7 @@ constexpr NamedQuery kIntegers[] = {
     {"unpack buffer", GL_PIXEL_UNPACK_BUFFER_BINDING},
     {"atomic buffer", GL_ATOMIC_COUNTER_BUFFER_BINDING},
     {"texture buffer", GL_TEXTURE_BUFFER},
+    {"transform feedback buffer", GL_TRANSFORM_FEEDBACK_BUFFER_BINDING},
     {"vertex array", GL_VERTEX_ARRAY_BINDING},
     {"program", GL_CURRENT_PROGRAM},
     {"pipeline", GL_PROGRAM_PIPELINE_BINDING},
@@ -107,7 +110,10 @@ void ClientState::addTextureUnits() {
     glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
     for (int unit = 0; unit < kCapturedUnits; ++unit) {
         glActiveTexture(GLenum(GL_TEXTURE0 + unit));
-        for (const GLenum query : {GL_TEXTURE_BINDING_2D, GL_TEXTURE_BINDING_CUBE_MAP, GL_SAMPLER_BINDING}) {
+        for (const GLenum query :
+             {GL_TEXTURE_BINDING_1D, GL_TEXTURE_BINDING_2D, GL_TEXTURE_BINDING_3D,
+              GL_TEXTURE_BINDING_1D_ARRAY, GL_TEXTURE_BINDING_2D_ARRAY, GL_TEXTURE_BINDING_RECTANGLE,
+              GL_TEXTURE_BINDING_CUBE_MAP, GL_TEXTURE_BINDING_CUBE_MAP_ARRAY, GL_SAMPLER_BINDING}) {
             GLint name = 0;
             glGetIntegerv(query, &name);
             _values.push_back({"unit " + std::to_string(unit) + " " + std::to_string(query), name});
@@ -154,24 +160,29 @@ BusyClient::BusyClient() {
     glGenBuffers(kBufferCount, _buffers);
     bindBuffers();
     bindTextures();
-    setPixelStore();
+    setPixelStore(7, 1, 2, 8);
     setVertexArray();
     useProgram();
 }
 
 BusyClient::~BusyClient() {
+    setPixelStore(0, 0, 4, 4);
     glUseProgram(0);
     glDeleteProgram(_program);
     glDeleteVertexArrays(1, &_vertexArray);
     glDeleteBuffers(kBufferCount, _buffers);
     glDeleteTextures(kUnitCount, _textures);
+    glDeleteTextures(kUnitCount, _cubes);
     glDeleteSamplers(kUnitCount, _samplers);
 }
 
 void BusyClient::bindBuffers() {
-    constexpr GLenum kTargets[] = {GL_ARRAY_BUFFER,        GL_DRAW_INDIRECT_BUFFER, GL_UNIFORM_BUFFER,
-                                   GL_COPY_READ_BUFFER,    GL_COPY_WRITE_BUFFER,    GL_PIXEL_PACK_BUFFER,
-                                   GL_PIXEL_UNPACK_BUFFER, GL_ATOMIC_COUNTER_BUFFER};
+    constexpr GLenum kTargets[] = {
+        GL_ARRAY_BUFFER,      GL_DRAW_INDIRECT_BUFFER,     GL_DISPATCH_INDIRECT_BUFFER,
+        GL_UNIFORM_BUFFER,    GL_COPY_READ_BUFFER,         GL_COPY_WRITE_BUFFER,
+        GL_PIXEL_PACK_BUFFER, GL_PIXEL_UNPACK_BUFFER,      GL_ATOMIC_COUNTER_BUFFER,
+        GL_TEXTURE_BUFFER,    GL_TRANSFORM_FEEDBACK_BUFFER};
+    static_assert(std::size(kTargets) + 2 == kBufferCount, "one for storage and one for elements");
     int next = 0;
     for (const GLenum target : kTargets) {
         glBindBuffer(target, _buffers[next]);
@@ -188,26 +199,28 @@ void BusyClient::bindBuffers() {
 
 void BusyClient::bindTextures() {
     glGenTextures(kUnitCount, _textures);
+    glGenTextures(kUnitCount, _cubes);
     glGenSamplers(kUnitCount, _samplers);
     for (GLuint unit = 0; unit < kUnitCount; ++unit) {
         glActiveTexture(GL_TEXTURE0 + unit);
         glBindTexture(GL_TEXTURE_2D, _textures[unit]);
+        glBindTexture(GL_TEXTURE_CUBE_MAP, _cubes[unit]);
         glBindSampler(unit, _samplers[unit]);
     }
     glActiveTexture(GL_TEXTURE0 + 3);
 }
 
-void BusyClient::setPixelStore() {
+void BusyClient::setPixelStore(int rows, int flag, int unpackAlignment, int packAlignment) {
     for (const GLenum name :
          {GL_UNPACK_ROW_LENGTH, GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
           GL_UNPACK_SKIP_IMAGES, GL_PACK_ROW_LENGTH, GL_PACK_IMAGE_HEIGHT, GL_PACK_SKIP_ROWS,
           GL_PACK_SKIP_PIXELS, GL_PACK_SKIP_IMAGES})
-        glPixelStorei(name, 7);
+        glPixelStorei(name, rows);
     for (const GLenum name :
          {GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST, GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST})
-        glPixelStorei(name, 1);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 2);
-    glPixelStorei(GL_PACK_ALIGNMENT, 8);
+        glPixelStorei(name, flag);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, unpackAlignment);
+    glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
 }
 
 void BusyClient::setVertexArray() {

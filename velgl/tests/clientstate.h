@@ -37,7 +37,8 @@ private:
     std::vector<Value> _values;
 };
 
-/// Sets client state that differs from the defaults everywhere, and frees what it made for that.
+/// Sets client state that differs from the defaults everywhere, and frees what it made for that. Pixels are
+/// stored by the defaults again then.
 class BusyClient {
 public:
     BusyClient();
@@ -46,17 +47,19 @@ public:
     BusyClient& operator=(const BusyClient&) = delete;
 
 private:
-    static constexpr int kBufferCount = 10;
+    static constexpr int kBufferCount = 13;
     static constexpr int kUnitCount = 6;
 
     void bindBuffers();
     void bindTextures();
-    void setPixelStore();
+    /// `rows` is for lengths and skips, `flag` for the order of bytes and bits.
+    static void setPixelStore(int rows, int flag, int unpackAlignment, int packAlignment);
     void setVertexArray();
     void useProgram();
 
     unsigned int _buffers[kBufferCount] = {};
     unsigned int _textures[kUnitCount] = {};
+    unsigned int _cubes[kUnitCount] = {};
     unsigned int _samplers[kUnitCount] = {};
     unsigned int _vertexArray = 0;
     unsigned int _program = 0;

@@ -4,9 +4,12 @@
 
 #include <functional>
 
+#include <gmock/gmock.h>
+
 #include <velgl/autobinder.h>
 #include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
+#include <velgl/glentrypoints.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/program.h>
 #include <velgl/texture.h>
@@ -14,11 +17,14 @@
 #include <velgl/vertexarrayobject.h>
 
 #include "featurefixture.h"
+#include "support/messagelog.h"
 #include "testscene.h"
 
 namespace Atelier::Vel::Testing {
 
 namespace {
+
+using testing::ElementsAre;
 
 class ClientStateTest : public FeatureFixture {
 protected:
@@ -80,7 +86,8 @@ TEST_P(ClientStateTest, SurvivesBufferBindAndUnbindOnEveryTarget) {
     for (const GLenum target :
          {GL_ARRAY_BUFFER, GL_ELEMENT_ARRAY_BUFFER, GL_DRAW_INDIRECT_BUFFER, GL_SHADER_STORAGE_BUFFER,
           GL_UNIFORM_BUFFER, GL_COPY_READ_BUFFER, GL_COPY_WRITE_BUFFER, GL_PIXEL_PACK_BUFFER,
-          GL_PIXEL_UNPACK_BUFFER, GL_ATOMIC_COUNTER_BUFFER, GL_DISPATCH_INDIRECT_BUFFER, GL_TEXTURE_BUFFER}) {
+          GL_PIXEL_UNPACK_BUFFER, GL_ATOMIC_COUNTER_BUFFER, GL_DISPATCH_INDIRECT_BUFFER, GL_TEXTURE_BUFFER,
+          GL_TRANSFORM_FEEDBACK_BUFFER}) {
         BufferObject buffer;
         buffer.setTarget(target);
         expectUntouched([&] {
@@ -111,6 +118,69 @@ TEST_P(ClientStateTest, SurvivesTextureWork) {
         EXPECT_EQ(texture->readBack().pixelColor(0, 0), QColor(Qt::red));
         texture->setLabel(QStringLiteral("label"));
     });
+}
+
+TEST_P(ClientStateTest, SurvivesTextureBindAndUnbindOnEveryTarget) {
+    for (const GLenum target :
+         {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_1D_ARRAY, GL_TEXTURE_2D_ARRAY,
+          GL_TEXTURE_RECTANGLE, GL_TEXTURE_CUBE_MAP, GL_TEXTURE_CUBE_MAP_ARRAY}) {
+        Texture outer(target, GL_RGBA8, 1, 1, 1, nullptr);
+        Texture inner(target, GL_RGBA8, 1, 1, 1, nullptr);
+        expectUntouched([&] {
+            const AutoBinder outerBinder(&outer);
+            const ClientState before = ClientState::captured();
+            {
+                const AutoBinder innerBinder(&inner);
+                EXPECT_NE(ClientState::difference(before, ClientState::captured()), "") << target;
+            }
+            EXPECT_EQ(ClientState::difference(before, ClientState::captured()), "") << target;
+        });
+    }
+}
+
+TEST_P(ClientStateTest, SurvivesTextureQueries) {
+    const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
+    { const AutoBinder binder(texture.get()); }
+    expectUntouched([&] {
+        EXPECT_TRUE(texture->hasContent());
+        EXPECT_EQ(texture->readBack().size(), QSize(1, 1));
+        EXPECT_TRUE(texture->readBack(1).isNull());
+    });
+}
+
+// The loader fills its textures as a client does, in the midst of the first draw.
+TEST_P(ClientStateTest, SurvivesTheFirstUseOfAPathTexture) {
+    const unsigned char green[] = {0, 255, 0, 255};
+    std::vector<std::unique_ptr<Texture>> loaded;
+    TextureManager::Instance().setLoader([&](const QString& path) -> Texture* {
+        if (path != QLatin1String("/green.png"))
+            return nullptr;
+        if (loaded.empty()) {
+            loaded.push_back(std::make_unique<Texture>(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr));
+            const AutoBinder binder(loaded[0].get());
+            glEntryPoints().texParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+            glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, green);
+            glEntryPoints().generateMipmap(GL_TEXTURE_2D);
+        }
+        return loaded[0].get();
+    });
+    InstanceData material = coloredMaterial(Qt::white);
+    material.setTexture(QStringLiteral("first"), QStringLiteral("/green.png"));
+    material.setTexture(QStringLiteral("second"), QStringLiteral("/none.png"));
+    GPUModel model;
+    model.add(triangleRow(1), 1, new InstanceDataCollection(QStringLiteral("TestMaterial"), {material}),
+              new InstanceDataCollection(QStringLiteral("TestInstance"), {movedInstance({})}), 0);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    const MessageLog log;
+    expectUntouched([&] {
+        const AutoBinder binder(program.get());
+        model.draw();
+    });
+    TextureManager::Instance().setLoader({});
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Texture '/none.png' cannot be loaded"));
+    EXPECT_EQ(picture.pixels().pixelColor(0, 1), QColor(Qt::green));
 }
 
 TEST_P(ClientStateTest, SurvivesProgramWork) {
@@ -166,6 +236,116 @@ TEST_P(ClientStateTest, SurvivesModelBuildingAndDestruction) {
         GPUModel model;
         fillModel(model);
     });
+}
+
+// Objects that are deleted while they are saved: nothing is bound in their place, and OpenGL finds no error.
+
+TEST_P(ClientStateTest, TextureThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+    for (const GLenum target : {GL_TEXTURE_2D, GL_TEXTURE_CUBE_MAP}) {
+        Texture texture(target, GL_RGBA8, 1, 1, 0, nullptr);
+        const ClientState unbound = ClientState::captured();
+        GLuint clients = 0;
+        glGenTextures(1, &clients);
+        glBindTexture(target, clients);
+        ASSERT_TRUE(texture.bind());
+        glDeleteTextures(1, &clients);
+        texture.unbind();
+        EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "") << target;
+    }
+}
+
+TEST_P(ClientStateTest, VertexArrayThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+    VertexArrayObject vao;
+    const ClientState unbound = ClientState::captured();
+    GLuint clients = 0;
+    glGenVertexArrays(1, &clients);
+    glBindVertexArray(clients);
+    ASSERT_TRUE(vao.bind());
+    glDeleteVertexArrays(1, &clients);
+    vao.unbind();
+    EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
+}
+
+TEST_P(ClientStateTest, BufferThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+    for (const GLenum target : {GL_ARRAY_BUFFER, GL_SHADER_STORAGE_BUFFER, GL_PIXEL_PACK_BUFFER}) {
+        BufferObject buffer;
+        buffer.setTarget(target);
+        const ClientState unbound = ClientState::captured();
+        GLuint clients = 0;
+        glGenBuffers(1, &clients);
+        glBindBuffer(target, clients);
+        ASSERT_TRUE(buffer.bind());
+        glDeleteBuffers(1, &clients);
+        buffer.unbind();
+        EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "") << target;
+    }
+}
+
+TEST_P(ClientStateTest, ArrayOfAnIndexBufferThatIsDeletedWhileItIsSavedIsPassedOver) {
+    BufferObject indices;
+    indices.setTarget(GL_ELEMENT_ARRAY_BUFFER);
+    GLuint arrays[2] = {};
+    glGenVertexArrays(2, arrays);
+    glBindVertexArray(arrays[0]);
+    ASSERT_TRUE(indices.bind());
+    glBindVertexArray(arrays[1]);
+    const ClientState other = ClientState::captured();
+    glDeleteVertexArrays(1, &arrays[0]);
+    indices.unbind();
+    EXPECT_EQ(ClientState::difference(other, ClientState::captured()), "");
+    glDeleteVertexArrays(1, &arrays[1]);
+}
+
+TEST_P(ClientStateTest, ProgramThatIsDeletedWhileItIsSavedLeavesNoneInUse) {
+    const std::unique_ptr<Program> program = sceneProgram();
+    auto clients = sceneProgram();
+    const ClientState unbound = ClientState::captured();
+    ASSERT_TRUE(clients->bind());
+    ASSERT_TRUE(program->bind());
+    clients.reset();
+    program->unbind();
+    EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
+}
+
+// A loader is the client's code, which may delete what a draw has saved.
+TEST_P(ClientStateTest, ObjectsThatALoaderDeletesLeaveNothingBound) {
+    const ClientState unbound = ClientState::captured();
+    GLuint sampler = 0;
+    GLuint texture = 0;
+    GLuint buffers[3] = {};
+    glGenSamplers(1, &sampler);
+    glGenTextures(1, &texture);
+    glGenBuffers(3, buffers);
+    glBindSampler(1, sampler);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glBindBuffer(GL_DRAW_INDIRECT_BUFFER, buffers[2]);
+    for (const GLuint point : {0U, 1U}) {
+        glBindBuffer(GL_SHADER_STORAGE_BUFFER, buffers[point]);
+        glBufferData(GL_SHADER_STORAGE_BUFFER, 4096, nullptr, GL_STATIC_DRAW);
+        glBindBufferRange(GL_SHADER_STORAGE_BUFFER, point, buffers[point], 0, 512);
+    }
+    TextureManager::Instance().setLoader([&](const QString&) -> Texture* {
+        glDeleteSamplers(1, &sampler);
+        glDeleteTextures(1, &texture);
+        glDeleteBuffers(3, buffers);
+        return nullptr;
+    });
+    InstanceData material = coloredMaterial(Qt::white);
+    material.setTexture(QStringLiteral("second"), QStringLiteral("/deleted.png"));
+    GPUModel model;
+    model.add(triangleRow(1), 1, new InstanceDataCollection(QStringLiteral("TestMaterial"), {material}),
+              new InstanceDataCollection(QStringLiteral("TestInstance"), {movedInstance({})}), 0);
+    const std::unique_ptr<Program> program = sceneProgram();
+    const MessageLog log;
+    {
+        Framebuffer picture(QSize(4, 4));
+        picture.begin();
+        const AutoBinder binder(program.get());
+        model.draw();
+    }
+    TextureManager::Instance().setLoader({});
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Texture '/deleted.png' cannot be loaded"));
+    EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
 }
 
 TEST_P(ClientStateTest, SurvivesTheMakingOfAnotherContext) {

@@ -2,11 +2,14 @@
 
 #include <velgl/opengldevicecontext.h>
 
+#include <thread>
+
 #include <gmock/gmock.h>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "clientstate.h"
 #include "foreigncontext.h"
 #include "support/glfixture.h"
 #include "support/messagelog.h"
@@ -45,8 +48,9 @@ TEST_F(OpenGLDeviceContextTest, HeadlessContextIsMadeWithoutBecomingCurrent) {
     ASSERT_TRUE(context->makeCurrent());
     EXPECT_EQ(OpenGLDeviceContext::current(), context);
     EXPECT_GE(context->version(), 43);
-    EXPECT_TRUE(context->description().contains(QStringLiteral("OpenGL")))
-        << context->description().toStdString();
+    const auto text = [](GLenum name) { return reinterpret_cast<const char*>(glGetString(name)); };
+    EXPECT_EQ(context->description(),
+              QStringLiteral("%1, %2, OpenGL %3").arg(text(GL_VENDOR), text(GL_RENDERER), text(GL_VERSION)));
     EXPECT_TRUE(canUpload());
     context->doneCurrent();
     EXPECT_FALSE(OpenGLDeviceContext::current());
@@ -58,6 +62,30 @@ TEST_F(OpenGLDeviceContextTest, HeadlessContextIsACoreProfile) {
     GLint profile = 0;
     glGetIntegerv(GL_CONTEXT_PROFILE_MASK, &profile);
     EXPECT_EQ(profile, GL_CONTEXT_CORE_PROFILE_BIT);
+}
+
+TEST_F(OpenGLDeviceContextTest, DebugContextReportsWithinTheCall) {
+    for (const bool isDebug : {false, true}) {
+        OpenGLDeviceContext::HeadlessOptions options;
+        options.debug = isDebug;
+        const auto context = GLFixture::makeContext(options);
+        context->makeCurrent();
+        GLint flags = 0;
+        glGetIntegerv(GL_CONTEXT_FLAGS, &flags);
+        EXPECT_EQ((flags & GL_CONTEXT_FLAG_DEBUG_BIT) != 0, isDebug);
+        EXPECT_TRUE(glIsEnabled(GL_DEBUG_OUTPUT));
+        EXPECT_EQ(glIsEnabled(GL_DEBUG_OUTPUT_SYNCHRONOUS) == GL_TRUE, isDebug);
+    }
+}
+
+TEST_F(OpenGLDeviceContextTest, OnlyTheCurrentContextCanBeReleased) {
+    const auto first = GLFixture::makeContext({});
+    const auto second = GLFixture::makeContext({});
+    first->makeCurrent();
+    second->doneCurrent();
+    EXPECT_EQ(OpenGLDeviceContext::current(), first);
+    first->doneCurrent();
+    EXPECT_FALSE(OpenGLDeviceContext::current());
 }
 
 TEST_F(OpenGLDeviceContextTest, DroppedHeadlessContextIsCurrentNoLonger) {
@@ -134,6 +162,64 @@ TEST_F(OpenGLDeviceContextTest, ContextsThatFollowEachOtherAreToldApart) {
     }
 }
 
+TEST_F(OpenGLDeviceContextTest, FirstSightOfAForeignContextLeavesItsState) {
+    ForeignContext context;
+    ASSERT_TRUE(context.makeCurrent());
+    const GLDEBUGPROC own = [](GLenum, GLenum, GLuint, GLenum, GLsizei, const GLchar*, const void*) {};
+    glDebugMessageCallback(own, nullptr);
+    const BusyClient client;
+    const ClientState before = ClientState::captured();
+    ASSERT_TRUE(OpenGLDeviceContext::current());
+    EXPECT_EQ(ClientState::difference(before, ClientState::captured()), "");
+    EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+}
+
+// Both exist at a time, so that the second one cannot have the handle of the first.
+TEST_F(OpenGLDeviceContextTest, BufferOfADestroyedContextCanBeFilledInAnother) {
+    auto first = std::make_unique<ForeignContext>();
+    ForeignContext second;
+    BufferObject buffer;
+    first->makeCurrent();
+    ASSERT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW));
+    first.reset();
+    second.makeCurrent();
+    EXPECT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW));
+    EXPECT_EQ(buffer.readBack().size(), 4);
+}
+
+TEST_F(OpenGLDeviceContextTest, ObjectOfADestroyedContextKnowsNothingMore) {
+    BufferObject buffer;
+    QSharedPointer<OpenGLDeviceContext> seen;
+    ForeignContext other;
+    {
+        ForeignContext context;
+        ASSERT_TRUE(context.makeCurrent());
+        seen = OpenGLDeviceContext::current();
+        ASSERT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW));
+    }
+    other.makeCurrent();
+    ASSERT_TRUE(OpenGLDeviceContext::current());
+    EXPECT_EQ(seen->version(), 0);
+    EXPECT_TRUE(seen->description().isEmpty());
+    EXPECT_FALSE(seen->makeCurrent());
+    EXPECT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW)) << "the object keeps no names";
+}
+
+// Its handle may be that of a context which was there before.
+TEST_F(OpenGLDeviceContextTest, HeadlessContextsBetweenForeignOnesAreToldApart) {
+    for (int round = 0; round < 20; ++round) {
+        {
+            ForeignContext context;
+            ASSERT_TRUE(context.makeCurrent());
+            ASSERT_TRUE(OpenGLDeviceContext::current());
+        }
+        const auto headless = GLFixture::makeContext({});
+        ASSERT_TRUE(headless->makeCurrent());
+        EXPECT_EQ(OpenGLDeviceContext::current(), headless) << round;
+        EXPECT_TRUE(canUpload());
+    }
+}
+
 TEST_F(OpenGLDeviceContextTest, ForeignContextCanBeSharedWith) {
     ForeignContext foreign;
     foreign.makeCurrent();
@@ -165,6 +251,26 @@ TEST_F(OpenGLDeviceContextTest, OpenGLESIsNoContextAndIsReportedOnce) {
     EXPECT_FALSE(canUpload());
     EXPECT_THAT(log.texts(QtWarningMsg), testing::ElementsAre(QStringLiteral(
                                              "OpenGL ES is current, but OpenGL 4.3 or later is needed")));
+}
+
+TEST_F(OpenGLDeviceContextTest, EachContextThatCannotBeUsedIsReported) {
+    ForeignContext first(ForeignContext::Api::OpenGLES);
+    ForeignContext second(ForeignContext::Api::OpenGLES);
+    const MessageLog log;
+    for (int round = 0; round < 2; ++round)
+        for (ForeignContext* context : {&first, &second}) {
+            ASSERT_TRUE(context->makeCurrent());
+            EXPECT_FALSE(OpenGLDeviceContext::current());
+        }
+    EXPECT_EQ(log.texts(QtWarningMsg).size(), 2U);
+}
+
+TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceCountsForItsThreadAlone) {
+    OpenGLDeviceContext::setCurrent(QSharedPointer<StandInContext>::create());
+    bool isCurrent = true;
+    std::thread([&] { isCurrent = OpenGLDeviceContext::current() != nullptr; }).join();
+    EXPECT_FALSE(isCurrent);
+    EXPECT_TRUE(OpenGLDeviceContext::current());
 }
 
 TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceIsCurrentUntilItIsTakenAway) {
@@ -209,6 +315,39 @@ TEST_F(OpenGLDeviceContextTest, DriverMessagesGoToTheCategory) {
     EXPECT_EQ(log.messages().front().category, QStringLiteral("velgl"));
     EXPECT_TRUE(log.messages().front().text.contains(QStringLiteral("glEnable")))
         << log.messages().front().text.toStdString();
+}
+
+TEST_F(OpenGLDeviceContextTest, SeverityOfAMessageIsItsLevel) {
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.debug = true;
+    const auto context = GLFixture::makeContext(options);
+    context->makeCurrent();
+    glDebugMessageControl(GL_DONT_CARE, GL_DONT_CARE, GL_DONT_CARE, 0, nullptr, GL_TRUE);
+    const MessageLog log;
+    for (const auto& [severity, text] : {std::pair(GL_DEBUG_SEVERITY_HIGH, "100 % high"),
+                                         {GL_DEBUG_SEVERITY_MEDIUM, "50 % medium"},
+                                         {GL_DEBUG_SEVERITY_LOW, "10 % low"},
+                                         {GL_DEBUG_SEVERITY_NOTIFICATION, "0 % notification"}})
+        glDebugMessageInsert(GL_DEBUG_SOURCE_APPLICATION, GL_DEBUG_TYPE_OTHER, 1, GLenum(severity), -1, text);
+    EXPECT_THAT(log.messages(),
+                testing::ElementsAre(LoggedMessage{QtCriticalMsg, "100 % high", {}, false},
+                                     LoggedMessage{QtWarningMsg, "50 % medium", {}, false},
+                                     LoggedMessage{QtDebugMsg, "10 % low", {}, false},
+                                     LoggedMessage{QtDebugMsg, "0 % notification", {}, false}));
+}
+
+// A driver need not end the text with a zero; a negative length says that it has.
+TEST_F(OpenGLDeviceContextTest, MessageEndsAtItsLength) {
+    const auto context = GLFixture::makeContext({});
+    context->makeCurrent();
+    void* receiver = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
+    ASSERT_NE(receiver, nullptr);
+    const MessageLog log;
+    for (const int length : {3, 0, -1})
+        reinterpret_cast<GLDEBUGPROC>(receiver)(GL_DEBUG_SOURCE_API, GL_DEBUG_TYPE_OTHER, 1,
+                                                GL_DEBUG_SEVERITY_MEDIUM, length, "abcdef", nullptr);
+    EXPECT_THAT(log.texts(QtWarningMsg), testing::ElementsAre("abc", "", "abcdef"));
 }
 
 TEST_F(OpenGLDeviceContextTest, ClientsDebugReceiverStays) {
