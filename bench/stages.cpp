@@ -89,7 +89,7 @@ Input readInput() {
     counts.positions = counts.normals = counts.texCoords = 1;
     const auto run = std::make_unique<ObjRun>();
     for (const char* at = input.begin(); at != input.end();) {
-        const char* const taken = parsePlainLines(at, input.end(), counts, *run);
+        const char* const taken = parsePlainLines(at, input.end(), counts, *run, findWideParser());
         at = taken == at ? nextLine(at, input.end()) : taken;
         takeRun(input, *run);
     }

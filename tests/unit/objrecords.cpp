@@ -42,16 +42,6 @@ void take(FixedList<T, N>& list, std::vector<quint32>& bits) {
     list.size = 0;
 }
 
-void take(ObjRun& run, Content& content) {
-    take(run.positions, content.positions);
-    take(run.normals, content.normals);
-    take(run.texCoords, content.texCoords);
-    take(run.cornerCounts, content.cornerCounts);
-    take(run.positionIndices, content.positionIndices);
-    take(run.normalIndices, content.normalIndices);
-    take(run.texCoordIndices, content.texCoordIndices);
-}
-
 } // namespace
 
 std::array<quint32, 3> Record::valueBits() const {
@@ -65,6 +55,16 @@ Content contentOf(const std::vector<Record>& records) {
     for (const Record& record : records)
         append(content, record);
     return content;
+}
+
+void take(ObjRun& run, Content& content) {
+    take(run.positions, content.positions);
+    take(run.normals, content.normals);
+    take(run.texCoords, content.texCoords);
+    take(run.cornerCounts, content.cornerCounts);
+    take(run.positionIndices, content.positionIndices);
+    take(run.normalIndices, content.normalIndices);
+    take(run.texCoordIndices, content.texCoordIndices);
 }
 
 Content contentInRuns(ObjReader& reader, ObjRun& run) {

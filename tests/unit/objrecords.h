@@ -83,6 +83,8 @@ struct Content {
 };
 
 Content contentOf(const std::vector<Record>& records);
+/// Moves what a run holds behind the content.
+void take(ObjRun& run, Content& content);
 /// Through runs, the way that a loader takes it. `run`, which is large, is empty before and after.
 Content contentInRuns(ObjReader& reader, ObjRun& run);
 

@@ -2,15 +2,14 @@
 
 #include <cstring>
 #include <memory>
-#include <ostream>
-#include <string>
 #include <vector>
 
 #include <QtCore/QByteArray>
 
 #include <gmock/gmock.h>
 
-#include "import/linesource.h"
+#include "emulation/emulatedavx512.h"
+#include "lineparsers.h"
 #include "nastytext.h"
 #include "support/scale.h"
 
@@ -18,27 +17,16 @@ namespace Atelier::Vel {
 
 namespace {
 
+using Testing::allParsers;
 using testing::ElementsAre;
+using Testing::LaidOutText;
+using Testing::LineParserTest;
+using Testing::nameOf;
 using Testing::NastyText;
+using Testing::parse;
+using Testing::ParsedLines;
 using Testing::scaled;
-
-/// What a parser made of a text.
-struct Parsed {
-    std::unique_ptr<ObjRun> run = std::make_unique<ObjRun>();
-    ObjLineCounts counts = {1, 1, 1}; // as behind the first line of each kind
-    int taken = 0;                    ///< bytes
-};
-
-// Lays the text out as a line source does, with other bytes around it. Digits behind it end somewhere.
-Parsed parse(const QByteArray& text, WideParser* wideParser, char around = '7') {
-    const QByteArray padding(static_cast<int>(LineSource::kPadding), around);
-    const QByteArray block = padding + text + padding + '\n' + padding;
-    const char* first = block.constData() + padding.size();
-    Parsed parsed;
-    const char* end = parsePlainLines(first, first + text.size(), parsed.counts, *parsed.run, wideParser);
-    parsed.taken = static_cast<int>(end - first);
-    return parsed;
-}
+using Testing::wideParsers;
 
 quint32 bitsOf(float value) {
     quint32 bits = 0;
@@ -54,7 +42,7 @@ std::vector<quint32> bitsOf(const FixedList<T, N>& list) {
     return bits;
 }
 
-std::vector<std::vector<quint32>> bitsOf(const Parsed& parsed) {
+std::vector<std::vector<quint32>> bitsOf(const ParsedLines& parsed) {
     const ObjRun& run = *parsed.run;
     return {bitsOf(run.positions),
             bitsOf(run.normals),
@@ -66,7 +54,7 @@ std::vector<std::vector<quint32>> bitsOf(const Parsed& parsed) {
             {parsed.counts.positions, parsed.counts.normals, parsed.counts.texCoords}};
 }
 
-void expectSame(const Parsed& a, const Parsed& b, const QByteArray& text) {
+void expectSame(const ParsedLines& a, const ParsedLines& b, const QByteArray& text) {
     ASSERT_EQ(a.taken, b.taken) << text.toStdString();
     ASSERT_EQ(bitsOf(a), bitsOf(b)) << text.toStdString();
 }
@@ -83,31 +71,8 @@ bool isPlain(const QByteArray& line, WideParser* wideParser) {
     return parse(line + '\n', wideParser).taken == line.size() + 1;
 }
 
-/// A way to parse plain lines.
-struct Parser {
-    const char* name;
-    WideParser* (*find)(); ///< null for the portable way
-};
-
-std::ostream& operator<<(std::ostream& out, const Parser& parser) {
-    return out << parser.name;
-}
-
-const Parser kWideParsers[] = {{"Sse41", findSse41Parser}, {"Avx512", findAvx512Parser}};
-const Parser kPortableParser = {"Portable", nullptr};
-
-class PlainLinesTest : public testing::TestWithParam<Parser> {
-protected:
-    void SetUp() override {
-        _wideParser = GetParam().find == nullptr ? nullptr : GetParam().find();
-        if (GetParam().find != nullptr && _wideParser == nullptr)
-            GTEST_SKIP() << "this processor lacks its instructions";
-    }
-
-    WideParser* _wideParser = nullptr;
-};
-
-class WideParserTest : public PlainLinesTest {};
+class PlainLinesTest : public LineParserTest {};
+class WideParserTest : public LineParserTest {};
 
 // A number of up to 16 digits, with or without a point.
 QByteArray longDecimal(NastyText& nasty) {
@@ -134,10 +99,6 @@ QByteArray faceLine(NastyText& nasty) {
     }
     static const char* const kEnds[] = {"\n", "\n", "\r\n", " \n", "  \n", " \r\n", "\r \n", "#\n", "-1\n"};
     return line + kEnds[nasty.below(9)];
-}
-
-std::string nameOf(const testing::TestParamInfo<Parser>& parser) {
-    return parser.param.name;
 }
 
 } // namespace
@@ -183,17 +144,25 @@ TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
 }
 
 TEST_P(PlainLinesTest, FirstLineOfAKindIsLeftAlone) {
-    const QByteArray block = QByteArray(64, ' ') + "v 1.0 2.0 3.0\n" + QByteArray(64, ' ');
-    const auto run = std::make_unique<ObjRun>();
-    ObjLineCounts counts;
-    const char* first = block.constData() + 64;
-    EXPECT_EQ(parsePlainLines(first, first + 14, counts, *run, _wideParser), first);
-    EXPECT_EQ(run->positions.size, 0u);
-    EXPECT_EQ(counts.positions, 0u);
+    const struct {
+        const char* line;
+        ObjLineCounts counts;
+    } cases[] = {
+        {"v 1.0 2.0 3.0\n", {0, 1, 1}}, {"vt 1.0 2.0\n", {1, 0, 1}}, {"vn 1.0 2.0 3.0\n", {1, 1, 0}}};
+    for (const auto& [line, before] : cases) {
+        const LaidOutText text(line);
+        const std::unique_ptr<ObjRun> run(new ObjRun);
+        ObjLineCounts counts = before;
+        EXPECT_EQ(parsePlainLines(text.begin(), text.end(), counts, *run, _wideParser), text.begin()) << line;
+        EXPECT_EQ(run->positions.size + run->texCoords.size + run->normals.size, 0u) << line;
+        EXPECT_EQ(counts.positions, before.positions) << line;
+        EXPECT_EQ(counts.texCoords, before.texCoords) << line;
+        EXPECT_EQ(counts.normals, before.normals) << line;
+    }
 }
 
 TEST_P(PlainLinesTest, ValuesAreThoseOfTheText) {
-    const Parsed parsed = parse("v 1.5 -2.25 3\nvt 0.5 -0.0\nvn 0.1 0.7 -1234567.5\n", _wideParser);
+    const ParsedLines parsed = parse("v 1.5 -2.25 3\nvt 0.5 -0.0\nvn 0.1 0.7 -1234567.5\n", _wideParser);
     EXPECT_THAT(std::vector<float>(parsed.run->positions.items, parsed.run->positions.items + 3),
                 ElementsAre(1.5F, -2.25F, 3));
     EXPECT_THAT(bitsOf(parsed.run->texCoords), ElementsAre(0x3F000000, 0x80000000));
@@ -203,7 +172,7 @@ TEST_P(PlainLinesTest, ValuesAreThoseOfTheText) {
 }
 
 TEST_P(PlainLinesTest, IndicesCountBackFromTheLinesSoFar) {
-    const Parsed parsed = parse("v 0.0 0.0 0.0\nf -1/-1/-1 2/0/-5\n", _wideParser);
+    const ParsedLines parsed = parse("v 0.0 0.0 0.0\nf -1/-1/-1 2/0/-5\n", _wideParser);
     EXPECT_THAT(bitsOf(parsed.run->positionIndices), ElementsAre(1, 1));
     EXPECT_THAT(bitsOf(parsed.run->texCoordIndices), ElementsAre(0, kNoIndex));
     EXPECT_THAT(bitsOf(parsed.run->normalIndices), ElementsAre(0, static_cast<quint32>(-4)));
@@ -216,13 +185,51 @@ TEST_P(PlainLinesTest, LongFacesAreLeftAlone) {
 }
 
 TEST_P(PlainLinesTest, FullRunStops) {
-    const QByteArray line = "v 1.0 2.0 3.0\n";
-    const Parsed parsed = parse(line.repeated(2000), _wideParser);
-    EXPECT_EQ(parsed.taken, static_cast<int>(ObjRun::kRecords) * line.size());
-    EXPECT_TRUE(parsed.run->isFull());
-    const Parsed faces = parse(QByteArray("f 1 2 3 4 5 6 7 8\n").repeated(2000), _wideParser);
-    EXPECT_LE(faces.run->positionIndices.size, size_t(ObjRun::kCorners));
-    EXPECT_LT(faces.run->positionIndices.room(), size_t(ObjRun::kPlainCorners));
+    // A face may have up to kPlainCorners corners, which have to fit behind those that are there.
+    constexpr size_t kFacesOfEight = (ObjRun::kCorners - ObjRun::kPlainCorners) / 8 + 1;
+    const struct {
+        QByteArray line;
+        size_t lines;
+    } cases[] = {{"v 1.0 2.0 3.0\n", ObjRun::kRecords},  {"vn 1.0 2.0 3.0\n", ObjRun::kRecords},
+                 {"vt 1.0 2.0\n", ObjRun::kRecords},     {"f 1\n", ObjRun::kRecords},
+                 {"f 1 2 3 4 5 6 7 8\n", kFacesOfEight}, {"f" + QByteArray(" 1").repeated(64) + "\n", 64}};
+    for (const auto& [line, lines] : cases) {
+        const ParsedLines parsed = parse(line.repeated(2000), _wideParser);
+        EXPECT_EQ(parsed.taken, static_cast<int>(lines) * line.size()) << line.toStdString();
+        EXPECT_TRUE(parsed.run->isFull()) << line.toStdString();
+    }
+}
+
+TEST(LineParsersTest, WidestParserThatTheProcessorRunsIsUsed) {
+    if (findAvx512Parser() != nullptr)
+        EXPECT_EQ(findWideParser(), findAvx512Parser());
+    else
+        EXPECT_EQ(findWideParser(), findSse41Parser());
+}
+
+// The features that it is compiled for and those that it asks for are one list.
+TEST(LineParsersTest, Avx512ParserNeedsEachOfItsFeatures) {
+    if (findEmulatedAvx512Parser() == nullptr)
+        GTEST_SKIP() << "this processor lacks the instructions of the parser EmulatedAvx512";
+    for (const char* feature : {"sse4.1", "popcnt", "bmi", "bmi2", "avx2", "avx512f", "avx512bw", "avx512vl",
+                                "avx512vbmi", "avx512vbmi2"}) {
+        const Testing::WithoutFeature without(feature);
+        EXPECT_EQ(findEmulatedAvx512Parser(), nullptr) << feature;
+    }
+}
+
+// What a wide parser leaves, the portable way takes: that costs time only, and shows in no result.
+TEST_P(WideParserTest, TakesOrdinaryLinesByItself) {
+    for (const QByteArray line :
+         {"v 1.5 -2.25 0.125", "v 123456.789012 0.1 0.000001", "v 1.0 2.0 3.0 1.0", "vn 0.0 -0.5 1.0",
+          "vt 0.5 0.25", "vt 0.5 0.25 0.0", "f 1 2 3", "f 1 2 3 4", "f 1/2 2/3 3/4", "f 1/2 2/3 3/4 4/5 ",
+          "f 1/2/3 2/3/4 3/4/5", "f 1234567/7654321/1 2/3/4 3/4/5 4/5/6 5/6/7 6/7/8"})
+        for (const QByteArray end : {"\n", "\r\n"}) {
+            const LaidOutText text((line + end).repeated(100));
+            ParsedLines parsed;
+            EXPECT_EQ(_wideParser(text.begin(), text.end(), parsed.counts, *parsed.run), text.end())
+                << line.toStdString();
+        }
 }
 
 TEST_P(WideParserTest, AgreesWithThePortableWay) {
@@ -250,7 +257,7 @@ TEST_P(WideParserTest, ReadsLongDecimalsAsQtDoes) {
     for (int i = scaled(20'000); i > 0; --i) {
         const QByteArray decimals[3] = {longDecimal(nasty), longDecimal(nasty), longDecimal(nasty)};
         const QByteArray line = "vn " + decimals[0] + ' ' + decimals[1] + ' ' + decimals[2] + '\n';
-        const Parsed parsed = parse(line, _wideParser);
+        const ParsedLines parsed = parse(line, _wideParser);
         if (parsed.taken == 0)
             continue;
         std::vector<quint32> expected;
@@ -270,8 +277,7 @@ TEST_P(WideParserTest, AgreesOnFacesOfEveryShape) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Parsers, PlainLinesTest, testing::Values(kPortableParser), nameOf);
-INSTANTIATE_TEST_SUITE_P(Wide, PlainLinesTest, testing::ValuesIn(kWideParsers), nameOf);
-INSTANTIATE_TEST_SUITE_P(Parsers, WideParserTest, testing::ValuesIn(kWideParsers), nameOf);
+INSTANTIATE_TEST_SUITE_P(Parsers, PlainLinesTest, testing::ValuesIn(allParsers()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Parsers, WideParserTest, testing::ValuesIn(wideParsers()), nameOf);
 
 } // namespace Atelier::Vel

@@ -15,9 +15,16 @@
 #endif
 
 // Byte permutations, compressions and expansions of whole registers are not in every x86-64 processor: what
-// uses them is compiled for them and only called where they are there.
-#define VELMODEL_AVX512                                                                                      \
-    __attribute__((target("sse4.1,popcnt,bmi,bmi2,avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2")))
+// uses them is compiled for these features and only called where all of them are there. With AVX-512F, a
+// compiler uses AVX2, too.
+#define VELMODEL_FEATURES(first, further)                                                                    \
+    first("sse4.1") further("popcnt") further("bmi") further("bmi2") further("avx2") further("avx512f")      \
+        further("avx512bw") further("avx512vl") further("avx512vbmi") further("avx512vbmi2")
+#define VELMODEL_NAME(feature) feature
+#define VELMODEL_FURTHER_NAME(feature) "," feature
+#define VELMODEL_HAS(feature) __builtin_cpu_supports(feature)
+#define VELMODEL_HAS_FURTHER(feature) &&__builtin_cpu_supports(feature)
+#define VELMODEL_AVX512 __attribute__((target(VELMODEL_FEATURES(VELMODEL_NAME, VELMODEL_FURTHER_NAME))))
 // One step of a line. Registers hold on to a line only if every step is inlined.
 #define VELMODEL_STEP VELMODEL_AVX512 __attribute__((always_inline)) inline
 
@@ -538,9 +545,7 @@ const char* parseLines(const char* first, const char* last, ObjLineCounts& count
 } // namespace
 
 WideParser* findAvx512Parser() {
-    const bool isThere = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-                         __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
-                         __builtin_cpu_supports("bmi2");
+    const bool isThere = VELMODEL_FEATURES(VELMODEL_HAS, VELMODEL_HAS_FURTHER);
     return isThere ? parseLines : nullptr;
 }
 

@@ -23,8 +23,8 @@ std::string_view takePart(std::string_view& token) {
 
 } // namespace
 
-ObjReader::ObjReader(QTextStream* stream, const LineSourceLimits& limits)
-    : _directory(QString()), _stream(stream), _lines(stream, limits) {
+ObjReader::ObjReader(QTextStream* stream, const LineSourceLimits& limits, WideParser* wideParser)
+    : _directory(QString()), _stream(stream), _lines(stream, limits), _wideParser(wideParser) {
     _corners.reserve(kCornersReserved);
     next();
 }
@@ -37,7 +37,8 @@ void ObjReader::next() {
 
 void ObjReader::next(ObjRun& run) {
     if (_stream->status() == QTextStream::Ok && _lines.fill()) {
-        _lines.skipTo(parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run));
+        _lines.skipTo(parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run,
+                                      _wideParser));
         if (run.isFull() || isAtBlockEnd()) {
             _kind = Kind::None;
             _ok = false;

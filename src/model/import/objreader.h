@@ -36,8 +36,10 @@ public:
         None,            ///< no line that is known
     };
 
-    /// Advances to the first known line. `stream` must outlive the reader.
-    explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {});
+    /// Advances to the first known line. `stream` must outlive the reader. `wideParser`, or none where it is
+    /// null, is what next(ObjRun&) parses plain lines with.
+    explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {},
+                       WideParser* wideParser = findWideParser());
 
     /// Where relative library names start from.
     void setDirectory(const QString& path) { _directory = QDir(path); }
@@ -78,6 +80,7 @@ private:
     QDir _directory;
     QTextStream* _stream;
     LineSource _lines;
+    WideParser* _wideParser;
     const char* _operands = nullptr; ///< behind the keyword of the current line
     const char* _unread = nullptr;   ///< behind the last token taken
     bool _ok = false;

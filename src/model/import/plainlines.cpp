@@ -215,10 +215,9 @@ const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& 
     return first;
 }
 
-const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
-    static WideParser* const kWideParser =
-        findAvx512Parser() != nullptr ? findAvx512Parser() : findSse41Parser();
-    return parsePlainLines(first, last, counts, run, kWideParser);
+WideParser* findWideParser() {
+    WideParser* const widest = findAvx512Parser();
+    return widest != nullptr ? widest : findSse41Parser();
 }
 
 } // namespace Atelier::Vel

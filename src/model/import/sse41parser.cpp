@@ -12,9 +12,10 @@
 #include "import/digits.h"
 
 // SSE4.1 is not in every x86-64 processor: what uses it is compiled for it and only called where it is there.
-#define VELMODEL_SSE41 __attribute__((target("sse4.1")))
+#define VELMODEL_FEATURE "sse4.1"
+#define VELMODEL_SSE41 __attribute__((target(VELMODEL_FEATURE)))
 // One step of the walk. Where it is in the text stays in registers only if every step is inlined.
-#define VELMODEL_STEP __attribute__((target("sse4.1"), always_inline)) inline
+#define VELMODEL_STEP VELMODEL_SSE41 __attribute__((always_inline)) inline
 
 namespace Atelier::Vel {
 
@@ -377,7 +378,7 @@ VELMODEL_SSE41 const char* parseWideLines(const char* first, const char* last, O
 } // namespace
 
 WideParser* findSse41Parser() {
-    return __builtin_cpu_supports("sse4.1") ? parseWideLines : nullptr;
+    return __builtin_cpu_supports(VELMODEL_FEATURE) ? parseWideLines : nullptr;
 }
 
 } // namespace Atelier::Vel
