@@ -1,21 +1,27 @@
 // Loads that read nothing outside of the model's own folder.
 
 #include <memory>
+#include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QImage>
 
 #include <gmock/gmock.h>
 
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/texturemanager.h>
+#include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
+#include <velmodel/textureloader.h>
 
 #include "support/messagelog.h"
+#include "support/opendescriptors.h"
 #include "support/recordingcontext.h"
 
 namespace Atelier::Vel {
@@ -25,6 +31,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Testing::MessageLog;
+using Testing::openDescriptors;
 using Testing::RecordingContext;
 
 constexpr LoadOptions kConfined{LoadOptions::Files::InOwnFolder};
@@ -160,6 +167,79 @@ TEST_F(ConfinementTest, SearchPathsLeadToTheFolderThatHoldsTheModel) {
     QDir::setSearchPaths("models", {path("model")});
     EXPECT_EQ(loadFile("models:model.obj"), QString());
     QDir::setSearchPaths("models", {});
+}
+
+// Folders on the way to a file are opened one after the other.
+TEST_F(ConfinementTest, NoLoadLeavesADescriptorBehind) {
+    ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c/d"));
+    write("model/a/b/c/d/in.mtl", "newmtl red\nmap_Kd ../../x.png\nmap_Ks ../../../../../out.png\n");
+    const QString outside = write("out.mtl", "newmtl red\n");
+    link("a/b/c/d/in.mtl", "model/deep.mtl");
+    link("loop", "model/loop");
+    ASSERT_EQ(mkfifo(qPrintable(path("model/a/b/pipe")), 0600), 0);
+    const auto failure = [this](const char* library) {
+        return QString("Failed to load MTL file '%1'").arg(path("model/") + library);
+    };
+    const struct {
+        QByteArray library;
+        QString anywhere; ///< the error
+        QString confined;
+    } cases[] = {
+        {"a/b/c/d/in.mtl", {}, {}},
+        {"deep.mtl", {}, {}},
+        {"../out.mtl", {}, failure("../out.mtl")},
+        {"a/b/../../../out.mtl", {}, failure("a/b/../../../out.mtl")},
+        {"a/b/c/d", failure("a/b/c/d"), failure("a/b/c/d")},
+        {"a/b/c/d/no.mtl", failure("a/b/c/d/no.mtl"), failure("a/b/c/d/no.mtl")},
+        {"a/b/no/d/in.mtl", failure("a/b/no/d/in.mtl"), failure("a/b/no/d/in.mtl")},
+        {"a/b/c/d/in.mtl/x", failure("a/b/c/d/in.mtl/x"), failure("a/b/c/d/in.mtl/x")},
+        {"a/b/pipe", failure("a/b/pipe"), failure("a/b/pipe")},
+        {"loop", failure("loop"), failure("loop")},
+    };
+    const std::vector<int> before = openDescriptors();
+    for (const auto& [library, anywhere, confined] : cases) {
+        EXPECT_EQ(load(library, LoadOptions()), anywhere) << library.toStdString();
+        EXPECT_EQ(openDescriptors(), before) << library.toStdString();
+        EXPECT_EQ(load(library), confined) << library.toStdString();
+        EXPECT_EQ(openDescriptors(), before) << library.toStdString();
+    }
+}
+
+TEST_F(ConfinementTest, NoModelThatFailsLeavesADescriptorBehind) {
+    ASSERT_EQ(mkfifo(qPrintable(path("model/pipe.obj")), 0600), 0);
+    write("model/good.obj", kTriangle);
+    const std::vector<int> before = openDescriptors();
+    for (const LoadOptions& options : {LoadOptions(), kConfined}) {
+        for (const char* name :
+             {"model/no.obj", "no/no.obj", "model/sub", "model/pipe.obj", "model/good.obj/x"})
+            EXPECT_EQ(loadFile(path(name), options), QString("Failed to load OBJ file '%1'").arg(path(name)));
+        EXPECT_EQ(openDescriptors(), before);
+        QString error;
+        const RecordingContext context;
+        const auto cancel = [](qint64, qint64) { return false; };
+        EXPECT_EQ(loadModelFromOBJFile(path("model/good.obj"), error, cancel, nullptr, options), nullptr);
+        EXPECT_EQ(error, QString("Loading OBJ file '%1' was cancelled").arg(path("model/good.obj")));
+        EXPECT_EQ(openDescriptors(), before);
+    }
+}
+
+TEST_F(ConfinementTest, NoImageLeavesADescriptorBehind) {
+    ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c"));
+    ASSERT_TRUE(QImage(2, 3, QImage::Format_ARGB32).save(path("model/a/b/c/in.png")));
+    ASSERT_TRUE(QImage(2, 3, QImage::Format_ARGB32).save(path("out.png")));
+    write("model/a/b/text.png", "this is no picture");
+    const ModelFiles folder(path("model"));
+    const std::vector<int> before = openDescriptors();
+    for (const ModelFiles& files : {ModelFiles(), folder})
+        for (const char* name :
+             {"model/a/b/c/in.png", "model/a/b/text.png", "model/a/b/no.png", "model/a/b/c"}) {
+            const bool isImage = QByteArray(name) == "model/a/b/c/in.png";
+            EXPECT_EQ(readTextureSize(files, path(name)), isImage ? QSize(2, 3) : QSize()) << name;
+            EXPECT_EQ(openDescriptors(), before) << name;
+        }
+    EXPECT_EQ(readTextureSize(folder, path("out.png")), QSize());
+    EXPECT_EQ(readTextureSize(ModelFiles(), path("out.png")), QSize(2, 3));
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 } // namespace Atelier::Vel

@@ -6,6 +6,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTextCodec>
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 
 #include "nastytext.h"
@@ -17,6 +19,7 @@ namespace Atelier::Vel {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using Testing::linesOf;
 using Testing::NastyText;
 using Testing::scaled;
@@ -32,6 +35,7 @@ protected:
         _file.write(bytes);
         _file.close();
     }
+    QString path() const { return _file.fileName(); }
     QFile& reopened(QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Text) {
         _file.close();
         EXPECT_TRUE(_file.open(mode));
@@ -166,6 +170,40 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDroppedFromStreamsToo) {
     EXPECT_EQ(linesOf(source), QStringList({"a", "b"}));
 }
 
+// A file's line may have as many bytes as the limit says; a stream's line has to be shorter.
+TEST_F(LineSourceTest, LimitOfLinesIsExact) {
+    constexpr int kLimit = 100;
+    QStringList ofFile;
+    QStringList ofStream;
+    QByteArray text;
+    for (const int length : {99, 100, 101, 102, 199, 200, 201, 299, 300, 301, 1000, 100, 99}) {
+        const QByteArray line = QByteArray::number(length).leftJustified(length, 'x');
+        text += line + '\n';
+        ofFile << (length <= kLimit ? QStringList(line) : QStringList());
+        ofStream << (length < kLimit ? QStringList(line) : QStringList());
+    }
+    write(text + "end");
+    ofFile << QStringLiteral("end");
+    ofStream << QStringLiteral("end");
+    for (const qint64 blockBytes : {4, 99, 100, 101, 102, 1000, 100'000})
+        EXPECT_EQ(lines(limitsOf(blockBytes, kLimit)), ofFile) << blockBytes;
+    QString inMemory = QString::fromLatin1(text + "end");
+    QTextStream stream(&inMemory);
+    LineSource source(&stream, limitsOf(100, kLimit));
+    EXPECT_EQ(linesOf(source), ofStream);
+}
+
+TEST_F(LineSourceTest, LastLineBeyondTheLimitIsDroppedWithoutALineFeed) {
+    for (const int length : {99, 100, 101, 102, 205}) {
+        const QByteArray line(length, 'x');
+        write("a\n" + line);
+        for (const qint64 blockBytes : {4, 100, 101, 103, 1000})
+            EXPECT_EQ(lines(limitsOf(blockBytes, 100)),
+                      length <= 100 ? QStringList({"a", line}) : QStringList({"a"}))
+                << blockBytes << ' ' << length;
+    }
+}
+
 TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
     write("a\nb\nc\nd");
     QTextStream stream(&reopened());
@@ -197,6 +235,87 @@ TEST_F(LineSourceTest, StreamsThatAreNoPlainFilesAreReadThroughTheStream) {
     QTextStream ofBuffer(&buffer);
     LineSource source(&ofBuffer);
     EXPECT_EQ(linesOf(source), QStringList({"x", "y"}));
+}
+
+TEST_F(LineSourceTest, StreamsThatDetectNoUnicodeKeepMarksAsTheyDo) {
+    for (const QByteArray& text : {QByteArray("\xEF\xBB\xBF"
+                                              "a\nb"),
+                                   QByteArray("\xFF\xFE"
+                                              "a\0\n\0",
+                                              6)}) {
+        write(text);
+        QTextStream stream(&reopened());
+        stream.setAutoDetectUnicode(false);
+        LineSource source(&stream);
+        EXPECT_FALSE(source.fill());
+        const QStringList found = linesOf(source);
+        QTextStream again(&reopened());
+        again.setAutoDetectUnicode(false);
+        EXPECT_EQ(found, linesOf(again));
+    }
+}
+
+TEST_F(LineSourceTest, CodecOfTheLocaleIsRespected) {
+    write("r\xE9"
+          "d\n");
+    QTextCodec* const before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const QStringList latin = lines();
+    QTextCodec::setCodecForLocale(before);
+    EXPECT_EQ(latin, QStringList(QString::fromLatin1("r\xE9"
+                                                     "d")));
+}
+
+// A stream finds a pipe at its end before anything was read from it.
+TEST_F(LineSourceTest, PipesHaveTheLinesThatTheStreamFinds) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(::write(ends[1], "a\nb", 3), 3);
+    close(ends[1]);
+    QFile pipe;
+    ASSERT_TRUE(pipe.open(ends[0], QIODevice::ReadOnly | QIODevice::Text, QFileDevice::AutoCloseHandle));
+    QTextStream stream(&pipe);
+    EXPECT_TRUE(stream.atEnd());
+    LineSource source(&stream);
+    EXPECT_FALSE(source.fill());
+    EXPECT_THAT(linesOf(source), IsEmpty());
+    EXPECT_EQ(source.bytesRead(), 0);
+}
+
+TEST_F(LineSourceTest, WideEncodingsHaveNoLinesInMemoryAndNoBytesRead) {
+    write(QByteArray("\xFF\xFE"
+                     "a\0\n\0b\0\n\0",
+                     10));
+    QTextStream stream(&reopened());
+    LineSource source(&stream);
+    EXPECT_FALSE(source.fill());
+    EXPECT_EQ(source.bytesRead(), 0);
+    EXPECT_EQ(linesOf(source), QStringList({"a", "b"}));
+    EXPECT_EQ(source.bytesRead(), 0);
+}
+
+TEST_F(LineSourceTest, FileIsLeftInTextMode) {
+    write("a\nb");
+    QFile& file = reopened();
+    QTextStream stream(&file);
+    LineSource source(&stream);
+    EXPECT_TRUE(file.isTextModeEnabled());
+    EXPECT_EQ(linesOf(source), QStringList({"a", "b"}));
+    EXPECT_TRUE(file.isTextModeEnabled());
+    EXPECT_EQ(source.bytesRead(), 3);
+}
+
+TEST_F(LineSourceTest, FileThatGrowsIsReadToItsNewEnd) {
+    for (const qint64 blockBytes : {4, 5, 100}) {
+        write("first\nsecond");
+        QTextStream stream(&reopened());
+        LineSource source(&stream, limitsOf(blockBytes));
+        QFile more(path());
+        ASSERT_TRUE(more.open(QIODevice::WriteOnly | QIODevice::Append));
+        more.write(" line\nthird\n");
+        more.close();
+        EXPECT_EQ(linesOf(source), QStringList({"first", "second line", "third"})) << blockBytes;
+    }
 }
 
 TEST_F(LineSourceTest, NoiseHasTheStreamsLines) {

@@ -1,13 +1,17 @@
 #include <velmodel/modelfiles.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <QtCore/QDir>
@@ -16,12 +20,16 @@
 #include <gmock/gmock.h>
 
 #include "support/hangguard.h"
+#include "support/opendescriptors.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
+using testing::ElementsAre;
 using Testing::HangGuard;
+using testing::IsEmpty;
+using Testing::openDescriptors;
 
 constexpr QIODevice::OpenMode kText = QIODevice::ReadOnly | QIODevice::Text;
 
@@ -70,9 +78,40 @@ private:
     QTemporaryDir _top;
 };
 
-int openDescriptors() {
-    return static_cast<int>(QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size());
-}
+/// The names that are opened while it lives, and how.
+class Openings {
+public:
+    using Opening = std::pair<QByteArray, int>;
+
+    Openings() { current = this; }
+    ~Openings() { current = nullptr; }
+    Openings(const Openings&) = delete;
+    Openings& operator=(const Openings&) = delete;
+
+    const std::vector<Opening>& all() const { return _all; }
+
+    static void notice(const char* name, int flags) {
+        if (current != nullptr)
+            current->_all.emplace_back(name, flags);
+    }
+
+private:
+    static inline Openings* current = nullptr;
+    std::vector<Opening> _all;
+};
+
+/// Lets every file seem to lie on a file system of this kind while it lives.
+class FileSystem {
+public:
+    explicit FileSystem(long kind) { standIn = kind; }
+    ~FileSystem() { standIn = 0; }
+    FileSystem(const FileSystem&) = delete;
+    FileSystem& operator=(const FileSystem&) = delete;
+
+    /// Asking for the file system fails.
+    static constexpr long kUnknown = -1;
+    static inline long standIn = 0;
+};
 
 /// Does something between the library's looking at a file and its opening it, the first time that a name is
 /// opened.
@@ -208,14 +247,105 @@ TEST_F(ModelFilesTest, FileIsReadAsTextWhereAskedFor) {
 }
 
 TEST_F(ModelFilesTest, NoDescriptorStaysBehind) {
-    const int before = openDescriptors();
-    {
-        const ModelFiles files(path("model"));
-        for (const char* name : {"model/in", "model/sub/up", "model/sub/in", "model/sub", "model/missing/x"})
+    ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c/d"));
+    write("model/a/b/c/d/in");
+    link("a/b/c/d/in", "model/deep-link");
+    ASSERT_EQ(mkfifo(qPrintable(path("model/a/b/pipe")), 0600), 0);
+    const std::vector<int> before = openDescriptors();
+    for (const ModelFiles& files : {ModelFiles(), ModelFiles(path("model"))}) {
+        EXPECT_EQ(openDescriptors().size(), before.size() + 1) << "the folder itself is open";
+        for (const char* name :
+             {"model/in", "model/sub/up", "model/sub/in", "model/a/b/c/d/in", "model/deep-link", "model/sub",
+              "model/a/b/c", "model/a/b/pipe", "model/missing/x", "model/a/b/missing/c/x",
+              "model/a/b/c/d/in/x", "model/a/b/c/d/missing", "out", "model/../out", "model/sub/out",
+              "model/loop1", "model/a/b/../../../out"})
             read(files, path(name));
-        EXPECT_EQ(openDescriptors(), before + 1) << "the folder itself is open";
+        EXPECT_EQ(openDescriptors().size(), before.size() + 1);
+        const std::unique_ptr<QFile> file = files.open(path("model/a/b/c/d/in"));
+        EXPECT_EQ(openDescriptors().size(), before.size() + 2)
+            << "one for the file, none for the folders above it";
     }
     EXPECT_EQ(openDescriptors(), before);
+}
+
+// A terminal would not become this process's own, and no child gets the descriptors.
+TEST_F(ModelFilesTest, NamesAreOpenedOneByOneAndForReadingOnly) {
+    constexpr int kFile = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    constexpr int kFolder = O_PATH | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW;
+    const ModelFiles folder(path("model"));
+    const Openings openings;
+    EXPECT_EQ(read(ModelFiles(), path("model/sub/in")), "model/sub/in");
+    EXPECT_EQ(read(folder, path("model/folder/in")), "model/sub/in");
+    EXPECT_THAT(openings.all(),
+                ElementsAre(Openings::Opening(QFile::encodeName(path("model/sub/in")), kFile),
+                            Openings::Opening("sub", kFolder), Openings::Opening("in", kFile | O_NOFOLLOW)));
+}
+
+// Opening a pipe or a device has effects by itself.
+TEST_F(ModelFilesTest, WhatIsNoRegularFileIsNotOpenedAtAll) {
+    ASSERT_EQ(mkfifo(qPrintable(path("model/pipe")), 0600), 0);
+    const ModelFiles folder(path("model"));
+    const Openings openings;
+    for (const char* name : {"model/pipe", "model/sub", "model/missing", "model/dangling"}) {
+        EXPECT_EQ(ModelFiles().open(path(name)), nullptr) << name;
+        EXPECT_EQ(folder.open(path(name)), nullptr) << name;
+    }
+    EXPECT_EQ(ModelFiles().open("/dev/null"), nullptr);
+    EXPECT_THAT(openings.all(), IsEmpty());
+}
+
+TEST_F(ModelFilesTest, DescriptorOfTheFolderIsForItsNameOnlyAndNotForChildren) {
+    const std::vector<int> before = openDescriptors();
+    const ModelFiles files(path("model"));
+    std::vector<int> opened = openDescriptors();
+    opened.erase(std::remove_if(opened.begin(), opened.end(),
+                                [&](int descriptor) {
+                                    return std::find(before.begin(), before.end(), descriptor) !=
+                                           before.end();
+                                }),
+                 opened.end());
+    ASSERT_EQ(opened.size(), 1u);
+    EXPECT_EQ(fcntl(opened.front(), F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(fcntl(opened.front(), F_GETFL) & (O_PATH | O_DIRECTORY), O_PATH | O_DIRECTORY);
+}
+
+TEST_F(ModelFilesTest, FilesOfTheKernelAreNotRead) {
+    for (const long kind : {PROC_SUPER_MAGIC, SYSFS_MAGIC, DEBUGFS_MAGIC, TRACEFS_MAGIC}) {
+        const FileSystem standIn(kind);
+        EXPECT_EQ(ModelFiles().open(path("out")), nullptr) << kind;
+        EXPECT_EQ(ModelFiles(path("model")).open(path("model/in")), nullptr) << kind;
+    }
+    for (const long kind : {TMPFS_MAGIC, EXT4_SUPER_MAGIC, NFS_SUPER_MAGIC}) {
+        const FileSystem standIn(kind);
+        EXPECT_EQ(read(ModelFiles(), path("out")), "out") << kind;
+        EXPECT_EQ(read(ModelFiles(path("model")), path("model/in")), "model/in") << kind;
+    }
+}
+
+TEST_F(ModelFilesTest, FileWhoseFileSystemIsUnknownIsRead) {
+    const FileSystem standIn(FileSystem::kUnknown);
+    EXPECT_EQ(read(ModelFiles(), path("out")), "out");
+}
+
+// The system itself follows forty links.
+TEST_F(ModelFilesTest, FortyLinksAreFollowedAndNoMore) {
+    link("in", "model/link1");
+    for (int i = 2; i <= 41; ++i)
+        link(QString("link%1").arg(i - 1), QString("model/link%1").arg(i));
+    for (const ModelFiles& files : {ModelFiles(), ModelFiles(path("model"))}) {
+        EXPECT_EQ(read(files, path("model/link40")), "model/in");
+        EXPECT_TRUE(files.allows(path("model/link41")));
+        EXPECT_EQ(files.open(path("model/link41")), nullptr);
+    }
+}
+
+TEST_F(ModelFilesTest, NameWithAZeroIsNone) {
+    const QString name = path("model/in") + QChar(QChar::Null) + "x";
+    EXPECT_EQ(ModelFiles().open(name), nullptr);
+    const ModelFiles files(path("model"));
+    EXPECT_FALSE(files.allows(name));
+    EXPECT_EQ(files.open(name), nullptr);
+    EXPECT_EQ(files.open(QString()), nullptr);
 }
 
 TEST_F(ModelFilesTest, FileThatBecomesAPipeIsNotWaitedFor) {
@@ -253,5 +383,17 @@ TEST_F(ModelFilesTest, FolderThatBecomesALinkOutOfItsFolderIsNotEntered) {
 // Stands in for the C library's function, also for the library's calls.
 extern "C" __attribute__((visibility("default"))) int openat(int folder, const char* name, int flags, ...) {
     Atelier::Vel::BeforeOpening::notice(name);
+    Atelier::Vel::Openings::notice(name, flags);
     return static_cast<int>(syscall(SYS_openat, folder, name, flags, 0));
+}
+
+// The same.
+extern "C" __attribute__((visibility("default"))) int fstatfs(int file, struct statfs* system) {
+    using Atelier::Vel::FileSystem;
+    if (FileSystem::standIn == FileSystem::kUnknown)
+        return -1;
+    const long result = syscall(SYS_fstatfs, file, system);
+    if (FileSystem::standIn != 0)
+        system->f_type = FileSystem::standIn;
+    return static_cast<int>(result);
 }
