@@ -84,6 +84,13 @@ std::vector<std::pair<std::string, unsigned int>> Loaded::commands() const {
     return result;
 }
 
+bool isUntouched(const LoadReport& report) {
+    return report.bytesRead == 0 && report.faces == 0 && report.droppedFaces == 0 &&
+           report.facesWithoutGroup == 0 && report.untriangulatedFaces == 0 &&
+           report.substitutedCorners == 0 && report.corners == 0 && report.vertices == 0 &&
+           report.triangles == 0;
+}
+
 void keep(Loaded& loaded, const RecordingContext& context) {
     loaded.calls = context.calls();
     for (const auto& upload : context.recording().uploads)
@@ -113,6 +120,17 @@ protected:
         loaded.model.reset(loadModelFromOBJFile(file, loaded.error, progress, &loaded.report));
         keep(loaded, context);
         return loaded;
+    }
+    /// The bytes done that progress is told.
+    std::vector<qint64> progressOf(const QByteArray& text) {
+        std::vector<qint64> told;
+        const Loaded loaded = load(text, [&](qint64 done, qint64 total) {
+            EXPECT_EQ(total, text.size());
+            told.push_back(done);
+            return true;
+        });
+        EXPECT_NE(loaded.model, nullptr);
+        return told;
     }
     static Loaded loadLiterally(const QString& file) {
         const RecordingContext context;
@@ -202,6 +220,7 @@ TEST_F(ObjLoaderTest, MissingLibraryFailsWithItsAbsolutePath) {
     EXPECT_EQ(loaded.model, nullptr);
     EXPECT_EQ(loaded.error, QStringLiteral("Failed to load MTL file '%1'").arg(path(QStringLiteral("no"))));
     EXPECT_TRUE(loaded.calls.isEmpty());
+    EXPECT_TRUE(isUntouched(loaded.report));
 }
 
 TEST_F(ObjLoaderTest, LibraryWithoutANameIsTheDirectoryAndFails) {
@@ -297,6 +316,36 @@ TEST_F(ObjLoaderTest, ReportCountsFacesThatGiveNoTriangle) {
     EXPECT_EQ(loaded.report.bytesRead, kTriangle.size() + 20);
 }
 
+TEST_F(ObjLoaderTest, ReportCountsEverythingForItself) {
+    const MessageLog log;
+    const QByteArray text = "v 0 0 0\nv 2 0 0\nv 2 2 0\nv 0 2 0\nv 9 9 9\nvt 3 3\nvt 1 1\n"
+                            "f 1/1 2/1 3/1 4/1\n" // two triangles of four vertices
+                            "f 1/2 2/2 3/9\n"     // three further vertices, one of them without a value
+                            "f 1 2 x\nf 1 2 y\nf 1 2 z\nf z\n"
+                            "f 1/1 2/1\n" // no triangle
+                            "usemtl none\nf 1/1 2/1 3/1\nf 1/1 2/1 3/1\n";
+    const Loaded loaded = load(text);
+    EXPECT_EQ(loaded.report.bytesRead, text.size());
+    EXPECT_EQ(loaded.report.faces, 5u);
+    EXPECT_EQ(loaded.report.droppedFaces, 4u);
+    EXPECT_EQ(loaded.report.facesWithoutGroup, 2u);
+    EXPECT_EQ(loaded.report.untriangulatedFaces, 1u);
+    EXPECT_EQ(loaded.report.substitutedCorners, 1u);
+    EXPECT_EQ(loaded.report.corners, 15u);
+    EXPECT_EQ(loaded.report.vertices, 7u);
+    EXPECT_EQ(loaded.report.triangles, 3u);
+}
+
+TEST_F(ObjLoaderTest, ReportAndProgressMayBeLeftOut) {
+    write(QStringLiteral("model.obj"), kCube);
+    QString error;
+    const RecordingContext context;
+    const std::unique_ptr<GPUModel> model(
+        loadModelFromOBJFile(path(QStringLiteral("model.obj")), error, {}, nullptr));
+    EXPECT_NE(model, nullptr);
+    EXPECT_EQ(error, QString());
+}
+
 TEST_F(ObjLoaderTest, EveryDrawableCarriesIdentityMatrices) {
     const Loaded loaded = load(kCube);
     const InstanceData instance = loaded.model->instances(0)->items().at(0);
@@ -367,6 +416,46 @@ TEST_F(ObjLoaderTest, ProgressRisesToTheEndInAFewHundredCalls) {
     EXPECT_LE(done.back(), text.size());
 }
 
+constexpr int kBlockBytes = 256 * 1024; // of the text, that are read at a time
+
+/// A triangle and comments: text of so many bytes.
+QByteArray triangleAndComments(int bytes) {
+    const QByteArray text = kTriangle + "f 1 2 3\n";
+    const QByteArray comments = QByteArray("# comment\n").repeated(bytes / 10);
+    return text + comments.left(bytes - text.size() - 1) + '\n';
+}
+
+TEST_F(ObjLoaderTest, ProgressIsToldForEachBlockOfTheText) {
+    const std::vector<qint64> told = progressOf(triangleAndComments(3 * kBlockBytes + 10'000));
+    EXPECT_THAT(told, ElementsAre(kBlockBytes, 2 * kBlockBytes, 3 * kBlockBytes, 3 * kBlockBytes + 10'000));
+}
+
+// The last block counts where it is at least such a step behind the one before.
+TEST_F(ObjLoaderTest, ProgressIsToldInStepsOfATwoHundredth) {
+    constexpr int kStep = 3952;
+    static_assert((3 * kBlockBytes + kStep) / 200 + 1 == kStep);
+    EXPECT_EQ(progressOf(triangleAndComments(3 * kBlockBytes + kStep)).size(), 4u);
+    EXPECT_EQ(progressOf(triangleAndComments(3 * kBlockBytes + kStep - 1)).size(), 3u);
+}
+
+TEST_F(ObjLoaderTest, CancellingAnywhereGivesNothing) {
+    const QByteArray text = triangleAndComments(600'000);
+    int calls = 0;
+    ASSERT_NE(load(text, [&](qint64, qint64) { return ++calls > 0; }).model, nullptr);
+    ASSERT_EQ(calls, 3);
+    for (int last = 1; last <= calls; ++last) {
+        int told = 0;
+        const Loaded loaded = load(text, [&](qint64, qint64) { return ++told < last; });
+        EXPECT_EQ(told, last);
+        EXPECT_EQ(loaded.model, nullptr);
+        EXPECT_EQ(
+            loaded.error,
+            QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path(QStringLiteral("model.obj"))));
+        EXPECT_TRUE(loaded.calls.isEmpty());
+        EXPECT_TRUE(isUntouched(loaded.report));
+    }
+}
+
 /// Polygons of so many corners each, on a parabola: convex, and no two corners alike.
 QByteArray polygons(int count, int corners) {
     QByteArray text;
@@ -422,6 +511,15 @@ TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
         ASSERT_NE(loaded.model, nullptr);
         EXPECT_THAT(told, AllOf(testing::Ge(2), Le(300)));
     }
+}
+
+// Corners are counted in portions of 16,384; a step is more than one of them and less than two.
+TEST_F(CancelledCutTest, TellsOfManyPortionsInStepsOfATwoHundredthOfTheWork) {
+    constexpr int kCorners = 2'400'000;
+    static_assert(2 * kCorners / 200 > 16'384 && 2 * kCorners / 200 < 2 * 16'384);
+    std::vector<qint64> told = progressOf(polygons(kCorners / 6, 6));
+    const auto ofText = std::find(told.begin(), told.end(), told.back());
+    EXPECT_EQ(told.end() - ofText - 1, kCorners / 16'384 / 2);
 }
 
 TEST_F(ObjLoaderTest, DecimalCommasChangeNothing) {
