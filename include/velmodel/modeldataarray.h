@@ -43,7 +43,8 @@ private:
     std::shared_ptr<ScratchBlock> moveTo(quint64 capacity);
     /// The same, with room for `bytes` bytes and more to come.
     std::shared_ptr<ScratchBlock> growTo(quint64 bytes);
-    char* ownBytes();
+    /// The bytes, shared with no copy, with room for `bytes` of them.
+    char* ownBytes(quint64 bytes);
     void resizeBytes(quint64 bytes);
 
     quint32 _type;

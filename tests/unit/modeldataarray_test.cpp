@@ -194,6 +194,88 @@ TEST(ModelDataArrayTest, ReservingTooMuchOrTooLittleChangesNothing) {
     EXPECT_EQ(*static_cast<const float*>(array.data(0)), kOne);
 }
 
+TEST(ModelDataArrayTest, RoomThatIsThereIsNotMadeAgain) {
+    ModelDataArray array(kUnsignedInt, 3);
+    const void* const begin = array.data(0);
+    array.resize(3);
+    array.reserve(3);
+    array.resize(1);
+    array.resize(3);
+    EXPECT_EQ(array.data(0), begin);
+}
+
+TEST(ModelDataArrayTest, LongArrayStaysInItsPlace) {
+    const std::vector<quint32> piece(200'000, 7);
+    ModelDataArray array(kUnsignedInt);
+    array.append(piece.size(), piece.data());
+    const void* const begin = array.data(0);
+    for (int round = 0; round < 9; ++round)
+        array.append(piece.size(), piece.data());
+    EXPECT_EQ(array.data(0), begin);
+    EXPECT_EQ(array.size(), 10 * piece.size());
+}
+
+TEST(ModelDataArrayTest, GrowingKeepsTheElements) {
+    ModelDataArray array(kUnsignedInt);
+    const quint32 values[] = {1, 2, 3};
+    array.append(3, values);
+    array.resize(100'000);
+    array.reserve(400'000);
+    EXPECT_EQ(array.size(), 100'000U);
+    array.resize(3);
+    EXPECT_THAT(words(array), testing::ElementsAre(1, 2, 3));
+}
+
+TEST(ModelDataArrayTest, DataThatOverlapsItselfIsCopiedAsItWas) {
+    ModelDataArray array(kUnsignedInt);
+    const quint32 values[] = {1, 2, 3, 4};
+    array.append(4, values);
+    array.setData(1, 3, array.data(0));
+    EXPECT_THAT(words(array), testing::ElementsAre(1, 1, 2, 3));
+}
+
+TEST(ModelDataArrayTest, HoldsUpTo2147483647Bytes) {
+    const struct {
+        unsigned int type;
+        quint64 count;
+    } rows[] = {{kUnsignedByte, 2147483647},
+                {kUnsignedShort, 1073741823},
+                {kUnsignedInt, 536870911},
+                {kDouble, 268435455}};
+    for (const auto& row : rows) {
+        EXPECT_TRUE(ModelDataArray::canHold(row.type, row.count));
+        EXPECT_FALSE(ModelDataArray::canHold(row.type, row.count + 1));
+        const std::unique_ptr<ModelDataStream> stream(ModelDataArrayAllocator().alloc(row.type, row.count));
+        ASSERT_NE(stream, nullptr);
+        EXPECT_EQ(stream->size(), row.count);
+        EXPECT_EQ(ModelDataArrayAllocator().alloc(row.type, row.count + 1), nullptr);
+    }
+    EXPECT_TRUE(ModelDataArray::canHold(kNoType, ~quint64{0}));
+}
+
+// Pages that nothing is written to take no memory.
+TEST(ModelDataArrayTest, AppendsUpToTheLastByte) {
+    constexpr quint64 kMost = 2147483647;
+    const unsigned char values[] = {1, 2, 3};
+    ModelDataArray array(kUnsignedByte);
+    array.reserve(kMost);
+    array.resize(kMost - 2);
+    array.append(3, values);
+    EXPECT_EQ(array.size(), kMost - 2);
+    array.append(2, values);
+    ASSERT_EQ(array.size(), kMost);
+    EXPECT_EQ(*static_cast<unsigned char*>(array.data(kMost - 1)), 2);
+    array.append(1, values);
+    array.resize(kMost + 1);
+    EXPECT_EQ(array.size(), kMost);
+    array.setType(kUnsignedShort);
+    EXPECT_EQ(array.type(), kUnsignedByte);
+    array.resize(kMost / 2);
+    array.setType(kUnsignedShort);
+    EXPECT_EQ(array.type(), kUnsignedShort);
+    EXPECT_EQ(array.byteCount(), kMost - 1);
+}
+
 TEST(ModelDataArrayTest, CopiesPartWhenOneIsAppendedTo) {
     ModelDataArray source(kUnsignedInt);
     const quint32 values[] = {1, 2, 3};

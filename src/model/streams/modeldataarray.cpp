@@ -42,8 +42,8 @@ void ModelDataArray::setType(unsigned int type) {
     const quint64 count = size();
     if (type == _type || !canHold(type, count))
         return;
-    _type = type;
     resizeBytes(typeSize(type) * count);
+    _type = type;
 }
 
 bool ModelDataArray::isEmpty() const {
@@ -70,7 +70,7 @@ quint64 ModelDataArray::byteCount() const {
 }
 
 void* ModelDataArray::data(quint64 first) {
-    return ownBytes() + typeSize(_type) * first;
+    return ownBytes(_byteCount) + typeSize(_type) * first;
 }
 
 void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
@@ -89,7 +89,7 @@ void ModelDataArray::append(quint64 count, const void* src) {
     if (total > _capacity)
         before = growTo(total);
     if (bytes != 0)
-        std::memcpy(ownBytes() + _byteCount, src, bytes);
+        std::memcpy(ownBytes(total) + _byteCount, src, bytes);
     _byteCount = total;
 }
 
@@ -118,9 +118,16 @@ std::shared_ptr<ScratchBlock> ModelDataArray::growTo(quint64 bytes) {
     }
 }
 
-char* ModelDataArray::ownBytes() {
-    if (_block == nullptr || _block.use_count() > 1)
-        moveTo(_capacity);
+char* ModelDataArray::ownBytes(quint64 bytes) {
+    if (_block == nullptr || _block.use_count() > 1) {
+        try {
+            moveTo(_capacity);
+        } catch (const std::bad_alloc&) {
+            if (_capacity == bytes)
+                throw;
+            moveTo(bytes); // where addresses are scarce
+        }
+    }
     return _block->as<char>();
 }
 
