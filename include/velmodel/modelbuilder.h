@@ -148,7 +148,8 @@ private:
         std::array<QSharedPointer<ModelDataStream>, kStreamSlots> streams;
         qint32 components;
 
-        quint64 vertexCount() const;
+        /// The whole values of a stream; 0 without one.
+        quint64 valueCount(StreamSlot slot) const;
     };
 
     /// An index for each of some corners.

@@ -28,7 +28,7 @@ public:
     virtual void* data(quint64 first) = 0;
     /// Copies `count` elements from `src` over the elements from `first` on. No bounds check, no growth.
     virtual void setData(quint64 first, quint64 count, const void* src) = 0;
-    /// Copies `count` elements from `src` behind the last one.
+    /// Copies `count` elements from `src` behind the last one; nothing where resize() refuses.
     virtual void append(quint64 count, const void* src);
 
     /// The size of one element in bytes; 0 for a code that is no scalar type.

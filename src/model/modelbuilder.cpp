@@ -22,6 +22,7 @@
 #include "upload/mergedcorners.h"
 #include "upload/modelupload.h"
 #include "upload/overwritingstream.h"
+#include "upload/streamrequest.h"
 
 namespace Atelier::Vel {
 
@@ -39,12 +40,12 @@ QString describeAttribute(const QString& name) {
 }
 
 /// False when the stream did not take the data. A null stream takes nothing and loses nothing.
-bool appendTo(ModelDataStream* stream, quint64 count, const void* data) {
-    if (stream == nullptr || count == 0)
-        return true;
-    const quint64 before = stream->size();
-    stream->append(count, data);
-    return stream->size() == before + count;
+bool appendIfThere(ModelDataStream* stream, quint64 count, const void* data, quint64 elementSize) {
+    return stream == nullptr || count == 0 || appendTo(*stream, count, data, elementSize);
+}
+
+bool appendWords(ModelDataStream* stream, quint64 count, const unsigned int* words) {
+    return appendIfThere(stream, count, words, sizeof *words);
 }
 
 /// Walking a hash gives another order in every process; what can be seen from outside has to keep one.
@@ -83,7 +84,7 @@ bool ModelBuilder::isValid() const {
         return false;
     return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(),
                        [this](const VertexAttribute& record) {
-                           const ModelDataStream* const values = record.streams[kValues].data();
+                           ModelDataStream* const values = record.streams[kValues].data();
                            return values == nullptr || (!isEmpty(values) && hasIndices(record));
                        });
 }
@@ -130,7 +131,7 @@ bool ModelBuilder::addFacesToMaterialGroup(const QString& name, quint64 count, c
         QMessageLogger().warning("adding object '%s'' to material group for object '%s'",
                                  objectName.toLocal8Bit().constData(),
                                  group->objectName.toLocal8Bit().constData());
-    if (!appendTo(group->faces.others().stream.data(), count, faces))
+    if (!appendWords(group->faces.others().stream.data(), count, faces))
         refuse(QStringLiteral("material group '%1'").arg(name));
     return true;
 }
@@ -162,7 +163,8 @@ void ModelBuilder::addValuesToVertexAttribute(const QString& name, quint64 count
     if (record == _vertexAttributes.end())
         return;
     ModelDataStream* const stream = record->streams[kValues].data();
-    if (stream != nullptr && stream->type() == type && !appendTo(stream, count, values))
+    if (stream != nullptr && stream->type() == type &&
+        !appendIfThere(stream, count, values, ModelDataStream::typeSize(type)))
         refuse(describeAttribute(name));
 }
 
@@ -173,7 +175,7 @@ void ModelBuilder::addIndicesToVertexAttribute(const QString& name, quint64 coun
         return;
     if (!_listsCorners)
         listCorners();
-    if (!appendTo(record->streams[kIndices].data(), count, indices))
+    if (!appendWords(record->streams[kIndices].data(), count, indices))
         refuse(describeAttribute(name));
 }
 
@@ -187,11 +189,12 @@ bool ModelBuilder::addCorners(const CornerList* lists, std::size_t listCount, qu
         QStringList names;
         std::transform(lists, lists + listCount, std::back_inserter(names),
                        [](const CornerList& list) { return *list.attribute; });
-        _mergedCorners = std::make_unique<MergedCorners>(names, makeStream(kIndexType, 0));
+        const QSharedPointer<ModelDataStream> list = makeStream(kIndexType, 0);
+        if (!list.isNull() && list->type() == kIndexType)
+            _mergedCorners = std::make_unique<MergedCorners>(names, list);
     }
-    const VertexAttribute& position = _vertexAttributes[*lists->attribute];
-    const quint64 values = position.streams[kValues]->size() / static_cast<quint64>(position.components);
-    if (!_mergedCorners->add(numbers.data(), count, values)) {
+    const quint64 values = _vertexAttributes[*lists->attribute].valueCount(kValues);
+    if (!_mergedCorners || !_mergedCorners->add(numbers.data(), count, values)) {
         listCorners();
         return false;
     }
@@ -258,7 +261,7 @@ void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* cou
         }
         listFaceCounts();
     }
-    if (!appendTo(_verticesPerFace.data(), count, counts))
+    if (!appendWords(_verticesPerFace.data(), count, counts))
         refuse(QStringLiteral("the faces"));
 }
 
@@ -306,7 +309,7 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
         return;
     }
     ModelUpload upload(*context, {instanceData, groupIdMember, usage, primitiveType});
-    if (!upload.addIndices(*_gpuIndices, position.vertexCount(), *_allocator))
+    if (!upload.addIndices(*_gpuIndices, position.valueCount(kGPUValues), *_allocator))
         return;
     for (const QString& name : attributeNames()) {
         const VertexAttribute& record = _vertexAttributes[name];
@@ -320,10 +323,10 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
             _drawGroupNames.value(drawKey), [this](const QString& name) { return drawGroup(name); });
 }
 
-quint64 ModelBuilder::VertexAttribute::vertexCount() const {
-    if (components < 1 || streams[kGPUValues].isNull())
+quint64 ModelBuilder::VertexAttribute::valueCount(StreamSlot slot) const {
+    if (components < 1 || streams[slot].isNull())
         return 0;
-    return streams[kGPUValues]->size() / static_cast<quint64>(components);
+    return streams[slot]->size() / static_cast<quint64>(components);
 }
 
 bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
@@ -366,10 +369,6 @@ void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
         if (!_keepsInput)
             group->faces = GroupFaces(); // in this order, which is that of making, it costs least
     }
-    if (_overwritesCorners && !_gpuIndices.isNull()) {
-        corners->resize(_gpuIndices->size());
-        _gpuIndices = corners;
-    }
     _faceCutter.reset();
 }
 
@@ -396,13 +395,15 @@ void ModelBuilder::abandonPreparation() {
     _gpuIndices.reset();
     _drawCommands.clear();
     _drawGroupNames.clear();
+    _statistics.triangles = 0;
+    _statistics.untriangulatedFaces = 0;
 }
 
 bool ModelBuilder::makeNormals(const VertexAttribute& position) {
-    const quint64 vertexCount = position.vertexCount();
+    const quint64 vertexCount = position.valueCount(kGPUValues);
     const QSharedPointer<ModelDataStream> values = makeStream(kFloat, vertexCount * 3);
     const ByteView normals = ByteView::of(values.data());
-    if (values.isNull() || normals.count < vertexCount * 3 * sizeof(float)) {
+    if (values.isNull() || values->type() != kFloat || normals.count < vertexCount * 3 * sizeof(float)) {
         abandonPreparation();
         reportMissingStream(describeAttribute(_normalsAttributeName));
         return false;
@@ -430,7 +431,7 @@ DrawGroup ModelBuilder::drawGroup(const QString& name) {
 }
 
 QSharedPointer<ModelDataStream> ModelBuilder::makeStream(unsigned int type, quint64 count) const {
-    return shared(std::unique_ptr<ModelDataStream>(_allocator->alloc(type, count)));
+    return requestStream(*_allocator, type, count);
 }
 
 void ModelBuilder::refuse(const QString& purpose) {

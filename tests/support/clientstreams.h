@@ -8,10 +8,11 @@
 /// Streams and allocators as clients write them.
 namespace Atelier::Vel::Testing {
 
-/// Implements nothing but what it has to.
-class PlainStream : public ModelDataStream {
+/// Implements nothing but what it has to. `Bytes` is resized, asked for its size and for its data.
+template<typename Bytes>
+class StreamOver : public ModelDataStream {
 public:
-    PlainStream(unsigned int type, quint64 count) : _type(type) { resize(count); }
+    StreamOver(unsigned int type, quint64 count) : _type(type) { _bytes.resize(count * typeSize(type)); }
 
     unsigned int type() const override { return _type; }
     void setType(unsigned int type) override { _type = type; }
@@ -20,13 +21,18 @@ public:
     void* data(quint64 first) override { return _bytes.data() + first * typeSize(_type); }
     void setData(quint64 first, quint64 count, const void* src) override {
         if (count * typeSize(_type) != 0)
-            std::memcpy(data(first), src, count * typeSize(_type));
+            std::memcpy(_bytes.data() + first * typeSize(_type), src, count * typeSize(_type));
     }
 
 private:
     unsigned int _type;
-    // Exactly as long as it says, so that a sanitizer sees every step beyond the end.
-    std::vector<unsigned char> _bytes;
+    Bytes _bytes;
+};
+
+/// Exactly as long as it says, so that a sanitizer sees every step beyond the end.
+class PlainStream : public StreamOver<std::vector<unsigned char>> {
+public:
+    using StreamOver::StreamOver;
 };
 
 class PlainAllocator : public ModelDataStreamAllocator {
@@ -63,6 +69,92 @@ public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
         return new PlainStream(type == 0x1405 ? 0x1403 : type, count);
     }
+};
+
+/// In what a stream differs from the one that was asked for.
+enum class Lie {
+    None,
+    Missing,      ///< there is none
+    Short,        ///< one element less
+    Long,         ///< one element more
+    ShortForGood, ///< one element less, and it cannot be resized
+    LongForGood,  ///< one element more, and it cannot be resized
+    NarrowType,   ///< elements of half the bytes
+    WideType,     ///< elements of twice the bytes
+    OtherType,    ///< elements of the same bytes
+    NoType,       ///< elements of no scalar type
+    NoData,       ///< its bytes cannot be had
+    NoAppend,     ///< refuses what is appended
+    NoResize      ///< keeps its size
+};
+
+constexpr Lie kLies[] = {Lie::Missing,     Lie::Short,      Lie::Long,     Lie::ShortForGood,
+                         Lie::LongForGood, Lie::NarrowType, Lie::WideType, Lie::OtherType,
+                         Lie::NoType,      Lie::NoData,     Lie::NoAppend, Lie::NoResize};
+
+/// A `Stream` with one lie.
+template<typename Stream>
+class LyingStream : public Stream {
+public:
+    LyingStream(Lie lie, unsigned int type, quint64 count)
+        : Stream(typeOf(lie, type), countOf(lie, count)), _lie(lie) {}
+
+    void resize(quint64 count) override {
+        if (_lie != Lie::NoResize && _lie != Lie::ShortForGood && _lie != Lie::LongForGood)
+            Stream::resize(count);
+    }
+    void* data(quint64 first) override { return _lie == Lie::NoData ? nullptr : Stream::data(first); }
+    void append(quint64 count, const void* src) override {
+        if (_lie != Lie::NoAppend)
+            Stream::append(count, src);
+    }
+
+private:
+    static unsigned int typeOf(Lie lie, unsigned int type) {
+        if (lie == Lie::NarrowType)
+            return type == 0x1403 ? 0x1401 : 0x1403;
+        if (lie == Lie::WideType)
+            return type == 0x1403 ? 0x1405 : 0x140A;
+        if (lie == Lie::OtherType)
+            return type == 0x1403 ? 0x1402 : 0x1404;
+        return lie == Lie::NoType ? 0x1407 : type;
+    }
+    static quint64 countOf(Lie lie, quint64 count) {
+        if (lie == Lie::Long || lie == Lie::LongForGood)
+            return count + 1;
+        return (lie == Lie::Short || lie == Lie::ShortForGood) && count != 0 ? count - 1 : count;
+    }
+
+    Lie _lie;
+};
+
+/// Gives a `Stream` each time, one of them with a lie.
+template<typename Stream>
+class LyingAllocator : public ModelDataStreamAllocator {
+public:
+    struct Request {
+        unsigned int type = 0;
+        quint64 count = 0;
+    };
+
+    ModelDataStream* alloc(unsigned int type, quint64 count) override {
+        const Lie lie = _requests.size() == _liar ? _lie : Lie::None;
+        _requests.push_back({type, count});
+        return lie == Lie::Missing ? nullptr : new LyingStream<Stream>(lie, type, count);
+    }
+
+    /// The stream of request number `liar`, from 0 on, lies.
+    void lie(std::size_t liar, Lie lie) {
+        _liar = liar;
+        _lie = lie;
+    }
+    /// All that were made so far.
+    const std::vector<Request>& requests() const { return _requests; }
+
+private:
+    std::vector<Request> _requests;
+    std::size_t _liar = 0;
+    Lie _lie = Lie::None;
 };
 
 } // namespace Atelier::Vel::Testing

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/clientstreams.h"
+#include "support/guardedstream.h"
 
 namespace Atelier::Vel {
 namespace {
@@ -36,6 +36,17 @@ TEST(ModelDataStreamTest, PlainStreamGetsTheRestFromTheBase) {
     EXPECT_EQ(stream.byteCount(), 8U);
     const auto* const data = static_cast<const quint16*>(stream.data(0));
     EXPECT_THAT(std::vector<quint16>(data, data + stream.size()), testing::ElementsAre(1, 2, 3, 1));
+}
+
+TEST(ModelDataStreamTest, NothingIsAppendedWhereResizingIsRefused) {
+    using Testing::Lie;
+    Testing::LyingStream<Testing::GuardedStream> stream(Lie::NoResize, 0x1403, 2);
+    const quint16 before[] = {1, 2};
+    stream.setData(0, 2, before);
+    stream.append(2, before);
+    EXPECT_EQ(stream.size(), 2U);
+    const auto* const data = static_cast<const quint16*>(stream.data(0));
+    EXPECT_THAT(std::vector<quint16>(data, data + 2), testing::ElementsAre(1, 2));
 }
 
 } // namespace

@@ -15,7 +15,8 @@ quint64 ModelDataStream::byteCount() const {
 void ModelDataStream::append(quint64 count, const void* src) {
     const quint64 first = size();
     resize(first + count);
-    setData(first, count, src);
+    if (size() == first + count)
+        setData(first, count, src);
 }
 
 quint64 ModelDataStream::typeSize(unsigned int type) {

@@ -23,7 +23,11 @@ struct ByteView {
     static ByteView of(ModelDataStream* stream);
 };
 
-/// Null counts as empty.
-bool isEmpty(const ModelDataStream* stream);
+/// Null counts as empty, and so does a stream whose bytes cannot be had.
+bool isEmpty(ModelDataStream* stream);
+
+/// Appends `count` elements of `elementSize` bytes each. Returns: false when the stream did not take them.
+/// One of wider elements is not asked to: it would read beyond `data`.
+bool appendTo(ModelDataStream& stream, quint64 count, const void* data, quint64 elementSize);
 
 } // namespace Atelier::Vel

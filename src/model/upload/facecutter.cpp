@@ -216,12 +216,10 @@ quint64 FaceCutter::mostIndices(const UniformFaces& faces) {
 bool FaceCutter::flush(ModelDataStream& triangles) {
     if (_used == 0)
         return true;
-    const quint64 before = triangles.size();
-    auto* const array = before == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
+    auto* const array = triangles.size() == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
     if (array != nullptr)
         array->reserve(_expectedIndices);
-    triangles.append(_used, _triangles.data());
-    return triangles.size() == before + std::exchange(_used, 0);
+    return appendTo(triangles, std::exchange(_used, 0), _triangles.data(), sizeof(unsigned int));
 }
 
 void FaceCutter::tellMeter(quint64 corners) {

@@ -61,11 +61,17 @@ private:
     quint32* _entries;
 };
 
+/// Whether an index stream has bytes for fewer entries than it says. One of another type is asserted instead.
+bool lacksEntries(ModelDataStream& indices, quint32 count) {
+    return indices.type() == ModelBuilder::kIndexType && WordView::of(&indices).count < count;
+}
+
 } // namespace
 
 void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
         return;
+    _statistics = {};
     const quint32 cornerCount = this->cornerCount();
     QSharedPointer<ModelDataStream> indices =
         _mergedCorners ? _mergedCorners->list() : listToOverwrite(cornerCount);
@@ -91,7 +97,7 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
                                        cornerCount, target->entries())
                        : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere);
     _mergedCorners.reset();
-    if (indices.isNull())
+    if (indices.isNull() || lacksEntries(*indices, cornerCount))
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
@@ -200,7 +206,7 @@ bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging)
         const QSharedPointer<ModelDataStream> result = makeStream(type, components * merging.vertexCount());
         const ByteView bytes = ByteView::of(result.data());
         const quint64 stride = build.attributes[i].stride;
-        if (result.isNull() || bytes.count < stride * merging.vertexCount()) {
+        if (result.isNull() || result->type() != type || bytes.count < stride * merging.vertexCount()) {
             reportMissingStream(QStringLiteral("vertex attribute '%1'").arg(build.names[i]));
             return false;
         }

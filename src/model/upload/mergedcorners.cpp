@@ -29,13 +29,11 @@ MergedCorners::MergedCorners(QStringList attributes, QSharedPointer<ModelDataStr
       _tuples(TupleNumbering::make(static_cast<std::size_t>(_attributes.size()))) {}
 
 bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) {
-    const quint64 before = _list->size();
-    if (!allBelow(numbers[0], count, static_cast<quint32>(values)) || !pays(*_tuples, before, values))
+    if (!allBelow(numbers[0], count, static_cast<quint32>(values)) || !pays(*_tuples, _list->size(), values))
         return false;
     _tuples->admit(values);
     _tuples->add(numbers, count, numbers[0]);
-    _list->append(count, numbers[0]);
-    _isRefused = _isRefused || _list->size() != before + count;
+    _isRefused = !appendTo(*_list, count, numbers[0], sizeof *numbers[0]) || _isRefused;
     return true;
 }
 

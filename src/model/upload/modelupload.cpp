@@ -10,11 +10,11 @@
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/opengldevicecontext.h>
-#include <velgl/sharedpointer.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "diagnostics.h"
 #include "streams/streamview.h"
+#include "upload/streamrequest.h"
 
 namespace Atelier::Vel {
 
@@ -34,8 +34,7 @@ constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 /// stream.
 QSharedPointer<ModelDataStream> shortened(ModelDataStream& indices, ModelDataStreamAllocator& allocator) {
     const quint64 count = indices.size();
-    QSharedPointer<ModelDataStream> result =
-        shared(std::unique_ptr<ModelDataStream>(allocator.alloc(kUnsignedShort, count)));
+    const QSharedPointer<ModelDataStream> result = requestStream(allocator, kUnsignedShort, count);
     const ByteView target = ByteView::of(result.data());
     if (result.isNull() || target.count < count * sizeof(quint16))
         return {};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "support/clientstreams.h"
+#include "support/guardedmemory.h"
+
+namespace Atelier::Vel::Testing {
+
+/// Bytes in guarded memory that moves whenever their number changes. Where they do not fill the last word,
+/// the rest of it is watched: a write there fails the test.
+class GuardedBytes {
+public:
+    ~GuardedBytes() { expectTail(); }
+
+    std::size_t size() const { return _size; }
+    unsigned char* data() const { return _memory ? _memory->as<unsigned char>() : nullptr; }
+    void resize(std::size_t bytes) {
+        expectTail();
+        auto memory = std::make_unique<GuardedMemory>(withTail(bytes));
+        std::copy_n(data(), std::min(bytes, _size), memory->as<unsigned char>());
+        _memory = std::move(memory);
+        _size = bytes;
+        std::fill(data() + _size, data() + withTail(_size), kTail);
+    }
+
+private:
+    static constexpr unsigned char kTail = 0xA5;
+
+    // Words have to be aligned.
+    static std::size_t withTail(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
+    void expectTail() const {
+        EXPECT_TRUE(std::all_of(data() + _size, data() + withTail(_size), [](unsigned char byte) {
+            return byte == kTail;
+        })) << "written behind the end of a stream";
+    }
+
+    std::unique_ptr<GuardedMemory> _memory;
+    std::size_t _size = 0;
+};
+
+/// A client's stream whose memory ends where it says.
+using GuardedStream = StreamOver<GuardedBytes>;
+
+} // namespace Atelier::Vel::Testing
