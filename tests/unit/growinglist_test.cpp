@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include "mappings.h"
 #include "support/sanitizer.h"
 
 namespace Atelier::Vel {
@@ -60,6 +61,49 @@ TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
     EXPECT_EQ(list.items()[2 * kMebibyte - 1], 0u);
     list.clear();
     EXPECT_EQ(list.items(), nullptr);
+    list.makeRoom(2, 0);
+    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 2), testing::Each(0));
+}
+
+TEST(GrowingListTest, MovesOnlyWhereRoomIsShort) {
+    List list;
+    list.makeRoom(3, 0);
+    const quint32* const first = list.items();
+    list.makeRoom(3, 3);
+    list.makeRoom(1, 1);
+    EXPECT_EQ(list.items(), first);
+    list.makeRoom(4, 3);
+    const quint32* const second = list.items();
+    EXPECT_NE(second, first);
+    list.makeRoom(12, 4);
+    EXPECT_EQ(list.items(), second) << "four times the room";
+    list.makeRoom(13, 12);
+    EXPECT_NE(list.items(), second);
+}
+
+TEST(GrowingListTest, LongListGetsMegabytesAtATime) {
+    const Testing::Mappings mappings;
+    List list;
+    list.makeRoom(kMebibyte / 2, 0);
+    list.makeRoom(kMebibyte / 2 + 1, 0);
+    ASSERT_EQ(Testing::Mappings::live().size(), 1U);
+    EXPECT_GE(Testing::Mappings::live()[0].bytes, std::size_t{16} << 20);
+    const quint32* const place = list.items();
+    list.makeRoom(16 * kMebibyte, kMebibyte);
+    EXPECT_EQ(list.items(), place);
+    List shorter;
+    shorter.makeRoom(kMebibyte / 2 - 1, 0);
+    shorter.makeRoom(kMebibyte / 2, 0);
+    ASSERT_EQ(Testing::Mappings::live().size(), 2U);
+    EXPECT_LT(Testing::Mappings::live()[1].bytes, std::size_t{8} << 20);
+}
+
+TEST(GrowingListTest, OnlyItemsInUseAreMoved) {
+    List list;
+    list.makeRoom(4, 0);
+    std::fill_n(list.items(), 4, 7);
+    list.makeRoom(5, 2);
+    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(7, 7, 0, 0, 0));
 }
 
 // Four times the room has no addresses then; one and a half times what is asked for has.
