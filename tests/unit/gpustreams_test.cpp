@@ -65,8 +65,13 @@ public:
 };
 
 TEST_F(GPUStreamsTest, WithoutAttributesNothingIsMade) {
+    const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
+    useAllocator(allocator);
     faces({3});
+    const int before = allocator->count();
     build(false);
+    build(true);
+    EXPECT_EQ(allocator->count(), before);
     EXPECT_TRUE(access().attributes().isEmpty());
     EXPECT_THAT(log.messages(), IsEmpty());
 }
@@ -117,6 +122,22 @@ TEST_F(GPUStreamsTest, WorkedExampleOfTwoAttributes) {
         EXPECT_THAT(values("normal"), ElementsAre(10, 10, 10, 11));
         EXPECT_THAT(log.texts(QtDebugMsg),
                     ElementsAre(mergeCorners ? summary(4, 4, 100) : summary(6, 4, 66)));
+    }
+}
+
+TEST_F(GPUStreamsTest, CornersOfOnePositionAndDifferentNormalsStayApart) {
+    for (const bool mergeCorners : {true, false}) {
+        builder->clear();
+        log.clear();
+        faces({3, 3});
+        attribute<float>("normal", 1, kFloat, {10, 11, 10}, {0, 1, 0, 1, 0, 2});
+        attribute<float>("position", 1, kFloat, {20, 21}, {0, 0, 0, 0, 1, 0});
+        build(mergeCorners);
+        EXPECT_THAT(indices("position"), ElementsAre(0, 1, 0, 1, 2, 0));
+        EXPECT_THAT(values("position"), ElementsAre(20, 20, 21));
+        EXPECT_THAT(values("normal"), ElementsAre(10, 11, 10));
+        // Different indices, though of equal values, are different tuples.
+        EXPECT_THAT(log.texts(QtDebugMsg), ElementsAre(mergeCorners ? summary(4, 3, 75) : summary(6, 3, 50)));
     }
 }
 

@@ -213,6 +213,14 @@ TEST_F(ModelUploadTest, GroupIdMemberPutsTheIdsIntoTheInstances) {
     }
 }
 
+TEST_F(ModelUploadTest, MaskOfZeroDrawsAllGroupsWithKeyZero) {
+    group("third", 9, ~quint64{0}, 1);
+    upload();
+    ASSERT_EQ(model.drawableCount(), 1);
+    EXPECT_EQ(model.key(0), 0U);
+    EXPECT_EQ(model.drawable(0)->drawElementsIndirectCommands().size(), 3);
+}
+
 TEST_F(ModelUploadTest, DrawKeysGoUpAndGetADrawableEach) {
     makeBuilder({}, 0x0F);
     upload();

@@ -715,4 +715,39 @@ TEST_F(ObjLoaderTest, ReportCountsCornersWithoutAValueHoweverMerged) {
     EXPECT_EQ(listed.report.substitutedCorners, 4U + 6U);
 }
 
+// Numbers in a file begin with 1.
+TEST_F(ObjLoaderTest, TheLastValueIsThereAndThoseBehindItAreZeros) {
+    const QByteArray values =
+        "v 1 1 1\nv 2 1 1\nv 2 2 1\nv 1 9 1\nvt 1 1\nvt 2 1\nvt 1 9\nvn 1 0 0\nvn 9 0 0\n";
+    const struct {
+        const char* name;
+        const char* corner; ///< of a number in this attribute
+        int valueCount;
+        int components;
+    } rows[] = {
+        {"va_Vertex", "%1/1/1", 4, 3}, {"va_TexCoord", "3/%1/1", 3, 2}, {"va_Normal", "3/1/%1", 2, 3}};
+    for (const auto& row : rows)
+        for (const int number : {row.valueCount, row.valueCount + 1, row.valueCount + 2, 0x7FFFFFFF}) {
+            SCOPED_TRACE(testing::Message() << row.name << ' ' << number);
+            const MessageLog log;
+            const Loaded loaded =
+                load(values + "f 1/1/1 2/2/1 3/1/1\n" +
+                     ("f 1/1/1 2/2/1 " + QString::fromLatin1(row.corner).arg(number) + "\n").toLatin1());
+            const bool isThere = number == row.valueCount;
+            std::vector<QString> warnings;
+            if (!isThere)
+                warnings.push_back(
+                    QStringLiteral("1 corners have no valid index into vertex attribute '%1' and "
+                                   "take a value of zeros")
+                        .arg(row.name));
+            EXPECT_EQ(log.texts(QtWarningMsg), warnings);
+            EXPECT_EQ(loaded.report.substitutedCorners, isThere ? 0U : 1U);
+            const std::vector<float> uploaded = loaded.values(QString::fromLatin1(row.name));
+            EXPECT_EQ(std::count(uploaded.begin(), uploaded.end(), 9.0F), isThere ? 1 : 0);
+            EXPECT_GE(std::count(uploaded.begin(), uploaded.end(), 0.0F), isThere ? 0 : row.components);
+            // The corner is a vertex of its own.
+            EXPECT_EQ(uploaded.size(), static_cast<size_t>(4 * row.components));
+        }
+}
+
 } // namespace Atelier::Vel

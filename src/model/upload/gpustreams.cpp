@@ -69,7 +69,7 @@ bool lacksEntries(ModelDataStream& indices, quint32 count) {
 } // namespace
 
 void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
-    if (_vertexAttributes.isEmpty() || allHaveGPUStreams())
+    if (allHaveGPUStreams())
         return;
     _statistics = {};
     const quint32 cornerCount = this->cornerCount();
