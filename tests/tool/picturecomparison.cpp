@@ -35,6 +35,11 @@ PictureDifference difference(const QImage& a, const QImage& b) {
     return {sum / (4 * pixels), changed / pixels};
 }
 
+int largestStep(QRgb a, QRgb b) {
+    return std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                     std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
+}
+
 bool lookTheSame(const PictureDifference& difference) {
     return difference.mean <= kMostMean && difference.changedShare <= kMostChangedShare;
 }

@@ -14,6 +14,9 @@ constexpr int kVisibleStep = 24;
 
 PictureDifference difference(const QImage& a, const QImage& b);
 
+/// By how much the channel that differs most does.
+int largestStep(QRgb a, QRgb b);
+
 /// The tolerance for pictures of another driver or another version of one: rasterisers place samples a little
 /// differently, which shows along edges, and filter textures a little differently, which shows nowhere.
 bool lookTheSame(const PictureDifference& difference);

@@ -26,16 +26,8 @@ ExitCode fail(ExitCode exitCode, const QString& name, const QString& cause) {
     return exitCode;
 }
 
-ExitCode renderFrame(Renderer& renderer, GPUModel& model, const Scene& scene, const QString& file,
-                     const QString& output) {
-    QString error;
-    const QImage picture = renderer.render(model, scene, error);
-    if (picture.isNull())
-        return fail(ExitCode::NoOpenGL, file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
-    if (!renderer.hasDrawn())
-        return fail(ExitCode::CannotLoad, file,
-                    QStringLiteral("The picture would be empty: nothing of the model is in view"));
-    error = writePicture(picture, output);
+ExitCode write(const QImage& picture, const QString& output) {
+    const QString error = writePicture(picture, output);
     if (!error.isNull())
         return fail(ExitCode::CannotWrite, output,
                     QStringLiteral("The picture cannot be written: %1").arg(error));
@@ -43,22 +35,64 @@ ExitCode renderFrame(Renderer& renderer, GPUModel& model, const Scene& scene, co
     return ExitCode::Done;
 }
 
+/// Writes the frames of a turntable, or the one picture. Frames that show nothing of the model are held back
+/// until another one shows something, so that no file is left behind when none does.
+class FrameWriter {
+public:
+    explicit FrameWriter(const RenderOptions& options) : _options(options) {}
+
+    ExitCode add(const QImage& picture, bool showsModel) {
+        ++_added;
+        if (!showsModel && _written == 0) {
+            _empty = picture; // they all look the same
+            return ExitCode::Done;
+        }
+        while (_written < _added - 1)
+            if (const ExitCode exitCode = write(_empty, nextOutput()); exitCode != ExitCode::Done)
+                return exitCode;
+        _empty = QImage();
+        return write(picture, nextOutput());
+    }
+
+    ExitCode finish() const {
+        if (_written > 0)
+            return ExitCode::Done;
+        const auto* const what = _options.turntable > 0 ? "Every picture" : "The picture";
+        return fail(ExitCode::CannotLoad, _options.file,
+                    QStringLiteral("%1 would be empty: nothing of the model is in view").arg(what));
+    }
+
+private:
+    QString nextOutput() {
+        const int frame = _written++;
+        return _options.turntable > 0 ? framePath(_options.output, frame, _options.turntable)
+                                      : _options.output;
+    }
+
+    const RenderOptions& _options;
+    int _added = 0;
+    int _written = 0;
+    QImage _empty;
+};
+
 ExitCode renderAll(const RenderOptions& options, GPUModel& model) {
     QString error;
     const std::unique_ptr<Renderer> renderer = Renderer::create(error);
     if (!renderer)
         return fail(ExitCode::NoOpenGL, options.file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
-    const QVector<Camera> cameras = framingCameras(model.bounds(), pointsInBounds(model), options.camera,
-                                                   azimuths(options), options.resolution);
-    for (int frame = 0; frame < cameras.size(); ++frame) {
-        const Scene scene{cameras[frame], options.resolution, options.background, options.wireframe};
-        const QString output =
-            options.turntable > 0 ? framePath(options.output, frame, options.turntable) : options.output;
-        const ExitCode exitCode = renderFrame(*renderer, model, scene, options.file, output);
+    FrameWriter writer(options);
+    for (const Camera& camera : framingCameras(model.bounds(), pointsInBounds(model), options.camera,
+                                               azimuths(options), options.resolution)) {
+        const Scene scene{camera, options.resolution, options.background, options.wireframe};
+        const QImage picture = renderer->render(model, scene, error);
+        if (picture.isNull())
+            return fail(ExitCode::NoOpenGL, options.file,
+                        QStringLiteral("OpenGL cannot draw it: %1").arg(error));
+        const ExitCode exitCode = writer.add(picture, renderer->hasDrawn());
         if (exitCode != ExitCode::Done)
             return exitCode;
     }
-    return ExitCode::Done;
+    return writer.finish();
 }
 
 } // namespace

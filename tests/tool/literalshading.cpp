@@ -1,0 +1,175 @@
+#include "literalshading.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+Triple operator+(const Triple& a, const Triple& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+Triple operator*(const Triple& a, const Triple& b) {
+    return {a.x * b.x, a.y * b.y, a.z * b.z};
+}
+
+Triple operator*(const Triple& a, double factor) {
+    return {a.x * factor, a.y * factor, a.z * factor};
+}
+
+double dot(const Triple& a, const Triple& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+Triple unit(const Triple& a) {
+    return a * (1 / std::sqrt(dot(a, a)));
+}
+
+double linear(double encoded) {
+    if (encoded < 0)
+        return 0;
+    return encoded < 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
+}
+
+Triple linear(const Triple& encoded) {
+    return {linear(encoded.x), linear(encoded.y), linear(encoded.z)};
+}
+
+Triple linear(const QColor& encoded) {
+    return {linear(encoded.redF()), linear(encoded.greenF()), linear(encoded.blueF())};
+}
+
+double encoded(double colour) {
+    return colour < 0.0031308 ? 12.92 * colour : 1.055 * std::pow(colour, 1 / 2.4) - 0.055;
+}
+
+double encodedByte(double colour) {
+    return 255 * encoded(std::clamp(colour, 0.0, 1.0));
+}
+
+struct Light {
+    Triple direction;
+    Triple colour;
+};
+
+Light keyLight() {
+    return {unit({-0.45, 0.65, 0.75}), {0.70, 0.67, 0.63}};
+}
+
+Light fillLight() {
+    return {unit({0.7, -0.1, 0.5}), {0.12, 0.14, 0.16}};
+}
+
+constexpr Triple kSky = {0.20, 0.22, 0.25};
+constexpr Triple kGround = {0.13, 0.12, 0.11};
+
+// Towards the eye, which is at the origin.
+Triple facing(const Fragment& fragment) {
+    Triple flat = unit(fragment.flatNormal);
+    if (dot(flat, fragment.position) > 0)
+        flat = flat * -1;
+    const double length = std::sqrt(dot(fragment.normal, fragment.normal));
+    constexpr double kLargestLength = 1.8e19; // the square of a larger one is no float
+    if (!(length > 1e-6 && length < kLargestLength))
+        return flat;
+    const Triple smooth = fragment.normal * (1 / length);
+    return dot(smooth, flat) < 0 ? smooth * -1 : smooth;
+}
+
+Triple diffuseLight(const Triple& facing) {
+    const double up = 0.5 + 0.5 * facing.y;
+    Triple light = kSky * up + kGround * (1 - up);
+    for (const Light& lamp : {keyLight(), fillLight()})
+        light = light + lamp.colour * std::max(dot(facing, lamp.direction), 0.0);
+    return light;
+}
+
+Triple highlights(const Triple& facing, const Triple& eye, double exponent) {
+    const double strength = (exponent + 2) / (exponent + 40);
+    Triple sum;
+    for (const Light& lamp : {keyLight(), fillLight()}) {
+        const double along = std::max(dot(facing, unit(lamp.direction + eye)), 0.0);
+        if (dot(facing, lamp.direction) >= 0)
+            sum = sum + lamp.colour * (strength * std::pow(along, exponent));
+    }
+    return sum;
+}
+
+Triple atMostOne(const Triple& colour) {
+    return {std::min(colour.x, 1.0), std::min(colour.y, 1.0), std::min(colour.z, 1.0)};
+}
+
+Triple baseColour(const Fragment& fragment) {
+    const bool isBlack = fragment.Kd.x == 0 && fragment.Kd.y == 0 && fragment.Kd.z == 0;
+    const Triple own = isBlack && fragment.hasMapKd ? Triple{1, 1, 1} : fragment.Kd;
+    return linear(own) * linear(fragment.mapKd);
+}
+
+Triple shine(const Fragment& fragment, const Triple& facing, const Triple& eye) {
+    const double exponent = std::max(fragment.Ns, 0.0) * fragment.mapNs;
+    if (exponent < 1 || fragment.isWireframe)
+        return {};
+    return linear(fragment.Ks) * linear(fragment.mapKs) * highlights(facing, eye, exponent) * 0.5;
+}
+
+void addGlass(Shade& shade, const Triple& diffuse, const Triple& shine, double alpha, double alongEye) {
+    const double edge = std::pow(1 - std::abs(alongEye), 4);
+    const double atEdge = alpha + (1 - alpha) * 0.35 * edge;
+    shade.hidden = std::clamp(std::max({atEdge, shine.x, shine.y, shine.z}), 0.0, 1.0);
+    shade.colour = atMostOne(diffuse * alpha + shine + kSky * (0.3 * (shade.hidden - alpha)));
+}
+
+} // namespace
+
+Shade shaded(const Fragment& fragment) {
+    const Triple normal = facing(fragment);
+    const Triple eye = unit(fragment.position * -1);
+    const Triple light = fragment.isWireframe ? Triple{0.5, 0.5, 0.5} : diffuseLight(normal);
+    const Triple diffuse = baseColour(fragment) * light;
+    const Triple shining = shine(fragment, normal, eye);
+    const double alpha = std::clamp(fragment.d, 0.0, 1.0) * fragment.mapKd.alphaF();
+    Shade shade;
+    shade.isOpaque = alpha >= 0.996;
+    shade.isVisible = alpha >= 0.002;
+    if (shade.isOpaque)
+        shade.colour = atMostOne(diffuse + shining);
+    else
+        addGlass(shade, diffuse, shining, alpha, dot(normal, eye));
+    shade.weight = std::clamp(std::pow(1 - 0.98 * fragment.depth, 3) * 1e3, 1e-2, 1e3);
+    return shade;
+}
+
+Pixel composed(const std::vector<Fragment>& fragments, const QColor& background) {
+    Triple below = background.isValid() ? linear(background) : Triple();
+    double belowOpacity = background.isValid() ? 1 : 0;
+    double nearestWall = 1;
+    for (const Fragment& fragment : fragments) {
+        const Shade shade = shaded(fragment);
+        if (!shade.isOpaque || fragment.depth > nearestWall)
+            continue;
+        nearestWall = fragment.depth;
+        below = shade.colour;
+        belowOpacity = 1;
+    }
+    Triple colours;
+    double weights = 0;
+    double through = 1;
+    for (const Fragment& fragment : fragments) {
+        const Shade shade = shaded(fragment);
+        if (shade.isOpaque || !shade.isVisible || fragment.depth > nearestWall)
+            continue;
+        colours = colours + shade.colour * shade.weight;
+        weights += shade.hidden * shade.weight;
+        through *= 1 - shade.hidden;
+    }
+    const Triple glass = weights > 0 ? colours * (1 / weights) : Triple();
+    const double opacity = 1 - through + belowOpacity * through;
+    if (opacity <= 0)
+        return {};
+    const Triple all = (glass * (1 - through) + below * through) * (1 / opacity);
+    return {encodedByte(all.x), encodedByte(all.y), encodedByte(all.z), 255 * opacity};
+}
+
+} // namespace Atelier::Vel::Testing

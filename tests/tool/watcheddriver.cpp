@@ -1,0 +1,92 @@
+#include "watcheddriver.h"
+
+#include <algorithm>
+
+#include "picturetarget.h"
+
+namespace Atelier::Vel::Testing {
+
+/// The functions of OpenGL that are watched, as libepoxy holds them.
+struct WatchedDriver::Functions {
+    PFNGLGENFRAMEBUFFERSPROC genFramebuffers = glGenFramebuffers;
+    PFNGLDELETEFRAMEBUFFERSPROC deleteFramebuffers = glDeleteFramebuffers;
+    PFNGLCHECKFRAMEBUFFERSTATUSPROC checkFramebufferStatus = glCheckFramebufferStatus;
+    PFNGLGETINTEGERVPROC getIntegerv = glGetIntegerv;
+    PFNGLTEXSTORAGE2DMULTISAMPLEPROC texStorageMultisample = glTexStorage2DMultisample;
+    PFNGLRENDERBUFFERSTORAGEMULTISAMPLEPROC renderbufferStorage = glRenderbufferStorageMultisample;
+};
+
+namespace {
+
+DriverWatch watched;
+
+// libepoxy looks a function up, and overwrites what stands for it, when it is called first.
+void callEverythingOnce() {
+    QString error;
+    Tool::PictureTarget::create({1, 1}, error);
+}
+
+// A driver that claims many samples need not have them.
+GLsizei available(GLsizei samples) {
+    return std::min(samples, 4);
+}
+
+} // namespace
+
+WatchedDriver::Functions& WatchedDriver::real() {
+    static Functions functions;
+    return functions;
+}
+
+WatchedDriver::WatchedDriver() {
+    callEverythingOnce();
+    real() = {};
+    watched = {};
+    glGenFramebuffers = [](GLsizei count, GLuint* names) {
+        watched.framebuffersMade += count;
+        watched.framebuffersAlive += count;
+        watched.mostFramebuffersAlive = std::max(watched.mostFramebuffersAlive, watched.framebuffersAlive);
+        real().genFramebuffers(count, names);
+    };
+    glDeleteFramebuffers = [](GLsizei count, const GLuint* names) {
+        watched.framebuffersAlive -= count;
+        real().deleteFramebuffers(count, names);
+    };
+    glCheckFramebufferStatus = [](GLenum target) {
+        return watched.checksUntilIncomplete-- == 0 ? GLenum(GL_FRAMEBUFFER_UNSUPPORTED)
+                                                    : real().checkFramebufferStatus(target);
+    };
+    glGetIntegerv = [](GLenum name, GLint* value) {
+        if (name == GL_MAX_COLOR_TEXTURE_SAMPLES && watched.textureSampleLimit != 0)
+            *value = watched.textureSampleLimit;
+        else if (name == GL_MAX_SAMPLES && watched.depthSampleLimit != 0)
+            *value = watched.depthSampleLimit;
+        else
+            real().getIntegerv(name, value);
+    };
+    glTexStorage2DMultisample = [](GLenum target, GLsizei samples, GLenum format, GLsizei width,
+                                   GLsizei height, GLboolean fixed) {
+        watched.textureSamples.push_back(samples);
+        real().texStorageMultisample(target, available(samples), format, width, height, fixed);
+    };
+    glRenderbufferStorageMultisample = [](GLenum target, GLsizei samples, GLenum format, GLsizei width,
+                                          GLsizei height) {
+        watched.depthSamples.push_back(samples);
+        real().renderbufferStorage(target, available(samples), format, width, height);
+    };
+}
+
+WatchedDriver::~WatchedDriver() {
+    glGenFramebuffers = real().genFramebuffers;
+    glDeleteFramebuffers = real().deleteFramebuffers;
+    glCheckFramebufferStatus = real().checkFramebufferStatus;
+    glGetIntegerv = real().getIntegerv;
+    glTexStorage2DMultisample = real().texStorageMultisample;
+    glRenderbufferStorageMultisample = real().renderbufferStorage;
+}
+
+DriverWatch& WatchedDriver::watch() {
+    return watched;
+}
+
+} // namespace Atelier::Vel::Testing

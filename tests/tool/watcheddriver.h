@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+#include <epoxy/gl.h>
+
+namespace Atelier::Vel::Testing {
+
+/// What a driver is asked for, and answers, while a WatchedDriver lives.
+struct DriverWatch {
+    int framebuffersMade = 0;
+    int framebuffersAlive = 0;
+    int mostFramebuffersAlive = 0;
+    std::vector<GLsizei> textureSamples; ///< of each multisampled texture
+    std::vector<GLsizei> depthSamples;   ///< of each renderbuffer
+
+    GLint textureSampleLimit = 0;   ///< in place of the driver's; 0 for none
+    GLint depthSampleLimit = 0;     ///< in place of the driver's; 0 for none
+    int checksUntilIncomplete = -1; ///< further checks of framebuffers until one fails; never when negative
+};
+
+/// Counts what a program asks the driver for, and lets it answer as another one would. Only one may live at a
+/// time. Requires: a current context.
+class WatchedDriver {
+public:
+    WatchedDriver();
+    ~WatchedDriver();
+    WatchedDriver(const WatchedDriver&) = delete;
+    WatchedDriver& operator=(const WatchedDriver&) = delete;
+
+    DriverWatch& watch();
+
+private:
+    struct Functions;
+    static Functions& real();
+};
+
+} // namespace Atelier::Vel::Testing
