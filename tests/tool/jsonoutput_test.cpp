@@ -36,6 +36,7 @@ TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
     EXPECT_EQ(printed(0.7F), "0.7");
     EXPECT_EQ(printed(0.1F), "0.1");
     EXPECT_EQ(printed(1.0F / 3), "0.33333334");
+    EXPECT_EQ(printed(-103.217316F), "-103.217316") << "nine digits at the most";
     EXPECT_EQ(printed(10), "10");
     EXPECT_EQ(printed(16777216), "16777216");
     EXPECT_EQ(printed(std::numeric_limits<float>::max()), "3.4028235e+38");

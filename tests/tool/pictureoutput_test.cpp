@@ -80,11 +80,39 @@ TEST(PictureOutputTest, PipeIsWrittenToAndStaysAPipe) {
     EXPECT_TRUE(S_ISFIFO(information.st_mode));
 }
 
+TEST(PictureOutputTest, DeviceIsWrittenToAndItsFailureTold) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("full.png");
+    ASSERT_TRUE(QFile::link("/dev/full", path));
+    EXPECT_EQ(writePicture(smallPicture(), path), "No space left on device");
+    EXPECT_EQ(QFile::symLinkTarget(path), "/dev/full");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+              QStringList("full.png"));
+}
+
+TEST(PictureOutputTest, EndingsInCapitalsNameTheirFormat) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("A.BMP");
+    EXPECT_EQ(writePicture(smallPicture(), path), QString());
+    EXPECT_EQ(QImage(path, "BMP").size(), QSize(3, 2));
+}
+
+TEST(PictureOutputTest, PictureThatCannotBeEncodedLeavesNoFile) {
+    const QTemporaryDir folder;
+    EXPECT_EQ(writePicture(QImage(), folder.filePath("a.png")), "Image is empty");
+    EXPECT_EQ(writePicture(smallPicture(), folder.filePath("a.xyz")), "Unsupported image format");
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+}
+
 TEST(PictureOutputTest, FramesAreNumberedBeforeTheEnding) {
     EXPECT_EQ(framePath("turn.png", 7, 90), "turn-007.png");
     EXPECT_EQ(framePath("/a.b/turn.round.jpg", 0, 1), "/a.b/turn.round-000.jpg");
     EXPECT_EQ(framePath("t.png", 999, 1000), "t-999.png");
     EXPECT_EQ(framePath("t.png", 12, 1001), "t-0012.png");
+    EXPECT_EQ(framePath("t.png", 1000, 1001), "t-1000.png");
+    EXPECT_EQ(framePath("t.png", 9999, 10000), "t-9999.png");
+    EXPECT_EQ(framePath("t.png", 0, 10001), "t-00000.png");
+    EXPECT_EQ(framePath("t.png", 99999, 100000), "t-99999.png");
 }
 
 } // namespace

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QTemporaryFile>
+
+namespace Atelier::Vel::Testing {
+
+/// Keeps what this process writes to a standard stream while it lives.
+class CapturedStream {
+public:
+    /// `descriptor` is STDOUT_FILENO or STDERR_FILENO.
+    explicit CapturedStream(int descriptor);
+    ~CapturedStream();
+    CapturedStream(const CapturedStream&) = delete;
+    CapturedStream& operator=(const CapturedStream&) = delete;
+
+    /// All that was written so far.
+    QByteArray text();
+
+private:
+    int _descriptor;
+    int _original;
+    QTemporaryFile _file;
+};
+
+} // namespace Atelier::Vel::Testing
