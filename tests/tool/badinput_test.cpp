@@ -14,6 +14,7 @@
 #include "program.h"
 #include "support/messagelog.h"
 #include "temporarymodel.h"
+#include "terminal.h"
 
 namespace Atelier::Vel::Testing {
 
@@ -130,41 +131,21 @@ TEST(BadInputTest, RandomBytesNeverCrashTheProgram) {
     }
 }
 
-// The name of a new terminal's own end; `master` is the other end.
-QString openTerminal(int& master) {
-    master = posix_openpt(O_RDWR | O_NOCTTY);
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
-        return {};
-    return QString::fromLocal8Bit(ptsname(master));
-}
-
-QByteArray readAll(int descriptor) {
-    QByteArray result(65536, '\0');
-    fcntl(descriptor, F_SETFL, O_NONBLOCK);
-    const ssize_t count = read(descriptor, result.data(), static_cast<std::size_t>(result.size()));
-    result.truncate(count > 0 ? int(count) : 0);
-    return result;
-}
-
 TEST(ProgressTest, LargeFileShowsABarOnATerminalAndNowhereElse) {
     const TemporaryFolder folder;
     const QString large = folder.write("large.obj", triangleText() + QByteArray(17 << 20, '#') + '\n');
     const QString small = folder.write("small.obj", triangleText());
-    int master = -1;
+    Terminal terminal;
     ProgramSurroundings surroundings;
-    surroundings.errorFile = openTerminal(master);
-    ASSERT_FALSE(surroundings.errorFile.isEmpty());
-    const int keptOpen = open(qPrintable(surroundings.errorFile), O_RDWR | O_NOCTTY);
+    surroundings.errorFile = terminal.name();
     EXPECT_EQ(runProgram({"info", small}, surroundings).exitCode, 0);
-    EXPECT_EQ(readAll(master), QByteArray());
+    EXPECT_EQ(terminal.text(), QByteArray());
     EXPECT_EQ(runProgram({"info", large}, surroundings).exitCode, 0);
-    const QByteArray shown = readAll(master);
+    const QByteArray shown = terminal.text();
     EXPECT_TRUE(shown.startsWith("\r[")) << shown.left(200).toStdString();
     EXPECT_TRUE(shown.contains(" % large.obj"));
     EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is wiped out at the end";
     EXPECT_EQ(runProgram({"info", large}).errors, QString());
-    close(keptOpen);
-    close(master);
 }
 
 } // namespace

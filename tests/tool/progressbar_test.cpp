@@ -1,8 +1,12 @@
 #include "progressbar.h"
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 
+#include "capturedstream.h"
 #include "support/messagelog.h"
+#include "terminal.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -23,6 +27,60 @@ TEST(ProgressLineTest, OddNumbersStayBetweenNothingAndAll) {
     EXPECT_TRUE(progressLine("a", 200, 100, 80).contains(" 100 %"));
     EXPECT_TRUE(progressLine("a", -5, 100, 80).contains("   0 %"));
     EXPECT_TRUE(progressLine("a", 0, 0, 80).contains(" 100 %"));
+}
+
+TEST(ProgressLineTest, SharesAreRoundedDown) {
+    EXPECT_EQ(progressLine("a", 199, 200, 80), "[############################# ]  99 % a");
+    EXPECT_EQ(progressLine("a", 1, 1000, 80), "[                              ]   0 % a");
+}
+
+using Testing::Terminal;
+
+TEST(ProgressBarTest, EachLineIsShownOnceAndWipedOut) {
+    Terminal terminal;
+    QByteArray shown;
+    {
+        ProgressBar bar("/models/cow.obj", ProgressBar::kSmallestFile);
+        bar.show(0);
+        bar.show(1);
+        bar.show(ProgressBar::kSmallestFile / 2);
+        shown = terminal.text();
+    }
+    EXPECT_EQ(shown, "\r[                              ]   0 % cow.obj"
+                     "\r[###############               ]  50 % cow.obj");
+    EXPECT_EQ(terminal.text(), '\r' + QByteArray(46, ' ') + '\r');
+}
+
+TEST(ProgressBarTest, LongNamesAreCutToALine) {
+    Terminal terminal;
+    ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
+    bar.show(0);
+    EXPECT_EQ(terminal.text().size(), 1 + 78) << "a carriage return and less than 80 columns";
+}
+
+TEST(ProgressBarTest, SmallFilesShowNothing) {
+    EXPECT_EQ(ProgressBar::kSmallestFile, 16 * 1024 * 1024);
+    Terminal terminal;
+    {
+        ProgressBar bar("cow.obj", ProgressBar::kSmallestFile - 1);
+        bar.show(5);
+    }
+    EXPECT_EQ(terminal.text(), "");
+}
+
+TEST(ProgressBarTest, BarThatHasShownNothingWipesNothing) {
+    Terminal terminal;
+    { const ProgressBar bar("cow.obj", ProgressBar::kSmallestFile); }
+    EXPECT_EQ(terminal.text(), "");
+}
+
+TEST(ProgressBarTest, FileInPlaceOfATerminalStaysEmpty) {
+    Testing::CapturedStream errors(STDERR_FILENO);
+    {
+        ProgressBar bar("cow.obj", ProgressBar::kSmallestFile);
+        bar.show(5);
+    }
+    EXPECT_EQ(errors.text(), "");
 }
 
 } // namespace
