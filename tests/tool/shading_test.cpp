@@ -267,17 +267,22 @@ TEST_F(ShadingTest, OpacityIsThatOfMaterialAndTexture) {
 
 TEST_F(ShadingTest, OpacityOf996ThousandthsIsOpaqueAndOf2ThousandthsVisible) {
     std::vector<Cell> cells;
-    for (const double opacity : {0.9959, 0.9961, 0.0019, 0.0021}) {
+    for (const double opacity : {0.9959, 0.996, 0.9961, 0.0019, 0.002, 0.0021}) {
         Fragment fragment = surface(int(cells.size()), 0, 2);
         fragment.Kd = {1, 1, 1};
         fragment.d = opacity;
+        const Triple& p = fragment.position;
+        fragment.flatNormal = {-p.x, -p.y, -p.z}; // edges of glass hide more
+        fragment.normal = fragment.flatNormal;
         cells.push_back({fragment});
     }
     const QImage picture = drawn(cells, QColor());
     EXPECT_EQ(qAlpha(middleOf(picture, 0)), 254) << "glass";
     EXPECT_EQ(qAlpha(middleOf(picture, 1)), 255) << "opaque";
-    EXPECT_EQ(middleOf(picture, 2), qRgba(0, 0, 0, 0)) << "left out";
-    EXPECT_EQ(qAlpha(middleOf(picture, 3)), 1) << "glass";
+    EXPECT_EQ(qAlpha(middleOf(picture, 2)), 255) << "opaque";
+    EXPECT_EQ(middleOf(picture, 3), qRgba(0, 0, 0, 0)) << "left out";
+    EXPECT_EQ(qAlpha(middleOf(picture, 4)), 1) << "glass";
+    EXPECT_EQ(qAlpha(middleOf(picture, 5)), 1) << "glass";
 }
 
 TEST_F(ShadingTest, ShinyGlassHidesMoreTheBrighterItIs) {
