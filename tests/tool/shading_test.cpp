@@ -288,6 +288,8 @@ TEST_F(ShadingTest, OpacityOf996ThousandthsIsOpaqueAndOf2ThousandthsVisible) {
 TEST_F(ShadingTest, ShinyGlassHidesMoreTheBrighterItIs) {
     const std::vector<Cell> panes = surfaces([this](Fragment& fragment) {
         fragment = shiny(fragment);
+        if (oneOf(4) == 0)
+            fragment.Ks = colour(2, 4);
         fragment.Kd = colour(0, 1.5);
         fragment.d = between(0.1, 0.9);
     });

@@ -1,0 +1,155 @@
+// Pictures of loaded files in process: from where they are seen, and what of their materials is shown.
+
+#include <QtCore/QDir>
+
+#include <gmock/gmock.h>
+
+#include <velgl/texturemanager.h>
+#include <velmodel/modelfiles.h>
+#include <velmodel/objloader.h>
+
+#include "modelpoints.h"
+#include "picturecomparison.h"
+#include "rendererfixture.h"
+#include "support/messagelog.h"
+#include "temporarymodel.h"
+#include "texturefiles.h"
+
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr QSize kSize(33, 33);
+
+class ModelPicturesTest : public RendererFixture {
+protected:
+    void SetUp() override {
+        RendererFixture::SetUp();
+        Tool::installTextureLoader(ModelFiles());
+    }
+    void TearDown() override {
+        TextureManager::Instance().setLoader({});
+        RendererFixture::TearDown();
+    }
+
+    QImage picture(const QString& path, const Tool::CameraOptions& options) {
+        QString error;
+        const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error));
+        EXPECT_NE(model, nullptr) << error.toStdString();
+        const Tool::Camera camera =
+            framingCameras(model->bounds(), Tool::pointsInBounds(*model), options, {options.azimuth}, kSize)
+                .first();
+        return rendered(*model, {camera, kSize, QColor(), false});
+    }
+    static QRgb middle(const QImage& picture) { return picture.pixel(kSize.width() / 2, kSize.height() / 2); }
+
+    /// A cube whose sides to -X, +X, -Y, +Y, -Z and +Z are red, green, blue, yellow, magenta and cyan.
+    QString cube() const {
+        _folder.write("cube.mtl", "newmtl r\nKd 1 0 0\nnewmtl g\nKd 0 1 0\nnewmtl b\nKd 0 0 1\n"
+                                  "newmtl y\nKd 1 1 0\nnewmtl m\nKd 1 0 1\nnewmtl c\nKd 0 1 1\n");
+        return _folder.write("cube.obj", "mtllib cube.mtl\n"
+                                         "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\n"
+                                         "v -1 -1 1\nv 1 -1 1\nv -1 1 1\nv 1 1 1\n"
+                                         "usemtl r\nf 1 3 7 5\nusemtl g\nf 2 4 8 6\n"
+                                         "usemtl b\nf 1 2 6 5\nusemtl y\nf 3 4 8 7\n"
+                                         "usemtl m\nf 1 2 4 3\nusemtl c\nf 5 6 8 7\n");
+    }
+    // "1 1 0" for a pixel with red and green.
+    static std::string channels(QRgb pixel) {
+        const auto digit = [](int level) { return level > 60 ? "1" : "0"; };
+        return std::string(digit(qRed(pixel))) + ' ' + digit(qGreen(pixel)) + ' ' + digit(qBlue(pixel));
+    }
+    std::string sideSeen(const QString& up, double azimuth, double elevation) {
+        Tool::CameraOptions options;
+        options.up = up;
+        options.azimuth = azimuth;
+        options.elevation = elevation;
+        return channels(middle(picture(cube(), options)));
+    }
+
+    /// A square with a material that mirrors the key light into the camera.
+    QRgb shining(const QByteArray& material) {
+        _folder.write("m.mtl", "newmtl m\nKd 0.1 0.1 0.1\n" + material);
+        const QString path = _folder.write(
+            "m.obj", "mtllib m.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                     "vn -0.23 0.34 0.91\nusemtl m\nf 1/1/1 2/2/1 3/3/1 4/4/1\n");
+        Tool::CameraOptions front;
+        front.azimuth = 0;
+        front.elevation = 0;
+        return middle(picture(path, front));
+    }
+    void writeTexture(const QString& name, const QColor& colour) const {
+        QImage texture(4, 4, QImage::Format_RGB32);
+        texture.fill(colour);
+        EXPECT_TRUE(texture.save(_folder.path(name)));
+    }
+
+    const TemporaryFolder _folder;
+};
+
+} // namespace
+
+TEST_F(ModelPicturesTest, EveryUpAxisShowsItsOwnSides) {
+    struct View {
+        const char* up;
+        std::vector<std::string> sides; ///< in front, to the right, behind, above and below
+    };
+    const std::string left = "1 0 0";
+    const std::string right = "0 1 0";
+    const std::string bottom = "0 0 1";
+    const std::string top = "1 1 0";
+    const std::string back = "1 0 1";
+    const std::string front = "0 1 1";
+    const View views[] = {
+        {"+X", {front, bottom, back, right, left}}, {"-X", {front, top, back, left, right}},
+        {"+Y", {front, right, back, top, bottom}},  {"-Y", {front, left, back, bottom, top}},
+        {"+Z", {bottom, right, top, front, back}},  {"-Z", {bottom, left, top, back, front}}};
+    for (const View& view : views) {
+        const std::vector<std::string> seen = {sideSeen(view.up, 0, 0), sideSeen(view.up, 90, 0),
+                                               sideSeen(view.up, 180, 0), sideSeen(view.up, 0, 90),
+                                               sideSeen(view.up, 0, -90)};
+        EXPECT_EQ(seen, view.sides) << view.up;
+    }
+}
+
+TEST_F(ModelPicturesTest, SpecularTextureColoursTheHighlight) {
+    writeTexture("ks.png", QColor(255, 102, 0));
+    const QRgb textured = shining("Ks 1 1 1\nNs 20\nmap_Ks ks.png\n");
+    EXPECT_LE(largestStep(textured, shining("Ks 1 0.4 0\nNs 20\n")), 1);
+    EXPECT_GT(qRed(textured), qBlue(textured) + 50);
+    EXPECT_GT(largestStep(textured, shining("Ks 1 1 1\nNs 20\n")), 50);
+}
+
+TEST_F(ModelPicturesTest, ExponentTextureWidensTheHighlight) {
+    writeTexture("ns.png", QColor(51, 255, 255));
+    const QRgb textured = shining("Ks 1 1 1\nNs 100\nmap_Ns ns.png\n");
+    EXPECT_LE(largestStep(textured, shining("Ks 1 1 1\nNs 20\n")), 1);
+    EXPECT_GT(largestStep(textured, shining("Ks 1 1 1\nNs 100\n")), 10);
+}
+
+TEST_F(ModelPicturesTest, TexturesAreFoundBehindBackslashes) {
+    ASSERT_TRUE(QDir(_folder.path("")).mkdir("maps"));
+    writeTexture("maps/kd.png", QColor(250, 80, 10));
+    const MessageLog log;
+    const QRgb textured = shining("map_Kd maps\\kd.png\n");
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+    EXPECT_EQ(textured, shining("map_Kd maps/kd.png\n"));
+    EXPECT_GT(qRed(textured), 2 * qBlue(textured));
+}
+
+TEST_F(ModelPicturesTest, TexturesOutsideOfTheAllowedFolderAreNotLoaded) {
+    ASSERT_TRUE(QDir(_folder.path("")).mkdir("inside"));
+    writeTexture("kd.png", QColor(250, 80, 10));
+    Tool::installTextureLoader(ModelFiles(_folder.path("inside")));
+    const MessageLog log;
+    const QRgb refused = shining("map_Kd kd.png\n");
+    Tool::installTextureLoader(ModelFiles());
+    EXPECT_EQ(refused, shining(""));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre(QStringLiteral("Texture '%1' cannot be loaded").arg(_folder.path("kd.png"))));
+}
+
+} // namespace Atelier::Vel::Testing
