@@ -1,8 +1,10 @@
-#include <epoxy/gl.h>
+#include "glfaults.h"
 
 #include <velgl/bufferobject.h>
 
 #include <limits>
+
+#include <gmock/gmock.h>
 
 #include <velgl/autobinder.h>
 
@@ -75,11 +77,52 @@ TEST_P(BufferObjectTest, EmptyUploadMakesAnEmptyBuffer) {
 TEST_P(BufferObjectTest, UploadsThatCannotBeAreRefused) {
     const unsigned int value = 1;
     BufferObject buffer;
+    buffer.setLabel(QStringLiteral("mine"));
+    const MessageLog log;
     EXPECT_FALSE(buffer.uploadGLuintData(nullptr, 1, GL_STATIC_DRAW));
     EXPECT_FALSE(buffer.uploadGLuintData(&value, -1, GL_STATIC_DRAW));
     EXPECT_FALSE(buffer.uploadArbitraryData(&value, 2, GL_STATIC_DRAW,
                                             std::numeric_limits<unsigned long long>::max() / 2));
+    EXPECT_EQ(buffer.name(), 0U) << "no buffer is made for them";
     EXPECT_EQ(buffer.byteCount(), 0U);
+    EXPECT_THAT(log.messages(), testing::IsEmpty());
+}
+
+// Sizes of 2 to the power of 63 and more are no sizes to OpenGL; smaller ones are the driver's to refuse.
+TEST_P(BufferObjectTest, SizesBeyondThoseOfOpenGLDoNotReachTheDriver) {
+    constexpr auto kLargest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
+    const unsigned int value = 1;
+    BufferObject buffer;
+    buffer.setLabel(QStringLiteral("mine"));
+    const FaultyDriver driver(GLFault::NoBufferMemory);
+    const MessageLog log;
+    EXPECT_FALSE(buffer.uploadArbitraryData(&value, 1, GL_STATIC_DRAW, kLargest + 1));
+    EXPECT_FALSE(buffer.uploadArbitraryData(&value, 7, GL_STATIC_DRAW, kLargest / 7 + 1));
+    EXPECT_THAT(log.messages(), testing::IsEmpty());
+    EXPECT_FALSE(buffer.uploadArbitraryData(&value, 7, GL_STATIC_DRAW, kLargest / 7));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre("Buffer 'mine' could not be filled (GL_OUT_OF_MEMORY)"));
+}
+
+TEST_P(BufferObjectTest, ElementsOfNoSizeNeedNoData) {
+    const unsigned int value = 1;
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(&value, 1, GL_STATIC_DRAW));
+    EXPECT_TRUE(buffer.uploadArbitraryData(nullptr, 5, GL_STATIC_DRAW, 0));
+    EXPECT_EQ(buffer.byteCount(), 0U);
+    EXPECT_TRUE(buffer.readBack().isEmpty());
+}
+
+TEST_P(BufferObjectTest, UsageReachesTheDriver) {
+    const unsigned int value = 1;
+    for (const GLenum usage : {GL_STREAM_COPY, GL_DYNAMIC_DRAW}) {
+        BufferObject buffer;
+        ASSERT_TRUE(buffer.uploadGLuintData(&value, 1, usage));
+        const AutoBinder binder(&buffer);
+        GLint found = 0;
+        glGetBufferParameteriv(GL_ARRAY_BUFFER, GL_BUFFER_USAGE, &found);
+        EXPECT_EQ(GLenum(found), usage);
+    }
 }
 
 TEST_P(BufferObjectTest, NameIsMadeOnFirstUse) {
@@ -104,6 +147,68 @@ TEST_P(BufferObjectTest, UnbindPutsBackWhatWasBound) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name());
     outer.unbind();
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
+}
+
+TEST_P(BufferObjectTest, EachUnbindUndoesOneBind) {
+    BufferObject outer;
+    BufferObject inner;
+    outer.bind();
+    for (int round = 0; round < 4; ++round)
+        inner.bind();
+    for (int round = 0; round < 3; ++round) {
+        inner.unbind();
+        EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), inner.name()) << round;
+    }
+    inner.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name());
+    inner.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name()) << "one too many";
+    outer.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
+}
+
+TEST_P(BufferObjectTest, BindsInSharingContextsAreUndoneInEach) {
+    OpenGLDeviceContext::HeadlessOptions shared = options();
+    shared.shareWith = _context;
+    const auto sharing = makeContext(shared);
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.bind());
+    sharing->makeCurrent();
+    watchMessages();
+    ASSERT_TRUE(buffer.bind());
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), buffer.name());
+    buffer.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
+    _context->makeCurrent();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), buffer.name());
+    buffer.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
+}
+
+TEST_P(BufferObjectTest, BindThatFailedIsUndoneByNothing) {
+    BufferObject bystander;
+    const AutoBinder binder(&bystander);
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.bind());
+    buffer.setTarget(0x1234);
+    EXPECT_FALSE(buffer.bind());
+    buffer.setTarget(GL_ARRAY_BUFFER);
+    buffer.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), buffer.name());
+    buffer.unbind();
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), bystander.name());
+}
+
+TEST_P(BufferObjectTest, BufferThatIsMadeAnewIsEmpty) {
+    const unsigned int values[] = {1, 2};
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(values, 2, GL_STATIC_DRAW));
+    _context = makeContext(options());
+    _context->makeCurrent();
+    watchMessages();
+    const AutoBinder binder(&buffer);
+    EXPECT_EQ(buffer.byteCount(), 0U);
+    EXPECT_TRUE(buffer.readBack().isEmpty());
 }
 
 TEST_P(BufferObjectTest, UnbindWithoutBindDoesNothing) {
@@ -143,6 +248,24 @@ TEST_P(BufferObjectTest, IndexBufferIsPutBackInTheVertexArrayThatHadIt) {
     glDeleteVertexArrays(2, arrays);
 }
 
+TEST_P(BufferObjectTest, IndexBufferBoundWithoutAVertexArrayIsPutBackThere) {
+    GLuint array = 0;
+    glGenVertexArrays(1, &array);
+    BufferObject first;
+    BufferObject second;
+    first.setTarget(GL_ELEMENT_ARRAY_BUFFER);
+    second.setTarget(GL_ELEMENT_ARRAY_BUFFER);
+    ASSERT_TRUE(first.bind());
+    ASSERT_TRUE(second.bind());
+    glBindVertexArray(array);
+    second.unbind();
+    EXPECT_EQ(bound(GL_VERTEX_ARRAY_BINDING), array);
+    EXPECT_EQ(bound(GL_ELEMENT_ARRAY_BUFFER_BINDING), 0U);
+    glBindVertexArray(0);
+    EXPECT_EQ(bound(GL_ELEMENT_ARRAY_BUFFER_BINDING), first.name());
+    glDeleteVertexArrays(1, &array);
+}
+
 TEST_P(BufferObjectTest, UnknownTargetDoesNotBind) {
     BufferObject buffer;
     buffer.setTarget(0x1234);
@@ -166,6 +289,36 @@ TEST_P(BufferObjectTest, LabelNamesTheObjectForTheDriver) {
     EXPECT_STREQ(text, "before");
     glGetObjectLabel(GL_BUFFER, after.name(), sizeof text, nullptr, text);
     EXPECT_STREQ(text, "after");
+}
+
+TEST_P(BufferObjectTest, LabelIsCutAtTheLengthThatEachDriverTakes) {
+    BufferObject buffer;
+    buffer.bind();
+    buffer.setLabel(QString(300, QLatin1Char('x')));
+    char text[400] = {};
+    GLsizei length = 0;
+    glGetObjectLabel(GL_BUFFER, buffer.name(), sizeof text, &length, text);
+    EXPECT_EQ(length, 255);
+    EXPECT_EQ(buffer.label().size(), 300);
+    buffer.unbind();
+}
+
+TEST_P(BufferObjectTest, LabelOfAStrangersBufferIsKeptForItsOwnContext) {
+    const auto stranger = makeContext(options());
+    BufferObject buffer;
+    buffer.bind();
+    buffer.unbind();
+    stranger->makeCurrent();
+    watchMessages();
+    BufferObject others;
+    others.bind();
+    others.unbind();
+    buffer.setLabel(QStringLiteral("mine"));
+    char text[32] = {};
+    glGetObjectLabel(GL_BUFFER, others.name(), sizeof text, nullptr, text);
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(buffer.label(), QStringLiteral("mine"));
+    _context->makeCurrent();
 }
 
 TEST_P(BufferObjectTest, DestroyedBufferIsDeletedAtOnceInItsContext) {

@@ -24,6 +24,7 @@ namespace {
 
 GLenum notedError = GL_NO_ERROR;
 PFNGLGETERRORPROC realGetError = nullptr;
+std::vector<GLenum> listedErrors;
 
 void APIENTRY noNames(GLsizei count, GLuint* names) {
     std::fill_n(names, count, 0U);
@@ -63,6 +64,10 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         functions.createBuffers = noNames;
         functions.genBuffers = noNames;
         break;
+    case GLFault::NoBufferNamesAndNoError:
+        functions.createBuffers = [](GLsizei count, GLuint* names) { std::fill_n(names, count, 0U); };
+        functions.genBuffers = functions.createBuffers;
+        break;
     case GLFault::NoBufferMemory:
         functions.namedBufferData = [](GLuint, GLsizeiptr, const void*, GLenum) {
             notedError = GL_OUT_OF_MEMORY;
@@ -94,6 +99,20 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         functions.getError = [] { return GLenum(GL_CONTEXT_LOST); };
         break;
     }
+    use(functions);
+}
+
+FaultyDriver::FaultyDriver(const std::vector<GLenum>& errors) {
+    glGetError(); // libepoxy looks a function up when it is called first
+    listedErrors = errors;
+    Functions functions = real();
+    functions.getError = [] {
+        if (listedErrors.empty())
+            return GLenum(GL_NO_ERROR);
+        const GLenum error = listedErrors.front();
+        listedErrors.erase(listedErrors.begin());
+        return error;
+    };
     use(functions);
 }
 

@@ -2,11 +2,14 @@
 
 #include <epoxy/gl.h>
 
+#include <vector>
+
 namespace Atelier::Vel::Testing {
 
 /// What a driver can fail at.
 enum class GLFault {
     NoBufferNames,
+    NoBufferNamesAndNoError,
     NoBufferMemory,
     NoVertexArrays,
     NoTextureNames,
@@ -22,6 +25,8 @@ enum class GLFault {
 class FaultyDriver {
 public:
     explicit FaultyDriver(GLFault fault);
+    /// A driver that has noted these errors, and finds no others.
+    explicit FaultyDriver(const std::vector<GLenum>& errors);
     ~FaultyDriver();
     FaultyDriver(const FaultyDriver&) = delete;
     FaultyDriver& operator=(const FaultyDriver&) = delete;

@@ -122,6 +122,31 @@ TEST_P(GLFaultsTest, BufferWithoutMemoryIsEmptyAndToldOnce) {
     EXPECT_EQ(buffer.byteCount(), 8U);
 }
 
+TEST_P(GLFaultsTest, BufferThatFailsAgainAfterASuccessIsToldAgain) {
+    BufferObject buffer;
+    buffer.setLabel(QStringLiteral("mine"));
+    const MessageLog log;
+    for (int round = 0; round < 2; ++round) {
+        {
+            const FaultyDriver driver(GLFault::NoBufferMemory);
+            EXPECT_FALSE(buffer.uploadArbitraryData(kValues, 11, GL_STATIC_DRAW, 1));
+        }
+        EXPECT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    }
+    const QString warning = QStringLiteral("Buffer 'mine' could not be filled (GL_OUT_OF_MEMORY)");
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(warning, warning));
+}
+
+TEST_P(GLFaultsTest, FailureWithoutAnErrorSaysSo) {
+    BufferObject buffer;
+    buffer.setLabel(QStringLiteral("mine"));
+    const MessageLog log;
+    const FaultyDriver driver(GLFault::NoBufferNamesAndNoError);
+    EXPECT_FALSE(buffer.bind());
+    buffer.unbind();
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Buffer 'mine' could not be made (no error is told)"));
+}
+
 TEST_P(GLFaultsTest, BufferWithoutANameIsNotBound) {
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
@@ -148,6 +173,51 @@ TEST_P(GLFaultsTest, BufferIsToldOfWhenItHasALabel) {
     buffer.setLabel(QStringLiteral("later"));
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral("Buffer 'late' could not be filled (GL_OUT_OF_MEMORY)")));
+}
+
+TEST_P(GLFaultsTest, BufferThatWorksBeforeItHasALabelIsNotToldOf) {
+    BufferObject buffer;
+    const MessageLog log;
+    {
+        const FaultyDriver driver(GLFault::NoBufferMemory);
+        EXPECT_FALSE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    }
+    EXPECT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    buffer.setLabel(QStringLiteral("late"));
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+}
+
+TEST_P(GLFaultsTest, EmptyLabelIsNone) {
+    BufferObject buffer;
+    const MessageLog log;
+    const FaultyDriver driver(GLFault::NoBufferMemory);
+    EXPECT_FALSE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    buffer.setLabel(QStringLiteral(""));
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+}
+
+TEST_P(GLFaultsTest, VertexArrayAndTextureAreToldOfWhenTheyHaveALabel) {
+    const MessageLog log;
+    {
+        VertexArrayObject vao;
+        Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+        {
+            const FaultyDriver driver(GLFault::NoVertexArrays);
+            EXPECT_FALSE(vao.bind());
+            vao.unbind();
+        }
+        {
+            const FaultyDriver driver(GLFault::NoTextureNames);
+            EXPECT_FALSE(texture.bind());
+            texture.unbind();
+        }
+        EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+        vao.setLabel(QStringLiteral("array"));
+        texture.setLabel(QStringLiteral("wood"));
+    }
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre("Vertex array 'array' could not be made (GL_OUT_OF_MEMORY)",
+                            "Texture 'wood' could not be made (GL_OUT_OF_MEMORY)"));
 }
 
 TEST_P(GLFaultsTest, VertexArrayWithoutANameIsNotBound) {
@@ -280,6 +350,31 @@ TEST_P(GLFaultsTest, ClientsErrorIsNotTakenForTheDraws) {
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral("OpenGL had noted GL_INVALID_ENUM before 'drawable 0' was drawn "
                                            "first")));
+}
+
+TEST_P(GLFaultsTest, ErrorsAreNamedOnceEachInTheirOrder) {
+    GPUModel model;
+    fill(model);
+    const MessageLog log;
+    const FaultyDriver driver({GL_INVALID_VALUE, GL_INVALID_ENUM, GL_INVALID_VALUE, GL_OUT_OF_MEMORY,
+                               GL_INVALID_OPERATION, GL_INVALID_FRAMEBUFFER_OPERATION, GL_CONTEXT_LOST});
+    EXPECT_EQ(drawn(model), QColor(Qt::black));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre("OpenGL had noted GL_INVALID_VALUE, GL_INVALID_ENUM, GL_OUT_OF_MEMORY, "
+                            "GL_INVALID_OPERATION, GL_INVALID_FRAMEBUFFER_OPERATION, GL_CONTEXT_LOST before "
+                            "'drawable 0' was drawn first"));
+}
+
+TEST_P(GLFaultsTest, EightErrorsAreTakenAtATime) {
+    GPUModel model;
+    fill(model);
+    const MessageLog log;
+    const FaultyDriver driver({0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19});
+    EXPECT_EQ(drawn(model), QColor(Qt::black));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre("OpenGL had noted 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18 before "
+                            "'drawable 0' was drawn first",
+                            "'drawable 0' could not be drawn (0x19)"));
 }
 
 TEST_P(GLFaultsTest, ErrorsWithoutEndAreNotWaitedFor) {

@@ -178,12 +178,13 @@ void NameCount::note(const char* kind, GLsizei count, const GLuint* names, int c
 
 QStringList NameCount::imbalance() const {
     QStringList names;
-    for (const auto& [name, count] : _live)
-        if (count != 0)
-            names << QStringLiteral("%1 %2%3")
-                         .arg(name.first)
-                         .arg(name.second)
-                         .arg(count > 0 ? QString() : QStringLiteral(" deleted too often"));
+    for (const auto& [name, count] : _live) {
+        const QString text = QStringLiteral("%1 %2").arg(name.first).arg(name.second);
+        for (int i = 0; i < count; ++i)
+            names << text;
+        if (count < 0)
+            names << text + QStringLiteral(" deleted too often");
+    }
     return names;
 }
 

@@ -1,5 +1,6 @@
 #include <velgl/gpumodel.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 
@@ -10,6 +11,7 @@
 
 #include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
+#include <velgl/vertexarrayobject.h>
 
 namespace Atelier::Vel::Testing {
 
@@ -120,6 +122,53 @@ TEST(GPUModelTest, NumbersOutOfRangeAnswerWithNothing) {
         EXPECT_TRUE(model.materialName(number, 0).isNull());
         EXPECT_TRUE(model.objectName(number, 0).isNull());
     }
+}
+
+TEST(GPUModelTest, InstanceCountMultipliesThatOfEachCommand) {
+    const DrawElementsIndirectCommand commands[] = {{3, 1, 0, 0, 0}, {6, 5, 3, 4, 2}, {9, 0, 0, 0, 0}};
+    for (const int times : {2, 1, 0, -1}) {
+        GPUModel model;
+        auto* buffers = new DrawBuffers;
+        buffers->setDrawElementsIndirectCommands(commands, 3);
+        model.add(buffers, times, nullptr, nullptr, 0);
+        const QVector<DrawElementsIndirectCommand> multiplied = buffers->drawElementsIndirectCommands();
+        ASSERT_EQ(multiplied.size(), 3);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(multiplied[i].count, commands[i].count);
+            EXPECT_EQ(multiplied[i].instanceCount, commands[i].instanceCount * unsigned(std::max(times, 0)));
+            EXPECT_EQ(multiplied[i].firstIndex, commands[i].firstIndex);
+            EXPECT_EQ(multiplied[i].baseVertex, commands[i].baseVertex);
+            EXPECT_EQ(multiplied[i].baseInstance, commands[i].baseInstance);
+        }
+    }
+}
+
+TEST(GPUModelTest, ArraysWithoutALabelGetTheNumberOfTheirDrawable) {
+    GPUModel model;
+    QStringList labels;
+    for (const char* label : {"", "mine", ""}) {
+        auto* buffers = new DrawBuffers;
+        buffers->setVAO(QSharedPointer<VertexArrayObject>::create());
+        buffers->VAO()->setLabel(QString::fromLatin1(label));
+        model.add(buffers, 1, nullptr, nullptr, 0);
+        labels << buffers->VAO()->label();
+    }
+    EXPECT_EQ(labels, (QStringList{"drawable 0", "mine", "drawable 2"}));
+}
+
+TEST(GPUModelTest, NullNameIsTheSameAsNone) {
+    GPUModel model;
+    model.add(new DrawBuffers, 1, nullptr, nullptr, 0);
+    model.addObjectName(0, 0, QString());
+    model.addObjectName(0, 1, QStringLiteral("cube"));
+    model.addObjectName(0, 2, QString());
+    model.addObjectName(0, 3, QStringLiteral(""));
+    EXPECT_TRUE(model.objectName(0, 0).isNull());
+    EXPECT_EQ(model.objectName(0, 1), QStringLiteral("cube"));
+    EXPECT_TRUE(model.objectName(0, 2).isNull());
+    EXPECT_FALSE(model.objectName(0, 3).isNull());
+    model.addObjectName(0, 1, QString());
+    EXPECT_TRUE(model.objectName(0, 1).isNull());
 }
 
 TEST(GPUModelTest, EmptyModelHasNoBounds) {

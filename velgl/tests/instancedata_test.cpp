@@ -48,12 +48,34 @@ TEST(InstanceDataTest, LaterValueReplacesTheEarlierOne) {
 TEST(InstanceDataTest, ValuesThatCannotBeAreRefused) {
     InstanceData data(kName);
     const MessageLog log;
+    const char byte = 'x';
+    const quint64 tooLarge = std::numeric_limits<int>::max() / 2 + 1;
     data.set(kMember, nullptr, 4);
-    data.set(kMember, "x", std::numeric_limits<unsigned long long>::max());
+    data.set(kMember, &byte, tooLarge);
+    data.set(kMember, &byte, std::numeric_limits<quint64>::max());
     EXPECT_FALSE(data.hasValue(kMember));
-    EXPECT_EQ(log.texts(QtWarningMsg).size(), 2U);
-    EXPECT_TRUE(log.texts(QtWarningMsg)[0].startsWith(
-        QStringLiteral("Value 'Kd' of 'Material' is refused: 4 bytes")));
+    const QString refused = QStringLiteral("Value 'Kd' of 'Material' is refused: ");
+    const QString address = QString::asprintf("%p", static_cast<const void*>(&byte));
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        testing::ElementsAre(refused + QString::asprintf("4 bytes at %p", static_cast<void*>(nullptr)),
+                             refused + "1073741824 bytes at " + address,
+                             refused + "18446744073709551615 bytes at " + address));
+}
+
+TEST(InstanceDataTest, EmptyNameIsNotNull) {
+    EXPECT_FALSE(InstanceData(QStringLiteral("")).name().isNull());
+    EXPECT_TRUE(InstanceData(QStringLiteral("")).name().isEmpty());
+}
+
+TEST(InstanceDataTest, UnnamedDataHoldsValuesAsWell) {
+    InstanceData data;
+    data.set(kMember, "x", 1);
+    EXPECT_EQ(data.value(kMember), QByteArray("x"));
+    EXPECT_TRUE(data.name().isNull());
+    InstanceData cleared;
+    cleared.clear();
+    EXPECT_TRUE(cleared.valueNames().isEmpty());
 }
 
 TEST(InstanceDataTest, TextureIsAPathOrAnObject) {

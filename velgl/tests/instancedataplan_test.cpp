@@ -34,8 +34,12 @@ QByteArray bytesOf(float value) {
 
 TEST(InstanceDataPlanTest, TypesHaveTheirFixedValues) {
     EXPECT_EQ(int(DataType::Texture), 0);
+    EXPECT_EQ(int(DataType::Int), 1);
+    EXPECT_EQ(int(DataType::UInt), 2);
     EXPECT_EQ(int(DataType::Float), 13);
+    EXPECT_EQ(int(DataType::Vec2), 14);
     EXPECT_EQ(int(DataType::Vec3), 15);
+    EXPECT_EQ(int(DataType::Vec4), 16);
     EXPECT_EQ(int(DataType::Mat4), 17);
 }
 
@@ -129,6 +133,28 @@ TEST(InstanceDataPlanTest, ValueOfAnotherSizeIsRefusedNamingBothSizes) {
                     "Value 'm0' has 8 bytes, but its member of plan 'Plan' has 12; it is left out")));
 }
 
+TEST(InstanceDataPlanTest, ItemsTooManyForABufferAreReportedAndNotPacked) {
+    InstanceDataPlan plan(QStringLiteral("Large"));
+    for (int i = 0; i < 1024; ++i)
+        plan.addMember(DataType::Mat4, QStringLiteral("m%1").arg(i));
+    ASSERT_EQ(plan.stride(), 0x10000);
+    QList<InstanceData> items;
+    for (int i = 0; i < 0x8000; ++i)
+        items << InstanceData();
+    const MessageLog log;
+    EXPECT_TRUE(plan.pack(items).isEmpty());
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre("32768 items of plan 'Large' are too many for one buffer"));
+}
+
+TEST(InstanceDataPlanTest, TextureUnitsFollowTheOrderOfTheMembers) {
+    InstanceDataPlan plan(QStringLiteral("Plan"));
+    plan.addMember(DataType::Texture, QStringLiteral("z"));
+    plan.addMember(DataType::Float, QStringLiteral("m"));
+    plan.addMember(DataType::Texture, QStringLiteral("a"));
+    EXPECT_EQ(plan.textureNames(), (QStringList{"z", "a"}));
+}
+
 TEST(InstanceDataPlanTest, StructDeclaresTheValueMembers) {
     const InstanceDataPlan plan = planOf({DataType::Int, DataType::UInt, DataType::Float, DataType::Texture,
                                           DataType::Vec2, DataType::Vec3, DataType::Vec4, DataType::Mat4});
@@ -149,6 +175,8 @@ TEST(InstanceDataPlanTest, NamesBecomeIdentifiers) {
     EXPECT_EQ(InstanceDataPlan::glslName(QString::fromUtf8("größe")), QStringLiteral("gr__e"));
     EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("2nd")), QStringLiteral("_2nd"));
     EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("gl_Position")), QStringLiteral("_gl_Position"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("gl")), QStringLiteral("gl"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("aglow_gl_2")), QStringLiteral("aglow_gl_2"));
     EXPECT_EQ(InstanceDataPlan::glslName(QString()), QStringLiteral("_"));
 }
 

@@ -68,6 +68,27 @@ TEST(InstanceDataRegistryTest, SecondPlanOfANameIsLeftOut) {
     EXPECT_EQ(countOf(QStringLiteral("Twice")), 1);
 }
 
+TEST(InstanceDataRegistryTest, MembersDifferByTypeNameNumberAndOrder) {
+    using Members = QVector<std::pair<DataType, const char*>>;
+    const auto registered = [](const Members& members) {
+        auto* plan = new InstanceDataPlan(QStringLiteral("Compared"));
+        for (const auto& [type, name] : members)
+            plan->addMember(type, QString::fromLatin1(name));
+        const MessageLog log;
+        InstanceDataRegistry::Instance().registerPlan(plan);
+        return log.messages().empty();
+    };
+    const Members first = {{DataType::Float, "a"}, {DataType::Vec3, "b"}};
+    EXPECT_TRUE(registered(first));
+    EXPECT_TRUE(registered(first));
+    for (const Members& other :
+         {Members{{DataType::Float, "a"}, {DataType::Vec4, "b"}},
+          Members{{DataType::Float, "a"}, {DataType::Vec3, "c"}}, Members{{DataType::Float, "a"}}, //
+          Members{{DataType::Float, "a"}, {DataType::Vec3, "b"}, {DataType::Int, "c"}},
+          Members{{DataType::Vec3, "b"}, {DataType::Float, "a"}}})
+        EXPECT_FALSE(registered(other)) << other.size();
+}
+
 TEST(InstanceDataRegistryTest, NullAndTheSamePlanAgainChangeNothing) {
     InstanceDataRegistry& registry = InstanceDataRegistry::Instance();
     InstanceDataPlan* plan = newPlan(QStringLiteral("Same"), DataType::Float);

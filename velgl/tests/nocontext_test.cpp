@@ -65,8 +65,12 @@ TEST(NoContextTest, TextureWorkDoesNothing) {
     glEntryPoints().texParameteri(kTexture2D, 0x2801, 0x2601);
     glEntryPoints().texImage2D(kTexture2D, 0, kRgba, 1, 1, 0, 0x1908, 0x1401, nullptr);
     glEntryPoints().generateMipmap(kTexture2D);
+    int value = 12345;
+    glEntryPoints().getIntegerv(0x0D33, &value);
+    EXPECT_EQ(value, 12345);
     EXPECT_EQ(texture.name(), 0U);
     EXPECT_TRUE(texture.readBack().isNull());
+    EXPECT_FALSE(texture.hasContent());
     EXPECT_FALSE(TextureManager::Instance().colorTexture(Qt::red)->bind());
 }
 

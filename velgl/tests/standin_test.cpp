@@ -6,27 +6,12 @@
 #include <velgl/opengldevicecontext.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "memorybuffer.h"
+
 // A client's own objects in place of OpenGL's.
 namespace Atelier::Vel::Testing {
 
 namespace {
-
-// Keeps its content in memory.
-class MemoryBuffer : public BufferObject {
-public:
-    bool bind() override { return true; }
-    void unbind() override {}
-    bool uploadArbitraryData(const void* data, int count, unsigned int /*usage*/,
-                             unsigned long long elementSize) override {
-        _content = QByteArray(static_cast<const char*>(data), count * int(elementSize));
-        return true;
-    }
-    quint64 byteCount() const override { return quint64(_content.size()); }
-    QByteArray readBack() const override { return _content; }
-
-private:
-    QByteArray _content;
-};
 
 class MemoryContext : public OpenGLDeviceContext {
 public:

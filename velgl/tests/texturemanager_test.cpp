@@ -65,6 +65,25 @@ TEST_F(TextureManagerTest, NewLoaderIsTriedOnPathsThatFailed) {
     EXPECT_EQ(_manager.texture(QStringLiteral("/later.png"), _fallback.get()), _texture.get());
 }
 
+TEST_F(TextureManagerTest, LoadedTextureGetsItsPathAsLabelUnlessItHasOne) {
+    Texture unlabelled(0x0DE1, 0x1908, 1, 1, 0, nullptr);
+    Texture labelled(0x0DE1, 0x1908, 1, 1, 0, nullptr);
+    labelled.setLabel(QStringLiteral("mine"));
+    _manager.setLoader(
+        [&](const QString& path) { return path == QLatin1String("/a.png") ? &unlabelled : &labelled; });
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(_manager.texture(QStringLiteral("/a.png"), _fallback.get()), &unlabelled);
+        EXPECT_EQ(_manager.texture(QStringLiteral("/b.png"), _fallback.get()), &labelled);
+    }
+    EXPECT_EQ(unlabelled.label(), QStringLiteral("/a.png"));
+    EXPECT_EQ(labelled.label(), QStringLiteral("mine"));
+}
+
+TEST_F(TextureManagerTest, ColoursAreNamedByTheirChannels) {
+    EXPECT_EQ(_manager.colorTexture(QColor(1, 2, 3, 4))->label(), QStringLiteral("#04010203"));
+    EXPECT_EQ(_manager.colorTexture(QColor::fromCmyk(255, 0, 255, 0))->label(), QStringLiteral("#ff00ff00"));
+}
+
 TEST_F(TextureManagerTest, TokensFileTextures) {
     const TextureToken token;
     EXPECT_EQ(_manager.texture(token), nullptr);
