@@ -19,6 +19,7 @@
 
 #include <velgl/glentrypoints.h>
 #include <velgl/texture.h>
+#include <velmodel/modelfiles.h>
 
 #include "support/glfixture.h"
 #include "support/messagelog.h"
@@ -78,10 +79,36 @@ quint32 checksum(const QByteArray& bytes) {
     return ~sum;
 }
 
+QByteArray littleEndian(quint32 value) {
+    QByteArray bytes(4, Qt::Uninitialized);
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
 QByteArray bigEndian(quint32 value) {
     QByteArray bytes(4, Qt::Uninitialized);
     qToBigEndian(value, bytes.data());
     return bytes;
+}
+
+/// A JPEG of 8 by 8 pixels that claims to have others.
+QByteArray jpegOf(quint16 width, quint16 height) {
+    QByteArray jpeg = encoded(gradient(8, 8), "jpeg");
+    // In a frame header, the height and the width come behind its length and the bits of a sample.
+    char* const sizes = jpeg.data() + jpeg.indexOf(QByteArray::fromHex("ffc0")) + 5;
+    qToBigEndian(height, sizes);
+    qToBigEndian(width, sizes + 2);
+    return jpeg;
+}
+
+/// An icon, or a cursor, of one picture, whose entry claims sixteen pixels by sixteen.
+QByteArray icon(const char* kind, const QByteArray& picture, quint32 claimedBytes) {
+    return QByteArray::fromHex(kind) + QByteArray::fromHex("0100101000000100") + QByteArray::fromHex("2000") +
+           littleEndian(claimedBytes) + littleEndian(22) + picture;
+}
+
+QByteArray icon(const char* kind, const QByteArray& picture) {
+    return icon(kind, picture, static_cast<quint32>(picture.size()));
 }
 
 /// A few bytes that claim to be an image with `side` pixels on each side.
@@ -97,17 +124,14 @@ QList<HugeImage> hugeImages(quint16 side) {
     const QByteArray zeros(2, '\0');
     const QByteArray little = low + high;
     const QByteArray big = high + low;
-    QByteArray jpeg = encoded(gradient(8, 8), "jpeg");
-    // In a frame header, the height and the width come behind its length and the bits of a sample.
-    jpeg.replace(jpeg.indexOf(QByteArray::fromHex("ffc0")) + 5, 4, big + big);
-    QByteArray png = QByteArray::fromHex("0000000d49484452") + zeros + big + zeros + big +
-                     QByteArray::fromHex("0806000000");
+    const QByteArray png = QByteArray::fromHex("0000000d49484452") + zeros + big + zeros + big +
+                           QByteArray::fromHex("0806000000");
     return {
         {"bmp", QByteArray("BM") + QByteArray::fromHex("46000000000000003600000028000000") + little + zeros +
                     little + zeros + QByteArray::fromHex("01002000") + QByteArray(28, '\0')},
         {"gif", "GIF89a" + little + little + QByteArray::fromHex("800000000000ffffff2c00000000") + little +
                     little + QByteArray::fromHex("000202845100 3b")},
-        {"jpeg", jpeg},
+        {"jpeg", jpegOf(side, side)},
         {"pbm", "P4\n" + text + ' ' + text + '\n'},
         {"pgm", "P5\n" + text + ' ' + text + "\n255\n"},
         {"ppm", "P6\n" + text + ' ' + text + "\n255\n"},
@@ -123,12 +147,13 @@ QList<HugeImage> hugeImages(quint16 side) {
 class HostileImagesTest : public Testing::GLFixture {
 protected:
     /// The texture of an image file with this content, under a name of its own.
-    Texture* load(const QByteArray& bytes) {
+    Texture* load(const QByteArray& bytes) { return LoadTexture(write(bytes)); }
+    QString write(const QByteArray& bytes) {
         QFile file(_directory.filePath(QString::number(++_count)));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        file.close();
-        return LoadTexture(file.fileName());
+        return file.fileName();
     }
+    QString folder() const { return _directory.path(); }
 
     MessageLog _log; // what is wrong with the images
 
@@ -204,6 +229,72 @@ TEST_F(HostileImagesTest, DamagedImageIsNullOrNoLargerThanAllowed) {
             }
         }
     }
+}
+
+TEST_F(HostileImagesTest, EveryFormatThatHoldsItsPixelsLoadsFromAFolderToo) {
+    for (const QByteArray& format : QImageReader::supportedImageFormats()) {
+        const QByteArray bytes = encoded(gradient(2, 2), format);
+        if (bytes.isEmpty())
+            continue;
+        const QString file = write(bytes);
+        const Texture* texture = loadTextureFrom(ModelFiles(folder()), file);
+        ASSERT_NE(texture, nullptr) << format.constData();
+        EXPECT_EQ(QSize(texture->width(), texture->height()), QSize(2, 2)) << format.constData();
+        EXPECT_EQ(readTextureSize(ModelFiles(folder()), file), QImageReader(file).size())
+            << format.constData();
+    }
+}
+
+// Of a table that is missing, the reader complains when it decodes, before it makes room for the pixels.
+TEST_F(HostileImagesTest, ImageOfAGibibyteIsDecodedAndALargerOneIsNot) {
+    const LargestSide limit(100'000);
+    const struct {
+        quint16 width, height;
+        bool isDecoded;
+    } cases[] = {{16'384, 16'384, true}, {16'384, 16'385, false}, {16'385, 16'384, false},
+                 {32'768, 8'192, true},  {8'192, 32'769, false},  {32'767, 8'192, true}};
+    for (const auto& [width, height, isDecoded] : cases) {
+        QByteArray jpeg = jpegOf(width, height);
+        const int table = jpeg.indexOf(QByteArray::fromHex("ffdb"));
+        jpeg.remove(table, 2 + qFromBigEndian<quint16>(jpeg.constData() + table + 2));
+        EXPECT_EQ(load(jpeg), nullptr);
+        EXPECT_EQ(_log.texts(QtWarningMsg).size(), isDecoded ? 1u : 0u) << width << " x " << height;
+        _log.clear();
+    }
+}
+
+// What an icon claims of its first picture is not what is decoded.
+TEST_F(HostileImagesTest, SizeOfThePngInAnIconCounts) {
+    const LargestSide limit(16);
+    for (const char* kind : {"00000100", "00000200"})
+        for (const QSize& size : {QSize(16, 16), QSize(17, 1), QSize(1, 17), QSize(16, 1), QSize(1, 16)}) {
+            const bool fits = size.width() <= 16 && size.height() <= 16;
+            const Texture* texture = load(icon(kind, encoded(gradient(size.width(), size.height()), "png")));
+            EXPECT_EQ(texture != nullptr, fits) << kind << ' ' << size.width() << " x " << size.height();
+            if (texture != nullptr) {
+                EXPECT_EQ(QSize(texture->width(), texture->height()), size) << kind;
+            }
+        }
+}
+
+TEST_F(HostileImagesTest, ScreenOfAGifCounts) {
+    const LargestSide limit(255);
+    // Two pixels by two, on a screen whose sides have two bytes each.
+    const auto gif = [](const char* screen) {
+        return QByteArray::fromHex(QByteArray("474946383961") + screen +
+                                   "8000000000 00ffffff2c00000000020002000002028451003b");
+    };
+    for (const char* screen : {"02000200", "ff00ff00", "ff000200", "0200ff00"})
+        EXPECT_NE(load(gif(screen)), nullptr) << screen;
+    for (const char* screen : {"00010200", "02000001", "00ff0200", "020000ff"})
+        EXPECT_EQ(load(gif(screen)), nullptr) << screen;
+}
+
+TEST_F(HostileImagesTest, IconMayClaimTheBytesOfItsFileAndNoMore) {
+    const QByteArray png = encoded(gradient(2, 2), "png");
+    const auto bytesOfFile = static_cast<quint32>(icon("00000100", png).size());
+    EXPECT_NE(load(icon("00000100", png, bytesOfFile)), nullptr);
+    EXPECT_EQ(load(icon("00000100", png, bytesOfFile + 1)), nullptr);
 }
 
 TEST_F(HostileImagesTest, EveryFormatThatQtReadsHereIsTested) {
