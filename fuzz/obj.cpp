@@ -1,4 +1,5 @@
-// The OBJ reader, record by record and in runs, with large and with tiny blocks, against its literal version.
+// The OBJ reader, record by record and in runs by each parser, with large and with tiny blocks, against its
+// literal version.
 #include <cstddef>
 #include <cstdint>
 
@@ -29,9 +30,9 @@ std::vector<Testing::Record> read(QFile& file, const LineSourceLimits& limits) {
     return Testing::takeAll(reader);
 }
 
-Testing::Content readInRuns(QFile& file, const LineSourceLimits& limits) {
+Testing::Content readInRuns(QFile& file, const LineSourceLimits& limits, WideParser* wideParser) {
     QTextStream stream(&file);
-    ObjReader reader(&stream, limits);
+    ObjReader reader(&stream, limits, wideParser);
     static ObjRun run;
     return Testing::contentInRuns(reader, run);
 }
@@ -52,7 +53,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         limits.blockBytes = 4 + static_cast<qint64>(size % 61);
     const std::vector<Testing::Record> expected = readLiterally(file);
     Fuzzing::require(read(rewound(), limits) == expected, "records are those of the literal reader");
-    Fuzzing::require(readInRuns(rewound(), limits) == Testing::contentOf(expected),
-                     "runs amount to the records of the literal reader");
+    // Null is the portable way.
+    for (WideParser* const wideParser :
+         {findAvx512Parser(), findSse41Parser(), static_cast<WideParser*>(nullptr)})
+        Fuzzing::require(readInRuns(rewound(), limits, wideParser) == Testing::contentOf(expected),
+                         "runs amount to the records of the literal reader");
     return 0;
 }

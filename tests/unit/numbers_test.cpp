@@ -238,6 +238,14 @@ TEST(NumbersTest, OrdinaryDecimalsNeedNoQString) {
         EXPECT_TRUE(parseFloat(token.data(), token.data() + token.size(), value)) << token;
 }
 
+TEST(NumbersTest, OrdinaryIntegersNeedNoQString) {
+    int value = 0;
+    for (const std::string token : {"0", "-0", "7", "-12345678", "+123456789", "-999999999", "000000001"}) {
+        ASSERT_TRUE(parseInt(token.data(), token.data() + token.size(), value)) << token;
+        EXPECT_EQ(value, std::stoi(token)) << token;
+    }
+}
+
 TEST(NumbersTest, TokensThatAreNoDecimalsLeaveTheValueAlone) {
     for (const std::string token : {"", "-", ".", "1e", "x", "nan", "1.0x", "\x80", "1\x80"}) {
         float value = 7.0F;

@@ -654,6 +654,20 @@ TEST_F(ObjLoaderTest, MergingAsCornersComeLoadsAsLiterally) {
     }
 }
 
+// Indices that a face does not give are handed on when one follows that does, and else not at all.
+TEST_F(ObjLoaderTest, ManyCornersWithoutAnIndexLoadAsLiterally) {
+    const MessageLog log;
+    // A position that is not there ends the merging.
+    const QByteArray listed = kTriangle + "vt 1 1\nvn 0 0 1\nf 1 2 9\n";
+    for (const int corners : {1, 1023, 1024, 1025, 4095, 4096, 4097, 8191, 8192, 8193, 12'289})
+        for (const QByteArray end :
+             {"", "f 1/1 2/1 3/1\n", "f 1//1 2//1 3//1\n", "f 1/1/1 2/1/1 3/1/1\nf 1 2 3\n"}) {
+            write(QStringLiteral("model.obj"), listed + QByteArray("f 1\n").repeated(corners) + end);
+            ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))))
+                << corners << ' ' << end.toStdString();
+        }
+}
+
 TEST_F(ObjLoaderTest, MergingThatStopsPayingLoadsAsLiterally) {
     NastyText nasty(15);
     QByteArray soup;

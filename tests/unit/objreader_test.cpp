@@ -25,6 +25,7 @@ using Testing::Content;
 using Testing::contentInRuns;
 using Testing::contentOf;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using Testing::LineParser;
 using Testing::LiteralObjReader;
 using Testing::NastyText;
@@ -263,6 +264,57 @@ TEST_F(ObjReaderTest, StreamErrorFailsEveryRecord) {
     stream.setStatus(QTextStream::ReadCorruptData);
     for (; reader.hasNext(); reader.next())
         EXPECT_FALSE(reader.read());
+}
+
+TEST_F(ObjReaderTest, StreamErrorFailsEveryRecordOfARunToo) {
+    write("v 1 2 3\nv 1 2 3\nf 1 2 3\nf 1 2 3\n");
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    QTextStream stream(&file);
+    ObjReader reader(&stream);
+    stream.setStatus(QTextStream::ReadCorruptData);
+    const auto run = std::make_unique<ObjRun>();
+    const Content content = contentInRuns(reader, *run);
+    EXPECT_EQ(content.dropped, 2u);
+    EXPECT_THAT(content.cornerCounts, IsEmpty());
+}
+
+TEST_F(ObjReaderTest, PlainLinesGoStraightIntoARun) {
+    write("v 1 2 3\n" + QByteArray("v 1.0 2.0 3.0\n").repeated(10) + "usemtl red\nf 1 2 3\n");
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    QTextStream stream(&file);
+    ObjReader reader(&stream);
+    const auto run = std::make_unique<ObjRun>();
+    EXPECT_EQ(reader.kind(), Kind::Position);
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::UseMaterial);
+    EXPECT_EQ(run->positions.size, 30u);
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::None);
+    EXPECT_FALSE(reader.read());
+    EXPECT_EQ(run->cornerCounts.size, 1u);
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::End);
+    EXPECT_FALSE(reader.read());
+}
+
+TEST_F(ObjReaderTest, FullRunComesBackBeforeTheNextLine) {
+    write("vt 1 2\n" + QByteArray("vt 1.0 2.0\n").repeated(ObjRun::kRecords + 1));
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    QTextStream stream(&file);
+    ObjReader reader(&stream);
+    const auto run = std::make_unique<ObjRun>();
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::None);
+    EXPECT_EQ(run->texCoords.size, 2 * ObjRun::kRecords);
+    run->texCoords.size = 0;
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::None);
+    EXPECT_EQ(run->texCoords.size, 2u);
+    reader.next(*run);
+    EXPECT_EQ(reader.kind(), Kind::End);
 }
 
 TEST_F(ObjReaderTest, StreamsOverAnythingElseReadTheSame) {
