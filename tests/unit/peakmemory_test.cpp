@@ -1,0 +1,328 @@
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <velgl/bufferobject.h>
+#include <velgl/gpumodel.h>
+#include <velgl/opengldevicecontext.h>
+#include <velgl/vertexarrayobject.h>
+#include <velmodel/modelbuilder.h>
+
+#include "allocationcount.h"
+#include "singleupload.h"
+#include "support/clientstreams.h"
+#include "support/messagelog.h"
+
+namespace Atelier::Vel {
+namespace {
+
+using testing::ElementsAre;
+using Testing::MessageLog;
+
+constexpr unsigned int kUnsignedShort = 0x1403;
+constexpr unsigned int kUnsignedInt = 0x1405;
+constexpr unsigned int kFloat = 0x1406;
+
+// What nobody has to account for: names, tables of a few entries.
+constexpr std::size_t kLittle = std::size_t{64} << 10;
+
+const QString kPosition = QStringLiteral("position");
+const QString kUv = QStringLiteral("uv");
+
+/// The bytes of all streams.
+std::size_t streamBytes = 0;
+
+/// Bytes of a stream that are counted apart.
+class CountedBytes {
+public:
+    ~CountedBytes() { streamBytes -= _bytes.capacity(); }
+
+    std::size_t size() const { return _bytes.size(); }
+    unsigned char* data() { return _bytes.data(); }
+    void resize(std::size_t bytes) {
+        streamBytes -= _bytes.capacity();
+        _bytes.resize(bytes);
+        streamBytes += _bytes.capacity();
+    }
+
+private:
+    std::vector<unsigned char> _bytes;
+};
+
+/// Sees what there is at the moments when something is asked for.
+class Witness {
+public:
+    /// The memory of everything but streams.
+    static std::size_t otherBytes() { return Testing::bytesInUse() - streamBytes; }
+
+    std::vector<ModelDataStream*> streams;
+    std::function<void(unsigned int type)> streamAskedFor;
+    std::function<void()> bufferAskedFor;
+    std::function<void()> arrayAskedFor;
+    std::function<void()> attributeRegistered;
+
+    void streamWasAskedFor(unsigned int type) const {
+        if (streamAskedFor)
+            streamAskedFor(type);
+    }
+    static void call(const std::function<void()>& what) {
+        if (what)
+            what();
+    }
+    /// The types of the streams that are alive.
+    std::vector<unsigned int> types() const {
+        std::vector<unsigned int> types;
+        std::transform(streams.begin(), streams.end(), std::back_inserter(types),
+                       [](const ModelDataStream* stream) { return stream->type(); });
+        return types;
+    }
+};
+
+class WitnessedStream : public Testing::StreamOver<CountedBytes> {
+public:
+    WitnessedStream(Witness& witness, unsigned int type, quint64 count)
+        : StreamOver(type, count), _witness(witness) {
+        _witness.streams.push_back(this);
+    }
+    ~WitnessedStream() override {
+        auto& streams = _witness.streams;
+        streams.erase(std::find(streams.begin(), streams.end(), this));
+    }
+
+private:
+    Witness& _witness;
+};
+
+class WitnessedAllocator : public ModelDataStreamAllocator {
+public:
+    explicit WitnessedAllocator(Witness& witness) : _witness(witness) {}
+    ModelDataStream* alloc(unsigned int type, quint64 count) override {
+        _witness.streamWasAskedFor(type);
+        return new WitnessedStream(_witness, type, count);
+    }
+
+private:
+    Witness& _witness;
+};
+
+class WitnessedArray : public VertexArrayObject {
+public:
+    explicit WitnessedArray(const Witness& witness) : _witness(witness) {}
+    void registerBO(const QString& name, QSharedPointer<BufferObject> buffer, int components,
+                    unsigned int type) override {
+        Witness::call(_witness.attributeRegistered);
+        VertexArrayObject::registerBO(name, buffer, components, type);
+    }
+
+private:
+    const Witness& _witness;
+};
+
+/// Its buffers keep nothing.
+class WitnessedContext : public OpenGLDeviceContext {
+public:
+    explicit WitnessedContext(const Witness& witness) : _witness(witness) {}
+    QSharedPointer<BufferObject> createBufferObject() override {
+        Witness::call(_witness.bufferAskedFor);
+        return OpenGLDeviceContext::createBufferObject();
+    }
+    QSharedPointer<VertexArrayObject> createVertexArrayObject() override {
+        Witness::call(_witness.arrayAskedFor);
+        return QSharedPointer<WitnessedArray>::create(_witness);
+    }
+
+private:
+    const Witness& _witness;
+};
+
+/// Corner c uses value c modulo `values`.
+std::vector<unsigned int> cyclic(quint32 corners, quint32 values) {
+    std::vector<unsigned int> indices(corners);
+    for (quint32 corner = 0; corner < corners; ++corner)
+        indices[corner] = corner % values;
+    return indices;
+}
+
+/// A builder that gives up its input, and a witness of its upload.
+class PeakMemoryTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!Testing::countsAllocations())
+            GTEST_SKIP() << "allocations cannot be counted here";
+        SingleUpload::expect(builder);
+        OpenGLDeviceContext::setCurrent(QSharedPointer<WitnessedContext>::create(witness));
+    }
+    void TearDown() override { OpenGLDeviceContext::setCurrent({}); }
+
+    void addValues(const QString& name, int components, quint32 count) {
+        std::vector<float> values(count * static_cast<std::size_t>(components));
+        std::iota(values.begin(), values.end(), 0.0F);
+        builder.createVertexAttribute(name, components, kFloat, 0, 0);
+        builder.addValuesToVertexAttribute(name, values.size(), values.data(), kFloat);
+    }
+    void addFaces(const std::vector<unsigned int>& counts) {
+        builder.addVertexCountsToFaces(counts.size(), counts.data());
+    }
+    void addGroup(const QString& name, unsigned int firstFace, unsigned int count, quint64 flags = 0) {
+        builder.createMaterialGroup(name, InstanceData(), -1, flags);
+        SingleUpload::addFaces(builder, name, firstFace, count);
+    }
+    void upload() {
+        builder.upload(&model, InstanceData(), kPosition, QString(), 0x88E4, 4);
+        EXPECT_GT(model.drawableCount(), 0);
+    }
+
+    /// Three faces of twelve corners over so many values, with normals to be made. Notes which streams there
+    /// are whenever one of floats is asked for.
+    void addSmallMesh(quint32 values) {
+        addValues(kPosition, 3, values);
+        addValues(kUv, 2, values);
+        const std::vector<unsigned int> indices = cyclic(12, values);
+        for (const QString& name : {kPosition, kUv})
+            builder.addIndicesToVertexAttribute(name, indices.size(), indices.data());
+        addFaces({3, 4, 5});
+        addGroup(QStringLiteral("group"), 0, 3);
+        builder.generateNormals(QStringLiteral("normal"));
+        witness.streamAskedFor = [this](unsigned int type) {
+            if (type == kFloat)
+                streamsAtFloats.push_back(witness.types());
+        };
+    }
+
+public:
+    MessageLog log;
+    Witness witness;
+    std::vector<std::vector<unsigned int>> streamsAtFloats;
+    ModelBuilder builder{QSharedPointer<WitnessedAllocator>::create(witness), 0xF};
+    GPUModel model;
+};
+
+} // namespace
+
+// The faces, triangle indices to come, the values given, and one list for all corners.
+TEST_F(PeakMemoryTest, ListsAreGoneBeforeVerticesAreMade) {
+    addSmallMesh(4);
+    upload();
+    ASSERT_EQ(streamsAtFloats.size(), 3U);
+    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt));
+    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kUnsignedInt, kFloat))
+        << "the positions given have made room for those of the vertices";
+    EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt))
+        << "where normals are made, nothing of the input is left but the faces";
+}
+
+// Where each corner uses a value of its own, merging reads the lists until the vertices are made.
+TEST_F(PeakMemoryTest, ListsThatAreNeededAreGoneBehindTheVertices) {
+    addSmallMesh(11);
+    upload();
+    ASSERT_EQ(streamsAtFloats.size(), 3U);
+    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kUnsignedInt, kFloat,
+                                                kUnsignedInt, kUnsignedInt));
+    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kUnsignedInt, kUnsignedInt, kFloat,
+                                                kUnsignedInt, kUnsignedInt, kFloat));
+    EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt));
+}
+
+TEST_F(PeakMemoryTest, ShortIndicesAreGoneBeforeTheNextBuffer) {
+    addSmallMesh(4);
+    std::vector<std::ptrdiff_t> shortStreams;
+    witness.bufferAskedFor = [&] {
+        const std::vector<unsigned int> types = witness.types();
+        shortStreams.push_back(std::count(types.begin(), types.end(), kUnsignedShort));
+    };
+    upload();
+    EXPECT_THAT(shortStreams, ElementsAre(1, 0, 0, 0));
+}
+
+// Look-up tables of several megabytes are needed while corners come, and no longer; the tuples themselves
+// are.
+TEST_F(PeakMemoryTest, TablesOfTuplesAreGoneBeforeVerticesAreMade) {
+    constexpr quint32 kValues = 100'000;
+    constexpr quint32 kCornersAtATime = 30'000;
+    // Two words each and room for twice as many as values: a large page, and another one to begin with one.
+    constexpr std::size_t kTupleBytes = std::size_t{4} << 20;
+    static_assert(std::size_t{kValues} * 4 * sizeof(quint32) <= kTupleBytes / 2);
+    addValues(kPosition, 3, kValues);
+    addValues(kUv, 2, kValues);
+    addFaces(std::vector<unsigned int>(kValues, 3));
+    addGroup(QStringLiteral("group"), 0, kValues);
+    std::vector<unsigned int> positions(3 * kValues);
+    for (quint32 corner = 0; corner < 3 * kValues; ++corner)
+        positions[corner] = corner / 3;
+    std::vector<unsigned int> uvs = positions;
+    const std::size_t before = Witness::otherBytes();
+    for (quint32 first = 0; first < 3 * kValues; first += kCornersAtATime) {
+        const SingleUpload::CornerList lists[] = {{&kPosition, &positions[first]}, {&kUv, &uvs[first]}};
+        ASSERT_TRUE(SingleUpload::addCorners(builder, lists, 2, kCornersAtATime));
+    }
+    std::vector<std::size_t> atFloats;
+    witness.streamAskedFor = [&](unsigned int type) {
+        if (type == kFloat)
+            atFloats.push_back(Witness::otherBytes());
+    };
+    upload();
+    ASSERT_EQ(atFloats.size(), 2U);
+    EXPECT_LE(atFloats[0], before + kTupleBytes + kLittle);
+}
+
+// What a group's runs of faces and the cutter have taken.
+TEST_F(PeakMemoryTest, FacesOfGroupsAndTheCutterAreGoneBeforeNormalsAreMade) {
+    constexpr quint32 kFaces = 100'000;
+    constexpr quint32 kCorners = 3'000;
+    addValues(kPosition, 3, 4);
+    std::vector<unsigned int> counts(kFaces, 3);
+    counts.back() = kCorners;
+    addFaces(counts);
+    const std::vector<unsigned int> indices = cyclic(3 * (kFaces - 1) + kCorners, 4);
+    builder.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+    const QString group = QStringLiteral("group");
+    builder.createMaterialGroup(group, InstanceData(), -1, 0);
+    const std::size_t withoutRuns = Witness::otherBytes();
+    for (quint32 face = 1; face < kFaces; face += 2)
+        SingleUpload::addFaces(builder, group, face, 1);
+    ASSERT_GE(Witness::otherBytes(), withoutRuns + kFaces / 2 * sizeof(quint32));
+    builder.generateNormals(QStringLiteral("normal"));
+    std::size_t atNormals = 0;
+    witness.streamAskedFor = [&](unsigned int type) {
+        if (type == kFloat)
+            atNormals = Witness::otherBytes();
+    };
+    upload();
+    EXPECT_LE(atNormals, withoutRuns + kLittle);
+}
+
+// The commands of a drawable stand once, in the drawable, when it gets its attributes.
+TEST_F(PeakMemoryTest, CommandsAreGoneFromTheBuilderWhereTheDrawableHasThem) {
+    constexpr quint32 kGroups = 20'000;
+    addValues(kPosition, 3, 4);
+    addFaces(std::vector<unsigned int>(kGroups, 3));
+    const std::vector<unsigned int> indices = cyclic(3 * kGroups, 4);
+    builder.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+    for (quint32 group = 0; group < kGroups; ++group)
+        addGroup(QString::number(group), group, 1);
+    std::size_t beforeTheDrawable = 0;
+    std::size_t atItsAttribute = 0;
+    witness.arrayAskedFor = [&] { beforeTheDrawable = Witness::otherBytes(); };
+    witness.attributeRegistered = [&] { atItsAttribute = Witness::otherBytes(); };
+    upload();
+    EXPECT_LE(atItsAttribute, beforeTheDrawable + kLittle);
+    static_assert(kGroups * sizeof(DrawElementsIndirectCommand) > 4 * kLittle);
+}
+
+TEST_F(PeakMemoryTest, GroupsOfADrawableAreGoneBeforeTheNextOne) {
+    addSmallMesh(4);
+    addGroup(QStringLiteral("other"), 1, 1, 1);
+    std::vector<std::pair<bool, bool>> groups;
+    witness.arrayAskedFor = [&] {
+        groups.emplace_back(builder.hasMaterialGroup(QStringLiteral("group")),
+                            builder.hasMaterialGroup(QStringLiteral("other")));
+    };
+    upload();
+    EXPECT_THAT(groups, ElementsAre(std::pair(true, true), std::pair(false, true)));
+    EXPECT_FALSE(builder.hasMaterialGroup(QStringLiteral("other")));
+}
+
+} // namespace Atelier::Vel
