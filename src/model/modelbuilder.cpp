@@ -330,7 +330,7 @@ quint64 ModelBuilder::VertexAttribute::valueCount(StreamSlot slot) const {
 }
 
 bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
-    _statistics.triangles = 0;
+    // A preparation that gave no triangle is followed by another one.
     _statistics.untriangulatedFaces = 0;
     buildGPUFriendlyStreams(false);
     for (const VertexAttribute& record : qAsConst(_vertexAttributes))
