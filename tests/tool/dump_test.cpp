@@ -149,16 +149,6 @@ TEST(DumpTest, OutputThatCannotBeWrittenIsExitCodeFour) {
               "velmodel: samples/gear/gear.obj: The dump cannot be written: No space left on device\n");
 }
 
-TEST(DumpTest, LocaleChangesNothing) {
-    const QByteArray expected = runProgram({"dump", samplePath("vase")}).output;
-    for (const char* locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "tr_TR.UTF-8", "C"}) {
-        ProgramSurroundings surroundings;
-        surroundings.environment.insert("LC_ALL", locale);
-        surroundings.environment.insert("LANG", locale);
-        EXPECT_TRUE(runProgram({"dump", samplePath("vase")}, surroundings).output == expected) << locale;
-    }
-}
-
 } // namespace
 
 } // namespace Atelier::Vel::Testing

@@ -173,7 +173,7 @@ protected:
     /// Up to four surfaces in each cell, at distances where depth and weights differ.
     std::vector<Cell> layers() {
         return cells([this](int column, int row) {
-            constexpr double kDistances[] = {0.55, 0.8, 1.3, 3, 9, 15, 19};
+            constexpr double kDistances[] = {0.55, 0.8, 1.3, 3, 9, 15, 19.9};
             Cell cell;
             for (const double distance : kDistances)
                 if (cell.size() < 4 && oneOf(2) == 0)

@@ -128,8 +128,12 @@ TEST(UsageTest, HelpNeedsNoFileAndNoOpenGL) {
 TEST(UsageTest, VersionIsPrintedByEveryCommand) {
     const QByteArray expected = runProgram({"--version"}).output;
     EXPECT_THAT(expected.toStdString(), testing::MatchesRegex("velmodel [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-    EXPECT_EQ(runProgram({"info", "--version"}).output, expected);
-    EXPECT_EQ(runProgram({"render", "--version"}).output, expected);
+    for (const char* command : {"info", "dump", "render"}) {
+        const ProgramResult result = runProgram({command, "--version"});
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.output, expected);
+        EXPECT_EQ(result.errors, QString());
+    }
 }
 
 TEST(UsageTest, HelpThatCannotBeWrittenIsExitCodeFour) {
