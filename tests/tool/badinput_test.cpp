@@ -2,10 +2,7 @@
 
 #include <random>
 
-#include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <QtCore/QFile>
 
@@ -21,12 +18,13 @@ namespace Atelier::Vel::Testing {
 namespace {
 
 // All commands meet the same files.
-void expectCannotLoad(const QString& path, const QString& message) {
+void expectCannotLoad(const QString& path, const QString& message,
+                      const ProgramSurroundings& surroundings = {}) {
     const TemporaryFolder folder;
     const QString picture = folder.path("never.png");
     for (const QStringList& arguments :
          {QStringList{"info", path}, QStringList{"dump", path}, QStringList{"render", path, "-o", picture}}) {
-        const ProgramResult result = runProgram(arguments);
+        const ProgramResult result = runProgram(arguments, surroundings);
         EXPECT_EQ(result.exitCode, 1) << arguments.first().toStdString();
         EXPECT_EQ(result.errors, QStringLiteral("velmodel: %1\n").arg(message));
         EXPECT_TRUE(result.output.isEmpty());
@@ -58,12 +56,20 @@ TEST(BadInputTest, FifoWithoutAWriter) {
 }
 
 TEST(BadInputTest, UnreadableFile) {
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root reads every file";
     const TemporaryFolder folder;
     const QString path = folder.write("secret.obj", triangleText());
     ASSERT_EQ(chmod(qPrintable(path), 0), 0);
-    expectCannotLoad(path, QStringLiteral("Failed to load OBJ file '%1': Permission denied").arg(path));
+    expectCannotLoad(path, QStringLiteral("Failed to load OBJ file '%1': Permission denied").arg(path),
+                     withoutPrivileges());
+}
+
+TEST(BadInputTest, FileOfTheKernel) {
+    expectCannotLoad("/proc/version", "Failed to load OBJ file '/proc/version': Cannot be read");
+}
+
+TEST(BadInputTest, NameWithApostrophesIsFoundInTheMessage) {
+    expectCannotLoad("/no/Anna's 'ship'.obj",
+                     "Failed to load OBJ file '/no/Anna's 'ship'.obj': No such file");
 }
 
 TEST(BadInputTest, NameWithALineBreakStaysOnOneLine) {

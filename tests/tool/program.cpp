@@ -1,5 +1,9 @@
 #include "program.h"
 
+#include <sys/prctl.h>
+
+#include <linux/capability.h>
+
 #include <QtCore/QProcess>
 
 namespace Atelier::Vel::Testing {
@@ -23,6 +27,15 @@ private:
 };
 
 } // namespace
+
+ProgramSurroundings withoutPrivileges() {
+    ProgramSurroundings surroundings;
+    surroundings.beforeStart = [] {
+        prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
+        prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+    };
+    return surroundings;
+}
 
 ProgramResult runProgram(const QStringList& arguments, const ProgramSurroundings& surroundings) {
     Process process(surroundings.beforeStart);

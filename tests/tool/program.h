@@ -24,6 +24,9 @@ struct ProgramSurroundings {
     std::function<void()> beforeStart;
 };
 
+/// Nobody may read and write where permissions forbid it, not even root.
+ProgramSurroundings withoutPrivileges();
+
 /// Runs velmodel in the source directory and waits for its end.
 ProgramResult runProgram(const QStringList& arguments, const ProgramSurroundings& surroundings = {});
 

@@ -2,6 +2,8 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
+#include <QtCore/QJsonDocument>
+#include <QtGui/QImage>
 
 #include <gmock/gmock.h>
 
@@ -24,8 +26,10 @@ QStringList sharedModels() {
     return models;
 }
 
-void expectDoneOrRefusedInOneLine(const ProgramResult& result, const QString& model) {
+// `isThere` is whether the result of the command is.
+void expectDoneOrRefusedInOneLine(const ProgramResult& result, const QString& model, bool isThere) {
     EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 1) << result.exitCode;
+    EXPECT_EQ(isThere, result.exitCode == 0);
     if (result.exitCode == 1) {
         const QStringList lines = result.errors.split('\n', Qt::SkipEmptyParts);
         ASSERT_FALSE(lines.isEmpty());
@@ -40,11 +44,15 @@ TEST(SharedModelsTest, AreToldDumpedAndDrawnOrRefusedInOneLine) {
     const TemporaryFolder folder;
     for (const QString& model : models) {
         SCOPED_TRACE(model.toStdString());
-        expectDoneOrRefusedInOneLine(runProgram({"info", model}), model);
-        expectDoneOrRefusedInOneLine(runProgram({"dump", model}), model);
+        const ProgramResult info = runProgram({"info", model});
+        expectDoneOrRefusedInOneLine(info, model, info.output.startsWith(model.toLocal8Bit() + '\n'));
+        const ProgramResult dump = runProgram({"dump", model});
+        const QJsonDocument json = QJsonDocument::fromJson(dump.output);
+        expectDoneOrRefusedInOneLine(dump, model, json["file"] == model);
         const QString picture = folder.path("picture.png");
-        expectDoneOrRefusedInOneLine(runProgram({"render", model, "-o", picture, "--resolution", "32,24"}),
-                                     model);
+        const ProgramResult drawn = runProgram({"render", model, "-o", picture, "--resolution", "32,24"});
+        expectDoneOrRefusedInOneLine(drawn, model, QImage(picture).size() == QSize(32, 24));
+        QFile::remove(picture);
     }
 }
 

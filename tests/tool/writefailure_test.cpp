@@ -3,12 +3,9 @@
 #include <csignal>
 
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <linux/capability.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -47,6 +44,11 @@ void closeOutput() {
     close(STDOUT_FILENO);
 }
 
+void closeInputAndOutput() {
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+}
+
 void giveReadOnly() {
     dup2(open("/dev/null", O_RDONLY), STDOUT_FILENO);
 }
@@ -55,6 +57,7 @@ constexpr ClosedOutput kClosedOutputs[] = {
     {"PipeWithoutReader", leaveWithoutReader, "Broken pipe"},
     {"FullDevice", fillUp, "No space left on device"},
     {"Closed", closeOutput, "Bad file descriptor"},
+    {"ClosedWithInput", closeInputAndOutput, "Bad file descriptor"},
     {"ReadOnly", giveReadOnly, "Bad file descriptor"},
 };
 
@@ -130,13 +133,6 @@ ProgramSurroundings fullDisk() {
         constexpr rlimit kLimit = {100, 100};
         setrlimit(RLIMIT_FSIZE, &kLimit);
     };
-    return surroundings;
-}
-
-/// Nobody may write where permissions say so, not even root.
-ProgramSurroundings withoutPrivileges() {
-    ProgramSurroundings surroundings;
-    surroundings.beforeStart = [] { prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0); };
     return surroundings;
 }
 
