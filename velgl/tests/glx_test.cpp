@@ -79,6 +79,35 @@ TEST_F(GlxTest, ContextsThatFollowEachOtherAreToldApart) {
     }
 }
 
+// Both exist at a time, so that the second one cannot have the handle of the first. GLX cannot be asked
+// whether a context still exists; Qt says when it destroys one.
+TEST_F(GlxTest, BufferOfAContextThatQtHasDestroyedCanBeFilledInAnother) {
+    auto first = makeContext();
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    const auto second = makeContext();
+    EXPECT_TRUE(OpenGLDeviceContext::current());
+    EXPECT_FALSE(buffer.bind()) << "it is the first one's";
+    buffer.unbind();
+    first.reset();
+    ASSERT_TRUE(second->makeCurrent(&_surface));
+    EXPECT_TRUE(buffer.uploadGLuintData(kValues, 2, GL_STATIC_DRAW));
+    EXPECT_EQ(buffer.readBack().size(), 8);
+    second->doneCurrent();
+}
+
+TEST_F(GlxTest, ContextOfQtIsNoneToShareWithForEgl) {
+    const auto qtContext = makeContext();
+    OpenGLDeviceContext::HeadlessOptions options;
+    options.shareWith = OpenGLDeviceContext::current();
+    QString error;
+    EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
+    EXPECT_EQ(error,
+              QStringLiteral("No OpenGL context could be made. Tried: the context to share with is none "
+                             "of EGL's"));
+    qtContext->doneCurrent();
+}
+
 TEST_F(GlxTest, HeadlessContextIsRefusedOrUsableBesideAGlxContext) {
     const auto qtContext = makeContext();
     const auto native = OpenGLDeviceContext::current();

@@ -4,6 +4,7 @@
 
 #include <QtCore/QUuid>
 
+#include <velgl/autobinder.h>
 #include <velgl/shaderinterface.h>
 
 #include "featurefixture.h"
@@ -75,6 +76,62 @@ TEST_P(ProgramTest, UnbindPutsBackWhatWasInUse) {
     EXPECT_EQ(currentProgram(), outer->name());
     outer->unbind();
     EXPECT_EQ(currentProgram(), 0U);
+}
+
+TEST_P(ProgramTest, BindsAreUndoneOneByOne) {
+    QString error;
+    const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
+    ASSERT_TRUE(program->bind());
+    ASSERT_TRUE(program->bind());
+    program->unbind();
+    EXPECT_EQ(currentProgram(), program->name());
+    program->unbind();
+    EXPECT_EQ(currentProgram(), 0U);
+}
+
+TEST_P(ProgramTest, LabelNamesTheObjectForTheDriver) {
+    QString error;
+    const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
+    program->setLabel(QStringLiteral("plain"));
+    char text[32] = {};
+    glGetObjectLabel(GL_PROGRAM, program->name(), sizeof text, nullptr, text);
+    EXPECT_STREQ(text, "plain");
+}
+
+TEST_P(ProgramTest, StrangerContextDoesNotKnowTheProgram) {
+    QString error;
+    const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
+    const auto stranger = makeContext(options());
+    stranger->makeCurrent();
+    watchMessages();
+    EXPECT_EQ(program->name(), 0U);
+    EXPECT_EQ(program->uniformLocation("place"), -1);
+    program->setLabel(QStringLiteral("plain"));
+    const auto others = Program::fromSource(kVertexShader, kFragmentShader, error);
+    const AutoBinder binder(others.get());
+    EXPECT_FALSE(program->bind());
+    EXPECT_EQ(currentProgram(), others->name());
+    program->unbind();
+    EXPECT_EQ(currentProgram(), others->name());
+    EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
+    _context->makeCurrent();
+}
+
+TEST_P(ProgramTest, UnbindInAnotherContextTouchesNothing) {
+    OpenGLDeviceContext::HeadlessOptions shared = options();
+    shared.shareWith = _context;
+    const auto sharing = makeContext(shared);
+    QString error;
+    const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
+    const auto other = Program::fromSource(kVertexShader, kFragmentShader, error);
+    ASSERT_TRUE(program->bind());
+    sharing->makeCurrent();
+    watchMessages();
+    ASSERT_TRUE(other->bind());
+    program->unbind();
+    EXPECT_EQ(currentProgram(), other->name());
+    other->unbind();
+    _context->makeCurrent();
 }
 
 // The driver's messages of high severity fail the test. The comment keeps it from finding a shader of an

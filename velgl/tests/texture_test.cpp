@@ -1,10 +1,13 @@
-#include <epoxy/gl.h>
+#include "glhooks.h"
 
 #include <velgl/texture.h>
+
+#include <gmock/gmock.h>
 
 #include <velgl/autobinder.h>
 #include <velgl/glentrypoints.h>
 
+#include "clientstate.h"
 #include "featurefixture.h"
 #include "support/messagelog.h"
 
@@ -101,6 +104,52 @@ TEST_P(TextureTest, UnbindPutsBackTheTextureOfItsOwnUnit) {
     EXPECT_EQ(boundTexture(), first.name());
 }
 
+TEST_P(TextureTest, BindsOnSeveralUnitsAreUndoneOnEach) {
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
+    for (const GLenum unit : {GL_TEXTURE1, GL_TEXTURE3}) {
+        glActiveTexture(unit);
+        ASSERT_TRUE(texture.bind());
+    }
+    texture.unbind();
+    EXPECT_EQ(boundTexture(), 0U);
+    glActiveTexture(GL_TEXTURE1);
+    EXPECT_EQ(boundTexture(), texture.name());
+    texture.unbind();
+    EXPECT_EQ(boundTexture(), 0U);
+}
+
+TEST_P(TextureTest, UnbindInAnotherContextTouchesNothing) {
+    OpenGLDeviceContext::HeadlessOptions shared = options();
+    shared.shareWith = _context;
+    const auto sharing = makeContext(shared);
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
+    Texture other(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
+    ASSERT_TRUE(texture.bind());
+    sharing->makeCurrent();
+    watchMessages();
+    ASSERT_TRUE(other.bind());
+    texture.unbind();
+    EXPECT_EQ(boundTexture(), other.name());
+    other.unbind();
+    _context->makeCurrent();
+}
+
+TEST_P(TextureTest, SolidColourIsSampledAsItIs) {
+    const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
+    const AutoBinder binder(texture.get());
+    const auto parameter = [](GLenum name) {
+        GLint value = -1;
+        glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
+        return value;
+    };
+    EXPECT_EQ(parameter(GL_TEXTURE_MIN_FILTER), GL_NEAREST);
+    EXPECT_EQ(parameter(GL_TEXTURE_MAG_FILTER), GL_NEAREST);
+    EXPECT_EQ(parameter(GL_TEXTURE_MAX_LEVEL), 0) << "it is complete with one level";
+    GLint format = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
+    EXPECT_EQ(format, GL_RGBA8);
+}
+
 TEST_P(TextureTest, SolidColourFillsItself) {
     const std::unique_ptr<Texture> texture = Texture::ofColor(QColor(10, 20, 30, 40));
     EXPECT_EQ(texture->name(), 0U);
@@ -114,9 +163,118 @@ TEST_P(TextureTest, LevelsThatDoNotExistReadBackAsNothing) {
     const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
     texture->bind();
     texture->unbind();
-    EXPECT_TRUE(texture->readBack(-1).isNull());
-    EXPECT_TRUE(texture->readBack(3).isNull());
-    EXPECT_TRUE(texture->readBack(1000).isNull());
+    for (const int level : {-1, 1, 3, 30, 31, 1000})
+        EXPECT_TRUE(texture->readBack(level).isNull()) << level;
+    for (int level = 1; level <= 20; ++level)
+        EXPECT_TRUE(texture->readBack(level).isNull()) << "where the levels of the largest texture end";
+    EXPECT_FALSE(texture->readBack(0).isNull());
+}
+
+TEST_P(TextureTest, SmallestLevelOfTheLargestTextureCanBeRead) {
+    GLint largestSide = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largestSide);
+    int lastLevel = 0;
+    while (largestSide >> (lastLevel + 1))
+        ++lastLevel;
+    const unsigned char texel[] = {10, 20, 30, 40};
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
+    {
+        const AutoBinder binder(&texture);
+        glEntryPoints().texImage2D(GL_TEXTURE_2D, lastLevel, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                                   texel);
+    }
+    EXPECT_EQ(texture.readBack(lastLevel).pixelColor(0, 0), QColor(10, 20, 30, 40));
+    EXPECT_TRUE(texture.readBack(lastLevel + 1).isNull());
+}
+
+TEST_P(TextureTest, ContentIsThatOfTheFirstLevel) {
+    const unsigned char texels[3 * 4] = {};
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 3, 1, 0, nullptr);
+    EXPECT_FALSE(texture.hasContent()) << "it has no name yet";
+    {
+        const AutoBinder binder(&texture);
+        EXPECT_FALSE(texture.hasContent());
+        EXPECT_TRUE(texture.readBack().isNull());
+        glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 3, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    }
+    EXPECT_TRUE(texture.hasContent());
+    Texture cube(GL_TEXTURE_CUBE_MAP, GL_RGBA, 1, 1, 0, nullptr);
+    const AutoBinder binder(&cube);
+    EXPECT_FALSE(cube.hasContent()) << "only two-dimensional textures are asked";
+    EXPECT_TRUE(cube.readBack().isNull());
+}
+
+TEST_P(TextureTest, MipmapsAreMadeWhereThereIsAnImage) {
+    const unsigned char texels[4 * 4 * 4] = {};
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 4, 4, 0, nullptr);
+    {
+        const AutoBinder binder(&texture);
+        glEntryPoints().generateMipmap(GL_TEXTURE_2D);
+        EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << "there is no image yet";
+        glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+        EXPECT_TRUE(texture.readBack(2).isNull());
+        glEntryPoints().generateMipmap(GL_TEXTURE_2D);
+    }
+    EXPECT_EQ(texture.readBack(2).size(), QSize(1, 1));
+    Texture array(GL_TEXTURE_1D_ARRAY, GL_RGBA, 2, 1, 0, nullptr);
+    const AutoBinder binder(&array);
+    glEntryPoints().texImage2D(GL_TEXTURE_1D_ARRAY, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    glEntryPoints().generateMipmap(GL_TEXTURE_1D_ARRAY);
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_1D_ARRAY, 1, GL_TEXTURE_WIDTH, &width);
+    EXPECT_EQ(width, 1);
+}
+
+TEST_P(TextureTest, EntryPointsTakeTheirArgumentsInTheOrderOfOpenGL) {
+    const QImage image = checkered();
+    Texture texture(GL_TEXTURE_2D, GL_RGBA, 3, 5, 0, nullptr);
+    const AutoBinder binder(&texture);
+    glEntryPoints().texImage2D(GL_TEXTURE_2D, 2, GL_RGB8, 3, 5, 0, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV,
+                               image.constBits());
+    GLint format = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 2, GL_TEXTURE_INTERNAL_FORMAT, &format);
+    EXPECT_EQ(format, GL_RGB8);
+    EXPECT_EQ(texture.readBack(2).convertToFormat(QImage::Format_RGB32),
+              image.convertToFormat(QImage::Format_RGB32));
+    glEntryPoints().pixelStorei(GL_PACK_ALIGNMENT, 2);
+    int alignment = 0;
+    glEntryPoints().getIntegerv(GL_PACK_ALIGNMENT, &alignment);
+    EXPECT_EQ(alignment, 2);
+    glEntryPoints().texParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_MIRRORED_REPEAT);
+    GLint wrap = 0;
+    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, &wrap);
+    EXPECT_EQ(wrap, GL_MIRRORED_REPEAT);
+}
+
+// Rows as VelGL's own pixels lie, whatever the client has set; of a client's pixels, the alignment is the
+// client's.
+TEST_P(TextureTest, PixelsAreTransferredAsPlainRows) {
+    const BusyClient client;
+    const auto value = [](GLenum name) {
+        GLint found = -1;
+        glGetIntegerv(name, &found);
+        return found;
+    };
+    std::vector<GLint> unpack;
+    std::vector<GLint> pack;
+    const PixelHook hook([&] {
+        unpack = {
+            value(GL_UNPACK_ALIGNMENT),  value(GL_UNPACK_ROW_LENGTH),  value(GL_UNPACK_IMAGE_HEIGHT),
+            value(GL_UNPACK_SKIP_ROWS),  value(GL_UNPACK_SKIP_PIXELS), value(GL_UNPACK_SKIP_IMAGES),
+            value(GL_UNPACK_SWAP_BYTES), value(GL_UNPACK_LSB_FIRST),   value(GL_PIXEL_UNPACK_BUFFER_BINDING)};
+        pack = {value(GL_PACK_ALIGNMENT),  value(GL_PACK_ROW_LENGTH),  value(GL_PACK_IMAGE_HEIGHT),
+                value(GL_PACK_SKIP_ROWS),  value(GL_PACK_SKIP_PIXELS), value(GL_PACK_SKIP_IMAGES),
+                value(GL_PACK_SWAP_BYTES), value(GL_PACK_LSB_FIRST),   value(GL_PIXEL_PACK_BUFFER_BINDING)};
+    });
+    const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
+    const AutoBinder binder(texture.get());
+    EXPECT_THAT(unpack, testing::ElementsAre(4, 0, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(texture->readBack().pixelColor(0, 0), QColor(Qt::red));
+    EXPECT_THAT(pack, testing::ElementsAre(4, 0, 0, 0, 0, 0, 0, 0, 0));
+    const unsigned char texel[] = {1, 2, 3, 4};
+    glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texel);
+    EXPECT_THAT(unpack, testing::ElementsAre(2, 0, 0, 0, 0, 0, 0, 0, 0));
+    EXPECT_NE(pack.front(), 4) << "only the direction of the transfer is set";
 }
 
 TEST_P(TextureTest, UnknownTargetDoesNotBind) {
@@ -133,6 +291,10 @@ TEST_P(TextureTest, LabelNamesTheObjectForTheDriver) {
     char text[32] = {};
     glGetObjectLabel(GL_TEXTURE, texture.name(), sizeof text, nullptr, text);
     EXPECT_STREQ(text, "wood");
+    texture.setLabel(QStringLiteral("stone"));
+    glGetObjectLabel(GL_TEXTURE, texture.name(), sizeof text, nullptr, text);
+    EXPECT_STREQ(text, "stone");
+    EXPECT_EQ(texture.label(), QStringLiteral("stone"));
 }
 
 } // namespace Atelier::Vel::Testing

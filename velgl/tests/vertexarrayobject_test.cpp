@@ -2,6 +2,8 @@
 
 #include <velgl/vertexarrayobject.h>
 
+#include <QtCore/QFloat16>
+
 #include <gmock/gmock.h>
 
 #include <velgl/autobinder.h>
@@ -59,6 +61,13 @@ QColor drawn(Program& program, DrawBuffers& buffers) {
     return picture.pixels().pixelColor(1, 1);
 }
 
+/// Three vertices that have the first of these components.
+template<typename Scalar>
+QVector<Scalar> verticesOf(const QVector<Scalar>& components, int count) {
+    const QVector<Scalar> vertex = components.mid(0, count);
+    return vertex + vertex + vertex;
+}
+
 template<typename Scalar>
 QVector<Scalar> threeTimes(Scalar x, Scalar y, Scalar z) {
     return {x, y, z, x, y, z, x, y, z};
@@ -98,6 +107,56 @@ TEST_P(VertexArrayObjectTest, DoubleAttributeKeepsDoubles) {
     EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::white));
 }
 
+TEST_P(VertexArrayObjectTest, AttributesOfEachShapeAreReadAsTheyAreDeclared) {
+    struct Shape {
+        const char* type;
+        int components;
+        const char* expected;
+    };
+    const auto expectRead = [](const Shape& shape, const QSharedPointer<BufferObject>& stream, GLenum type) {
+        const auto program =
+            valueProgram(shape.type, "vec4(value == " + QByteArray(shape.expected) + " ? 1.0 : 0.0)");
+        EXPECT_EQ(drawn(*program, *triangleOf(stream, shape.components, type)), QColor(Qt::white))
+            << shape.type;
+    };
+    for (const Shape& shape :
+         {Shape{"int", 1, "7"}, Shape{"ivec2", 2, "ivec2(7, -8)"}, Shape{"ivec3", 3, "ivec3(7, -8, 9)"},
+          Shape{"ivec4", 4, "ivec4(7, -8, 9, 10)"}})
+        expectRead(shape, bufferOf(verticesOf(QVector<int>{7, -8, 9, 10}, shape.components)), GL_INT);
+    for (const Shape& shape : {Shape{"uint", 1, "3000000000u"}, Shape{"uvec2", 2, "uvec2(3000000000u, 8u)"},
+                               Shape{"uvec3", 3, "uvec3(3000000000u, 8u, 9u)"},
+                               Shape{"uvec4", 4, "uvec4(3000000000u, 8u, 9u, 10u)"}})
+        expectRead(shape,
+                   bufferOf(verticesOf(QVector<unsigned int>{3000000000U, 8, 9, 10}, shape.components)),
+                   GL_UNSIGNED_INT);
+    // Not to be told apart from 1, 2, 3 and 4 as floats.
+    for (const Shape& shape :
+         {Shape{"double", 1, "1.0000000000009lf"}, Shape{"dvec2", 2, "dvec2(1.0000000000009lf, 2.0lf)"},
+          Shape{"dvec3", 3, "dvec3(1.0000000000009lf, 2.0lf, 3.0lf)"},
+          Shape{"dvec4", 4, "dvec4(1.0000000000009lf, 2.0lf, 3.0lf, 4.0lf)"}})
+        expectRead(shape, bufferOf(verticesOf(QVector<double>{1.0000000000009, 2, 3, 4}, shape.components)),
+                   GL_DOUBLE);
+}
+
+TEST_P(VertexArrayObjectTest, IntegerAttributeTakesEachTypeOfIntegers) {
+    const auto program = valueProgram("ivec3", "vec4(value == ivec3(1, 2, 3) ? 1.0 : 0.0)");
+    const auto color = [&](const QSharedPointer<BufferObject>& stream, unsigned int type) {
+        return drawn(*program, *triangleOf(stream, 3, type));
+    };
+    EXPECT_EQ(color(bufferOf(threeTimes<signed char>(1, 2, 3)), GL_BYTE), QColor(Qt::white));
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned char>(1, 2, 3)), GL_UNSIGNED_BYTE), QColor(Qt::white));
+    EXPECT_EQ(color(bufferOf(threeTimes<short>(1, 2, 3)), GL_SHORT), QColor(Qt::white));
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned short>(1, 2, 3)), GL_UNSIGNED_SHORT), QColor(Qt::white));
+    EXPECT_EQ(color(bufferOf(threeTimes<int>(1, 2, 3)), GL_INT), QColor(Qt::white));
+    EXPECT_EQ(color(bufferOf(threeTimes<unsigned int>(1, 2, 3)), GL_UNSIGNED_INT), QColor(Qt::white));
+}
+
+TEST_P(VertexArrayObjectTest, HalvesAreReadAsTheirValues) {
+    const auto program = valueProgram("vec3", "vec4(value, 1.0)");
+    const QVector<qfloat16> halves = threeTimes(qfloat16(1), qfloat16(0), qfloat16(1));
+    EXPECT_EQ(drawn(*program, *triangleOf(bufferOf(halves), 3, GL_HALF_FLOAT)), QColor(Qt::magenta));
+}
+
 TEST_P(VertexArrayObjectTest, StreamThatTheShaderCannotReadIsReportedOnce) {
     const auto integers = valueProgram("ivec3", "vec4(value, 1.0)");
     const auto floats = triangleOf(bufferOf(threeTimes<float>(1, 2, 3)), 3, GL_FLOAT);
@@ -112,6 +171,140 @@ TEST_P(VertexArrayObjectTest, StreamThatTheShaderCannotReadIsReportedOnce) {
                     QStringLiteral("Attribute 'value' cannot be read from 3 components of type 0x1406"),
                     QStringLiteral("Attribute 'value' cannot be read from 5 components of type 0x1404"),
                     QStringLiteral("Attribute 'value' cannot be read from 3 components of type 0x1407")));
+}
+
+TEST_P(VertexArrayObjectTest, ComponentsAndTypesThatCannotBeReadAreReported) {
+    const auto floats = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto doubles = valueProgram("dvec3", "vec4(value, 1.0)");
+    const auto integers = valueProgram("ivec3", "vec4(value, 1.0)");
+    const auto stream = bufferOf(QVector<int>(24));
+    const MessageLog log;
+    for (const int components : {0, -1, 5})
+        drawn(*floats, *triangleOf(stream, components, GL_FLOAT));
+    drawn(*doubles, *triangleOf(stream, 3, GL_FLOAT));
+    drawn(*integers, *triangleOf(stream, 3, GL_DOUBLE));
+    drawn(*integers, *triangleOf(stream, 3, GL_HALF_FLOAT));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre("Attribute 'value' cannot be read from 0 components of type 0x1406",
+                                     "Attribute 'value' cannot be read from -1 components of type 0x1406",
+                                     "Attribute 'value' cannot be read from 5 components of type 0x1406",
+                                     "Attribute 'value' cannot be read from 3 components of type 0x1406",
+                                     "Attribute 'value' cannot be read from 3 components of type 0x140A",
+                                     "Attribute 'value' cannot be read from 3 components of type 0x140B"));
+}
+
+// One location, read in three ways.
+TEST_P(VertexArrayObjectTest, KindOfAnAttributeFollowsTheProgram) {
+    const QByteArray place = "layout(location = 2) ";
+    const auto programOf = [&](const QByteArray& type, const QByteArray& conversion) {
+        QString error;
+        auto program =
+            Program::fromSource("#version 430 core\n" + place + "in " + type +
+                                    " value;\nflat out vec4 color;\nvoid main() { color = " + conversion +
+                                    ";\nvec2 corner = vec2(gl_VertexID & 1, gl_VertexID >> 1);\n"
+                                    "gl_Position = vec4(corner * 4.0 - 1.0, 0.0, 1.0); }\n",
+                                kFragmentShader, error);
+        EXPECT_TRUE(program) << error.toStdString();
+        return program;
+    };
+    const auto floats = programOf("vec3", "vec4(value == vec3(1.0, 2.0, 3.0) ? 1.0 : 0.0)");
+    const auto integers = programOf("ivec3", "vec4(value == ivec3(1, 2, 3) ? 1.0 : 0.0)");
+    const auto row = triangleOf(bufferOf(threeTimes<int>(1, 2, 3)), 3, GL_INT);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(drawn(*floats, *row), QColor(Qt::white));
+        EXPECT_EQ(drawn(*integers, *row), QColor(Qt::white));
+    }
+}
+
+TEST_P(VertexArrayObjectTest, AttributesOfTheLastProgramAreDisabled) {
+    const auto buffers = triangleOf(bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    const auto reader = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto other = valueProgram("vec3", "vec4(value, 1.0)");
+    QString error;
+    const auto stranger = Program::fromSource("#version 430 core\nvoid main() { gl_Position = vec4(0.0); }\n",
+                                              "#version 430 core\nvoid main() {}\n", error);
+    const auto isEnabled = [](GLuint location) {
+        GLint enabled = -1;
+        glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &enabled);
+        return enabled;
+    };
+    const auto location = GLuint(glGetAttribLocation(reader->name(), "value"));
+    {
+        const AutoBinder program(reader.get());
+        const AutoBinder vao(buffers->VAO().data());
+        EXPECT_EQ(isEnabled(location), GL_TRUE);
+    }
+    {
+        const AutoBinder program(stranger.get());
+        const AutoBinder vao(buffers->VAO().data());
+        EXPECT_EQ(isEnabled(location), GL_FALSE);
+    }
+    EXPECT_EQ(drawn(*other, *buffers), QColor(Qt::red));
+    const AutoBinder vao(buffers->VAO().data());
+    EXPECT_EQ(isEnabled(location), GL_FALSE) << "without a program there is nothing to read";
+}
+
+TEST_P(VertexArrayObjectTest, IndexBufferFollowsWhatIsSet) {
+    VertexArrayObject vao;
+    const auto indices = bufferOf(QVector<unsigned int>{0, 1, 2});
+    const auto bound = [&] {
+        const AutoBinder binder(&vao);
+        GLint name = 0;
+        glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &name);
+        return GLuint(name);
+    };
+    EXPECT_EQ(bound(), 0U);
+    vao.setIndexBuffer(indices);
+    EXPECT_EQ(bound(), indices->name());
+    vao.setIndexBuffer({});
+    EXPECT_EQ(bound(), 0U);
+}
+
+TEST_P(VertexArrayObjectTest, LabelThatIsSetAfterABindReachesTheDriverWithTheNext) {
+    VertexArrayObject vao;
+    const auto label = [&] {
+        const AutoBinder binder(&vao);
+        GLint name = 0;
+        glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &name);
+        char text[32] = {};
+        glGetObjectLabel(GL_VERTEX_ARRAY, GLuint(name), sizeof text, nullptr, text);
+        return std::string(text);
+    };
+    EXPECT_EQ(label(), "");
+    vao.setLabel(QStringLiteral("array"));
+    EXPECT_EQ(vao.label(), QStringLiteral("array"));
+    EXPECT_EQ(label(), "array");
+}
+
+TEST_P(VertexArrayObjectTest, BindsAreUndoneOneByOne) {
+    VertexArrayObject vao;
+    const auto bound = [] {
+        GLint name = 0;
+        glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &name);
+        return name;
+    };
+    ASSERT_TRUE(vao.bind());
+    ASSERT_TRUE(vao.bind());
+    vao.unbind();
+    EXPECT_NE(bound(), 0);
+    vao.unbind();
+    EXPECT_EQ(bound(), 0);
+}
+
+TEST_P(VertexArrayObjectTest, UnbindInAnotherContextTouchesNothing) {
+    const auto other = makeContext(options());
+    VertexArrayObject vao;
+    VertexArrayObject others;
+    ASSERT_TRUE(vao.bind());
+    other->makeCurrent();
+    watchMessages();
+    ASSERT_TRUE(others.bind());
+    vao.unbind();
+    GLint name = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &name);
+    EXPECT_NE(name, 0);
+    others.unbind();
+    _context->makeCurrent();
 }
 
 TEST_P(VertexArrayObjectTest, AttributesFollowTheCurrentProgram) {
