@@ -125,6 +125,21 @@ TEST_P(BufferObjectTest, UsageReachesTheDriver) {
     }
 }
 
+// The driver is made to say so: 0x7FFFFFC0 bytes are what a byte array holds at the most.
+TEST_P(BufferObjectTest, ContentLargerThanAByteArrayReadsBackAsNothing) {
+    const unsigned int value = 1;
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(&value, 1, GL_STATIC_DRAW));
+    const PFNGLGETNAMEDBUFFERPARAMETERI64VPROC named = glGetNamedBufferParameteri64v;
+    const PFNGLGETBUFFERPARAMETERI64VPROC bound = glGetBufferParameteri64v;
+    glGetNamedBufferParameteri64v = [](GLuint, GLenum, GLint64* size) { *size = 0x7FFFFFC1; };
+    glGetBufferParameteri64v = [](GLenum, GLenum, GLint64* size) { *size = 0x7FFFFFC1; };
+    EXPECT_TRUE(buffer.readBack().isEmpty());
+    glGetNamedBufferParameteri64v = named;
+    glGetBufferParameteri64v = bound;
+    EXPECT_EQ(buffer.readBack().size(), 4);
+}
+
 TEST_P(BufferObjectTest, NameIsMadeOnFirstUse) {
     BufferObject buffer;
     EXPECT_EQ(buffer.name(), 0U);

@@ -52,6 +52,7 @@ TEST_P(ProgramTest, ErrorNamesTheStageAndCarriesTheDriversLog) {
     EXPECT_FALSE(Program::fromSource(kVertexShader, "#version 430 core\nvoid main() { folly; }\n", error));
     EXPECT_TRUE(error.startsWith(QStringLiteral("Fragment shader: "))) << error.toStdString();
     EXPECT_TRUE(error.contains(QStringLiteral("folly"))) << error.toStdString();
+    EXPECT_EQ(error, error.trimmed());
     takeSevereMessages(); // the driver reports the two as well
 }
 
