@@ -37,8 +37,8 @@ void ObjReader::next() {
 
 void ObjReader::next(ObjRun& run) {
     if (_stream->status() == QTextStream::Ok && _lines.fill()) {
-        _lines.skipTo(parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run,
-                                      _wideParser));
+        _lines.skipTo(
+            parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run, _wideParser));
         if (run.isFull() || isAtBlockEnd()) {
             _kind = Kind::None;
             _ok = false;
