@@ -9,8 +9,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Bytes in guarded memory that moves whenever their number changes. Where they do not fill the last word,
-/// the rest of it is watched: a write there fails the test.
+/// Bytes in guarded memory that moves whenever their number changes. New ones are anything but zero. Where
+/// they do not fill the last word, the rest of it is watched: a write there fails the test.
 class GuardedBytes {
 public:
     ~GuardedBytes() { expectTail(); }
@@ -20,10 +20,11 @@ public:
     void resize(std::size_t bytes) {
         expectTail();
         auto memory = std::make_unique<GuardedMemory>(withTail(bytes));
-        std::copy_n(data(), std::min(bytes, _size), memory->as<unsigned char>());
+        const std::size_t kept = std::min(bytes, _size);
+        std::copy_n(data(), kept, memory->as<unsigned char>());
         _memory = std::move(memory);
         _size = bytes;
-        std::fill(data() + _size, data() + withTail(_size), kTail);
+        std::fill(data() + kept, data() + withTail(_size), kTail);
     }
 
 private:

@@ -36,14 +36,18 @@ struct Attribute {
             all.insert(all.end(), static_cast<std::size_t>(components), static_cast<float>(value + 1));
         return all;
     }
+    bool hasValue(std::size_t corner) const {
+        return corner < indices.size() && indices[corner] < valueCount;
+    }
     float valueOf(std::size_t corner) const {
-        return indices[corner] < valueCount ? static_cast<float>(indices[corner] + 1) : 0.0F;
+        return hasValue(corner) ? static_cast<float>(indices[corner] + 1) : 0.0F;
     }
 };
 
 /// Many triangles over three attributes, of which positions come first where corners are merged.
 struct Mesh {
     static constexpr quint32 kFaces = 12;
+    static constexpr quint32 kCorners = 3 * kFaces;
 
     // In the order of names, normals come before positions.
     std::array<Attribute, 3> attributes = {
@@ -51,7 +55,7 @@ struct Mesh {
 
     Mesh() {
         for (Attribute& attribute : attributes)
-            for (quint32 corner = 0; corner < 3 * kFaces; ++corner)
+            for (quint32 corner = 0; corner < kCorners; ++corner)
                 attribute.indices.push_back(corner % (attribute.valueCount - 1));
     }
 
@@ -84,12 +88,11 @@ private:
             indices[i] = attributes[i].indices;
             lists[i] = {&attributes[i].name, indices[i].data()};
         }
-        const auto corners = static_cast<quint32>(indices[0].size());
         if (path == Path::MergedCorners &&
-            SingleUpload::addCorners(builder, lists.data(), lists.size(), corners))
+            SingleUpload::addCorners(builder, lists.data(), lists.size(), kCorners))
             return;
         for (std::size_t i = 0; i < 3; ++i)
-            builder.addIndicesToVertexAttribute(attributes[i].name, corners, indices[i].data());
+            builder.addIndicesToVertexAttribute(attributes[i].name, indices[i].size(), indices[i].data());
     }
 };
 
@@ -136,8 +139,8 @@ protected:
             const Attribute& attribute = mesh.attributes[i];
             std::vector<float> expected;
             quint64 withoutValue = 0;
-            for (std::size_t corner = 0; corner < attribute.indices.size(); ++corner) {
-                withoutValue += attribute.indices[corner] >= attribute.valueCount ? 1 : 0;
+            for (std::size_t corner = 0; corner < Mesh::kCorners; ++corner) {
+                withoutValue += attribute.hasValue(corner) ? 0 : 1;
                 expected.insert(expected.end(), static_cast<std::size_t>(attribute.components),
                                 attribute.valueOf(corner));
             }
@@ -181,6 +184,25 @@ TEST_P(IndexBoundariesTest, EachAttributeCountsItsOwn) {
 
 INSTANTIATE_TEST_SUITE_P(Paths, IndexBoundariesTest,
                          testing::Values(Path::KeptLists, Path::OverwrittenLists, Path::MergedCorners));
+
+class IndexListLengthTest : public IndexBoundariesTest {};
+
+TEST_P(IndexListLengthTest, ListsMayBeShorterOrLongerThanTheCorners) {
+    const std::size_t lengths[] = {Mesh::kCorners - 1, Mesh::kCorners, Mesh::kCorners + 1};
+    for (const std::size_t p : lengths)
+        for (const std::size_t n : lengths)
+            for (const std::size_t t : lengths) {
+                SCOPED_TRACE(testing::Message() << p << ' ' << n << ' ' << t);
+                Mesh mesh;
+                mesh.attributes[0].indices.resize(p, 2);
+                mesh.attributes[1].indices.resize(n, 1);
+                mesh.attributes[2].indices.resize(t, 0);
+                expectUploaded(mesh);
+            }
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, IndexListLengthTest,
+                         testing::Values(Path::KeptLists, Path::OverwrittenLists));
 
 } // namespace
 } // namespace Atelier::Vel

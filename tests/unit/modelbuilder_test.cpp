@@ -347,6 +347,20 @@ TEST(ModelBuilderTest, InitialSizesThatNoStreamCanHoldAreRefused) {
                 ElementsAre(QStringLiteral("Data for vertex attribute 'va_Vertex' refused: a stream holds at "
                                            "most 2147483647 bytes")));
     EXPECT_TRUE(ModelBuilderAccess(builder).attribute("va_Vertex").streams[0].isNull());
+    builder.createVertexAttribute(QStringLiteral("other"), 1, kFloat, 0, 0x20000000);
+    EXPECT_THAT(
+        log.texts(QtWarningMsg).back(),
+        QStringLiteral("Data for vertex attribute 'other' refused: a stream holds at most 2147483647 bytes"));
+    EXPECT_TRUE(ModelBuilderAccess(builder).attribute("other").streams[1].isNull());
+    EXPECT_EQ(builder.refusedStreams().size(), 2);
+}
+
+TEST(ModelBuilderTest, MissingStreamsOfSizesThatFitAreNotRefused) {
+    ModelBuilder builder(QSharedPointer<Testing::NullAllocator>::create());
+    const MessageLog log;
+    builder.createVertexAttribute(kName, 1, kFloat, 0x1FFFFFFF, 0x1FFFFFFF);
+    EXPECT_THAT(builder.refusedStreams(), IsEmpty());
+    EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 } // namespace

@@ -12,7 +12,7 @@
 #include <velgl/vertexarrayobject.h>
 #include <velmodel/modelbuilder.h>
 
-#include "support/clientstreams.h"
+#include "support/guardedstream.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
@@ -61,28 +61,58 @@ private:
     int _left;
 };
 
-/// Its streams of floats can be made to say that they are longer than OpenGL can count.
+/// Its streams of one type can be made to say that they are longer than they are.
 class BoastingAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
-        return new Stream(type, count, _boasts);
+        return new Stream(type, count, _boast);
     }
-    void boast() { *_boasts = true; }
+    void boast(unsigned int type, quint64 size) { *_boast = {type, size}; }
 
 private:
+    struct Boast {
+        unsigned int type = 0;
+        quint64 size = 0;
+    };
+
     class Stream : public Testing::PlainStream {
     public:
-        Stream(unsigned int type, quint64 count, QSharedPointer<bool> boasts)
-            : PlainStream(type, count), _boasts(std::move(boasts)) {}
-        quint64 size() const override {
-            return *_boasts && type() == kFloat ? quint64(1) << 31 : PlainStream::size();
+        Stream(unsigned int type, quint64 count, QSharedPointer<Boast> boast)
+            : PlainStream(type, count), _boast(std::move(boast)) {}
+        quint64 size() const override { return type() == _boast->type ? _boast->size : PlainStream::size(); }
+
+    private:
+        QSharedPointer<Boast> _boast;
+    };
+
+    QSharedPointer<Boast> _boast = QSharedPointer<Boast>::create();
+};
+
+/// Its buffers look at the number of elements only.
+class CountingContext : public OpenGLDeviceContext {
+public:
+    QSharedPointer<BufferObject> createBufferObject() override {
+        return QSharedPointer<Buffer>::create(counts);
+    }
+
+    QSharedPointer<std::vector<int>> counts = QSharedPointer<std::vector<int>>::create();
+
+private:
+    class Buffer : public BufferObject {
+    public:
+        explicit Buffer(QSharedPointer<std::vector<int>> counts) : _counts(std::move(counts)) {}
+        bool bind() override { return true; }
+        void unbind() override {}
+        // Both kinds of index uploads end here, too.
+        bool uploadArbitraryData(const void* /*data*/, int count, unsigned int /*usage*/,
+                                 unsigned long long /*elementSize*/) override {
+            _counts->push_back(count);
+            return true;
         }
 
     private:
-        QSharedPointer<bool> _boasts;
+        QSharedPointer<std::vector<int>> _counts;
     };
-
-    QSharedPointer<bool> _boasts = QSharedPointer<bool>::create(false);
 };
 
 /// Feeds a builder with a square of two triangles, one group each.
@@ -171,6 +201,7 @@ TEST_F(ModelUploadTest, DrawableHoldsTheWholeIndexBufferAndTheCommands) {
     ASSERT_EQ(drawable.drawElementsIndirectCommands().size(), 2);
     EXPECT_EQ(drawable.drawElementsIndirectCommands()[1].firstIndex, 3U);
     EXPECT_EQ(drawable.drawElementsIndirectCommands()[1].count, 3U);
+    EXPECT_EQ(drawable.drawElementsIndirectCommands()[1].instanceCount, 1U);
     EXPECT_THAT(uploaded<quint16>(context, 0), ElementsAre(0, 1, 2, 0, 2, 3));
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0));
 }
@@ -565,13 +596,39 @@ TEST_F(ModelUploadTest, AttributeLongerThanOpenGLCanCountStopsTheUpload) {
     makeBuilder(allocator, 0);
     upload();
     ASSERT_EQ(model.drawableCount(), 1);
-    allocator->boast();
+    allocator->boast(kFloat, quint64{1} << 31);
     upload();
     EXPECT_EQ(model.drawableCount(), 1);
     EXPECT_THAT(
         log.texts(QtWarningMsg),
         ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the buffer of vertex "
                                    "attribute 'position'")));
+}
+
+TEST_F(ModelUploadTest, AsManyElementsAsOpenGLCanCountAreUploaded) {
+    const auto allocator = QSharedPointer<BoastingAllocator>::create();
+    makeBuilder(allocator, 0);
+    upload();
+    const auto counting = QSharedPointer<CountingContext>::create();
+    OpenGLDeviceContext::setCurrent(counting);
+    allocator->boast(kFloat, 2147483647);
+    upload();
+    EXPECT_EQ(model.drawableCount(), 2);
+    EXPECT_THAT(*counting->counts, ElementsAre(6, 2147483647));
+    counting->counts->clear();
+    // With as many vertices as boasted, indices are wide.
+    allocator->boast(kUnsignedInt, 2147483647);
+    access().attribute("position").streams[ModelBuilderAccess::kGPUValues]->resize(3 * 0xFFFF);
+    upload();
+    EXPECT_EQ(model.drawableCount(), 3);
+    EXPECT_THAT(*counting->counts, ElementsAre(2147483647, 3 * 0xFFFF));
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+    allocator->boast(kUnsignedInt, quint64{1} << 31);
+    upload();
+    EXPECT_EQ(model.drawableCount(), 3);
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the index buffer")));
 }
 
 TEST_F(ModelUploadTest, AttributeDeclaredAfterAnUploadIsPassedOver) {
@@ -601,6 +658,32 @@ TEST_F(ModelUploadTest, StatisticsTellWhatWasFound) {
     EXPECT_EQ(statistics.substitutedCorners, 2U);
     EXPECT_EQ(statistics.triangles, 3U);
     EXPECT_EQ(statistics.untriangulatedFaces, 1U);
+}
+
+TEST_F(ModelUploadTest, StatisticsCountTheUncutFacesOfEachGroupOnce) {
+    const unsigned int counts[] = {2, 1, 0};
+    const unsigned int corners[] = {0, 1, 2};
+    builder->addVertexCountsToFaces(3, counts);
+    builder->addIndicesToVertexAttribute(kPosition, 3, corners);
+    group("line", 1, 0, 2);
+    group("point", 2, 0, 3);
+    group("nothing", 9, 0, 4);
+    upload();
+    EXPECT_EQ(builder->statistics().untriangulatedFaces, 3U);
+    EXPECT_EQ(builder->statistics().triangles, 2U);
+}
+
+// 16-bit streams hold half of the entries; what is not there is vertex 0.
+TEST_F(ModelUploadTest, ShortIndicesWithoutAnEntryAreZeros) {
+    makeBuilder(QSharedPointer<Testing::LyingAllocator<Testing::GuardedStream>>::create(), 0);
+    upload();
+    const quint16 indices[] = {3, 0, 2, 0, 1, 0, 7};
+    access().gpuIndices() = QSharedPointer<Testing::GuardedStream>::create(kUnsignedShort, 0U);
+    access().gpuIndices()->append(7, indices);
+    context.forget();
+    upload();
+    EXPECT_THAT(uploaded<quint16>(context, 0), ElementsAre(3, 2, 1, 0, 0, 0, 0));
+    EXPECT_EQ(model.drawable(1)->indexCount(), 7);
 }
 
 } // namespace

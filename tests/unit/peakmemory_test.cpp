@@ -312,6 +312,49 @@ TEST_F(PeakMemoryTest, CommandsAreGoneFromTheBuilderWhereTheDrawableHasThem) {
     static_assert(kGroups * sizeof(DrawElementsIndirectCommand) > 4 * kLittle);
 }
 
+// Arrays of the library's own get all addresses there are where they do not know how long they become.
+TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
+    class SampledArrays : public ModelDataArrayAllocator {
+    public:
+        ModelDataStream* alloc(unsigned int type, quint64 count) override {
+            samples.push_back(Testing::bytesInUse());
+            return ModelDataArrayAllocator::alloc(type, count);
+        }
+        std::vector<std::size_t> samples;
+    };
+    constexpr quint32 kFaces = 60'000;
+    // In whole large pages, and one to begin with one.
+    constexpr std::size_t kRoom = std::size_t{4} << 20;
+    static_assert(kFaces * 6 * sizeof(quint32) <= kRoom / 2 && kFaces * 9 * sizeof(quint32) > kRoom / 2);
+    for (const bool isUniform : {false, true}) {
+        const auto arrays = QSharedPointer<SampledArrays>::create();
+        ModelBuilder other(arrays);
+        if (isUniform)
+            SingleUpload::expect(other);
+        const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+        other.createVertexAttribute(kPosition, 3, kFloat, 0, 0);
+        other.addValuesToVertexAttribute(kPosition, 12, square, kFloat);
+        const std::vector<unsigned int> indices = cyclic(4 * kFaces, 4);
+        other.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+        const std::vector<unsigned int> counts(kFaces, 4);
+        other.addVertexCountsToFaces(kFaces, counts.data());
+        const QString group = QStringLiteral("group");
+        other.createMaterialGroup(group, InstanceData(), -1, 0);
+        const std::vector<unsigned int> faces = cyclic(kFaces, kFaces);
+        if (isUniform)
+            SingleUpload::addFaces(other, group, 0, kFaces);
+        else
+            other.addFacesToMaterialGroup(group, kFaces, faces.data(), QString());
+        other.generateNormals(QStringLiteral("normal"));
+        other.upload(&model, InstanceData(), kPosition, QString(), 0x88E4, 4);
+        // The last three streams: triangles, normals, short indices.
+        ASSERT_GT(arrays->samples.size(), 3U);
+        const std::size_t* const last = &arrays->samples.back();
+        EXPECT_LE(last[-1], last[-2] + kRoom + kLittle) << isUniform;
+    }
+    EXPECT_EQ(model.drawableCount(), 2);
+}
+
 TEST_F(PeakMemoryTest, GroupsOfADrawableAreGoneBeforeTheNextOne) {
     addSmallMesh(4);
     addGroup(QStringLiteral("other"), 1, 1, 1);

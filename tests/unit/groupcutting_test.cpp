@@ -1,0 +1,194 @@
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <velgl/gpumodel.h>
+#include <velmodel/modelbuilder.h>
+#include <velmodel/modeldataarray.h>
+
+#include "singleupload.h"
+#include "support/guardedstream.h"
+#include "support/messagelog.h"
+#include "support/modelbuilderaccess.h"
+#include "support/recordingcontext.h"
+#include "support/streamcontents.h"
+
+namespace Atelier::Vel {
+namespace {
+
+using Testing::elements;
+using testing::ElementsAre;
+using Testing::GuardedStream;
+using testing::IsEmpty;
+using Testing::MessageLog;
+
+constexpr unsigned int kUnsignedInt = 0x1405;
+constexpr unsigned int kFloat = 0x1406;
+const QString kGroup = QStringLiteral("group");
+
+/// Faces over the corners of a unit square, which are cut by themselves.
+class GroupCuttingTest : public testing::Test {
+protected:
+    GroupCuttingTest() {
+        const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0.5F, 0};
+        positions->append(std::size(square), square);
+    }
+
+    /// The vertices of each face begin with another one.
+    void addFaces(ModelBuilder& builder, quint32 count, quint32 cornerCount) {
+        const std::vector<quint32> counts(count, cornerCount);
+        builder.addVertexCountsToFaces(count, counts.data());
+        std::vector<quint32> list;
+        for (quint32 face = 0; face < count; ++face) {
+            starts.append(static_cast<unsigned int>(list.size()));
+            for (quint32 corner = 0; corner < cornerCount; ++corner)
+                list.push_back((face + corner) % cornerCount);
+        }
+        corners->append(list.size(), list.data());
+    }
+    std::vector<quint32> triangles(ModelBuilder& builder) {
+        const ModelBuilderAccess access(builder);
+        access.prepare(kGroup, positions, corners, starts);
+        return elements<quint32>(access.gpuIndices());
+    }
+
+public:
+    QSharedPointer<ModelDataStream> positions = QSharedPointer<GuardedStream>::create(kFloat, 0U);
+    QSharedPointer<ModelDataStream> corners = QSharedPointer<GuardedStream>::create(kUnsignedInt, 0U);
+    QVector<unsigned int> starts;
+    MessageLog log;
+};
+
+/// Runs of consecutive faces, each a first one and a number of them.
+using Runs = std::vector<std::pair<quint32, quint32>>;
+
+/// Short and long ones, at the lengths where they are handed on in parts, too.
+Runs randomRuns(std::mt19937& random, quint32 faceCount) {
+    const quint32 lengths[] = {1, 1, 1, 2, 2, 3, 7, 2047, 2048, 2049};
+    Runs runs;
+    for (std::size_t i = random() % 30; i-- > 0;) {
+        const quint32 length = lengths[random() % std::size(lengths)];
+        const bool follows = !runs.empty() && random() % 4 == 0;
+        const quint32 first = follows ? runs.back().first + runs.back().second
+                                      : static_cast<quint32>(random() % (faceCount - length));
+        runs.emplace_back(first, std::min(length, faceCount - std::min(first, faceCount)));
+    }
+    return runs;
+}
+
+/// What a meter is told while a group of faces is cut.
+class CutMeterTest : public testing::Test {
+protected:
+    static std::vector<int> told(quint32 cornerCount, const std::vector<unsigned int>& faces,
+                                 unsigned int faceCount) {
+        const Testing::RecordingContext context;
+        const MessageLog log;
+        ModelBuilder builder;
+        const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0.5F, 0};
+        builder.createVertexAttribute(kGroup, 3, kFloat, 0, 0);
+        builder.addValuesToVertexAttribute(kGroup, 15, square, kFloat);
+        std::vector<unsigned int> list(std::size_t{faceCount} * cornerCount);
+        for (std::size_t i = 0; i < list.size(); ++i)
+            list[i] = static_cast<unsigned int>(i % cornerCount);
+        list.back() = 4;
+        builder.addIndicesToVertexAttribute(kGroup, list.size(), list.data());
+        const std::vector<unsigned int> counts(faceCount, cornerCount);
+        builder.addVertexCountsToFaces(faceCount, counts.data());
+        builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
+        builder.addFacesToMaterialGroup(kGroup, faces.size(), faces.data(), QString());
+        std::vector<int> calls;
+        SingleUpload::meterCuts(builder, [&calls](int count) { calls.push_back(count); });
+        GPUModel model;
+        builder.upload(&model, InstanceData(), kGroup, QString(), 0x88E4, 4);
+        return calls;
+    }
+    static std::vector<unsigned int> inOrder(unsigned int count) {
+        std::vector<unsigned int> faces(count);
+        std::iota(faces.begin(), faces.end(), 0U);
+        return faces;
+    }
+    static std::vector<unsigned int> backwards(unsigned int count) {
+        std::vector<unsigned int> faces = inOrder(count);
+        std::reverse(faces.begin(), faces.end());
+        return faces;
+    }
+};
+
+} // namespace
+
+TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
+    constexpr quint32 kFaces = 6000;
+    std::mt19937 random(4);
+    ModelBuilder listed;
+    ModelBuilder inRuns;
+    SingleUpload::expect(inRuns);
+    addFaces(listed, kFaces, 3);
+    const std::vector<quint32> counts(kFaces, 3);
+    inRuns.addVertexCountsToFaces(kFaces, counts.data());
+    for (int round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        for (ModelBuilder* const builder : {&listed, &inRuns}) {
+            builder->createMaterialGroup(kGroup, InstanceData(), -1, 0);
+            ModelBuilderAccess(*builder).gpuIndices().reset();
+        }
+        for (const auto& [first, count] : randomRuns(random, kFaces)) {
+            std::vector<unsigned int> faces(count);
+            std::iota(faces.begin(), faces.end(), first);
+            listed.addFacesToMaterialGroup(kGroup, count, faces.data(), QString());
+            SingleUpload::addFaces(inRuns, kGroup, first, count);
+        }
+        ASSERT_EQ(triangles(inRuns), triangles(listed));
+    }
+}
+
+TEST_F(GroupCuttingTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
+    ModelBuilder builder;
+    SingleUpload::expect(builder);
+    EXPECT_FALSE(SingleUpload::addFaces(builder, kGroup, 0, 1));
+    EXPECT_FALSE(builder.hasMaterialGroup(kGroup));
+    builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
+    EXPECT_TRUE(SingleUpload::addFaces(builder, kGroup, 0, 1));
+}
+
+// More than fit into a stream: no memory is taken for them.
+TEST_F(GroupCuttingTest, PolygonOfTooManyTrianglesIsRefused) {
+    constexpr quint32 kCorners = 178'956'973;
+    ModelBuilder builder;
+    builder.addVertexCountsToFaces(1, &kCorners);
+    starts.append(0);
+    corners = QSharedPointer<ModelDataArray>::create(kUnsignedInt, kCorners);
+    builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
+    const unsigned int face = 0;
+    builder.addFacesToMaterialGroup(kGroup, 1, &face, QString());
+    EXPECT_THAT(triangles(builder), IsEmpty());
+    EXPECT_TRUE(ModelBuilderAccess(builder).gpuIndices().isNull());
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre(QStringLiteral(
+                    "Data for the triangle indices refused: a stream holds at most 2147483647 bytes")));
+}
+
+TEST_F(CutMeterTest, HearsOfSixteenThousandCornersAtATime) {
+    // One by one, of four corners each.
+    EXPECT_THAT(told(4, backwards(4095), 4096), IsEmpty());
+    EXPECT_THAT(told(4, backwards(4096), 4096), ElementsAre(16384));
+    EXPECT_THAT(told(4, backwards(8191), 8192), ElementsAre(16384));
+    EXPECT_THAT(told(4, backwards(8192), 8192), ElementsAre(16384, 16384));
+    // Four at a time, which leave the last vertex alone: 12 or 16 corners.
+    EXPECT_THAT(told(3, inOrder(5460), 5468), IsEmpty());
+    EXPECT_THAT(told(3, inOrder(5464), 5468), ElementsAre(16392));
+    EXPECT_THAT(told(3, inOrder(5464 + 5460), 12'000), ElementsAre(16392));
+    EXPECT_THAT(told(4, inOrder(4092), 4100), IsEmpty());
+    EXPECT_THAT(told(4, inOrder(4096), 4100), ElementsAre(16384));
+}
+
+TEST_F(CutMeterTest, HearsOfFacesThatCannotBeCutAndNotOfThoseThatAreNotThere) {
+    EXPECT_THAT(told(2, backwards(8191), 8192), IsEmpty());
+    EXPECT_THAT(told(2, backwards(8192), 8192), ElementsAre(16384));
+    std::vector<unsigned int> faces = backwards(8191);
+    faces.insert(faces.begin(), 10'000, 8192U);
+    EXPECT_THAT(told(2, faces, 8192), IsEmpty());
+}
+
+} // namespace Atelier::Vel
