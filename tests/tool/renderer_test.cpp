@@ -231,6 +231,7 @@ TEST_F(RendererTest, WhatWasSetInTheContextBeforeChangesNoPicture) {
     glEnable(GL_BLEND);
     glBlendFunc(GL_ZERO, GL_ZERO);
     glPixelStorei(GL_PACK_ALIGNMENT, 8);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 100);
     glViewport(1, 2, 3, 4);
     glPolygonMode(GL_FRONT_AND_BACK, GL_POINT);
     EXPECT_EQ(drawn(areas, {33, 31}), expected);
@@ -250,6 +251,9 @@ TEST_F(RendererTest, ContextIsLeftAsItIsMostlyUsed) {
         glGetIntegerv(name, &value);
         EXPECT_EQ(value, 0);
     }
+    GLint rowLength = -1;
+    glGetIntegerv(GL_PACK_ROW_LENGTH, &rowLength);
+    EXPECT_EQ(rowLength, 0);
     GLint modes[2] = {};
     glGetIntegerv(GL_POLYGON_MODE, modes);
     EXPECT_EQ(modes[0], GL_FILL);

@@ -39,14 +39,13 @@ void drawCoveringTriangle() {
     glDeleteVertexArrays(1, &array);
 }
 
-QImage readPixels(QSize size) {
-    QImage picture(size, QImage::Format_RGBA8888);
-    if (picture.isNull())
-        return picture;
-    glReadBuffer(GL_COLOR_ATTACHMENT0);
+// Into the picture's own rows: a tile needs no memory of its own.
+void readPixels(QSize size, QPoint topLeft, QImage& picture) {
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    glReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, picture.bits());
-    return picture.mirrored();
+    glPixelStorei(GL_PACK_ROW_LENGTH, picture.width());
+    glReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE,
+                 picture.scanLine(topLeft.y()) + std::ptrdiff_t(topLeft.x()) * 4);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 0);
 }
 
 } // namespace
@@ -114,7 +113,7 @@ void PictureTarget::beginTransparent() {
     glBlendFunci(2, GL_ZERO, GL_ONE_MINUS_SRC_COLOR);
 }
 
-QImage PictureTarget::finish(const QColor& background) {
+void PictureTarget::finish(const QColor& background, QPoint topLeft, QImage& picture) {
     glDepthMask(GL_TRUE);
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
@@ -131,7 +130,7 @@ QImage PictureTarget::finish(const QColor& background) {
                 isVisible ? linear(background.blueF()) : 0, isVisible ? 1 : 0);
     drawCoveringTriangle();
     _data->composition->unbind();
-    return readPixels(_data->composed.size());
+    readPixels(_data->composed.size(), topLeft, picture);
 }
 
 } // namespace Atelier::Vel::Tool

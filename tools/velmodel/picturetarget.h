@@ -28,8 +28,9 @@ public:
     void beginOpaque();
     /// What is drawn next is transparent: it is hidden by what is nearer and hides nothing.
     void beginTransparent();
-    /// The picture over `background`, or over nothing when that is invalid; sRGB, not premultiplied.
-    QImage finish(const QColor& background);
+    /// Puts what was drawn over `background`, or over nothing when that is invalid, into `picture`: sRGB, not
+    /// premultiplied. Requires: `picture` is of Format_RGBA8888 and has room for size() from `topLeft` on.
+    void finish(const QColor& background, QPoint topLeft, QImage& picture);
 
 private:
     PictureTarget();

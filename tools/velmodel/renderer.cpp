@@ -48,14 +48,6 @@ QVector<QRect> tilesOf(QSize size) {
     return tiles;
 }
 
-// Tiles count from the lower left, images from the upper left.
-void copyTile(const QImage& tile, QPoint lowerLeft, QImage& picture) {
-    const int top = picture.height() - lowerLeft.y() - tile.height();
-    for (int row = 0; row < tile.height(); ++row)
-        std::copy_n(tile.constScanLine(row), tile.width() * 4,
-                    picture.scanLine(top + row) + std::ptrdiff_t(lowerLeft.x()) * 4);
-}
-
 } // namespace
 
 Renderer::Renderer() = default;
@@ -84,7 +76,9 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
         target->beginTransparent();
         drawModel(model, scene, tile, true);
         _hasDrawn = visibility.end() || _hasDrawn;
-        copyTile(target->finish(scene.background), tile.topLeft(), picture);
+        // Tiles count from the lower left, images from the upper left.
+        const int top = picture.height() - tile.y() - tile.height();
+        target->finish(scene.background, {tile.x(), top}, picture);
     }
     return picture;
 }

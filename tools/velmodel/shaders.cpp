@@ -142,7 +142,8 @@ vec3 encoded(vec3 colour) {
 }
 
 void main() {
-    ivec2 at = ivec2(gl_FragCoord.xy);
+    // The first row of an image is the uppermost.
+    ivec2 at = ivec2(gl_FragCoord.x, textureSize(opaque, 0).y - 1 - int(gl_FragCoord.y));
     vec4 below = texelFetch(opaque, at, 0);
     below += background * (1.0 - below.a);
     vec4 sum = texelFetch(weighted, at, 0);
