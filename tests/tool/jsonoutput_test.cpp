@@ -43,6 +43,12 @@ TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
     EXPECT_EQ(printed(std::numeric_limits<float>::denorm_min()), "1e-45");
 }
 
+TEST(JsonOutputTest, SpellingIsReadAlikeAtOnceAndThroughADouble) {
+    // "7.038531e-26" is the one float when it is read at once, and the next when it is rounded twice.
+    EXPECT_EQ(printed(fromBits(0x15AE43FD)), "7.0385307e-26");
+    EXPECT_EQ(printed(fromBits(0x15AE43FE)), "7.0385313e-26");
+}
+
 TEST(JsonOutputTest, ZeroKeepsItsSign) {
     EXPECT_EQ(printed(0.0F), "0");
     EXPECT_EQ(printed(-0.0F), "-0.0");

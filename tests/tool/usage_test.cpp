@@ -136,6 +136,17 @@ TEST(UsageTest, VersionIsPrintedByEveryCommand) {
     }
 }
 
+TEST(UsageTest, HelpComesBeforeTheVersionAndBothBeforeMistakes) {
+    const QByteArray help = runProgram({"info", "--help"}).output;
+    const QByteArray version = runProgram({"--version"}).output;
+    const ProgramResult both = runProgram({"info", "--version", "--help", "--verbose", "loud"});
+    EXPECT_EQ(both.exitCode, 0);
+    EXPECT_EQ(both.output, help);
+    const ProgramResult mistaken = runProgram({"info", "--version", "--verbose", "loud"});
+    EXPECT_EQ(mistaken.exitCode, 0);
+    EXPECT_EQ(mistaken.output, version);
+}
+
 TEST(UsageTest, HelpThatCannotBeWrittenIsExitCodeFour) {
     ProgramSurroundings surroundings;
     surroundings.outputFile = "/dev/full";
