@@ -34,8 +34,8 @@ protected:
     HeadlessContextTest() { _egl = EglFunctions::real(); }
     ~HeadlessContextTest() override {
         OpenGLDeviceContext::setCurrent({});
-        ForeignContext::doneCurrent();
         _egl = EglFunctions::real();
+        ForeignContext::doneCurrent(); // opens a display
     }
 
     void listDevices(const std::vector<FakeDevice>& devices) {
