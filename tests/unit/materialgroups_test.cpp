@@ -1,5 +1,7 @@
+#include <cstring>
 #include <initializer_list>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -27,6 +29,7 @@ using Testing::MessageLog;
 constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;
 
+const QString kNoEarLeft = QStringLiteral("Unable to triangulate polygon.");
 const QString kTooFewCorners = QStringLiteral("Cannot triangulate a polygon with fewer than 3 vertices");
 
 /// A builder whose faces and groups are prepared over streams that the test makes.
@@ -205,16 +208,29 @@ TEST_F(MaterialGroupsTest, NegativeCornerCountGivesNothing) {
 }
 
 TEST_F(MaterialGroupsTest, PositionsBehindTheEndAreZero) {
-    // Vertex 1 has no z, vertices 2 and 3 nothing at all.
-    fillPositions({0, 1, 0, 1, 0});
-    faces({3, 4});
-    fill(corners, {0, 1, 2, 0, 1, 3, 0x80000000});
-    group("a", {0, 1});
+    // Vertex 4 has no z, vertices 5 and 0x80000000 nothing at all: where they were, the ear of vertex 3 would
+    // be another one.
+    fillPositions({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1});
+    faces({5, 5, 4});
+    fill(corners, {0, 1, 2, 3, 5, 3, 4, 0x80000000, 0, 1, 0, 1, 3, 5});
+    group("a", {0, 1, 2});
+    const auto expected = [&](const std::vector<float>& places) {
+        QVector<unsigned int> cut;
+        const int list[] = {0, 1, 2, 3, 5, 3, 4, 5, 0, 1, 0, 1, 3, 5};
+        for (const auto& [first, count] : {std::pair<int, int>{0, 5}, {5, 5}, {10, 4}})
+            Literal::triangulate3D(count, list + first, places.data(), cut);
+        for (int i = 9; i < 18; ++i)
+            if (cut[i] == 5)
+                cut[i] = 0x80000000;
+        return std::vector<quint32>(cut.begin(), cut.end());
+    };
     prepare("a");
-    EXPECT_EQ(triangles().size(), 9U);
+    EXPECT_EQ(triangles(), expected({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1, 0, 0, 0, 0}));
+    EXPECT_NE(triangles(), expected({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1, 0, 9, -9, 0}));
     positions.reset();
     prepare("a");
-    EXPECT_EQ(triangles().size(), 18U);
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft, kNoEarLeft)) << "all at one place";
+    EXPECT_EQ(triangles().size(), 24U + 6U);
 }
 
 TEST_F(MaterialGroupsTest, FacesOfAnotherTypeAreAssertedAndReadAsWords) {
