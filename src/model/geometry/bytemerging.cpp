@@ -117,6 +117,7 @@ public:
             if (step != 0)
                 place += attribute.stride;
         }
+        std::transform(hashes, hashes + count, hashes, finishedHash);
     }
 
     bool equal(quint32 a, quint32 b) const {
@@ -239,7 +240,7 @@ quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const Corn
     constexpr quint32 kAhead = 32;
     withStride(attribute.stride, [&](auto absorb) {
         forValues(attribute, absorb.stride(), count, cornerAt, [&](quint32 i, const unsigned char* bytes) {
-            found[i] = sieve.slotOf(absorb(seed, bytes));
+            found[i] = sieve.slotOf(finishedHash(absorb(seed, bytes)));
             sieve.fetch(found[i]);
             if (i >= kAhead)
                 sieve.count(found[i - kAhead]);

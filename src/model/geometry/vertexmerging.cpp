@@ -21,6 +21,7 @@ public:
         for (quint32 i = 0; i < count; ++i) {
             for (const CornerAttribute& attribute : _attributes)
                 hashes[i] = mixWords(hashes[i], attribute.valueOf(first + i), 0);
+            hashes[i] = finishedHash(hashes[i]);
         }
     }
 
