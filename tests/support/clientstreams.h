@@ -5,6 +5,8 @@
 
 #include <velmodel/modeldataarray.h>
 
+#include "support/guardedbytes.h"
+
 /// Streams and allocators as clients write them.
 namespace Atelier::Vel::Testing {
 
@@ -29,8 +31,8 @@ private:
     Bytes _bytes;
 };
 
-/// Exactly as long as it says, so that a sanitizer sees every step beyond the end.
-class PlainStream : public StreamOver<std::vector<unsigned char>> {
+/// Ends at a guard page: a step beyond its end crashes the process, also without a sanitizer.
+class PlainStream : public StreamOver<GuardedBytes> {
 public:
     using StreamOver::StreamOver;
 };

@@ -3,140 +3,104 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
-#include <map>
 #include <numeric>
 #include <random>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
+
+#include "testattributes.h"
 
 namespace Atelier::Vel {
 namespace {
 
-/// Corners with a position and a colour, drawn from few or many different values; some have no value.
-struct Mesh {
-    std::vector<float> positions;
-    std::vector<quint32> colours;
-    std::vector<quint32> positionIndices;
-    std::vector<quint32> colourIndices;
-
-    Mesh(std::mt19937& random, quint32 cornerCount, quint32 differentValues) {
-        const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-        // So many that corners seldom share one by chance: else nothing would be sieved.
-        const quint32 valueCount = cornerCount * 32;
-        for (quint32 value = 0; value < valueCount; ++value) {
-            colours.push_back(below(4));
-            for (int axis = 0; axis < 3; ++axis)
-                positions.push_back(axis == 0 ? static_cast<float>(below(differentValues)) : 0.0F);
-        }
-        for (quint32 corner = 0; corner < cornerCount; ++corner) {
-            const bool isRepeated = corner != 0 && below(30) == 0;
-            const quint32 source = below(corner + 1);
-            positionIndices.push_back(isRepeated ? positionIndices[source % corner] : below(valueCount + 1));
-            colourIndices.push_back(isRepeated ? colourIndices[source % corner] : below(valueCount + 1));
-        }
-    }
-
-    std::vector<CornerAttribute> attributes() const {
-        const quint64 valueCount = colours.size();
-        CornerAttribute position{positionIndices.data(), positionIndices.size()};
-        position.values = reinterpret_cast<const unsigned char*>(positions.data());
-        position.valueCount = valueCount;
-        position.stride = 3 * sizeof(float);
-        CornerAttribute colour{colourIndices.data(), colourIndices.size()};
-        colour.values = reinterpret_cast<const unsigned char*>(colours.data());
-        colour.valueCount = valueCount;
-        colour.stride = sizeof(quint32);
-        // Sieved is by the first of those with the most values, and colours are all alike.
-        return {position, colour};
-    }
-};
-
-struct Merged {
-    std::vector<quint32> vertexOfCorner;
-    std::vector<quint32> firstCorner;
-};
+using Testing::GuardedArray;
+using Testing::Merged;
+using Testing::mergedPlainly;
+using Testing::TestAttribute;
+using Testing::views;
 
 Merged mergedByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    Merged merged{std::vector<quint32>(cornerCount), std::vector<quint32>(cornerCount)};
-    merged.firstCorner.resize(
-        mergeByBytes(attributes, cornerCount, merged.vertexOfCorner.data(), merged.firstCorner.data()));
-    return merged;
+    const GuardedArray<quint32> vertexOfCorner(cornerCount);
+    const GuardedArray<quint32> firstCorner(cornerCount);
+    const quint32 vertexCount =
+        mergeByBytes(attributes, cornerCount, vertexOfCorner.data(), firstCorner.data());
+    return {vertexOfCorner.items(), {firstCorner.begin(), firstCorner.begin() + vertexCount}};
 }
 
-Merged sieved(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    Merged merged{std::vector<quint32>(cornerCount), std::vector<quint32>(cornerCount)};
-    const quint32 vertexCount = mergeMostlyDistinct(attributes, cornerCount, merged.vertexOfCorner.data(),
-                                                    [&merged] { return merged.firstCorner.data(); });
-    merged.firstCorner.resize(vertexCount);
+/// `needsRoom` receives whether the list of first corners was needed.
+Merged sieved(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
+              bool* needsRoom = nullptr) {
+    const GuardedArray<quint32> vertexOfCorner(cornerCount);
+    const GuardedArray<quint32> firstCorner(cornerCount);
+    bool isNeeded = false;
+    const quint32 vertexCount = mergeMostlyDistinct(attributes, cornerCount, vertexOfCorner.data(), [&] {
+        isNeeded = true;
+        return firstCorner.data();
+    });
+    if (needsRoom != nullptr)
+        *needsRoom = isNeeded;
     if (vertexCount == cornerCount) {
-        std::iota(merged.vertexOfCorner.begin(), merged.vertexOfCorner.end(), 0U);
-        std::iota(merged.firstCorner.begin(), merged.firstCorner.end(), 0U);
+        std::iota(vertexOfCorner.begin(), vertexOfCorner.end(), 0U);
+        std::iota(firstCorner.begin(), firstCorner.end(), 0U);
     }
-    return merged;
+    return {vertexOfCorner.items(), {firstCorner.begin(), firstCorner.begin() + vertexCount}};
 }
 
-void expectSameVertices(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    const Merged expected = mergedByBytes(attributes, cornerCount);
-    const Merged merged = sieved(attributes, cornerCount);
-    EXPECT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
-    EXPECT_EQ(merged.firstCorner, expected.firstCorner);
+void expectSame(const Merged& merged, const Merged& expected) {
+    ASSERT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
+    ASSERT_EQ(merged.firstCorner, expected.firstCorner);
 }
 
-/// Values of any width, and a list of corners that use one after the other for a while, then any.
-struct Attribute {
+/// Corners with a position and a colour, drawn from few or many different values; some have no value.
+std::vector<TestAttribute> sparseMesh(std::mt19937& random, quint32 cornerCount, quint32 differentValues) {
+    const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
+    // Enough that corners rarely share one by chance: otherwise nothing would be sieved.
+    const quint32 valueCount = cornerCount * 32;
+    std::vector<unsigned char> positions(valueCount * 3 * sizeof(float));
+    std::vector<unsigned char> colours(valueCount * sizeof(quint32));
+    for (quint32 value = 0; value < valueCount; ++value) {
+        const quint32 colour = below(4);
+        const auto x = static_cast<float>(below(differentValues));
+        std::memcpy(&colours[value * sizeof colour], &colour, sizeof colour);
+        std::memcpy(&positions[value * 3 * sizeof x], &x, sizeof x);
+    }
+    std::vector<quint32> lists[2];
+    for (quint32 corner = 0; corner < cornerCount; ++corner) {
+        const bool isRepeated = corner != 0 && below(30) == 0;
+        const quint32 source = below(corner + 1);
+        for (std::vector<quint32>& list : lists)
+            list.push_back(isRepeated ? list[source % corner] : below(valueCount + 1));
+    }
+    // The sieve uses the first of the attributes with the largest number of values.
+    std::vector<TestAttribute> attributes;
+    attributes.emplace_back(positions, lists[0], 3 * sizeof(float));
+    attributes.emplace_back(colours, lists[1], sizeof(quint32));
+    return attributes;
+}
+
+/// Values of any width; the list has runs of consecutive values, and random parts between them.
+TestAttribute randomAttribute(std::mt19937& random, quint32 cornerCount, quint64 stride,
+                              quint32 differentValues) {
+    const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
+    const quint32 valueCount = cornerCount + 70;
     std::vector<unsigned char> values;
     std::vector<quint32> indices;
-    quint64 stride;
-
-    Attribute(std::mt19937& random, quint32 cornerCount, quint64 bytes, quint32 differentValues)
-        : stride(bytes) {
-        const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-        const quint32 valueCount = cornerCount + 70;
-        for (quint32 value = 0; value < valueCount; ++value) {
-            values.resize(values.size() + bytes);
-            // At both ends: a key has to hold all of a value.
-            std::uint16_t number = static_cast<std::uint16_t>(below(differentValues));
-            std::memcpy(&values[value * bytes], &number, std::min<std::size_t>(bytes, sizeof number));
-            values.back() = static_cast<unsigned char>(below(2));
-        }
-        while (indices.size() < cornerCount - below(2)) {
-            const bool isRun = below(3) == 0;
-            const quint32 first = below(valueCount + 3);
-            for (quint32 i = 0; i < (isRun ? 70 : 20) && indices.size() < cornerCount; ++i)
-                indices.push_back(isRun ? first + i : below(valueCount + 3));
-        }
+    for (quint32 value = 0; value < valueCount; ++value) {
+        values.resize(values.size() + stride);
+        // Both ends of a value vary: a key has to hold all of it.
+        const auto number = static_cast<std::uint16_t>(below(differentValues));
+        std::memcpy(&values[value * stride], &number, std::min<std::size_t>(stride, sizeof number));
+        values.back() = static_cast<unsigned char>(below(2));
     }
-
-    CornerAttribute view() const {
-        CornerAttribute attribute{indices.data(), indices.size()};
-        attribute.values = values.data();
-        attribute.valueCount = values.size() / stride;
-        attribute.stride = stride;
-        return attribute;
+    while (indices.size() < cornerCount - below(2)) {
+        const bool isRun = below(3) == 0;
+        const quint32 first = below(valueCount + 3);
+        for (quint32 i = 0; i < (isRun ? 70 : 20) && indices.size() < cornerCount; ++i)
+            indices.push_back(isRun ? first + i : below(valueCount + 3));
     }
-};
-
-/// The definition: corners are alike when all bytes of all their values are, zeros where they have none.
-Merged mergedPlainly(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    Merged merged;
-    std::map<std::string, quint32> vertices;
-    for (quint32 corner = 0; corner < cornerCount; ++corner) {
-        std::string bytes;
-        for (const CornerAttribute& attribute : attributes) {
-            const quint64 value = attribute.valueOf(corner);
-            bytes += value == attribute.valueCount
-                         ? std::string(attribute.stride, '\0')
-                         : std::string(attribute.values + value * attribute.stride,
-                                       attribute.values + (value + 1) * attribute.stride);
-        }
-        const auto vertex = vertices.emplace(bytes, static_cast<quint32>(vertices.size()));
-        if (vertex.second)
-            merged.firstCorner.push_back(corner);
-        merged.vertexOfCorner.push_back(vertex.first->second);
-    }
-    return merged;
+    return {values, indices, stride};
 }
 
 TEST(ByteMergingTest, CornersWithTheSameBytesAreOneVertex) {
@@ -153,16 +117,11 @@ TEST(ByteMergingTest, CornersWithTheSameBytesAreOneVertex) {
                                                 {300}})
         for (const quint32 differentValues : {2U, 15U, 60000U})
             for (const quint32 cornerCount : {1U, 31U, 33U, 3000U}) {
-                std::vector<Attribute> attributes;
+                std::vector<TestAttribute> attributes;
                 for (const quint64 stride : strides)
-                    attributes.emplace_back(random, cornerCount, stride, differentValues);
-                std::vector<CornerAttribute> views;
-                std::transform(attributes.begin(), attributes.end(), std::back_inserter(views),
-                               [](const Attribute& attribute) { return attribute.view(); });
-                const Merged expected = mergedPlainly(views, cornerCount);
-                const Merged merged = mergedByBytes(views, cornerCount);
-                ASSERT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
-                ASSERT_EQ(merged.firstCorner, expected.firstCorner);
+                    attributes.push_back(randomAttribute(random, cornerCount, stride, differentValues));
+                ASSERT_NO_FATAL_FAILURE(expectSame(mergedByBytes(views(attributes), cornerCount),
+                                                   mergedPlainly(views(attributes), cornerCount)));
             }
 }
 
@@ -171,8 +130,135 @@ TEST(ByteMergingTest, SievedCornersMergeAsAllDo) {
     for (const quint32 differentValues : {1U, 3U, 1000U, 100000U, 100000000U})
         for (const quint32 cornerCount : {1U, 2U, 40U, 5000U}) {
             SCOPED_TRACE(testing::Message() << cornerCount << " corners, " << differentValues << " values");
-            expectSameVertices(Mesh(random, cornerCount, differentValues).attributes(), cornerCount);
+            const std::vector<TestAttribute> attributes = sparseMesh(random, cornerCount, differentValues);
+            ASSERT_NO_FATAL_FAILURE(expectSame(sieved(views(attributes), cornerCount),
+                                               mergedPlainly(views(attributes), cornerCount)));
         }
+}
+
+/// Corner k uses value k, which is all zeros but for the number k at byte `place`.
+TestAttribute numberedValues(quint32 count, quint64 stride, quint64 place) {
+    std::vector<unsigned char> values(count * stride);
+    for (quint32 k = 0; k < count; ++k)
+        std::memcpy(&values[k * stride + place], &k, std::min<std::size_t>(sizeof k, stride - place));
+    std::vector<quint32> indices(count);
+    std::iota(indices.begin(), indices.end(), 0U);
+    return {values, indices, stride};
+}
+
+// All corners but two differ. Any two: the sieve works in blocks, and each place in them is tried.
+TEST(ByteMergingTest, TwoEqualCornersAreFoundAtEveryPlace) {
+    for (const quint32 count : {8U, 32U, 33U, 65U})
+        for (quint32 second = 1; second < count; ++second)
+            for (quint32 first = 0; first < second; ++first) {
+                const TestAttribute attribute = numberedValues(count, 12, 0);
+                attribute.indices[second] = first;
+                std::vector<quint32> expected(count);
+                std::iota(expected.begin(), expected.end(), 0U);
+                expected[second] = first;
+                for (quint32 after = second + 1; after < count; ++after)
+                    --expected[after];
+                ASSERT_EQ(sieved({attribute.view()}, count).vertexOfCorner, expected)
+                    << first << " and " << second;
+            }
+}
+
+// If a byte were left out of the hash, all corners would be suspects, and suspects need the list.
+TEST(ByteMergingTest, DistinctCornersNeedNoListOfFirstCorners) {
+    constexpr quint32 kCount = 3000;
+    for (const quint64 stride : {2U, 4U, 8U, 12U, 13U, 16U, 20U, 30U, 33U, 40U})
+        for (quint64 place = 0; place + 1 < stride; ++place) {
+            bool needsRoom = true;
+            const Merged merged = sieved({numberedValues(kCount, stride, place).view()}, kCount, &needsRoom);
+            EXPECT_EQ(merged.firstCorner.size(), kCount);
+            EXPECT_FALSE(needsRoom) << stride << " bytes, different from byte " << place << " on";
+        }
+}
+
+TEST(ByteMergingTest, AttributeWithTheMostValuesIsSieved) {
+    constexpr quint32 kCount = 3000;
+    const TestAttribute different = numberedValues(kCount, 4, 0);
+    const TestAttribute alike(std::vector<unsigned char>(400), std::vector<quint32>(kCount), 4);
+    for (const auto& attributes : {std::vector<CornerAttribute>{different.view(), alike.view()},
+                                   {alike.view(), different.view()},
+                                   {alike.view(), different.view(), alike.view()}}) {
+        bool needsRoom = true;
+        sieved(attributes, kCount, &needsRoom);
+        EXPECT_FALSE(needsRoom);
+    }
+}
+
+// With so many corners, a slot of the table holds few bits of the hash: some corners share all of them, and
+// only their bytes differ. Keys are copied for the first quarter alone, so the others are compared in place.
+TEST(ByteMergingTest, ManyCornersWithEqualSlotsAreComparedByTheirBytes) {
+    constexpr quint32 kCount = 1 << 19;
+    const TestAttribute same(std::vector<unsigned char>(4), std::vector<quint32>(kCount), 4);
+    const auto mergeWith = [&same](quint64 stride, quint64 place) {
+        const TestAttribute different = numberedValues(kCount, stride, place);
+        return mergedByBytes({different.view(), same.view()}, kCount).firstCorner.size();
+    };
+    EXPECT_EQ(mergeWith(4, 0), kCount);
+    for (const quint64 stride : {8U, 12U, 16U}) {
+        EXPECT_EQ(mergeWith(stride, 0), kCount) << stride;
+        EXPECT_EQ(mergeWith(stride, stride - 4), kCount) << stride;
+    }
+    const TestAttribute different = numberedValues(kCount, 12, 4);
+    EXPECT_EQ(mergedByBytes({same.view(), different.view()}, kCount).firstCorner.size(), kCount);
+}
+
+// Lists that look like a run of consecutive values but are none.
+TEST(ByteMergingTest, RunsOfIndicesEndWithTheValues) {
+    TestAttribute attribute = numberedValues(100, 12, 0);
+    std::iota(attribute.indices.begin(), attribute.indices.end(), 0xFFFFFFF0U);
+    ASSERT_NO_FATAL_FAILURE(
+        expectSame(mergedByBytes({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
+    for (const quint32 first : {1U, 36U, 37U, 68U, 69U, 100U}) {
+        std::iota(attribute.indices.begin(), attribute.indices.end(), first);
+        ASSERT_NO_FATAL_FAILURE(
+            expectSame(mergedByBytes({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
+        ASSERT_NO_FATAL_FAILURE(
+            expectSame(sieved({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
+    }
+}
+
+TEST(ByteMergingTest, IndicesApartAreNoRun) {
+    const TestAttribute attribute = numberedValues(128, 12, 0);
+    CornerAttribute everyOther = attribute.view();
+    everyOther.indexCount = 64;
+    everyOther.indexStep = 2;
+    for (const quint32 cornerCount : {32U, 64U, 66U})
+        ASSERT_NO_FATAL_FAILURE(
+            expectSame(mergedByBytes({everyOther}, cornerCount), mergedPlainly({everyOther}, cornerCount)));
+    std::vector<unsigned char> gathered(64 * 12);
+    gatherValues(everyOther, nullptr, 64, gathered.data());
+    EXPECT_EQ(gathered[12 * 63], 126);
+}
+
+TEST(ByteMergingTest, WithoutAListCornersUseTheValueOfTheirNumber) {
+    const TestAttribute attribute = numberedValues(64, 12, 0);
+    CornerAttribute itself = attribute.view();
+    itself.indices = nullptr;
+    for (const quint32 cornerCount : {63U, 64U, 96U}) {
+        ASSERT_NO_FATAL_FAILURE(
+            expectSame(mergedByBytes({itself}, cornerCount), mergedPlainly({itself}, cornerCount)));
+        ASSERT_NO_FATAL_FAILURE(
+            expectSame(sieved({itself}, cornerCount), mergedPlainly({itself}, cornerCount)));
+    }
+}
+
+TEST(ByteMergingTest, AttributesWithoutValuesOrBytesSeparateNoCorners) {
+    const TestAttribute different = numberedValues(40, 12, 0);
+    CornerAttribute withoutValues = different.view();
+    withoutValues.valueCount = 0;
+    CornerAttribute withoutBytes = different.view();
+    withoutBytes.stride = 0;
+    withoutBytes.valueCount = 1000;
+    for (const CornerAttribute& empty : {withoutValues, withoutBytes}) {
+        EXPECT_THAT(mergedByBytes({empty}, 40).firstCorner, testing::ElementsAre(0));
+        EXPECT_THAT(sieved({empty}, 40).firstCorner, testing::ElementsAre(0));
+        EXPECT_EQ(mergedByBytes({empty, different.view()}, 40).firstCorner.size(), 40U);
+        EXPECT_EQ(sieved({different.view(), empty}, 40).firstCorner.size(), 40U);
+    }
 }
 
 TEST(ByteMergingTest, CornersWithoutAnyBytesAreOneVertex) {
@@ -182,6 +268,29 @@ TEST(ByteMergingTest, CornersWithoutAnyBytesAreOneVertex) {
     EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 3, vertexOfCorner.data(), firstCorners), 1U);
     EXPECT_THAT(vertexOfCorner, testing::ElementsAre(0, 0, 0));
     EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 0, nullptr, firstCorners), 0U);
+}
+
+TEST(ByteMergingTest, ValuesAreGatheredByteByByte) {
+    std::mt19937 random(63);
+    for (const quint64 stride : {1U, 3U, 4U, 8U, 12U, 16U, 20U})
+        for (const quint32 count : {0U, 1U, 63U, 64U, 65U, 200U}) {
+            const TestAttribute attribute = randomAttribute(random, 300, stride, 60000);
+            std::vector<quint32> list(count);
+            for (quint32& corner : list)
+                corner = static_cast<quint32>(random() % 300);
+            const GuardedArray<quint32> corners(list);
+            std::string expected;
+            std::string expectedOfFirst;
+            for (quint32 i = 0; i < count; ++i) {
+                expected += Testing::bytesOfCorner({attribute.view()}, corners[i]);
+                expectedOfFirst += Testing::bytesOfCorner({attribute.view()}, i);
+            }
+            const GuardedArray<unsigned char> out(count * stride);
+            gatherValues(attribute.view(), corners.data(), count, out.data());
+            ASSERT_EQ(std::string(out.begin(), out.end()), expected) << stride << ", " << count;
+            gatherValues(attribute.view(), nullptr, count, out.data());
+            ASSERT_EQ(std::string(out.begin(), out.end()), expectedOfFirst) << stride << ", " << count;
+        }
 }
 
 } // namespace

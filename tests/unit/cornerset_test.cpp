@@ -1,73 +1,237 @@
 #include "geometry/cornerset.h"
 
 #include <algorithm>
-#include <map>
+#include <numeric>
 #include <random>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "guardedscratchblock.h"
+#include "support/guardedarray.h"
+#include "testattributes.h"
+
 namespace Atelier::Vel {
 
 namespace {
 
+using Testing::GuardedArray;
+using Testing::Merged;
+
 using Key = std::array<quint64, 3>;
 
-/// Corners of which many have the same hash and differ in one word of their keys.
-class AlikeKeys {
+/// Corners with any keys and hashes. Counts the comparisons of two corners.
+class TestKeys {
 public:
-    AlikeKeys(std::mt19937& random, quint32 cornerCount, unsigned int differentWords) {
-        for (quint32 corner = 0; corner < cornerCount; ++corner) {
-            _keys.push_back({7, 7, 7});
-            _keys.back()[random() % 3] = random() % differentWords;
-        }
+    void add(quint64 hash, const Key& key) {
+        _hashes.push_back(hash);
+        _keys.push_back(key);
     }
 
+    quint32 count() const { return static_cast<quint32>(_keys.size()); }
     const Key& key(quint32 corner) const { return _keys[corner]; }
+    int comparisons() const { return _comparisons; }
 
     void read(quint32 first, quint32 count, quint64* hashes, quint64* keys) const {
         for (quint32 i = first; i < first + count; ++i) {
-            *hashes++ = _keys[i][0] % 2;
+            *hashes++ = _hashes[i];
             if (keys != nullptr)
                 keys = std::copy(_keys[i].begin(), _keys[i].end(), keys);
         }
     }
-    bool equal(quint32 a, quint32 b) const { return _keys[a] == _keys[b]; }
+    bool equal(quint32 a, quint32 b) const {
+        ++_comparisons;
+        return _keys[a] == _keys[b];
+    }
     void fetchIndices(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
     void fetchValues(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
 
 private:
+    std::vector<quint64> _hashes;
     std::vector<Key> _keys;
+    mutable int _comparisons = 0;
 };
+
+Merged inserted(const TestKeys& keys, quint32 keyWords) {
+    CornerSet set(keys.count(), keyWords);
+    const GuardedArray<quint32> numberOfCorner(keys.count());
+    const GuardedArray<quint32> firstCorner(keys.count());
+    const quint32 numbers = set.insertAll(keys, keys.count(), numberOfCorner.data(), firstCorner.data());
+    return {numberOfCorner.items(), {firstCorner.begin(), firstCorner.begin() + numbers}};
+}
+
+void expectNumbers(const TestKeys& keys, quint32 keyWords) {
+    const Merged expected =
+        Testing::numbered(keys.count(), [&keys](quint32 corner) { return keys.key(corner); });
+    const Merged merged = inserted(keys, keyWords);
+    ASSERT_EQ(merged.vertexOfCorner, expected.vertexOfCorner);
+    ASSERT_EQ(merged.firstCorner, expected.firstCorner);
+}
 
 class CornerSetTest : public testing::TestWithParam<quint32> {};
 
+// Hashes whose slots are the first, the last (from which probing wraps to the first), and one between.
+constexpr quint64 kPlaces[] = {0, 1, 0xFFFFFFFF00000000, 0xFFFFFFFFFFFFFFFF, 0x8000000000000000};
+
 } // namespace
 
-// Hashes settle nearly everything: without poor ones, no test would see a wrong comparison.
-TEST_P(CornerSetTest, CornersWithOneHashAreToldApartByTheirKeys) {
+// Good hashes decide nearly everything: only poor ones show a wrong comparison.
+TEST_P(CornerSetTest, CornersWithEqualHashesAreComparedByTheirKeys) {
     std::mt19937 random(5);
-    for (const quint32 cornerCount : {1U, 32U, 400U})
-        for (const unsigned int differentWords : {1U, 8U, 1000U}) {
-            const AlikeKeys keys(random, cornerCount, differentWords);
-            std::map<Key, quint32> numbers;
-            std::vector<quint32> expected;
-            for (quint32 corner = 0; corner < cornerCount; ++corner)
-                expected.push_back(
-                    numbers.emplace(keys.key(corner), static_cast<quint32>(numbers.size())).first->second);
+    for (const quint32 cornerCount : {1U, 2U, 3U, 4U, 7U, 8U, 31U, 32U, 33U, 64U, 400U})
+        for (const unsigned int differentWords : {1U, 8U, 1000U})
+            for (const quint64 place : kPlaces) {
+                TestKeys keys;
+                for (quint32 corner = 0; corner < cornerCount; ++corner) {
+                    Key key = {7, 7, 7};
+                    key[random() % 3] = random() % differentWords;
+                    keys.add(place, key);
+                }
+                ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, GetParam()));
+            }
+}
 
-            CornerSet set(cornerCount, GetParam());
-            std::vector<quint32> numberOfCorner(cornerCount);
-            std::vector<quint32> firstCorner(cornerCount);
-            ASSERT_EQ(set.insertAll(keys, cornerCount, numberOfCorner.data(), firstCorner.data()),
-                      numbers.size());
-            ASSERT_EQ(numberOfCorner, expected);
-            for (quint32 number = 0; number < numbers.size(); ++number)
-                ASSERT_EQ(firstCorner[number],
-                          std::find(expected.begin(), expected.end(), number) - expected.begin());
+TEST_P(CornerSetTest, EveryCornerOfAFullSetHasItsOwnNumber) {
+    for (quint32 cornerCount = 1; cornerCount <= 150; ++cornerCount)
+        for (const quint64 place : kPlaces) {
+            TestKeys keys;
+            for (quint32 corner = 0; corner < cornerCount; ++corner)
+                keys.add(place, {corner, 0, 0});
+            ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, GetParam())) << cornerCount;
         }
 }
 
+TEST_P(CornerSetTest, CornersInEveryOrderKeepTheirNumbers) {
+    std::mt19937 random(6);
+    for (int round = 0; round < 300; ++round) {
+        TestKeys keys;
+        const quint32 cornerCount = static_cast<quint32>(random() % 500);
+        const quint64 values = 1 + random() % 400;
+        for (quint32 corner = 0; corner < cornerCount; ++corner) {
+            const quint64 value = random() % values;
+            keys.add(mixWords(0, value, 0), {value, value + 1, ~value});
+        }
+        ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, GetParam())) << round;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(WordsThatAreKept, CornerSetTest, testing::Values(0U, 3U));
+
+// The part of the hash in a slot avoids comparisons with other corners on the way.
+TEST(CornerSetStepsTest, CornersWithOtherHashesAreNotCompared) {
+    constexpr quint64 kSamePlace = quint64{5} << 32;
+    TestKeys keys;
+    for (quint64 corner = 0; corner < 1000; ++corner)
+        keys.add(kSamePlace | corner << 10,
+                 {corner, 0, 0}); // numbers up to 1000 take the lowest ten bits of a slot
+    ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, 0));
+    EXPECT_EQ(keys.comparisons(), 0);
+}
+
+TEST(CornerSetStepsTest, CornersThatAreAlikeAreComparedOnce) {
+    TestKeys keys;
+    for (quint64 corner = 0; corner < 1000; ++corner)
+        keys.add(mixWords(0, corner % 10, 0), {corner % 10, 0, 0});
+    ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, 0));
+    EXPECT_EQ(keys.comparisons(), 990);
+}
+
+TEST(CornerSetStepsTest, KeysOfAQuarterOfTheCornersAreKept) {
+    for (const quint64 values : {24U, 25U, 26U}) {
+        TestKeys keys;
+        for (quint64 corner = 0; corner < 100; ++corner)
+            keys.add(mixWords(0, corner % values, 0), {corner % values, 0, 0});
+        ASSERT_NO_FATAL_FAILURE(expectNumbers(keys, 3));
+        // Corners with numbers from 25 on are compared in place.
+        const int beyond = values == 26 ? 2 : 0;
+        EXPECT_EQ(keys.comparisons(), beyond) << values;
+    }
+}
+
+TEST(CornerSetStepsTest, TableHasTwoSlotsForEachCornerAndKeysForAQuarter) {
+    for (const quint32 capacity : {0U, 1U, 3U, 4U, 1000U})
+        for (const quint32 keyWords : {0U, 5U}) {
+            Testing::scratchBlocks().clear();
+            const CornerSet set(capacity, keyWords);
+            EXPECT_THAT(Testing::scratchBlocks(),
+                        testing::ElementsAre((2 * capacity + 1) * 4, capacity / 4 * keyWords * 8));
+        }
+}
+
+class MixWordsTest : public testing::Test {
+protected:
+    /// Calls `check` with the results before and after one bit of the hash or of a word is flipped.
+    template<typename Check>
+    void forEachBit(const Check& check) {
+        for (int round = 0; round < 200; ++round)
+            for (unsigned int bit = 0; bit < 192; ++bit) {
+                quint64 words[3] = {_random(), _random(), _random()};
+                const quint64 before = mixWords(words[0], words[1], words[2]);
+                words[bit / 64] ^= quint64{1} << bit % 64;
+                check(before, mixWords(words[0], words[1], words[2]));
+            }
+    }
+
+    std::mt19937_64 _random{7};
+};
+
+TEST_F(MixWordsTest, EveryBitChangesBothHalves) {
+    forEachBit([](quint64 before, quint64 after) {
+        ASSERT_NE(before >> 32, after >> 32);
+        ASSERT_NE(static_cast<quint32>(before), static_cast<quint32>(after));
+    });
+}
+
+TEST_F(MixWordsTest, EveryBitChangesAboutHalfOfTheBits) {
+    quint64 changed = 0;
+    quint64 changes = 0;
+    forEachBit([&](quint64 before, quint64 after) {
+        for (unsigned int bit = 0; bit < 64; ++bit)
+            changed += (before ^ after) >> bit & 1;
+        changes += 64;
+    });
+    EXPECT_GT(changed, changes * 45 / 100);
+    EXPECT_LT(changed, changes * 55 / 100);
+}
+
+// One factor is zero then, and so is the product.
+TEST_F(MixWordsTest, WordsThatMakeAFactorZeroStayApart) {
+    constexpr quint64 kFirst = 0x9E3779B97F4A7C15;
+    constexpr quint64 kSecond = 0xD6E8FEB86659FD93;
+    const quint64 hash = _random();
+    EXPECT_NE(mixWords(hash, hash ^ kFirst, 1), mixWords(hash, hash ^ kFirst, 2));
+    EXPECT_NE(mixWords(hash, 1, kSecond), mixWords(hash, 2, kSecond));
+    EXPECT_NE(mixWords(hash, 1, kSecond) >> 32, mixWords(hash, 2, kSecond) >> 32) << "the word is turned";
+}
+
+/// Of 4096 parts of a table, how many 3000 similar words fall into, with the worst of 1000 seeds.
+template<typename HashOf>
+std::size_t fewestPartsUsed(const HashOf& hashOf) {
+    std::mt19937_64 random(8);
+    std::size_t fewest = 4096;
+    for (int round = 0; round < 1000; ++round) {
+        const quint64 seed = random();
+        std::vector<bool> isUsed(4096);
+        for (quint64 word = 0; word < 3000; ++word)
+            isUsed[finishedHash(hashOf(seed, word)) >> 52] = true;
+        fewest = std::min<std::size_t>(
+            fewest, static_cast<std::size_t>(std::count(isUsed.begin(), isUsed.end(), true)));
+    }
+    return fewest;
+}
+
+// Random words would fall into 2128 parts, with a standard deviation of about 25.
+TEST(FinishedHashTest, SimilarWordsSpreadOverTheTableWithEverySeed) {
+    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k); }), 1950U);
+    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k, 0); }), 1950U);
+    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k << 32); }), 1950U);
+    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k << 32, 0); }), 1950U);
+    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(mixWords(seed, k, 0), 1, 0); }),
+              1950U);
+}
+
+TEST(HashSeedTest, IsTheSameForAllOfAProcess) {
+    EXPECT_EQ(hashSeed(), hashSeed());
+}
 
 } // namespace Atelier::Vel

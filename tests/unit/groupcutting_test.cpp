@@ -9,7 +9,7 @@
 #include <velmodel/modeldataarray.h>
 
 #include "singleupload.h"
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
@@ -20,7 +20,7 @@ namespace {
 
 using Testing::elements;
 using testing::ElementsAre;
-using Testing::GuardedStream;
+using Testing::PlainStream;
 using testing::IsEmpty;
 using Testing::MessageLog;
 
@@ -55,8 +55,8 @@ protected:
     }
 
 public:
-    QSharedPointer<ModelDataStream> positions = QSharedPointer<GuardedStream>::create(kFloat, 0U);
-    QSharedPointer<ModelDataStream> corners = QSharedPointer<GuardedStream>::create(kUnsignedInt, 0U);
+    QSharedPointer<ModelDataStream> positions = QSharedPointer<PlainStream>::create(kFloat, 0U);
+    QSharedPointer<ModelDataStream> corners = QSharedPointer<PlainStream>::create(kUnsignedInt, 0U);
     QVector<unsigned int> starts;
     MessageLog log;
 };

@@ -10,7 +10,6 @@
 
 #include <gmock/gmock.h>
 
-#include "mappings.h"
 #include "support/sanitizer.h"
 
 namespace Atelier::Vel {
@@ -21,6 +20,15 @@ using List = GrowingList<quint32>;
 
 constexpr quint64 kMebibyte = (quint64{1} << 20) / sizeof(quint32);
 
+/// Whether the list has room for exactly `count` items. Grows it by one more.
+bool hasRoomFor(List& list, quint64 count) {
+    const quint32* const items = list.items();
+    list.makeRoom(count, 0);
+    const bool isEnough = list.items() == items;
+    list.makeRoom(count + 1, 0);
+    return isEnough && list.items() != items;
+}
+
 /// From now on, this process gets addresses for so many more bytes.
 void leaveAddresses(quint64 bytes) {
     quint64 pages = 0;
@@ -30,8 +38,8 @@ void leaveAddresses(quint64 bytes) {
     setrlimit(RLIMIT_AS, &limits);
 }
 
-/// Ends the process with 0 if a list of so many items makes room for twice as many with addresses for so many
-/// more bytes, 1 if it says that it cannot and stays as it is, 2 if an item is lost.
+/// Ends the process with 0 if a list of `used` items grows to twice and then three times its size with
+/// addresses for `bytes` more bytes, 1 if it throws and stays unchanged, 2 if an item is lost.
 [[noreturn]] void growWithin(quint64 used, quint64 bytes) {
     List list;
     list.makeRoom(used, 0);
@@ -41,6 +49,7 @@ void leaveAddresses(quint64 bytes) {
     try {
         list.makeRoom(2 * used, used);
         status = list.items()[2 * used - 1] == 0 ? 0 : 2;
+        list.makeRoom(3 * used, 2 * used);
     } catch (const std::bad_alloc&) {
         status = 1;
     }
@@ -61,49 +70,48 @@ TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
     EXPECT_EQ(list.items()[2 * kMebibyte - 1], 0u);
     list.clear();
     EXPECT_EQ(list.items(), nullptr);
-    list.makeRoom(2, 0);
-    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 2), testing::Each(0));
 }
 
-TEST(GrowingListTest, MovesOnlyWhereRoomIsShort) {
+TEST(GrowingListTest, ShortListsGrowToFourTimesTheirRoom) {
     List list;
-    list.makeRoom(3, 0);
-    const quint32* const first = list.items();
-    list.makeRoom(3, 3);
-    list.makeRoom(1, 1);
-    EXPECT_EQ(list.items(), first);
-    list.makeRoom(4, 3);
-    const quint32* const second = list.items();
-    EXPECT_NE(second, first);
-    list.makeRoom(12, 4);
-    EXPECT_EQ(list.items(), second) << "four times the room";
-    list.makeRoom(13, 12);
-    EXPECT_NE(list.items(), second);
+    list.makeRoom(10, 0);
+    EXPECT_TRUE(hasRoomFor(list, 10));
+    EXPECT_TRUE(hasRoomFor(list, 40));
+    EXPECT_TRUE(hasRoomFor(list, 160));
+    list.makeRoom(10'000, 0);
+    EXPECT_TRUE(hasRoomFor(list, 10'000)) << "or to what is asked for";
 }
 
-TEST(GrowingListTest, LongListGetsMegabytesAtATime) {
-    const Testing::Mappings mappings;
+TEST(GrowingListTest, ListsFromHalfAMebibyteOnGrowToSixteenOrMore) {
     List list;
-    list.makeRoom(kMebibyte / 2, 0);
-    list.makeRoom(kMebibyte / 2 + 1, 0);
-    ASSERT_EQ(Testing::Mappings::live().size(), 1U);
-    EXPECT_GE(Testing::Mappings::live()[0].bytes, std::size_t{16} << 20);
-    const quint32* const place = list.items();
-    list.makeRoom(16 * kMebibyte, kMebibyte);
-    EXPECT_EQ(list.items(), place);
-    List shorter;
-    shorter.makeRoom(kMebibyte / 2 - 1, 0);
-    shorter.makeRoom(kMebibyte / 2, 0);
-    ASSERT_EQ(Testing::Mappings::live().size(), 2U);
-    EXPECT_LT(Testing::Mappings::live()[1].bytes, std::size_t{8} << 20);
+    list.makeRoom(kMebibyte / 2 - 1, 0);
+    EXPECT_TRUE(hasRoomFor(list, kMebibyte / 2 - 1));
+    EXPECT_TRUE(hasRoomFor(list, 4 * (kMebibyte / 2 - 1)));
+    List longer;
+    longer.makeRoom(kMebibyte / 2, 0);
+    EXPECT_TRUE(hasRoomFor(longer, kMebibyte / 2));
+    EXPECT_TRUE(hasRoomFor(longer, 16 * kMebibyte));
+    EXPECT_TRUE(hasRoomFor(longer, 64 * kMebibyte));
 }
 
-TEST(GrowingListTest, OnlyItemsInUseAreMoved) {
+TEST(GrowingListTest, OnlyItemsInUseAreKept) {
     List list;
     list.makeRoom(4, 0);
-    std::fill_n(list.items(), 4, 7);
-    list.makeRoom(5, 2);
-    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(7, 7, 0, 0, 0));
+    std::fill_n(list.items(), 4, 9);
+    list.makeRoom(5, 3);
+    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(9, 9, 9, 0, 0));
+    list.makeRoom(1000, 500);
+    EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(9, 9, 9, 0, 0));
+}
+
+TEST(GrowingListTest, ClearedListStartsWithoutRoom) {
+    List list;
+    list.makeRoom(100, 0);
+    list.items()[0] = 1;
+    list.clear();
+    list.makeRoom(50, 50);
+    EXPECT_EQ(list.items()[0], 0U);
+    EXPECT_TRUE(hasRoomFor(list, 50)) << "the old room is gone";
 }
 
 // Four times the room has no addresses then; one and a half times what is asked for has.

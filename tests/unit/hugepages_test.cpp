@@ -1,51 +1,53 @@
 #include "streams/hugepages.h"
 
-#include <sys/mman.h>
-
 #include <gmock/gmock.h>
 
-#include "mappings.h"
+#include <sys/mman.h>
+
+#include "mappingwatch.h"
 
 namespace Atelier::Vel {
-
 namespace {
 
-using Testing::Mappings;
+using Testing::kLargePage;
+using Testing::MappingWatch;
 
-constexpr std::size_t kPage = 4096;
-constexpr std::size_t kLargePage = std::size_t{2} << 20;
+/// A block and the expected advice, both relative to the start of a large page.
+struct Row {
+    std::size_t begin;
+    std::size_t bytes;
+    std::size_t advisedBegin;
+    std::size_t advisedBytes; ///< 0 for no advice
+};
 
-} // namespace
-
-TEST(HugePagesTest, WholeLargePagesInsideABlockAreAskedFor) {
-    const Mappings mappings;
-    void* const mapped =
-        mmap(nullptr, 4 * kLargePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(mapped, MAP_FAILED);
-    auto* const base = static_cast<char*>(mapped);
-    const struct {
-        std::size_t first;
-        std::size_t bytes;
-        std::size_t firstAdvised;
-        std::size_t advised;
-    } rows[] = {{0, kLargePage - 1, 0, 0},
-                {0, kLargePage, 0, kLargePage},
-                {0, 2 * kLargePage - 1, 0, kLargePage},
-                {0, 2 * kLargePage, 0, 2 * kLargePage},
-                {1, 2 * kLargePage - 2, 0, 0},
-                {1, 2 * kLargePage - 1, kLargePage, kLargePage},
-                {kLargePage - kPage, kLargePage + kPage - 1, 0, 0},
-                {kLargePage - kPage, kLargePage + kPage, kLargePage, kLargePage},
-                {kPage, 3 * kLargePage, kLargePage, 2 * kLargePage},
-                {0, 0, 0, 0}};
-    std::vector<Mappings::Range> expected;
-    for (const auto& row : rows) {
-        adviseHugePages(base + row.first, row.bytes);
-        if (row.advised != 0)
-            expected.push_back({base + row.firstAdvised, row.advised});
-        EXPECT_EQ(Mappings::advised(), expected) << row.first << ' ' << row.bytes;
+TEST(HugePagesTest, WholeLargePagesInsideABlockAreAdvised) {
+    constexpr std::uintptr_t kSomewhere = 100 * kLargePage; // not accessed
+    const Row rows[] = {
+        {0, kLargePage, 0, kLargePage},
+        {0, kLargePage - 1, 0, 0},
+        {0, 2 * kLargePage - 1, 0, kLargePage},
+        {0, 3 * kLargePage, 0, 3 * kLargePage},
+        {1, kLargePage, 0, 0},
+        {4096, 2 * kLargePage - 4096, kLargePage, kLargePage},
+        {4096, 2 * kLargePage - 4097, 0, 0},
+        {4096, 5 * kLargePage, kLargePage, 4 * kLargePage},
+        {kLargePage - 1, kLargePage + 1, kLargePage, kLargePage},
+        {kLargePage - 1, kLargePage, 0, 0},
+        {0, 0, 0, 0},
+        {4096, 0, 0, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.bytes << " bytes from " << row.begin << " on");
+        const MappingWatch watch;
+        adviseHugePages(reinterpret_cast<void*>(kSomewhere + row.begin), row.bytes);
+        ASSERT_EQ(watch.advices().size(), row.advisedBytes == 0 ? 0U : 1U);
+        for (const Testing::Advice& advice : watch.advices()) {
+            EXPECT_EQ(advice.begin, kSomewhere + row.advisedBegin);
+            EXPECT_EQ(advice.bytes, row.advisedBytes);
+            EXPECT_EQ(advice.advice, MADV_HUGEPAGE);
+        }
     }
-    munmap(mapped, 4 * kLargePage);
 }
 
+} // namespace
 } // namespace Atelier::Vel

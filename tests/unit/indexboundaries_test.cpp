@@ -8,14 +8,14 @@
 #include <velmodel/modelbuilder.h>
 
 #include "singleupload.h"
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
 
 namespace Atelier::Vel {
 namespace {
 
-using Testing::GuardedStream;
+using Testing::PlainStream;
 using Testing::MessageLog;
 
 constexpr unsigned int kFloat = 0x1406;
@@ -128,7 +128,7 @@ protected:
         const MessageLog log;
         ModelBuilder builder(GetParam() == Path::OverwrittenLists
                                  ? QSharedPointer<ModelDataStreamAllocator>()
-                                 : QSharedPointer<Testing::LyingAllocator<GuardedStream>>::create());
+                                 : QSharedPointer<Testing::LyingAllocator<PlainStream>>::create());
         mesh.feed(builder, GetParam());
         GPUModel model;
         builder.upload(&model, InstanceData(), mesh.attributes[0].name, QString(), 0x88E4, 4);

@@ -10,7 +10,7 @@
 #include "modeldescription.h"
 #include "singleupload.h"
 #include "soundmodel.h"
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 using testing::ElementsAreArray;
 using Testing::GuardedMemory;
-using Testing::GuardedStream;
+using Testing::PlainStream;
 using Testing::Lie;
 using Testing::MessageLog;
 
@@ -336,7 +336,7 @@ private:
 };
 
 TEST_P(LyingStreamsTest, NoLieTouchesMemoryBeyondOrGivesAnotherModelUnsaid) {
-    expectLiesAreSurvived<GuardedStream>();
+    expectLiesAreSurvived<PlainStream>();
 }
 
 std::string nameOf(const testing::TestParamInfo<Way>& way) {

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 
 namespace Atelier::Vel {
 namespace {
@@ -40,7 +40,7 @@ TEST(ModelDataStreamTest, PlainStreamGetsTheRestFromTheBase) {
 
 TEST(ModelDataStreamTest, NothingIsAppendedWhereResizingIsRefused) {
     using Testing::Lie;
-    Testing::LyingStream<Testing::GuardedStream> stream(Lie::NoResize, 0x1403, 2);
+    Testing::LyingStream<Testing::PlainStream> stream(Lie::NoResize, 0x1403, 2);
     const quint16 before[] = {1, 2};
     stream.setData(0, 2, before);
     stream.append(2, before);

@@ -12,7 +12,7 @@
 #include <velgl/vertexarrayobject.h>
 #include <velmodel/modelbuilder.h>
 
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
@@ -675,10 +675,10 @@ TEST_F(ModelUploadTest, StatisticsCountTheUncutFacesOfEachGroupOnce) {
 
 // 16-bit streams hold half of the entries; what is not there is vertex 0.
 TEST_F(ModelUploadTest, ShortIndicesWithoutAnEntryAreZeros) {
-    makeBuilder(QSharedPointer<Testing::LyingAllocator<Testing::GuardedStream>>::create(), 0);
+    makeBuilder(QSharedPointer<Testing::LyingAllocator<Testing::PlainStream>>::create(), 0);
     upload();
     const quint16 indices[] = {3, 0, 2, 0, 1, 0, 7};
-    access().gpuIndices() = QSharedPointer<Testing::GuardedStream>::create(kUnsignedShort, 0U);
+    access().gpuIndices() = QSharedPointer<Testing::PlainStream>::create(kUnsignedShort, 0U);
     access().gpuIndices()->append(7, indices);
     context.forget();
     upload();

@@ -3,26 +3,32 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <random>
+#include <vector>
 
 #include <gmock/gmock.h>
 
 #include <QtGui/QVector3D>
 
 #include "literal/literalbuilder.h"
+#include "support/guardedarray.h"
 #include "support/scale.h"
 
 namespace Atelier::Vel {
 namespace {
 
 using testing::ElementsAre;
+using Testing::GuardedArray;
 
 std::vector<float> normals(const std::vector<float>& positions, const std::vector<quint32>& triangles,
                            quint32 vertexCount) {
-    std::vector<float> result(std::size_t{vertexCount} * 3, 77.0F);
-    generateVertexNormals(positions.data(), positions.size(), triangles.data(), triangles.size(), vertexCount,
-                          result.data());
-    return result;
+    const GuardedArray<float> allPositions(positions);
+    const GuardedArray<quint32> corners(triangles);
+    const GuardedArray<float> result(std::size_t{vertexCount} * 3, 77.0F);
+    generateVertexNormals(allPositions.data(), allPositions.size(), corners.data(), corners.size(),
+                          vertexCount, result.data());
+    return result.items();
 }
 
 TEST(NormalsTest, PointAwayFromTheSideThatIsSeenCounterClockwise) {
@@ -44,8 +50,10 @@ TEST(NormalsTest, UnfinishedTriangleIsPassedOver) {
     EXPECT_THAT(normals({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1}, 3), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
 }
 
-TEST(NormalsTest, PositionsAndVerticesBehindTheEndAreNotTouched) {
-    EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 7, 4000000000U, 0, 1}, 2), testing::SizeIs(6));
+TEST(NormalsTest, PositionsBehindTheEndAreZero) {
+    // Vertex 1 is (0, 1, 0), and the others are not there; three times the last one has the lowest bits of 2.
+    EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 7}, 2), ElementsAre(0, 0, -1, 0, 0, -1));
+    EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 1431655766U}, 2), ElementsAre(0, 0, -1, 0, 0, -1));
     EXPECT_THAT(normals({}, {0, 1, 2}, 1), ElementsAre(0, 0, 0));
 }
 
@@ -93,6 +101,48 @@ TEST(NormalsTest, EqualTheLiteralStepsBitByBit) {
             triangles.push_back(static_cast<quint32>(random() % vertexCount));
         ASSERT_TRUE(sameFloats(normals(positions, triangles, vertexCount),
                                Literal::vertexNormals(positions, triangles)))
+            << round;
+    }
+}
+
+/// The literal normals of a mesh in which vertices and positions may be missing.
+std::vector<float> literalNormals(const std::vector<float>& positions, const std::vector<quint32>& triangles,
+                                  quint32 vertexCount) {
+    std::map<quint32, quint32> numbers;
+    std::vector<float> allPositions;
+    std::vector<quint32> corners;
+    for (std::size_t i = 0; i < triangles.size() / 3 * 3; ++i) {
+        const auto number = numbers.emplace(triangles[i], static_cast<quint32>(numbers.size()));
+        corners.push_back(number.first->second);
+        for (quint64 axis = 0; number.second && axis < 3; ++axis) {
+            const quint64 place = quint64{triangles[i]} * 3 + axis;
+            allPositions.push_back(place < positions.size() ? positions[place] : 0.0F);
+        }
+    }
+    const std::vector<float> all = Literal::vertexNormals(allPositions, corners);
+    std::vector<float> result(std::size_t{vertexCount} * 3);
+    for (const auto& [vertex, number] : numbers)
+        if (vertex < vertexCount)
+            std::copy_n(all.begin() + number * 3, 3, result.begin() + vertex * 3);
+    return result;
+}
+
+// Small counts: the remainders of the steps that process four at once.
+TEST(NormalsTest, SmallMeshesWithMissingVerticesEqualTheLiteralSteps) {
+    std::mt19937 random(8);
+    const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
+    std::uniform_real_distribution<float> coordinate(-1, 1);
+    for (int round = 0; round < Testing::scaled(5'000); ++round) {
+        const quint32 vertexCount = below(14);
+        std::vector<float> positions(std::size_t{vertexCount} * 3 + 3 - below(vertexCount == 0 ? 4 : 7));
+        for (float& value : positions)
+            value = coordinate(random);
+        std::vector<quint32> triangles(below(60));
+        const bool hasMissing = round % 3 == 0;
+        for (quint32& vertex : triangles)
+            vertex = hasMissing && below(12) == 0 ? 0xFFFFFFFF - below(3) : below(vertexCount + 1);
+        ASSERT_TRUE(sameFloats(normals(positions, triangles, vertexCount),
+                               literalNormals(positions, triangles, vertexCount)))
             << round;
     }
 }

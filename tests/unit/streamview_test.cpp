@@ -4,14 +4,14 @@
 
 #include <velmodel/modeldataarray.h>
 
-#include "support/guardedstream.h"
+#include "support/clientstreams.h"
 
 namespace Atelier::Vel {
 namespace {
 
-using Testing::GuardedStream;
+using Testing::PlainStream;
 using Testing::Lie;
-using Liar = Testing::LyingStream<GuardedStream>;
+using Liar = Testing::LyingStream<PlainStream>;
 
 constexpr unsigned int kUnsignedByte = 0x1401;
 constexpr unsigned int kUnsignedShort = 0x1403;
@@ -27,7 +27,7 @@ TEST(WordViewTest, HasTheWholeWordsOfABytesAtMostOnePerElement) {
                 {kUnsignedShort, 2, 1}, {kUnsignedShort, 5, 2}, {kUnsignedByte, 3, 0}, {kUnsignedByte, 4, 1},
                 {kUnsignedByte, 7, 1},  {kDouble, 1, 1},        {kDouble, 3, 3}};
     for (const auto& row : rows) {
-        GuardedStream stream(row.type, row.elements);
+        PlainStream stream(row.type, row.elements);
         EXPECT_EQ(WordView::of(&stream).count, row.words) << row.type << ' ' << row.elements;
         if (row.words != 0) {
             EXPECT_EQ(WordView::of(&stream).words, stream.data(0));
@@ -36,13 +36,13 @@ TEST(WordViewTest, HasTheWholeWordsOfABytesAtMostOnePerElement) {
 }
 
 TEST(ByteViewTest, HasAllBytes) {
-    GuardedStream stream(kUnsignedShort, 3);
+    PlainStream stream(kUnsignedShort, 3);
     EXPECT_EQ(ByteView::of(&stream).count, 6U);
     EXPECT_EQ(ByteView::of(&stream).bytes, stream.data(0));
 }
 
 TEST(ByteViewTest, NullEmptyAndUnreachableBytesAreNone) {
-    GuardedStream empty(kUnsignedInt, 0);
+    PlainStream empty(kUnsignedInt, 0);
     Liar unreachable(Lie::NoData, kUnsignedInt, 3);
     for (ModelDataStream* const stream :
          {static_cast<ModelDataStream*>(nullptr), static_cast<ModelDataStream*>(&empty),
@@ -53,12 +53,12 @@ TEST(ByteViewTest, NullEmptyAndUnreachableBytesAreNone) {
         EXPECT_EQ(WordView::of(stream).count, 0U);
         EXPECT_TRUE(isEmpty(stream));
     }
-    GuardedStream one(kUnsignedByte, 1);
+    PlainStream one(kUnsignedByte, 1);
     EXPECT_FALSE(isEmpty(&one));
 }
 
 TEST(AppendToTest, PutsElementsBehindTheLastOne) {
-    GuardedStream stream(kUnsignedInt, 0);
+    PlainStream stream(kUnsignedInt, 0);
     const quint32 words[] = {1, 2, 3};
     EXPECT_TRUE(appendTo(stream, 2, words, sizeof *words));
     EXPECT_TRUE(appendTo(stream, 1, words + 2, sizeof *words));
@@ -76,10 +76,10 @@ TEST(AppendToTest, TellsWhatWasRefused) {
 
 TEST(AppendToTest, WiderElementsAreNotReadFromTheData) {
     const Testing::GuardedMemory words(2 * sizeof(quint32));
-    GuardedStream wide(kDouble, 0);
+    PlainStream wide(kDouble, 0);
     EXPECT_FALSE(appendTo(wide, 2, words.as<quint32>(), sizeof(quint32)));
     EXPECT_EQ(wide.size(), 0U);
-    GuardedStream narrow(kUnsignedShort, 0);
+    PlainStream narrow(kUnsignedShort, 0);
     EXPECT_TRUE(appendTo(narrow, 2, words.as<quint32>(), sizeof(quint32)));
     EXPECT_EQ(narrow.size(), 2U);
 }

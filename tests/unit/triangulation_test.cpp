@@ -6,12 +6,14 @@
 
 #include <gmock/gmock.h>
 
+#include "support/guardedarray.h"
 #include "support/messagelog.h"
 
 namespace Atelier::Vel {
 namespace {
 
 using testing::ElementsAre;
+using Testing::GuardedArray;
 using testing::IsEmpty;
 using Testing::MessageLog;
 
@@ -33,13 +35,17 @@ struct FlatPolygon {
     int count() const { return static_cast<int>(corners.size()); }
 
     QVector<unsigned int> triangulated() const {
+        const GuardedArray<int> guardedCorners(corners);
+        const GuardedArray<float> guardedPositions(positions);
         QVector<unsigned int> triangles;
-        Triangulate3D(count(), corners.data(), positions.data(), triangles);
+        Triangulate3D(count(), guardedCorners.data(), guardedPositions.data(), triangles);
         return triangles;
     }
     QVector<unsigned int> triangulated(const QVector3D& normal) const {
+        const GuardedArray<int> guardedCorners(corners);
+        const GuardedArray<float> guardedPositions(positions);
         QVector<unsigned int> triangles;
-        Triangulate3D(normal, count(), corners.data(), positions.data(), triangles);
+        Triangulate3D(normal, count(), guardedCorners.data(), guardedPositions.data(), triangles);
         return triangles;
     }
 };
@@ -303,8 +309,10 @@ class DegenerateTriangleTest : public testing::Test {
 protected:
     static int find(const std::vector<float>& positions, const std::vector<unsigned int>& indices,
                     int start = 0) {
-        return FindDegenerateTriangle(static_cast<int>(indices.size()), indices.data(), positions.data(),
-                                      start);
+        const GuardedArray<float> guardedPositions(positions);
+        const GuardedArray<unsigned int> guardedIndices(indices);
+        return FindDegenerateTriangle(static_cast<int>(indices.size()), guardedIndices.data(),
+                                      guardedPositions.data(), start);
     }
 };
 

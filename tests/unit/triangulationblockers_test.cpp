@@ -60,6 +60,7 @@ TEST(EarTriangleTest, FilterAgreesWithTheDefinedTestBesideTheBorder) {
     // Points on the line of a side, moved by a few units in the last place.
     std::mt19937 random(32);
     std::uniform_real_distribution<float> number(-1, 1);
+    int found[2] = {};
     for (int round = 0; round < 300'000; ++round) {
         const PlanePoint corner = {number(random), number(random)};
         const PlanePoint after = {number(random), number(random)};
@@ -70,9 +71,12 @@ TEST(EarTriangleTest, FilterAgreesWithTheDefinedTestBesideTheBorder) {
                                    after.y + along * (before.y - after.y) - off};
         if (!(crossProduct(direction(corner, after), direction(corner, before)) > 0))
             continue;
-        ASSERT_EQ(earTriangle(corner, after, before).isBlockedBy(onSide),
-                  blocksAsDefined(onSide, corner, after, before));
+        const bool expected = blocksAsDefined(onSide, corner, after, before);
+        ASSERT_EQ(earTriangle(corner, after, before).isBlockedBy(onSide), expected);
+        ++found[expected ? 1 : 0];
     }
+    EXPECT_GT(found[0], 10'000);
+    EXPECT_GT(found[1], 10'000);
 }
 
 class EarBlockersTest : public testing::Test {
@@ -169,6 +173,36 @@ TEST_F(EarBlockersTest, CornersEqualToOneOfTheTriangleDoNotBlock) {
     EarBlockers blockers;
     blockers.build(points.data(), 6);
     EXPECT_FALSE(blockers.block(earTriangle(points[0], points[1], points[2])));
+}
+
+TEST_F(EarBlockersTest, RebuildingForgetsTheOldCorners) {
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    std::vector<PlanePoint> points = {{0, 0}, {4, 0}, {0, 4}, {1, 1}, {9, 9}, {8, 9}};
+    const EarTriangle triangle = earTriangle(points[0], points[1], points[2]);
+    EarBlockers blockers;
+    blockers.build(points.data(), 6);
+    EXPECT_TRUE(blockers.block(triangle));
+    blockers.build(points.data(), 3);
+    EXPECT_FALSE(blockers.block(triangle));
+    points = {{-1, -1}, {-2, -1}, {-3, -1}, {-4, -1}, {1, 1}, {kNan, 1}};
+    for (const std::size_t spoilt : {0U, 1U, 2U, 3U, 5U}) {
+        std::vector<PlanePoint> some = points;
+        some[5] = {7, 7};
+        blockers.build(some.data(), 6);
+        some[spoilt] = {kNan, 1};
+        blockers.build(some.data(), 6);
+        blockers.remove(static_cast<int>(spoilt));
+        EXPECT_TRUE(blockers.block(triangle)) << "corner " << spoilt << " is at no site";
+        blockers.remove(4);
+        EXPECT_FALSE(blockers.block(triangle));
+    }
+}
+
+TEST_F(EarBlockersTest, RebuiltForPolygonsOfAnySizeTheyAnswerAsATestOfAllActiveCornersDoes) {
+    for (int round = 0; round < 300; ++round)
+        compareWithAllCorners(
+            randomPoints(5 + static_cast<int>(random()() % (round % 2 == 0 ? 400 : 20)), random()));
+    EXPECT_GT(found(), 500);
 }
 
 TEST_F(EarBlockersTest, PointsThatAreNotFiniteBlockNothing) {

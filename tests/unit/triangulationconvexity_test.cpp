@@ -46,6 +46,23 @@ TEST(TriangulationConvexityTest, CornersWithinReachOfRoundingAreNot) {
     EXPECT_FALSE(isClearlyConvex({{0, 0}, {2e-6F, 0}, {3e-6F, 2e-6F}, {1e-6F, 3e-6F}, {-1e-6F, 2e-6F}}));
 }
 
+std::vector<PlanePoint> square(float side) {
+    return {{0, 0}, {side, 0}, {side, side}, {0, side}};
+}
+
+// Sines above 2^-20, distances above 1e-6, diameters below 1e38.
+TEST(TriangulationConvexityTest, LimitsAreThoseOfTheProof) {
+    const auto withNearlyStraightCorner = [](float height) {
+        return std::vector<PlanePoint>{{0, 0}, {1, -height}, {2, 0}, {2, 2}, {0, 2}};
+    };
+    EXPECT_FALSE(isClearlyConvex(withNearlyStraightCorner(3.81e-6F)));
+    EXPECT_TRUE(isClearlyConvex(withNearlyStraightCorner(3.82e-6F)));
+    EXPECT_FALSE(isClearlyConvex(square(1.421e-6F)));
+    EXPECT_TRUE(isClearlyConvex(square(1.422e-6F)));
+    EXPECT_TRUE(isClearlyConvex(square(7.07e37F)));
+    EXPECT_FALSE(isClearlyConvex(square(7.08e37F)));
+}
+
 TEST(TriangulationConvexityTest, SizeBeyondWhatDifferencesHoldIsNot) {
     const std::vector<PlanePoint> points = {
         {-2e38F, -2e38F}, {2e38F, -2e38F}, {3e38F, 0}, {2e38F, 2e38F}, {-2e38F, 2e38F}};

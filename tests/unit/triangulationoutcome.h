@@ -8,6 +8,7 @@
 
 #include "literal/literaltriangulation.h"
 #include "literal/testpolygons.h"
+#include "support/guardedarray.h"
 #include "support/messagelog.h"
 
 /// What the overloads of Triangulate3D make of a polygon, the library's and the literal ones.
@@ -27,12 +28,16 @@ struct TriangulationOutcome {
 };
 
 inline TriangulationOutcome libraryOutcome(const TestPolygon& p, MessageLog& log) {
+    static GuardedRoom<int> cornerRoom;
+    static GuardedRoom<float> positionRoom;
+    const int* const corners = cornerRoom.place(p.corners);
+    const float* const positions = positionRoom.place(p.positions);
     TriangulationOutcome outcome;
     log.clear();
-    Triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.own);
-    Triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.given);
-    Triangulate3D(p.count(), p.corners.data(), p.positions.data(), outcome.shortOwn);
-    Triangulate3D(p.normal, p.count(), p.corners.data(), p.positions.data(), outcome.shortGiven);
+    Triangulate3D(p.count(), corners, positions, outcome.own);
+    Triangulate3D(p.normal, p.count(), corners, positions, outcome.given);
+    Triangulate3D(p.count(), corners, positions, outcome.shortOwn);
+    Triangulate3D(p.normal, p.count(), corners, positions, outcome.shortGiven);
     outcome.messages = log.messages();
     return outcome;
 }

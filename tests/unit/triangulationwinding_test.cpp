@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -44,6 +45,22 @@ TEST(TriangulationWindingTest, SliversAndNumbersOutOfRangeAreNot) {
     EXPECT_EQ(quickWinding(triangle(1e30F, 0)), Winding::kUnsure);
     EXPECT_EQ(quickWinding(triangle(kNan, 0)), Winding::kUnsure);
     EXPECT_EQ(quickWinding(triangle(std::numeric_limits<float>::infinity(), 0)), Winding::kUnsure);
+}
+
+// The length of the normal is the square of the side.
+TEST(TriangulationWindingTest, NormalsAroundTheNullLengthAreNotDecided) {
+    const std::pair<double, Winding> rows[] = {{0.9985e-12, Winding::kCounterClockwise},
+                                               {0.9995e-12, Winding::kUnsure},
+                                               {1.0005e-12, Winding::kUnsure},
+                                               {1.0015e-12, Winding::kCounterClockwise}};
+    for (const auto& [squaredNormal, expected] : rows)
+        EXPECT_EQ(quickWinding(triangle(static_cast<float>(std::pow(squaredNormal, 0.25)), 0)), expected)
+            << squaredNormal;
+}
+
+TEST(TriangulationWindingTest, FacesWhoseProductsMayOverflowAreNotDecided) {
+    EXPECT_EQ(quickWinding(triangle(1.345e6F, 0)), Winding::kCounterClockwise);
+    EXPECT_EQ(quickWinding(triangle(1.346e6F, 0)), Winding::kUnsure);
 }
 
 TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {

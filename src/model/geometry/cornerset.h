@@ -27,8 +27,8 @@ inline quint64 mixWords(quint64 hash, quint64 a, quint64 b) {
     return static_cast<quint64>(product) ^ static_cast<quint64>(product >> 64) ^ (a << 32 | a >> 32) ^ b;
 }
 
-/// What a running hash is in the end. Words that differ little may be folded to hashes that lie in a few
-/// rows, one in a hundred seeds has such: another product, which every bit reaches, spreads them.
+/// Finishes a running hash. With about one seed in a hundred, words that differ little are folded to hashes
+/// in a few clusters; the final product spreads those.
 inline quint64 finishedHash(quint64 hash) {
     return (hash ^ hash >> 32) * 0x9E3779B97F4A7C15U;
 }

@@ -4,7 +4,8 @@
 #include <cstring>
 #include <memory>
 
-#include "support/clientstreams.h"
+#include <gtest/gtest.h>
+
 #include "support/guardedmemory.h"
 
 namespace Atelier::Vel::Testing {
@@ -41,8 +42,5 @@ private:
     std::unique_ptr<GuardedMemory> _memory;
     std::size_t _size = 0;
 };
-
-/// A client's stream whose memory ends where it says.
-using GuardedStream = StreamOver<GuardedBytes>;
 
 } // namespace Atelier::Vel::Testing
