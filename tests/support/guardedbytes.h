@@ -1,17 +1,16 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
-
-#include <gtest/gtest.h>
 
 #include "support/guardedmemory.h"
 
 namespace Atelier::Vel::Testing {
 
 /// Bytes in guarded memory that moves whenever their number changes. New ones are anything but zero. Where
-/// they do not fill the last word, the rest of it is watched: a write there fails the test.
+/// they do not fill the last word, a write to the rest of it ends the process, too.
 class GuardedBytes {
 public:
     ~GuardedBytes() { expectTail(); }
@@ -34,9 +33,11 @@ private:
     // Words have to be aligned.
     static std::size_t withTail(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
     void expectTail() const {
-        EXPECT_TRUE(std::all_of(data() + _size, data() + withTail(_size), [](unsigned char byte) {
-            return byte == kTail;
-        })) << "written behind the end of a stream";
+        if (std::all_of(data() + _size, data() + withTail(_size),
+                        [](unsigned char byte) { return byte == kTail; }))
+            return;
+        std::fputs("written behind the end of a stream\n", stderr);
+        std::abort();
     }
 
     std::unique_ptr<GuardedMemory> _memory;

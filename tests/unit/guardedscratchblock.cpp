@@ -17,7 +17,7 @@ std::vector<std::size_t>& Testing::scratchBlocks() {
 
 ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
     auto memory = std::make_unique<Testing::GuardedMemory>(bytes);
-    _begin = memory->begin();
+    _begin = memory->as<void>();
     if (content == Content::Unspecified)
         std::fill_n(static_cast<unsigned char*>(_begin), bytes, static_cast<unsigned char>(0xA5));
     _mapping.address = memory.release();
