@@ -1,5 +1,5 @@
 // A builder driven by calls that the input spells, one after the other, with streams of a client that counts
-// every byte and sometimes has none to give.
+// every byte and sometimes has none to give, or one that is not as it was asked for.
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -30,24 +30,36 @@ constexpr quint64 kMostInOneStream = 1 << 14;
 // More than a stream of the library holds.
 constexpr quint64 kFarTooMany = quint64{1} << 31;
 
-/// Has no stream where the bits of the input say so, and sometimes gives 16 bits where 32 are asked for.
+/// Has no stream, or one that lies, where the bits of the input say so, and sometimes gives 16 bits wherever
+/// 32 are asked for.
 class FickleAllocator : public ModelDataStreamAllocator {
 public:
-    explicit FickleAllocator(Fuzzing::ByteSource& source)
-        : _missing(source.take<quint32>()), _isFaithful(source.below(8) != 7) {}
-
-    ModelDataStream* alloc(unsigned int type, quint64 count) override {
-        const bool isMissing = (_missing >> (_asked++ % 32) & 1) != 0;
-        if (isMissing || count > kMostInOneStream)
-            return nullptr;
-        return _isFaithful ? _plain.alloc(type, count) : _shortIndices.alloc(type, count);
+    explicit FickleAllocator(Fuzzing::ByteSource& source) : _liars(source.take<quint32>()) {
+        constexpr std::size_t kLieCount = sizeof Testing::kLies / sizeof *Testing::kLies;
+        const std::size_t byte = source.take<std::uint8_t>();
+        // One in eight inputs is spelled so, and the first of those have short indices.
+        if (byte % 8 == 7) {
+            _hasShortIndices = byte / 8 == 0;
+            _lie = _hasShortIndices ? Testing::Lie::Missing : Testing::kLies[byte / 8 % kLieCount];
+        }
     }
 
-    bool isFaithful() const { return _isFaithful; }
+    ModelDataStream* alloc(unsigned int type, quint64 count) override {
+        const bool lies = (_liars >> (_asked++ % 32) & 1) != 0;
+        if ((lies && _lie == Testing::Lie::Missing) || count > kMostInOneStream)
+            return nullptr;
+        if (lies)
+            return new Testing::LyingStream<Testing::PlainStream>(_lie, type, count);
+        return _hasShortIndices ? _shortIndices.alloc(type, count) : _plain.alloc(type, count);
+    }
+
+    /// Whether what comes out has to be drawable.
+    bool isFaithful() const { return !_hasShortIndices; }
 
 private:
-    quint32 _missing;
-    bool _isFaithful;
+    quint32 _liars;
+    Testing::Lie _lie = Testing::Lie::Missing;
+    bool _hasShortIndices = false;
     unsigned int _asked = 0;
     Testing::PlainAllocator _plain;
     Testing::ShortIndexAllocator _shortIndices;

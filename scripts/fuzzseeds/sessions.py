@@ -8,13 +8,16 @@ POSITION, NORMAL, TEXTURE = 0, 1, 2
 FLOAT, UNSIGNED_BYTE = 0, 4
 GROUP, OTHER_GROUP = 0, 1
 MASK = bytes([1])
+# What is wrong with a stream; the numbers between stand for the other ways in which one may lie.
+SHORT_INDICES_FOR_ALL, MISSING, LIES = 0, None, range(1, 12)
+STREAMS_OF_A_SESSION = 13
 
 OWN_STREAMS = bytes([0])
 
 
-def client_streams(missing=0, is_faithful=True):
-    """`missing` has a bit for every stream that cannot be had."""
-    return bytes([1]) + struct.pack("<I", missing) + bytes([0 if is_faithful else 7])
+def client_streams(liars=0, lie=MISSING):
+    """`liars` has a bit for every stream that is not as it was asked for."""
+    return bytes([1]) + struct.pack("<I", liars) + bytes([0 if lie == MISSING else 8 * lie + 7])
 
 
 def counted(numbers):
@@ -58,5 +61,8 @@ def sessions():
         yield start + COLOURS + bytes([ADD_INDICES]) + counted([0, 1, 40, 255]) + bytes([NORMAL]) + UPLOADED
     whole = POSITIONS + TEXTURE_COORDINATES + texture_corners([0, 1, 2]) + FACES + GROUPS + JOINED + SMOOTH + UPLOADED
     for stream in range(32):
-        yield client_streams(missing=1 << stream) + MASK + whole
-    yield client_streams(is_faithful=False) + MASK + SIMPLE + UPLOADED
+        yield client_streams(liars=1 << stream) + MASK + whole
+    yield client_streams(lie=SHORT_INDICES_FOR_ALL) + MASK + SIMPLE + UPLOADED
+    for lie in LIES:
+        for stream in range(STREAMS_OF_A_SESSION):
+            yield client_streams(liars=1 << stream, lie=lie) + MASK + whole

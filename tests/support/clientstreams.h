@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstring>
 #include <vector>
 
 #include <velmodel/modeldataarray.h>
@@ -10,7 +9,7 @@
 /// Streams and allocators as clients write them.
 namespace Atelier::Vel::Testing {
 
-/// Implements nothing but what it has to. `Bytes` is resized, asked for its size and for its data.
+/// Implements nothing but what it has to. `Bytes` is resized, written, asked for its size and for its data.
 template<typename Bytes>
 class StreamOver : public ModelDataStream {
 public:
@@ -22,8 +21,7 @@ public:
     void resize(quint64 count) override { _bytes.resize(count * typeSize(_type)); }
     void* data(quint64 first) override { return _bytes.data() + first * typeSize(_type); }
     void setData(quint64 first, quint64 count, const void* src) override {
-        if (count * typeSize(_type) != 0)
-            std::memcpy(_bytes.data() + first * typeSize(_type), src, count * typeSize(_type));
+        _bytes.write(first * typeSize(_type), src, count * typeSize(_type));
     }
 
 private:

@@ -3,45 +3,58 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <vector>
 
 #include "support/guardedmemory.h"
 
 namespace Atelier::Vel::Testing {
 
-/// Bytes in guarded memory that moves whenever their number changes. New ones are anything but zero. Where
-/// they do not fill the last word, a write to the rest of it ends the process, too.
+/// Bytes that data() hands out in guarded memory of exactly their number. New ones are anything but zero.
+/// Where they do not fill the last word, a write to the rest of it ends the process, too.
 class GuardedBytes {
 public:
-    ~GuardedBytes() { expectTail(); }
+    ~GuardedBytes() { takeBack(); }
 
-    std::size_t size() const { return _size; }
-    unsigned char* data() const { return _memory ? _memory->as<unsigned char>() : nullptr; }
+    std::size_t size() const { return _bytes.size(); }
     void resize(std::size_t bytes) {
-        expectTail();
-        auto memory = std::make_unique<GuardedMemory>(withTail(bytes));
-        const std::size_t kept = std::min(bytes, _size);
-        std::copy_n(data(), kept, memory->as<unsigned char>());
-        _memory = std::move(memory);
-        _size = bytes;
-        std::fill(data() + kept, data() + withTail(_size), kTail);
+        takeBack();
+        _bytes.resize(bytes, kFiller);
+    }
+    unsigned char* data() {
+        if (!_handedOut) {
+            _handedOut = std::make_unique<GuardedMemory>(withTail());
+            std::fill(std::copy(_bytes.begin(), _bytes.end(), handedOut()), handedOut() + withTail(),
+                      kFiller);
+        }
+        return handedOut();
+    }
+    void write(std::size_t first, const void* bytes, std::size_t count) {
+        if (count != 0)
+            std::memcpy((_handedOut ? handedOut() : _bytes.data()) + first, bytes, count);
     }
 
 private:
-    static constexpr unsigned char kTail = 0xA5;
+    static constexpr unsigned char kFiller = 0xA5;
 
     // Words have to be aligned.
-    static std::size_t withTail(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
-    void expectTail() const {
-        if (std::all_of(data() + _size, data() + withTail(_size),
-                        [](unsigned char byte) { return byte == kTail; }))
+    std::size_t withTail() const { return (_bytes.size() + 3) / 4 * 4; }
+    unsigned char* handedOut() const { return _handedOut->as<unsigned char>(); }
+    void takeBack() {
+        if (!_handedOut)
             return;
-        std::fputs("written behind the end of a stream\n", stderr);
-        std::abort();
+        std::copy_n(handedOut(), _bytes.size(), _bytes.begin());
+        if (!std::all_of(handedOut() + _bytes.size(), handedOut() + withTail(),
+                         [](unsigned char byte) { return byte == kFiller; })) {
+            std::fputs("written behind the end of a stream\n", stderr);
+            std::abort();
+        }
+        _handedOut.reset();
     }
 
-    std::unique_ptr<GuardedMemory> _memory;
-    std::size_t _size = 0;
+    std::vector<unsigned char> _bytes;
+    std::unique_ptr<GuardedMemory> _handedOut; ///< what counts while there is one
 };
 
 } // namespace Atelier::Vel::Testing

@@ -1,6 +1,5 @@
 #include <memory>
 #include <numeric>
-#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -10,11 +9,11 @@
 #include <velgl/opengldevicecontext.h>
 #include <velmodel/modelbuilder.h>
 
-#include "modeldescription.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
+#include "uploaded.h"
 
 namespace Atelier::Vel {
 namespace {
@@ -22,8 +21,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Testing::Lie;
+using Testing::listed;
 using Testing::MessageLog;
 using Testing::PlainStream;
+using Testing::Uploaded;
 
 constexpr unsigned int kFloat = 0x1406;
 const QString kPosition = QStringLiteral("position");
@@ -70,44 +71,10 @@ void feedSquare(ModelBuilder& builder) {
     builder.addFacesToMaterialGroup(QStringLiteral("square"), 1, &face, QString());
 }
 
-std::vector<quint64> listed(const ModelBuilder::Statistics& statistics) {
-    return {statistics.corners, statistics.vertices, statistics.triangles, statistics.untriangulatedFaces,
-            statistics.substitutedCorners};
-}
-
 const std::vector<quint64> kNone(5, 0);
 
-/// Everything that an upload gives.
-struct Uploaded {
-    QStringList calls;
-    std::vector<QByteArray> buffers;
-    QStringList facts;
-    std::vector<QString> warnings;
-    std::vector<quint64> statistics;
-
-    friend bool operator==(const Uploaded& a, const Uploaded& b) {
-        return std::tie(a.calls, a.buffers, a.facts, a.warnings, a.statistics) ==
-               std::tie(b.calls, b.buffers, b.facts, b.warnings, b.statistics);
-    }
-    friend void PrintTo(const Uploaded& uploaded, std::ostream* out) {
-        *out << (uploaded.calls + uploaded.facts).join('\n').toStdString() << '\n'
-             << testing::PrintToString(uploaded.warnings) << testing::PrintToString(uploaded.statistics);
-    }
-};
-
 Uploaded upload(ModelBuilder& builder) {
-    const Testing::RecordingContext context;
-    const MessageLog log;
-    GPUModel model;
-    Uploaded uploaded;
-    builder.upload(&model, InstanceData(QStringLiteral("instance")), kPosition, QString(), 0x88E4, 4);
-    uploaded.calls = context.calls();
-    for (const Testing::Recording::Upload& buffer : context.recording().uploads)
-        uploaded.buffers.push_back(buffer.bytes);
-    uploaded.facts = Testing::describe(model);
-    uploaded.warnings = log.texts(QtWarningMsg);
-    uploaded.statistics = listed(builder.statistics());
-    return uploaded;
+    return Testing::upload(builder, kPosition);
 }
 
 /// Makes streams that can be told to take no more than so many elements, or not to be made.

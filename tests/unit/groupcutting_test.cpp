@@ -20,9 +20,9 @@ namespace {
 
 using Testing::elements;
 using testing::ElementsAre;
-using Testing::PlainStream;
 using testing::IsEmpty;
 using Testing::MessageLog;
+using Testing::PlainStream;
 
 constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;

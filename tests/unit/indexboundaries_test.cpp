@@ -15,8 +15,8 @@
 namespace Atelier::Vel {
 namespace {
 
-using Testing::PlainStream;
 using Testing::MessageLog;
+using Testing::PlainStream;
 
 constexpr unsigned int kFloat = 0x1406;
 

@@ -19,9 +19,9 @@ namespace {
 
 using testing::ElementsAreArray;
 using Testing::GuardedMemory;
-using Testing::PlainStream;
 using Testing::Lie;
 using Testing::MessageLog;
+using Testing::PlainStream;
 
 constexpr unsigned int kFloat = 0x1406;
 const QString kPosition = QStringLiteral("position");

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <numeric>
 #include <vector>
@@ -42,6 +43,10 @@ public:
 
     std::size_t size() const { return _bytes.size(); }
     unsigned char* data() { return _bytes.data(); }
+    void write(std::size_t first, const void* bytes, std::size_t count) {
+        if (count != 0)
+            std::memcpy(_bytes.data() + first, bytes, count);
+    }
     void resize(std::size_t bytes) {
         streamBytes -= _bytes.capacity();
         _bytes.resize(bytes);

@@ -9,8 +9,8 @@
 namespace Atelier::Vel {
 namespace {
 
-using Testing::PlainStream;
 using Testing::Lie;
+using Testing::PlainStream;
 using Liar = Testing::LyingStream<PlainStream>;
 
 constexpr unsigned int kUnsignedByte = 0x1401;
