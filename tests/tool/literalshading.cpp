@@ -102,16 +102,16 @@ Triple atMostOne(const Triple& colour) {
 }
 
 Triple baseColour(const Fragment& fragment) {
-    const bool isBlack = fragment.Kd.x == 0 && fragment.Kd.y == 0 && fragment.Kd.z == 0;
-    const Triple own = isBlack && fragment.hasMapKd ? Triple{1, 1, 1} : fragment.Kd;
-    return linear(own) * linear(fragment.mapKd);
+    const bool isBlack = fragment.diffuse.x == 0 && fragment.diffuse.y == 0 && fragment.diffuse.z == 0;
+    const Triple own = isBlack && fragment.hasMap ? Triple{1, 1, 1} : fragment.diffuse;
+    return linear(own) * linear(fragment.map);
 }
 
 Triple shine(const Fragment& fragment, const Triple& facing, const Triple& eye) {
-    const double exponent = std::max(fragment.Ns, 0.0) * fragment.mapNs;
+    const double exponent = std::max(fragment.exponent, 0.0) * fragment.exponentMap;
     if (exponent < 1 || fragment.isWireframe)
         return {};
-    return linear(fragment.Ks) * linear(fragment.mapKs) * highlights(facing, eye, exponent) * 0.5;
+    return linear(fragment.specular) * linear(fragment.specularMap) * highlights(facing, eye, exponent) * 0.5;
 }
 
 void addGlass(Shade& shade, const Triple& diffuse, const Triple& shine, double alpha, double alongEye) {
@@ -129,7 +129,7 @@ Shade shaded(const Fragment& fragment) {
     const Triple light = fragment.isWireframe ? Triple{0.5, 0.5, 0.5} : diffuseLight(normal);
     const Triple diffuse = baseColour(fragment) * light;
     const Triple shining = shine(fragment, normal, eye);
-    const double alpha = std::clamp(fragment.d, 0.0, 1.0) * fragment.mapKd.alphaF();
+    const double alpha = std::clamp(fragment.opacity, 0.0, 1.0) * fragment.map.alphaF();
     Shade shade;
     shade.isOpaque = alpha >= 0.996;
     shade.isVisible = alpha >= 0.002;

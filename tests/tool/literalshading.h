@@ -18,14 +18,14 @@ struct Triple {
 
 /// What a fragment of a model knows: its material, the texels there, and the place in view space.
 struct Fragment {
-    Triple Kd;
-    Triple Ks;
-    double Ns = 0;
-    double d = 1;
-    bool hasMapKd = false;
-    QColor mapKd = Qt::white;
-    QColor mapKs = Qt::white;
-    double mapNs = 1; ///< the red of the texel
+    Triple diffuse;         ///< Kd
+    Triple specular;        ///< Ks
+    double exponent = 0;    ///< Ns
+    double opacity = 1;     ///< d
+    bool hasMap = false;    ///< map_Kd
+    QColor map = Qt::white; ///< the texel of map_Kd
+    QColor specularMap = Qt::white;
+    double exponentMap = 1; ///< the red of the texel
     Triple position;
     Triple normal;     ///< of any length
     Triple flatNormal; ///< of the triangle, of any length and sign

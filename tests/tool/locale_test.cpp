@@ -82,7 +82,7 @@ protected:
         EXPECT_TRUE(result.output == expected.output) << arguments.first().toStdString();
     }
 
-    const TemporaryFolder _folder;
+    TemporaryFolder _folder;
     ProgramSurroundings _surroundings;
 };
 

@@ -129,7 +129,7 @@ protected:
         return exitCode;
     }
 
-    const TemporaryFolder _folder;
+    TemporaryFolder _folder;
     const QString _model = _folder.write("m.obj", Testing::triangleText());
     QByteArray _output;
     QString _errors;

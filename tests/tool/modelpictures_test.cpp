@@ -87,7 +87,7 @@ protected:
         EXPECT_TRUE(texture.save(_folder.path(name)));
     }
 
-    const TemporaryFolder _folder;
+    TemporaryFolder _folder;
 };
 
 } // namespace

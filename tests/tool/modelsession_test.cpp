@@ -88,7 +88,7 @@ protected:
     }
 
     const Testing::MessageLog _log; // gives the handler of messages back
-    const TemporaryFolder _folder;
+    TemporaryFolder _folder;
     const QString _model = _folder.write("m.obj", Testing::triangleText());
 };
 

@@ -34,16 +34,16 @@ void setMap(InstanceData& material, const char* name, const QColor& colour) {
 
 InstanceData materialOf(const Fragment& look) {
     InstanceData material(QStringLiteral("OBJMaterial"));
-    setColour(material, "Kd", look.Kd);
-    setColour(material, "Ks", look.Ks);
-    setNumber(material, "Ns", look.Ns);
-    setNumber(material, "d", look.d);
-    if (look.hasMapKd)
-        setMap(material, "map_Kd", look.mapKd);
-    if (look.mapKs != QColor(Qt::white))
-        setMap(material, "map_Ks", look.mapKs);
-    if (look.mapNs != 1)
-        setMap(material, "map_Ns", QColor::fromRgbF(look.mapNs, 0, 0));
+    setColour(material, "Kd", look.diffuse);
+    setColour(material, "Ks", look.specular);
+    setNumber(material, "Ns", look.exponent);
+    setNumber(material, "d", look.opacity);
+    if (look.hasMap)
+        setMap(material, "map_Kd", look.map);
+    if (look.specularMap != QColor(Qt::white))
+        setMap(material, "map_Ks", look.specularMap);
+    if (look.exponentMap != 1)
+        setMap(material, "map_Ns", QColor::fromRgbF(look.exponentMap, 0, 0));
     return material;
 }
 

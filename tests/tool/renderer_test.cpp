@@ -28,8 +28,8 @@ struct Area {
 // Pictures of one colour at right angles to the view: light makes of each colour the same everywhere.
 Fragment look(const QColor& colour, double distance) {
     Fragment result;
-    result.Kd = {colour.redF(), colour.greenF(), colour.blueF()};
-    result.d = colour.alphaF();
+    result.diffuse = {colour.redF(), colour.greenF(), colour.blueF()};
+    result.opacity = colour.alphaF();
     result.position = {0, 0, -distance};
     result.flatNormal = {0, 0, 1};
     result.normal = {0, 0, 1};

@@ -153,8 +153,8 @@ protected:
 
     Fragment shiny(Fragment fragment) {
         constexpr double kExponents[] = {0.5, 0.99, 1, 1.5, 3, 10, 60, 300};
-        fragment.Ks = colour(0, 1.2);
-        fragment.Ns = kExponents[oneOf(8)];
+        fragment.specular = colour(0, 1.2);
+        fragment.exponent = kExponents[oneOf(8)];
         const Triple direction = oneOf(2) == 0 ? Triple{-0.45, 0.65, 0.75} : Triple{0.7, -0.1, 0.5};
         fragment.normal = oneOf(3) == 0 ? fragment.normal : mirroring(fragment, direction);
         return fragment;
@@ -163,10 +163,10 @@ protected:
     /// A wall or a pane, dull or shiny.
     Fragment anything(int column, int row, double distance) {
         Fragment fragment = surface(column, row, distance);
-        fragment.Kd = colour(0, 1);
+        fragment.diffuse = colour(0, 1);
         if (oneOf(2) == 0)
             fragment = shiny(fragment);
-        fragment.d = oneOf(4) == 0 ? 1 : between(0.05, 0.9);
+        fragment.opacity = oneOf(4) == 0 ? 1 : between(0.05, 0.9);
         return fragment;
     }
 
@@ -192,25 +192,26 @@ private:
 } // namespace
 
 TEST_F(ShadingTest, DullSurfacesAreLitBySkyGroundAndTwoLamps) {
-    expectLiteralColours(surfaces([this](Fragment& fragment) { fragment.Kd = colour(0, 1); }), Qt::black);
+    expectLiteralColours(surfaces([this](Fragment& fragment) { fragment.diffuse = colour(0, 1); }),
+                         Qt::black);
 }
 
 TEST_F(ShadingTest, ColoursOfMaterialsAndTexturesAreDecodedAndMultiplied) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
                              // Dark texels under bright colours show the foot of the curve.
                              const bool isDark = oneOf(2) == 0;
-                             fragment.Kd = colour(-0.1, isDark ? 12 : 1);
-                             fragment.hasMapKd = true;
-                             fragment.mapKd = isDark ? QColor(oneOf(14), oneOf(14), oneOf(14)) : texel();
+                             fragment.diffuse = colour(-0.1, isDark ? 12 : 1);
+                             fragment.hasMap = true;
+                             fragment.map = isDark ? QColor(oneOf(14), oneOf(14), oneOf(14)) : texel();
                          }),
                          Qt::black);
 }
 
 TEST_F(ShadingTest, TextureReplacesABlackColourOnly) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
-                             fragment.Kd = oneOf(2) == 0 ? Triple() : Triple{0.0, 0.0, between(0, 1)};
-                             fragment.hasMapKd = oneOf(2) == 0;
-                             fragment.mapKd = fragment.hasMapKd ? texel() : QColor(Qt::white);
+                             fragment.diffuse = oneOf(2) == 0 ? Triple() : Triple{0.0, 0.0, between(0, 1)};
+                             fragment.hasMap = oneOf(2) == 0;
+                             fragment.map = fragment.hasMap ? texel() : QColor(Qt::white);
                          }),
                          Qt::black);
 }
@@ -223,7 +224,7 @@ TEST_F(ShadingTest, NormalsThatAreNoneGiveWayToTheTriangles) {
                                  {},           {inf, inf, inf}, {nan, nan, nan},    {5e-7, 0, 0},
                                  {0, 0, 2e-6}, {3e30, 0, 0},    {1e15, -1e15, 1e15}};
                              fragment.normal = normals[oneOf(7)];
-                             fragment.Kd = colour(0, 1);
+                             fragment.diffuse = colour(0, 1);
                          }),
                          Qt::black);
 }
@@ -231,7 +232,7 @@ TEST_F(ShadingTest, NormalsThatAreNoneGiveWayToTheTriangles) {
 TEST_F(ShadingTest, ShinySurfacesHaveHighlights) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
                              fragment = shiny(fragment);
-                             fragment.Kd = colour(0, 0.3);
+                             fragment.diffuse = colour(0, 0.3);
                          }),
                          Qt::black);
 }
@@ -239,8 +240,8 @@ TEST_F(ShadingTest, ShinySurfacesHaveHighlights) {
 TEST_F(ShadingTest, HighlightsFollowTheirTextures) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
                              fragment = shiny(fragment);
-                             fragment.mapKs = texel();
-                             fragment.mapNs = oneOf(256) / 255.0;
+                             fragment.specularMap = texel();
+                             fragment.exponentMap = oneOf(256) / 255.0;
                          }),
                          Qt::black);
 }
@@ -248,18 +249,18 @@ TEST_F(ShadingTest, HighlightsFollowTheirTextures) {
 TEST_F(ShadingTest, NegativeExponentsGiveNoHighlight) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
                              fragment = shiny(fragment);
-                             fragment.Ns = -fragment.Ns;
+                             fragment.exponent = -fragment.exponent;
                          }),
                          Qt::black);
 }
 
 TEST_F(ShadingTest, OpacityIsThatOfMaterialAndTexture) {
     const std::vector<Cell> panes = surfaces([this](Fragment& fragment) {
-        fragment.Kd = colour(0, 1);
-        fragment.d = between(-0.2, 1.3);
-        fragment.hasMapKd = oneOf(2) == 0;
-        if (fragment.hasMapKd)
-            fragment.mapKd = QColor(oneOf(256), oneOf(256), oneOf(256), oneOf(256));
+        fragment.diffuse = colour(0, 1);
+        fragment.opacity = between(-0.2, 1.3);
+        fragment.hasMap = oneOf(2) == 0;
+        if (fragment.hasMap)
+            fragment.map = QColor(oneOf(256), oneOf(256), oneOf(256), oneOf(256));
     });
     expectLiteralColours(panes, QColor());
     expectLiteralColours(panes, QColor(250, 120, 10));
@@ -269,8 +270,8 @@ TEST_F(ShadingTest, OpacityOf996ThousandthsIsOpaqueAndOf2ThousandthsVisible) {
     std::vector<Cell> cells;
     for (const double opacity : {0.9959, 0.996, 0.9961, 0.0019, 0.002, 0.0021}) {
         Fragment fragment = surface(int(cells.size()), 0, 2);
-        fragment.Kd = {1, 1, 1};
-        fragment.d = opacity;
+        fragment.diffuse = {1, 1, 1};
+        fragment.opacity = opacity;
         const Triple& p = fragment.position;
         fragment.flatNormal = {-p.x, -p.y, -p.z}; // edges of glass hide more
         fragment.normal = fragment.flatNormal;
@@ -289,9 +290,9 @@ TEST_F(ShadingTest, ShinyGlassHidesMoreTheBrighterItIs) {
     const std::vector<Cell> panes = surfaces([this](Fragment& fragment) {
         fragment = shiny(fragment);
         if (oneOf(4) == 0)
-            fragment.Ks = colour(2, 4);
-        fragment.Kd = colour(0, 1.5);
-        fragment.d = between(0.1, 0.9);
+            fragment.specular = colour(2, 4);
+        fragment.diffuse = colour(0, 1.5);
+        fragment.opacity = between(0.1, 0.9);
     });
     expectLiteralColours(panes, QColor());
     expectLiteralColours(panes, QColor(10, 200, 90));
@@ -320,9 +321,9 @@ TEST_F(ShadingTest, TwoPanesLookTheSameInBothOrders) {
 
 TEST_F(ShadingTest, WiresHaveHalfTheirColourAndNoHighlight) {
     Fragment fragment = surface(7, 7, 5);
-    fragment.Kd = {0.9, 0.6, 0.2};
-    fragment.Ks = {1, 1, 1};
-    fragment.Ns = 1;
+    fragment.diffuse = {0.9, 0.6, 0.2};
+    fragment.specular = {1, 1, 1};
+    fragment.exponent = 1;
     fragment.normal = mirroring(fragment, {-0.45, 0.65, 0.75});
     const QImage picture = drawn({{fragment}}, QColor(), true);
     fragment.isWireframe = true;
