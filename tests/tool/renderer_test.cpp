@@ -222,6 +222,7 @@ TEST_F(RendererTest, EdgesOfSurfacesAreSmooth) {
 TEST_F(RendererTest, WhatWasSetInTheContextBeforeChangesNoPicture) {
     const std::vector<Area> areas = {{{2, 2, 10, 10}, Qt::red}, {{4, 4, 20, 20}, QColor(0, 255, 0, 90)}};
     const QImage expected = drawn(areas, {33, 31});
+    drawn({{{0, 0, 31, 31}, Qt::blue}}, {33, 31}); // nothing is left of the first one
     glDisable(GL_MULTISAMPLE);
     glDisable(GL_DEPTH_TEST);
     glDepthFunc(GL_NEVER);
