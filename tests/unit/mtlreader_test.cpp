@@ -101,6 +101,12 @@ TEST(MtlReaderTest, UnknownKeywordsAreSkippedOnRequest) {
     EXPECT_FALSE(lines[0].ok);
 }
 
+TEST(MtlReaderTest, LinesWithoutContentAreNoLines) {
+    EXPECT_TRUE(read("# Kd 1 0 0\n#Kd 1 0 0\n#\n \t # Kd 1 0 0\n\n   \n\r\n\xC2\xA0\n", false).empty());
+    const std::vector<Line> lines = read("x#\n#x\ny #", false);
+    EXPECT_EQ(lines.size(), 2u);
+}
+
 TEST(MtlReaderTest, MissingOrMalformedOperandsFailTheLine) {
     for (const char* line :
          {"newmtl", "Kd 1 1", "Kd", "Ns x", "Ns", "d", "map_Kd", "Kd a b c", "Ns 1e", "Ns 1e400"})
