@@ -28,17 +28,17 @@ const QStringList kNames{QStringLiteral("p"), QStringLiteral("n")};
 class MergedCornersTest : public testing::Test {
 protected:
     void make(const QSharedPointer<ModelDataStream>& list) {
-        merged = std::make_unique<MergedCorners>(kNames, list);
+        _merged = std::make_unique<MergedCorners>(kNames, list);
     }
     bool add(const std::vector<quint32>& positions, const std::vector<quint32>& normals, quint64 values) {
         const GuardedArray<quint32> first(positions);
         const GuardedArray<quint32> second(normals);
         const GuardedArray<quint32*> lists{first.data(), second.data()};
-        return merged->add(lists.data(), static_cast<quint32>(positions.size()), values);
+        return _merged->add(lists.data(), static_cast<quint32>(positions.size()), values);
     }
     std::vector<quint32> unmerged(int attribute) const {
         std::vector<quint32> all;
-        merged->unmerge(attribute, [&all](const quint32* numbers, quint64 count) {
+        _merged->unmerge(attribute, [&all](const quint32* numbers, quint64 count) {
             all.insert(all.end(), numbers, numbers + count);
         });
         return all;
@@ -57,16 +57,16 @@ protected:
         return add({0}, {0}, values);
     }
 
-    std::unique_ptr<MergedCorners> merged;
+    std::unique_ptr<MergedCorners> _merged;
 };
 
 TEST_F(MergedCornersTest, ListHasTheTupleOfEachCorner) {
     make(QSharedPointer<Testing::PlainStream>::create(kUnsignedInt, 0U));
-    EXPECT_EQ(merged->attributes(), kNames);
+    EXPECT_EQ(_merged->attributes(), kNames);
     EXPECT_TRUE(add({0, 1, 0}, {5, 5, 5}, 2));
     EXPECT_TRUE(add({2, 0, 0}, {5, 5, 6}, 3));
-    EXPECT_THAT(elements<quint32>(merged->list()), ElementsAre(0, 1, 0, 2, 0, 3));
-    EXPECT_FALSE(merged->isRefused());
+    EXPECT_THAT(elements<quint32>(_merged->list()), ElementsAre(0, 1, 0, 2, 0, 3));
+    EXPECT_FALSE(_merged->isRefused());
     EXPECT_THAT(unmerged(0), ElementsAre(0, 1, 0, 2, 0, 0));
     EXPECT_THAT(unmerged(1), ElementsAre(5, 5, 5, 5, 5, 6));
 }
@@ -76,9 +76,9 @@ TEST_F(MergedCornersTest, CornersBeforeTheirPositionAreRejected) {
     EXPECT_FALSE(add({0}, {0}, 0));
     EXPECT_TRUE(add({0, 2}, {0, 0}, 3));
     EXPECT_FALSE(add({0, 3}, {0, 9}, 3));
-    EXPECT_THAT(elements<quint32>(merged->list()), ElementsAre(0, 1)) << "nothing is done";
+    EXPECT_THAT(elements<quint32>(_merged->list()), ElementsAre(0, 1)) << "nothing is done";
     EXPECT_TRUE(add({0, 3}, {0, 9}, 4));
-    EXPECT_THAT(elements<quint32>(merged->list()), ElementsAre(0, 1, 0, 2));
+    EXPECT_THAT(elements<quint32>(_merged->list()), ElementsAre(0, 1, 0, 2));
 }
 
 TEST_F(MergedCornersTest, CornersAreUnmergedBlockByBlock) {
@@ -110,11 +110,11 @@ public:
 TEST_F(MergedCornersTest, RefusedCornersAreRemembered) {
     make(QSharedPointer<FullList>::create());
     EXPECT_TRUE(add({0, 1}, {0, 0}, 2));
-    EXPECT_FALSE(merged->isRefused());
+    EXPECT_FALSE(_merged->isRefused());
     EXPECT_TRUE(add({0}, {0}, 2));
-    EXPECT_TRUE(merged->isRefused());
+    EXPECT_TRUE(_merged->isRefused());
     EXPECT_TRUE(add({}, {}, 2));
-    EXPECT_TRUE(merged->isRefused()) << "later success does not hide it";
+    EXPECT_TRUE(_merged->isRefused()) << "later success does not hide it";
 }
 
 TEST_F(MergedCornersTest, TuplesAreTakenInTheOrderOfTheNames) {
@@ -123,7 +123,7 @@ TEST_F(MergedCornersTest, TuplesAreTakenInTheOrderOfTheNames) {
     const TestAttribute normals(std::vector<unsigned char>(8), {}, 4);
     const TestAttribute positions(std::vector<unsigned char>(16), {}, 4);
     const std::vector<CornerAttribute> attributes = {normals.view(), positions.view()};
-    const TupleMerging tuples = merged->take({kNames[1], kNames[0]}, attributes);
+    const TupleMerging tuples = _merged->take({kNames[1], kNames[0]}, attributes);
     ASSERT_EQ(tuples.tupleCount(), 3U);
     const std::vector<CornerAttribute> corners = tuples.tuples(attributes);
     const auto numbersOf = [](const CornerAttribute& corner) {
@@ -143,7 +143,7 @@ TEST_F(MergedCornersTest, OnePositionWithManyNormalsIsNotMerged) {
     const std::vector<quint32> positions(normals.size());
     ASSERT_TRUE(add(positions, normals, 1));
     EXPECT_FALSE(add(positions, normals, 1));
-    EXPECT_EQ(merged->list()->size(), normals.size());
+    EXPECT_EQ(_merged->list()->size(), normals.size());
 }
 
 TEST_F(MergedCornersTest, SixtyFiveThousandCornersMayAllDiffer) {

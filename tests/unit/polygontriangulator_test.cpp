@@ -39,7 +39,7 @@ protected:
         const GuardedArray<float> positions(polygon.positions);
         const GuardedArray<unsigned int> out(3 * std::max<std::size_t>(corners.size(), 2) - 6);
         unsigned int* const end =
-            triangulator.cut(polygon.count(), corners.data(), positions.data(), out.data());
+            _triangulator.cut(polygon.count(), corners.data(), positions.data(), out.data());
         return {out.data(), end};
     }
     std::vector<unsigned int> cutAboutItsNormal(const TestPolygon& polygon) {
@@ -47,7 +47,7 @@ protected:
         const GuardedArray<float> positions(polygon.positions);
         std::vector<unsigned int> vertices;
         for (const int corner :
-             triangulator.cornerTriangles(polygon.normal, polygon.count(), corners.data(), positions.data()))
+             _triangulator.cornerTriangles(polygon.normal, polygon.count(), corners.data(), positions.data()))
             vertices.push_back(static_cast<unsigned int>(corners[static_cast<std::size_t>(corner)]));
         return vertices;
     }
@@ -67,7 +67,7 @@ protected:
         return !own.isEmpty();
     }
 
-    PolygonTriangulator triangulator;
+    PolygonTriangulator _triangulator;
 };
 
 // Polygons share working memory: what a larger one leaves in it must not change the next cut.
@@ -164,7 +164,7 @@ TEST_F(PolygonTriangulatorTest, MeterIsCalledForEachThousandCornersTwice) {
     const std::vector<std::pair<int, std::size_t>> rows = {
         {64, 0}, {1023, 0}, {1024, 1}, {1026, 1}, {1027, 2}, {2047, 2}, {2048, 3}, {2051, 4}, {5000, 8}};
     for (const auto& [count, times] : rows)
-        EXPECT_THAT(meterCalls(triangulator, count),
+        EXPECT_THAT(meterCalls(_triangulator, count),
                     testing::AllOf(testing::SizeIs(times), testing::Each(512)))
             << count;
 }
@@ -173,12 +173,12 @@ TEST_F(PolygonTriangulatorTest, CutCancelledByTheMeterDoesNotChangeTheNextCut) {
     const TestPolygon large = flatPolygon(Testing::combShape(3000));
     for (const int calls : {0, 1, 2, 3}) {
         int left = calls;
-        triangulator.setMeter([&left](int) {
+        _triangulator.setMeter([&left](int) {
             if (left-- == 0)
                 throw std::runtime_error("enough");
         });
         EXPECT_THROW(cut(large), std::runtime_error);
-        triangulator.setMeter({});
+        _triangulator.setMeter({});
         for (const int next : {200, 40, 66})
             EXPECT_TRUE(isCutAsLiterally(flatPolygon(Testing::starShape(next))));
         ASSERT_FALSE(HasFailure()) << calls << " calls";
@@ -226,7 +226,7 @@ TEST_F(FarVerticesTest, PolygonsAreCutAsNearOnes) {
             const std::vector<int> corners = place(polygon);
             std::vector<unsigned int> far(3 * corners.size());
             far.erase(far.begin() +
-                          (triangulator.cut(count, corners.data(), positions(), far.data()) - far.data()),
+                          (_triangulator.cut(count, corners.data(), positions(), far.data()) - far.data()),
                       far.end());
             for (unsigned int& vertex : far)
                 vertex -= kFirst;

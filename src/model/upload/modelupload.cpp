@@ -34,7 +34,7 @@ constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 /// stream.
 QSharedPointer<ModelDataStream> shortened(ModelDataStream& indices, ModelDataStreamAllocator& allocator) {
     const quint64 count = indices.size();
-    const QSharedPointer<ModelDataStream> result = requestStream(allocator, kUnsignedShort, count);
+    QSharedPointer<ModelDataStream> result = requestStream(allocator, kUnsignedShort, count);
     const ByteView target = ByteView::of(result.data());
     if (result.isNull() || target.count < count * sizeof(quint16))
         return {};
