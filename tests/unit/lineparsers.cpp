@@ -7,6 +7,11 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
+constexpr LineParser kPortable = {"Portable", nullptr};
+constexpr LineParser kSse41 = {"Sse41", findSse41Parser};
+constexpr LineParser kAvx512 = {"Avx512", findAvx512Parser};
+constexpr LineParser kEmulatedAvx512 = {"EmulatedAvx512", findEmulatedAvx512Parser};
+
 constexpr int kPadding = static_cast<int>(LineSource::kPadding);
 
 } // namespace
@@ -20,15 +25,15 @@ std::string nameOf(const testing::TestParamInfo<LineParser>& parser) {
 }
 
 std::vector<LineParser> wideParsers() {
-    return {{"Sse41", findSse41Parser},
-            {"Avx512", findAvx512Parser},
-            {"EmulatedAvx512", findEmulatedAvx512Parser}};
+    return {kSse41, kAvx512, kEmulatedAvx512};
+}
+
+std::vector<LineParser> nativeParsers() {
+    return {kPortable, kSse41, kAvx512};
 }
 
 std::vector<LineParser> allParsers() {
-    std::vector<LineParser> parsers = wideParsers();
-    parsers.insert(parsers.begin(), {"Portable", nullptr});
-    return parsers;
+    return {kPortable, kSse41, kAvx512, kEmulatedAvx512};
 }
 
 void LineParserTest::SetUp() {

@@ -25,7 +25,9 @@ std::string nameOf(const testing::TestParamInfo<LineParser>& parser);
 
 /// The AVX-512 parser twice: with the processor's instructions, and with emulated ones.
 std::vector<LineParser> wideParsers();
-/// Those, and the portable way.
+/// The portable way, and what uses the processor's own instructions.
+std::vector<LineParser> nativeParsers();
+/// Those, and the emulated parser.
 std::vector<LineParser> allParsers();
 
 /// A test with one way to parse; skipped where the processor lacks its instructions.
