@@ -26,6 +26,7 @@
 #include "nastytext.h"
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
+#include "support/sanitizer.h"
 #include "support/scale.h"
 #include "support/withoutrootsrights.h"
 
@@ -515,6 +516,8 @@ TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
 
 // Corners are counted in portions of 16,384; a step is more than one of them and less than two.
 TEST_F(CancelledCutTest, TellsOfManyPortionsInStepsOfATwoHundredthOfTheWork) {
+    if (VELMODEL_ADDRESS_SANITIZER != 0)
+        GTEST_SKIP() << "millions of corners take long under the sanitizer";
     constexpr int kCorners = 2'400'000;
     static_assert(2 * kCorners / 200 > 16'384 && 2 * kCorners / 200 < 2 * 16'384);
     std::vector<qint64> told = progressOf(polygons(kCorners / 6, 6));
