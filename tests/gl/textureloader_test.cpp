@@ -235,6 +235,19 @@ TEST_F(TextureLoaderTest, OtherPixelFormatsAreConverted) {
     }
 }
 
+// Readers of icons multiply colours by their alpha. The bytes are taken as they are.
+TEST_F(TextureLoaderTest, MultipliedColoursAreNotConvertedBack) {
+    QImage image(4, 2, QImage::Format_ARGB32);
+    image.fill(QColor(200, 100, 50, 128));
+    const QString file = save(image, QStringLiteral("glass.ico"));
+    const QImage read(file);
+    ASSERT_EQ(read.format(), QImage::Format_ARGB32_Premultiplied);
+    const QImage bytes(read.constBits(), 4, 2, read.bytesPerLine(), QImage::Format_ARGB32);
+    const Texture* texture = LoadTexture(file);
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(texture->readBack(), bytes.convertToFormat(QImage::Format_RGBA8888).mirrored(false, true));
+}
+
 TEST_F(TextureLoaderTest, FurtherFileFormatsLoad) {
     for (const char* suffix : {"bmp", "ppm", "xpm"}) {
         const QString file = save(numbered(4, 2, QImage::Format_RGB32), QStringLiteral("picture.") + suffix);
