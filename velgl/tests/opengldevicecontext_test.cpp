@@ -205,6 +205,21 @@ TEST_F(OpenGLDeviceContextTest, ObjectOfADestroyedContextKnowsNothingMore) {
     EXPECT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW)) << "the object keeps no names";
 }
 
+// VelGL does not make a foreign context current, so its names wait for VelGL to be used in it.
+TEST_F(OpenGLDeviceContextTest, NamesOfAForeignContextAreDeletedWhenItIsNextUsed) {
+    ForeignContext context;
+    ASSERT_TRUE(context.makeCurrent());
+    auto buffer = std::make_unique<BufferObject>();
+    ASSERT_TRUE(buffer->uploadGLuintData(kValue, 1, GL_STATIC_DRAW));
+    const unsigned int name = buffer->name();
+    ForeignContext::doneCurrent();
+    buffer.reset();
+    context.makeCurrent();
+    EXPECT_TRUE(glIsBuffer(name));
+    EXPECT_EQ(BufferObject().name(), 0U);
+    EXPECT_FALSE(glIsBuffer(name));
+}
+
 // Its handle may be that of a context which was there before.
 TEST_F(OpenGLDeviceContextTest, HeadlessContextsBetweenForeignOnesAreToldApart) {
     for (int round = 0; round < 20; ++round) {
