@@ -14,7 +14,7 @@ class ScratchBlock;
 class VELMODEL_EXPORT ModelDataArray : public ModelDataStream {
 public:
     /// `type` defaults to GL_FLOAT. The elements are unspecified; a refused `count` gives an empty stream.
-    explicit ModelDataArray(unsigned int type = 0x1406, quint64 count = 0);
+    ModelDataArray(unsigned int type = 0x1406, quint64 count = 0);
     ModelDataArray(const ModelDataArray&) = default;
     ModelDataArray& operator=(const ModelDataArray&) = default;
     ~ModelDataArray() override;
@@ -39,12 +39,15 @@ public:
     static bool canHold(unsigned int type, quint64 count);
 
 private:
-    /// Gives the array a block of its own with room for `capacity` bytes. Returns: the one before.
-    std::shared_ptr<ScratchBlock> moveTo(quint64 capacity);
-    /// The same, with room for `bytes` bytes and more to come.
-    std::shared_ptr<ScratchBlock> growTo(quint64 bytes);
-    /// The bytes, shared with no copy, with room for `bytes` of them.
-    char* ownBytes(quint64 bytes);
+    /// The offset of `bytes` in this array; kNotOwn where they are not this array's.
+    quint64 placeOf(const void* bytes) const;
+    bool isShared() const;
+    /// Gives the array a block of its own with room for exactly `capacity` bytes.
+    void moveTo(quint64 capacity);
+    /// Gives the array a block of its own with room for `bytes` bytes and, if it has to grow, for more.
+    void makeRoom(quint64 bytes);
+    /// The bytes, shared with no copy.
+    char* ownBytes();
     void resizeBytes(quint64 bytes);
 
     quint32 _type;

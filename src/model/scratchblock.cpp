@@ -18,6 +18,16 @@ namespace {
 
 #if defined(__linux__)
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+std::size_t wholePages(std::size_t bytes) {
+    return (bytes + kHugePage - 1) / kHugePage * kHugePage;
+}
+
+/// The first byte of the first large page that lies inside a mapping.
+char* firstPageOf(void* address) {
+    const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(address) % kHugePage;
+    return static_cast<char*>(address) + (misaligned == 0 ? 0 : kHugePage - misaligned);
+}
 #endif
 
 /// The innermost one of this thread.
@@ -33,7 +43,8 @@ void* map(std::size_t bytes) {
 
 void unmap(void* address, std::size_t bytes) {
 #if defined(__linux__)
-    munmap(address, bytes);
+    if (bytes != 0)
+        munmap(address, bytes);
 #else
     static_cast<void>(address);
     static_cast<void>(bytes);
@@ -80,12 +91,12 @@ ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
 #if defined(__linux__)
     // A mapping that begins on a large page takes one page fault where heap memory takes hundreds.
     if (bytes >= kHugePage / 2) {
-        const std::size_t wholePages = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+        const std::size_t mapped = wholePages(bytes) + kHugePage;
         if (content == Content::Unspecified && currentReuse != nullptr)
-            _mapping = currentReuse->take(wholePages + kHugePage);
+            _mapping = currentReuse->take(mapped);
         const bool isFresh = _mapping.address == nullptr;
         if (isFresh) {
-            _mapping = {map(wholePages + kHugePage), wholePages + kHugePage};
+            _mapping = {map(mapped), mapped};
             if (_mapping.address == nullptr && currentReuse != nullptr) {
                 currentReuse->giveBack();
                 _mapping.address = map(_mapping.bytes);
@@ -93,10 +104,9 @@ ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
             if (_mapping.address == nullptr)
                 throw std::bad_alloc();
         }
-        const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(_mapping.address) % kHugePage;
-        _begin = static_cast<char*>(_mapping.address) + (misaligned == 0 ? 0 : kHugePage - misaligned);
+        _begin = firstPageOf(_mapping.address);
         if (isFresh)
-            adviseHugePages(_begin, wholePages);
+            adviseHugePages(_begin, wholePages(bytes));
         return;
     }
 #endif
@@ -111,6 +121,36 @@ ScratchBlock::~ScratchBlock() {
         std::free(_begin);
     else if (currentReuse == nullptr || !currentReuse->keep(_mapping))
         unmap(_mapping.address, _mapping.bytes);
+}
+
+bool ScratchBlock::grow(std::size_t bytes) {
+#if defined(__linux__)
+    if (_mapping.address == nullptr)
+        return false;
+    auto* const begin = static_cast<char*>(_begin);
+    const auto before = static_cast<std::size_t>(begin - static_cast<char*>(_mapping.address));
+    const std::size_t room = _mapping.bytes - kHugePage;
+    const std::size_t wanted = wholePages(bytes);
+    if (wanted <= room)
+        return true;
+    const ScratchReuse::Mapping mapping{map(wanted + kHugePage), wanted + kHugePage};
+    if (mapping.address == nullptr)
+        return false;
+    char* const target = firstPageOf(mapping.address);
+    if (mremap(begin, room, wanted, MREMAP_MAYMOVE | MREMAP_FIXED, target) == MAP_FAILED) {
+        unmap(mapping.address, mapping.bytes);
+        return false;
+    }
+    // What is left of the old mapping, piece by piece: another thread may have the addresses between them.
+    unmap(_mapping.address, before);
+    unmap(begin + room, _mapping.bytes - before - room);
+    _mapping = mapping;
+    _begin = target;
+    return true;
+#else
+    static_cast<void>(bytes);
+    return false;
+#endif
 }
 
 } // namespace Atelier::Vel

@@ -46,6 +46,11 @@ public:
     ScratchBlock(const ScratchBlock&) = delete;
     ScratchBlock& operator=(const ScratchBlock&) = delete;
 
+    /// Makes a large block larger. Its pages move to other addresses and are not copied; what is new holds
+    /// zeros, or unspecified bytes in a block of such.
+    /// Returns: false, with nothing changed, for a small block and when there are no addresses.
+    bool grow(std::size_t bytes);
+
     template<typename T>
     T* as() const {
         return static_cast<T*>(_begin);

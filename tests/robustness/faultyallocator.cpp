@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -23,8 +24,6 @@ bool isArmed = false;
 FaultKind armedKind = FaultKind::One;
 std::size_t firstDenied = 0;
 std::size_t requestCount = 0;
-std::size_t grantedCount = 0;
-std::size_t deniedMappingCount = 0;
 std::size_t inUse = 0;
 
 // Functions of Qt 5 that crash or leave a wreck behind when they get no memory: nothing that a library on top
@@ -59,8 +58,12 @@ bool isDenied() {
     isArmed = false;
     const bool isGiven = isCalledHeedlessly();
     isArmed = true;
-    grantedCount += isGiven ? 1 : 0;
     return !isGiven;
+}
+
+std::size_t pagesOf(std::size_t bytes) {
+    constexpr std::size_t kPage = 4096;
+    return (bytes + kPage - 1) / kPage;
 }
 
 void* counted(void* block) {
@@ -149,16 +152,25 @@ void free(void* block) {
 extern "C" {
 void* mmap(void* address, size_t bytes, int protection, int flags, int file, off_t offset) noexcept {
     if (isDenied()) {
-        ++deniedMappingCount;
         errno = ENOMEM;
         return MAP_FAILED;
     }
     const long begin = syscall(SYS_mmap, address, bytes, protection, flags, file, offset);
-    inUse += begin != -1 ? 1 : 0;
+    inUse += begin != -1 ? pagesOf(bytes) : 0;
+    return reinterpret_cast<void*>(begin);
+}
+// The library moves pages over other pages of its own.
+void* mremap(void* address, size_t bytes, size_t newBytes, int flags, ...) noexcept {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    void* const target = va_arg(arguments, void*);
+    va_end(arguments);
+    const long begin = syscall(SYS_mremap, address, bytes, newBytes, flags, target);
+    inUse -= begin != -1 ? pagesOf(bytes) : 0;
     return reinterpret_cast<void*>(begin);
 }
 int munmap(void* begin, size_t bytes) noexcept {
-    --inUse;
+    inUse -= pagesOf(bytes);
     return static_cast<int>(syscall(SYS_munmap, begin, bytes));
 }
 }
@@ -172,8 +184,6 @@ AllocationFault::AllocationFault(std::size_t first, FaultKind kind) {
     firstDenied = first;
     armedKind = kind;
     requestCount = 0;
-    grantedCount = 0;
-    deniedMappingCount = 0;
     isArmed = true;
 }
 
@@ -185,15 +195,7 @@ std::size_t AllocationFault::requests() {
     return requestCount;
 }
 
-std::size_t AllocationFault::granted() {
-    return grantedCount;
-}
-
-std::size_t AllocationFault::deniedMappings() {
-    return deniedMappingCount;
-}
-
-std::size_t blocksInUse() {
+std::size_t memoryInUse() {
     return inUse;
 }
 

@@ -12,7 +12,8 @@ enum class FaultKind {
 
 /// While it lives, this process is denied memory from the request numbered `first` on, the next one being 0.
 /// In the way of all heap memory, Qt's strings and arrays included, and of mappings. Only one may live at a
-/// time. Where a sanitizer wants the heap for itself, in the way of `operator new` and of mappings.
+/// time. Code of Qt that crashes without memory gets what it requests. Where a sanitizer wants the heap for
+/// itself, in the way of `operator new` and of mappings.
 class AllocationFault {
 public:
     AllocationFault(std::size_t first, FaultKind kind);
@@ -22,14 +23,9 @@ public:
 
     /// Requests since construction, the denied ones included.
     static std::size_t requests();
-    /// Those that were to be denied and were not: code of Qt made them that crashes without memory.
-    static std::size_t granted();
-    /// Mappings among the denied ones: whoever keeps memory to use it again may give that back and try once
-    /// more.
-    static std::size_t deniedMappings();
 };
 
-/// Blocks of memory and mappings that are taken and not given back.
-std::size_t blocksInUse();
+/// The blocks of memory and the pages of mappings that are taken and not given back.
+std::size_t memoryInUse();
 
 } // namespace Atelier::Vel::Testing

@@ -1,6 +1,7 @@
 #include "allocationcount.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 
 #include <malloc.h>
@@ -73,6 +74,16 @@ void free(void* memory) {
 void* mmap(void* address, size_t bytes, int protection, int flags, int file, off_t offset) noexcept {
     const long begin = syscall(SYS_mmap, address, bytes, protection, flags, file, offset);
     inUse += begin == -1 ? 0 : bytes;
+    return reinterpret_cast<void*>(begin);
+}
+// The library moves pages over other pages of its own.
+void* mremap(void* address, size_t bytes, size_t newBytes, int flags, ...) noexcept {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    void* const target = va_arg(arguments, void*);
+    va_end(arguments);
+    const long begin = syscall(SYS_mremap, address, bytes, newBytes, flags, target);
+    inUse -= begin == -1 ? 0 : bytes;
     return reinterpret_cast<void*>(begin);
 }
 int munmap(void* begin, size_t bytes) noexcept {

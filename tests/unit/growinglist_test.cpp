@@ -1,16 +1,15 @@
 #include "growinglist.h"
 
 #include <algorithm>
-#include <fstream>
 #include <new>
 #include <vector>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
 
 #include "support/sanitizer.h"
+#include "support/scarceaddresses.h"
 
 namespace Atelier::Vel {
 
@@ -29,22 +28,13 @@ bool hasRoomFor(List& list, quint64 count) {
     return isEnough && list.items() != items;
 }
 
-/// From now on, this process gets addresses for so many more bytes.
-void leaveAddresses(quint64 bytes) {
-    quint64 pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    const quint64 limit = pages * static_cast<quint64>(getpagesize()) + bytes;
-    const rlimit limits = {limit, limit};
-    setrlimit(RLIMIT_AS, &limits);
-}
-
 /// Ends the process with 0 if a list of `used` items grows to twice and then three times its size with
 /// addresses for `bytes` more bytes, 1 if it throws and stays unchanged, 2 if an item is lost.
 [[noreturn]] void growWithin(quint64 used, quint64 bytes) {
     List list;
     list.makeRoom(used, 0);
     std::fill_n(list.items(), used, 7);
-    leaveAddresses(bytes);
+    Testing::leaveAddresses(bytes);
     int status = 0;
     try {
         list.makeRoom(2 * used, used);

@@ -1,6 +1,7 @@
 #include "mappingwatch.h"
 
 #include <cerrno>
+#include <iterator>
 #include <numeric>
 
 #include <sys/mman.h>
@@ -8,6 +9,7 @@
 extern "C" {
 // NOLINTBEGIN(readability-identifier-naming)
 void* __real_mmap(void* address, std::size_t bytes, int protection, int flags, int file, long offset);
+void* __real_mremap(void* address, std::size_t bytes, std::size_t newBytes, int flags, ...);
 int __real_munmap(void* address, std::size_t bytes);
 int __real_madvise(void* address, std::size_t bytes, int advice);
 // NOLINTEND(readability-identifier-naming)
@@ -58,6 +60,20 @@ void* MappingWatch::map(void* address, std::size_t bytes, int protection, int fl
     return first + before;
 }
 
+void* MappingWatch::move(void* address, std::size_t bytes, std::size_t newBytes, int flags, void* target) {
+    if (_moveFailures > 0) {
+        --_moveFailures;
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    ++_moves;
+    // The mapping that the pages leave is none any more.
+    const auto behind = _mappings.upper_bound(reinterpret_cast<std::uintptr_t>(address));
+    if (behind != _mappings.begin())
+        _mappings.erase(std::prev(behind));
+    return __real_mremap(address, bytes, newBytes, flags, target);
+}
+
 int MappingWatch::unmap(void* address, std::size_t bytes) {
     const auto mapping = _mappings.find(reinterpret_cast<std::uintptr_t>(address));
     // Only whole mappings count as removed.
@@ -81,6 +97,12 @@ void* __wrap_mmap(void* address, std::size_t bytes, int protection, int flags, i
     MappingWatch* const watch = MappingWatch::current();
     return watch != nullptr ? watch->map(address, bytes, protection, flags, file, offset)
                             : __real_mmap(address, bytes, protection, flags, file, offset);
+}
+
+void* __wrap_mremap(void* address, std::size_t bytes, std::size_t newBytes, int flags, void* target) {
+    MappingWatch* const watch = MappingWatch::current();
+    return watch != nullptr ? watch->move(address, bytes, newBytes, flags, target)
+                            : __real_mremap(address, bytes, newBytes, flags, target);
 }
 
 int __wrap_munmap(void* address, std::size_t bytes) {

@@ -15,8 +15,8 @@ struct Advice {
     int advice;
 };
 
-/// Records the calls of mmap, munmap and madvise in this program's own code during its life; advice is not
-/// passed on. One may live at a time. The program is linked with --wrap for each call.
+/// Records the calls of mmap, mremap, munmap and madvise in this program's own code during its life; advice
+/// is not passed on. One may live at a time. The program is linked with --wrap for each call.
 class MappingWatch {
 public:
     MappingWatch();
@@ -29,14 +29,19 @@ public:
     std::size_t bytesMapped() const;
     /// The number of mappings made, including removed ones.
     int made() const { return _made; }
+    /// The number of times that pages were moved.
+    int moves() const { return _moves; }
     const std::vector<Advice>& advices() const { return _advices; }
 
     /// Fails the next `count` mappings.
     void fail(int count) { _failures = count; }
+    /// Fails the next `count` moves of pages.
+    void failMoves(int count) { _moveFailures = count; }
     /// Places mappings this number of bytes behind the start of a large page.
     void placeBehindLargePages(std::size_t bytes) { _offset = bytes; }
 
     void* map(void* address, std::size_t bytes, int protection, int flags, int file, long offset);
+    void* move(void* address, std::size_t bytes, std::size_t newBytes, int flags, void* target);
     int unmap(void* address, std::size_t bytes);
     int advise(void* address, std::size_t bytes, int advice);
 
@@ -47,7 +52,9 @@ private:
     std::map<std::uintptr_t, std::size_t> _mappings;
     std::vector<Advice> _advices;
     int _made = 0;
+    int _moves = 0;
     int _failures = 0;
+    int _moveFailures = 0;
     std::size_t _offset = 4096;
 };
 

@@ -2,10 +2,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <new>
+#include <numeric>
+#include <type_traits>
 #include <vector>
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
+
+#include "support/sanitizer.h"
+#include "support/scarceaddresses.h"
 
 namespace Atelier::Vel {
 namespace {
@@ -19,6 +28,67 @@ constexpr unsigned int kNoType = 0x1407;
 std::vector<quint32> words(ModelDataArray& array) {
     const auto* const data = static_cast<const quint32*>(array.data(0));
     return std::vector<quint32>(data, data + array.size());
+}
+
+static_assert(std::is_convertible_v<unsigned int, ModelDataArray>);
+
+/// Makes a change again and again. Returns: how often the elements got another place.
+int movesOf(ModelDataArray& array, int changes, const std::function<void()>& change) {
+    int moves = 0;
+    for (int i = 0; i < changes; ++i) {
+        const void* const before = array.data(0);
+        change();
+        moves += array.data(0) == before ? 0 : 1;
+    }
+    return moves;
+}
+
+/// An array of so many bytes that are all 7.
+ModelDataArray sevens(quint64 bytes) {
+    const std::vector<unsigned char> values(bytes, 7);
+    ModelDataArray array(kUnsignedByte);
+    array.append(bytes, values.data());
+    return array;
+}
+
+bool areSevens(ModelDataArray& array, quint64 count) {
+    const auto* const data = static_cast<const unsigned char*>(array.data(0));
+    return array.size() >= count &&
+           std::all_of(data, data + count, [](unsigned char byte) { return byte == 7; });
+}
+
+/// Makes a change with addresses for so many more bytes. Ends the process with 0 if it is made, 1 if it
+/// throws std::bad_alloc, 2 if the array does not keep its `kept` bytes.
+[[noreturn]] void changeWithin(ModelDataArray& array, quint64 kept, quint64 addresses,
+                               const std::function<void()>& change) {
+    Testing::leaveAddresses(addresses);
+    int status = 0;
+    try {
+        change();
+    } catch (const std::bad_alloc&) {
+        status = 1;
+    }
+    _exit(areSevens(array, kept) ? status : 2);
+}
+
+[[noreturn]] void writeACopyWithin(quint64 bytes, quint64 addresses) {
+    ModelDataArray array = sevens(bytes);
+    changeWithin(array, bytes, addresses, [&] {
+        const unsigned char value = 8;
+        ModelDataArray copy(array);
+        copy.setData(0, 1, &value);
+        if (*static_cast<unsigned char*>(copy.data(0)) != value)
+            _exit(3);
+    });
+}
+
+[[noreturn]] void growWithin(quint64 bytes, quint64 addresses) {
+    ModelDataArray array(kUnsignedByte, bytes);
+    std::memset(array.data(0), 7, bytes);
+    changeWithin(array, bytes, addresses, [&] {
+        const std::vector<unsigned char> more(3 << 20, 7);
+        array.append(more.size(), more.data());
+    });
 }
 
 TEST(ModelDataArrayTest, DefaultIsAnEmptyFloatStream) {
@@ -69,6 +139,15 @@ TEST(ModelDataArrayTest, AppendsBehindTheLastElement) {
     array.append(2, values);
     EXPECT_EQ(array.byteCount(), 16U);
     EXPECT_EQ(*static_cast<double*>(array.data(1)), 2.0);
+}
+
+TEST(ModelDataArrayTest, AppendsByteByByte) {
+    ModelDataArray array(kUnsignedByte);
+    const unsigned char values[] = {3, 5, 7};
+    for (const unsigned char& value : values)
+        array.append(1, &value);
+    const auto* const data = static_cast<const unsigned char*>(array.data(0));
+    EXPECT_THAT(std::vector<int>(data, data + array.size()), testing::ElementsAre(3, 5, 7));
 }
 
 TEST(ModelDataArrayTest, AppendsItsOwnElements) {
@@ -204,15 +283,76 @@ TEST(ModelDataArrayTest, RoomThatIsThereIsNotMadeAgain) {
     EXPECT_EQ(array.data(0), begin);
 }
 
-TEST(ModelDataArrayTest, LongArrayStaysInItsPlace) {
-    const std::vector<quint32> piece(200'000, 7);
+TEST(ModelDataArrayTest, AppendsMoveALongArraySeldom) {
+    const std::vector<quint32> piece(1000, 7);
     ModelDataArray array(kUnsignedInt);
-    array.append(piece.size(), piece.data());
+    const int moves = movesOf(array, 20'000, [&] { array.append(piece.size(), piece.data()); });
+    EXPECT_EQ(array.byteCount(), 80'000'000U);
+    EXPECT_LE(moves, 12);
+}
+
+TEST(ModelDataArrayTest, ArrayThatGrowsByOneElementMovesSeldom) {
+    ModelDataArray array(kUnsignedInt);
+    quint32 number = 0;
+    const int moves = movesOf(array, 80'000, [&] {
+        array.resize(number + 1);
+        array.setData(number, 1, &number);
+        ++number;
+    });
+    EXPECT_LE(moves, 12);
+    ASSERT_EQ(array.size(), 80'000U);
+    const std::vector<quint32> all = words(array);
+    for (quint32 i = 0; i < all.size(); ++i)
+        ASSERT_EQ(all[i], i);
+}
+
+TEST(ModelDataArrayTest, FirstSizeIsTakenExactly) {
+    ModelDataArray array(kUnsignedInt);
+    array.resize(100);
     const void* const begin = array.data(0);
-    for (int round = 0; round < 9; ++round)
-        array.append(piece.size(), piece.data());
-    EXPECT_EQ(array.data(0), begin);
-    EXPECT_EQ(array.size(), 10 * piece.size());
+    array.resize(101);
+    EXPECT_NE(array.data(0), begin);
+}
+
+TEST(ModelDataArrayTest, ManyLongArraysTakeFewAddresses) {
+    const std::vector<quint32> values(200'000, 7);
+    std::vector<ModelDataArray> arrays(20, ModelDataArray(kUnsignedInt));
+    const quint64 before = Testing::addressesTaken();
+    for (ModelDataArray& array : arrays)
+        array.append(values.size(), values.data());
+    EXPECT_LE(Testing::addressesTaken() - before, quint64{500} << 20);
+}
+
+// It is written where there is room for its bytes, and for no more.
+TEST(ModelDataArrayTest, CopyIsWrittenWhereAddressesAreScarce) {
+    if (VELMODEL_ADDRESS_SANITIZER)
+        GTEST_SKIP() << "a sanitizer needs the addresses for itself";
+    for (const quint64 bytes : {quint64{800'000}, quint64{80'000'000}})
+        EXPECT_EXIT(writeACopyWithin(bytes, bytes + (quint64{5} << 20)), testing::ExitedWithCode(0), "")
+            << bytes;
+    EXPECT_EXIT(writeACopyWithin(80'000'000, 79'000'000), testing::ExitedWithCode(1), "");
+}
+
+TEST(ModelDataArrayTest, GrowsWhereAddressesAreScarce) {
+    if (VELMODEL_ADDRESS_SANITIZER)
+        GTEST_SKIP() << "a sanitizer needs the addresses for itself";
+    constexpr quint64 kBytes = 80'000'000;
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 2), testing::ExitedWithCode(0), "") << "generously";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 7 / 4), testing::ExitedWithCode(0), "") << "modestly";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 4), testing::ExitedWithCode(0), "") << "by what is needed";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 3 / 4), testing::ExitedWithCode(1), "");
+}
+
+TEST(ModelDataArrayTest, LongArrayAppendsItsOwnElements) {
+    ModelDataArray array(kUnsignedInt);
+    std::vector<quint32> values(300'000);
+    std::iota(values.begin(), values.end(), quint32{0});
+    array.append(values.size(), values.data());
+    for (int round = 0; round < 6; ++round)
+        array.append(array.size() - 1, array.data(1));
+    const std::vector<quint32> all = words(array);
+    for (std::size_t size = values.size(); size < all.size(); size += size - 1)
+        ASSERT_EQ(std::memcmp(&all[1], &all[size], (size - 1) * sizeof(quint32)), 0) << size;
 }
 
 TEST(ModelDataArrayTest, GrowingKeepsTheElements) {

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include "mappingwatch.h"
+#include "support/scarceaddresses.h"
 
 namespace Atelier::Vel {
 
@@ -84,6 +85,86 @@ TEST(ScratchBlockTest, FailedMappingThrowsBadAlloc) {
     watch.fail(1);
     EXPECT_THROW(ScratchBlock block(kLarge), std::bad_alloc);
     EXPECT_EQ(watch.made(), 0) << "no retry without kept mappings";
+}
+
+TEST(ScratchBlockTest, GrowingMovesThePagesToALargePage) {
+    for (const std::size_t behind : {std::size_t{0}, std::size_t{4096}, kLargePage - 4096}) {
+        SCOPED_TRACE(testing::Message() << "mapped " << behind << " behind a page");
+        MappingWatch watch;
+        watch.placeBehindLargePages(behind);
+        {
+            ScratchBlock block(kLarge);
+            for (std::size_t size = kLarge; size < 4 * kLarge; size += kLarge) {
+                std::memset(block.as<char>() + size - kLarge, static_cast<int>(size / kLarge), kLarge);
+                ASSERT_TRUE(block.grow(size + kLarge));
+                EXPECT_EQ(placeOf(block) % kLargePage, 0U);
+                EXPECT_TRUE(std::all_of(block.as<char>() + size, block.as<char>() + size + kLarge,
+                                        [](char byte) { return byte == 0; }));
+                ASSERT_EQ(watch.mappings().size(), 1U);
+                EXPECT_EQ(watch.mappings().begin()->second, size + kLarge + kLargePage);
+            }
+            for (std::size_t size = 0; size < 3 * kLarge; size += 4096)
+                ASSERT_EQ(block.as<char>()[size], static_cast<char>(size / kLarge + 1)) << size;
+        }
+        EXPECT_EQ(watch.made(), 4);
+        EXPECT_EQ(watch.moves(), 3);
+        EXPECT_TRUE(watch.mappings().empty());
+    }
+}
+
+TEST(ScratchBlockTest, NoAddressStaysBehindWhenABlockGrows) {
+    ScratchBlock block(kLarge);
+    const quint64 before = Testing::addressesTaken();
+    for (std::size_t size = 2 * kLarge; size <= 8 * kLarge; size += kLarge)
+        ASSERT_TRUE(block.grow(size));
+    EXPECT_EQ(Testing::addressesTaken() - before, 7 * kLarge);
+}
+
+TEST(ScratchBlockTest, GrowingWithinThePagesMovesNothing) {
+    ScratchBlock block(kLarge - 1);
+    const std::uintptr_t place = placeOf(block);
+    const MappingWatch watch;
+    EXPECT_TRUE(block.grow(kLarge));
+    EXPECT_TRUE(block.grow(1));
+    EXPECT_EQ(placeOf(block), place);
+    EXPECT_EQ(watch.made(), 0);
+    EXPECT_TRUE(block.grow(kLarge + 1));
+    EXPECT_NE(placeOf(block), place);
+}
+
+TEST(ScratchBlockTest, SmallBlocksDoNotGrow) {
+    ScratchBlock block(100);
+    const std::uintptr_t place = placeOf(block);
+    EXPECT_FALSE(block.grow(kLarge));
+    EXPECT_EQ(placeOf(block), place);
+}
+
+TEST(ScratchBlockTest, BlockThatCannotGrowStaysAsItIs) {
+    MappingWatch watch;
+    ScratchBlock block(kLarge);
+    std::memset(block.as<char>(), 7, kLarge);
+    const std::uintptr_t place = placeOf(block);
+    watch.fail(1);
+    EXPECT_FALSE(block.grow(2 * kLarge));
+    watch.failMoves(1);
+    EXPECT_FALSE(block.grow(2 * kLarge));
+    EXPECT_EQ(watch.mappings().size(), 1U);
+    EXPECT_EQ(placeOf(block), place);
+    EXPECT_TRUE(
+        std::all_of(block.as<char>(), block.as<char>() + kLarge, [](char byte) { return byte == 7; }));
+}
+
+TEST(ScratchReuseTest, GrownBlocksAreTakenAgain) {
+    const ScratchReuse reuse;
+    const MappingWatch watch;
+    std::uintptr_t place = 0;
+    {
+        ScratchBlock block(kLarge, kUnspecified);
+        ASSERT_TRUE(block.grow(2 * kLarge));
+        place = placeOf(block);
+    }
+    EXPECT_EQ(placeOf(ScratchBlock(2 * kLarge, kUnspecified)), place);
+    EXPECT_EQ(watch.made(), 2);
 }
 
 TEST(ScratchReuseTest, LargeBlocksAreTakenAgain) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 
@@ -13,11 +14,15 @@ namespace {
 
 constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max();
 
-/// Room for an array that has outgrown its block. Room that is never used is never touched and costs nothing,
-/// so an array that is long already gets all there is: it takes its memory twice while it moves.
+constexpr quint64 kNotOwn = ~quint64{0};
+
+// From here on an array is long: it lies in pages of its own, which move without being copied.
+constexpr quint64 kLong = quint64{512} << 10;
+
+/// Room for an array that has outgrown its block. Room that is never used takes addresses and no memory.
 quint64 generousRoom(quint64 bytes) {
-    constexpr quint64 kLong = quint64{512} << 10;
-    return bytes > kLong ? kMaxBytes : bytes * 4;
+    constexpr quint64 kRoomForLong = quint64{16} << 20;
+    return bytes <= kLong ? bytes * 4 : std::min(std::max(bytes * 2, kRoomForLong), kMaxBytes);
 }
 
 /// The same where addresses are scarce.
@@ -70,7 +75,7 @@ quint64 ModelDataArray::byteCount() const {
 }
 
 void* ModelDataArray::data(quint64 first) {
-    return ownBytes(_byteCount) + typeSize(_type) * first;
+    return ownBytes() + typeSize(_type) * first;
 }
 
 void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
@@ -83,14 +88,13 @@ void ModelDataArray::append(quint64 count, const void* src) {
     if (count == 0 || !canHold(_type, count) || !canHold(_type, size() + count))
         return;
     const quint64 bytes = typeSize(_type) * count;
-    const quint64 total = _byteCount + bytes;
-    // The block before stays alive until the end: `src` may point into it.
-    std::shared_ptr<ScratchBlock> before;
-    if (total > _capacity)
-        before = growTo(total);
-    if (bytes != 0)
-        std::memcpy(ownBytes(total) + _byteCount, src, bytes);
-    _byteCount = total;
+    if (bytes == 0)
+        return;
+    // The bytes may be this array's own, which move when it grows.
+    const quint64 place = placeOf(src);
+    makeRoom(_byteCount + bytes);
+    std::memcpy(_block->as<char>() + _byteCount, place == kNotOwn ? src : _block->as<char>() + place, bytes);
+    _byteCount += bytes;
 }
 
 bool ModelDataArray::canHold(unsigned int type, quint64 count) {
@@ -98,42 +102,59 @@ bool ModelDataArray::canHold(unsigned int type, quint64 count) {
     return elementSize == 0 || count <= kMaxBytes / elementSize;
 }
 
-std::shared_ptr<ScratchBlock> ModelDataArray::moveTo(quint64 capacity) {
-    auto block = std::make_shared<ScratchBlock>(capacity, ScratchBlock::Content::Unspecified);
+quint64 ModelDataArray::placeOf(const void* bytes) const {
+    const std::less<> isBefore;
+    const char* const begin = _block ? _block->as<char>() : nullptr;
+    const auto* const place = static_cast<const char*>(bytes);
+    const bool isOwn = begin != nullptr && !isBefore(place, begin) && isBefore(place, begin + _byteCount);
+    return isOwn ? static_cast<quint64>(place - begin) : kNotOwn;
+}
+
+void ModelDataArray::moveTo(quint64 capacity) {
+    const auto block = std::make_shared<ScratchBlock>(capacity, ScratchBlock::Content::Unspecified);
     if (_byteCount != 0)
         std::memcpy(block->as<char>(), _block->as<char>(), _byteCount);
     _capacity = capacity;
-    _block.swap(block);
-    return block;
+    _block = block;
 }
 
-std::shared_ptr<ScratchBlock> ModelDataArray::growTo(quint64 bytes) {
-    const quint64 room = generousRoom(bytes);
-    try {
-        return moveTo(room);
-    } catch (const std::bad_alloc&) {
-        if (room < kMaxBytes)
-            throw;
-        return moveTo(modestRoom(bytes));
+bool ModelDataArray::isShared() const {
+    return _block.use_count() > 1;
+}
+
+void ModelDataArray::makeRoom(quint64 bytes) {
+    if (bytes <= _capacity) {
+        if (isShared())
+            moveTo(bytes);
+        return;
     }
-}
-
-char* ModelDataArray::ownBytes(quint64 bytes) {
-    if (_block == nullptr || _block.use_count() > 1) {
+    const quint64 room = generousRoom(bytes);
+    if (_block != nullptr && !isShared() && _block->grow(room)) {
+        _capacity = room;
+        return;
+    }
+    try {
+        moveTo(room);
+    } catch (const std::bad_alloc&) {
         try {
-            moveTo(_capacity);
+            moveTo(modestRoom(bytes));
         } catch (const std::bad_alloc&) {
-            if (_capacity == bytes)
-                throw;
-            moveTo(bytes); // where addresses are scarce
+            moveTo(bytes);
         }
     }
+}
+
+char* ModelDataArray::ownBytes() {
+    if (_block == nullptr || isShared())
+        moveTo(_byteCount);
     return _block->as<char>();
 }
 
 void ModelDataArray::resizeBytes(quint64 bytes) {
-    if (bytes > _capacity)
+    if (bytes > _capacity && _byteCount == 0)
         moveTo(bytes);
+    else if (bytes > _capacity)
+        makeRoom(bytes);
     _byteCount = bytes;
 }
 
