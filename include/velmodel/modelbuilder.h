@@ -51,8 +51,7 @@ public:
 
     /// Every stream comes from `allocator`; null makes the builder use a ModelDataArrayAllocator of its own.
     /// Groups whose flags agree in the bits of `materialFlagsMask` are drawn by one drawable.
-    explicit ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator = {},
-                          quint64 materialFlagsMask = 0);
+    ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator = {}, quint64 materialFlagsMask = 0);
     ~ModelBuilder();
     ModelBuilder(const ModelBuilder&) = delete;
     ModelBuilder& operator=(const ModelBuilder&) = delete;
@@ -194,6 +193,7 @@ private:
     bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
     void dropIndexLists(const StreamBuild& build) const;
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
+    static void assertReduction(qint64 before, qint64 after, const ModelDataStream& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
 
     bool prepareUpload(const QString& positionAttribute);

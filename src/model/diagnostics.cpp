@@ -12,21 +12,21 @@ void reportAssertion(const QString& condition, const QString& detail, int line) 
 }
 
 void reportMissingStream(const QString& purpose) {
-    QMessageLogger().warning("Unable to upload: no stream could be made for %s", qUtf8Printable(purpose));
+    QMessageLogger().warning("Unable to upload: no stream could be made for %s", qPrintable(purpose));
 }
 
 void reportMissingObject(const QString& purpose) {
-    QMessageLogger().warning("Unable to upload: the context made no object for %s", qUtf8Printable(purpose));
+    QMessageLogger().warning("Unable to upload: the context made no object for %s", qPrintable(purpose));
 }
 
 void reportRefusedData(const QString& purpose) {
     QMessageLogger().warning("Data for %s refused: a stream holds at most 2147483647 bytes",
-                             qUtf8Printable(purpose));
+                             qPrintable(purpose));
 }
 
 void reportOutsideFile(const QString& path, const QString& folder) {
-    QMessageLogger().warning("'%s' is not read: it lies outside of the model's folder '%s'",
-                             qUtf8Printable(path), qUtf8Printable(folder));
+    QMessageLogger().warning("'%s' is not read: it lies outside of the model's folder '%s'", qPrintable(path),
+                             qPrintable(folder));
 }
 
 } // namespace Atelier::Vel

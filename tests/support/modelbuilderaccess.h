@@ -30,8 +30,8 @@ struct ModelBuilderAccess {
 
     void buildGPUFriendlyStreams(bool mergeCorners) const { builder.buildGPUFriendlyStreams(mergeCorners); }
     void optimizeGPUStreams() const { builder.optimizeGPUStreams(); }
-    void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
-        builder.reportReduction(before, after, indices);
+    static void assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
+        ModelBuilder::assertReduction(before, after, indices);
     }
     void prepare(const QString& groupName, const QSharedPointer<ModelDataStream>& positions,
                  const QSharedPointer<ModelDataStream>& cornerIndices,

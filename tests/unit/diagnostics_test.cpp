@@ -1,5 +1,7 @@
 #include "diagnostics.h"
 
+#include <QtCore/QTextCodec>
+
 #include <gmock/gmock.h>
 
 #include "support/messagelog.h"
@@ -29,6 +31,25 @@ TEST(DiagnosticsTest, WarningsNameWhatTheyAreAbout) {
                     QStringLiteral("Unable to upload: the context made no object for die Fläche %1"),
                     QStringLiteral("Data for die Fläche %1 refused: a stream holds at most 2147483647 bytes"),
                     QStringLiteral("'ä/b' is not read: it lies outside of the model's folder '/ö'")));
+}
+
+// Qt reads what it is given as UTF-8.
+TEST(DiagnosticsTest, NamesAreInTheEncodingOfTheLocale) {
+    QTextCodec* const before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const Testing::MessageLog log;
+    const QString name = QStringLiteral("Fläche");
+    reportAssertion(name, name, 1);
+    reportMissingStream(name);
+    reportMissingObject(name);
+    reportRefusedData(name);
+    reportOutsideFile(name, name);
+    QTextCodec::setCodecForLocale(before);
+    ASSERT_EQ(log.messages().size(), 5U);
+    for (const auto& message : log.messages()) {
+        EXPECT_TRUE(message.text.contains(QStringLiteral("Fl\uFFFDche"))) << message.text.toStdString();
+        EXPECT_FALSE(message.text.contains(name));
+    }
 }
 
 } // namespace Atelier::Vel

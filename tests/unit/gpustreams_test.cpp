@@ -1,5 +1,7 @@
 #include <initializer_list>
 
+#include <QtCore/QTextCodec>
+
 #include <gmock/gmock.h>
 
 #include <velmodel/modelbuilder.h>
@@ -260,6 +262,20 @@ TEST_F(GPUStreamsTest, InvalidIndicesStandForZeros) {
     EXPECT_EQ(builder->statistics().substitutedCorners, 3U);
 }
 
+// Qt reads what it is given as UTF-8.
+TEST_F(GPUStreamsTest, WarningNamesTheAttributeInTheEncodingOfTheLocale) {
+    QTextCodec* const before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    faces({1});
+    attribute<float>("n\xE4he", 1, kFloat, {5}, {7});
+    build(false);
+    QTextCodec::setCodecForLocale(before);
+    EXPECT_THAT(
+        log.texts(QtWarningMsg),
+        ElementsAre(QStringLiteral("1 corners have no valid index into vertex attribute 'n\uFFFDhe' and "
+                                   "take a value of zeros")));
+}
+
 TEST_F(GPUStreamsTest, OneWarningPerAttributeInTheOrderOfNames) {
     faces({1});
     attribute<float>("b", 1, kFloat, {1}, {1});
@@ -396,9 +412,34 @@ TEST_F(GPUStreamsTest, ShortIndexStreamIsAssertedAndOnlyWholeEntriesAreWritten) 
     EXPECT_FALSE(log.messages().front().hasContext);
 }
 
+/// Makes index streams of 16 bits, and streams of other types only when they are empty.
+class NoResultAllocator : public Testing::ShortIndexAllocator {
+public:
+    ModelDataStream* alloc(unsigned int type, quint64 count) override {
+        return type == kUnsignedInt || count == 0 ? ShortIndexAllocator::alloc(type, count) : nullptr;
+    }
+};
+
+TEST_F(GPUStreamsTest, ShortIndexStreamIsAssertedBeforeAResultIsMissing) {
+    useAllocator(QSharedPointer<NoResultAllocator>::create());
+    faces({2, 1, 0, 0});
+    const quint32 words[] = {2, 1};
+    access().verticesPerFace()->setData(0, 4, words);
+    attribute<float>("a", 1, kFloat, {5, 6}, {});
+    const quint32 entries[] = {1, 0, 1};
+    stream("a", ModelBuilderAccess::kIndices)->append(6, entries);
+    build(false);
+    ASSERT_EQ(log.messages().size(), 2U);
+    EXPECT_EQ(log.messages()[0].text,
+              QStringLiteral("[modelbuilder:848] [ !! ] Assertion 'oldIndices->type() == GL_UNSIGNED_INT' "
+                             "failed: Index not uint32 0x1403"));
+    EXPECT_EQ(log.messages()[1].text,
+              QStringLiteral("Unable to upload: no stream could be made for vertex attribute 'a'"));
+}
+
 TEST_F(GPUStreamsTest, MoreVerticesAfterMergingThanBeforeIsAsserted) {
     const ModelDataArray list(kUnsignedInt);
-    access().reportReduction(2, 3, list);
+    ModelBuilderAccess::assertReduction(2, 3, list);
     EXPECT_THAT(log.texts(QtCriticalMsg),
                 ElementsAre(QStringLiteral(
                     "[modelbuilder:804] [ !! ] Assertion 'newVertexCount <= vertexCount' failed: 3 <= 2")));
@@ -460,6 +501,16 @@ TEST_F(OptimizeGPUStreamsTest, StreamsOfDifferentLengthsAreReadInsideThemselves)
     access().optimizeGPUStreams();
     EXPECT_THAT(values("a"), ElementsAre(5, 0, 0));
     EXPECT_THAT(values("b"), ElementsAre(1, 2, 3));
+}
+
+TEST_F(OptimizeGPUStreamsTest, ShortIndexStreamIsAssertedBeforeAResultIsMissing) {
+    useAllocator(QSharedPointer<NoResultAllocator>::create());
+    shared->setType(0x1403); // GL_UNSIGNED_SHORT
+    gpuAttribute("a", 1, {5});
+    access().optimizeGPUStreams();
+    ASSERT_EQ(log.messages().size(), 2U);
+    EXPECT_EQ(log.messages()[0].level, QtCriticalMsg);
+    EXPECT_EQ(log.messages()[1].level, QtWarningMsg);
 }
 
 TEST_F(OptimizeGPUStreamsTest, WithoutStreamsNothingHappens) {

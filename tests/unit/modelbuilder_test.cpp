@@ -1,5 +1,7 @@
 #include <velmodel/modelbuilder.h>
 
+#include <type_traits>
+
 #include <gmock/gmock.h>
 
 #include <velmodel/modeldataarray.h>
@@ -33,6 +35,8 @@ void makeValid(ModelBuilder& builder) {
     builder.addValuesToVertexAttribute(kName, 1, &value, kFloat);
     builder.addIndicesToVertexAttribute(kName, 1, &zero);
 }
+
+static_assert(std::is_convertible_v<QSharedPointer<ModelDataStreamAllocator>, ModelBuilder>);
 
 TEST(ModelBuilderTest, ConstantsAreThoseOfUnsignedInt) {
     EXPECT_EQ(ModelBuilder::kIndexType, 0x1405U);

@@ -56,7 +56,6 @@ void GLName::release() {
     const std::shared_ptr<NameOwner> owner = _owner.lock();
     if (owner && _name)
         owner->release(_kind, _name);
-    _name = 0;
 }
 
 const GLName* GLNames::find(const NameOwner& owner) const {

@@ -42,6 +42,7 @@ public:
     unsigned int value() const { return _name; }
 
 private:
+    /// What is kept of the name afterwards has no meaning.
     void release();
 
     GLKind _kind = GLKind::Buffer;

@@ -1,5 +1,7 @@
 #include <velgl/autobinder.h>
 
+#include <type_traits>
+
 #include <gmock/gmock.h>
 
 namespace Atelier::Vel::Testing {
@@ -13,6 +15,8 @@ public:
 };
 
 } // namespace
+
+static_assert(std::is_convertible_v<Bindable*, AutoBinder>);
 
 TEST(AutoBinderTest, BindsForItsLifetime) {
     testing::StrictMock<MockBindable> bindable;

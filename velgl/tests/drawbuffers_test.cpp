@@ -1,11 +1,15 @@
 #include <velgl/drawbuffers.h>
 
+#include <type_traits>
+
 #include <gtest/gtest.h>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
 namespace Atelier::Vel::Testing {
+
+static_assert(std::is_convertible_v<QObject*, DrawBuffers>);
 
 TEST(DrawBuffersTest, StartsWithNothingToDraw) {
     const DrawBuffers buffers;

@@ -1,6 +1,7 @@
 #include <velgl/instancedata.h>
 
 #include <limits>
+#include <type_traits>
 
 #include <gmock/gmock.h>
 
@@ -16,6 +17,8 @@ const QString kName = QStringLiteral("Material");
 const QString kMember = QStringLiteral("Kd");
 
 } // namespace
+
+static_assert(std::is_convertible_v<QString, InstanceData>);
 
 TEST(InstanceDataTest, StartsEmptyWithItsName) {
     const InstanceData data(kName);

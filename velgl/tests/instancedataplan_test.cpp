@@ -1,5 +1,7 @@
 #include <velgl/instancedataplan.h>
 
+#include <type_traits>
+
 #include <gmock/gmock.h>
 
 #include <velgl/instancedata.h>
@@ -31,6 +33,8 @@ QByteArray bytesOf(float value) {
 }
 
 } // namespace
+
+static_assert(std::is_convertible_v<QString, InstanceDataPlan>);
 
 TEST(InstanceDataPlanTest, TypesHaveTheirFixedValues) {
     EXPECT_EQ(int(DataType::Texture), 0);

@@ -101,6 +101,7 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
+    assertReduction(before, merging.vertexCount(), *indices);
     if (!merging.needsIndices())
         dropIndexLists(build);
     if (!makeResults(build, merging))
@@ -138,6 +139,7 @@ void ModelBuilder::optimizeGPUStreams() {
 
     const ScratchBlock oldToNew(vertexCount * sizeof(quint32));
     const VertexMerging merging(build.attributes, static_cast<quint32>(vertexCount), oldToNew.as<quint32>());
+    assertReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
     if (!makeResults(build, merging))
         return;
     const WordView entries = WordView::of(indices.data());
@@ -192,7 +194,7 @@ quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, const Verte
         if (count != 0)
             QMessageLogger().warning(
                 "%llu corners have no valid index into vertex attribute '%s' and take a value of zeros",
-                count, qUtf8Printable(build.names[i]));
+                count, qPrintable(build.names[i]));
     }
     return total;
 }
@@ -232,13 +234,16 @@ void ModelBuilder::adoptResults(StreamBuild& build, const QSharedPointer<ModelDa
     }
 }
 
-void ModelBuilder::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
+void ModelBuilder::assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
     if (after > before)
         reportAssertion(QStringLiteral("newVertexCount <= vertexCount"),
                         QStringLiteral("%1 <= %2").arg(after).arg(before), 804);
     if (indices.type() != kIndexType)
         reportAssertion(QStringLiteral("oldIndices->type() == GL_UNSIGNED_INT"),
                         QString::asprintf("Index not uint32 0x%X", indices.type()), 848);
+}
+
+void ModelBuilder::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
     QMessageLogger().debug("%p Vertices Map %8lld -> %8lld d %8lld (%3lld %%) %llu",
                            static_cast<const void*>(this), before, after, before - after,
                            before == 0 ? 0 : after * 100 / before, ModelDataStream::typeSize(indices.type()));

@@ -8,7 +8,7 @@ namespace Atelier::Vel {
 class VELGL_EXPORT AutoBinder {
 public:
     /// Binds `bindable`; null is allowed and binds nothing.
-    explicit AutoBinder(Bindable* bindable);
+    AutoBinder(Bindable* bindable);
     ~AutoBinder();
 
     AutoBinder(const AutoBinder&) = delete;

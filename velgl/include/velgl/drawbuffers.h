@@ -18,7 +18,7 @@ class VertexArrayObject;
 class VELGL_EXPORT DrawBuffers : public QObject {
     Q_OBJECT
 public:
-    explicit DrawBuffers(QObject* parent = nullptr);
+    DrawBuffers(QObject* parent = nullptr);
     ~DrawBuffers() override;
 
     void setVAO(QSharedPointer<VertexArrayObject> vao);

@@ -16,7 +16,7 @@ class Texture;
 /// Copies are cheap: they share their content until one of them is changed.
 class VELGL_EXPORT InstanceData {
 public:
-    explicit InstanceData(const QString& name = QString());
+    InstanceData(const QString& name = QString());
 
     QString name() const { return content().name; }
 

@@ -33,7 +33,7 @@ public:
         int offset = 0; ///< bytes from the start of an item; -1 for a texture
     };
 
-    explicit InstanceDataPlan(const QString& name);
+    InstanceDataPlan(const QString& name);
 
     const QString& name() const { return _name; }
     /// Appends a member; its offset follows from the members before it.
