@@ -1,459 +1,114 @@
 #include <velmodel/modelbuilder.h>
 
-#include <algorithm>
-#include <iterator>
-#include <memory>
-#include <numeric>
 #include <utility>
 
-#include <QtCore/QMessageLogger>
-
-#include <velgl/gpumodel.h>
 #include <velgl/opengldevicecontext.h>
-#include <velgl/sharedpointer.h>
 #include <velgl/texturetoken.h>
-#include <velmodel/modeldataarray.h>
 
-#include "diagnostics.h"
-#include "geometry/normals.h"
-#include "streams/streamview.h"
-#include "upload/facecutter.h"
+#include "modelbuilderdata.h"
 #include "upload/instanceplans.h"
-#include "upload/mergedcorners.h"
 #include "upload/modelupload.h"
-#include "upload/overwritingstream.h"
-#include "upload/streamrequest.h"
 
 namespace Atelier::Vel {
 
 namespace {
-
-constexpr unsigned int kFloat = 0x1406; // GL_FLOAT
 
 // Made in this order when the library is loaded.
 [[maybe_unused]] const TextureToken builderToken;
 [[maybe_unused]] const QString planarTag = QStringLiteral("[PLANAR]");
 [[maybe_unused]] const bool isInstanceInfoRegistered = (registerInstanceInfoPlan(), true);
 
-QString describeAttribute(const QString& name) {
-    return QStringLiteral("vertex attribute '%1'").arg(name);
-}
-
-/// False when the stream did not take the data. A null stream takes nothing and loses nothing.
-bool appendIfThere(ModelDataStream* stream, quint64 count, const void* data, quint64 elementSize) {
-    return stream == nullptr || count == 0 || appendTo(*stream, count, data, elementSize);
-}
-
-bool appendWords(ModelDataStream* stream, quint64 count, const unsigned int* words) {
-    return appendIfThere(stream, count, words, sizeof *words);
-}
-
-/// Walking a hash gives another order in every process; what can be seen from outside has to keep one.
-template<typename List>
-List sorted(List list) {
-    std::sort(list.begin(), list.end());
-    return list;
-}
-
 } // namespace
 
 ModelBuilder::ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator, quint64 materialFlagsMask)
-    : _allocator(std::move(allocator)), _materialFlagsMask(materialFlagsMask) {
-    if (_allocator.isNull())
-        _allocator = shared<ModelDataStreamAllocator>(std::make_unique<ModelDataArrayAllocator>());
-    _verticesPerFace = makeStream(kIndexType, 0);
-    _gpuIndices = makeStream(kIndexType, 0);
-}
+    : _data(std::make_unique<Data>(this, std::move(allocator), materialFlagsMask)) {}
 
 ModelBuilder::~ModelBuilder() = default;
 
 void ModelBuilder::clear() {
-    _materialGroups.clear();
-    _verticesPerFace = makeStream(kIndexType, 0);
-    _vertexAttributes.clear();
-    _normalsAttributeName.clear();
-    _gpuIndices = makeStream(kIndexType, 0);
-    _drawCommands.clear();
-    _drawGroupNames.clear();
-    _statistics = {};
-    _refusedStreams.clear();
+    _data->clear();
 }
 
 bool ModelBuilder::isValid() const {
-    if (_materialGroups.isEmpty() || !hasFaces() || _vertexAttributes.isEmpty())
-        return false;
-    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(),
-                       [this](const VertexAttribute& record) {
-                           ModelDataStream* const values = record.streams[kValues].data();
-                           return values == nullptr || (!isEmpty(values) && hasIndices(record));
-                       });
-}
-
-bool ModelBuilder::hasIndices(const VertexAttribute& record) const {
-    return !isEmpty(_mergedCorners ? _mergedCorners->list().data() : record.streams[kIndices].data());
+    return _data->isValid();
 }
 
 bool ModelBuilder::hasMaterialGroup(const QString& name) const {
-    return _materialGroups.contains(name);
+    return _data->_materialGroups.contains(name);
 }
 
 void ModelBuilder::createMaterialGroup(const QString& name, const InstanceData& material, int id,
                                        quint64 flags) {
-    const int groupCount = _materialGroups.size();
-    MaterialGroup& group = _materialGroups[name];
-    group.material = material;
-    group.id = id < 0 ? groupCount : id;
-    group.flags = flags;
-    group.objectName = QString();
-    group.faces = GroupFaces();
-    if (_keepsInput)
-        group.faces.setStream(makeStream(kIndexType, 0));
+    _data->createMaterialGroup(name, material, id, flags);
 }
 
 int ModelBuilder::materialGroupId(const QString& name) const {
-    const auto found = _materialGroups.constFind(name);
-    return found == _materialGroups.constEnd() ? -1 : found->id;
+    const auto found = _data->_materialGroups.constFind(name);
+    return found == _data->_materialGroups.constEnd() ? -1 : found->id;
 }
 
 quint64 ModelBuilder::materialGroupFlags(const QString& name) const {
-    const auto found = _materialGroups.constFind(name);
-    return found == _materialGroups.constEnd() ? 0 : found->flags;
+    const auto found = _data->_materialGroups.constFind(name);
+    return found == _data->_materialGroups.constEnd() ? 0 : found->flags;
 }
 
 bool ModelBuilder::addFacesToMaterialGroup(const QString& name, quint64 count, const unsigned int* faces,
                                            const QString& objectName) {
-    const auto group = _materialGroups.find(name);
-    if (group == _materialGroups.end())
-        return false;
-    if (group->objectName.isNull())
-        group->objectName = objectName;
-    if (group->objectName != objectName)
-        QMessageLogger().warning("adding object '%s'' to material group for object '%s'",
-                                 objectName.toLocal8Bit().constData(),
-                                 group->objectName.toLocal8Bit().constData());
-    if (!appendWords(group->faces.others().stream.data(), count, faces))
-        refuse(QStringLiteral("material group '%1'").arg(name));
-    return true;
+    return _data->addFacesToMaterialGroup(name, count, faces, objectName);
 }
 
 bool ModelBuilder::hasVertexAttribute(const QString& name) const {
-    return _vertexAttributes.contains(name);
+    return _data->_vertexAttributes.contains(name);
 }
 
 void ModelBuilder::createVertexAttribute(const QString& name, int components, unsigned int type,
                                          quint64 valueCount, quint64 indexCount) {
-    if (_mergedCorners)
-        listCorners();
-    VertexAttribute& record = _vertexAttributes[name];
-    record = VertexAttribute();
-    record.streams[kValues] = makeStream(type, valueCount);
-    record.streams[kIndices] = makeStream(kIndexType, indexCount);
-    record.components = components;
-    const bool isWithoutValues =
-        record.streams[kValues].isNull() && !ModelDataArray::canHold(type, valueCount);
-    const bool isWithoutIndices =
-        record.streams[kIndices].isNull() && !ModelDataArray::canHold(kIndexType, indexCount);
-    if (isWithoutValues || isWithoutIndices)
-        refuse(describeAttribute(name));
+    _data->createVertexAttribute(name, components, type, valueCount, indexCount);
 }
 
 void ModelBuilder::addValuesToVertexAttribute(const QString& name, quint64 count, const void* values,
                                               unsigned int type) {
-    const auto record = _vertexAttributes.find(name);
-    if (record == _vertexAttributes.end())
-        return;
-    ModelDataStream* const stream = record->streams[kValues].data();
-    if (stream != nullptr && stream->type() == type &&
-        !appendIfThere(stream, count, values, ModelDataStream::typeSize(type)))
-        refuse(describeAttribute(name));
+    _data->addValuesToVertexAttribute(name, count, values, type);
 }
 
 void ModelBuilder::addIndicesToVertexAttribute(const QString& name, quint64 count,
                                                const unsigned int* indices) {
-    const auto record = _vertexAttributes.find(name);
-    if (record == _vertexAttributes.end())
-        return;
-    if (!_listsCorners)
-        listCorners();
-    if (!appendWords(record->streams[kIndices].data(), count, indices))
-        refuse(describeAttribute(name));
-}
-
-bool ModelBuilder::addCorners(const CornerList* lists, std::size_t listCount, quint32 count) {
-    if (_listsCorners)
-        return false;
-    std::array<quint32*, TupleNumbering::kMostPlaces> numbers{};
-    std::transform(lists, lists + listCount, numbers.begin(),
-                   [](const CornerList& list) { return list.indices; });
-    if (!_mergedCorners) {
-        QStringList names;
-        std::transform(lists, lists + listCount, std::back_inserter(names),
-                       [](const CornerList& list) { return *list.attribute; });
-        const QSharedPointer<ModelDataStream> list = makeStream(kIndexType, 0);
-        if (!list.isNull() && list->type() == kIndexType)
-            _mergedCorners = std::make_unique<MergedCorners>(names, list);
-    }
-    const quint64 values = _vertexAttributes[*lists->attribute].valueCount(kValues);
-    if (!_mergedCorners || !_mergedCorners->add(numbers.data(), count, values)) {
-        listCorners();
-        return false;
-    }
-    if (_mergedCorners->isRefused())
-        refuse(describeAttribute(*lists->attribute));
-    return true;
-}
-
-void ModelBuilder::listCorners() {
-    _listsCorners = true;
-    const std::unique_ptr<MergedCorners> merged = std::move(_mergedCorners);
-    for (int i = 0; merged && i < merged->attributes().size(); ++i)
-        merged->unmerge(i, [&](const quint32* numbers, quint64 count) {
-            addIndicesToVertexAttribute(merged->attributes()[i], count, numbers);
-        });
-}
-
-bool ModelBuilder::addFaceRun(const QString& name, unsigned int first, unsigned int count) {
-    const auto group = _materialGroups.find(name);
-    if (group == _materialGroups.end())
-        return false;
-    group->faces.addRun(first, count);
-    return true;
-}
-
-const ModelBuilder::GroupFaces::More& ModelBuilder::GroupFaces::others() const {
-    static const More none;
-    return more ? *more : none;
-}
-
-void ModelBuilder::GroupFaces::addRun(unsigned int firstAdded, unsigned int countAdded) {
-    if (count != 0 && firstAdded == first + count) {
-        count += countAdded;
-        return;
-    }
-    if (count != 0) {
-        if (!more)
-            more = new More;
-        std::vector<unsigned int>& before = more->before;
-        before.push_back(first);
-        if (count > 1)
-            before.push_back((count - 1) | kFollow);
-    }
-    first = firstAdded;
-    count = countAdded;
-}
-
-void ModelBuilder::GroupFaces::setStream(const QSharedPointer<ModelDataStream>& stream) {
-    if (!more)
-        more = new More;
-    more->stream = stream;
+    _data->addIndicesToVertexAttribute(name, count, indices);
 }
 
 void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {
-    if (count == 0)
-        return;
-    if (_uniformFaces) {
-        const unsigned int corners = _uniformFaces->count == 0 ? counts[0] : _uniformFaces->corners;
-        const auto isOther = [corners](unsigned int other) { return other != corners; };
-        if (corners != 0 && std::none_of(counts, counts + count, isOther)) {
-            _uniformFaces->corners = corners;
-            _uniformFaces->count += count;
-            return;
-        }
-        listFaceCounts();
-    }
-    if (!appendWords(_verticesPerFace.data(), count, counts))
-        refuse(QStringLiteral("the faces"));
-}
-
-void ModelBuilder::listFaceCounts() {
-    const std::unique_ptr<UniformFaces> faces = std::move(_uniformFaces);
-    const std::vector<unsigned int> counts(std::min<quint64>(faces->count, 4096), faces->corners);
-    for (quint64 left = faces->count; left != 0; left -= std::min<quint64>(left, counts.size()))
-        addVertexCountsToFaces(std::min<quint64>(left, counts.size()), counts.data());
-}
-
-bool ModelBuilder::hasFaces() const {
-    return _uniformFaces ? _uniformFaces->count != 0 : !isEmpty(_verticesPerFace.data());
-}
-
-quint32 ModelBuilder::cornerCount() const {
-    if (_mergedCorners)
-        return static_cast<quint32>(_mergedCorners->list()->size());
-    if (_uniformFaces)
-        return static_cast<quint32>(_uniformFaces->count * _uniformFaces->corners);
-    const WordView counts = WordView::of(_verticesPerFace.data());
-    return std::accumulate(counts.words, counts.words + counts.count, quint32{0});
+    _data->addVertexCountsToFaces(count, counts);
 }
 
 void ModelBuilder::generateNormals(const QString& name) {
-    _normalsAttributeName = name;
+    _data->_normalsAttributeName = name;
 }
 
 void ModelBuilder::removeUnusedVertices() {}
 
 void ModelBuilder::removeDuplicateVertices() {}
 
+DrawData ModelBuilder::prepare(const QString& positionAttribute) {
+    return isValid() && hasVertexAttribute(positionAttribute) ? _data->prepare(positionAttribute)
+                                                              : DrawData();
+}
+
 void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
                           const QString& groupIdMember, unsigned int usage, unsigned int primitiveType) {
-    if (model == nullptr || !isValid() || !_vertexAttributes.contains(positionAttribute))
+    if (model == nullptr || !isValid() || !hasVertexAttribute(positionAttribute))
         return;
     const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    if (context.isNull())
-        return;
-    if (isEmpty(_gpuIndices.data()) && !prepareUpload(positionAttribute))
-        return;
-    const VertexAttribute& position = _vertexAttributes[positionAttribute];
-    // Not those that the triangles were made of, or declared anew since.
-    if (position.streams[kGPUValues].isNull()) {
-        reportMissingStream(describeAttribute(positionAttribute));
-        return;
-    }
-    ModelUpload upload(*context, {instanceData, groupIdMember, usage, primitiveType});
-    if (!upload.addIndices(*_gpuIndices, position.valueCount(kGPUValues), *_allocator))
-        return;
-    for (const QString& name : attributeNames()) {
-        const VertexAttribute& record = _vertexAttributes[name];
-        if (!record.streams[kGPUValues].isNull() &&
-            !upload.addAttribute(name, *record.streams[kGPUValues], record.components))
-            return;
-    }
-    for (const quint64 drawKey : sorted(_drawCommands.keys()))
-        upload.addDrawable(
-            *model, drawKey, _keepsInput ? _drawCommands.value(drawKey) : _drawCommands.take(drawKey),
-            _drawGroupNames.value(drawKey), [this](const QString& name) { return drawGroup(name); });
+    if (!context.isNull())
+        uploadTo(*context, _data->prepare(positionAttribute), *model,
+                 {instanceData, groupIdMember, usage, primitiveType});
 }
 
-quint64 ModelBuilder::VertexAttribute::valueCount(StreamSlot slot) const {
-    if (components < 1 || streams[slot].isNull())
-        return 0;
-    return streams[slot]->size() / static_cast<quint64>(components);
+const ModelBuilder::Statistics& ModelBuilder::statistics() const {
+    return _data->_statistics;
 }
 
-bool ModelBuilder::prepareUpload(const QString& positionAttribute) {
-    // A preparation that gave no triangle is followed by another one.
-    _statistics.untriangulatedFaces = 0;
-    buildGPUFriendlyStreams(false);
-    for (const VertexAttribute& record : qAsConst(_vertexAttributes))
-        if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
-            return false;
-    // A copy: the table may grow below.
-    const VertexAttribute position = _vertexAttributes.value(positionAttribute);
-    if (position.streams[kGPUValues].isNull()) {
-        reportMissingStream(describeAttribute(positionAttribute));
-        return false;
-    }
-    if (_gpuIndices.isNull())
-        _gpuIndices = makeStream(kIndexType, 0);
-    if (_gpuIndices.isNull()) {
-        reportMissingStream(QStringLiteral("the triangle indices"));
-        return false;
-    }
-    prepareMaterialGroups(position);
-    return !_gpuIndices.isNull() && (_normalsAttributeName.isNull() || makeNormals(position));
-}
-
-void ModelBuilder::prepareMaterialGroups(const VertexAttribute& position) {
-    const WordView counts = WordView::of(_verticesPerFace.data());
-    QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
-    std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
-    _faceCutter = std::make_unique<FaceCutter>(
-        _uniformFaces ? FaceCutter::mostIndices(*_uniformFaces) : FaceCutter::mostIndices(counts), _cutMeter);
-    const std::vector<GroupEntry> groups = groupsInOrder();
-    const QSharedPointer<ModelDataStream>& corners = position.streams[kGPUIndices];
-    _overwritesCorners = trianglesFollowCorners(groups);
-    for (const GroupEntry& group : groups) {
-        if (!_gpuIndices.isNull() &&
-            (!isEmpty(group->faces.others().stream.data()) || group->faces.count != 0))
-            prepareMaterialGroupForUpload(group.key(), *group, position.streams[kGPUValues], corners,
-                                          faceStarts);
-        if (!_keepsInput)
-            group->faces = GroupFaces(); // in this order, which is that of making, it costs least
-    }
-    _faceCutter.reset();
-}
-
-bool ModelBuilder::trianglesFollowCorners(const std::vector<GroupEntry>& groups) const {
-    if (_keepsInput || !_uniformFaces || _uniformFaces->corners > 3)
-        return false;
-    quint64 next = 0;
-    return std::all_of(groups.begin(), groups.end(), [&next](const GroupEntry& group) {
-        const GroupFaces& faces = group->faces;
-        const bool follows = faces.count == 0 || (faces.others().before.empty() && faces.first >= next);
-        next = std::max(next, quint64{faces.first} + faces.count);
-        return follows;
-    });
-}
-
-QSharedPointer<ModelDataStream>
-ModelBuilder::makeTriangleStream(const QSharedPointer<ModelDataStream>& corners) const {
-    if (_overwritesCorners)
-        return shared<ModelDataStream>(std::make_unique<OverwritingStream>(corners));
-    return makeStream(kIndexType, 0);
-}
-
-void ModelBuilder::abandonPreparation() {
-    _gpuIndices.reset();
-    _drawCommands.clear();
-    _drawGroupNames.clear();
-    _statistics.triangles = 0;
-    _statistics.untriangulatedFaces = 0;
-}
-
-bool ModelBuilder::makeNormals(const VertexAttribute& position) {
-    const quint64 vertexCount = position.valueCount(kGPUValues);
-    const QSharedPointer<ModelDataStream> values = makeStream(kFloat, vertexCount * 3);
-    const ByteView normals = ByteView::of(values.data());
-    if (values.isNull() || values->type() != kFloat || normals.count < vertexCount * 3 * sizeof(float)) {
-        abandonPreparation();
-        reportMissingStream(describeAttribute(_normalsAttributeName));
-        return false;
-    }
-    const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
-    const WordView indices = WordView::of(_gpuIndices.data());
-    generateVertexNormals(reinterpret_cast<const float*>(positions.bytes), positions.count / sizeof(float),
-                          indices.words, indices.count, static_cast<quint32>(vertexCount),
-                          reinterpret_cast<float*>(normals.bytes));
-    VertexAttribute& record = _vertexAttributes[_normalsAttributeName];
-    record.streams[kGPUValues] = values;
-    record.streams[kGPUIndices] = position.streams[kGPUIndices];
-    record.components = 3;
-    return true;
-}
-
-DrawGroup ModelBuilder::drawGroup(const QString& name) {
-    const auto group = _materialGroups.find(name);
-    if (group == _materialGroups.end())
-        return {QString(), InstanceData(), 0};
-    DrawGroup result{group->objectName, group->material, group->id};
-    if (!_keepsInput)
-        _materialGroups.erase(group);
-    return result;
-}
-
-QSharedPointer<ModelDataStream> ModelBuilder::makeStream(unsigned int type, quint64 count) const {
-    return requestStream(*_allocator, type, count);
-}
-
-void ModelBuilder::refuse(const QString& purpose) {
-    if (_refusedStreams.contains(purpose))
-        return;
-    _refusedStreams.append(purpose);
-    reportRefusedData(purpose);
-}
-
-QStringList ModelBuilder::attributeNames() const {
-    return sorted(QStringList(_vertexAttributes.keys()));
-}
-
-std::vector<ModelBuilder::GroupEntry> ModelBuilder::groupsInOrder() {
-    std::vector<GroupEntry> groups;
-    groups.reserve(static_cast<std::size_t>(_materialGroups.size()));
-    for (auto group = _materialGroups.begin(); group != _materialGroups.end(); ++group)
-        groups.push_back(group);
-    std::sort(groups.begin(), groups.end(), [](const GroupEntry& a, const GroupEntry& b) {
-        return a->id != b->id ? a->id < b->id : a.key() < b.key();
-    });
-    return groups;
+const QStringList& ModelBuilder::refusedStreams() const {
+    return _data->_refusedStreams;
 }
 
 } // namespace Atelier::Vel

@@ -4,8 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include <velmodel/modelbuilder.h>
-
+#include "modelbuilderdata.h"
 #include "upload/facecutter.h"
 
 namespace Atelier::Vel {
@@ -16,28 +15,30 @@ struct SingleUpload {
     /// nearly halves the peak of memory of a large mesh. Nothing but that upload may be asked of it
     /// afterwards, and its faces have to be added with addFaces().
     static void expect(ModelBuilder& builder) {
-        builder._keepsInput = false;
-        builder._listsCorners = false;
-        builder._uniformFaces = std::make_unique<UniformFaces>();
+        builder._data->_keepsInput = false;
+        builder._data->_listsCorners = false;
+        builder._data->_uniformFaces = std::make_unique<UniformFaces>();
     }
 
     /// Has corners counted while faces are cut, those of large polygons twice. What the meter throws
     /// gives up the upload; the builder can only be destroyed then.
-    static void meterCuts(ModelBuilder& builder, WorkMeter meter) { builder._cutMeter = std::move(meter); }
+    static void meterCuts(ModelBuilder& builder, WorkMeter meter) {
+        builder._data->_cutMeter = std::move(meter);
+    }
 
     /// Adds `count` faces from number `first` on to a group. Returns: false when there is no such group.
     static bool addFaces(ModelBuilder& builder, const QString& group, quint32 first, quint32 count) {
-        return builder.addFaceRun(group, first, count);
+        return builder._data->addFaceRun(group, first, count);
     }
 
-    using CornerList = ModelBuilder::CornerList;
+    using CornerList = ModelBuilder::Data::CornerList;
     /// Adds the indices of `count` corners to all attributes at once, which spares their lists: one of
     /// `listCount` for each of them, the positions' first, which is overwritten.
     /// Returns: false, and nothing is added, where the builder needs the lists: they have to be added one by
     /// one from then on.
     static bool addCorners(ModelBuilder& builder, const CornerList* lists, std::size_t listCount,
                            quint32 count) {
-        return builder.addCorners(lists, listCount, count);
+        return builder._data->addCorners(lists, listCount, count);
     }
 };
 

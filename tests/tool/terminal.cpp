@@ -10,8 +10,7 @@
 
 namespace Atelier::Vel::Testing {
 
-Terminal::Terminal()
-    : _master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)), _standardError(dup(STDERR_FILENO)) {
+Terminal::Terminal() : _master(posix_openpt(O_RDWR | O_NOCTTY)), _standardError(dup(STDERR_FILENO)) {
     EXPECT_TRUE(_master >= 0 && grantpt(_master) == 0 && unlockpt(_master) == 0);
     _name = QString::fromLocal8Bit(ptsname(_master));
     const int device = open(qPrintable(_name), O_RDWR | O_NOCTTY);
@@ -26,11 +25,22 @@ Terminal::~Terminal() {
     close(_master);
 }
 
+// What is printed arrives some time later: a mark behind it tells that all has come.
 QByteArray Terminal::text() {
+    constexpr char kMark = '\x1e';
     std::fflush(stderr);
-    QByteArray result(65536, '\0');
-    const ssize_t count = read(_master, result.data(), static_cast<std::size_t>(result.size()));
-    result.truncate(count > 0 ? int(count) : 0);
+    EXPECT_EQ(write(STDERR_FILENO, &kMark, 1), 1);
+    QByteArray result;
+    while (!result.endsWith(kMark)) {
+        char part[4096];
+        const ssize_t count = read(_master, part, sizeof part);
+        if (count <= 0) {
+            ADD_FAILURE() << "the terminal has gone";
+            return result;
+        }
+        result.append(part, static_cast<int>(count));
+    }
+    result.chop(1);
     return result;
 }
 

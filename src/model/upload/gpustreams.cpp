@@ -6,18 +6,18 @@
 
 #include <QtCore/QMessageLogger>
 
-#include <velmodel/modelbuilder.h>
 #include <velmodel/modeldataarray.h>
 
 #include "diagnostics.h"
 #include "geometry/vertexmerging.h"
+#include "modelbuilderdata.h"
 #include "streams/streamview.h"
 #include "upload/mergedcorners.h"
 
 namespace Atelier::Vel {
 
 /// The attributes that one merging goes over, in their order, with the streams that hold the result.
-struct ModelBuilder::StreamBuild {
+struct ModelBuilder::Data::StreamBuild {
     std::vector<QString> names;
     std::vector<VertexAttribute*> records;
     std::vector<CornerAttribute> attributes;
@@ -68,7 +68,7 @@ bool lacksEntries(ModelDataStream& indices, quint32 count) {
 
 } // namespace
 
-void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
+void ModelBuilder::Data::buildGPUFriendlyStreams(bool mergeCorners) {
     if (allHaveGPUStreams())
         return;
     _statistics = {};
@@ -116,7 +116,7 @@ void ModelBuilder::buildGPUFriendlyStreams(bool mergeCorners) {
     reportReduction(before, merging.vertexCount(), *indices);
 }
 
-void ModelBuilder::optimizeGPUStreams() {
+void ModelBuilder::Data::optimizeGPUStreams() {
     StreamBuild build;
     QSharedPointer<ModelDataStream> indices;
     quint64 vertexCount = 0;
@@ -150,7 +150,7 @@ void ModelBuilder::optimizeGPUStreams() {
     reportReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
 }
 
-QSharedPointer<ModelDataStream> ModelBuilder::listToOverwrite(quint32 cornerCount) const {
+QSharedPointer<ModelDataStream> ModelBuilder::Data::listToOverwrite(quint32 cornerCount) const {
     if (_keepsInput)
         return {};
     for (const VertexAttribute& record : _vertexAttributes) {
@@ -161,13 +161,13 @@ QSharedPointer<ModelDataStream> ModelBuilder::listToOverwrite(quint32 cornerCoun
     return {};
 }
 
-bool ModelBuilder::allHaveGPUStreams() const {
+bool ModelBuilder::Data::allHaveGPUStreams() const {
     return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(), [](const VertexAttribute& record) {
         return !record.streams[kGPUValues].isNull() && !record.streams[kGPUIndices].isNull();
     });
 }
 
-ModelBuilder::StreamBuild ModelBuilder::collectInput(quint32 cornerCount) {
+ModelBuilder::Data::StreamBuild ModelBuilder::Data::collectInput(quint32 cornerCount) {
     StreamBuild build;
     for (const QString& name : attributeNames()) {
         VertexAttribute& record = _vertexAttributes[name];
@@ -186,7 +186,7 @@ ModelBuilder::StreamBuild ModelBuilder::collectInput(quint32 cornerCount) {
     return build;
 }
 
-quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging) {
+quint64 ModelBuilder::Data::warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging) {
     quint64 total = 0;
     for (std::size_t i = 0; i < build.attributes.size(); ++i) {
         const quint64 count = merging.substitutedCorners(i);
@@ -199,7 +199,7 @@ quint64 ModelBuilder::warnAboutSubstitutes(const StreamBuild& build, const Verte
     return total;
 }
 
-bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging) const {
+bool ModelBuilder::Data::makeResults(StreamBuild& build, const VertexMerging& merging) const {
     for (std::size_t i = 0; i < build.records.size(); ++i) {
         const VertexAttribute& record = *build.records[i];
         const bool isInput = record.streams[kGPUValues].isNull();
@@ -221,20 +221,20 @@ bool ModelBuilder::makeResults(StreamBuild& build, const VertexMerging& merging)
     return true;
 }
 
-void ModelBuilder::dropIndexLists(const StreamBuild& build) const {
+void ModelBuilder::Data::dropIndexLists(const StreamBuild& build) const {
     if (!_keepsInput)
         for (VertexAttribute* record : build.records)
             record->streams[kIndices].reset();
 }
 
-void ModelBuilder::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
+void ModelBuilder::Data::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
     for (std::size_t i = 0; i < build.records.size(); ++i) {
         build.records[i]->streams[kGPUValues] = build.results[i];
         build.records[i]->streams[kGPUIndices] = indices;
     }
 }
 
-void ModelBuilder::assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
+void ModelBuilder::Data::assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
     if (after > before)
         reportAssertion(QStringLiteral("newVertexCount <= vertexCount"),
                         QStringLiteral("%1 <= %2").arg(after).arg(before), 804);
@@ -243,9 +243,9 @@ void ModelBuilder::assertReduction(qint64 before, qint64 after, const ModelDataS
                         QString::asprintf("Index not uint32 0x%X", indices.type()), 848);
 }
 
-void ModelBuilder::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
+void ModelBuilder::Data::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
     QMessageLogger().debug("%p Vertices Map %8lld -> %8lld d %8lld (%3lld %%) %llu",
-                           static_cast<const void*>(this), before, after, before - after,
+                           static_cast<const void*>(_owner), before, after, before - after,
                            before == 0 ? 0 : after * 100 / before, ModelDataStream::typeSize(indices.type()));
 }
 

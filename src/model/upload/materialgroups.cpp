@@ -3,9 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include <velmodel/modelbuilder.h>
-
 #include "diagnostics.h"
+#include "modelbuilderdata.h"
 #include "upload/facecutter.h"
 
 namespace Atelier::Vel {
@@ -40,10 +39,10 @@ bool forFaces(const GroupFaces& group, const Take& take) {
 
 } // namespace
 
-void ModelBuilder::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
-                                                 const QSharedPointer<ModelDataStream>& positions,
-                                                 const QSharedPointer<ModelDataStream>& cornerIndices,
-                                                 const QVector<unsigned int>& faceStarts) {
+void ModelBuilder::Data::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
+                                                       const QSharedPointer<ModelDataStream>& positions,
+                                                       const QSharedPointer<ModelDataStream>& cornerIndices,
+                                                       const QVector<unsigned int>& faceStarts) {
     if (!_verticesPerFace.isNull() && _verticesPerFace->type() != kIndexType)
         reportAssertion(
             QStringLiteral("GL_UNSIGNED_INT == _verticesPerFace->type()"),

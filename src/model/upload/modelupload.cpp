@@ -11,6 +11,7 @@
 #include <velgl/instancedatacollection.h>
 #include <velgl/opengldevicecontext.h>
 #include <velgl/vertexarrayobject.h>
+#include <velmodel/modeldatastream.h>
 
 #include "diagnostics.h"
 #include "streams/streamview.h"
@@ -32,13 +33,13 @@ constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 
 /// A copy of the indices, each cut to 16 bits, of as many elements as the source; null when there is no such
 /// stream.
-QSharedPointer<ModelDataStream> shortened(ModelDataStream& indices, ModelDataStreamAllocator& allocator) {
-    const quint64 count = indices.size();
-    QSharedPointer<ModelDataStream> result = requestStream(allocator, kUnsignedShort, count);
+QSharedPointer<ModelDataStream> shortened(const DrawDataContent& content) {
+    const quint64 count = content.indices->size();
+    QSharedPointer<ModelDataStream> result = requestStream(*content.allocator, kUnsignedShort, count);
     const ByteView target = ByteView::of(result.data());
     if (result.isNull() || target.count < count * sizeof(quint16))
         return {};
-    const WordView source = WordView::of(&indices);
+    const WordView& source = content.indexWords;
     auto* const shorts = reinterpret_cast<quint16*>(target.bytes);
     std::transform(source.words, source.words + source.count, shorts,
                    [](quint32 index) { return static_cast<quint16>(index); });
@@ -51,23 +52,33 @@ std::unique_ptr<InstanceDataCollection> makeCollection(const QString& name,
     return items.isEmpty() ? nullptr : std::make_unique<InstanceDataCollection>(name, items);
 }
 
-/// Numbers of commands and the names of their objects, in order; those without a name are left out.
-using ObjectNames = std::vector<std::pair<int, QString>>;
-
-void addNames(GPUModel& model, int drawable, const QVector<QString>& materialNames,
-              const ObjectNames& objectNames) {
-    auto next = objectNames.cbegin();
-    for (int command = 0; command < materialNames.size(); ++command) {
-        const bool hasObjectName = next != objectNames.cend() && next->first == command;
-        model.addMaterialName(drawable, command, materialNames[command]);
-        model.addObjectName(drawable, command, hasObjectName ? (next++)->second : QString());
+void addNames(GPUModel& model, int index, const DrawDataContent::Drawable& drawable) {
+    auto next = drawable.objectNames.cbegin();
+    for (int command = 0; command < drawable.names.size(); ++command) {
+        const bool hasObjectName = next != drawable.objectNames.cend() && next->command == command;
+        model.addMaterialName(index, command, drawable.names[command]);
+        model.addObjectName(index, command, hasObjectName ? (next++)->name : QString());
     }
 }
 
 } // namespace
 
-ModelUpload::ModelUpload(OpenGLDeviceContext& context, UploadOptions options)
-    : _context(context), _options(std::move(options)) {}
+ModelUpload::ModelUpload(OpenGLDeviceContext& context, const UploadOptions& options)
+    : _context(context), _options(options) {}
+
+bool ModelUpload::add(DrawDataContent& content, GPUModel& model) {
+    if (!addIndices(content))
+        return false;
+    content.indices.reset();
+    for (DrawDataContent::Stream& stream : content.attributes) {
+        if (!addAttribute(stream))
+            return false;
+        stream.values.reset();
+    }
+    for (DrawDataContent::Drawable& drawable : content.drawables)
+        addDrawable(model, std::move(drawable));
+    return true;
+}
 
 QSharedPointer<BufferObject> ModelUpload::bindNewBuffer(unsigned int target) const {
     QSharedPointer<BufferObject> buffer = _context.createBufferObject();
@@ -78,19 +89,18 @@ QSharedPointer<BufferObject> ModelUpload::bindNewBuffer(unsigned int target) con
     return buffer;
 }
 
-bool ModelUpload::addIndices(ModelDataStream& indices, quint64 vertexCount,
-                             ModelDataStreamAllocator& allocator) {
-    const bool isShort = static_cast<qint32>(vertexCount) < static_cast<qint32>(kShortIndexLimit);
+bool ModelUpload::addIndices(const DrawDataContent& content) {
+    const bool isShort = static_cast<qint32>(content.vertexCount) < static_cast<qint32>(kShortIndexLimit);
     const QSharedPointer<ModelDataStream> shorts =
-        isShort ? shortened(indices, allocator) : QSharedPointer<ModelDataStream>();
-    const quint64 count = isShort ? indices.size() : WordView::of(&indices).count;
+        isShort ? shortened(content) : QSharedPointer<ModelDataStream>();
+    const quint64 count = isShort ? content.indices->size() : content.indexWords.count;
     if ((isShort && shorts.isNull()) || count > kMaxElements) {
         reportMissingStream(QStringLiteral("the index buffer"));
         return false;
     }
-    _vertexCount = vertexCount;
+    _vertexCount = content.vertexCount;
     _indexCount = static_cast<int>(count);
-    _indexType = isShort ? kUnsignedShort : indices.type();
+    _indexType = isShort ? kUnsignedShort : content.indices->type();
     _indexBuffer = bindNewBuffer(kElementArrayBuffer);
     if (_indexBuffer.isNull()) {
         reportMissingObject(QStringLiteral("the index buffer"));
@@ -100,42 +110,41 @@ bool ModelUpload::addIndices(ModelDataStream& indices, quint64 vertexCount,
         _indexBuffer->uploadGLushortData(static_cast<const unsigned short*>(shorts->data(0)), _indexCount,
                                          _options.usage);
     else
-        _indexBuffer->uploadGLuintData(static_cast<const unsigned int*>(indices.data(0)), _indexCount,
-                                       _options.usage);
+        _indexBuffer->uploadGLuintData(content.indexWords.words, _indexCount, _options.usage);
     _indexBuffer->unbind();
     return true;
 }
 
-bool ModelUpload::addAttribute(const QString& name, ModelDataStream& values, int components) {
-    const QString purpose = QStringLiteral("the buffer of vertex attribute '%1'").arg(name);
-    if (values.size() > kMaxElements) {
+bool ModelUpload::addAttribute(const DrawDataContent::Stream& stream) {
+    const QString purpose = QStringLiteral("the buffer of vertex attribute '%1'").arg(stream.name);
+    const quint64 count = stream.values->size();
+    const unsigned int type = stream.values->type();
+    if (count > kMaxElements) {
         reportMissingStream(purpose);
         return false;
     }
-    const Attribute attribute{name, bindNewBuffer(kArrayBuffer), components, values.type()};
+    const Attribute attribute{stream.name, bindNewBuffer(kArrayBuffer), stream.components, type};
     if (attribute.buffer.isNull()) {
         reportMissingObject(purpose);
         return false;
     }
-    attribute.buffer->uploadArbitraryData(values.data(0), static_cast<int>(values.size()), _options.usage,
-                                          ModelDataStream::typeSize(values.type()));
+    attribute.buffer->uploadArbitraryData(stream.data, static_cast<int>(count), _options.usage,
+                                          ModelDataStream::typeSize(type));
     attribute.buffer->unbind();
     _attributes.push_back(attribute);
     return true;
 }
 
 // Of what stands once per group, no more is held at a time than has to be: groups may be many.
-void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElementsIndirectCommand> commands,
-                              const QVector<QString>& names,
-                              const std::function<DrawGroup(const QString& name)>& groupOf) const {
+void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) const {
     const QSharedPointer<VertexArrayObject> vao = _context.createVertexArrayObject();
     auto drawable = std::make_unique<DrawBuffers>(nullptr);
     drawable->setVAO(vao);
     drawable->setIndexedDraw(_indexBuffer, _indexCount, _indexType);
     drawable->setVertexCount(static_cast<unsigned int>(_vertexCount));
     drawable->setPrimitiveType(_options.primitiveType);
-    drawable->setDrawElementsIndirectCommands(commands.constData(), commands.size());
-    commands = {};
+    drawable->setDrawElementsIndirectCommands(added.commands.constData(), added.commands.size());
+    added.commands = {};
     if (vao.isNull())
         reportMissingObject(QStringLiteral("the vertex array of a drawable, which draws nothing"));
     else
@@ -143,26 +152,41 @@ void ModelUpload::addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElem
             drawable->VAO()->registerBO(attribute.name, attribute.buffer, attribute.components,
                                         attribute.type);
 
-    QList<InstanceData> materials;
     QList<InstanceData> instances;
-    ObjectNames objectNames;
-    instances.reserve(names.size());
-    for (int i = 0; i < names.size(); ++i) {
-        const DrawGroup group = groupOf(names[i]);
-        if (!group.objectName.isNull())
-            objectNames.emplace_back(i, group.objectName);
-        instances.append(_options.instanceData);
-        if (_options.groupIdMember.isNull())
-            materials.append(group.material);
-        else
-            instances.last().set(_options.groupIdMember, &group.id, sizeof group.id);
+    instances.reserve(added.ids.size());
+    for (const qint32 id : qAsConst(added.ids)) {
+        instances.append(_options.instance);
+        if (!_options.groupIdMember.isNull())
+            instances.last().set(_options.groupIdMember, &id, sizeof id);
     }
-    const QString materialName = materials.isEmpty() ? QString() : materials.first().name();
-    auto materialCollection = makeCollection(materialName, materials);
-    auto instanceCollection = makeCollection(_options.instanceData.name(), instances);
+    added.ids = {};
+    if (!_options.groupIdMember.isNull())
+        added.materials.clear();
+    const QString materialName = added.materials.isEmpty() ? QString() : added.materials.first().name();
+    auto materials = makeCollection(materialName, added.materials);
+    auto instanceCollection = makeCollection(_options.instance.name(), instances);
     const int index =
-        model.add(drawable.release(), 1, materialCollection.release(), instanceCollection.release(), drawKey);
-    addNames(model, index, names, objectNames);
+        model.add(drawable.release(), 1, materials.release(), instanceCollection.release(), added.key);
+    addNames(model, index, added);
+}
+
+bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, const UploadOptions& options) {
+    if (data.isNull())
+        return false;
+    std::shared_ptr<DrawDataContent> content = DrawDataAccess::take(data);
+    // What is shared is not given back: only this copy of the pointers to it.
+    if (content.use_count() > 1)
+        content = std::make_shared<DrawDataContent>(*content);
+    return ModelUpload(context, options).add(*content, model);
+}
+
+bool upload(const DrawData& data, GPUModel& model, const UploadOptions& options) {
+    return upload(DrawData(data), model, options);
+}
+
+bool upload(DrawData&& data, GPUModel& model, const UploadOptions& options) {
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    return !context.isNull() && uploadTo(*context, std::move(data), model, options);
 }
 
 } // namespace Atelier::Vel

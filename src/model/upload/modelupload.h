@@ -1,15 +1,13 @@
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
-#include <QtCore/QVector>
 
-#include <velgl/drawelementsindirectcommand.h>
-#include <velgl/instancedata.h>
-#include <velmodel/modeldatastream.h>
+#include <velmodel/drawdata.h>
+
+#include "drawdata/drawdatacontent.h"
 
 namespace Atelier::Vel {
 
@@ -18,36 +16,14 @@ class GPUModel;
 class InstanceDataCollection;
 class OpenGLDeviceContext;
 
-/// What of a material group is drawn.
-struct DrawGroup {
-    QString objectName;
-    InstanceData material;
-    qint32 id = 0;
-};
-
-/// What is the same for all drawables of an upload.
-struct UploadOptions {
-    InstanceData instanceData;
-    QString groupIdMember; ///< null: the drawables get materials instead of ids
-    unsigned int usage = 0;
-    unsigned int primitiveType = 0;
-};
-
 /// Makes the GL objects of one upload: first the indices, then the attributes, then the drawables.
 class ModelUpload {
 public:
-    ModelUpload(OpenGLDeviceContext& context, UploadOptions options);
+    ModelUpload(OpenGLDeviceContext& context, const UploadOptions& options);
 
-    /// Uploads the triangle indices, as 16-bit numbers where `vertexCount` allows it.
-    /// Returns: false, after a warning, when that cannot be done.
-    bool addIndices(ModelDataStream& indices, quint64 vertexCount, ModelDataStreamAllocator& allocator);
-    /// Returns: false, after a warning, when that cannot be done.
-    bool addAttribute(const QString& name, ModelDataStream& values, int components);
-    /// Adds one drawable to `model`; `names` are those of the material groups of `commands`, one by one, and
-    /// `groupOf` is asked once for each of them.
-    void addDrawable(GPUModel& model, quint64 drawKey, QVector<DrawElementsIndirectCommand> commands,
-                     const QVector<QString>& names,
-                     const std::function<DrawGroup(const QString& name)>& groupOf) const;
+    /// Uploads all of `content` and leaves it without what has been uploaded.
+    /// Returns: false, after a warning and with `model` unchanged, when that cannot be done.
+    bool add(DrawDataContent& content, GPUModel& model);
 
 private:
     struct Attribute {
@@ -58,14 +34,23 @@ private:
     };
 
     QSharedPointer<BufferObject> bindNewBuffer(unsigned int target) const;
+    /// Uploads the triangle indices, as 16-bit numbers where the number of vertices allows it.
+    /// Returns: false, after a warning, when that cannot be done.
+    bool addIndices(const DrawDataContent& content);
+    /// Returns: false, after a warning, when that cannot be done.
+    bool addAttribute(const DrawDataContent::Stream& stream);
+    void addDrawable(GPUModel& model, DrawDataContent::Drawable drawable) const;
 
     OpenGLDeviceContext& _context;
-    UploadOptions _options;
+    const UploadOptions& _options;
     QSharedPointer<BufferObject> _indexBuffer;
     int _indexCount = 0;
     unsigned int _indexType = 0;
     quint64 _vertexCount = 0;
     std::vector<Attribute> _attributes;
 };
+
+/// Uploads draw data into a context. Returns: see upload().
+bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, const UploadOptions& options);
 
 } // namespace Atelier::Vel

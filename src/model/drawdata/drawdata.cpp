@@ -1,0 +1,124 @@
+#include <velmodel/drawdata.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "drawdata/drawdatacontent.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+constexpr unsigned int kFloat = 0x1406; // GL_FLOAT
+
+void include(DrawData::Box& box, const QVector3D& point) {
+    for (int i = 0; i < 3; ++i)
+        if (!std::isfinite(point[i]))
+            return;
+    if (!box.isValid)
+        box = {point, point, true};
+    for (int i = 0; i < 3; ++i) {
+        box.minimum[i] = std::min(box.minimum[i], point[i]);
+        box.maximum[i] = std::max(box.maximum[i], point[i]);
+    }
+}
+
+} // namespace
+
+DrawDataContent::Stream::Stream(QString streamName, int componentCount,
+                                QSharedPointer<ModelDataStream> stream)
+    : name(std::move(streamName)),
+      components(componentCount),
+      values(std::move(stream)),
+      data(values->data(0)) {
+    bytes = data == nullptr ? 0 : values->byteCount();
+}
+
+QString DrawDataContent::Drawable::objectName(int command) const {
+    const auto found =
+        std::lower_bound(objectNames.begin(), objectNames.end(), command,
+                         [](const ObjectName& named, int wanted) { return named.command < wanted; });
+    return found != objectNames.end() && found->command == command ? found->name : QString();
+}
+
+DrawData::DrawData() = default;
+DrawData::DrawData(std::shared_ptr<DrawDataContent> content) : _content(std::move(content)) {}
+DrawData::DrawData(const DrawData& other) = default;
+DrawData::DrawData(DrawData&& other) noexcept = default;
+DrawData& DrawData::operator=(const DrawData& other) = default;
+DrawData& DrawData::operator=(DrawData&& other) noexcept = default;
+DrawData::~DrawData() = default;
+
+bool DrawData::isNull() const {
+    return _content == nullptr;
+}
+
+QVector<DrawData::Attribute> DrawData::attributes() const {
+    QVector<Attribute> result;
+    if (isNull())
+        return result;
+    for (const DrawDataContent::Stream& stream : _content->attributes) {
+        const quint64 stride = ModelDataStream::typeSize(stream.values->type()) *
+                               static_cast<quint64>(std::max(stream.components, 0));
+        result.append({stream.name, stream.components, stream.values->type(),
+                       stride == 0 ? 0 : stream.bytes / stride, stream.bytes == 0 ? nullptr : stream.data,
+                       stream.bytes});
+    }
+    return result;
+}
+
+DrawData::Indices DrawData::indices() const {
+    return isNull() ? Indices() : Indices{_content->indexWords.words, _content->indexWords.count};
+}
+
+quint64 DrawData::vertexCount() const {
+    return isNull() ? 0 : _content->vertexCount;
+}
+
+int DrawData::drawableCount() const {
+    return isNull() ? 0 : static_cast<int>(_content->drawables.size());
+}
+
+quint64 DrawData::drawKey(int drawable) const {
+    return _content->drawables[static_cast<std::size_t>(drawable)].key;
+}
+
+int DrawData::commandCount(int drawable) const {
+    return _content->drawables[static_cast<std::size_t>(drawable)].commands.size();
+}
+
+const DrawElementsIndirectCommand& DrawData::command(int drawable, int command) const {
+    return _content->drawables[static_cast<std::size_t>(drawable)].commands.at(command);
+}
+
+DrawData::Group DrawData::group(int drawable, int command) const {
+    const DrawDataContent::Drawable& column = _content->drawables[static_cast<std::size_t>(drawable)];
+    return {column.names.at(command), column.objectName(command), column.ids.at(command),
+            column.materials.at(command)};
+}
+
+DrawData::Box DrawData::commandBox(int drawable, int command) const {
+    const DrawElementsIndirectCommand& drawn = this->command(drawable, command);
+    const DrawDataContent::Stream& position =
+        _content->attributes[static_cast<std::size_t>(_content->position)];
+    Box box;
+    if (position.values->type() != kFloat || position.components < 3)
+        return box;
+    const quint64 stride = static_cast<quint64>(position.components) * sizeof(float);
+    const WordView& words = _content->indexWords;
+    const quint64 first = std::min<quint64>(drawn.firstIndex, words.count);
+    const quint64 end = std::min(first + drawn.count, words.count);
+    for (quint64 i = first; i < end; ++i) {
+        const quint64 place = words.words[i] * stride;
+        if (place + 3 * sizeof(float) > position.bytes)
+            continue;
+        float point[3];
+        std::memcpy(point, static_cast<const char*>(position.data) + place, sizeof point);
+        include(box, {point[0], point[1], point[2]});
+    }
+    return box;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <QtCore/QList>
+#include <QtCore/QSharedPointer>
+
+#include <velmodel/drawdata.h>
+#include <velmodel/modeldatastream.h>
+
+#include "streams/streamview.h"
+
+namespace Atelier::Vel {
+
+struct DrawDataContent {
+    /// The values of an attribute. Where they lie is asked once: that may change a stream.
+    struct Stream {
+        QString name;
+        int components = 0;
+        QSharedPointer<ModelDataStream> values;
+        const void* data = nullptr;
+        quint64 bytes = 0;
+
+        Stream(QString name, int components, QSharedPointer<ModelDataStream> values);
+    };
+
+    struct ObjectName {
+        int command = 0;
+        QString name;
+    };
+
+    /// What there is for each command stands in columns, since commands may be many.
+    struct Drawable {
+        quint64 key = 0;
+        QVector<DrawElementsIndirectCommand> commands;
+        QVector<QString> names;
+        QList<InstanceData> materials;
+        QVector<qint32> ids;
+        QVector<ObjectName> objectNames; ///< of the commands that have one, ascending
+
+        QString objectName(int command) const;
+    };
+
+    QSharedPointer<ModelDataStreamAllocator> allocator; ///< of all streams
+    QSharedPointer<ModelDataStream> indices;
+    WordView indexWords; ///< asked once
+    std::vector<Stream> attributes;
+    int position = -1; ///< the attribute with the positions
+    quint64 vertexCount = 0;
+    std::vector<Drawable> drawables;
+};
+
+/// Makes draw data and looks into it.
+struct DrawDataAccess {
+    static DrawData make(std::shared_ptr<DrawDataContent> content) { return DrawData(std::move(content)); }
+    static const DrawDataContent& content(const DrawData& data) { return *data._content; }
+    /// The content, left null in `data`.
+    static std::shared_ptr<DrawDataContent> take(DrawData& data) { return std::move(data._content); }
+};
+
+} // namespace Atelier::Vel
