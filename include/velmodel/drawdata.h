@@ -95,7 +95,7 @@ struct UploadOptions {
     InstanceData instance;
     /// The member of the instance data that takes the group's id, 32 bits. Null hands the groups' materials
     /// to the drawables instead.
-    QString groupIdMember;
+    QString groupIdMember = {};
     unsigned int usage = 0x88E4;    ///< a GL usage hint, GL_STATIC_DRAW
     unsigned int primitiveType = 4; ///< a GL primitive mode, GL_TRIANGLES
 };

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include <velgl/instancedata.h>
+#include <velmodel/drawdata.h>
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
@@ -60,6 +61,21 @@ struct LoadOptions {
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report,
                                                const LoadOptions& options);
+
+/// Reads an OBJ file with its material libraries into draw data, without OpenGL: on any thread, with no
+/// context, several files at a time. upload() takes it to a model, on the thread of the context. The options
+/// of an upload whose result is that of a load are {makeIdentityInstance()}.
+/// Textures are named only: whoever draws opens them. White maps of the default material, and those that
+/// stand for files that may not be read, are made by the upload. Returns: null draw data, and a message in
+/// `error`, where a load fails or is cancelled; null draw data with `error` left alone for a file without
+/// faces. Exceptions and cost are those of a load.
+VELMODEL_EXPORT DrawData readDrawDataFromOBJFile(const QString& path, QString& error,
+                                                 const LoadProgress& progress = {},
+                                                 LoadReport* report = nullptr,
+                                                 const LoadOptions& options = {});
+
+/// The instance data of a model that stands where its file puts it: an "InstanceInfo" with identity matrices.
+VELMODEL_EXPORT InstanceData makeIdentityInstance();
 
 /// The material of faces that name none: an "OBJMaterial" with a light grey diffuse colour and white maps.
 VELMODEL_EXPORT InstanceData makeDefaultMaterial();

@@ -92,6 +92,7 @@ void ModelBuilder::Data::createMaterialGroup(const QString& name, const Instance
     group.material = material;
     group.id = id < 0 ? groupCount : id;
     group.flags = flags;
+    group.whiteMaps = WhiteMaps();
     group.objectName = QString();
     group.faces = GroupFaces();
     if (_keepsInput)
@@ -309,6 +310,8 @@ DrawDataContent::Drawable ModelBuilder::Data::drawable(quint64 drawKey) {
         result.materials.append(isThere ? group->material : InstanceData());
         if (isThere && !group->objectName.isNull())
             result.objectNames.append({command, group->objectName});
+        if (isThere && !group->whiteMaps.isEmpty())
+            result.whites.append({command, group->whiteMaps});
         if (isThere && !_keepsInput)
             _materialGroups.erase(group);
     }

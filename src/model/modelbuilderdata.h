@@ -51,6 +51,7 @@ public:
     struct MaterialGroup {
         InstanceData material;
         qint32 id;
+        WhiteMaps whiteMaps; ///< of the material
         quint64 flags;
         QString objectName;
         GroupFaces faces;

@@ -31,6 +31,13 @@ struct SingleUpload {
         return builder._data->addFaceRun(group, first, count);
     }
 
+    /// Makes maps of a group's material plain white.
+    static void setWhiteMaps(ModelBuilder& builder, const QString& group, const WhiteMaps& maps) {
+        const auto found = builder._data->_materialGroups.find(group);
+        if (found != builder._data->_materialGroups.end())
+            found->whiteMaps = maps;
+    }
+
     using CornerList = ModelBuilder::Data::CornerList;
     /// Adds the indices of `count` corners to all attributes at once, which spares their lists: one of
     /// `listCount` for each of them, the positions' first, which is overwritten.

@@ -1,5 +1,7 @@
 #include "support/messagelog.h"
 
+#include <mutex>
+
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -11,6 +13,8 @@ std::vector<LoggedMessage>& collected() {
 }
 
 void collect(QtMsgType level, const QMessageLogContext& context, const QString& text) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
     collected().push_back({level, text, QString::fromLatin1(context.category),
                            context.file != nullptr || context.line != 0 || context.function != nullptr});
 }

@@ -23,7 +23,8 @@ struct LoggedMessage {
     }
 };
 
-/// Collects every message that is logged while it lives. Only one may live at a time.
+/// Collects every message that is logged while it lives, by any thread; it is read when those have ended.
+/// Only one may live at a time.
 class MessageLog {
 public:
     MessageLog();

@@ -423,17 +423,13 @@ private:
 
 const std::string kIdentity = "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1";
 
-/// Those of a load before the first line of the file is read.
-const std::string kDefaultMaterialCalls =
-    "new instance data 'OBJMaterial'\n"
-    "instance data 'OBJMaterial': set 'Ka' = 0 0 0\n"
-    "instance data 'OBJMaterial': set 'Kd' = 0.7 0.7 0.7\n"
-    "instance data 'OBJMaterial': set 'Ks' = 1 1 1\n"
-    "instance data 'OBJMaterial': set 'Ns' = 10\n"
-    "instance data 'OBJMaterial': set 'd' = 1\n"
-    "colorTexture #ffffffff\n"
-    "instance data 'OBJMaterial': setTexture 'map_Kd', texture of #ffffffff\n"
-    "instance data 'OBJMaterial': setTexture 'map_Ks', texture of #ffffffff\n";
+/// Those of a load before the first line of the file is read. Textures wait for the upload.
+const std::string kDefaultMaterialCalls = "new instance data 'OBJMaterial'\n"
+                                          "instance data 'OBJMaterial': set 'Ka' = 0 0 0\n"
+                                          "instance data 'OBJMaterial': set 'Kd' = 0.7 0.7 0.7\n"
+                                          "instance data 'OBJMaterial': set 'Ks' = 1 1 1\n"
+                                          "instance data 'OBJMaterial': set 'Ns' = 10\n"
+                                          "instance data 'OBJMaterial': set 'd' = 1\n";
 
 TEST_F(LoadCallsTest, LoadOfAModelWithALibrary) {
     write("m.mtl", "newmtl red\nKd 1 0 0.5\nNs 8\nmap_Kd red.png\nnewmtl plain\n");
@@ -471,7 +467,10 @@ TEST_F(LoadCallsTest, LoadOfAModelWithALibrary) {
             "instance data 'InstanceInfo': set 'ModelNormalMatrix' = " +
             kIdentity +
             "\n"
-            "current -> context\n" +
+            "current -> context\n"
+            "colorTexture #ffffffff\n"
+            "instance data 'OBJMaterial': setTexture 'map_Kd', texture of #ffffffff\n"
+            "instance data 'OBJMaterial': setTexture 'map_Ks', texture of #ffffffff\n" +
             indexCalls("[0 1 2 2 1 0 1 0 2]") +
             bufferCalls(1, "0x8892", "uploadArbitraryData [0 0 1 0 0 1 0 0 1], 9 elements of 4 bytes") +
             bufferCalls(2, "0x8892", "uploadArbitraryData [0 0 0 1 0 0 0 1 0], 9 elements of 4 bytes") +
@@ -503,6 +502,29 @@ TEST_F(LoadCallsTest, LoadOfAModelWithALibrary) {
             "model 0: addObjectName 10, 1, null\n"
             "model 0: addMaterialName 10, 2, 'plain'\n"
             "model 0: addObjectName 10, 2, null\n");
+}
+
+TEST_F(LoadCallsTest, ReadingDrawDataNeedsNoContextAndNoTexture) {
+    const QString model = write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    QString error;
+    const DrawData data = readDrawDataFromOBJFile(model, error);
+    EXPECT_FALSE(data.isNull());
+    EXPECT_EQ(calls(), kDefaultMaterialCalls);
+}
+
+TEST_F(LoadCallsTest, UploadOfDrawDataCallsWhatALoadCalls) {
+    const QString model = write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    QString error;
+    EXPECT_TRUE(std::unique_ptr<GPUModel>(loadModelFromOBJFile(model, error)));
+    const std::string all = calls();
+    const std::string expected = all.substr(all.find("current -> context"));
+    CallRecord::instance().restart();
+    DrawData data = readDrawDataFromOBJFile(model, error);
+    GPUModel other;
+    const UploadOptions options{makeIdentityInstance()};
+    calls();
+    upload(std::move(data), other, options);
+    EXPECT_EQ(calls(), expected);
 }
 
 TEST_F(LoadCallsTest, LoadThatFailsMakesNoModel) {

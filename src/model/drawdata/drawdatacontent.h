@@ -10,6 +10,7 @@
 #include <velmodel/drawdata.h>
 #include <velmodel/modeldatastream.h>
 
+#include "drawdata/whitemaps.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
@@ -31,6 +32,11 @@ struct DrawDataContent {
         QString name;
     };
 
+    struct White {
+        int command = 0;
+        WhiteMaps maps;
+    };
+
     /// What there is for each command stands in columns, since commands may be many.
     struct Drawable {
         quint64 key = 0;
@@ -39,6 +45,7 @@ struct DrawDataContent {
         QList<InstanceData> materials;
         QVector<qint32> ids;
         QVector<ObjectName> objectNames; ///< of the commands that have one, ascending
+        QVector<White> whites;           ///< of the commands whose materials have white maps
 
         QString objectName(int command) const;
     };
@@ -52,10 +59,9 @@ struct DrawDataContent {
     std::vector<Drawable> drawables;
 };
 
-/// Makes draw data and looks into it.
+/// Makes draw data of its content, and the other way round.
 struct DrawDataAccess {
     static DrawData make(std::shared_ptr<DrawDataContent> content) { return DrawData(std::move(content)); }
-    static const DrawDataContent& content(const DrawData& data) { return *data._content; }
     /// The content, left null in `data`.
     static std::shared_ptr<DrawDataContent> take(DrawData& data) { return std::move(data._content); }
 };

@@ -17,6 +17,7 @@
 #include "diagnostics.h"
 #include "import/mtlreader.h"
 #include "import/textfile.h"
+#include "singleupload.h"
 
 namespace Atelier::Vel {
 
@@ -56,11 +57,15 @@ private:
     bool _isBlank = false;
     QString _name; ///< null before the first material
     InstanceData _material;
+    WhiteMaps _whiteMaps;
 };
 
 void MaterialCollector::finishMaterial() {
-    if (!_name.isNull() && !_builder.hasMaterialGroup(_name))
-        _builder.createMaterialGroup(_name, _isBlank ? _blank : _material, -1, 0);
+    if (_name.isNull() || _builder.hasMaterialGroup(_name))
+        return;
+    _builder.createMaterialGroup(_name, _isBlank ? _blank : _material, -1, 0);
+    if (!_whiteMaps.isEmpty())
+        SingleUpload::setWhiteMaps(_builder, _name, _whiteMaps);
 }
 
 void MaterialCollector::startMaterial(const QString& name) {
@@ -68,16 +73,18 @@ void MaterialCollector::startMaterial(const QString& name) {
     // Not a copy of the blank one: QMap loses memory when there is none for making a copy its own.
     _material.clear();
     setScalar(_material, QStringLiteral("d"), 1.0F);
+    _whiteMaps = WhiteMaps();
     _isBlank = true;
     _name = name;
 }
 
 // White is what an unreadable texture is drawn with.
 void MaterialCollector::setMap(const QString& name, const QString& path) {
-    if (_files.allows(path))
-        return _material.setTexture(name, path);
-    reportOutsideFile(path, _files.folder());
-    _material.setTexture(name, TextureManager::Instance().colorTexture(Qt::white));
+    const bool isAllowed = _files.allows(path);
+    if (!isAllowed)
+        reportOutsideFile(path, _files.folder());
+    _material.setTexture(name, isAllowed ? path : QString());
+    _whiteMaps.set(name, !isAllowed);
 }
 
 void MaterialCollector::take(const MtlReader& line) {
@@ -129,6 +136,20 @@ void registerObjMaterialPlan() {
 }
 
 InstanceData makeDefaultMaterial() {
+    InstanceData material = makeDefaultMaterialWithoutMaps();
+    Texture* const white = TextureManager::Instance().colorTexture(Qt::white);
+    defaultWhiteMaps().forEach([&](const QString& map) { material.setTexture(map, white); });
+    return material;
+}
+
+WhiteMaps defaultWhiteMaps() {
+    WhiteMaps maps;
+    maps.set(QStringLiteral("map_Kd"), true);
+    maps.set(QStringLiteral("map_Ks"), true);
+    return maps;
+}
+
+InstanceData makeDefaultMaterialWithoutMaps() {
     constexpr float kBlack[] = {0.0F, 0.0F, 0.0F};
     constexpr float kLightGrey[] = {0.7F, 0.7F, 0.7F};
     constexpr float kWhite[] = {1.0F, 1.0F, 1.0F};
@@ -138,9 +159,6 @@ InstanceData makeDefaultMaterial() {
     setColour(material, QStringLiteral("Ks"), kWhite);
     setScalar(material, QStringLiteral("Ns"), 10.0F);
     setScalar(material, QStringLiteral("d"), 1.0F);
-    Texture* white = TextureManager::Instance().colorTexture(Qt::white);
-    material.setTexture(QStringLiteral("map_Kd"), white);
-    material.setTexture(QStringLiteral("map_Ks"), white);
     return material;
 }
 

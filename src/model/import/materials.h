@@ -5,8 +5,10 @@
 
 #include <QtCore/QString>
 
+#include <velgl/instancedata.h>
 #include <velmodel/modelfiles.h>
 
+#include "drawdata/whitemaps.h"
 #include "import/fileversion.h"
 
 namespace Atelier::Vel {
@@ -15,6 +17,10 @@ class ModelBuilder;
 
 /// Registers the "OBJMaterial" plan; called once, while the library is being loaded.
 void registerObjMaterialPlan();
+
+/// makeDefaultMaterial() without its white maps, which are made when there is a context.
+InstanceData makeDefaultMaterialWithoutMaps();
+WhiteMaps defaultWhiteMaps();
 
 /// The material libraries of one load.
 class MaterialLibraries {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "import/textexpressions.h"
-
 namespace Atelier::Vel {
 
 namespace {
@@ -44,12 +42,10 @@ void MtlReader::next() {
 bool MtlReader::takeLine() {
     while (_lines.next()) {
         const QString line = _lines.text(_lines.begin(), _lines.end());
-        const int start = contentExpression.indexIn(line);
         const int comment = line.indexOf(QLatin1Char('#'));
-        const int end = comment < 0 ? line.size() : comment;
-        if (start < 0 || start >= end)
+        _line = line.left(comment).trimmed(); // all of it without a comment
+        if (_line.isEmpty())
             continue;
-        _line = line.mid(start, end - start).trimmed();
         _lineStream.setString(&_line, QIODevice::ReadOnly);
         _lineStream.resetStatus();
         return true;

@@ -85,19 +85,24 @@ public:
           _reader(&_stream),
           _feed(_builder) {
         SingleUpload::expect(_builder);
-        _builder.createMaterialGroup(QStringLiteral("<default>"), makeDefaultMaterial(), -1, 0);
+        const QString group = QStringLiteral("<default>");
+        _builder.createMaterialGroup(group, makeDefaultMaterialWithoutMaps(), -1, 0);
+        SingleUpload::setWhiteMaps(_builder, group, defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
     /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a builder
     /// can take, or `progress` cancels.
     bool readText(const LoadProgress& progress, QString& error);
-    /// Throws Cancelled when `progress` cancels.
+    /// These throw Cancelled when `progress` cancels.
     std::unique_ptr<GPUModel> upload(const LoadProgress& progress);
+    DrawData prepare(const LoadProgress& progress);
     LoadReport report() const;
 
 private:
+    static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
+    void meterCuts(const LoadProgress& progress);
     bool goesOn(ProgressMeter& meter, QString& error) const;
 
     QString _path;
@@ -150,23 +155,29 @@ bool ObjImport::takeRecord(QString& error) {
 }
 
 std::unique_ptr<GPUModel> ObjImport::upload(const LoadProgress& progress) {
-    constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     auto model = std::make_unique<GPUModel>();
-    InstanceData instance(QStringLiteral("InstanceInfo"));
-    instance.set(QStringLiteral("ModelMatrix"), kIdentity, sizeof kIdentity);
-    // Not a member of the plan, and set all the same: meant.
-    instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
-    instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
-    ProgressMeter meter(2 * static_cast<qint64>(_feed.corners()),
-                        [&](qint64) { return !progress || progress(_fileSize, _fileSize); });
+    const InstanceData instance = makeIdentityInstance();
+    meterCuts(progress);
+    _builder.upload(model.get(), instance, positionAttribute(), QString(), kStaticDraw, kTriangles);
+    return model;
+}
+
+DrawData ObjImport::prepare(const LoadProgress& progress) {
+    meterCuts(progress);
+    return _builder.prepare(positionAttribute());
+}
+
+void ObjImport::meterCuts(const LoadProgress& progress) {
+    const auto meter =
+        std::make_shared<ProgressMeter>(2 * static_cast<qint64>(_feed.corners()), [this, progress](qint64) {
+            return !progress || progress(_fileSize, _fileSize);
+        });
     qint64 corners = 0;
-    SingleUpload::meterCuts(_builder, [&](int count) {
+    SingleUpload::meterCuts(_builder, [meter, corners](int count) mutable {
         corners += count;
-        if (!meter.reached(corners))
+        if (!meter->reached(corners))
             throw Cancelled();
     });
-    _builder.upload(model.get(), instance, QStringLiteral("va_Vertex"), QString(), kStaticDraw, kTriangles);
-    return model;
 }
 
 LoadReport ObjImport::report() const {
@@ -184,6 +195,31 @@ LoadReport ObjImport::report() const {
     return report;
 }
 
+/// Reads a file and calls `finish` with it. On failure, `error` tells why.
+template<typename Finish>
+void importFile(const QString& path, QString& error, const LoadProgress& progress, LoadReport* report,
+                const LoadOptions& options, const Finish& finish) {
+    const std::unique_ptr<QFile> file = ModelFiles().open(path, QIODevice::ReadOnly | QIODevice::Text);
+    if (!file) {
+        error = loadFailure(path);
+        return;
+    }
+    ObjImport import(*file, filesOf(path, options));
+    if (!import.readText(progress, error))
+        return;
+    if (!isReadToTheEnd(*file)) {
+        error = loadFailure(path);
+        return;
+    }
+    try {
+        finish(import);
+        if (report != nullptr)
+            *report = import.report();
+    } catch (const Cancelled&) {
+        error = cancellation(path);
+    }
+}
+
 } // namespace
 
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
@@ -197,27 +233,28 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
 
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                LoadReport* report, const LoadOptions& options) {
-    const std::unique_ptr<QFile> file = ModelFiles().open(path, QIODevice::ReadOnly | QIODevice::Text);
-    if (!file) {
-        error = loadFailure(path);
-        return nullptr;
-    }
-    ObjImport import(*file, filesOf(path, options));
-    if (!import.readText(progress, error))
-        return nullptr;
-    if (!isReadToTheEnd(*file)) {
-        error = loadFailure(path);
-        return nullptr;
-    }
-    try {
-        std::unique_ptr<GPUModel> model = import.upload(progress);
-        if (report != nullptr)
-            *report = import.report();
-        return model.release();
-    } catch (const Cancelled&) {
-        error = cancellation(path);
-        return nullptr;
-    }
+    std::unique_ptr<GPUModel> model;
+    importFile(path, error, progress, report, options,
+               [&](ObjImport& import) { model = import.upload(progress); });
+    return model.release();
+}
+
+DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
+                                 LoadReport* report, const LoadOptions& options) {
+    DrawData data;
+    importFile(path, error, progress, report, options,
+               [&](ObjImport& import) { data = import.prepare(progress); });
+    return data;
+}
+
+InstanceData makeIdentityInstance() {
+    constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    InstanceData instance(QStringLiteral("InstanceInfo"));
+    instance.set(QStringLiteral("ModelMatrix"), kIdentity, sizeof kIdentity);
+    // Not a member of the plan, and set all the same: meant.
+    instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
+    instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
+    return instance;
 }
 
 } // namespace Atelier::Vel

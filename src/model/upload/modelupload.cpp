@@ -5,11 +5,14 @@
 #include <memory>
 #include <utility>
 
+#include <QtGui/QColor>
+
 #include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/opengldevicecontext.h>
+#include <velgl/texturemanager.h>
 #include <velgl/vertexarrayobject.h>
 #include <velmodel/modeldatastream.h>
 
@@ -170,6 +173,18 @@ void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) 
     addNames(model, index, added);
 }
 
+namespace {
+
+void fillWhites(DrawDataContent::Drawable& drawable) {
+    for (const DrawDataContent::White& white : qAsConst(drawable.whites)) {
+        InstanceData& material = drawable.materials[white.command];
+        Texture* const texture = TextureManager::Instance().colorTexture(Qt::white);
+        white.maps.forEach([&](const QString& map) { material.setTexture(map, texture); });
+    }
+}
+
+} // namespace
+
 bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, const UploadOptions& options) {
     if (data.isNull())
         return false;
@@ -177,6 +192,8 @@ bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, cons
     // What is shared is not given back: only this copy of the pointers to it.
     if (content.use_count() > 1)
         content = std::make_shared<DrawDataContent>(*content);
+    for (DrawDataContent::Drawable& drawable : content->drawables)
+        fillWhites(drawable);
     return ModelUpload(context, options).add(*content, model);
 }
 

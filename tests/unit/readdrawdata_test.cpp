@@ -1,0 +1,224 @@
+#include <velmodel/objloader.h>
+
+#include <future>
+#include <memory>
+#include <vector>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QColor>
+
+#include <gmock/gmock.h>
+
+#include <velgl/gpumodel.h>
+#include <velgl/instancedatacollection.h>
+#include <velgl/texturemanager.h>
+
+#include "modeldescription.h"
+#include "nastytext.h"
+#include "support/messagelog.h"
+#include "support/recordingcontext.h"
+
+namespace Atelier::Vel {
+namespace {
+
+using testing::IsEmpty;
+using Testing::MessageLog;
+using Testing::NastyText;
+using Testing::RecordingContext;
+
+const QByteArray kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+
+class ReadDrawDataTest : public testing::Test {
+protected:
+    QString write(const QString& name, const QByteArray& text) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        return file.fileName();
+    }
+    QString path(const QString& name) const { return _directory.filePath(name); }
+    QStringList nastyModels(int count) const {
+        QStringList models;
+        for (int i = 0; i < count; ++i) {
+            NastyText nasty(static_cast<unsigned int>(i));
+            write(QStringLiteral("lib.mtl"), nasty.mtl(30));
+            models +=
+                write(QStringLiteral("%1.obj").arg(i),
+                      "mtllib lib.mtl\n" + nasty.plain(80) + nasty.obj(120).replace("mtllib", "# mtllib"));
+        }
+        return models;
+    }
+
+    /// Calls, bytes and facts of what `make` puts into a model.
+    template<typename Make>
+    static QStringList uploaded(const Make& make) {
+        const RecordingContext context;
+        const std::unique_ptr<GPUModel> model(make());
+        QStringList result = context.calls();
+        for (const auto& buffer : context.recording().uploads)
+            result.append(QString::fromLatin1(buffer.bytes.toHex()));
+        return model ? result + Testing::describe(*model) : result + QStringList(QStringLiteral("null"));
+    }
+    static QStringList loaded(const QString& path, const LoadOptions& options = {}) {
+        QString error;
+        return uploaded([&] { return loadModelFromOBJFile(path, error, {}, nullptr, options); });
+    }
+    static QStringList readAndUploaded(const QString& path, const LoadOptions& options = {}) {
+        QString error;
+        DrawData data = readDrawDataFromOBJFile(path, error, {}, nullptr, options);
+        return uploaded([&] {
+            auto model = std::make_unique<GPUModel>();
+            upload(data, *model, {makeIdentityInstance()});
+            return model.release();
+        });
+    }
+
+private:
+    QTemporaryDir _directory;
+};
+
+/// All bytes of draw data, and what its commands draw.
+QByteArray contentOf(const DrawData& data) {
+    QByteArray content(reinterpret_cast<const char*>(data.indices().data),
+                       static_cast<int>(data.indices().count * sizeof(quint32)));
+    for (const DrawData::Attribute& attribute : data.attributes())
+        content += attribute.name.toUtf8() +
+                   QByteArray(static_cast<const char*>(attribute.data), static_cast<int>(attribute.bytes));
+    for (int drawable = 0; drawable < data.drawableCount(); ++drawable)
+        for (int command = 0; command < data.commandCount(drawable); ++command)
+            content += data.group(drawable, command).name.toUtf8() + ' ' +
+                       QByteArray::number(data.command(drawable, command).count) + '\n';
+    return content;
+}
+
+} // namespace
+
+TEST_F(ReadDrawDataTest, GivesWhatALoadUploads) {
+    const MessageLog log;
+    for (const QString& model : nastyModels(20))
+        EXPECT_EQ(readAndUploaded(model), loaded(model)) << model.toStdString();
+}
+
+TEST_F(ReadDrawDataTest, CanBeLookedAtBeforeTheUpload) {
+    write(QStringLiteral("m.mtl"), "newmtl red\nKd 1 0 0\nmap_Kd red.png\n");
+    QString error;
+    LoadReport report;
+    const DrawData data = readDrawDataFromOBJFile(
+        write(QStringLiteral("m.obj"), "mtllib m.mtl\n" + kTriangle + "usemtl red\nf 3 2 1\n"), error, {},
+        &report);
+    EXPECT_TRUE(error.isNull());
+    ASSERT_EQ(data.drawableCount(), 1);
+    ASSERT_EQ(data.commandCount(0), 2);
+    EXPECT_EQ(data.vertexCount(), 3U);
+    EXPECT_EQ(data.indices().count, 6U);
+    EXPECT_EQ(data.group(0, 1).name, QStringLiteral("red"));
+    EXPECT_EQ(data.group(0, 1).material.texturePath(QStringLiteral("map_Kd")),
+              path(QStringLiteral("red.png")));
+    EXPECT_EQ(data.commandBox(0, 0).maximum, QVector3D(1, 1, 0));
+    EXPECT_EQ(report.triangles, 2U);
+    EXPECT_EQ(report.vertices, 3U);
+}
+
+TEST_F(ReadDrawDataTest, FailsAsALoadDoes) {
+    const QString withoutLibrary = write(QStringLiteral("m.obj"), "mtllib none.mtl\n");
+    for (const QString& model : {path(QStringLiteral("none.obj")), withoutLibrary}) {
+        QString error;
+        QString expected;
+        LoadReport report;
+        EXPECT_TRUE(readDrawDataFromOBJFile(model, error, {}, &report).isNull());
+        EXPECT_EQ(loadModelFromOBJFile(model, expected), nullptr);
+        EXPECT_FALSE(expected.isEmpty());
+        EXPECT_EQ(error, expected);
+        EXPECT_EQ(report.bytesRead, 0);
+    }
+}
+
+TEST_F(ReadDrawDataTest, FileWithoutFacesGivesNullAndNoError) {
+    QString error;
+    LoadReport report;
+    EXPECT_TRUE(
+        readDrawDataFromOBJFile(write(QStringLiteral("m.obj"), "v 0 0 0\n"), error, {}, &report).isNull());
+    EXPECT_TRUE(error.isNull());
+    EXPECT_EQ(report.bytesRead, 8);
+}
+
+TEST_F(ReadDrawDataTest, ProgressCancelsReadingAndCutting) {
+    const QString model =
+        write(QStringLiteral("m.obj"), kTriangle + QByteArray("f 1 2 3\n").repeated(200'000));
+    const qint64 size = QFile(model).size();
+    const QString message = QStringLiteral("Loading OBJ file '%1' was cancelled").arg(model);
+    QString error;
+    EXPECT_TRUE(readDrawDataFromOBJFile(model, error, [](qint64, qint64) { return false; }).isNull());
+    EXPECT_EQ(error, message);
+    error.clear();
+    int asked = 0;
+    const auto cancelWhileCutting = [&](qint64 done, qint64) { return done < size || ++asked < 5; };
+    EXPECT_TRUE(readDrawDataFromOBJFile(model, error, cancelWhileCutting).isNull());
+    EXPECT_EQ(error, message);
+    EXPECT_EQ(asked, 5);
+}
+
+TEST_F(ReadDrawDataTest, MapsThatMayNotBeReadAreWhiteOnceUploaded) {
+    const MessageLog log;
+    const LoadOptions confined{LoadOptions::Files::InOwnFolder};
+    write(QStringLiteral("m.mtl"),
+          "newmtl a\nmap_Kd /outside.png\nmap_Ns in.png\n"
+          "newmtl b\nmap_Ka /outside.png\nmap_Ka in.png\nmap_Ks in.png\nmap_Ks /outside.png\n"
+          "newmtl c\nKd 1 0 0\n");
+    const QString model =
+        write(QStringLiteral("m.obj"),
+              "mtllib m.mtl\n" + kTriangle + "usemtl a\nf 1 2 3\nusemtl b\nf 1 2 3\nusemtl c\nf 1 2 3\n");
+    EXPECT_EQ(readAndUploaded(model, confined), loaded(model, confined));
+    QString error;
+    const DrawData data = readDrawDataFromOBJFile(model, error, {}, nullptr, confined);
+    const RecordingContext context;
+    GPUModel uploadedModel;
+    ASSERT_TRUE(upload(data, uploadedModel, {makeIdentityInstance()}));
+    Texture* const white = TextureManager::Instance().colorTexture(Qt::white);
+    const QList<InstanceData> materials = uploadedModel.materials(0)->items();
+    ASSERT_EQ(materials.size(), 4);
+    EXPECT_EQ(materials[0].texture(QStringLiteral("map_Kd")), white) << "the default material";
+    EXPECT_EQ(materials[0].texture(QStringLiteral("map_Ks")), white);
+    EXPECT_EQ(materials[1].texture(QStringLiteral("map_Kd")), white);
+    EXPECT_EQ(materials[1].texturePath(QStringLiteral("map_Ns")), path(QStringLiteral("in.png")));
+    EXPECT_EQ(materials[2].texturePath(QStringLiteral("map_Ka")), path(QStringLiteral("in.png")))
+        << "the last line holds";
+    EXPECT_EQ(materials[2].texture(QStringLiteral("map_Ks")), white);
+    EXPECT_THAT(materials[3].textureNames(), IsEmpty());
+    EXPECT_EQ(data.group(0, 0).material.texture(QStringLiteral("map_Kd")), nullptr)
+        << "an upload does not change draw data";
+}
+
+// Each thread reads all files, so that they read the same one at a time as well as different ones.
+TEST_F(ReadDrawDataTest, SeveralThreadsReadAtATime) {
+    const MessageLog log;
+    const QStringList models = nastyModels(12);
+    std::vector<QByteArray> expected;
+    const auto readAll = [&models] {
+        std::vector<QByteArray> contents;
+        for (const QString& model : models) {
+            QString error;
+            contents.push_back(contentOf(readDrawDataFromOBJFile(model, error)));
+        }
+        return contents;
+    };
+    expected = readAll();
+    std::vector<std::future<std::vector<QByteArray>>> results;
+    for (int thread = 0; thread < 4; ++thread)
+        results.push_back(std::async(std::launch::async, readAll));
+    for (auto& result : results)
+        EXPECT_TRUE(result.get() == expected);
+}
+
+TEST_F(ReadDrawDataTest, DrawDataOutlivesTheThreadThatReadIt) {
+    const QString model =
+        write(QStringLiteral("m.obj"), kTriangle + QByteArray("f 1 2 3\n").repeated(300'000));
+    QString error;
+    const DrawData expected = readDrawDataFromOBJFile(model, error);
+    const DrawData data =
+        std::async(std::launch::async, [&] { return readDrawDataFromOBJFile(model, error); }).get();
+    EXPECT_TRUE(contentOf(data) == contentOf(expected));
+    EXPECT_EQ(data.indices().count, 900'003U);
+}
+
+} // namespace Atelier::Vel
