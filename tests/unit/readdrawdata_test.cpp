@@ -210,6 +210,30 @@ TEST_F(ReadDrawDataTest, SeveralThreadsReadAtATime) {
         EXPECT_TRUE(result.get() == expected);
 }
 
+TEST_F(ReadDrawDataTest, ModelsAreMadeAndDestroyedWhileOthersAreRead) {
+    const MessageLog log;
+    const QStringList models = nastyModels(8);
+    const auto read = [](const QString& model) {
+        QString error;
+        return readDrawDataFromOBJFile(model, error);
+    };
+    std::vector<QStringList> expected;
+    for (const QString& model : models)
+        expected.push_back(readAndUploaded(model));
+    for (int round = 0; round < 5; ++round) {
+        std::vector<std::future<DrawData>> results;
+        for (const QString& model : models)
+            results.push_back(std::async(std::launch::async, read, model));
+        for (std::size_t i = 0; i < results.size(); ++i)
+            EXPECT_EQ(uploaded([&] {
+                          auto model = std::make_unique<GPUModel>();
+                          upload(results[i].get(), *model, {makeIdentityInstance()});
+                          return model.release();
+                      }),
+                      expected[i]);
+    }
+}
+
 TEST_F(ReadDrawDataTest, DrawDataOutlivesTheThreadThatReadIt) {
     const QString model =
         write(QStringLiteral("m.obj"), kTriangle + QByteArray("f 1 2 3\n").repeated(300'000));
