@@ -1,4 +1,5 @@
-// Makes a prism in code and prints what a GPU would be given, without any OpenGL: vertices, triangles, commands.
+// Makes a prism in code and prints what a GPU would be given, without any OpenGL: vertices, triangles,
+// commands.
 #include <QtCore/QDebug>
 
 #include <velmodel/drawdata.h>
