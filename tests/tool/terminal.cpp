@@ -25,7 +25,7 @@ Terminal::~Terminal() {
     close(_master);
 }
 
-// What is printed arrives some time later: a mark behind it tells that all has come.
+// Output arrives asynchronously: it is read up to a mark that is written behind it.
 QByteArray Terminal::text() {
     constexpr char kMark = '\x1e';
     std::fflush(stderr);

@@ -129,7 +129,7 @@ TEST_F(DrawDataTest, IsPreparedWithoutAContext) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_F(DrawDataTest, DrawablesAndCommandsTellWhatTheyDraw) {
+TEST_F(DrawDataTest, GroupsDescribeWhatTheCommandsDraw) {
     group("third", 1, 0x2F, 0, QStringLiteral("other"));
     const DrawData data = builder->prepare(kPosition);
     ASSERT_EQ(data.drawableCount(), 2);

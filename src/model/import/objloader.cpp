@@ -195,7 +195,7 @@ LoadReport ObjImport::report() const {
     return report;
 }
 
-/// Reads a file and calls `finish` with it. On failure, `error` tells why.
+/// Reads a file and calls `finish` with it. On failure, `error` says why.
 template<typename Finish>
 void importFile(const QString& path, QString& error, const LoadProgress& progress, LoadReport* report,
                 const LoadOptions& options, const Finish& finish) {
@@ -251,7 +251,7 @@ InstanceData makeIdentityInstance() {
     constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     InstanceData instance(QStringLiteral("InstanceInfo"));
     instance.set(QStringLiteral("ModelMatrix"), kIdentity, sizeof kIdentity);
-    // Not a member of the plan, and set all the same: meant.
+    // Intentional, although it is no member of the plan.
     instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
     instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
     return instance;
