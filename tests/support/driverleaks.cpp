@@ -12,6 +12,7 @@ const char* __lsan_default_suppressions() {
            "leak:libGLX_mesa.so\n"
            "leak:libLLVM\n"
            "leak:swrast_dri.so\n"
+           "leak:__argz_add_sep\n" // LOCPATH, by the C library
            "leak:Atelier::Vel::loadTextureFrom\n";
 }
 
