@@ -13,12 +13,12 @@
 
 #include "diagnostics.h"
 #include "drawdata/drawdatacontent.h"
+#include "drawdata/facecutter.h"
+#include "drawdata/overwritingstream.h"
 #include "geometry/normals.h"
+#include "mesh/mergedcorners.h"
+#include "streams/streamrequest.h"
 #include "streams/streamview.h"
-#include "upload/facecutter.h"
-#include "upload/mergedcorners.h"
-#include "upload/overwritingstream.h"
-#include "upload/streamrequest.h"
 
 namespace Atelier::Vel {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "drawdata/facecutter.h"
 #include "modelbuilderdata.h"
-#include "upload/facecutter.h"
 
 namespace Atelier::Vel {
 

@@ -1,4 +1,4 @@
-#include "upload/facecutter.h"
+#include "drawdata/facecutter.h"
 
 #include <algorithm>
 #include <cmath>

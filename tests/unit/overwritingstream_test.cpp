@@ -1,4 +1,4 @@
-#include "upload/overwritingstream.h"
+#include "drawdata/overwritingstream.h"
 
 #include <vector>
 

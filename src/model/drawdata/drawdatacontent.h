@@ -10,7 +10,7 @@
 #include <velmodel/drawdata.h>
 #include <velmodel/modeldatastream.h>
 
-#include "drawdata/whitemaps.h"
+#include "mesh/whitemaps.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {

@@ -8,8 +8,8 @@
 #include <velgl/instancedata.h>
 #include <velmodel/modelfiles.h>
 
-#include "drawdata/whitemaps.h"
 #include "import/fileversion.h"
+#include "mesh/whitemaps.h"
 
 namespace Atelier::Vel {
 

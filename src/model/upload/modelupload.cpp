@@ -17,8 +17,8 @@
 #include <velmodel/modeldatastream.h>
 
 #include "diagnostics.h"
+#include "streams/streamrequest.h"
 #include "streams/streamview.h"
-#include "upload/streamrequest.h"
 
 namespace Atelier::Vel {
 

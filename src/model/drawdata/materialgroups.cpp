@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "diagnostics.h"
+#include "drawdata/facecutter.h"
 #include "modelbuilderdata.h"
-#include "upload/facecutter.h"
 
 namespace Atelier::Vel {
 

@@ -1,4 +1,4 @@
-#include "upload/mergedcorners.h"
+#include "mesh/mergedcorners.h"
 
 #include <algorithm>
 #include <array>

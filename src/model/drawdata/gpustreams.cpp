@@ -10,9 +10,9 @@
 
 #include "diagnostics.h"
 #include "geometry/vertexmerging.h"
+#include "mesh/mergedcorners.h"
 #include "modelbuilderdata.h"
 #include "streams/streamview.h"
-#include "upload/mergedcorners.h"
 
 namespace Atelier::Vel {
 
