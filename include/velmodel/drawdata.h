@@ -15,6 +15,15 @@ namespace Atelier::Vel {
 class GPUModel;
 struct DrawDataContent;
 
+/// What was found while draw data was made of a mesh.
+struct PreparationStatistics {
+    quint64 corners = 0;             ///< vertices before merging
+    quint64 vertices = 0;            ///< vertices after merging
+    quint64 triangles = 0;           ///< triangles of all commands
+    quint64 untriangulatedFaces = 0; ///< faces in a group that gave no triangle
+    quint64 substitutedCorners = 0;  ///< attribute values taken as zero for want of a valid index
+};
+
 /// A mesh as a GPU takes it, in plain memory: one list of triangle indices, one stream of values per vertex
 /// attribute, and for each draw key the commands that draw its groups.
 ///

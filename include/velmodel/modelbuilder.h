@@ -28,14 +28,7 @@ public:
     static constexpr quint32 kIndexType = 0x1405;
     static constexpr qint32 kIndexStride = 4;
 
-    /// What the preparation of an upload found; all zero before the first upload.
-    struct Statistics {
-        quint64 corners = 0;             ///< vertices before merging
-        quint64 vertices = 0;            ///< vertices after merging
-        quint64 triangles = 0;           ///< triangles of all commands
-        quint64 untriangulatedFaces = 0; ///< faces in a group that gave no triangle
-        quint64 substitutedCorners = 0;  ///< attribute values taken as zero for want of a valid index
-    };
+    using Statistics = PreparationStatistics;
 
     /// Every stream comes from `allocator`; null makes the builder use a ModelDataArrayAllocator of its own.
     /// Groups whose flags agree in the bits of `materialFlagsMask` are drawn by one drawable.
@@ -99,6 +92,7 @@ public:
     void upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
                 const QString& groupIdMember, unsigned int usage, unsigned int primitiveType);
 
+    /// All zero before the first preparation.
     const Statistics& statistics() const;
 
     /// What has refused data since construction or clear() because it would have grown beyond what one stream
@@ -107,9 +101,8 @@ public:
 
 private:
     friend struct ModelBuilderAccess;
-    friend struct SingleUpload;
 
-    class VELMODEL_NO_EXPORT Data;
+    struct VELMODEL_NO_EXPORT Data;
     std::unique_ptr<Data> _data;
 };
 

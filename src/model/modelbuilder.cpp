@@ -26,62 +26,63 @@ ModelBuilder::ModelBuilder(QSharedPointer<ModelDataStreamAllocator> allocator, q
 ModelBuilder::~ModelBuilder() = default;
 
 void ModelBuilder::clear() {
-    _data->clear();
+    _data->mesh.clear();
+    _data->preparation.clear();
 }
 
 bool ModelBuilder::isValid() const {
-    return _data->isValid();
+    return _data->mesh.isComplete();
 }
 
 bool ModelBuilder::hasMaterialGroup(const QString& name) const {
-    return _data->_materialGroups.contains(name);
+    return _data->mesh.groups.contains(name);
 }
 
 void ModelBuilder::createMaterialGroup(const QString& name, const InstanceData& material, int id,
                                        quint64 flags) {
-    _data->createMaterialGroup(name, material, id, flags);
+    _data->mesh.groups.create(name, material, id, flags);
 }
 
 int ModelBuilder::materialGroupId(const QString& name) const {
-    const auto found = _data->_materialGroups.constFind(name);
-    return found == _data->_materialGroups.constEnd() ? -1 : found->id;
+    const MaterialGroup* const group = _data->mesh.groups.find(name);
+    return group == nullptr ? -1 : group->id;
 }
 
 quint64 ModelBuilder::materialGroupFlags(const QString& name) const {
-    const auto found = _data->_materialGroups.constFind(name);
-    return found == _data->_materialGroups.constEnd() ? 0 : found->flags;
+    const MaterialGroup* const group = _data->mesh.groups.find(name);
+    return group == nullptr ? 0 : group->flags;
 }
 
 bool ModelBuilder::addFacesToMaterialGroup(const QString& name, quint64 count, const unsigned int* faces,
                                            const QString& objectName) {
-    return _data->addFacesToMaterialGroup(name, count, faces, objectName);
+    return _data->mesh.groups.addFaces(name, count, faces, objectName);
 }
 
 bool ModelBuilder::hasVertexAttribute(const QString& name) const {
-    return _data->_vertexAttributes.contains(name);
+    return _data->mesh.attributes.contains(name);
 }
 
 void ModelBuilder::createVertexAttribute(const QString& name, int components, unsigned int type,
                                          quint64 valueCount, quint64 indexCount) {
-    _data->createVertexAttribute(name, components, type, valueCount, indexCount);
+    _data->mesh.attributes.create(name, components, type, valueCount, indexCount);
 }
 
 void ModelBuilder::addValuesToVertexAttribute(const QString& name, quint64 count, const void* values,
                                               unsigned int type) {
-    _data->addValuesToVertexAttribute(name, count, values, type);
+    _data->mesh.attributes.addValues(name, count, values, type);
 }
 
 void ModelBuilder::addIndicesToVertexAttribute(const QString& name, quint64 count,
                                                const unsigned int* indices) {
-    _data->addIndicesToVertexAttribute(name, count, indices);
+    _data->mesh.attributes.addIndices(name, count, indices);
 }
 
 void ModelBuilder::addVertexCountsToFaces(quint64 count, const unsigned int* counts) {
-    _data->addVertexCountsToFaces(count, counts);
+    _data->mesh.faces.add(count, counts);
 }
 
 void ModelBuilder::generateNormals(const QString& name) {
-    _data->_normalsAttributeName = name;
+    _data->mesh.normalsAttribute = name;
 }
 
 void ModelBuilder::removeUnusedVertices() {}
@@ -89,7 +90,7 @@ void ModelBuilder::removeUnusedVertices() {}
 void ModelBuilder::removeDuplicateVertices() {}
 
 DrawData ModelBuilder::prepare(const QString& positionAttribute) {
-    return isValid() && hasVertexAttribute(positionAttribute) ? _data->prepare(positionAttribute)
+    return isValid() && hasVertexAttribute(positionAttribute) ? _data->preparation.prepare(positionAttribute)
                                                               : DrawData();
 }
 
@@ -99,16 +100,16 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
         return;
     const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
     if (!context.isNull())
-        uploadTo(*context, _data->prepare(positionAttribute), *model,
+        uploadTo(*context, _data->preparation.prepare(positionAttribute), *model,
                  {instanceData, groupIdMember, usage, primitiveType});
 }
 
 const ModelBuilder::Statistics& ModelBuilder::statistics() const {
-    return _data->_statistics;
+    return _data->preparation.statistics();
 }
 
 const QStringList& ModelBuilder::refusedStreams() const {
-    return _data->_refusedStreams;
+    return _data->mesh.streams.refused();
 }
 
 } // namespace Atelier::Vel

@@ -1,41 +1,59 @@
 #pragma once
 
+#include <memory>
+
+#include "drawdata/facecutter.h"
 #include "modelbuilderdata.h"
 
 namespace Atelier::Vel {
 
 /// Lets tests look into a builder and run its private steps by themselves.
 struct ModelBuilderAccess {
-    using MaterialGroup = ModelBuilder::Data::MaterialGroup;
-    using VertexAttribute = ModelBuilder::Data::VertexAttribute;
-    static constexpr auto kValues = ModelBuilder::Data::kValues;
-    static constexpr auto kIndices = ModelBuilder::Data::kIndices;
-    static constexpr auto kGPUValues = ModelBuilder::Data::kGPUValues;
-    static constexpr auto kGPUIndices = ModelBuilder::Data::kGPUIndices;
-
     explicit ModelBuilderAccess(ModelBuilder& builder) : data(*builder._data) {}
 
-    QHash<QString, MaterialGroup>& groups() const { return data._materialGroups; }
-    QHash<QString, VertexAttribute>& attributes() const { return data._vertexAttributes; }
-    VertexAttribute& attribute(const char* name) const {
-        return data._vertexAttributes[QString::fromLatin1(name)];
+    /// Makes a new builder consume its input, as loads do. It can prepare once then.
+    static void consumeInput(ModelBuilder& builder,
+                             const QSharedPointer<ModelDataStreamAllocator>& allocator = {}) {
+        builder._data = std::make_unique<ModelBuilder::Data>(&builder, allocator, 0, Input::Consumed);
     }
-    QSharedPointer<ModelDataStream>& verticesPerFace() const { return data._verticesPerFace; }
-    QString& normalsAttributeName() const { return data._normalsAttributeName; }
-    QSharedPointer<ModelDataStream>& gpuIndices() const { return data._gpuIndices; }
-    QHash<quint64, QVector<DrawElementsIndirectCommand>>& drawCommands() const { return data._drawCommands; }
-    QHash<quint64, QVector<QString>>& drawGroupNames() const { return data._drawGroupNames; }
 
-    void buildGPUFriendlyStreams(bool mergeCorners) const { data.buildGPUFriendlyStreams(mergeCorners); }
-    void optimizeGPUStreams() const { data.optimizeGPUStreams(); }
+    Mesh& mesh() const { return data.mesh; }
+    QHash<QString, MaterialGroup>& groups() const { return mesh().groups.records(); }
+    QHash<QString, VertexAttribute>& attributes() const { return mesh().attributes.records(); }
+    VertexAttribute& attribute(const char* name) const { return attributes()[QString::fromLatin1(name)]; }
+    QSharedPointer<ModelDataStream>& verticesPerFace() const { return mesh().faces.listed(); }
+    QString& normalsAttributeName() const { return mesh().normalsAttribute; }
+    bool addFaceRun(const QString& group, quint32 first, quint32 count) const {
+        return mesh().groups.addFaceRun(group, first, count);
+    }
+    void addCorners(const CornerList* lists, std::size_t listCount, quint32 count) const {
+        mesh().attributes.addCorners(lists, listCount, count);
+    }
+
+    QSharedPointer<ModelDataStream>& gpuIndices() const { return data.preparation._gpuIndices; }
+    QHash<quint64, QVector<DrawElementsIndirectCommand>>& drawCommands() const {
+        return data.preparation._drawCommands;
+    }
+    QHash<quint64, QVector<QString>>& drawGroupNames() const { return data.preparation._drawGroupNames; }
+
+    void buildGPUFriendlyStreams(bool mergeCorners) const {
+        data.preparation.buildGPUFriendlyStreams(mergeCorners);
+    }
+    void optimizeGPUStreams() const { data.preparation.optimizeGPUStreams(); }
     static void assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
-        ModelBuilder::Data::assertReduction(before, after, indices);
+        Preparation::assertReduction(before, after, indices);
     }
     void prepare(const QString& groupName, const QSharedPointer<ModelDataStream>& positions,
                  const QSharedPointer<ModelDataStream>& cornerIndices,
                  const QVector<unsigned int>& faceStarts) const {
-        data.prepareMaterialGroupForUpload(groupName, data._materialGroups[groupName], positions,
-                                           cornerIndices, faceStarts);
+        FaceCutter cutter;
+        data.preparation.prepareMaterialGroupForUpload(groupName, groups()[groupName],
+                                                       {positions, cornerIndices, faceStarts, cutter, false});
+    }
+    /// As a load does: what has been prepared is only in the draw data.
+    DrawData prepareOnce(const QString& positionAttribute, quint64 materialFlagsMask = 0,
+                         const WorkMeter& meter = {}) const {
+        return Preparation(mesh(), materialFlagsMask, &data).prepare(positionAttribute, meter);
     }
 
     ModelBuilder::Data& data;

@@ -49,12 +49,8 @@ protected:
     QSharedPointer<ModelDataStream>& stream(const char* name, int slot) {
         return access().attribute(name).streams[slot];
     }
-    std::vector<quint32> indices(const char* name) {
-        return elements<quint32>(stream(name, ModelBuilderAccess::kGPUIndices));
-    }
-    std::vector<float> values(const char* name) {
-        return elements<float>(stream(name, ModelBuilderAccess::kGPUValues));
-    }
+    std::vector<quint32> indices(const char* name) { return elements<quint32>(stream(name, kGPUIndices)); }
+    std::vector<float> values(const char* name) { return elements<float>(stream(name, kGPUValues)); }
     QString summary(int before, int after, int percent, int indexSize = 4) {
         return QString::asprintf("%p Vertices Map %8d -> %8d d %8d (%3d %%) %d",
                                  static_cast<const void*>(builder.get()), before, after, before - after,
@@ -83,10 +79,10 @@ TEST_F(GPUStreamsTest, CompleteStreamsAreLeftAlone) {
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1, 0});
     build(false);
     const auto before = access().attribute("a").streams;
-    const QSharedPointer<ModelDataStream>& kept = before[ModelBuilderAccess::kGPUValues];
+    const QSharedPointer<ModelDataStream>& kept = before[kGPUValues];
     log.clear();
     build(true);
-    EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUValues), kept);
+    EXPECT_EQ(stream("a", kGPUValues), kept);
     EXPECT_THAT(log.messages(), IsEmpty()) << "no second pass either";
 }
 
@@ -95,10 +91,10 @@ TEST_F(GPUStreamsTest, OneIncompleteAttributeRebuildsAll) {
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1, 0});
     attribute<float>("b", 1, kFloat, {3, 4}, {0, 1, 0});
     build(false);
-    const auto keptA = stream("a", ModelBuilderAccess::kGPUValues);
-    stream("b", ModelBuilderAccess::kGPUValues).reset();
+    const auto keptA = stream("a", kGPUValues);
+    stream("b", kGPUValues).reset();
     build(false);
-    EXPECT_NE(stream("a", ModelBuilderAccess::kGPUValues), keptA);
+    EXPECT_NE(stream("a", kGPUValues), keptA);
     EXPECT_THAT(values("b"), ElementsAre(3, 4));
 }
 
@@ -194,8 +190,7 @@ TEST_F(GPUStreamsTest, OneByteMakesAVertexOfItsOwn) {
     attribute<unsigned char>("uv", 4, kUnsignedByte, {1, 2, 3, 4, 1, 2, 3, 5}, {0, 1, 0});
     build(false);
     EXPECT_THAT(indices("uv"), ElementsAre(0, 1, 0));
-    EXPECT_THAT(elements<quint8>(stream("uv", ModelBuilderAccess::kGPUValues)),
-                ElementsAre(1, 2, 3, 4, 1, 2, 3, 5));
+    EXPECT_THAT(elements<quint8>(stream("uv", kGPUValues)), ElementsAre(1, 2, 3, 4, 1, 2, 3, 5));
     EXPECT_THAT(values("position"), ElementsAre(1, 1));
 }
 
@@ -205,10 +200,10 @@ TEST_F(GPUStreamsTest, BytesCountAndNotNumbers) {
     attribute<quint32>("a", 1, kUnsignedInt,
                        {0x00000000, 0x80000000, 0x7FC00000, 0x7FC00000, 0x7FC00001, 0x00000000},
                        {0, 1, 2, 3, 4, 5});
-    access().attribute("a").streams[ModelBuilderAccess::kValues]->setType(kFloat);
+    access().attribute("a").streams[kValues]->setType(kFloat);
     build(false);
     EXPECT_THAT(indices("a"), ElementsAre(0, 1, 2, 2, 3, 0));
-    EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUValues)->type(), kFloat);
+    EXPECT_EQ(stream("a", kGPUValues)->type(), kFloat);
 }
 
 TEST_F(GPUStreamsTest, EveryStrideIsCopiedBytewise) {
@@ -218,12 +213,10 @@ TEST_F(GPUStreamsTest, EveryStrideIsCopiedBytewise) {
     attribute<float>("f2", 2, kFloat, {1, 2, 3, 4}, {1, 0, 1});
     attribute<unsigned char>("b3", 3, kUnsignedByte, {1, 2, 3, 4, 5, 6}, {1, 0, 1});
     build(false);
-    EXPECT_THAT(elements<double>(stream("d1", ModelBuilderAccess::kGPUValues)), ElementsAre(2, 1));
-    EXPECT_THAT(elements<double>(stream("d4", ModelBuilderAccess::kGPUValues)),
-                ElementsAre(5, 6, 7, 8, 1, 2, 3, 4));
+    EXPECT_THAT(elements<double>(stream("d1", kGPUValues)), ElementsAre(2, 1));
+    EXPECT_THAT(elements<double>(stream("d4", kGPUValues)), ElementsAre(5, 6, 7, 8, 1, 2, 3, 4));
     EXPECT_THAT(values("f2"), ElementsAre(3, 4, 1, 2));
-    EXPECT_THAT(elements<quint8>(stream("b3", ModelBuilderAccess::kGPUValues)),
-                ElementsAre(4, 5, 6, 1, 2, 3));
+    EXPECT_THAT(elements<quint8>(stream("b3", kGPUValues)), ElementsAre(4, 5, 6, 1, 2, 3));
 }
 
 TEST_F(GPUStreamsTest, OneIndexStreamServesAllAttributes) {
@@ -231,8 +224,8 @@ TEST_F(GPUStreamsTest, OneIndexStreamServesAllAttributes) {
     attribute<float>("a", 1, kFloat, {1}, {0, 0, 0});
     attribute<float>("b", 1, kFloat, {1}, {0, 0, 0});
     build(false);
-    EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUIndices), stream("b", ModelBuilderAccess::kGPUIndices));
-    EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUIndices)->type(), ModelBuilder::kIndexType);
+    EXPECT_EQ(stream("a", kGPUIndices), stream("b", kGPUIndices));
+    EXPECT_EQ(stream("a", kGPUIndices)->type(), ModelBuilder::kIndexType);
 }
 
 TEST_F(GPUStreamsTest, NoCornersGiveEmptyStreams) {
@@ -256,8 +249,7 @@ TEST_F(GPUStreamsTest, InvalidIndicesStandForZeros) {
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral(
                     "3 corners have no valid index into vertex attribute 'a' and take a value of zeros")));
-    EXPECT_THAT(elements<quint32>(stream("a", ModelBuilderAccess::kIndices)),
-                ElementsAre(0, 2, 0x7FFFFFFF, 1))
+    EXPECT_THAT(elements<quint32>(stream("a", kIndices)), ElementsAre(0, 2, 0x7FFFFFFF, 1))
         << "the list itself stays";
     EXPECT_EQ(builder->statistics().substitutedCorners, 3U);
 }
@@ -314,7 +306,7 @@ TEST_F(GPUStreamsTest, AttributeOfNoScalarTypeHasNoValues) {
     attribute<float>("a", 1, 0x1407, {1}, {0, 0});
     attribute<float>("c", 1, kFloat, {1, 2}, {0, 1});
     build(false);
-    EXPECT_TRUE(bytes(stream("a", ModelBuilderAccess::kGPUValues)).isEmpty());
+    EXPECT_TRUE(bytes(stream("a", kGPUValues)).isEmpty());
     EXPECT_THAT(values("c"), ElementsAre(1, 2));
 }
 
@@ -323,7 +315,7 @@ TEST_F(GPUStreamsTest, AttributeWithoutStreamsIsPassedOver) {
     attribute<float>("c", 1, kFloat, {1, 2}, {0, 1});
     access().attribute("absent").components = 3;
     build(false);
-    EXPECT_TRUE(stream("absent", ModelBuilderAccess::kGPUValues).isNull());
+    EXPECT_TRUE(stream("absent", kGPUValues).isNull());
     EXPECT_THAT(values("c"), ElementsAre(1, 2));
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
@@ -339,8 +331,8 @@ TEST_F(GPUStreamsTest, MoreCornersThanAStreamHoldsMakeNothing) {
     faces({0xFFFFFFFF});
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1});
     build(false);
-    EXPECT_TRUE(stream("a", ModelBuilderAccess::kGPUValues).isNull());
-    EXPECT_TRUE(stream("a", ModelBuilderAccess::kGPUIndices).isNull());
+    EXPECT_TRUE(stream("a", kGPUValues).isNull());
+    EXPECT_TRUE(stream("a", kGPUIndices).isNull());
     EXPECT_THAT(log.messages(),
                 ElementsAre(Testing::LoggedMessage{
                     QtWarningMsg,
@@ -353,7 +345,7 @@ TEST_F(GPUStreamsTest, HugeValueSizesNeverWrap) {
     faces({3});
     attribute<float>("a", 0x40000000, kFloat, {1}, {0, 0, 0});
     build(false);
-    EXPECT_TRUE(stream("a", ModelBuilderAccess::kGPUValues).isNull());
+    EXPECT_TRUE(stream("a", kGPUValues).isNull());
     EXPECT_THAT(log.texts(QtWarningMsg).back(),
                 QStringLiteral("Unable to upload: no stream could be made for vertex attribute 'a'"));
 }
@@ -380,8 +372,8 @@ TEST_F(GPUStreamsTest, AllocatorThatRunsOutLeavesNoHalfBuiltStreams) {
         EXPECT_THAT(log.texts(QtWarningMsg), testing::SizeIs(1));
         EXPECT_THAT(log.texts(QtDebugMsg), IsEmpty());
         for (const char* const name : {"a", "b"}) {
-            EXPECT_TRUE(stream(name, ModelBuilderAccess::kGPUValues).isNull());
-            EXPECT_TRUE(stream(name, ModelBuilderAccess::kGPUIndices).isNull());
+            EXPECT_TRUE(stream(name, kGPUValues).isNull());
+            EXPECT_TRUE(stream(name, kGPUIndices).isNull());
         }
     }
 }
@@ -393,12 +385,12 @@ TEST_F(GPUStreamsTest, ShortIndexStreamIsAssertedAndOnlyWholeEntriesAreWritten) 
     // The client's streams take 16-bit elements: its counts and indices fill half of each entry.
     access().verticesPerFace()->setData(0, 4, words);
     attribute<float>("a", 1, kFloat, {5, 6}, {});
-    auto& list = stream("a", ModelBuilderAccess::kIndices);
+    auto& list = stream("a", kIndices);
     const quint32 entries[] = {1, 0, 1};
     list->append(6, entries);
     log.clear();
     build(false);
-    const auto& result = stream("a", ModelBuilderAccess::kGPUIndices);
+    const auto& result = stream("a", kGPUIndices);
     EXPECT_EQ(result->type(), 0x1403U);
     ASSERT_EQ(result->byteCount(), 6U);
     EXPECT_EQ(*static_cast<quint32*>(result->data(0)), 0U);
@@ -427,7 +419,7 @@ TEST_F(GPUStreamsTest, ShortIndexStreamIsAssertedBeforeAResultIsMissing) {
     access().verticesPerFace()->setData(0, 4, words);
     attribute<float>("a", 1, kFloat, {5, 6}, {});
     const quint32 entries[] = {1, 0, 1};
-    stream("a", ModelBuilderAccess::kIndices)->append(6, entries);
+    stream("a", kIndices)->append(6, entries);
     build(false);
     ASSERT_EQ(log.messages().size(), 2U);
     EXPECT_EQ(log.messages()[0].text,
@@ -451,9 +443,9 @@ protected:
     void gpuAttribute(const char* name, int components, std::initializer_list<float> data) {
         auto& record = access().attribute(name);
         record.components = components;
-        record.streams[ModelBuilderAccess::kGPUValues] = QSharedPointer<ModelDataArray>::create(kFloat);
-        record.streams[ModelBuilderAccess::kGPUValues]->append(data.size(), data.begin());
-        record.streams[ModelBuilderAccess::kGPUIndices] = shared;
+        record.streams[kGPUValues] = QSharedPointer<ModelDataArray>::create(kFloat);
+        record.streams[kGPUValues]->append(data.size(), data.begin());
+        record.streams[kGPUIndices] = shared;
     }
 
 public:
@@ -466,8 +458,8 @@ TEST_F(OptimizeGPUStreamsTest, RewritesTheSharedListInPlace) {
     gpuAttribute("a", 1, {5, 6, 5, 7});
     gpuAttribute("b", 2, {1, 1, 1, 1, 1, 1, 1, 1});
     access().optimizeGPUStreams();
-    EXPECT_EQ(stream("a", ModelBuilderAccess::kGPUIndices), shared);
-    EXPECT_EQ(stream("b", ModelBuilderAccess::kGPUIndices), shared);
+    EXPECT_EQ(stream("a", kGPUIndices), shared);
+    EXPECT_EQ(stream("b", kGPUIndices), shared);
     EXPECT_THAT(elements<quint32>(shared), ElementsAre(2, 0, 1, 0));
     EXPECT_THAT(values("a"), ElementsAre(5, 6, 7));
     EXPECT_THAT(values("b"), ElementsAre(1, 1, 1, 1, 1, 1));

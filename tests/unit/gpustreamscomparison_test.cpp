@@ -122,10 +122,10 @@ void expectSameStreams(ModelBuilder& builder, const Literal::Mesh& mesh) {
     const ModelBuilderAccess access(builder);
     for (auto it = mesh.attributes.begin(); it != mesh.attributes.end(); ++it) {
         const auto& streams = access.attributes()[it.key()].streams;
-        ASSERT_EQ(elements<quint32>(streams[ModelBuilderAccess::kGPUIndices]), mesh.gpuIndices);
-        ASSERT_EQ(bytes(streams[ModelBuilderAccess::kGPUValues]), it->gpuValues);
-        ASSERT_EQ(bytes(streams[ModelBuilderAccess::kValues]), it->values) << "the input changed";
-        ASSERT_EQ(elements<quint32>(streams[ModelBuilderAccess::kIndices]), it->indices);
+        ASSERT_EQ(elements<quint32>(streams[kGPUIndices]), mesh.gpuIndices);
+        ASSERT_EQ(bytes(streams[kGPUValues]), it->gpuValues);
+        ASSERT_EQ(bytes(streams[kValues]), it->values) << "the input changed";
+        ASSERT_EQ(elements<quint32>(streams[kIndices]), it->indices);
     }
 }
 

@@ -8,7 +8,6 @@
 #include <velmodel/modelbuilder.h>
 #include <velmodel/modeldataarray.h>
 
-#include "singleupload.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
@@ -99,9 +98,7 @@ protected:
         builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
         builder.addFacesToMaterialGroup(kGroup, faces.size(), faces.data(), QString());
         std::vector<int> calls;
-        SingleUpload::meterCuts(builder, [&calls](int count) { calls.push_back(count); });
-        GPUModel model;
-        builder.upload(&model, InstanceData(), kGroup, QString(), 0x88E4, 4);
+        ModelBuilderAccess(builder).prepareOnce(kGroup, 0, [&calls](int count) { calls.push_back(count); });
         return calls;
     }
     static std::vector<unsigned int> inOrder(unsigned int count) {
@@ -123,7 +120,7 @@ TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
     std::mt19937 random(4);
     ModelBuilder listed;
     ModelBuilder inRuns;
-    SingleUpload::expect(inRuns);
+    ModelBuilderAccess::consumeInput(inRuns);
     addFaces(listed, kFaces, 3);
     const std::vector<quint32> counts(kFaces, 3);
     inRuns.addVertexCountsToFaces(kFaces, counts.data());
@@ -137,7 +134,7 @@ TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
             std::vector<unsigned int> faces(count);
             std::iota(faces.begin(), faces.end(), first);
             listed.addFacesToMaterialGroup(kGroup, count, faces.data(), QString());
-            SingleUpload::addFaces(inRuns, kGroup, first, count);
+            ModelBuilderAccess(inRuns).addFaceRun(kGroup, first, count);
         }
         ASSERT_EQ(triangles(inRuns), triangles(listed));
     }
@@ -145,11 +142,11 @@ TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
 
 TEST_F(GroupCuttingTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
     ModelBuilder builder;
-    SingleUpload::expect(builder);
-    EXPECT_FALSE(SingleUpload::addFaces(builder, kGroup, 0, 1));
+    ModelBuilderAccess::consumeInput(builder);
+    EXPECT_FALSE(ModelBuilderAccess(builder).addFaceRun(kGroup, 0, 1));
     EXPECT_FALSE(builder.hasMaterialGroup(kGroup));
     builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
-    EXPECT_TRUE(SingleUpload::addFaces(builder, kGroup, 0, 1));
+    EXPECT_TRUE(ModelBuilderAccess(builder).addFaceRun(kGroup, 0, 1));
 }
 
 // More than fit into a stream: no memory is taken for them.

@@ -7,9 +7,9 @@
 #include <velgl/gpumodel.h>
 #include <velmodel/modelbuilder.h>
 
-#include "singleupload.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
+#include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
 
 namespace Atelier::Vel {
@@ -61,7 +61,7 @@ struct Mesh {
 
     void feed(ModelBuilder& builder, Path path) const {
         if (path != Path::KeptLists)
-            SingleUpload::expect(builder);
+            ModelBuilderAccess::consumeInput(builder);
         for (const Attribute& attribute : attributes) {
             const std::vector<float> values = attribute.values();
             builder.createVertexAttribute(attribute.name, attribute.components, kFloat, 0, 0);
@@ -76,21 +76,20 @@ struct Mesh {
         if (path == Path::KeptLists)
             builder.addFacesToMaterialGroup(group, kFaces, faces.data(), QString());
         else
-            SingleUpload::addFaces(builder, group, 0, kFaces);
+            ModelBuilderAccess(builder).addFaceRun(group, 0, kFaces);
         addCorners(builder, path);
     }
 
 private:
     void addCorners(ModelBuilder& builder, Path path) const {
         std::array<std::vector<unsigned int>, 3> indices;
-        std::array<SingleUpload::CornerList, 3> lists{};
+        std::array<CornerList, 3> lists{};
         for (std::size_t i = 0; i < 3; ++i) {
             indices[i] = attributes[i].indices;
             lists[i] = {&attributes[i].name, indices[i].data()};
         }
-        if (path == Path::MergedCorners &&
-            SingleUpload::addCorners(builder, lists.data(), lists.size(), kCorners))
-            return;
+        if (path == Path::MergedCorners)
+            return ModelBuilderAccess(builder).addCorners(lists.data(), lists.size(), kCorners);
         for (std::size_t i = 0; i < 3; ++i)
             builder.addIndicesToVertexAttribute(attributes[i].name, indices[i].size(), indices[i].data());
     }

@@ -8,10 +8,10 @@
 #include <velmodel/modelbuilder.h>
 
 #include "modeldescription.h"
-#include "singleupload.h"
 #include "soundmodel.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
+#include "support/modelbuilderaccess.h"
 #include "support/recordingcontext.h"
 
 namespace Atelier::Vel {
@@ -59,8 +59,6 @@ public:
     Feeder(const Way& way, ModelBuilder& builder) : _way(way), _builder(builder) {}
 
     void feed() const {
-        if (!_way.keepsInput)
-            SingleUpload::expect(_builder);
         std::vector<float> positions;
         for (quint32 i = 0; i < _way.positions; ++i)
             positions.insert(positions.end(),
@@ -90,7 +88,7 @@ private:
                 _builder.addFacesToMaterialGroup(group, numbers.size(), guarded(numbers)->as<unsigned int>(),
                                                  QString());
             else
-                SingleUpload::addFaces(_builder, group, first, end - first);
+                ModelBuilderAccess(_builder).addFaceRun(group, first, end - first);
         }
     }
     void addCorners() const {
@@ -103,10 +101,10 @@ private:
         }
         const auto positionList = guarded(positions);
         const auto uvList = guarded(uvs);
-        const SingleUpload::CornerList lists[] = {{&kPosition, positionList->as<unsigned int>()},
-                                                  {&kUv, uvList->as<unsigned int>()}};
-        if (_way.mergesCorners && SingleUpload::addCorners(_builder, lists, 2, corners))
-            return;
+        const CornerList lists[] = {{&kPosition, positionList->as<unsigned int>()},
+                                    {&kUv, uvList->as<unsigned int>()}};
+        if (_way.mergesCorners)
+            return ModelBuilderAccess(_builder).addCorners(lists, 2, corners);
         _builder.addIndicesToVertexAttribute(kPosition, corners, lists[0].indices);
         _builder.addIndicesToVertexAttribute(kUv, corners, lists[1].indices);
     }
@@ -132,7 +130,9 @@ Outcome upload(const Way& way, std::size_t liar, Lie lie) {
     const MessageLog log;
     const auto allocator = QSharedPointer<Testing::LyingAllocator<Stream>>::create();
     allocator->lie(liar, lie);
-    ModelBuilder builder(allocator);
+    ModelBuilder builder(way.keepsInput ? allocator : QSharedPointer<ModelDataStreamAllocator>());
+    if (!way.keepsInput)
+        ModelBuilderAccess::consumeInput(builder, allocator);
     Feeder(way, builder).feed();
     GPUModel model;
     builder.upload(&model, InstanceData(QStringLiteral("i")), kPosition, QString(), 0x88E4, 4);

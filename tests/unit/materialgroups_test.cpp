@@ -11,7 +11,6 @@
 #include <velmodel/triangulation.h>
 
 #include "literal/literaltriangulation.h"
-#include "singleupload.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
@@ -366,15 +365,15 @@ struct LongMesh {
 
     LongMesh(quint32 count, bool uploadsOnce) {
         if (uploadsOnce)
-            SingleUpload::expect(builder);
+            ModelBuilderAccess::consumeInput(builder);
         const std::vector<quint32> counts(kFaces, count);
         builder.addVertexCountsToFaces(kFaces, counts.data());
         builder.createMaterialGroup(QStringLiteral("a"), InstanceData(), -1, 0);
         std::vector<quint32> numbers(kFaces);
         std::iota(numbers.begin(), numbers.end(), 0U);
         if (uploadsOnce) {
-            SingleUpload::addFaces(builder, QStringLiteral("a"), 0, kFaces / 2);
-            SingleUpload::addFaces(builder, QStringLiteral("a"), kFaces / 2 + 1, kFaces / 2 - 1);
+            ModelBuilderAccess(builder).addFaceRun(QStringLiteral("a"), 0, kFaces / 2);
+            ModelBuilderAccess(builder).addFaceRun(QStringLiteral("a"), kFaces / 2 + 1, kFaces / 2 - 1);
         } else {
             builder.addFacesToMaterialGroup(QStringLiteral("a"), kFaces, numbers.data(), QString());
         }

@@ -75,7 +75,7 @@ TEST(ModelBuilderTest, AttributeWithoutInputStreamIsNoObstacle) {
 TEST(ModelBuilderTest, AttributeWithoutIndexStreamIsNotValid) {
     ModelBuilder builder;
     makeValid(builder);
-    ModelBuilderAccess(builder).attribute("va_Vertex").streams[ModelBuilderAccess::kIndices].reset();
+    ModelBuilderAccess(builder).attribute("va_Vertex").streams[kIndices].reset();
     EXPECT_FALSE(builder.isValid());
 }
 
@@ -112,7 +112,7 @@ TEST(ModelBuilderTest, NegativeIdStandsForTheNumberOfGroups) {
     builder.addFacesToMaterialGroup(QStringLiteral("a"), 1, &face, QString());
     builder.createMaterialGroup(QStringLiteral("a"), InstanceData(), -1, 0);
     EXPECT_EQ(builder.materialGroupId(QStringLiteral("a")), 2);
-    EXPECT_TRUE(ModelBuilderAccess(builder).groups()[QStringLiteral("a")].faces.others().stream->isEmpty());
+    EXPECT_TRUE(ModelBuilderAccess(builder).groups()[QStringLiteral("a")].faces.stream()->isEmpty());
 }
 
 TEST(ModelBuilderTest, GivenIdIsKept) {
@@ -132,7 +132,7 @@ TEST(ModelBuilderTest, ReusedGroupNameDropsItsFacesAndObjectName) {
     const auto& group = ModelBuilderAccess(builder).groups()[kGroup];
     EXPECT_EQ(group.material.name(), QStringLiteral("two"));
     EXPECT_EQ(group.id, 2);
-    EXPECT_TRUE(group.faces.others().stream->isEmpty());
+    EXPECT_TRUE(group.faces.stream()->isEmpty());
     EXPECT_EQ(builder.materialGroupFlags(kGroup), ~quint64{0});
     EXPECT_TRUE(group.objectName.isNull());
 }
@@ -152,7 +152,7 @@ TEST(ModelBuilderTest, FirstObjectNameStaysAndAnotherIsWarnedAbout) {
     EXPECT_FALSE(message.hasContext);
     const auto& group = ModelBuilderAccess(builder).groups()[kGroup];
     EXPECT_EQ(group.objectName, QStringLiteral("Wand"));
-    EXPECT_THAT(elements<quint32>(group.faces.others().stream), ElementsAre(3, 4));
+    EXPECT_THAT(elements<quint32>(group.faces.stream()), ElementsAre(3, 4));
 }
 
 TEST(ModelBuilderTest, NullObjectNameIsNotSetYet) {
@@ -197,13 +197,13 @@ TEST(ModelBuilderTest, CreatingAnAttributeSizesItsStreams) {
     builder.addIndicesToVertexAttribute(kName, 1, &index);
     const auto& record = ModelBuilderAccess(builder).attribute("va_Vertex");
     EXPECT_EQ(record.components, 4);
-    EXPECT_EQ(record.streams[ModelBuilderAccess::kValues]->type(), kDouble);
-    EXPECT_EQ(record.streams[ModelBuilderAccess::kValues]->size(), 8U);
-    EXPECT_EQ(record.streams[ModelBuilderAccess::kIndices]->type(), ModelBuilder::kIndexType);
-    EXPECT_EQ(record.streams[ModelBuilderAccess::kIndices]->size(), 4U);
-    EXPECT_EQ(*static_cast<quint32*>(record.streams[ModelBuilderAccess::kIndices]->data(3)), 9U);
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kGPUValues].isNull());
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kGPUIndices].isNull());
+    EXPECT_EQ(record.streams[kValues]->type(), kDouble);
+    EXPECT_EQ(record.streams[kValues]->size(), 8U);
+    EXPECT_EQ(record.streams[kIndices]->type(), ModelBuilder::kIndexType);
+    EXPECT_EQ(record.streams[kIndices]->size(), 4U);
+    EXPECT_EQ(*static_cast<quint32*>(record.streams[kIndices]->data(3)), 9U);
+    EXPECT_TRUE(record.streams[kGPUValues].isNull());
+    EXPECT_TRUE(record.streams[kGPUIndices].isNull());
 }
 
 TEST(ModelBuilderTest, ReusedAttributeNameDropsWhatItHeld) {
@@ -214,10 +214,10 @@ TEST(ModelBuilderTest, ReusedAttributeNameDropsWhatItHeld) {
     builder.createVertexAttribute(kName, 2, kDouble, 0, 0);
     const auto& record = access.attribute("va_Vertex");
     EXPECT_EQ(record.components, 2);
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kValues]->isEmpty());
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kIndices]->isEmpty());
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kGPUValues].isNull());
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kGPUIndices].isNull());
+    EXPECT_TRUE(record.streams[kValues]->isEmpty());
+    EXPECT_TRUE(record.streams[kIndices]->isEmpty());
+    EXPECT_TRUE(record.streams[kGPUValues].isNull());
+    EXPECT_TRUE(record.streams[kGPUIndices].isNull());
 }
 
 TEST(ModelBuilderTest, AppendingNothingChangesNothing) {
@@ -230,9 +230,9 @@ TEST(ModelBuilderTest, AppendingNothingChangesNothing) {
     EXPECT_TRUE(builder.addFacesToMaterialGroup(kGroup, 0, nullptr, QString()));
     const ModelBuilderAccess access(builder);
     EXPECT_TRUE(access.verticesPerFace()->isEmpty());
-    EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kValues]->isEmpty());
-    EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kIndices]->isEmpty());
-    EXPECT_TRUE(access.groups()[kGroup].faces.others().stream->isEmpty());
+    EXPECT_TRUE(access.attribute("va_Vertex").streams[kValues]->isEmpty());
+    EXPECT_TRUE(access.attribute("va_Vertex").streams[kIndices]->isEmpty());
+    EXPECT_TRUE(access.groups()[kGroup].faces.stream()->isEmpty());
 }
 
 TEST(ModelBuilderTest, RemovalsOfVerticesDoNothing) {
@@ -245,9 +245,8 @@ TEST(ModelBuilderTest, RemovalsOfVerticesDoNothing) {
     EXPECT_EQ(access.groups().size(), 1);
     EXPECT_EQ(access.attributes().size(), 1);
     EXPECT_THAT(elements<quint32>(access.verticesPerFace()), ElementsAre(1));
-    EXPECT_THAT(elements<float>(access.attribute("va_Vertex").streams[ModelBuilderAccess::kValues]),
-                ElementsAre(1.0F));
-    EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kGPUValues].isNull());
+    EXPECT_THAT(elements<float>(access.attribute("va_Vertex").streams[kValues]), ElementsAre(1.0F));
+    EXPECT_TRUE(access.attribute("va_Vertex").streams[kGPUValues].isNull());
     EXPECT_TRUE(access.gpuIndices()->isEmpty());
 }
 
@@ -311,8 +310,8 @@ TEST(ModelBuilderTest, AllocatorThatGivesNothingLeavesNullStreams) {
     EXPECT_FALSE(builder.isValid());
     EXPECT_TRUE(access.verticesPerFace().isNull());
     EXPECT_TRUE(access.gpuIndices().isNull());
-    EXPECT_TRUE(access.groups()[kGroup].faces.others().stream.isNull());
-    EXPECT_TRUE(access.attribute("va_Vertex").streams[ModelBuilderAccess::kValues].isNull());
+    EXPECT_TRUE(access.groups()[kGroup].faces.stream().isNull());
+    EXPECT_TRUE(access.attribute("va_Vertex").streams[kValues].isNull());
 }
 
 TEST(ModelBuilderTest, DataThatNoStreamCanHoldIsRefusedWholeAndNamedOnce) {

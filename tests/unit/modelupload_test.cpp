@@ -360,9 +360,9 @@ TEST_F(ModelUploadTest, NormalsGetAnAttributeOfTheirOwn) {
     ASSERT_TRUE(builder->hasVertexAttribute(kNormal));
     const auto& record = access().attribute("normal");
     EXPECT_EQ(record.components, 3);
-    EXPECT_EQ(record.streams[ModelBuilderAccess::kGPUIndices],
-              access().attribute("position").streams[ModelBuilderAccess::kGPUIndices]);
-    EXPECT_TRUE(record.streams[ModelBuilderAccess::kValues].isNull());
+    EXPECT_EQ(record.streams[kGPUIndices],
+              access().attribute("position").streams[kGPUIndices]);
+    EXPECT_TRUE(record.streams[kValues].isNull());
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1));
     const float value = 1;
     builder->addValuesToVertexAttribute(kNormal, 1, &value, kFloat);
@@ -378,7 +378,7 @@ TEST_F(ModelUploadTest, NormalsReplaceThoseOfADeclaredAttribute) {
     builder->generateNormals(kNormal);
     upload();
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1));
-    EXPECT_THAT(elements<float>(access().attribute("normal").streams[ModelBuilderAccess::kValues]),
+    EXPECT_THAT(elements<float>(access().attribute("normal").streams[kValues]),
                 ElementsAre(7, 8, 9));
 }
 
@@ -491,7 +491,7 @@ TEST_F(ModelUploadTest, ShortIndexStreamsOfManyVerticesStayInsideTheirBytes) {
         list.push_back(i);
     }
     builder->addValuesToVertexAttribute(kPosition, positions.size(), positions.data(), kFloat);
-    access().attribute("position").streams[ModelBuilderAccess::kIndices] =
+    access().attribute("position").streams[kIndices] =
         QSharedPointer<ModelDataArray>::create(kUnsignedInt);
     builder->addIndicesToVertexAttribute(kPosition, list.size(), list.data());
     upload();
@@ -546,7 +546,7 @@ TEST_F(ModelUploadTest, ContextThatRunsOutOfObjectsIsSurvivedWithOneWarning) {
 }
 
 TEST_F(ModelUploadTest, PositionsWithoutStreamsStopTheUpload) {
-    access().attribute("position").streams[ModelBuilderAccess::kValues].reset();
+    access().attribute("position").streams[kValues].reset();
     upload();
     EXPECT_THAT(context.calls(), IsEmpty());
     EXPECT_THAT(log.texts(QtWarningMsg),
@@ -618,7 +618,7 @@ TEST_F(ModelUploadTest, AsManyElementsAsOpenGLCanCountAreUploaded) {
     counting->counts->clear();
     // With as many vertices as boasted, indices are wide.
     allocator->boast(kUnsignedInt, 2147483647);
-    access().attribute("position").streams[ModelBuilderAccess::kGPUValues]->resize(3 * 0xFFFF);
+    access().attribute("position").streams[kGPUValues]->resize(3 * 0xFFFF);
     upload();
     EXPECT_EQ(model.drawableCount(), 3);
     EXPECT_THAT(*counting->counts, ElementsAre(2147483647, 3 * 0xFFFF));

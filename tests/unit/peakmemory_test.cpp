@@ -10,10 +10,11 @@
 #include <velgl/gpumodel.h>
 #include <velgl/opengldevicecontext.h>
 #include <velgl/vertexarrayobject.h>
-#include <velmodel/modelbuilder.h>
+#include <velmodel/drawdata.h>
 
 #include "allocationcount.h"
-#include "singleupload.h"
+#include "drawdata/preparation.h"
+#include "mesh/mesh.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 
@@ -151,13 +152,12 @@ std::vector<unsigned int> cyclic(quint32 corners, quint32 values) {
     return indices;
 }
 
-/// A builder that gives up its input, and a witness of its upload.
+/// A mesh that gives up its input, and a witness of its upload.
 class PeakMemoryTest : public testing::Test {
 protected:
     void SetUp() override {
         if (!Testing::countsAllocations())
             GTEST_SKIP() << "allocations cannot be counted here";
-        SingleUpload::expect(builder);
         OpenGLDeviceContext::setCurrent(QSharedPointer<WitnessedContext>::create(witness));
     }
     void TearDown() override { OpenGLDeviceContext::setCurrent({}); }
@@ -165,18 +165,17 @@ protected:
     void addValues(const QString& name, int components, quint32 count) {
         std::vector<float> values(count * static_cast<std::size_t>(components));
         std::iota(values.begin(), values.end(), 0.0F);
-        builder.createVertexAttribute(name, components, kFloat, 0, 0);
-        builder.addValuesToVertexAttribute(name, values.size(), values.data(), kFloat);
+        mesh.attributes.create(name, components, kFloat, 0, 0);
+        mesh.attributes.addValues(name, values.size(), values.data(), kFloat);
     }
-    void addFaces(const std::vector<unsigned int>& counts) {
-        builder.addVertexCountsToFaces(counts.size(), counts.data());
-    }
+    void addFaces(const std::vector<unsigned int>& counts) { mesh.faces.add(counts.size(), counts.data()); }
     void addGroup(const QString& name, unsigned int firstFace, unsigned int count, quint64 flags = 0) {
-        builder.createMaterialGroup(name, InstanceData(), -1, flags);
-        SingleUpload::addFaces(builder, name, firstFace, count);
+        mesh.groups.create(name, InstanceData(), -1, flags);
+        mesh.groups.addFaceRun(name, firstFace, count);
     }
     void upload() {
-        builder.upload(&model, InstanceData(), kPosition, QString(), 0x88E4, 4);
+        DrawData data = Preparation(mesh, 0xF, &mesh).prepare(kPosition);
+        EXPECT_TRUE(Vel::upload(std::move(data), model, {InstanceData()}));
         EXPECT_GT(model.drawableCount(), 0);
     }
 
@@ -187,10 +186,10 @@ protected:
         addValues(kUv, 2, values);
         const std::vector<unsigned int> indices = cyclic(12, values);
         for (const QString& name : {kPosition, kUv})
-            builder.addIndicesToVertexAttribute(name, indices.size(), indices.data());
+            mesh.attributes.addIndices(name, indices.size(), indices.data());
         addFaces({3, 4, 5});
         addGroup(QStringLiteral("group"), 0, 3);
-        builder.generateNormals(QStringLiteral("normal"));
+        mesh.normalsAttribute = QStringLiteral("normal");
         witness.streamAskedFor = [this](unsigned int type) {
             if (type == kFloat)
                 streamsAtFloats.push_back(witness.types());
@@ -201,19 +200,19 @@ public:
     MessageLog log;
     Witness witness;
     std::vector<std::vector<unsigned int>> streamsAtFloats;
-    ModelBuilder builder{QSharedPointer<WitnessedAllocator>::create(witness), 0xF};
+    Mesh mesh{Input::Consumed, QSharedPointer<WitnessedAllocator>::create(witness)};
     GPUModel model;
 };
 
 } // namespace
 
-// The faces, triangle indices to come, the values given, and one list for all corners.
+// The faces, the values given, triangle indices to come, and one list for all corners.
 TEST_F(PeakMemoryTest, ListsAreGoneBeforeVerticesAreMade) {
     addSmallMesh(4);
     upload();
     ASSERT_EQ(streamsAtFloats.size(), 3U);
-    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt));
-    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kUnsignedInt, kFloat))
+    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kFloat, kFloat, kUnsignedInt, kUnsignedInt));
+    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kFloat, kUnsignedInt, kUnsignedInt, kFloat))
         << "the positions given have made room for those of the vertices";
     EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt))
         << "where normals are made, nothing of the input is left but the faces";
@@ -224,9 +223,9 @@ TEST_F(PeakMemoryTest, ListsThatAreNeededAreGoneBehindTheVertices) {
     addSmallMesh(11);
     upload();
     ASSERT_EQ(streamsAtFloats.size(), 3U);
-    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kUnsignedInt, kFloat,
+    EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kFloat, kUnsignedInt, kFloat, kUnsignedInt,
                                                 kUnsignedInt, kUnsignedInt));
-    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kUnsignedInt, kUnsignedInt, kFloat,
+    EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kUnsignedInt,
                                                 kUnsignedInt, kUnsignedInt, kFloat));
     EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt));
 }
@@ -260,8 +259,8 @@ TEST_F(PeakMemoryTest, TablesOfTuplesAreGoneBeforeVerticesAreMade) {
     std::vector<unsigned int> uvs = positions;
     const std::size_t before = Witness::otherBytes();
     for (quint32 first = 0; first < 3 * kValues; first += kCornersAtATime) {
-        const SingleUpload::CornerList lists[] = {{&kPosition, &positions[first]}, {&kUv, &uvs[first]}};
-        ASSERT_TRUE(SingleUpload::addCorners(builder, lists, 2, kCornersAtATime));
+        const CornerList lists[] = {{&kPosition, &positions[first]}, {&kUv, &uvs[first]}};
+        mesh.attributes.addCorners(lists, 2, kCornersAtATime);
     }
     std::vector<std::size_t> atFloats;
     witness.streamAskedFor = [&](unsigned int type) {
@@ -282,14 +281,14 @@ TEST_F(PeakMemoryTest, FacesOfGroupsAndTheCutterAreGoneBeforeNormalsAreMade) {
     counts.back() = kCorners;
     addFaces(counts);
     const std::vector<unsigned int> indices = cyclic(3 * (kFaces - 1) + kCorners, 4);
-    builder.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+    mesh.attributes.addIndices(kPosition, indices.size(), indices.data());
     const QString group = QStringLiteral("group");
-    builder.createMaterialGroup(group, InstanceData(), -1, 0);
+    mesh.groups.create(group, InstanceData(), -1, 0);
     const std::size_t withoutRuns = Witness::otherBytes();
     for (quint32 face = 1; face < kFaces; face += 2)
-        SingleUpload::addFaces(builder, group, face, 1);
+        mesh.groups.addFaceRun(group, face, 1);
     ASSERT_GE(Witness::otherBytes(), withoutRuns + kFaces / 2 * sizeof(quint32));
-    builder.generateNormals(QStringLiteral("normal"));
+    mesh.normalsAttribute = QStringLiteral("normal");
     std::size_t atNormals = 0;
     witness.streamAskedFor = [&](unsigned int type) {
         if (type == kFloat)
@@ -300,12 +299,12 @@ TEST_F(PeakMemoryTest, FacesOfGroupsAndTheCutterAreGoneBeforeNormalsAreMade) {
 }
 
 // The commands of a drawable stand once, in the drawable, when it gets its attributes.
-TEST_F(PeakMemoryTest, CommandsAreGoneFromTheBuilderWhereTheDrawableHasThem) {
+TEST_F(PeakMemoryTest, CommandsAreGoneFromTheDrawDataWhereTheDrawableHasThem) {
     constexpr quint32 kGroups = 20'000;
     addValues(kPosition, 3, 4);
     addFaces(std::vector<unsigned int>(kGroups, 3));
     const std::vector<unsigned int> indices = cyclic(3 * kGroups, 4);
-    builder.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+    mesh.attributes.addIndices(kPosition, indices.size(), indices.data());
     for (quint32 group = 0; group < kGroups; ++group)
         addGroup(QString::number(group), group, 1);
     std::size_t beforeTheDrawable = 0;
@@ -333,25 +332,19 @@ TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
     static_assert(kFaces * 6 * sizeof(quint32) <= kRoom / 2 && kFaces * 9 * sizeof(quint32) > kRoom / 2);
     for (const bool isUniform : {false, true}) {
         const auto arrays = QSharedPointer<SampledArrays>::create();
-        ModelBuilder other(arrays);
-        if (isUniform)
-            SingleUpload::expect(other);
+        Mesh other(isUniform ? Input::Consumed : Input::Kept, arrays);
         const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-        other.createVertexAttribute(kPosition, 3, kFloat, 0, 0);
-        other.addValuesToVertexAttribute(kPosition, 12, square, kFloat);
+        other.attributes.create(kPosition, 3, kFloat, 0, 0);
+        other.attributes.addValues(kPosition, 12, square, kFloat);
         const std::vector<unsigned int> indices = cyclic(4 * kFaces, 4);
-        other.addIndicesToVertexAttribute(kPosition, indices.size(), indices.data());
+        other.attributes.addIndices(kPosition, indices.size(), indices.data());
         const std::vector<unsigned int> counts(kFaces, 4);
-        other.addVertexCountsToFaces(kFaces, counts.data());
+        other.faces.add(kFaces, counts.data());
         const QString group = QStringLiteral("group");
-        other.createMaterialGroup(group, InstanceData(), -1, 0);
-        const std::vector<unsigned int> faces = cyclic(kFaces, kFaces);
-        if (isUniform)
-            SingleUpload::addFaces(other, group, 0, kFaces);
-        else
-            other.addFacesToMaterialGroup(group, kFaces, faces.data(), QString());
-        other.generateNormals(QStringLiteral("normal"));
-        other.upload(&model, InstanceData(), kPosition, QString(), 0x88E4, 4);
+        other.groups.create(group, InstanceData(), -1, 0);
+        other.groups.addFaceRun(group, 0, kFaces);
+        other.normalsAttribute = QStringLiteral("normal");
+        EXPECT_TRUE(Vel::upload(Preparation(other, 0, &other).prepare(kPosition), model, {InstanceData()}));
         // The last three streams: triangles, normals, short indices.
         ASSERT_GT(arrays->samples.size(), 3U);
         const std::size_t* const last = &arrays->samples.back();
@@ -360,13 +353,13 @@ TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
     EXPECT_EQ(model.drawableCount(), 2);
 }
 
-TEST_F(PeakMemoryTest, GroupsAreGoneFromTheBuilderBeforeTheFirstDrawable) {
+TEST_F(PeakMemoryTest, GroupsAreGoneFromTheMeshBeforeTheFirstDrawable) {
     addSmallMesh(4);
     addGroup(QStringLiteral("other"), 1, 1, 1);
     std::vector<std::pair<bool, bool>> groups;
     witness.arrayAskedFor = [&] {
-        groups.emplace_back(builder.hasMaterialGroup(QStringLiteral("group")),
-                            builder.hasMaterialGroup(QStringLiteral("other")));
+        groups.emplace_back(mesh.groups.contains(QStringLiteral("group")),
+                            mesh.groups.contains(QStringLiteral("other")));
     };
     upload();
     EXPECT_THAT(groups, ElementsAre(std::pair(false, false), std::pair(false, false)));

@@ -168,27 +168,5 @@ TEST(VertexMergingTest, WithoutCornersThereAreNoVertices) {
     merging.gather(0, nullptr);
 }
 
-TEST(CountIndexTuplesTest, TuplesAreCountedByTheirNumbers) {
-    std::mt19937 random(85);
-    for (const Recipe& recipe : kRecipes) {
-        const std::vector<TestAttribute> attributes = randomMesh(random, recipe);
-        EXPECT_EQ(countIndexTuples(views(attributes), recipe.corners),
-                  Testing::mergedByTuples(views(attributes), recipe.corners).firstCorner.size());
-    }
-    EXPECT_EQ(countIndexTuples({}, 3), 1U);
-    EXPECT_EQ(countIndexTuples({}, 0), 0U);
-}
-
-// With so many corners, a slot of the table holds few bits of the hash: some corners share all of them.
-TEST(CountIndexTuplesTest, ManyCornersWithEqualSlotsAreComparedByTheirTuples) {
-    constexpr quint32 kCount = 1 << 20;
-    std::vector<quint32> numbers(kCount);
-    std::iota(numbers.begin(), numbers.end(), 0U);
-    const TestAttribute different(std::vector<unsigned char>(kCount), numbers, 1);
-    const TestAttribute same(std::vector<unsigned char>(1), std::vector<quint32>(kCount), 1);
-    EXPECT_EQ(countIndexTuples({different.view(), same.view()}, kCount), kCount);
-    EXPECT_EQ(countIndexTuples({same.view(), different.view()}, kCount), kCount);
-}
-
 } // namespace
 } // namespace Atelier::Vel

@@ -6,15 +6,10 @@
 #include <QtCore/QVector>
 
 #include "geometry/polygontriangulator.h"
+#include "mesh/facestore.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
-
-/// Faces that all have as many corners.
-struct UniformFaces {
-    quint32 corners = 0; ///< of each, 0 while there are none
-    quint64 count = 0;
-};
 
 /// What a face number refers to. Nothing in it is trusted: faces that do not lie inside it do not exist, and
 /// positions behind the end are zero.

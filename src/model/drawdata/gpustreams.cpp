@@ -9,15 +9,16 @@
 #include <velmodel/modeldataarray.h>
 
 #include "diagnostics.h"
+#include "drawdata/preparation.h"
 #include "geometry/vertexmerging.h"
+#include "glconstants.h"
 #include "mesh/mergedcorners.h"
-#include "modelbuilderdata.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
 
 /// The attributes that one merging goes over, in their order, with the streams that hold the result.
-struct ModelBuilder::Data::StreamBuild {
+struct Preparation::StreamBuild {
     std::vector<QString> names;
     std::vector<VertexAttribute*> records;
     std::vector<CornerAttribute> attributes;
@@ -61,54 +62,71 @@ private:
     quint32* _entries;
 };
 
+/// The number of different tuples of value numbers that the corners have: vertices whose values are those
+/// numbers.
+quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+    const quint64 count = cornerCount;
+    const ScratchBlock scratch((attributes.size() + 1) * count * sizeof(quint32));
+    auto* words = scratch.as<quint32>();
+    std::vector<CornerAttribute> numbered(attributes.size());
+    for (std::size_t i = 0; i < attributes.size(); ++i) {
+        numbered[i].values = reinterpret_cast<const unsigned char*>(words);
+        numbered[i].indexCount = numbered[i].valueCount = count;
+        numbered[i].stride = sizeof(quint32);
+        for (quint64 corner = 0; corner < count; ++corner)
+            *words++ = static_cast<quint32>(attributes[i].valueOf(corner));
+    }
+    return VertexMerging(numbered, cornerCount, words).vertexCount();
+}
+
 /// Whether an index stream has bytes for fewer entries than it says. One of another type is asserted instead.
 bool lacksEntries(ModelDataStream& indices, quint32 count) {
-    return indices.type() == ModelBuilder::kIndexType && WordView::of(&indices).count < count;
+    return indices.type() == kGlUnsignedInt && WordView::of(&indices).count < count;
 }
 
 } // namespace
 
-void ModelBuilder::Data::buildGPUFriendlyStreams(bool mergeCorners) {
+void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
     if (allHaveGPUStreams())
         return;
     _statistics = {};
-    const quint32 cornerCount = this->cornerCount();
+    const quint32 cornerCount = _mesh.cornerCount();
+    const std::unique_ptr<MergedCorners> merged = _mesh.attributes.takeMergedCorners();
     QSharedPointer<ModelDataStream> indices =
-        _mergedCorners ? _mergedCorners->list() : listToOverwrite(cornerCount);
+        merged ? merged->list() : _mesh.attributes.disposableList(cornerCount);
     const bool overwritesInput = !indices.isNull();
     if (!overwritesInput)
-        indices = makeStream(kIndexType, cornerCount);
+        indices = _mesh.streams.make(kGlUnsignedInt, cornerCount);
     if (indices.isNull())
         return reportMissingStream(QStringLiteral("the corner indices"));
     StreamBuild build = collectInput(cornerCount);
-    const quint32 before = mergeCorners ? countIndexTuples(build.attributes, cornerCount) : cornerCount;
+    const quint32 before = mergeCorners ? countTuples(build.attributes, cornerCount) : cornerCount;
 
     // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
     auto target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
     const auto targetElsewhere = [&] {
         if (overwritesInput) {
-            indices = makeStream(kIndexType, cornerCount);
+            indices = _mesh.streams.make(kGlUnsignedInt, cornerCount);
             target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
         }
         return target->entries();
     };
     const VertexMerging merging =
-        _mergedCorners ? VertexMerging(build.attributes, _mergedCorners->take(build.names, build.attributes),
-                                       cornerCount, target->entries())
-                       : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere);
-    _mergedCorners.reset();
+        merged ? VertexMerging(build.attributes, merged->take(build.names, build.attributes), cornerCount,
+                               target->entries())
+               : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere);
     if (indices.isNull() || lacksEntries(*indices, cornerCount))
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
     const quint64 substituted = warnAboutSubstitutes(build, merging);
     assertReduction(before, merging.vertexCount(), *indices);
     if (!merging.needsIndices())
-        dropIndexLists(build);
+        releaseIndexLists(build);
     if (!makeResults(build, merging))
         return;
     adoptResults(build, indices);
-    dropIndexLists(build);
-    for (VertexAttribute& record : _vertexAttributes)
+    releaseIndexLists(build);
+    for (VertexAttribute& record : _mesh.attributes.records())
         record.streams[kGPUIndices] = indices;
     _statistics.corners = cornerCount;
     _statistics.vertices = merging.vertexCount();
@@ -116,12 +134,12 @@ void ModelBuilder::Data::buildGPUFriendlyStreams(bool mergeCorners) {
     reportReduction(before, merging.vertexCount(), *indices);
 }
 
-void ModelBuilder::Data::optimizeGPUStreams() {
+void Preparation::optimizeGPUStreams() {
     StreamBuild build;
     QSharedPointer<ModelDataStream> indices;
     quint64 vertexCount = 0;
-    for (const QString& name : attributeNames()) {
-        VertexAttribute& record = _vertexAttributes[name];
+    for (const QString& name : _mesh.attributes.names()) {
+        VertexAttribute& record = _mesh.attributes[name];
         if (record.streams[kGPUValues].isNull() || record.streams[kGPUIndices].isNull())
             continue;
         indices = record.streams[kGPUIndices];
@@ -150,27 +168,17 @@ void ModelBuilder::Data::optimizeGPUStreams() {
     reportReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
 }
 
-QSharedPointer<ModelDataStream> ModelBuilder::Data::listToOverwrite(quint32 cornerCount) const {
-    if (_keepsInput)
-        return {};
-    for (const VertexAttribute& record : _vertexAttributes) {
-        const auto* const list = dynamic_cast<ModelDataArray*>(record.streams[kIndices].data());
-        if (list != nullptr && list->type() == kIndexType && list->size() == cornerCount)
-            return record.streams[kIndices];
-    }
-    return {};
-}
-
-bool ModelBuilder::Data::allHaveGPUStreams() const {
-    return std::all_of(_vertexAttributes.begin(), _vertexAttributes.end(), [](const VertexAttribute& record) {
+bool Preparation::allHaveGPUStreams() const {
+    const QHash<QString, VertexAttribute>& records = _mesh.attributes.records();
+    return std::all_of(records.begin(), records.end(), [](const VertexAttribute& record) {
         return !record.streams[kGPUValues].isNull() && !record.streams[kGPUIndices].isNull();
     });
 }
 
-ModelBuilder::Data::StreamBuild ModelBuilder::Data::collectInput(quint32 cornerCount) {
+Preparation::StreamBuild Preparation::collectInput(quint32 cornerCount) {
     StreamBuild build;
-    for (const QString& name : attributeNames()) {
-        VertexAttribute& record = _vertexAttributes[name];
+    for (const QString& name : _mesh.attributes.names()) {
+        VertexAttribute& record = _mesh.attributes[name];
         record.streams[kGPUValues].reset();
         record.streams[kGPUIndices].reset();
         if (record.streams[kValues].isNull())
@@ -186,7 +194,7 @@ ModelBuilder::Data::StreamBuild ModelBuilder::Data::collectInput(quint32 cornerC
     return build;
 }
 
-quint64 ModelBuilder::Data::warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging) {
+quint64 Preparation::warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging) {
     quint64 total = 0;
     for (std::size_t i = 0; i < build.attributes.size(); ++i) {
         const quint64 count = merging.substitutedCorners(i);
@@ -199,51 +207,50 @@ quint64 ModelBuilder::Data::warnAboutSubstitutes(const StreamBuild& build, const
     return total;
 }
 
-bool ModelBuilder::Data::makeResults(StreamBuild& build, const VertexMerging& merging) const {
+bool Preparation::makeResults(StreamBuild& build, const VertexMerging& merging) const {
     for (std::size_t i = 0; i < build.records.size(); ++i) {
         const VertexAttribute& record = *build.records[i];
         const bool isInput = record.streams[kGPUValues].isNull();
         const unsigned int type = record.streams[isInput ? kValues : kGPUValues]->type();
         const quint64 components = static_cast<quint64>(std::max(record.components, 0));
-        const QSharedPointer<ModelDataStream> result = makeStream(type, components * merging.vertexCount());
+        const QSharedPointer<ModelDataStream> result =
+            _mesh.streams.make(type, components * merging.vertexCount());
         const ByteView bytes = ByteView::of(result.data());
         const quint64 stride = build.attributes[i].stride;
         if (result.isNull() || result->type() != type || bytes.count < stride * merging.vertexCount()) {
-            reportMissingStream(QStringLiteral("vertex attribute '%1'").arg(build.names[i]));
+            reportMissingStream(describeAttribute(build.names[i]));
             return false;
         }
         if (bytes.count != 0)
             merging.gather(i, bytes.bytes);
-        if (!_keepsInput)
-            build.records[i]->streams[kValues].reset();
+        _mesh.attributes.releaseValues(*build.records[i]);
         build.results.push_back(result);
     }
     return true;
 }
 
-void ModelBuilder::Data::dropIndexLists(const StreamBuild& build) const {
-    if (!_keepsInput)
-        for (VertexAttribute* record : build.records)
-            record->streams[kIndices].reset();
+void Preparation::releaseIndexLists(const StreamBuild& build) const {
+    for (VertexAttribute* record : build.records)
+        _mesh.attributes.releaseIndices(*record);
 }
 
-void ModelBuilder::Data::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
+void Preparation::adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices) {
     for (std::size_t i = 0; i < build.records.size(); ++i) {
         build.records[i]->streams[kGPUValues] = build.results[i];
         build.records[i]->streams[kGPUIndices] = indices;
     }
 }
 
-void ModelBuilder::Data::assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
+void Preparation::assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
     if (after > before)
         reportAssertion(QStringLiteral("newVertexCount <= vertexCount"),
                         QStringLiteral("%1 <= %2").arg(after).arg(before), 804);
-    if (indices.type() != kIndexType)
+    if (indices.type() != kGlUnsignedInt)
         reportAssertion(QStringLiteral("oldIndices->type() == GL_UNSIGNED_INT"),
                         QString::asprintf("Index not uint32 0x%X", indices.type()), 848);
 }
 
-void ModelBuilder::Data::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
+void Preparation::reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const {
     QMessageLogger().debug("%p Vertices Map %8lld -> %8lld d %8lld (%3lld %%) %llu",
                            static_cast<const void*>(_owner), before, after, before - after,
                            before == 0 ? 0 : after * 100 / before, ModelDataStream::typeSize(indices.type()));

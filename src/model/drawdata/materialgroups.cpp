@@ -1,57 +1,63 @@
-#include <array>
-#include <cstddef>
-#include <utility>
+#include <algorithm>
+#include <memory>
+#include <numeric>
 #include <vector>
+
+#include <velgl/sharedpointer.h>
 
 #include "diagnostics.h"
 #include "drawdata/facecutter.h"
-#include "modelbuilderdata.h"
+#include "drawdata/overwritingstream.h"
+#include "drawdata/preparation.h"
+#include "glconstants.h"
+#include "streams/streamview.h"
 
 namespace Atelier::Vel {
 
-namespace {
-
-/// Calls `take` with the faces of a group, many at a time. Returns: false when that returned false.
-template<typename GroupFaces, typename Take>
-bool forFaces(const GroupFaces& group, const Take& take) {
-    std::array<quint32, 2048> faces;
-    quint64 used = 0;
-    const auto hasTaken = [&] { return take(WordView{faces.data(), std::exchange(used, 0)}); };
-    const auto hasTakenRun = [&](quint32 first, quint32 count) {
-        for (quint32 i = 0; i < count; ++i) {
-            if (used == faces.size() && !hasTaken())
-                return false;
-            faces[used++] = first + i;
-        }
-        return true;
-    };
-    if (!take(WordView::of(group.others().stream.data())))
-        return false;
-    const std::vector<quint32>& before = group.others().before;
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        const quint32 first = before[i];
-        const bool isAlone = i + 1 == before.size() || (before[i + 1] & GroupFaces::kFollow) == 0;
-        if (!hasTakenRun(first, isAlone ? 1 : (before[++i] & ~GroupFaces::kFollow) + 1))
-            return false;
+void Preparation::prepareMaterialGroups(const VertexAttribute& position, const WorkMeter& meter) {
+    const UniformFaces uniform = _mesh.faces.uniform();
+    const WordView counts = WordView::of(_mesh.faces.listed().data());
+    QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
+    std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
+    FaceCutter cutter(FaceCutter::mostIndices(uniform) + FaceCutter::mostIndices(counts), meter);
+    const std::vector<GroupStore::Entry> groups = _mesh.groups.inOrder();
+    const Cutting cutting{position.streams[kGPUValues], position.streams[kGPUIndices], faceStarts, cutter,
+                          trianglesFollowCorners(groups)};
+    for (const GroupStore::Entry& group : groups) {
+        if (!_gpuIndices.isNull() && !group->faces.isEmpty())
+            prepareMaterialGroupForUpload(group.key(), *group, cutting);
+        // In this order, which is usually that of their making, freeing costs least.
+        _mesh.groups.releaseFaces(*group);
     }
-    return hasTakenRun(group.first, group.count) && hasTaken();
 }
 
-} // namespace
+bool Preparation::trianglesFollowCorners(const std::vector<GroupStore::Entry>& groups) const {
+    const UniformFaces faces = _mesh.faces.uniform();
+    if (faces.corners == 0 || faces.corners > 3)
+        return false;
+    quint64 next = 0;
+    return std::all_of(groups.begin(), groups.end(), [&next](const GroupStore::Entry& group) {
+        return group->faces.followsAsOneRun(next);
+    });
+}
 
-void ModelBuilder::Data::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
-                                                       const QSharedPointer<ModelDataStream>& positions,
-                                                       const QSharedPointer<ModelDataStream>& cornerIndices,
-                                                       const QVector<unsigned int>& faceStarts) {
-    if (!_verticesPerFace.isNull() && _verticesPerFace->type() != kIndexType)
+QSharedPointer<ModelDataStream> Preparation::makeTriangleStream(const Cutting& cutting) const {
+    if (cutting.overwritesCorners)
+        return shared<ModelDataStream>(std::make_unique<OverwritingStream>(cutting.corners));
+    return _mesh.streams.make(kGlUnsignedInt, 0);
+}
+
+void Preparation::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
+                                                const Cutting& cutting) {
+    ModelDataStream* const counts = _mesh.faces.listed().data();
+    if (counts != nullptr && counts->type() != kGlUnsignedInt)
         reportAssertion(
             QStringLiteral("GL_UNSIGNED_INT == _verticesPerFace->type()"),
-            QString::asprintf("Wrong Face type 0x%X, needs to be 0x%X", _verticesPerFace->type(), kIndexType),
-            923);
+            QString::asprintf("Wrong Face type 0x%X, needs to be 0x%X", counts->type(), kGlUnsignedInt), 923);
     if (isEmpty(_gpuIndices.data()))
-        _gpuIndices = makeTriangleStream(cornerIndices);
+        _gpuIndices = makeTriangleStream(cutting);
     if (_gpuIndices.isNull()) {
-        abandonPreparation();
+        abandon();
         reportMissingStream(QStringLiteral("the triangle indices"));
         return;
     }
@@ -59,21 +65,18 @@ void ModelBuilder::Data::prepareMaterialGroupForUpload(const QString& groupName,
     DrawElementsIndirectCommand command;
     command.instanceCount = 1;
     command.firstIndex = static_cast<quint32>(_gpuIndices->size());
-    const FaceTable table{WordView::of(_verticesPerFace.data()), faceStarts,
-                          _uniformFaces ? *_uniformFaces : UniformFaces(), WordView::of(cornerIndices.data()),
-                          ByteView::of(positions.data())};
-    FaceCutter local;
-    FaceCutter& cutter = _faceCutter ? *_faceCutter : local;
-    const quint64 uncutBefore = cutter.uncutFaces();
-    const auto cut = [&](const WordView& faces) { return cutter.cut(table, faces, *_gpuIndices); };
-    if (!forFaces(group.faces, cut)) {
-        abandonPreparation();
+    const FaceTable table{WordView::of(counts), cutting.faceStarts, _mesh.faces.uniform(),
+                          WordView::of(cutting.corners.data()), ByteView::of(cutting.positions.data())};
+    const quint64 uncutBefore = cutting.cutter.uncutFaces();
+    const auto cut = [&](const WordView& faces) { return cutting.cutter.cut(table, faces, *_gpuIndices); };
+    if (!group.faces.forEach(cut)) {
+        abandon();
         reportRefusedData(QStringLiteral("the triangle indices"));
         return;
     }
     command.count = static_cast<quint32>(_gpuIndices->size()) - command.firstIndex;
     _statistics.triangles += command.count / 3;
-    _statistics.untriangulatedFaces += cutter.uncutFaces() - uncutBefore;
+    _statistics.untriangulatedFaces += cutting.cutter.uncutFaces() - uncutBefore;
 
     const quint64 drawKey = group.flags & _materialFlagsMask;
     _drawCommands[drawKey].append(command);

@@ -4,43 +4,11 @@
 #include <utility>
 
 #include "geometry/bytemerging.h"
-#include "geometry/cornerset.h"
 #include "geometry/indexblocks.h"
 
 namespace Atelier::Vel {
 
 namespace {
-
-/// Corners as keys of a CornerSet: their value numbers.
-class TupleKeys {
-public:
-    explicit TupleKeys(const std::vector<CornerAttribute>& attributes) : _attributes(attributes) {}
-
-    void read(quint32 first, quint32 count, quint64* hashes, quint64* /*keys*/) const {
-        std::fill_n(hashes, count, hashSeed());
-        for (quint32 i = 0; i < count; ++i) {
-            for (const CornerAttribute& attribute : _attributes)
-                hashes[i] = mixWords(hashes[i], attribute.valueOf(first + i), 0);
-            hashes[i] = finishedHash(hashes[i]);
-        }
-    }
-
-    bool equal(quint32 a, quint32 b) const {
-        for (const CornerAttribute& attribute : _attributes)
-            if (attribute.valueOf(a) != attribute.valueOf(b))
-                return false;
-        return true;
-    }
-
-    void fetchIndices(quint32 corner) const {
-        for (const CornerAttribute& attribute : _attributes)
-            attribute.fetchIndex(corner);
-    }
-    void fetchValues(quint32 /*corner*/) const {}
-
-private:
-    const std::vector<CornerAttribute>& _attributes;
-};
 
 quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 cornerCount) {
     IndexBlock block;
@@ -98,14 +66,6 @@ void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner) {
 
 void VertexMerging::gather(std::size_t attribute, unsigned char* out) const {
     gatherValues(_attributes[attribute], _corners ? _corners->as<quint32>() : nullptr, _vertexCount, out);
-}
-
-quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    const ScratchBlock scratch(2 * quint64{cornerCount} * sizeof(quint32),
-                               ScratchBlock::Content::Unspecified);
-    CornerSet set(cornerCount, 0);
-    auto* const numbers = scratch.as<quint32>();
-    return set.insertAll(TupleKeys(attributes), cornerCount, numbers, numbers + cornerCount);
 }
 
 } // namespace Atelier::Vel

@@ -49,7 +49,4 @@ private:
     quint32 _vertexCount = 0;
 };
 
-/// The number of different tuples of value numbers that the corners have, one number per attribute.
-quint32 countIndexTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount);
-
 } // namespace Atelier::Vel

@@ -10,14 +10,13 @@
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
 #include <velgl/texturemanager.h>
-#include <velmodel/modelbuilder.h>
 #include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
 
 #include "diagnostics.h"
 #include "import/mtlreader.h"
 #include "import/textfile.h"
-#include "singleupload.h"
+#include "mesh/groupstore.h"
 
 namespace Atelier::Vel {
 
@@ -38,8 +37,8 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
 /// Collects the lines of one material at a time and makes a group of each.
 class MaterialCollector {
 public:
-    MaterialCollector(ModelBuilder& builder, const ModelFiles& files)
-        : _builder(builder), _files(files), _blank(materialPlanName()), _material(materialPlanName()) {
+    MaterialCollector(GroupStore& groups, const ModelFiles& files)
+        : _groups(groups), _files(files), _blank(materialPlanName()), _material(materialPlanName()) {
         setScalar(_blank, QStringLiteral("d"), 1.0F);
     }
 
@@ -51,7 +50,7 @@ private:
     void startMaterial(const QString& name);
     void setMap(const QString& name, const QString& path);
 
-    ModelBuilder& _builder;
+    GroupStore& _groups;
     const ModelFiles& _files;
     InstanceData _blank; ///< what every material begins with, shared by those that stay so
     bool _isBlank = false;
@@ -61,11 +60,9 @@ private:
 };
 
 void MaterialCollector::finishMaterial() {
-    if (_name.isNull() || _builder.hasMaterialGroup(_name))
+    if (_name.isNull() || _groups.contains(_name))
         return;
-    _builder.createMaterialGroup(_name, _isBlank ? _blank : _material, -1, 0);
-    if (!_whiteMaps.isEmpty())
-        SingleUpload::setWhiteMaps(_builder, _name, _whiteMaps);
+    _groups.create(_name, _isBlank ? _blank : _material, -1, 0, _whiteMaps);
 }
 
 void MaterialCollector::startMaterial(const QString& name) {
@@ -175,7 +172,7 @@ bool MaterialLibraries::load(const QString& path) {
     QTextStream stream(file.get());
     MtlReader reader(&stream, true);
     reader.setDirectory(QFileInfo(path).dir().absolutePath());
-    MaterialCollector collector(_builder, _files);
+    MaterialCollector collector(_groups, _files);
     while (reader.hasNext()) {
         if (reader.read())
             collector.take(reader);

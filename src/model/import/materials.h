@@ -13,7 +13,7 @@
 
 namespace Atelier::Vel {
 
-class ModelBuilder;
+class GroupStore;
 
 /// Registers the "OBJMaterial" plan; called once, while the library is being loaded.
 void registerObjMaterialPlan();
@@ -25,11 +25,10 @@ WhiteMaps defaultWhiteMaps();
 /// The material libraries of one load.
 class MaterialLibraries {
 public:
-    /// `builder` must outlive the libraries.
-    MaterialLibraries(ModelFiles files, ModelBuilder& builder)
-        : _files(std::move(files)), _builder(builder) {}
+    /// `groups` must outlive the libraries.
+    MaterialLibraries(ModelFiles files, GroupStore& groups) : _files(std::move(files)), _groups(groups) {}
 
-    /// Reads an MTL file into material groups of the builder, in the order in which the file defines them.
+    /// Reads an MTL file into material groups, in the order in which the file defines them.
     /// Groups that exist already stay as they are, so a file that was read before and has not changed since
     /// is not read again. A map that is none of the files is white, after a warning. Returns: false when the
     /// file is none of the files (after a warning), no regular file, or cannot be read.
@@ -37,7 +36,7 @@ public:
 
 private:
     ModelFiles _files;
-    ModelBuilder& _builder;
+    GroupStore& _groups;
     std::set<FileVersion> _read;
 };
 

@@ -9,16 +9,18 @@
 #include <QtCore/QTextStream>
 
 #include <velgl/gpumodel.h>
+#include <velgl/opengldevicecontext.h>
 #include <velgl/texturetoken.h>
-#include <velmodel/modelbuilder.h>
 #include <velmodel/modelfiles.h>
 
-#include "import/builderfeed.h"
+#include "drawdata/preparation.h"
 #include "import/materials.h"
+#include "import/meshfeed.h"
 #include "import/objreader.h"
 #include "import/textfile.h"
+#include "mesh/mesh.h"
 #include "scratchblock.h"
-#include "singleupload.h"
+#include "upload/modelupload.h"
 
 namespace Atelier::Vel {
 
@@ -73,47 +75,47 @@ ModelFiles filesOf(const QString& path, const LoadOptions& options) {
     return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
 }
 
-/// One load: the text of a file on its way into a builder and from there into a model.
+/// One load: the text of a file on its way into a mesh and from there into draw data.
 class ObjImport {
 public:
     /// `libraries` are the files that the text may name.
     ObjImport(QFile& file, ModelFiles libraries)
         : _path(file.fileName()),
           _fileSize(file.size()),
-          _libraries(std::move(libraries), _builder),
+          _libraries(std::move(libraries), _mesh.groups),
           _stream(&file),
           _reader(&_stream),
-          _feed(_builder) {
-        SingleUpload::expect(_builder);
-        const QString group = QStringLiteral("<default>");
-        _builder.createMaterialGroup(group, makeDefaultMaterialWithoutMaps(), -1, 0);
-        SingleUpload::setWhiteMaps(_builder, group, defaultWhiteMaps());
+          _feed(_mesh) {
+        _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(), -1, 0,
+                            defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
-    /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a builder
-    /// can take, or `progress` cancels.
+    /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a
+    /// stream can take, or `progress` cancels.
     bool readText(const LoadProgress& progress, QString& error);
-    /// These throw Cancelled when `progress` cancels.
-    std::unique_ptr<GPUModel> upload(const LoadProgress& progress);
+    /// Whether there is anything to make draw data of.
+    bool hasMesh() const;
+    /// Requires: hasMesh(). Throws Cancelled when `progress` cancels. Consumes the mesh.
     DrawData prepare(const LoadProgress& progress);
     LoadReport report() const;
 
 private:
     static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
-    void meterCuts(const LoadProgress& progress);
+    WorkMeter cutMeter(const LoadProgress& progress) const;
     bool goesOn(ProgressMeter& meter, QString& error) const;
 
     QString _path;
     qint64 _fileSize;
     ScratchReuse _memory;
-    ModelBuilder _builder;
+    Mesh _mesh{Input::Consumed};
     MaterialLibraries _libraries;
     QTextStream _stream;
     ObjReader _reader;
-    BuilderFeed _feed;
+    MeshFeed _feed;
     quint64 _droppedFaces = 0;
+    PreparationStatistics _statistics;
 };
 
 bool ObjImport::readText(const LoadProgress& progress, QString& error) {
@@ -126,7 +128,7 @@ bool ObjImport::readText(const LoadProgress& progress, QString& error) {
 }
 
 bool ObjImport::goesOn(ProgressMeter& meter, QString& error) const {
-    if (!_builder.refusedStreams().isEmpty()) {
+    if (!_mesh.streams.refused().isEmpty()) {
         error = loadFailure(_path);
         return false;
     }
@@ -154,44 +156,41 @@ bool ObjImport::takeRecord(QString& error) {
     return true;
 }
 
-std::unique_ptr<GPUModel> ObjImport::upload(const LoadProgress& progress) {
-    auto model = std::make_unique<GPUModel>();
-    const InstanceData instance = makeIdentityInstance();
-    meterCuts(progress);
-    _builder.upload(model.get(), instance, positionAttribute(), QString(), kStaticDraw, kTriangles);
-    return model;
+bool ObjImport::hasMesh() const {
+    return _mesh.isComplete() && _mesh.attributes.contains(positionAttribute());
 }
 
 DrawData ObjImport::prepare(const LoadProgress& progress) {
-    meterCuts(progress);
-    return _builder.prepare(positionAttribute());
+    Preparation preparation(_mesh, 0, this);
+    DrawData data = preparation.prepare(positionAttribute(), cutMeter(progress));
+    _statistics = preparation.statistics();
+    return data;
 }
 
-void ObjImport::meterCuts(const LoadProgress& progress) {
+WorkMeter ObjImport::cutMeter(const LoadProgress& progress) const {
     const auto meter =
         std::make_shared<ProgressMeter>(2 * static_cast<qint64>(_feed.corners()), [this, progress](qint64) {
             return !progress || progress(_fileSize, _fileSize);
         });
     qint64 corners = 0;
-    SingleUpload::meterCuts(_builder, [meter, corners](int count) mutable {
+    return [meter, corners](int count) mutable {
         corners += count;
         if (!meter->reached(corners))
             throw Cancelled();
-    });
+    };
 }
 
 LoadReport ObjImport::report() const {
-    const ModelBuilder::Statistics& statistics = _builder.statistics();
     LoadReport report;
     report.bytesRead = _fileSize;
     report.faces = _feed.faces();
     report.droppedFaces = _droppedFaces;
     report.facesWithoutGroup = _feed.facesWithoutGroup();
-    report.untriangulatedFaces = statistics.untriangulatedFaces;
-    report.substitutedCorners = statistics.substitutedCorners;
-    report.corners = statistics.corners;
-    report.vertices = statistics.vertices;
-    report.triangles = statistics.triangles;
+    report.untriangulatedFaces = _statistics.untriangulatedFaces;
+    report.substitutedCorners = _statistics.substitutedCorners;
+    report.corners = _statistics.corners;
+    report.vertices = _statistics.vertices;
+    report.triangles = _statistics.triangles;
     return report;
 }
 
@@ -234,8 +233,16 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                LoadReport* report, const LoadOptions& options) {
     std::unique_ptr<GPUModel> model;
-    importFile(path, error, progress, report, options,
-               [&](ObjImport& import) { model = import.upload(progress); });
+    importFile(path, error, progress, report, options, [&](ObjImport& import) {
+        auto loaded = std::make_unique<GPUModel>();
+        const UploadOptions uploadOptions{makeIdentityInstance()};
+        if (import.hasMesh()) {
+            const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+            if (!context.isNull())
+                uploadTo(*context, import.prepare(progress), *loaded, uploadOptions);
+        }
+        model = std::move(loaded);
+    });
     return model.release();
 }
 
@@ -243,7 +250,7 @@ DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const Load
                                  LoadReport* report, const LoadOptions& options) {
     DrawData data;
     importFile(path, error, progress, report, options,
-               [&](ObjImport& import) { data = import.prepare(progress); });
+               [&](ObjImport& import) { data = import.hasMesh() ? import.prepare(progress) : DrawData(); });
     return data;
 }
 

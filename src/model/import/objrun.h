@@ -5,10 +5,9 @@
 
 #include <QtCore/QtGlobal>
 
-namespace Atelier::Vel {
+#include "mesh/cornerlist.h"
 
-/// The index of a corner's position, normal or texture coordinate that its face does not give.
-constexpr quint32 kNoIndex = 0x7FFFFFFF;
+namespace Atelier::Vel {
 
 /// A list in place, with room for `N` items that are not initialised.
 template<typename T, size_t N>

@@ -8,14 +8,14 @@
 
 namespace Atelier::Vel {
 
-class ModelBuilder;
 class ObjReader;
+struct Mesh;
 
-/// Hands OBJ records to a builder, many with one call; the builder ends as it would record by record.
-class BuilderFeed {
+/// Hands OBJ records to a mesh, many with one call; the mesh becomes what it would record by record.
+class MeshFeed {
 public:
-    /// `builder` must outlive the feed. Faces join the group "<default>" until useMaterial() names another.
-    explicit BuilderFeed(ModelBuilder& builder);
+    /// `mesh` must outlive the feed. Faces join the group "<default>" until useMaterial() names another.
+    explicit MeshFeed(Mesh& mesh);
 
     /// A run with room in it, to put records into. A vertex line may go in directly only behind one of its
     /// kind that came through addRecord().
@@ -41,7 +41,6 @@ private:
         QString name;
         int components;
         bool declared = false;
-        quint64 withheld = 0; ///< corners without an index, at the end, that the builder does not know of
     };
 
     void declare(Attribute& attribute);
@@ -50,19 +49,16 @@ private:
     void addVertex(Attribute& attribute, FixedList<float, N>& values, const float* operands);
     template<size_t N>
     void flushValues(const Attribute& attribute, FixedList<float, N>& values);
-    void handOnWithheld(Attribute& attribute, quint64 count);
     void flushCorners();
-    void flushIndices(Attribute& attribute, FixedList<quint32, ObjRun::kCorners>& indices);
     void joinGroup();
 
-    ModelBuilder& _builder;
+    Mesh& _mesh;
     std::unique_ptr<ObjRun> _run;
     Attribute _position;
     Attribute _normal;
     Attribute _texCoord;
     QString _group;
-    size_t _joined = 0;         ///< faces of the run that were offered to their group
-    bool _mergesCorners = true; ///< as they come, which spares their lists
+    size_t _joined = 0; ///< faces of the run that were offered to their group
     quint64 _corners = 0;
     quint64 _faces = 0;
     quint64 _facesWithoutGroup = 0;

@@ -1,4 +1,4 @@
-#include "singleupload.h"
+#include "support/modelbuilderaccess.h"
 
 #include <algorithm>
 #include <numeric>
@@ -144,29 +144,28 @@ Uploaded uploadOrdinarily(const Mesh& mesh) {
     return Testing::upload(builder, mesh.attributes[0].name);
 }
 
-/// Part by part, in runs, with corners that are merged as they come as long as that is possible.
-Uploaded uploadOnce(const Mesh& mesh, bool mergesCorners,
-                    QSharedPointer<ModelDataStreamAllocator> allocator) {
-    ModelBuilder builder(std::move(allocator));
-    SingleUpload::expect(builder);
+/// Part by part, in runs.
+Uploaded uploadConsumed(const Mesh& mesh, bool addsCornersAtOnce,
+                        const QSharedPointer<ModelDataStreamAllocator>& allocator) {
+    ModelBuilder builder;
+    ModelBuilderAccess::consumeInput(builder, allocator);
+    const ModelBuilderAccess access(builder);
     addBegin(builder, mesh);
     for (const Run& run : mesh.runs)
-        EXPECT_TRUE(SingleUpload::addFaces(builder, run.group, run.first, run.count));
+        EXPECT_TRUE(access.addFaceRun(run.group, run.first, run.count));
     for (const Part& part : mesh.parts) {
         builder.addVertexCountsToFaces(part.faces, mesh.counts.data() + part.firstFace);
         std::vector<std::vector<unsigned int>> indices;
-        std::vector<SingleUpload::CornerList> lists;
+        std::vector<CornerList> lists;
         for (const Attribute& attribute : mesh.attributes) {
             const auto first = attribute.indices.begin() + static_cast<std::ptrdiff_t>(part.firstCorner);
             indices.emplace_back(first, first + static_cast<std::ptrdiff_t>(part.corners));
         }
         for (std::size_t i = 0; i < indices.size(); ++i)
             lists.push_back({&mesh.attributes[i].name, indices[i].data()});
-        if (part.corners == 0)
-            continue;
-        mergesCorners = mergesCorners && SingleUpload::addCorners(builder, lists.data(), lists.size(),
-                                                                  static_cast<quint32>(part.corners));
-        if (!mergesCorners)
+        if (addsCornersAtOnce)
+            access.addCorners(lists.data(), lists.size(), static_cast<quint32>(part.corners));
+        else
             addLists(builder, mesh, part);
     }
     return Testing::upload(builder, mesh.attributes[0].name);
@@ -174,15 +173,15 @@ Uploaded uploadOnce(const Mesh& mesh, bool mergesCorners,
 
 void expectTheSame(const Mesh& mesh) {
     const Uploaded expected = uploadOrdinarily(mesh);
-    for (const bool mergesCorners : {false, true}) {
-        ASSERT_EQ(uploadOnce(mesh, mergesCorners, {}), expected) << mergesCorners;
-        ASSERT_EQ(uploadOnce(mesh, mergesCorners, QSharedPointer<Testing::PlainAllocator>::create()),
+    for (const bool addsCornersAtOnce : {false, true}) {
+        ASSERT_EQ(uploadConsumed(mesh, addsCornersAtOnce, {}), expected) << addsCornersAtOnce;
+        ASSERT_EQ(uploadConsumed(mesh, addsCornersAtOnce, QSharedPointer<Testing::PlainAllocator>::create()),
                   expected)
-            << mergesCorners;
+            << addsCornersAtOnce;
     }
 }
 
-TEST(SingleUploadTest, GivesWhatAnOrdinaryUploadGives) {
+TEST(ConsumedInputTest, GivesWhatAnOrdinaryUploadGives) {
     for (unsigned int seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
         RandomMesh random(seed);
@@ -193,7 +192,7 @@ TEST(SingleUploadTest, GivesWhatAnOrdinaryUploadGives) {
 }
 
 // Face counts and corners are handed on in blocks.
-TEST(SingleUploadTest, ManyFacesGiveWhatAnOrdinaryUploadGives) {
+TEST(ConsumedInputTest, ManyFacesGiveWhatAnOrdinaryUploadGives) {
     for (unsigned int seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);
         RandomMesh random(seed + 1000);

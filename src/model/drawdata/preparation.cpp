@@ -1,0 +1,132 @@
+#include "drawdata/preparation.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "diagnostics.h"
+#include "geometry/normals.h"
+#include "glconstants.h"
+#include "streams/streamview.h"
+
+namespace Atelier::Vel {
+
+Preparation::Preparation(Mesh& mesh, quint64 materialFlagsMask, const void* owner)
+    : _mesh(mesh),
+      _materialFlagsMask(materialFlagsMask),
+      _owner(owner),
+      _gpuIndices(mesh.streams.make(kGlUnsignedInt, 0)) {}
+
+void Preparation::clear() {
+    _gpuIndices = _mesh.streams.make(kGlUnsignedInt, 0);
+    _drawCommands.clear();
+    _drawGroupNames.clear();
+    _statistics = {};
+}
+
+DrawData Preparation::prepare(const QString& positionAttribute, const WorkMeter& meter) {
+    if (isEmpty(_gpuIndices.data()) && !prepareStreams(positionAttribute, meter))
+        return {};
+    // The attribute may be another one than before, or have been declared anew since.
+    if (_mesh.attributes[positionAttribute].streams[kGPUValues].isNull()) {
+        reportMissingStream(describeAttribute(positionAttribute));
+        return {};
+    }
+    return drawData(positionAttribute);
+}
+
+bool Preparation::prepareStreams(const QString& positionAttribute, const WorkMeter& meter) {
+    // A preparation that gave no triangle is followed by another one.
+    _statistics.untriangulatedFaces = 0;
+    buildGPUFriendlyStreams(false);
+    for (const VertexAttribute& record : qAsConst(_mesh.attributes.records()))
+        if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
+            return false;
+    // A copy: makeNormals() may add an attribute.
+    const VertexAttribute position = _mesh.attributes.records().value(positionAttribute);
+    if (position.streams[kGPUValues].isNull()) {
+        reportMissingStream(describeAttribute(positionAttribute));
+        return false;
+    }
+    if (_gpuIndices.isNull())
+        _gpuIndices = _mesh.streams.make(kGlUnsignedInt, 0);
+    if (_gpuIndices.isNull()) {
+        reportMissingStream(QStringLiteral("the triangle indices"));
+        return false;
+    }
+    prepareMaterialGroups(position, meter);
+    return !_gpuIndices.isNull() && (_mesh.normalsAttribute.isNull() || makeNormals(position));
+}
+
+void Preparation::abandon() {
+    _gpuIndices.reset();
+    _drawCommands.clear();
+    _drawGroupNames.clear();
+    _statistics.triangles = 0;
+    _statistics.untriangulatedFaces = 0;
+}
+
+bool Preparation::makeNormals(const VertexAttribute& position) {
+    const quint64 vertexCount = position.valueCount(kGPUValues);
+    const QSharedPointer<ModelDataStream> values = _mesh.streams.make(kGlFloat, vertexCount * 3);
+    const ByteView normals = ByteView::of(values.data());
+    if (values.isNull() || values->type() != kGlFloat || normals.count < vertexCount * 3 * sizeof(float)) {
+        abandon();
+        reportMissingStream(describeAttribute(_mesh.normalsAttribute));
+        return false;
+    }
+    const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
+    const WordView indices = WordView::of(_gpuIndices.data());
+    generateVertexNormals(reinterpret_cast<const float*>(positions.bytes), positions.count / sizeof(float),
+                          indices.words, indices.count, static_cast<quint32>(vertexCount),
+                          reinterpret_cast<float*>(normals.bytes));
+    VertexAttribute& record = _mesh.attributes[_mesh.normalsAttribute];
+    record.streams[kGPUValues] = values;
+    record.streams[kGPUIndices] = position.streams[kGPUIndices];
+    record.components = 3;
+    return true;
+}
+
+DrawData Preparation::drawData(const QString& positionAttribute) {
+    auto content = std::make_shared<DrawDataContent>();
+    content->allocator = _mesh.streams.allocator();
+    content->indices = _gpuIndices;
+    content->indexWords = WordView::of(_gpuIndices.data());
+    for (const QString& name : _mesh.attributes.names()) {
+        const VertexAttribute& record = _mesh.attributes[name];
+        if (record.streams[kGPUValues].isNull())
+            continue;
+        if (name == positionAttribute)
+            content->position = static_cast<int>(content->attributes.size());
+        content->attributes.emplace_back(name, record.components, record.streams[kGPUValues]);
+    }
+    content->vertexCount = _mesh.attributes[positionAttribute].valueCount(kGPUValues);
+    _mesh.attributes.releaseAll();
+    QList<quint64> drawKeys = _drawCommands.keys();
+    std::sort(drawKeys.begin(), drawKeys.end());
+    for (const quint64 drawKey : qAsConst(drawKeys))
+        content->drawables.push_back(drawable(drawKey));
+    _mesh.groups.releaseAll();
+    return DrawDataAccess::make(std::move(content));
+}
+
+DrawDataContent::Drawable Preparation::drawable(quint64 drawKey) {
+    DrawDataContent::Drawable result;
+    result.key = drawKey;
+    result.commands = _drawCommands.value(drawKey);
+    result.names = _drawGroupNames.value(drawKey);
+    result.ids.reserve(result.names.size());
+    result.materials.reserve(result.names.size());
+    for (int command = 0; command < result.names.size(); ++command) {
+        const MaterialGroup group = _mesh.groups.handOver(result.names[command]);
+        result.ids.append(group.id);
+        result.materials.append(group.material);
+        if (!group.objectName.isNull())
+            result.objectNames.append({command, group.objectName});
+        if (!group.whiteMaps.isEmpty())
+            result.whites.append({command, group.whiteMaps});
+    }
+    return result;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <optional>
+
+#include <QtCore/QSharedPointer>
+
+#include <velmodel/modeldatastream.h>
+
+#include "mesh/input.h"
+#include "mesh/streamsource.h"
+
+namespace Atelier::Vel {
+
+/// Faces that all have the same number of corners.
+struct UniformFaces {
+    quint32 corners = 0; ///< of each, 0 while there are none
+    quint64 count = 0;
+};
+
+/// The corner counts of the faces. Where the input is consumed, faces that are all alike take no list.
+class FaceStore {
+public:
+    /// `streams` must outlive the store.
+    FaceStore(StreamSource& streams, Input input);
+
+    void clear();
+    bool isEmpty() const;
+    void add(quint64 count, const unsigned int* cornerCounts);
+
+    /// Corners of all faces, modulo 2^32.
+    quint32 cornerCount() const;
+    /// The faces when they are all alike and not listed; else without corners.
+    UniformFaces uniform() const { return _uniform.value_or(UniformFaces()); }
+    /// The corner count of each face, empty while the faces are uniform. Null where the allocator gave no
+    /// stream.
+    QSharedPointer<ModelDataStream>& listed() { return _counts; }
+
+private:
+    bool addUniform(quint64 count, const unsigned int* cornerCounts);
+    void listUniform();
+
+    StreamSource& _streams;
+    Input _input;
+    QSharedPointer<ModelDataStream> _counts;
+    std::optional<UniformFaces> _uniform; ///< in place of _counts
+};
+
+} // namespace Atelier::Vel

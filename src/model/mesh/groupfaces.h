@@ -1,0 +1,81 @@
+#pragma once
+
+#include <array>
+#include <utility>
+#include <vector>
+
+#include <QtCore/QSharedData>
+#include <QtCore/QSharedPointer>
+
+#include <velmodel/modeldatastream.h>
+
+#include "streams/streamview.h"
+
+namespace Atelier::Vel {
+
+/// The face numbers of a group, in the order in which they were added: a stream of them, or runs of
+/// consecutive ones. Groups may be many, most of them of one run: that takes no memory of its own.
+class GroupFaces {
+public:
+    /// Adds `count` faces from number `first` on, as a run.
+    void addRun(quint32 first, quint32 count);
+    void setStream(const QSharedPointer<ModelDataStream>& stream);
+    /// Null where there are runs.
+    QSharedPointer<ModelDataStream> stream() const {
+        return _others ? _others->stream : QSharedPointer<ModelDataStream>();
+    }
+
+    bool isEmpty() const { return _count == 0 && Vel::isEmpty(stream().data()); }
+    /// Whether the faces are one run of numbers not below `next`, which becomes the number behind the run.
+    bool followsAsOneRun(quint64& next) const;
+
+    /// Calls `take(const WordView& faces)` with all face numbers, part by part. Returns: false as soon as
+    /// that returns false.
+    template<typename Take>
+    bool forEach(const Take& take) const;
+
+private:
+    /// In the list of runs, marks how many faces follow the one before.
+    static constexpr quint32 kFollow = 0x80000000;
+
+    struct Others : QSharedData {
+        /// All runs but the last: the first number of each and, where it is not alone, how many follow it,
+        /// with kFollow set.
+        std::vector<quint32> runs;
+        QSharedPointer<ModelDataStream> stream;
+    };
+
+    Others& others();
+
+    quint32 _first = 0;                 ///< of the last run
+    quint32 _count = 0;                 ///< of the last run
+    QSharedDataPointer<Others> _others; ///< null for one run
+};
+
+template<typename Take>
+bool GroupFaces::forEach(const Take& take) const {
+    std::array<quint32, 2048> faces;
+    quint64 used = 0;
+    const auto hasTaken = [&] { return take(WordView{faces.data(), std::exchange(used, 0)}); };
+    const auto hasTakenRun = [&](quint32 first, quint32 count) {
+        for (quint32 i = 0; i < count; ++i) {
+            if (used == faces.size() && !hasTaken())
+                return false;
+            faces[used++] = first + i;
+        }
+        return true;
+    };
+    if (!take(WordView::of(stream().data())))
+        return false;
+    static const std::vector<quint32> kNone;
+    const std::vector<quint32>& runs = _others ? _others->runs : kNone;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        const quint32 first = runs[i];
+        const bool isAlone = i + 1 == runs.size() || (runs[i + 1] & kFollow) == 0;
+        if (!hasTakenRun(first, isAlone ? 1 : (runs[++i] & ~kFollow) + 1))
+            return false;
+    }
+    return hasTakenRun(_first, _count) && hasTaken();
+}
+
+} // namespace Atelier::Vel

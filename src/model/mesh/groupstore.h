@@ -1,0 +1,67 @@
+#pragma once
+
+#include <vector>
+
+#include <QtCore/QHash>
+#include <QtCore/QString>
+
+#include <velgl/instancedata.h>
+
+#include "mesh/groupfaces.h"
+#include "mesh/input.h"
+#include "mesh/streamsource.h"
+#include "mesh/whitemaps.h"
+
+namespace Atelier::Vel {
+
+struct MaterialGroup {
+    InstanceData material;
+    qint32 id = 0;
+    WhiteMaps whiteMaps; ///< of the material
+    quint64 flags = 0;
+    QString objectName;
+    GroupFaces faces;
+};
+
+/// The material groups, and the faces that each one draws.
+class GroupStore {
+public:
+    using Entry = QHash<QString, MaterialGroup>::iterator;
+
+    /// `streams` must outlive the store.
+    GroupStore(StreamSource& streams, Input input) : _streams(streams), _input(input) {}
+
+    void clear() { _groups.clear(); }
+    bool isEmpty() const { return _groups.isEmpty(); }
+    bool contains(const QString& name) const { return _groups.contains(name); }
+    /// Null when there is no such group.
+    const MaterialGroup* find(const QString& name) const;
+
+    /// A negative `id` stands for the number of groups before the call. Drops what the name held.
+    void create(const QString& name, const InstanceData& material, int id, quint64 flags,
+                const WhiteMaps& whiteMaps = {});
+    /// Adds face numbers. The first object name that is not null stays; another one is warned about.
+    /// Returns: false when there is no such group.
+    bool addFaces(const QString& name, quint64 count, const unsigned int* faces, const QString& objectName);
+    /// Adds `count` faces from number `first` on. Returns: false when there is no such group.
+    bool addFaceRun(const QString& name, quint32 first, quint32 count);
+
+    QHash<QString, MaterialGroup>& records() { return _groups; }
+    /// The groups by id, then by name.
+    std::vector<Entry> inOrder();
+
+    /// A copy of a group; it is taken out of the store where the input is consumed.
+    MaterialGroup handOver(const QString& name);
+    /// Gives the memory of its faces back where the input is consumed.
+    void releaseFaces(MaterialGroup& group) const;
+    void releaseAll();
+
+private:
+    void addFacesOf(MaterialGroup& group, const QString& name, quint64 count, const unsigned int* faces);
+
+    StreamSource& _streams;
+    Input _input;
+    QHash<QString, MaterialGroup> _groups;
+};
+
+} // namespace Atelier::Vel
