@@ -8,6 +8,7 @@
 
 #include <velgl/instancedata.h>
 #include <velmodel/drawdata.h>
+#include <velmodel/loadprogress.h>
 #include <velmodel/modeldatastream.h>
 
 namespace Atelier::Vel {
@@ -82,7 +83,7 @@ public:
     /// after a warning, when a stream cannot be had. Cost: the first call does the work; later ones share its
     /// streams, so input that was added in between is not seen before clear(). Materials, ids and object
     /// names of the groups are those at each call.
-    DrawData prepare(const QString& positionAttribute);
+    DrawData prepare(const QString& positionAttribute, const LoadProgress& progress = {});
 
     /// Prepares the data on the first call and adds it to `model` as one drawable per draw key.
     /// `positionAttribute` holds three floats per vertex. `instanceData` is copied once per group; its member

@@ -1,20 +1,15 @@
 #pragma once
 
-#include <functional>
-
 #include <QtCore/QString>
 
 #include <velgl/instancedata.h>
 #include <velmodel/drawdata.h>
+#include <velmodel/loadprogress.h>
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
 
 class GPUModel;
-
-/// Called with the bytes read so far and the size of the file, again and again with all of them while faces
-/// are cut; returns false to cancel.
-using LoadProgress = std::function<bool(qint64 bytesDone, qint64 bytesTotal)>;
 
 /// Loads a Wavefront OBJ file with its material libraries into a new model that the caller owns.
 /// Requires: a current OpenGLDeviceContext for the upload; without one the model stays empty.
@@ -38,9 +33,9 @@ struct LoadReport {
     quint64 triangles = 0;           ///< triangles of all commands
 };
 
-/// The same, telling `progress` (may be empty) some hundred times how far it is, on the calling thread, and
-/// filling `report` (may be null) on success. Cancelling gives null and the error
-/// "Loading OBJ file '...' was cancelled".
+/// The same. Calls `progress` (may be empty) while it reads, merges corners, cuts faces and makes normals,
+/// and fills `report` (may be null) on success. Cancelling gives null and the error "Loading OBJ file '...'
+/// was cancelled".
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
 

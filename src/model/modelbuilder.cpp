@@ -89,9 +89,15 @@ void ModelBuilder::removeUnusedVertices() {}
 
 void ModelBuilder::removeDuplicateVertices() {}
 
-DrawData ModelBuilder::prepare(const QString& positionAttribute) {
-    return isValid() && hasVertexAttribute(positionAttribute) ? _data->preparation.prepare(positionAttribute)
-                                                              : DrawData();
+DrawData ModelBuilder::prepare(const QString& positionAttribute, const LoadProgress& progress) {
+    if (!isValid() || !hasVertexAttribute(positionAttribute))
+        return {};
+    try {
+        ProgressMeter meter(progress);
+        return _data->preparation.prepare(positionAttribute, meter);
+    } catch (const Cancelled&) {
+        return {};
+    }
 }
 
 void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, const QString& positionAttribute,
@@ -100,7 +106,7 @@ void ModelBuilder::upload(GPUModel* model, const InstanceData& instanceData, con
         return;
     const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
     if (!context.isNull())
-        uploadTo(*context, _data->preparation.prepare(positionAttribute), *model,
+        uploadTo(*context, prepare(positionAttribute), *model,
                  {instanceData, groupIdMember, usage, primitiveType});
 }
 

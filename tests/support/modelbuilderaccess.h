@@ -37,9 +37,13 @@ struct ModelBuilderAccess {
     QHash<quint64, QVector<QString>>& drawGroupNames() const { return data.preparation._drawGroupNames; }
 
     void buildGPUFriendlyStreams(bool mergeCorners) const {
-        data.preparation.buildGPUFriendlyStreams(mergeCorners);
+        ProgressMeter meter{{}};
+        data.preparation.buildGPUFriendlyStreams(mergeCorners, meter);
     }
-    void optimizeGPUStreams() const { data.preparation.optimizeGPUStreams(); }
+    void optimizeGPUStreams() const {
+        ProgressMeter meter{{}};
+        data.preparation.optimizeGPUStreams(meter);
+    }
     static void assertReduction(qint64 before, qint64 after, const ModelDataStream& indices) {
         Preparation::assertReduction(before, after, indices);
     }
@@ -50,12 +54,6 @@ struct ModelBuilderAccess {
         data.preparation.prepareMaterialGroupForUpload(groupName, groups()[groupName],
                                                        {positions, cornerIndices, faceStarts, cutter, false});
     }
-    /// As a load does: what has been prepared is only in the draw data.
-    DrawData prepareOnce(const QString& positionAttribute, quint64 materialFlagsMask = 0,
-                         const WorkMeter& meter = {}) const {
-        return Preparation(mesh(), materialFlagsMask, &data).prepare(positionAttribute, meter);
-    }
-
     ModelBuilder::Data& data;
 };
 

@@ -41,20 +41,32 @@ TEST(ProgressBarTest, EachLineIsShownOnceAndWipedOut) {
     QByteArray shown;
     {
         ProgressBar bar("/models/cow.obj", ProgressBar::kSmallestFile);
-        bar.show(0);
-        bar.show(1);
-        bar.show(ProgressBar::kSmallestFile / 2);
+        bar.show({LoadPhase::Reading, 0, ProgressBar::kSmallestFile});
+        bar.show({LoadPhase::Reading, 1, ProgressBar::kSmallestFile});
+        bar.show({LoadPhase::Reading, ProgressBar::kSmallestFile / 2, ProgressBar::kSmallestFile});
         shown = terminal.text();
     }
-    EXPECT_EQ(shown, "\r[                              ]   0 % cow.obj"
-                     "\r[###############               ]  50 % cow.obj");
-    EXPECT_EQ(terminal.text(), '\r' + QByteArray(46, ' ') + '\r');
+    EXPECT_EQ(shown, "\r[                              ]   0 % cow.obj: reading"
+                     "\r[###############               ]  50 % cow.obj: reading");
+    EXPECT_EQ(terminal.text(), '\r' + QByteArray(55, ' ') + '\r');
+}
+
+TEST(ProgressBarTest, EachPhaseHasItsName) {
+    Terminal terminal;
+    ProgressBar bar("a", ProgressBar::kSmallestFile);
+    for (const LoadPhase phase : {LoadPhase::Reading, LoadPhase::Merging, LoadPhase::Triangulating,
+                                  LoadPhase::MakingNormals, LoadPhase::Optimising})
+        bar.show({phase, 1, 1});
+    const QByteArray full = "\r[##############################] 100 % a: ";
+    EXPECT_EQ(terminal.text(), full + "reading" + full + "merging vertices" + full + "triangulating   " +
+                                   full + "making normals  " + full + "optimising      ")
+        << "spaces wipe out the end of a longer name";
 }
 
 TEST(ProgressBarTest, LongNamesAreCutToALine) {
     Terminal terminal;
     ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
-    bar.show(0);
+    bar.show({LoadPhase::Reading, 0, 1});
     EXPECT_EQ(terminal.text().size(), 1 + 78) << "a carriage return and less than 80 columns";
 }
 
@@ -63,7 +75,7 @@ TEST(ProgressBarTest, SmallFilesShowNothing) {
     Terminal terminal;
     {
         ProgressBar bar("cow.obj", ProgressBar::kSmallestFile - 1);
-        bar.show(5);
+        bar.show({LoadPhase::Reading, 5, 10});
     }
     EXPECT_EQ(terminal.text(), "");
 }
@@ -78,7 +90,7 @@ TEST(ProgressBarTest, FileInPlaceOfATerminalStaysEmpty) {
     Testing::CapturedStream errors(STDERR_FILENO);
     {
         ProgressBar bar("cow.obj", ProgressBar::kSmallestFile);
-        bar.show(5);
+        bar.show({LoadPhase::Reading, 5, 10});
     }
     EXPECT_EQ(errors.text(), "");
 }

@@ -216,7 +216,7 @@ TEST_F(ConfinementTest, NoModelThatFailsLeavesADescriptorBehind) {
         EXPECT_EQ(openDescriptors(), before);
         QString error;
         const RecordingContext context;
-        const auto cancel = [](qint64, qint64) { return false; };
+        const auto cancel = [](const LoadStep&) { return false; };
         EXPECT_EQ(loadModelFromOBJFile(path("model/good.obj"), error, cancel, nullptr, options), nullptr);
         EXPECT_EQ(error, QString("Loading OBJ file '%1' was cancelled").arg(path("model/good.obj")));
         EXPECT_EQ(openDescriptors(), before);

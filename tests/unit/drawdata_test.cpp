@@ -192,6 +192,21 @@ TEST_F(DrawDataTest, SecondCallSharesTheStreamsAndSeesTheGroupsOfToday) {
     EXPECT_EQ(second.group(0, 0).material.name(), QStringLiteral("new"));
 }
 
+// A builder keeps its input: it can prepare it later.
+TEST_F(DrawDataTest, CancelledPreparationCanBeRepeated) {
+    builder->generateNormals(QStringLiteral("normal"));
+    for (const LoadPhase phase : {LoadPhase::Merging, LoadPhase::Triangulating, LoadPhase::MakingNormals}) {
+        EXPECT_TRUE(builder->prepare(kPosition, [phase](const LoadStep& step) { return step.phase != phase; })
+                        .isNull());
+        EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+        EXPECT_EQ(builder->statistics().triangles, 0U);
+    }
+    const QStringList afterCancelling = uploadedByTheBuilder();
+    makeBuilder({});
+    builder->generateNormals(QStringLiteral("normal"));
+    EXPECT_EQ(afterCancelling, uploadedByTheBuilder());
+}
+
 TEST_F(DrawDataTest, AttributeDeclaredAnewIsLeftOut) {
     builder->prepare(kPosition);
     const unsigned char value = 1;

@@ -4,14 +4,13 @@
 
 #include <gmock/gmock.h>
 
-#include <velgl/gpumodel.h>
 #include <velmodel/modelbuilder.h>
 #include <velmodel/modeldataarray.h>
 
+#include "drawdata/facecutter.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
-#include "support/recordingcontext.h"
 #include "support/streamcontents.h"
 
 namespace Atelier::Vel {
@@ -80,25 +79,27 @@ Runs randomRuns(std::mt19937& random, quint32 faceCount) {
 /// What a meter is told while a group of faces is cut.
 class CutMeterTest : public testing::Test {
 protected:
-    static std::vector<int> told(quint32 cornerCount, const std::vector<unsigned int>& faces,
+    static std::vector<int> told(quint32 cornerCount, std::vector<unsigned int> faces,
                                  unsigned int faceCount) {
-        const Testing::RecordingContext context;
         const MessageLog log;
-        ModelBuilder builder;
-        const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0.5F, 0};
-        builder.createVertexAttribute(kGroup, 3, kFloat, 0, 0);
-        builder.addValuesToVertexAttribute(kGroup, 15, square, kFloat);
-        std::vector<unsigned int> list(std::size_t{faceCount} * cornerCount);
-        for (std::size_t i = 0; i < list.size(); ++i)
-            list[i] = static_cast<unsigned int>(i % cornerCount);
-        list.back() = 4;
-        builder.addIndicesToVertexAttribute(kGroup, list.size(), list.data());
-        const std::vector<unsigned int> counts(faceCount, cornerCount);
-        builder.addVertexCountsToFaces(faceCount, counts.data());
-        builder.createMaterialGroup(kGroup, InstanceData(), -1, 0);
-        builder.addFacesToMaterialGroup(kGroup, faces.size(), faces.data(), QString());
+        float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0.5F, 0};
+        std::vector<quint32> corners(std::size_t{faceCount} * cornerCount);
+        for (std::size_t i = 0; i < corners.size(); ++i)
+            corners[i] = static_cast<quint32>(i % cornerCount);
+        corners.back() = 4;
+        std::vector<quint32> counts(faceCount, cornerCount);
+        QVector<unsigned int> starts;
+        for (unsigned int face = 0; face < faceCount; ++face)
+            starts.append(face * cornerCount);
         std::vector<int> calls;
-        ModelBuilderAccess(builder).prepareOnce(kGroup, 0, [&calls](int count) { calls.push_back(count); });
+        FaceCutter cutter(0, [&calls](int count) { calls.push_back(count); });
+        const FaceTable table{{counts.data(), faceCount},
+                              starts,
+                              {},
+                              {corners.data(), corners.size()},
+                              {reinterpret_cast<unsigned char*>(square), sizeof square}};
+        PlainStream triangles(kUnsignedInt, 0);
+        EXPECT_TRUE(cutter.cut(table, {faces.data(), faces.size()}, triangles));
         return calls;
     }
     static std::vector<unsigned int> inOrder(unsigned int count) {

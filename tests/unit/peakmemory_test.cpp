@@ -174,7 +174,8 @@ protected:
         mesh.groups.addFaceRun(name, firstFace, count);
     }
     void upload() {
-        DrawData data = Preparation(mesh, 0xF, &mesh).prepare(kPosition);
+        ProgressMeter meter{{}};
+        DrawData data = Preparation(mesh, 0xF, &mesh).prepare(kPosition, meter);
         EXPECT_TRUE(Vel::upload(std::move(data), model, {InstanceData()}));
         EXPECT_GT(model.drawableCount(), 0);
     }
@@ -344,7 +345,9 @@ TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
         other.groups.create(group, InstanceData(), -1, 0);
         other.groups.addFaceRun(group, 0, kFaces);
         other.normalsAttribute = QStringLiteral("normal");
-        EXPECT_TRUE(Vel::upload(Preparation(other, 0, &other).prepare(kPosition), model, {InstanceData()}));
+        ProgressMeter meter{{}};
+        EXPECT_TRUE(
+            Vel::upload(Preparation(other, 0, &other).prepare(kPosition, meter), model, {InstanceData()}));
         // The last three streams: triangles, normals, short indices.
         ASSERT_GT(arrays->samples.size(), 3U);
         const std::size_t* const last = &arrays->samples.back();

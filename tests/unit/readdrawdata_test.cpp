@@ -1,7 +1,10 @@
 #include <velmodel/objloader.h>
 
+#include <algorithm>
 #include <future>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 #include <QtCore/QFile>
@@ -22,6 +25,7 @@
 namespace Atelier::Vel {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using Testing::MessageLog;
 using Testing::NastyText;
@@ -142,20 +146,98 @@ TEST_F(ReadDrawDataTest, FileWithoutFacesGivesNullAndNoError) {
     EXPECT_EQ(report.bytesRead, 8);
 }
 
-TEST_F(ReadDrawDataTest, ProgressCancelsReadingAndCutting) {
-    const QString model =
-        write(QStringLiteral("m.obj"), kTriangle + QByteArray("f 1 2 3\n").repeated(200'000));
-    const qint64 size = QFile(model).size();
-    const QString message = QStringLiteral("Loading OBJ file '%1' was cancelled").arg(model);
+/// So many triangles; corner k uses position k % `positions`, and each third vertex line is its own.
+QByteArray mesh(int triangles, int positions) {
+    QByteArray text;
+    for (int i = 0; i < positions; ++i)
+        text += "v " + QByteArray::number(i % 311) + ' ' + QByteArray::number(i) + " 0\n";
+    for (int i = 0; i < 3 * triangles; i += 3) {
+        text += 'f';
+        for (int corner = i; corner < i + 3; ++corner)
+            text += ' ' + QByteArray::number(corner % positions + 1);
+        text += '\n';
+    }
+    return text;
+}
+
+/// The ways in which corners come to be merged.
+struct MergingWay {
+    const char* name;
+    QByteArray text;
+};
+
+class ReadProgressTest : public ReadDrawDataTest {
+protected:
+    static std::vector<MergingWay> ways() {
+        QByteArray distinct = mesh(70'000, 210'000); // no value comes again: by their bytes
+        QByteArray late = mesh(70'000, 30'000) + "vt 0 0\nf 1/1 2/1 3/1\n"; // tuples of lists
+        return {{"merged while read", mesh(70'000, 70'000)},
+                {"merged by lists", std::move(late)},
+                {"not merged", std::move(distinct)}};
+    }
+};
+
+TEST_F(ReadProgressTest, PhasesFollowEachOtherAndEachRises) {
+    for (const MergingWay& way : ways()) {
+        SCOPED_TRACE(way.name);
+        std::vector<LoadStep> steps;
+        QString error;
+        const LoadProgress progress = [&steps](const LoadStep& step) {
+            steps.push_back(step);
+            return true;
+        };
+        ASSERT_FALSE(
+            readDrawDataFromOBJFile(write(QStringLiteral("m.obj"), way.text), error, progress).isNull());
+        std::vector<LoadPhase> phases;
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            const bool isFirst = i == 0 || steps[i].phase != steps[i - 1].phase;
+            if (isFirst)
+                phases.push_back(steps[i].phase);
+            ASSERT_EQ(isFirst, steps[i].done == 0) << i;
+            ASSERT_LE(steps[i].done, steps[i].total) << i;
+            ASSERT_TRUE(isFirst ||
+                        (steps[i].done > steps[i - 1].done && steps[i].total == steps[i - 1].total));
+        }
+        EXPECT_THAT(phases, ElementsAre(LoadPhase::Reading, LoadPhase::Merging, LoadPhase::Triangulating,
+                                        LoadPhase::MakingNormals));
+        for (const LoadPhase phase : phases)
+            EXPECT_GE(std::count_if(steps.begin(), steps.end(),
+                                    [phase](const LoadStep& step) { return step.phase == phase; }),
+                      3)
+                << static_cast<int>(phase);
+    }
+}
+
+TEST_F(ReadProgressTest, EachPhaseCanBeCancelledInItsMiddle) {
+    for (const MergingWay& way : ways())
+        for (const LoadPhase phase :
+             {LoadPhase::Reading, LoadPhase::Merging, LoadPhase::Triangulating, LoadPhase::MakingNormals}) {
+            SCOPED_TRACE(std::string(way.name) + ' ' + std::to_string(static_cast<int>(phase)));
+            const QString model = write(QStringLiteral("m.obj"), way.text);
+            QString error;
+            LoadReport report;
+            int last = -1;
+            const LoadProgress progress = [&](const LoadStep& step) {
+                last = static_cast<int>(step.phase);
+                return step.phase != phase || step.done == 0;
+            };
+            EXPECT_TRUE(readDrawDataFromOBJFile(model, error, progress, &report).isNull());
+            EXPECT_EQ(error, QStringLiteral("Loading OBJ file '%1' was cancelled").arg(model));
+            EXPECT_EQ(last, static_cast<int>(phase));
+            EXPECT_EQ(report.bytesRead, 0);
+        }
+}
+
+TEST_F(ReadProgressTest, ExceptionOfTheProgressFunctionReachesTheCaller) {
+    const QString model = write(QStringLiteral("m.obj"), mesh(1000, 1000));
     QString error;
-    EXPECT_TRUE(readDrawDataFromOBJFile(model, error, [](qint64, qint64) { return false; }).isNull());
-    EXPECT_EQ(error, message);
-    error.clear();
-    int asked = 0;
-    const auto cancelWhileCutting = [&](qint64 done, qint64) { return done < size || ++asked < 5; };
-    EXPECT_TRUE(readDrawDataFromOBJFile(model, error, cancelWhileCutting).isNull());
-    EXPECT_EQ(error, message);
-    EXPECT_EQ(asked, 5);
+    const LoadProgress progress = [](const LoadStep& step) {
+        if (step.phase == LoadPhase::Triangulating)
+            throw std::runtime_error("enough");
+        return true;
+    };
+    EXPECT_THROW(readDrawDataFromOBJFile(model, error, progress), std::runtime_error);
+    EXPECT_TRUE(error.isNull());
 }
 
 TEST_F(ReadDrawDataTest, MapsThatMayNotBeReadAreWhiteOnceUploaded) {

@@ -66,8 +66,8 @@ LoadedModel ModelSession::load(const QString& path) const {
     timer.start();
     {
         ProgressBar bar(path, QFileInfo(path).size());
-        const LoadProgress progress = [&bar](qint64 done, qint64) {
-            bar.show(done);
+        const LoadProgress progress = [&bar](const LoadStep& step) {
+            bar.show(step);
             return true;
         };
         loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report, _options));

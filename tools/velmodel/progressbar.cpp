@@ -16,6 +16,22 @@ namespace {
 constexpr int kWidth = 78;
 constexpr int kCells = 30;
 
+QString nameOf(LoadPhase phase) {
+    switch (phase) {
+    case LoadPhase::Reading:
+        return QStringLiteral("reading");
+    case LoadPhase::Merging:
+        return QStringLiteral("merging vertices");
+    case LoadPhase::Triangulating:
+        return QStringLiteral("triangulating");
+    case LoadPhase::MakingNormals:
+        return QStringLiteral("making normals");
+    case LoadPhase::Optimising:
+        return QStringLiteral("optimising");
+    }
+    return QString();
+}
+
 void print(const QString& text) {
     const QByteArray bytes = text.toLocal8Bit();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
@@ -31,20 +47,20 @@ QString progressLine(const QString& name, qint64 done, qint64 total, int width) 
     return QStringLiteral("[%1] %2 % %3").arg(bar, percent, onOneLine(name)).left(width);
 }
 
-ProgressBar::ProgressBar(const QString& path, qint64 total)
-    : _name(QFileInfo(path).fileName()),
-      _total(total),
-      _isActive(total >= kSmallestFile && isatty(STDERR_FILENO) == 1) {}
+ProgressBar::ProgressBar(const QString& path, qint64 fileSize)
+    : _name(QFileInfo(path).fileName()), _isActive(fileSize >= kSmallestFile && isatty(STDERR_FILENO) == 1) {}
 
 ProgressBar::~ProgressBar() {
     if (!_shown.isEmpty())
         print(QLatin1Char('\r') + QString(_shown.size(), QLatin1Char(' ')) + QLatin1Char('\r'));
 }
 
-void ProgressBar::show(qint64 done) {
+void ProgressBar::show(const LoadStep& step) {
     if (!_isActive)
         return;
-    const QString line = progressLine(_name, done, _total, kWidth);
+    const QString name = QStringLiteral("%1: %2").arg(_name, nameOf(step.phase));
+    // What is longer before is overwritten.
+    const QString line = progressLine(name, step.done, step.total, kWidth).leftJustified(_shown.size());
     if (line == _shown)
         return;
     print(QLatin1Char('\r') + line);

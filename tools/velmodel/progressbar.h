@@ -3,6 +3,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <velmodel/loadprogress.h>
+
 namespace Atelier::Vel::Tool {
 
 /// A bar such as "[#####     ]  50 % cow.obj" of at most `width` columns.
@@ -14,16 +16,15 @@ public:
     /// Loading less than this takes no time worth watching.
     static constexpr qint64 kSmallestFile = qint64(16) << 20;
 
-    ProgressBar(const QString& path, qint64 total);
+    ProgressBar(const QString& path, qint64 fileSize);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    void show(qint64 done);
+    void show(const LoadStep& step);
 
 private:
     QString _name;
-    qint64 _total;
     bool _isActive;
     QString _shown;
 };

@@ -162,13 +162,18 @@ unsigned int* writeFour(const int* corners, unsigned int* out) {
 
 FaceCutter::FaceCutter(quint64 expectedIndices, const WorkMeter& meter)
     : _expectedIndices(expectedIndices), _meter(meter) {
-    _triangulator.setMeter(meter);
+    if (meter)
+        _triangulator.setMeter([this](int corners) {
+            _toldOfFace += static_cast<quint64>(corners);
+            _meter(corners);
+        });
 }
 
 bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
     const quint64 faceLimit = table.faceCount();
     const FaceFetcher fetcher(table, faces);
     _used = 0;
+    _toldOfFace = 0;
     for (quint64 k = 0; k < faces.count;) {
         const quint32 face = faces.words[k];
         if (k + 4 <= faces.count && areFour(faces.words + k, face, 1)) {
@@ -199,7 +204,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
         unsigned int* const end = cutFace(table, start, count, begin);
         _used += static_cast<quint64>(end - begin);
         _uncutFaces += end == begin ? 1 : 0;
-        tellMeter(count);
+        tellMeter(count - std::min<quint64>(count, std::exchange(_toldOfFace, 0)));
     }
     return flush(triangles);
 }

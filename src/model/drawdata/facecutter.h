@@ -36,9 +36,10 @@ struct FaceTable {
 class FaceCutter {
 public:
     /// `expectedIndices` is what room is made for in a stream that is empty yet, if it is one of the
-    /// library's own. `meter`, which may be empty, is told of all corners, and of those of large polygons
-    /// twice.
+    /// library's own. `meter` counts the corners of faces.
     explicit FaceCutter(quint64 expectedIndices = 0, const WorkMeter& meter = {});
+    FaceCutter(const FaceCutter&) = delete;
+    FaceCutter& operator=(const FaceCutter&) = delete;
 
     /// Appends the vertex numbers of the triangles of the given faces to `triangles`.
     /// Returns: false when that stream refused them.
@@ -74,6 +75,7 @@ private:
     quint64 _expectedIndices;
     WorkMeter _meter;
     quint64 _untoldCorners = 0;
+    quint64 _toldOfFace = 0; ///< corners of the face being cut that were counted already
 };
 
 } // namespace Atelier::Vel

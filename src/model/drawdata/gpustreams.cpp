@@ -86,7 +86,7 @@ bool lacksEntries(ModelDataStream& indices, quint32 count) {
 
 } // namespace
 
-void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
+void Preparation::buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& meter) {
     if (allHaveGPUStreams())
         return;
     _statistics = {};
@@ -102,6 +102,7 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
     StreamBuild build = collectInput(cornerCount);
     const quint32 before = mergeCorners ? countTuples(build.attributes, cornerCount) : cornerCount;
 
+    meter.begin(LoadPhase::Merging, qint64{cornerCount} * (1 + static_cast<qint64>(build.names.size())));
     // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
     auto target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
     const auto targetElsewhere = [&] {
@@ -113,8 +114,9 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
     };
     const VertexMerging merging =
         merged ? VertexMerging(build.attributes, merged->take(build.names, build.attributes), cornerCount,
-                               target->entries())
-               : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere);
+                               target->entries(), meter.meter(cornerCount))
+               : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere,
+                               meter.meter(cornerCount));
     if (indices.isNull() || lacksEntries(*indices, cornerCount))
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
@@ -122,7 +124,7 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
     assertReduction(before, merging.vertexCount(), *indices);
     if (!merging.needsIndices())
         releaseIndexLists(build);
-    if (!makeResults(build, merging))
+    if (!makeResults(build, merging, meter))
         return;
     adoptResults(build, indices);
     releaseIndexLists(build);
@@ -134,7 +136,7 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners) {
     reportReduction(before, merging.vertexCount(), *indices);
 }
 
-void Preparation::optimizeGPUStreams() {
+void Preparation::optimizeGPUStreams(ProgressMeter& meter) {
     StreamBuild build;
     QSharedPointer<ModelDataStream> indices;
     quint64 vertexCount = 0;
@@ -156,9 +158,12 @@ void Preparation::optimizeGPUStreams() {
         attribute.indexCount = vertexCount;
 
     const ScratchBlock oldToNew(vertexCount * sizeof(quint32));
-    const VertexMerging merging(build.attributes, static_cast<quint32>(vertexCount), oldToNew.as<quint32>());
+    const auto count = static_cast<qint64>(vertexCount);
+    meter.begin(LoadPhase::Merging, count * (1 + static_cast<qint64>(build.names.size())));
+    const VertexMerging merging(build.attributes, static_cast<quint32>(vertexCount), oldToNew.as<quint32>(),
+                                {}, meter.meter(count));
     assertReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
-    if (!makeResults(build, merging))
+    if (!makeResults(build, merging, meter))
         return;
     const WordView entries = WordView::of(indices.data());
     for (quint32* entry = entries.words; entry != entries.words + entries.count; ++entry)
@@ -207,7 +212,8 @@ quint64 Preparation::warnAboutSubstitutes(const StreamBuild& build, const Vertex
     return total;
 }
 
-bool Preparation::makeResults(StreamBuild& build, const VertexMerging& merging) const {
+bool Preparation::makeResults(StreamBuild& build, const VertexMerging& merging, ProgressMeter& meter) const {
+    const qint64 corners = meter.total() / (1 + static_cast<qint64>(build.names.size()));
     for (std::size_t i = 0; i < build.records.size(); ++i) {
         const VertexAttribute& record = *build.records[i];
         const bool isInput = record.streams[kGPUValues].isNull();
@@ -222,7 +228,7 @@ bool Preparation::makeResults(StreamBuild& build, const VertexMerging& merging) 
             return false;
         }
         if (bytes.count != 0)
-            merging.gather(i, bytes.bytes);
+            merging.gather(i, bytes.bytes, meter.meter(corners, merging.vertexCount()));
         _mesh.attributes.releaseValues(*build.records[i]);
         build.results.push_back(result);
     }

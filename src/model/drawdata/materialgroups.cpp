@@ -14,12 +14,15 @@
 
 namespace Atelier::Vel {
 
-void Preparation::prepareMaterialGroups(const VertexAttribute& position, const WorkMeter& meter) {
+void Preparation::prepareMaterialGroups(const VertexAttribute& position, ProgressMeter& meter) {
     const UniformFaces uniform = _mesh.faces.uniform();
     const WordView counts = WordView::of(_mesh.faces.listed().data());
     QVector<unsigned int> faceStarts(static_cast<int>(counts.count));
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
-    FaceCutter cutter(FaceCutter::mostIndices(uniform) + FaceCutter::mostIndices(counts), meter);
+    const auto cornerCount = static_cast<qint64>(WordView::of(position.streams[kGPUIndices].data()).count);
+    meter.begin(LoadPhase::Triangulating, cornerCount);
+    FaceCutter cutter(FaceCutter::mostIndices(uniform) + FaceCutter::mostIndices(counts),
+                      meter.meter(cornerCount));
     const std::vector<GroupStore::Entry> groups = _mesh.groups.inOrder();
     const Cutting cutting{position.streams[kGPUValues], position.streams[kGPUIndices], faceStarts, cutter,
                           trianglesFollowCorners(groups)};

@@ -24,9 +24,14 @@ void Preparation::clear() {
     _statistics = {};
 }
 
-DrawData Preparation::prepare(const QString& positionAttribute, const WorkMeter& meter) {
-    if (isEmpty(_gpuIndices.data()) && !prepareStreams(positionAttribute, meter))
-        return {};
+DrawData Preparation::prepare(const QString& positionAttribute, ProgressMeter& meter) {
+    try {
+        if (isEmpty(_gpuIndices.data()) && !prepareStreams(positionAttribute, meter))
+            return {};
+    } catch (...) {
+        abandon();
+        throw;
+    }
     // The attribute may be another one than before, or have been declared anew since.
     if (_mesh.attributes[positionAttribute].streams[kGPUValues].isNull()) {
         reportMissingStream(describeAttribute(positionAttribute));
@@ -35,10 +40,10 @@ DrawData Preparation::prepare(const QString& positionAttribute, const WorkMeter&
     return drawData(positionAttribute);
 }
 
-bool Preparation::prepareStreams(const QString& positionAttribute, const WorkMeter& meter) {
+bool Preparation::prepareStreams(const QString& positionAttribute, ProgressMeter& meter) {
     // A preparation that gave no triangle is followed by another one.
     _statistics.untriangulatedFaces = 0;
-    buildGPUFriendlyStreams(false);
+    buildGPUFriendlyStreams(false, meter);
     for (const VertexAttribute& record : qAsConst(_mesh.attributes.records()))
         if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
             return false;
@@ -55,7 +60,7 @@ bool Preparation::prepareStreams(const QString& positionAttribute, const WorkMet
         return false;
     }
     prepareMaterialGroups(position, meter);
-    return !_gpuIndices.isNull() && (_mesh.normalsAttribute.isNull() || makeNormals(position));
+    return !_gpuIndices.isNull() && (_mesh.normalsAttribute.isNull() || makeNormals(position, meter));
 }
 
 void Preparation::abandon() {
@@ -66,7 +71,7 @@ void Preparation::abandon() {
     _statistics.untriangulatedFaces = 0;
 }
 
-bool Preparation::makeNormals(const VertexAttribute& position) {
+bool Preparation::makeNormals(const VertexAttribute& position, ProgressMeter& meter) {
     const quint64 vertexCount = position.valueCount(kGPUValues);
     const QSharedPointer<ModelDataStream> values = _mesh.streams.make(kGlFloat, vertexCount * 3);
     const ByteView normals = ByteView::of(values.data());
@@ -77,9 +82,11 @@ bool Preparation::makeNormals(const VertexAttribute& position) {
     }
     const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
     const WordView indices = WordView::of(_gpuIndices.data());
+    const auto triangles = static_cast<qint64>(indices.count / 3);
+    meter.begin(LoadPhase::MakingNormals, triangles);
     generateVertexNormals(reinterpret_cast<const float*>(positions.bytes), positions.count / sizeof(float),
                           indices.words, indices.count, static_cast<quint32>(vertexCount),
-                          reinterpret_cast<float*>(normals.bytes));
+                          reinterpret_cast<float*>(normals.bytes), meter.meter(triangles));
     VertexAttribute& record = _mesh.attributes[_mesh.normalsAttribute];
     record.streams[kGPUValues] = values;
     record.streams[kGPUIndices] = position.streams[kGPUIndices];

@@ -12,7 +12,7 @@
 #include <velmodel/modeldatastream.h>
 
 #include "drawdata/drawdatacontent.h"
-#include "geometry/polygontriangulator.h"
+#include "drawdata/progressmeter.h"
 #include "mesh/mesh.h"
 
 namespace Atelier::Vel {
@@ -27,11 +27,10 @@ public:
     /// the address `owner`. `mesh` must outlive the preparation.
     Preparation(Mesh& mesh, quint64 materialFlagsMask, const void* owner);
 
-    /// Requires: the mesh is complete and has the attribute. `meter` counts the corners of faces while they
-    /// are cut, those of large polygons twice; an exception from it gives the preparation up, and the mesh
-    /// can only be cleared then.
+    /// Requires: the mesh is complete and has the attribute. Throws Cancelled where `meter` does; a mesh that
+    /// keeps its input can be prepared again then.
     /// Returns: null draw data, after a warning, when a stream cannot be had.
-    DrawData prepare(const QString& positionAttribute, const WorkMeter& meter = {});
+    DrawData prepare(const QString& positionAttribute, ProgressMeter& meter);
     void clear();
     const PreparationStatistics& statistics() const { return _statistics; }
 
@@ -48,23 +47,23 @@ private:
         bool overwritesCorners; ///< with the triangles
     };
 
-    bool prepareStreams(const QString& positionAttribute, const WorkMeter& meter);
+    bool prepareStreams(const QString& positionAttribute, ProgressMeter& meter);
 
     /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
     /// as a vertex before merging: a corner, or a distinct tuple of indices.
-    void buildGPUFriendlyStreams(bool mergeCorners);
+    void buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& meter);
     /// Merges GPU vertices of the same bytes.
-    void optimizeGPUStreams();
+    void optimizeGPUStreams(ProgressMeter& meter);
     bool allHaveGPUStreams() const;
     StreamBuild collectInput(quint32 cornerCount);
     static quint64 warnAboutSubstitutes(const StreamBuild& build, const VertexMerging& merging);
-    bool makeResults(StreamBuild& build, const VertexMerging& merging) const;
+    bool makeResults(StreamBuild& build, const VertexMerging& merging, ProgressMeter& meter) const;
     static void adoptResults(StreamBuild& build, const QSharedPointer<ModelDataStream>& indices);
     void releaseIndexLists(const StreamBuild& build) const;
     static void assertReduction(qint64 before, qint64 after, const ModelDataStream& indices);
     void reportReduction(qint64 before, qint64 after, const ModelDataStream& indices) const;
 
-    void prepareMaterialGroups(const VertexAttribute& position, const WorkMeter& meter);
+    void prepareMaterialGroups(const VertexAttribute& position, ProgressMeter& meter);
     void prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
                                        const Cutting& cutting);
     /// Whether triangles never need more room than the corners of the faces that were cut already, so that
@@ -72,7 +71,7 @@ private:
     bool trianglesFollowCorners(const std::vector<GroupStore::Entry>& groups) const;
     QSharedPointer<ModelDataStream> makeTriangleStream(const Cutting& cutting) const;
     void abandon();
-    bool makeNormals(const VertexAttribute& position);
+    bool makeNormals(const VertexAttribute& position, ProgressMeter& meter);
 
     DrawData drawData(const QString& positionAttribute);
     DrawDataContent::Drawable drawable(quint64 drawKey);

@@ -213,7 +213,8 @@ private:
 /// order lie anywhere: some at a time are asked for before they are needed.
 template<typename CornerAt, typename Take>
 void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, const CornerAt& cornerAt,
-               const Take& take) {
+               const WorkMeter& meter, const Take& take) {
+    constexpr quint32 kCornersPerReport = 1 << 15;                        // about a millisecond
     const std::vector<unsigned char> zeros(std::max<quint64>(stride, 1)); // a place even for no bytes
     std::array<const unsigned char*, 64> values;
     for (quint32 first = 0; first < count;) {
@@ -226,6 +227,8 @@ void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, 
         }
         for (const unsigned char* const* value = values.data(); first < end; ++first, ++value)
             take(first, *value);
+        if (first % kCornersPerReport == 0 && meter)
+            meter(kCornersPerReport);
     }
 }
 
@@ -234,17 +237,18 @@ void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, 
 /// has room for an entry per corner. Returns: how many were found.
 template<typename CornerAt>
 quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt, quint64 seed,
-                     quint32* found) {
+                     quint32* found, const WorkMeter& meter) {
     DuplicateSieve sieve(count);
     // Slots lie anywhere, and those of a large mesh in no cache: they are asked for before they are needed.
     constexpr quint32 kAhead = 32;
     withStride(attribute.stride, [&](auto absorb) {
-        forValues(attribute, absorb.stride(), count, cornerAt, [&](quint32 i, const unsigned char* bytes) {
-            found[i] = sieve.slotOf(finishedHash(absorb(seed, bytes)));
-            sieve.fetch(found[i]);
-            if (i >= kAhead)
-                sieve.count(found[i - kAhead]);
-        });
+        forValues(attribute, absorb.stride(), count, cornerAt, meter,
+                  [&](quint32 i, const unsigned char* bytes) {
+                      found[i] = sieve.slotOf(finishedHash(absorb(seed, bytes)));
+                      sieve.fetch(found[i]);
+                      if (i >= kAhead)
+                          sieve.count(found[i - kAhead]);
+                  });
     });
     for (quint32 i = count - std::min(count, kAhead); i < count; ++i)
         sieve.count(found[i]);
@@ -261,12 +265,13 @@ quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const Corn
 
 /// The same of all corners. One in eight that has no equal falls into a slot with another one; sieved again
 /// with another seed, one in sixty is left.
-std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* found) {
+std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* found,
+                              const WorkMeter& meter) {
     const auto itself = [](quint32 corner) { return corner; };
-    const quint32 foundFirst = findSuspects(attribute, cornerCount, itself, hashSeed(), found);
+    const quint32 foundFirst = findSuspects(attribute, cornerCount, itself, hashSeed(), found, meter);
     const std::vector<quint32> first(found, found + foundFirst);
     const auto firstAt = [&first](quint32 i) { return first[i]; };
-    const quint32 foundAgain = findSuspects(attribute, foundFirst, firstAt, ~hashSeed(), found);
+    const quint32 foundAgain = findSuspects(attribute, foundFirst, firstAt, ~hashSeed(), found, {});
     return std::vector<quint32>(found, found + foundAgain);
 }
 
@@ -290,16 +295,17 @@ std::vector<CornerAttribute> attributesOf(const std::vector<CornerAttribute>& at
 } // namespace
 
 quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                            quint32* vertexOfCorner, const std::function<quint32*()>& firstCorners) {
+                            quint32* vertexOfCorner, const std::function<quint32*()>& firstCorners,
+                            const WorkMeter& meter) {
     const auto key = std::max_element(
         attributes.begin(), attributes.end(),
         [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
     if (key == attributes.end() || key->valueCount == 0 || key->stride == 0 || cornerCount > kMostSieved)
-        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners());
-    const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner);
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners(), meter);
+    const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner, meter);
     const auto count = static_cast<quint32>(suspected.size());
     if (count > cornerCount / 4)
-        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners());
+        return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners(), meter);
 
     std::vector<quint32> numbers;
     std::vector<quint32> group(count);
@@ -327,18 +333,18 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
 }
 
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                     quint32* vertexOfCorner, quint32* firstCorner) {
+                     quint32* vertexOfCorner, quint32* firstCorner, const WorkMeter& meter) {
     const ByteKeys keys(attributes);
     CornerSet set(cornerCount, keys.words());
-    return set.insertAll(keys, cornerCount, vertexOfCorner, firstCorner);
+    return set.insertAll(keys, cornerCount, vertexOfCorner, firstCorner, meter);
 }
 
-void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count,
-                  unsigned char* out) {
+void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count, unsigned char* out,
+                  const WorkMeter& meter) {
     withStride(attribute.stride, [&](auto absorb) {
         const quint64 stride = absorb.stride();
         const auto cornerAt = [corners](quint32 i) { return corners == nullptr ? i : corners[i]; };
-        forValues(attribute, stride, count, cornerAt, [=](quint32 i, const unsigned char* bytes) {
+        forValues(attribute, stride, count, cornerAt, meter, [=](quint32 i, const unsigned char* bytes) {
             std::memcpy(out + i * stride, bytes, stride);
         });
     });

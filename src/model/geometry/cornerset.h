@@ -6,6 +6,7 @@
 
 #include <QtCore/QRandomGenerator>
 
+#include "geometry/workmeter.h"
 #include "prefetch.h"
 #include "scratchblock.h"
 
@@ -59,16 +60,19 @@ public:
     }
 
     /// Inserts corners 0 to `count` − 1 in this order. Writes the number of each corner and the first corner
-    /// of each number; returns how many there are. `Keys` hashes runs of corners and copies their keys,
-    /// compares two, and asks memory for the indices and the values of one.
+    /// of each number; returns how many there are. `meter` counts corners. `Keys` hashes runs of corners and
+    /// copies their keys, compares two, and asks memory for the indices and the values of one.
     template<typename Keys>
-    quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner) {
+    quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner,
+                      const WorkMeter& meter = {}) {
         // A look-up goes from the slot to the first corner there, its indices and its values, and each of
         // these may have to come from memory. So a block of corners takes one step and waits while others
         // take theirs.
         const quint32 blockCount = count / kBlock + (count % kBlock != 0 ? 1 : 0);
         quint32 numbers = 0;
-        for (quint64 turn = 0; turn < quint64{blockCount} + kSteps - 1; ++turn)
+        for (quint64 turn = 0; turn < quint64{blockCount} + kSteps - 1; ++turn) {
+            if (turn % kBlocksPerReport == kBlocksPerReport - 1 && meter)
+                meter(kBlocksPerReport * kBlock);
             for (quint32 step = 0; step < kSteps; ++step) {
                 const quint64 index = turn - step;
                 if (index >= blockCount)
@@ -85,12 +89,14 @@ public:
                 else
                     numbers = finish(keys, block, numbers, numberOfCorner, firstCorner);
             }
+        }
         return numbers;
     }
 
 private:
     static constexpr quint32 kBlock = 32;
     static constexpr quint32 kSteps = 5;
+    static constexpr quint32 kBlocksPerReport = 1024; // about a millisecond
 
     struct Block {
         quint32 first = 0;

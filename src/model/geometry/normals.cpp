@@ -204,12 +204,19 @@ quint32 normalizeAll(const Normals&) {
 } // namespace
 
 void generateVertexNormals(const float* positions, quint64 positionFloats, const quint32* indices,
-                           quint64 indexCount, quint32 vertexCount, float* normals) {
+                           quint64 indexCount, quint32 vertexCount, float* normals, const WorkMeter& meter) {
     const Positions points{positions, positionFloats};
     const Normals all(normals, vertexCount);
     const quint64 triangles = indexCount / 3;
-    for (quint64 i = addTriangles(points, indices, triangles, all); i < triangles; ++i)
-        addTriangle(points, indices + i * 3, all);
+    constexpr quint64 kTrianglesPerReport = 1 << 15; // about a millisecond
+    for (quint64 first = 0; first < triangles; first += kTrianglesPerReport) {
+        const quint64 count = std::min(kTrianglesPerReport, triangles - first);
+        const quint32* const corners = indices + first * 3;
+        for (quint64 i = addTriangles(points, corners, count, all); i < count; ++i)
+            addTriangle(points, corners + i * 3, all);
+        if (meter)
+            meter(static_cast<int>(count));
+    }
     for (quint32 vertex = normalizeAll(all); vertex < vertexCount; ++vertex)
         normalizeOne(all[vertex]);
 }

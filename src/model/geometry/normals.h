@@ -2,14 +2,18 @@
 
 #include <QtCore/QtGlobal>
 
+#include "geometry/workmeter.h"
+
 namespace Atelier::Vel {
 
 /// Writes one smooth normal per vertex to `normals`: three floats each, `vertexCount` vertices.
 /// `positions` holds `positionFloats` floats, three per vertex; positions behind its end are zero.
 /// Three entries of `indices` make a triangle; vertex numbers from `vertexCount` on get no normal.
 /// A triangle counts with the sine of its angle at its first vertex. A vertex of no triangle keeps the zero
-/// normal. Normals point to the side from which a triangle is seen clockwise: that is meant.
+/// normal. `meter` counts triangles. Normals point to the side from which a triangle is seen clockwise: that
+/// is meant.
 void generateVertexNormals(const float* positions, quint64 positionFloats, const quint32* indices,
-                           quint64 indexCount, quint32 vertexCount, float* normals);
+                           quint64 indexCount, quint32 vertexCount, float* normals,
+                           const WorkMeter& meter = {});
 
 } // namespace Atelier::Vel

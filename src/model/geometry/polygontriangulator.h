@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <limits>
 #include <queue>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "geometry/triangulationblockers.h"
 #include "geometry/triangulationmath.h"
 #include "geometry/triangulationwinding.h"
+#include "geometry/workmeter.h"
 
 namespace Atelier::Vel {
 
@@ -44,10 +44,6 @@ enum class BlockerSearch {
     kRing, ///< one after the other
     kIndex ///< through `blockers`
 };
-
-/// Told now and then by how many corners a long work has come nearer to its end. What it throws gives the
-/// work up.
-using WorkMeter = std::function<void(int corners)>;
 
 /// The working memory of one cut; polygons of up to 32 corners fit in without an allocation.
 struct PolygonScratch {

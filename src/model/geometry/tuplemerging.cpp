@@ -48,7 +48,7 @@ quint64 countSubstituted(const CornerAttribute& tuples, quint32 cornerCount, con
 } // namespace
 
 TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                           quint32* tupleOfCorner)
+                           quint32* tupleOfCorner, const WorkMeter& meter)
     : _places(attributes.size()) {
     if (!canPay(attributes, cornerCount))
         return;
@@ -69,6 +69,8 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
         for (std::size_t i = 0; i < attributes.size(); ++i)
             numbers[_places[i]] = blocks[i].read(attributes[i], first, count);
         tuples->add(numbers.data(), count, tupleOfCorner + first);
+        if (meter)
+            meter(static_cast<int>(count));
     }
     for (std::size_t i = 0; i < attributes.size(); ++i)
         _substituted.push_back(blocks[i].substitutedCorners());

@@ -5,6 +5,7 @@
 
 #include "geometry/cornerattribute.h"
 #include "geometry/tuplenumbering.h"
+#include "geometry/workmeter.h"
 
 namespace Atelier::Vel {
 
@@ -17,7 +18,9 @@ public:
     /// and may be the list of one of the attributes. Corners without a value count as using one more value.
     /// Where it is given up, that list is as it was, but for invalid indices, which are the number of values
     /// then.
-    TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner);
+    /// `meter` counts corners.
+    TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount, quint32* tupleOfCorner,
+                 const WorkMeter& meter = {});
 
     /// The same for corners whose tuples were numbered as they came. The numbers of attribute i stand at
     /// place `places[i]` of the tuples; some may name no value.

@@ -21,15 +21,15 @@ public:
     /// `cornerCount` entries. The attributes' values must stay in place while this object lives, and their
     /// lists as long as it needs them. `vertexOfCorner` may be one of the lists if `elsewhere` gives other
     /// room for the vertices: it is asked for where the lists turn out to be needed, and the list is as it
-    /// was then, but for invalid indices, which may be other invalid ones. Cost: one pass over the corners;
-    /// working memory of at most 16 bytes per corner.
+    /// was then, but for invalid indices, which may be other invalid ones. `meter` counts corners, some of
+    /// them twice. Cost: one pass over the corners; working memory of at most 16 bytes per corner.
     VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner,
-                  const std::function<quint32*()>& elsewhere = {});
+                  const std::function<quint32*()>& elsewhere = {}, const WorkMeter& meter = {});
 
     /// The same for corners whose tuples are numbered in `tupleOfCorner` already, which becomes the vertex of
     /// each.
     VertexMerging(std::vector<CornerAttribute> attributes, TupleMerging tuples, quint32 cornerCount,
-                  quint32* tupleOfCorner);
+                  quint32* tupleOfCorner, const WorkMeter& meter = {});
 
     quint32 vertexCount() const { return _vertexCount; }
     /// Whether gather() reads the attributes' index lists.
@@ -37,10 +37,11 @@ public:
     /// The corners whose value in one attribute is taken as zero because they have no valid index.
     quint64 substitutedCorners(std::size_t attribute) const { return _substituted[attribute]; }
     /// Writes the values of all vertices of one attribute to `out`: vertexCount() times its stride in bytes.
-    void gather(std::size_t attribute, unsigned char* out) const;
+    /// `meter` counts vertices.
+    void gather(std::size_t attribute, unsigned char* out, const WorkMeter& meter = {}) const;
 
 private:
-    void mergeTuples(quint32 cornerCount, quint32* vertexOfCorner);
+    void mergeTuples(quint32 cornerCount, quint32* vertexOfCorner, const WorkMeter& meter);
 
     std::vector<CornerAttribute> _attributes; ///< as _corners are numbered: by corner or by tuple
     TupleMerging _tuples;

@@ -1,6 +1,5 @@
 #include <velmodel/objloader.h>
 
-#include <functional>
 #include <memory>
 #include <utility>
 
@@ -14,6 +13,7 @@
 #include <velmodel/modelfiles.h>
 
 #include "drawdata/preparation.h"
+#include "drawdata/progressmeter.h"
 #include "import/materials.h"
 #include "import/meshfeed.h"
 #include "import/objreader.h"
@@ -36,32 +36,6 @@ const struct MaterialPlanRegistrar {
 
 constexpr unsigned int kStaticDraw = 0x88E4; // GL_STATIC_DRAW
 constexpr unsigned int kTriangles = 4;       // GL_TRIANGLES
-
-// Progress is told whenever this part of the file has been read.
-constexpr qint64 kProgressSteps = 200;
-
-/// Asks whether to go on with some work, not too often.
-class ProgressMeter {
-public:
-    ProgressMeter(qint64 total, std::function<bool(qint64 done)> goesOn)
-        : _goesOn(std::move(goesOn)), _step(total / kProgressSteps + 1) {}
-
-    /// Returns: false when the work is to be given up.
-    bool reached(qint64 done) {
-        if (done < _nextReport)
-            return true;
-        _nextReport = done + _step;
-        return _goesOn(done);
-    }
-
-private:
-    std::function<bool(qint64 done)> _goesOn;
-    qint64 _step;
-    qint64 _nextReport = 0;
-};
-
-/// Thrown to give up an upload.
-struct Cancelled {};
 
 QString loadFailure(const QString& path) {
     return QStringLiteral("Failed to load OBJ file '%1'").arg(path);
@@ -91,20 +65,19 @@ public:
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
-    /// Returns: false, and why in `error`, when a library cannot be read, the text holds more than a
-    /// stream can take, or `progress` cancels.
-    bool readText(const LoadProgress& progress, QString& error);
+    /// Returns: false, and why in `error`, when a library cannot be read or the text holds more than a stream
+    /// can take. Throws Cancelled where `meter` does.
+    bool readText(ProgressMeter& meter, QString& error);
     /// Whether there is anything to make draw data of.
     bool hasMesh() const;
-    /// Requires: hasMesh(). Throws Cancelled when `progress` cancels. Consumes the mesh.
-    DrawData prepare(const LoadProgress& progress);
+    /// Requires: hasMesh(). Throws Cancelled where `meter` does. Consumes the mesh.
+    DrawData prepare(ProgressMeter& meter);
     LoadReport report() const;
 
 private:
     static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
-    WorkMeter cutMeter(const LoadProgress& progress) const;
-    bool goesOn(ProgressMeter& meter, QString& error) const;
+    bool isTooLarge(QString& error) const;
 
     QString _path;
     qint64 _fileSize;
@@ -118,24 +91,26 @@ private:
     PreparationStatistics _statistics;
 };
 
-bool ObjImport::readText(const LoadProgress& progress, QString& error) {
-    ProgressMeter meter(_fileSize, [&](qint64 done) { return !progress || progress(done, _fileSize); });
-    for (; _reader.hasNext(); _reader.next(_feed.run()))
-        if (!goesOn(meter, error) || !takeRecord(error))
+bool ObjImport::readText(ProgressMeter& meter, QString& error) {
+    meter.begin(LoadPhase::Reading, _fileSize);
+    for (; _reader.hasNext(); _reader.next(_feed.run())) {
+        if (isTooLarge(error))
             return false;
+        meter.reach(_reader.bytesRead());
+        if (!takeRecord(error))
+            return false;
+    }
     _feed.finish();
-    return goesOn(meter, error);
+    if (isTooLarge(error))
+        return false;
+    meter.reach(_reader.bytesRead());
+    return true;
 }
 
-bool ObjImport::goesOn(ProgressMeter& meter, QString& error) const {
-    if (!_mesh.streams.refused().isEmpty()) {
-        error = loadFailure(_path);
+bool ObjImport::isTooLarge(QString& error) const {
+    if (_mesh.streams.refused().isEmpty())
         return false;
-    }
-    if (!meter.reached(_reader.bytesRead())) {
-        error = cancellation(_path);
-        return false;
-    }
+    error = loadFailure(_path);
     return true;
 }
 
@@ -160,24 +135,11 @@ bool ObjImport::hasMesh() const {
     return _mesh.isComplete() && _mesh.attributes.contains(positionAttribute());
 }
 
-DrawData ObjImport::prepare(const LoadProgress& progress) {
+DrawData ObjImport::prepare(ProgressMeter& meter) {
     Preparation preparation(_mesh, 0, this);
-    DrawData data = preparation.prepare(positionAttribute(), cutMeter(progress));
+    DrawData data = preparation.prepare(positionAttribute(), meter);
     _statistics = preparation.statistics();
     return data;
-}
-
-WorkMeter ObjImport::cutMeter(const LoadProgress& progress) const {
-    const auto meter =
-        std::make_shared<ProgressMeter>(2 * static_cast<qint64>(_feed.corners()), [this, progress](qint64) {
-            return !progress || progress(_fileSize, _fileSize);
-        });
-    qint64 corners = 0;
-    return [meter, corners](int count) mutable {
-        corners += count;
-        if (!meter->reached(corners))
-            throw Cancelled();
-    };
 }
 
 LoadReport ObjImport::report() const {
@@ -204,14 +166,15 @@ void importFile(const QString& path, QString& error, const LoadProgress& progres
         return;
     }
     ObjImport import(*file, filesOf(path, options));
-    if (!import.readText(progress, error))
-        return;
-    if (!isReadToTheEnd(*file)) {
-        error = loadFailure(path);
-        return;
-    }
+    ProgressMeter meter(progress);
     try {
-        finish(import);
+        if (!import.readText(meter, error))
+            return;
+        if (!isReadToTheEnd(*file)) {
+            error = loadFailure(path);
+            return;
+        }
+        finish(import, meter);
         if (report != nullptr)
             *report = import.report();
     } catch (const Cancelled&) {
@@ -233,13 +196,13 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                LoadReport* report, const LoadOptions& options) {
     std::unique_ptr<GPUModel> model;
-    importFile(path, error, progress, report, options, [&](ObjImport& import) {
+    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
         auto loaded = std::make_unique<GPUModel>();
         const UploadOptions uploadOptions{makeIdentityInstance()};
         if (import.hasMesh()) {
             const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
             if (!context.isNull())
-                uploadTo(*context, import.prepare(progress), *loaded, uploadOptions);
+                uploadTo(*context, import.prepare(meter), *loaded, uploadOptions);
         }
         model = std::move(loaded);
     });
@@ -249,8 +212,9 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
 DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                  LoadReport* report, const LoadOptions& options) {
     DrawData data;
-    importFile(path, error, progress, report, options,
-               [&](ObjImport& import) { data = import.hasMesh() ? import.prepare(progress) : DrawData(); });
+    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
+        data = import.hasMesh() ? import.prepare(meter) : DrawData();
+    });
     return data;
 }
 
