@@ -1,0 +1,77 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <new>
+
+#include <QtCore/QString>
+
+#include <velmodel/drawdata.h>
+#include <velmodel/objloader.h>
+
+/// Loads an OBJ file on a thread of its own. The public functions are for the thread of the window. The
+/// destructor cancels the load and waits for its thread to end.
+class BackgroundLoad {
+public:
+    struct Result {
+        Atelier::Vel::DrawData data; ///< null on failure, and for a file without faces
+        QString error;
+    };
+
+    explicit BackgroundLoad(const QString& path)
+        : _result(std::async(std::launch::async, [this, path] { return load(path); })) {}
+    ~BackgroundLoad() { cancel(); }
+    BackgroundLoad(const BackgroundLoad&) = delete;
+    BackgroundLoad& operator=(const BackgroundLoad&) = delete;
+
+    void cancel() {
+        const std::lock_guard lock(_mutex);
+        _isCancelled = true;
+        _changed.notify_one();
+    }
+    /// To be called for each frame. Returns: the part of the file that is read, from 0 to 1.
+    float progressOfFrame() {
+        const std::lock_guard lock(_mutex);
+        _isShown = true;
+        _changed.notify_one();
+        return _done;
+    }
+    bool isReady() const { return _result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }
+    /// Can be called once. Waits until the result is ready.
+    Result takeResult() { return _result.get(); }
+
+private:
+    Result load(const QString& path) {
+        const Atelier::Vel::LoadProgress progress = [this](qint64 done, qint64 total) {
+            return reached(static_cast<float>(done) / static_cast<float>(std::max<qint64>(total, 1)));
+        };
+        Result result;
+        try {
+            result.data = Atelier::Vel::readDrawDataFromOBJFile(path, result.error, progress);
+        } catch (const std::bad_alloc&) {
+            result.error = QStringLiteral("Not enough memory for '%1'").arg(path);
+        }
+        return result;
+    }
+
+    // Called on the thread of the load. Waits for the first frame: the load of a small file does not end
+    // before the window is there. Returns: false to cancel.
+    bool reached(float done) {
+        std::unique_lock lock(_mutex);
+        _done = done;
+        _changed.wait(lock, [this] { return _isShown || _isCancelled; });
+        return !_isCancelled;
+    }
+
+    std::mutex _mutex; // guards the three values that both threads use
+    float _done = 0;
+    bool _isShown = false;
+    bool _isCancelled = false;
+    std::condition_variable _changed;
+    // Destroyed first, because it is the last member: its destructor waits for the thread, which uses the
+    // other members.
+    std::future<Result> _result;
+};

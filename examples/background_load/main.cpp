@@ -1,0 +1,181 @@
+// Shows an OBJ file in a Qt window that stays alive while the file loads on another thread.
+// Usage: background_load MODEL.obj [PICTURE.png] [--cancel]
+// Escape cancels the load, and so does closing the window. With a picture, it saves the first frame of the
+// model there and ends. --cancel presses Escape in the first frame.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include <QtCore/QDebug>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QMatrix4x4>
+#include <QtGui/QOpenGLFunctions>
+#include <QtGui/QOpenGLWindow>
+
+#include <velgl/gpumodel.h>
+#include <velgl/program.h>
+#include <velgl/shaderinterface.h>
+#include <velmodel/drawdata.h>
+#include <velmodel/objloader.h>
+
+#include "backgroundload.h"
+
+using namespace Atelier::Vel;
+
+namespace {
+
+constexpr char kVertexShader[] = R"(
+in vec3 va_Vertex;
+in vec3 va_Normal;
+uniform mat4 viewProjection;
+out vec3 normal;
+flat out int command;
+void main() {
+    normal = va_Normal;
+    command = velglCommand();
+    gl_Position = viewProjection * vec4(va_Vertex, 1.0);
+})";
+
+constexpr char kFragmentShader[] = R"(
+in vec3 normal;
+flat in int command;
+out vec4 colour;
+void main() {
+    float light = 0.2 + 0.8 * abs(dot(normalize(normal), normalize(vec3(1.0, 2.0, 3.0))));
+    colour = vec4(velglMaterial(command).Kd * light, 1.0);
+})";
+
+QByteArray shader(ShaderStage stage, const char* body) {
+    return "#version 430 core\n" + shaderInterface(stage, {"OBJMaterial", "InstanceInfo"}) + body;
+}
+
+/// Turns about the model at a distance that shows all of it.
+QMatrix4x4 viewOf(const GPUModel::Bounds& bounds, float aspect, float angle) {
+    const float radius = std::max((bounds.maximum - bounds.minimum).length() / 2, 1e-6F);
+    QMatrix4x4 view;
+    view.perspective(40, aspect, radius, 5 * radius);
+    view.translate(0, 0, -3 * radius);
+    view.rotate(25, 1, 0, 0);
+    view.rotate(angle, 0, 1, 0);
+    view.translate(-(bounds.minimum + bounds.maximum) / 2);
+    return view;
+}
+
+class Viewer : public QOpenGLWindow {
+public:
+    Viewer(QString path, QString picture, bool cancels)
+        : _path(std::move(path)), _picture(std::move(picture)), _cancels(cancels) {
+        resize(800, 600);
+        setTitle(_path);
+    }
+    ~Viewer() override {
+        makeCurrent();
+        _model.reset();
+        _program.reset();
+    }
+
+protected:
+    void initializeGL() override {
+        QString error;
+        _program = Program::fromSource(shader(ShaderStage::Vertex, kVertexShader),
+                                       shader(ShaderStage::Fragment, kFragmentShader), error);
+        if (_program)
+            _load = std::make_unique<BackgroundLoad>(_path);
+        else
+            fail(error);
+    }
+
+    void paintGL() override {
+        if (_load && _load->isReady())
+            finishLoad();
+        if (_load)
+            drawProgress();
+        else if (_model)
+            drawModel();
+        update();
+    }
+
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Escape && _load)
+            _load->cancel();
+    }
+
+private:
+    static void fail(const QString& error) {
+        qCritical() << error;
+        QCoreApplication::exit(1);
+    }
+
+    // The upload is the only part that needs the window's thread, where the context is current.
+    void finishLoad() {
+        qInfo("Frames drawn while loading: %d", _frames);
+        BackgroundLoad::Result result = _load->takeResult();
+        _load.reset();
+        auto model = std::make_unique<GPUModel>();
+        if (upload(std::move(result.data), *model, {makeIdentityInstance()}))
+            _model = std::move(model);
+        else
+            fail(result.error.isEmpty() ? QStringLiteral("No faces in '%1'").arg(_path) : result.error);
+    }
+
+    /// A bar over a background that pulsates.
+    void drawProgress() {
+        if (_cancels) {
+            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QCoreApplication::sendEvent(this, &escape);
+        }
+        const float done = _load->progressOfFrame();
+        const QSize size = this->size() * devicePixelRatio();
+        QOpenGLFunctions* const gl = context()->functions();
+        const float blue = 0.3F + 0.1F * std::sin(0.1F * float(_frames++));
+        gl->glClearColor(0.15F, 0.16F, blue, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT);
+        gl->glEnable(GL_SCISSOR_TEST);
+        gl->glScissor(0, 0, int(float(size.width()) * done), size.height() / 20);
+        gl->glClearColor(0.9F, 0.9F, 0.9F, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT);
+        gl->glDisable(GL_SCISSOR_TEST);
+    }
+
+    void drawModel() {
+        QOpenGLFunctions* const gl = context()->functions();
+        gl->glEnable(GL_DEPTH_TEST);
+        gl->glClearColor(0.15F, 0.16F, 0.18F, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        const float aspect = float(width()) / float(std::max(height(), 1));
+        const QMatrix4x4 view = viewOf(_model->bounds(), aspect, _angle++);
+        _program->bind();
+        gl->glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, view.constData());
+        _model->draw();
+        _program->unbind();
+        if (!_picture.isEmpty())
+            QCoreApplication::exit(grabFramebuffer().save(_picture) ? 0 : 1);
+    }
+
+    QString _path;
+    QString _picture;
+    bool _cancels;
+    int _frames = 0; // during the load
+    float _angle = 30;
+    std::unique_ptr<BackgroundLoad> _load;
+    std::unique_ptr<GPUModel> _model;
+    std::unique_ptr<Program> _program;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QSurfaceFormat format;
+    format.setVersion(4, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setDepthBufferSize(24);
+    QSurfaceFormat::setDefaultFormat(format);
+    const QGuiApplication application(argc, argv);
+    QStringList arguments = application.arguments();
+    const bool cancels = arguments.removeOne(QStringLiteral("--cancel"));
+    Viewer viewer(arguments.value(1), arguments.value(2), cancels);
+    viewer.show();
+    return QGuiApplication::exec();
+}

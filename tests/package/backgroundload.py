@@ -1,0 +1,74 @@
+"""Runs the example background_load on an X server of its own and checks its exit codes, messages and picture.
+
+Usage: backgroundload.py PROGRAM MODEL
+"""
+
+import collections
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+BACKGROUND = bytes([38, 41, 46])  # what the example clears the picture to
+LEAST_SHARE = 0.05  # of the pixels that have to show the model
+LEAST_COLOURS = 20  # a loading frame has two
+
+
+def run(program, *arguments):
+    """The exit code and the output. A load that blocks the window never ends: it waits for a frame."""
+    command = ["xvfb-run", "-a", program, *arguments]
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120)
+    return done.returncode, done.stdout
+
+
+def pixels(path):
+    """The pixels of a binary PPM picture, three bytes each."""
+    data = path.read_bytes()
+    header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
+    body = data[header.end() :]
+    assert len(body) == 3 * int(header[1]) * int(header[2]), "the picture is cut off"
+    return [body[i : i + 3] for i in range(0, len(body), 3)]
+
+
+def check(holds, claim, output):
+    if not holds:
+        sys.exit(f"not so: {claim}\n{output}")
+
+
+def check_frames(output):
+    check(re.search(r"Frames drawn while loading: [1-9]", output), "frames are drawn during the load", output)
+
+
+def check_load(program, model, picture):
+    code, output = run(program, model, str(picture))
+    check(code == 0, "a load ends with exit code 0", output)
+    check_frames(output)
+    colours = collections.Counter(pixels(picture))
+    shown = 1 - colours[BACKGROUND] / sum(colours.values())
+    summary = f"{len(colours)} colours, {shown:.0%} shown: {colours.most_common(3)}"
+    check(colours[BACKGROUND] > 0, "there is background around the model", summary)
+    check(shown >= LEAST_SHARE and len(colours) >= LEAST_COLOURS, "the picture shows the model", summary)
+
+
+def check_failure(program, model, picture, message, *options):
+    code, output = run(program, model, str(picture), *options)
+    check(code == 1, "the exit code is 1", output)
+    check(message in output, f"the message is: {message}", output)
+    check(not picture.exists(), "no picture is saved", output)
+    return output
+
+
+def main(program, model):
+    with tempfile.TemporaryDirectory() as folder:
+        folder = pathlib.Path(folder)
+        check_load(program, model, folder / "loaded.ppm")
+        output = check_failure(
+            program, model, folder / "cancelled.ppm", f"Loading OBJ file '{model}' was cancelled", "--cancel"
+        )
+        check_frames(output)
+        missing = str(folder / "missing.obj")
+        check_failure(program, missing, folder / "failed.ppm", f"Failed to load OBJ file '{missing}'")
+
+
+main(*sys.argv[1:])
