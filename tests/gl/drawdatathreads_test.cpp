@@ -184,7 +184,7 @@ protected:
         model.draw();
         return picture.pixels();
     }
-    /// The draw data becomes a model that is drawn and destroyed.
+    /// Uploads the draw data to a model, draws the model and destroys it.
     QImage uploadAndDraw(DrawData data) const {
         GPUModel model;
         EXPECT_TRUE(upload(std::move(data), model, {makeIdentityInstance()}));
@@ -218,7 +218,7 @@ private:
     std::unique_ptr<Program> _program;
 };
 
-/// Reads files one after the other; each result can be had as soon as it is there.
+/// Reads files one after the other on a thread of its own. Each result is available as soon as it is read.
 class Reader {
 public:
     explicit Reader(const std::vector<QString>& paths) {
@@ -236,7 +236,9 @@ public:
 private:
     std::vector<std::packaged_task<DrawData()>> _reads;
     std::vector<std::future<DrawData>> _results;
-    std::future<void> _thread; // the last member: it is waited for before the others go
+    // Destroyed first, because it is the last member: its destructor waits for the thread, which uses the
+    // other members.
+    std::future<void> _thread;
 };
 
 } // namespace
