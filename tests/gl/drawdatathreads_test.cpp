@@ -198,8 +198,7 @@ private:
         QFile file(_folder.filePath(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
     }
-    // Copied, so that no two tests share textures: LoadTexture() keeps them by path, also when their context
-    // is gone.
+    // Each test has copies of its own: LoadTexture() keeps textures by path, even when their context is gone.
     void addSample(const QString& name) {
         const QDir samples(QStringLiteral(VELMODEL_SOURCE_DIR "/samples/") + name);
         for (const QString& file : samples.entryList(QDir::Files))
