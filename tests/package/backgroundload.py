@@ -15,11 +15,17 @@ LEAST_SHARE = 0.05  # of the pixels that have to show the model
 LEAST_COLOURS = 20  # a loading frame has two
 
 
+# xvfb-run has exit codes of its own, for example when its folder cannot be removed.
+RUN_AND_PRINT_EXIT_CODE = 'timeout 120 "$@"; echo "exit code: $?"'
+
+
 def run(program, *arguments):
     """The exit code and the output. A load that blocks the window never ends: it waits for a frame."""
-    command = ["xvfb-run", "-a", program, *arguments]
-    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120)
-    return done.returncode, done.stdout
+    command = ["xvfb-run", "-a", "sh", "-c", RUN_AND_PRINT_EXIT_CODE, "sh", program, *arguments]
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    code = re.search(r"^exit code: (\d+)$", done.stdout, re.MULTILINE)
+    check(code, "the program ran and ended", done.stdout)
+    return int(code[1]), done.stdout
 
 
 def pixels(path):
