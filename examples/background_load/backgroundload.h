@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -32,7 +31,7 @@ public:
         _isCancelled = true;
         _changed.notify_one();
     }
-    /// To be called for each frame. Returns: the part of the file that is read, from 0 to 1.
+    /// To be called for each frame. Returns: the part of the load that is done, from 0 to 1.
     float progressOfFrame() {
         const std::lock_guard lock(_mutex);
         _isShown = true;
@@ -45,8 +44,10 @@ public:
 
 private:
     Result load(const QString& path) {
-        const Atelier::Vel::LoadProgress progress = [this](qint64 done, qint64 total) {
-            return reached(static_cast<float>(done) / static_cast<float>(std::max<qint64>(total, 1)));
+        const Atelier::Vel::LoadProgress progress = [this](const Atelier::Vel::LoadStep& step) {
+            constexpr float kPhases = 4; // up to the normals; this load does not optimise
+            const float ofPhase = static_cast<float>(step.done) / static_cast<float>(step.total);
+            return reached((static_cast<float>(step.phase) + ofPhase) / kPhases);
         };
         Result result;
         try {
