@@ -61,6 +61,12 @@ public:
         bool isValid = false; ///< false without a position
     };
 
+    /// How often a vertex is transformed, for a cache that holds the 16 vertices transformed last.
+    struct VertexCacheStatistics {
+        float acmr = 0; ///< transformed vertices per triangle, from 0.5 for a large grid to 3
+        float atvr = 0; ///< transformations of each vertex in use, 1 at best
+    };
+
     /// Null draw data: no attributes, no indices, no drawables.
     DrawData();
     DrawData(const DrawData& other);
@@ -89,6 +95,29 @@ public:
     /// The box around the finite positions that a command uses, in the space of the mesh.
     /// Cost: linear in the indices of the command; nothing is stored.
     Box commandBox(int drawable, int command) const;
+
+    /// Whether this build can reorder draw data: it can unless it was configured with
+    /// VELMODEL_MESHOPTIMIZER=OFF.
+    static bool canOptimise();
+
+    /// The same mesh in an order that a GPU draws faster. Within each command, triangles are ordered for the
+    /// vertex cache and then to draw fewer pixels twice; after that, vertices are ordered by their first use.
+    /// Commands, their ranges, the winding of triangles and the vertices that no triangle uses are kept; the
+    /// latter go behind the others. Draw data is taken as a list of triangles, whatever it is drawn as.
+    /// The order is the same on every run, but may differ between versions of meshoptimizer.
+    /// Returns:  this draw data, shared, if canOptimise() is false, if the positions are not floats with at
+    ///           least three components, if an index is out of range, or, after a warning, if the allocator
+    ///           of the streams has no new ones. A command keeps its order if one of its positions is not
+    ///           finite, if its range overlaps another one or exceeds the indices, or if its count is not
+    ///           divisible by three.
+    /// Requires: the allocator may be called on this thread. Throws std::bad_alloc when memory runs out.
+    /// Cost:     0.5 to 2 µs for each triangle; new streams, and 20 to 50 bytes of working memory for each
+    ///           index of the largest command.
+    DrawData optimised() const;
+
+    /// Of all triangles, in their order. Zeros without triangles, with an index out of range, and if
+    /// canOptimise() is false. Cost: linear in the indices and vertices.
+    VertexCacheStatistics vertexCacheStatistics() const;
 
 private:
     friend struct DrawDataAccess;

@@ -317,4 +317,14 @@ TEST_F(DrawDataTest, BoxWithoutThreeFloatsIsNotValid) {
     EXPECT_FALSE(data.commandBox(0, 0).isValid);
 }
 
+TEST_F(DrawDataTest, OptimisedDataIsNewWhereTheBuildCanMakeIt) {
+    const DrawData data = builder->prepare(kPosition);
+    const DrawData optimised = data.optimised();
+    EXPECT_EQ(optimised.indices().data != data.indices().data, DrawData::canOptimise());
+    EXPECT_EQ(optimised.vertexCount(), 5U);
+    EXPECT_EQ(optimised.group(1, 0).objectName, QStringLiteral("object"));
+    EXPECT_EQ(data.vertexCacheStatistics().acmr, DrawData::canOptimise() ? 2.5F : 0);
+    EXPECT_EQ(data.vertexCacheStatistics().atvr, DrawData::canOptimise() ? 1 : 0);
+}
+
 } // namespace Atelier::Vel

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "drawdata/drawdatacontent.h"
+#include "drawdata/optimise.h"
 
 namespace Atelier::Vel {
 
@@ -119,6 +120,19 @@ DrawData::Box DrawData::commandBox(int drawable, int command) const {
         include(box, {point[0], point[1], point[2]});
     }
     return box;
+}
+
+bool DrawData::canOptimise() {
+    return Vel::canOptimise();
+}
+
+DrawData DrawData::optimised() const {
+    std::shared_ptr<DrawDataContent> content = isNull() ? nullptr : optimisedContent(*_content, {});
+    return content == nullptr ? *this : DrawData(std::move(content));
+}
+
+DrawData::VertexCacheStatistics DrawData::vertexCacheStatistics() const {
+    return isNull() ? VertexCacheStatistics() : cacheStatistics(*_content);
 }
 
 } // namespace Atelier::Vel
