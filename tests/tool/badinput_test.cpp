@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <velmodel/drawdata.h>
+
 #include "program.h"
 #include "support/messagelog.h"
 #include "temporarymodel.h"
@@ -22,10 +24,12 @@ void expectCannotLoad(const QString& path, const QString& message,
                       const ProgramSurroundings& surroundings = {}) {
     const TemporaryFolder folder;
     const QString picture = folder.path("never.png");
-    for (const QStringList& arguments :
-         {QStringList{"info", path}, QStringList{"dump", path}, QStringList{"render", path, "-o", picture}}) {
+    QList<QStringList> commands = {{"info", path}, {"dump", path}, {"render", path, "-o", picture}};
+    if (DrawData::canOptimise())
+        commands.append({"dump", path, "--optimise"});
+    for (const QStringList& arguments : qAsConst(commands)) {
         const ProgramResult result = runProgram(arguments, surroundings);
-        EXPECT_EQ(result.exitCode, 1) << arguments.first().toStdString();
+        EXPECT_EQ(result.exitCode, 1) << arguments.join(' ').toStdString();
         EXPECT_EQ(result.errors, QStringLiteral("velmodel: %1\n").arg(message));
         EXPECT_TRUE(result.output.isEmpty());
     }

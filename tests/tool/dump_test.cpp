@@ -1,10 +1,14 @@
 // The JSON of `velmodel dump`, byte by byte where it can be foretold.
 
+#include <algorithm>
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
 #include <gmock/gmock.h>
+
+#include <velmodel/drawdata.h>
 
 #include "program.h"
 #include "support/messagelog.h"
@@ -139,6 +143,51 @@ TEST_P(EveryDumpTest, IsTheSameBytesTenTimes) {
 
 INSTANTIATE_TEST_SUITE_P(Samples, EveryDumpTest,
                          testing::Values("showpiece", "gear", "mosaic", "vase", "stairs", "oddities"));
+
+/// The positions of each triangle that the first command draws, beginning with the smallest, and sorted.
+QVector<QVector<QVector<float>>> firstTriangles(const QJsonObject& dump) {
+    const QVector<float> positions = floats(decoded(dump["attributes"].toArray().last()["data"]));
+    const QByteArray indices = decoded(dump["indices"]);
+    const auto* const shorts = reinterpret_cast<const quint16*>(indices.constData());
+    const QJsonValue drawables = dump["drawables"];
+    const QJsonValue command = drawables[0]["commands"][0];
+    QVector<QVector<QVector<float>>> triangles;
+    for (int i = 0; i < command["count"].toInt(); i += 3) {
+        QVector<QVector<float>> triangle;
+        for (int corner = 0; corner < 3; ++corner)
+            triangle.append(positions.mid(3 * shorts[command["firstIndex"].toInt() + i + corner], 3));
+        std::rotate(triangle.begin(), std::min_element(triangle.begin(), triangle.end()), triangle.end());
+        triangles.append(triangle);
+    }
+    std::sort(triangles.begin(), triangles.end());
+    return triangles;
+}
+
+TEST(DumpTest, OptimisedModelHasTheSameTrianglesAndCommands) {
+    if (!DrawData::canOptimise())
+        GTEST_SKIP() << "this build cannot optimise";
+    const QJsonObject before = dumped(samplePath("vase"));
+    const QJsonObject after = dumped(samplePath("vase"), {"--optimise"});
+    EXPECT_NE(after["indices"], before["indices"]);
+    EXPECT_EQ(after["drawables"], before["drawables"]);
+    EXPECT_EQ(after["vertexCount"], before["vertexCount"]);
+    EXPECT_EQ(firstTriangles(after).size(), 512);
+    EXPECT_EQ(firstTriangles(after), firstTriangles(before));
+}
+
+TEST(DumpTest, OptimisedModelWithNothingToDrawStaysEmpty) {
+    if (!DrawData::canOptimise())
+        GTEST_SKIP() << "this build cannot optimise";
+    const TemporaryFolder folder;
+    const QString path = folder.write("empty.obj", "# nothing\n");
+    EXPECT_EQ(dumped(path, {"--optimise"}), dumped(path));
+}
+
+TEST(DumpTest, TellsItsOpenGLWhenAsked) {
+    const QStringList dump = {"dump", "--no-data", samplePath("gear")};
+    EXPECT_FALSE(runProgram(dump).errors.contains("OpenGL: "));
+    EXPECT_TRUE(runProgram(dump + QStringList{"--verbose", "info"}).errors.contains("velmodel: OpenGL: "));
+}
 
 TEST(DumpTest, OutputThatCannotBeWrittenIsExitCodeFour) {
     ProgramSurroundings surroundings;

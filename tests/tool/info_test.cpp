@@ -1,11 +1,14 @@
-// What `velmodel info` says.
+// What `velmodel info` says. Nothing here needs OpenGL.
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
 
 #include <gmock/gmock.h>
+
+#include <velmodel/drawdata.h>
 
 #include "program.h"
 #include "support/messagelog.h"
@@ -165,10 +168,73 @@ TEST(InfoTest, VerbosityChoosesTheMessages) {
     const QStringList info = {"info", samplePath("oddities")};
     EXPECT_TRUE(runProgram(info).errors.contains("velmodel: warning: "));
     EXPECT_EQ(runProgram(info + QStringList{"--verbose", "error"}).errors, QString());
-    EXPECT_FALSE(runProgram(info).errors.contains("OpenGL: "));
-    EXPECT_TRUE(runProgram(info + QStringList{"--verbose", "info"}).errors.contains("velmodel: OpenGL: "));
     EXPECT_TRUE(runProgram(info + QStringList{"--verbose", "debug"}).errors.contains("velmodel: debug: "));
     EXPECT_TRUE(runProgram(QStringList{"--verbose", "debug"} + info).errors.contains("velmodel: debug: "));
+}
+
+/// The summary of a sample without its time.
+QString timeless(const QString& sample, const ProgramSurroundings& surroundings) {
+    const ProgramResult result = runProgram({"info", samplePath(sample)}, surroundings);
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    return QString::fromUtf8(result.output).remove(QRegularExpression("  loaded in .*"));
+}
+
+TEST(InfoTest, NeedsNoOpenGL) {
+    ProgramSurroundings surroundings;
+    surroundings.environment.insert("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent");
+    ASSERT_EQ(runProgram({"dump", samplePath("vase")}, surroundings).exitCode, 3) << "there is OpenGL";
+    for (const char* sample : {"showpiece", "vase"}) {
+        EXPECT_TRUE(timeless(sample, surroundings).startsWith(samplePath(sample) + "\n  vertices "));
+        EXPECT_EQ(timeless(sample, surroundings), timeless(sample, {}));
+    }
+    const ProgramResult missing = runProgram({"info", "/no/such.obj"}, surroundings);
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.errors, "velmodel: Failed to load OBJ file '/no/such.obj': No such file\n");
+}
+
+/// A flat grid of 40 times 40 squares, every other row of it behind all the others.
+QByteArray stripedGrid() {
+    constexpr int kSide = 40;
+    QByteArray text;
+    for (int i = 0; i < (kSide + 1) * (kSide + 1); ++i)
+        text += QStringLiteral("v %1 %2 0\n").arg(i % (kSide + 1)).arg(i / (kSide + 1)).toLatin1();
+    for (int column = 0; column < kSide; ++column)
+        for (int row = 0; row < kSide; ++row) {
+            const int corner = row * 17 % kSide * (kSide + 1) + column + 1;
+            text += QStringLiteral("f %1 %2 %3 %4\n")
+                        .arg(corner)
+                        .arg(corner + 1)
+                        .arg(corner + kSide + 2)
+                        .arg(corner + kSide + 1)
+                        .toLatin1();
+        }
+    return text;
+}
+
+TEST(InfoTest, OptimisingServesTheVertexCacheAndChangesNothingElse) {
+    if (!DrawData::canOptimise())
+        GTEST_SKIP() << "this build cannot optimise";
+    const TemporaryFolder folder;
+    const QString path = folder.write("grid.obj", stripedGrid());
+    QJsonObject before = informed({path})[0].toObject();
+    QJsonObject after = informed({path, "--optimise"})[0].toObject();
+    EXPECT_GE(before["acmr"].toDouble(), 2);
+    EXPECT_LT(after["acmr"].toDouble(), 0.9);
+    EXPECT_LT(after["atvr"].toDouble(), before["atvr"].toDouble());
+    for (const char* changing : {"acmr", "atvr", "seconds", "megabytesPerSecond"}) {
+        before.remove(changing);
+        after.remove(changing);
+    }
+    EXPECT_EQ(after, before);
+}
+
+TEST(InfoTest, OptimiseIsUnknownWhereTheBuildCannotDoIt) {
+    if (DrawData::canOptimise())
+        GTEST_SKIP() << "this build can optimise";
+    const ProgramResult result = runProgram({"info", "--optimise", samplePath("gear")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.errors, "velmodel: Unknown option 'optimise'. Try 'velmodel info --help'.\n");
+    EXPECT_FALSE(runProgram({"info", samplePath("gear")}).output.contains("ACMR"));
 }
 
 } // namespace

@@ -64,14 +64,28 @@ TEST(ModelSessionTest, LoadTellsWhatItMetAndHowLongItTook) {
 
 TEST(ModelSessionTest, ConfinedModelMayNameFilesOfItsFolderOnly) {
     const TemporaryFolder folder;
-    LoadOptions options;
-    options.files = LoadOptions::Files::InOwnFolder;
-    ModelSession session(options);
+    LoadFlags flags;
+    flags.options.files = LoadOptions::Files::InOwnFolder;
+    ModelSession session(flags);
     ASSERT_TRUE(session.open());
     const LoadedModel loaded = session.load(folder.write("m.obj", Testing::triangleText()));
     EXPECT_EQ(loaded.files.folder(), folder.path(""));
     EXPECT_TRUE(loaded.files.allows(folder.path("a.png")));
     EXPECT_FALSE(loaded.files.allows("/etc/passwd"));
+}
+
+TEST(ModelSessionTest, OptimisedLoadTellsTheSameFacts) {
+    if (!DrawData::canOptimise())
+        GTEST_SKIP() << "this build cannot optimise";
+    LoadFlags flags;
+    flags.isOptimised = true;
+    ModelSession session(flags);
+    ASSERT_TRUE(session.open());
+    const LoadedModel loaded = session.load(Testing::absoluteSamplePath("vase"));
+    ASSERT_NE(loaded.model, nullptr);
+    EXPECT_EQ(loaded.model->drawableCount(), 1);
+    EXPECT_EQ(loaded.report.triangles, 704U);
+    EXPECT_GT(loaded.seconds, 0);
 }
 
 /// `velmodel render` in this process, with a driver that can be made to fail.

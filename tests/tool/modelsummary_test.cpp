@@ -1,41 +1,97 @@
 #include "modelsummary.h"
 
+#include <numeric>
+
 #include <gmock/gmock.h>
 
-#include "mixedmodel.h"
-#include "support/glfixture.h"
+#include <velmodel/modelbuilder.h>
+
 #include "support/messagelog.h"
 
 namespace Atelier::Vel::Tool {
 
 namespace {
 
-class ModelSummaryTest : public Testing::GLFixture {
-protected:
-    static ModelSummary summaryOf(std::unique_ptr<GPUModel> model) {
-        LoadedModel loaded;
-        loaded.model = std::move(model);
-        loaded.report.bytesRead = 5000000;
-        loaded.report.triangles = 3;
-        loaded.seconds = 0.25;
-        return summarize(QStringLiteral("mixed.obj"), loaded);
-    }
-};
+constexpr unsigned int kUnsignedByte = 0x1401;
+constexpr unsigned int kFloat = 0x1406;
+constexpr unsigned int kVertices = 12;
 
-TEST_F(ModelSummaryTest, AddsUpAllDrawables) {
-    const ModelSummary summary = summaryOf(Testing::mixedModel());
+InstanceData metal() {
+    constexpr float kOpacity = 0.25F;
+    InstanceData material(QStringLiteral("OBJMaterial"));
+    material.set(QStringLiteral("d"), &kOpacity, sizeof kOpacity);
+    material.setTexture(QStringLiteral("map_Kd"), QStringLiteral("/maps/metal.png"));
+    return material;
+}
+
+void addGroup(ModelBuilder& builder, const char* name, const InstanceData& material, quint64 drawKey,
+              const std::vector<unsigned int>& faces) {
+    builder.createMaterialGroup(QString::fromLatin1(name), material, -1, drawKey);
+    builder.addFacesToMaterialGroup(QString::fromLatin1(name), faces.size(), faces.data(), QString());
+}
+
+template<typename T>
+void addAttribute(ModelBuilder& builder, const char* name, int components, unsigned int type, T first) {
+    std::vector<T> values(kVertices * static_cast<std::size_t>(components));
+    std::iota(values.begin(), values.end(), first);
+    std::vector<unsigned int> indices(kVertices);
+    std::iota(indices.begin(), indices.end(), 0U);
+    builder.createVertexAttribute(QString::fromLatin1(name), components, type, 0, 0);
+    builder.addValuesToVertexAttribute(QString::fromLatin1(name), values.size(), values.data(), type);
+    builder.addIndicesToVertexAttribute(QString::fromLatin1(name), kVertices, indices.data());
+}
+
+/// Four triangles over twelve vertices, in three commands of two drawables.
+DrawData mixedData() {
+    ModelBuilder builder({}, 0xF);
+    addAttribute(builder, "va_Vertex", 3, kFloat, -4.0F);
+    addAttribute(builder, "aa_Weight", 4, kUnsignedByte, static_cast<unsigned char>(100));
+    const unsigned int corners[] = {3, 3, 3, 3};
+    builder.addVertexCountsToFaces(4, corners);
+    addGroup(builder, "metal", metal(), 1, {0});
+    addGroup(builder, "paint", InstanceData(QStringLiteral("OBJMaterial")), 1, {1, 2});
+    addGroup(builder, "wire", InstanceData(), 2, {3});
+    return builder.prepare(QStringLiteral("va_Vertex"));
+}
+
+ModelSummary summaryOf(const DrawData& data) {
+    LoadedData loaded;
+    loaded.data = data;
+    loaded.report.bytesRead = 5000000;
+    loaded.report.triangles = 4;
+    loaded.seconds = 0.25;
+    return summarize(QStringLiteral("mixed.obj"), loaded);
+}
+
+TEST(ModelSummaryTest, AddsUpAllDrawables) {
+    const ModelSummary summary = summaryOf(mixedData());
     EXPECT_EQ(summary.file, "mixed.obj");
     EXPECT_EQ(summary.report.bytesRead, 5000000);
     EXPECT_EQ(summary.draws, 2);
-    EXPECT_EQ(summary.commands, 4);
-    // Indices, two attributes, four commands, two materials and an instance.
-    EXPECT_EQ(summary.gpuBytes, 24U + 144 + 48 + 4 * 20 + 2 * 64 + 128);
+    EXPECT_EQ(summary.commands, 3);
+    // Indices, two attributes, three commands, two materials with a plan and three instances.
+    EXPECT_EQ(summary.gpuBytes, 24U + 144 + 48 + 3 * 20 + 2 * 64 + 3 * 128);
     EXPECT_EQ(summary.notes, QStringList());
-    EXPECT_TRUE(summary.bounds.isValid);
 }
 
-TEST_F(ModelSummaryTest, AttributesAreSortedAndNamedOnce) {
-    const ModelSummary summary = summaryOf(Testing::mixedModel());
+TEST(ModelSummaryTest, BoundsAreThoseOfAllCommands) {
+    const DrawData::Box bounds = summaryOf(mixedData()).bounds;
+    EXPECT_TRUE(bounds.isValid);
+    EXPECT_EQ(bounds.minimum, QVector3D(-4, -3, -2));
+    EXPECT_EQ(bounds.maximum, QVector3D(29, 30, 31));
+}
+
+TEST(ModelSummaryTest, CacheIsThatOfAllTriangles) {
+    const auto cache = summaryOf(mixedData()).cache;
+    ASSERT_EQ(cache.has_value(), DrawData::canOptimise());
+    if (cache) {
+        EXPECT_EQ(cache->acmr, 3);
+        EXPECT_EQ(cache->atvr, 1);
+    }
+}
+
+TEST(ModelSummaryTest, AttributesAreSortedAndNamedOnce) {
+    const ModelSummary summary = summaryOf(mixedData());
     ASSERT_EQ(summary.attributes.size(), 2);
     EXPECT_EQ(summary.attributes[0].name, "aa_Weight");
     EXPECT_EQ(summary.attributes[0].components, 4);
@@ -45,9 +101,9 @@ TEST_F(ModelSummaryTest, AttributesAreSortedAndNamedOnce) {
     EXPECT_EQ(summary.attributes[1].type, "GL_FLOAT");
 }
 
-TEST_F(ModelSummaryTest, MaterialsAreThoseOfTheCommands) {
-    const ModelSummary summary = summaryOf(Testing::mixedModel());
-    ASSERT_EQ(summary.materials.size(), 4);
+TEST(ModelSummaryTest, MaterialsAreThoseOfTheCommands) {
+    const ModelSummary summary = summaryOf(mixedData());
+    ASSERT_EQ(summary.materials.size(), 3);
     EXPECT_EQ(summary.materials[0].name, "metal");
     EXPECT_EQ(summary.materials[0].triangles, 1U);
     ASSERT_EQ(summary.materials[0].textures.size(), 1);
@@ -57,14 +113,14 @@ TEST_F(ModelSummaryTest, MaterialsAreThoseOfTheCommands) {
     EXPECT_FALSE(summary.materials[0].textures[0].size.isValid());
     EXPECT_EQ(summary.materials[1].name, "paint");
     EXPECT_EQ(summary.materials[1].triangles, 2U);
-    EXPECT_TRUE(summary.materials[1].textures.isEmpty()) << "a texture without a file";
-    EXPECT_EQ(summary.materials[2].triangles, 0U);
-    EXPECT_TRUE(summary.materials[2].textures.isEmpty()) << "a command without a material";
-    EXPECT_TRUE(summary.materials[3].name.isEmpty());
+    EXPECT_TRUE(summary.materials[1].textures.isEmpty());
+    EXPECT_EQ(summary.materials[2].name, "wire");
+    EXPECT_EQ(summary.materials[2].triangles, 1U);
+    EXPECT_TRUE(summary.materials[2].textures.isEmpty());
 }
 
-TEST_F(ModelSummaryTest, EmptyModelHasNothingToSumUp) {
-    const ModelSummary summary = summaryOf(std::make_unique<GPUModel>());
+TEST(ModelSummaryTest, EmptyModelHasNothingToSumUp) {
+    const ModelSummary summary = summaryOf(DrawData());
     EXPECT_EQ(summary.draws, 0);
     EXPECT_EQ(summary.commands, 0);
     EXPECT_EQ(summary.gpuBytes, 0U);
@@ -72,8 +128,8 @@ TEST_F(ModelSummaryTest, EmptyModelHasNothingToSumUp) {
     EXPECT_FALSE(summary.bounds.isValid);
 }
 
-TEST_F(ModelSummaryTest, SpeedIsTenToTheSixthBytesPerSecond) {
-    ModelSummary summary = summaryOf(std::make_unique<GPUModel>());
+TEST(ModelSummaryTest, SpeedIsTenToTheSixthBytesPerSecond) {
+    ModelSummary summary = summaryOf(DrawData());
     EXPECT_DOUBLE_EQ(summary.megabytesPerSecond(), 20);
     summary.seconds = 0;
     EXPECT_EQ(summary.megabytesPerSecond(), 0);

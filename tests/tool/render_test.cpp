@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <velmodel/drawdata.h>
+
 #include "picturecomparison.h"
 #include "program.h"
 #include "support/messagelog.h"
@@ -92,6 +94,14 @@ TEST(RenderTest, ComparisonTellsModelsApart) {
     EXPECT_FALSE(lookTheSame(
         difference(rendered(samplePath("gear"), {"--resolution", "160,120", "--camera-azimuth", "33"}),
                    stored("gear"))));
+}
+
+TEST(RenderTest, OptimisedModelLooksTheSame) {
+    if (!DrawData::canOptimise())
+        GTEST_SKIP() << "this build cannot optimise";
+    for (const char* sample : {"gear", "vase"})
+        expectTheSame(rendered(samplePath(sample), {"--resolution", "160,120", "--optimise"}),
+                      rendered(samplePath(sample)));
 }
 
 TEST(RenderTest, FileAndStandardOutputAreTheSamePicture) {

@@ -38,6 +38,7 @@ ModelSummary fullSummary() {
          {{"map_Kd", "/maps/oak.png", "found", {64, 32}}, {"map_Ks", "/maps/\tgone.png", "missing", {}}}}};
     summary.bounds = {{-1, -2, -3.5F}, {1, 2, 1e6F}, true};
     summary.gpuBytes = 4096;
+    summary.cache = DrawData::VertexCacheStatistics{0.75F, 1.125F};
     summary.notes = QStringList{"One thing.", "Another."};
     return summary;
 }
@@ -51,6 +52,8 @@ TEST(SummaryOutputTest, TextHasARowForEachFact) {
                                           "  attributes   va_Normal (3 x GL_FLOAT), va\\x09 (2 x GL_SHORT)\n"
                                           "  bounds       -1 -2 -3.5 to 1 2 1e+06\n"
                                           "  on the GPU   4096 bytes\n"
+                                          "  ACMR         0.750 vertices transformed per triangle\n"
+                                          "  ATVR         1.125 transformations per vertex\n"
                                           "  loaded in    125.00 ms (24.0 MB/s)\n"
                                           "  materials\n"
                                           "    steel: 1 triangle\n"
@@ -102,10 +105,21 @@ TEST(SummaryOutputTest, JsonHasAKeyForEachFact) {
                            {"bounds", QJsonObject{{"minimum", QJsonArray{-1, -2, -3.5}},
                                                   {"maximum", QJsonArray{1, 2, 1e6}}}},
                            {"gpuBytes", 4096},
+                           {"acmr", 0.75},
+                           {"atvr", 1.125},
                            {"bytesRead", 3000000},
                            {"seconds", 0.125},
                            {"megabytesPerSecond", 24},
                            {"notes", QJsonArray{"One thing.", "Another."}}}));
+}
+
+TEST(SummaryOutputTest, CacheThatIsNotKnownIsLeftOut) {
+    ModelSummary summary = fullSummary();
+    summary.cache.reset();
+    EXPECT_FALSE(summaryText(summary).contains("ACMR"));
+    EXPECT_FALSE(summaryText(summary).contains("ATVR"));
+    EXPECT_FALSE(summaryJson(summary).contains("acmr"));
+    EXPECT_FALSE(summaryJson(summary).contains("atvr"));
 }
 
 TEST(SummaryOutputTest, JsonOfABoxThatIsNoneIsNull) {

@@ -159,7 +159,7 @@ TEST(UsageTest, WithoutAnyOpenGLTheExitCodeIsThree) {
     ProgramSurroundings surroundings;
     surroundings.environment.insert("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent");
     for (const QStringList& arguments :
-         {QStringList{"info", samplePath("gear")}, QStringList{"dump", samplePath("gear")},
+         {QStringList{"dump", samplePath("gear")},
           QStringList{"render", samplePath("gear"), "-o", "/nonexistent/never.png"}}) {
         const ProgramResult result = runProgram(arguments, surroundings);
         EXPECT_EQ(result.exitCode, 3);

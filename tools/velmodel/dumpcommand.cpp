@@ -24,7 +24,7 @@ ExitCode runDump(const QStringList& arguments) {
     const QCommandLineOption noData(QStringLiteral("no-data"),
                                     QStringLiteral("Leave out the contents of the buffers."));
     parser.options().addOption(noData);
-    addLoadOptions(parser.options());
+    addLoadFlags(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ file."));
     if (const auto exitCode = parser.parse(arguments))
         return *exitCode;
@@ -32,7 +32,7 @@ ExitCode runDump(const QStringList& arguments) {
     if (files.size() != 1)
         return parser.wrongUsage(QStringLiteral("One file is needed; %1 are given.").arg(files.size()));
 
-    ModelSession session(readLoadOptions(parser.options()));
+    ModelSession session(readLoadFlags(parser.options()));
     if (!session.open())
         return ExitCode::NoOpenGL;
     const LoadedModel loaded = session.load(files.first());

@@ -13,13 +13,11 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-QVector<ModelSummary> summarizeAll(const ModelSession& session, const QStringList& files) {
+QVector<ModelSummary> summarizeAll(const QStringList& files, const LoadFlags& flags) {
     QVector<ModelSummary> summaries;
-    for (const QString& file : files) {
-        const LoadedModel loaded = session.load(file);
-        if (loaded.model)
-            summaries.append(summarize(file, loaded));
-    }
+    for (const QString& file : files)
+        if (const std::optional<LoadedData> loaded = loadData(file, flags))
+            summaries.append(summarize(file, *loaded));
     return summaries;
 }
 
@@ -44,7 +42,7 @@ ExitCode runInfo(const QStringList& arguments) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Print a JSON array with one object per model."));
     parser.options().addOption(json);
-    addLoadOptions(parser.options());
+    addLoadFlags(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ files."),
                                            QStringLiteral("file..."));
     if (const auto exitCode = parser.parse(arguments))
@@ -53,10 +51,7 @@ ExitCode runInfo(const QStringList& arguments) {
     if (files.isEmpty())
         return parser.wrongUsage(QStringLiteral("A file is missing."));
 
-    ModelSession session(readLoadOptions(parser.options()));
-    if (!session.open())
-        return ExitCode::NoOpenGL;
-    const QVector<ModelSummary> summaries = summarizeAll(session, files);
+    const QVector<ModelSummary> summaries = summarizeAll(files, readLoadFlags(parser.options()));
     const QString failure =
         writeToStandardOutput(parser.options().isSet(json) ? asJson(summaries) : asText(summaries));
     if (!failure.isNull()) {

@@ -8,18 +8,26 @@ QString confined() {
     return QStringLiteral("confined");
 }
 
-} // namespace
-
-void addLoadOptions(QCommandLineParser& parser) {
-    parser.addOption(
-        {confined(), QStringLiteral("Read no libraries and textures from outside of the model's folder.")});
+QString optimise() {
+    return QStringLiteral("optimise");
 }
 
-LoadOptions readLoadOptions(const QCommandLineParser& parser) {
-    LoadOptions options;
+} // namespace
+
+void addLoadFlags(QCommandLineParser& parser) {
+    parser.addOption(
+        {confined(), QStringLiteral("Read no libraries and textures from outside of the model's folder.")});
+    if (DrawData::canOptimise())
+        parser.addOption(
+            {optimise(), QStringLiteral("Reorder triangles and vertices for the GPU's caches.")});
+}
+
+LoadFlags readLoadFlags(const QCommandLineParser& parser) {
+    LoadFlags flags;
     if (parser.isSet(confined()))
-        options.files = LoadOptions::Files::InOwnFolder;
-    return options;
+        flags.options.files = LoadOptions::Files::InOwnFolder;
+    flags.isOptimised = DrawData::canOptimise() && parser.isSet(optimise());
+    return flags;
 }
 
 } // namespace Atelier::Vel::Tool

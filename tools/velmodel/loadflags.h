@@ -6,10 +6,16 @@
 
 namespace Atelier::Vel::Tool {
 
-/// Declares the options of the commands that load models.
-void addLoadOptions(QCommandLineParser& parser);
+/// How the commands load models.
+struct LoadFlags {
+    LoadOptions options;
+    bool isOptimised = false; ///< whether triangles and vertices are reordered
+};
+
+/// Declares the options of the commands that load models. --optimise is only there if this build can do it.
+void addLoadFlags(QCommandLineParser& parser);
 
 /// Reads them.
-LoadOptions readLoadOptions(const QCommandLineParser& parser);
+LoadFlags readLoadFlags(const QCommandLineParser& parser);
 
 } // namespace Atelier::Vel::Tool

@@ -1,5 +1,7 @@
 #include "modelsession.h"
 
+#include <utility>
+
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFileInfo>
 
@@ -39,7 +41,48 @@ QString errorLine(const QString& path, const QString& error, const ModelFiles& f
     return QStringLiteral("%1: %2: %3").arg(path, error, reasonForFailure(file, files));
 }
 
+LoadProgress shownBy(ProgressBar& bar) {
+    return [&bar](const LoadStep& step) {
+        bar.show(step);
+        return true;
+    };
+}
+
+/// Calls `load` with a progress function and the place of its error, and fills `facts` but for the report.
+/// Returns: whether there was no error; it was reported.
+template<typename Load>
+bool loadFile(const QString& path, const LoadOptions& options, LoadFacts& facts, const Load& load) {
+    QString error;
+    QElapsedTimer timer;
+    timer.start();
+    {
+        ProgressBar bar(path, QFileInfo(path).size());
+        load(error, shownBy(bar));
+    }
+    facts.seconds = double(timer.nsecsElapsed()) * 1e-9;
+    if (options.files == LoadOptions::Files::InOwnFolder)
+        facts.files = ModelFiles(QFileInfo(path).path());
+    if (error.isNull())
+        return true;
+    reportError(errorLine(path, error, facts.files));
+    return false;
+}
+
 } // namespace
+
+std::optional<LoadedData> loadData(const QString& path, const LoadFlags& flags) {
+    LoadedData loaded;
+    const auto load = [&](QString& error, const LoadProgress& progress) {
+        loaded.data = readDrawDataFromOBJFile(path, error, progress, &loaded.report, flags.options);
+    };
+    if (!loadFile(path, flags.options, loaded, load))
+        return std::nullopt;
+    if (flags.isOptimised) {
+        ProgressBar bar(path, QFileInfo(path).size());
+        loaded.data = loaded.data.optimised(shownBy(bar));
+    }
+    return loaded;
+}
 
 ModelSession::~ModelSession() {
     if (_context)
@@ -60,23 +103,28 @@ bool ModelSession::open() {
 }
 
 LoadedModel ModelSession::load(const QString& path) const {
+    return _flags.isOptimised ? loadOptimised(path) : loadAsItIs(path);
+}
+
+LoadedModel ModelSession::loadAsItIs(const QString& path) const {
     LoadedModel loaded;
-    QString error;
+    loadFile(path, _flags.options, loaded, [&](QString& error, const LoadProgress& progress) {
+        loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report, _flags.options));
+    });
+    return loaded;
+}
+
+LoadedModel ModelSession::loadOptimised(const QString& path) const {
+    LoadedModel loaded;
+    std::optional<LoadedData> read = loadData(path, _flags);
+    if (!read)
+        return loaded;
+    static_cast<LoadFacts&>(loaded) = *read;
+    loaded.model = std::make_unique<GPUModel>();
     QElapsedTimer timer;
     timer.start();
-    {
-        ProgressBar bar(path, QFileInfo(path).size());
-        const LoadProgress progress = [&bar](const LoadStep& step) {
-            bar.show(step);
-            return true;
-        };
-        loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report, _options));
-    }
-    if (_options.files == LoadOptions::Files::InOwnFolder)
-        loaded.files = ModelFiles(QFileInfo(path).path());
-    loaded.seconds = double(timer.nsecsElapsed()) * 1e-9;
-    if (!loaded.model)
-        reportError(errorLine(path, error, loaded.files));
+    upload(std::move(read->data), *loaded.model, {makeIdentityInstance()});
+    loaded.seconds += double(timer.nsecsElapsed()) * 1e-9;
     return loaded;
 }
 

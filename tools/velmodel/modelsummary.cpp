@@ -4,10 +4,7 @@
 
 #include <QtCore/QFileInfo>
 
-#include <velgl/bufferobject.h>
-#include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
-#include <velgl/vertexarrayobject.h>
 #include <velmodel/textureloader.h>
 
 #include "glnames.h"
@@ -33,32 +30,46 @@ QVector<ModelSummary::TextureFile> textureFiles(const InstanceData& material, co
     return result;
 }
 
-void addDrawable(ModelSummary& summary, const LoadedModel& loaded, int index) {
-    const GPUModel& model = *loaded.model;
-    const auto commands = model.drawable(index)->drawElementsIndirectCommands();
-    InstanceDataCollection* materials = model.materials(index);
-    summary.commands += commands.size();
-    for (int number = 0; number < commands.size(); ++number) {
-        ModelSummary::Material material{model.materialName(index, number), commands[number].count / 3, {}};
-        if (materials != nullptr && number < materials->items().size())
-            material.textures = textureFiles(materials->items()[number], loaded.files);
-        summary.materials.append(material);
-    }
-    summary.gpuBytes += quint64(commands.size()) * sizeof(DrawElementsIndirectCommand);
-    for (InstanceDataCollection* collection : {materials, model.instances(index)})
-        if (collection != nullptr)
-            summary.gpuBytes += quint64(collection->packed().size());
+/// The bytes that an item takes in the storage buffer of its collection.
+quint64 packedBytes(const InstanceData& item) {
+    return quint64(InstanceDataCollection(item.name(), {item}).packed().size());
 }
 
-// All drawables of a model share their buffers.
-void addBuffers(ModelSummary& summary, const DrawBuffers& buffers) {
-    summary.gpuBytes += buffers.indexBuffer()->byteCount();
-    for (const VertexArrayObject::Stream& stream : buffers.VAO()->streams()) {
-        summary.attributes.append({stream.name, stream.components, glTypeName(stream.type)});
-        summary.gpuBytes += stream.buffer->byteCount();
+void include(DrawData::Box& bounds, const DrawData::Box& box) {
+    if (!box.isValid)
+        return;
+    if (!bounds.isValid)
+        bounds = box;
+    for (int axis = 0; axis < 3; ++axis) {
+        bounds.minimum[axis] = std::min(bounds.minimum[axis], box.minimum[axis]);
+        bounds.maximum[axis] = std::max(bounds.maximum[axis], box.maximum[axis]);
     }
-    std::sort(summary.attributes.begin(), summary.attributes.end(),
-              [](const auto& a, const auto& b) { return a.name < b.name; });
+}
+
+void addDrawable(ModelSummary& summary, const LoadedData& loaded, int drawable) {
+    const int commands = loaded.data.commandCount(drawable);
+    summary.commands += commands;
+    for (int command = 0; command < commands; ++command) {
+        const DrawData::Group group = loaded.data.group(drawable, command);
+        summary.materials.append({group.name, loaded.data.command(drawable, command).count / 3,
+                                  textureFiles(group.material, loaded.files)});
+        include(summary.bounds, loaded.data.commandBox(drawable, command));
+    }
+    // The materials of a drawable are packed alike, as the first one is.
+    if (commands > 0)
+        summary.gpuBytes += quint64(commands) * (sizeof(DrawElementsIndirectCommand) +
+                                                 packedBytes(loaded.data.group(drawable, 0).material) +
+                                                 packedBytes(makeIdentityInstance()));
+}
+
+/// The buffers that all drawables share.
+void addBuffers(ModelSummary& summary, const DrawData& data) {
+    const bool hasShortIndices = data.vertexCount() < 0xFFFF; // as an upload does it
+    summary.gpuBytes += data.indices().count * (hasShortIndices ? sizeof(quint16) : sizeof(quint32));
+    for (const DrawData::Attribute& attribute : data.attributes()) {
+        summary.attributes.append({attribute.name, attribute.components, glTypeName(attribute.type)});
+        summary.gpuBytes += attribute.bytes;
+    }
 }
 
 void note(QStringList& notes, quint64 count, const char* one, const char* many) {
@@ -89,17 +100,18 @@ double ModelSummary::megabytesPerSecond() const {
     return seconds > 0 ? double(report.bytesRead) / seconds * 1e-6 : 0;
 }
 
-ModelSummary summarize(const QString& file, const LoadedModel& loaded) {
+ModelSummary summarize(const QString& file, const LoadedData& loaded) {
     ModelSummary summary;
     summary.file = file;
     summary.report = loaded.report;
     summary.seconds = loaded.seconds;
-    summary.draws = loaded.model->drawableCount();
-    for (int index = 0; index < summary.draws; ++index)
-        addDrawable(summary, loaded, index);
+    summary.draws = loaded.data.drawableCount();
+    for (int drawable = 0; drawable < summary.draws; ++drawable)
+        addDrawable(summary, loaded, drawable);
     if (summary.draws > 0)
-        addBuffers(summary, *loaded.model->drawable(0));
-    summary.bounds = loaded.model->bounds();
+        addBuffers(summary, loaded.data);
+    if (DrawData::canOptimise())
+        summary.cache = loaded.data.vertexCacheStatistics();
     summary.notes = notesOn(loaded.report);
     return summary;
 }

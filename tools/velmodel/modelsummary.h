@@ -1,12 +1,14 @@
 #pragma once
 
+#include <optional>
+
 #include <QtCore/QJsonObject>
 #include <QtCore/QSize>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
-#include <velgl/gpumodel.h>
+#include <velmodel/drawdata.h>
 
 #include "modelsession.h"
 
@@ -38,15 +40,16 @@ struct ModelSummary {
     int commands = 0;
     QVector<Attribute> attributes; ///< sorted by name
     QVector<Material> materials;   ///< in the order of the commands
-    GPUModel::Bounds bounds;
-    quint64 gpuBytes = 0; ///< buffers, commands and instance data; no textures
-    QStringList notes;    ///< what a user should know, in sentences
+    DrawData::Box bounds;
+    quint64 gpuBytes = 0; ///< of an upload: buffers, commands and instance data; no textures
+    std::optional<DrawData::VertexCacheStatistics> cache; ///< if this build has them
+    QStringList notes;                                    ///< what a user should know, in sentences
 
     /// 10^6 bytes of OBJ text per second.
     double megabytesPerSecond() const;
 };
 
-ModelSummary summarize(const QString& file, const LoadedModel& loaded);
+ModelSummary summarize(const QString& file, const LoadedData& loaded);
 
 QString summaryText(const ModelSummary& summary);
 QJsonObject summaryJson(const ModelSummary& summary);

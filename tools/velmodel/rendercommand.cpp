@@ -100,7 +100,7 @@ ExitCode renderAll(const RenderOptions& options, GPUModel& model) {
 ExitCode runRender(const QStringList& arguments) {
     CommandParser parser(QStringLiteral("render"), QStringLiteral("Draws a picture of a model."));
     addRenderOptions(parser.options());
-    addLoadOptions(parser.options());
+    addLoadFlags(parser.options());
     parser.options().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The OBJ file."));
     if (const auto exitCode = parser.parse(arguments))
         return *exitCode;
@@ -109,7 +109,7 @@ ExitCode runRender(const QStringList& arguments) {
     if (!options)
         return parser.wrongUsage(error);
 
-    ModelSession session(readLoadOptions(parser.options()));
+    ModelSession session(readLoadFlags(parser.options()));
     if (!session.open())
         return ExitCode::NoOpenGL;
     const LoadedModel loaded = session.load(options->file);

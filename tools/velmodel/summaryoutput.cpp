@@ -21,7 +21,7 @@ QString numbers(const QVector3D& v) {
     return QStringLiteral("%1 %2 %3").arg(double(v.x())).arg(double(v.y())).arg(double(v.z()));
 }
 
-QString boundsText(const GPUModel::Bounds& bounds) {
+QString boundsText(const DrawData::Box& bounds) {
     return bounds.isValid ? QStringLiteral("%1 to %2").arg(numbers(bounds.minimum), numbers(bounds.maximum))
                           : QStringLiteral("none");
 }
@@ -42,6 +42,12 @@ QString textureText(const ModelSummary::TextureFile& texture) {
     return QStringLiteral("      %1 %2 (%3)\n").arg(texture.map, -7).arg(onOneLine(texture.path), state);
 }
 
+QString cacheText(const DrawData::VertexCacheStatistics& cache) {
+    return row("ACMR",
+               QStringLiteral("%1 vertices transformed per triangle").arg(double(cache.acmr), 0, 'f', 3)) +
+           row("ATVR", QStringLiteral("%1 transformations per vertex").arg(double(cache.atvr), 0, 'f', 3));
+}
+
 QString materialsText(const ModelSummary& summary) {
     QString text = QStringLiteral("  materials\n");
     for (const ModelSummary::Material& material : summary.materials) {
@@ -53,7 +59,7 @@ QString materialsText(const ModelSummary& summary) {
     return summary.materials.isEmpty() ? QString() : text;
 }
 
-QJsonValue boundsJson(const GPUModel::Bounds& bounds) {
+QJsonValue boundsJson(const DrawData::Box& bounds) {
     if (!bounds.isValid)
         return {};
     const auto array = [](const QVector3D& v) {
@@ -111,6 +117,8 @@ QString summaryText(const ModelSummary& summary) {
     text += row("attributes", attributesText(summary));
     text += row("bounds", boundsText(summary.bounds));
     text += row("on the GPU", QStringLiteral("%1 bytes").arg(summary.gpuBytes));
+    if (summary.cache)
+        text += cacheText(*summary.cache);
     text += row("loaded in", QStringLiteral("%1 ms (%2 MB/s)")
                                  .arg(summary.seconds * 1e3, 0, 'f', 2)
                                  .arg(summary.megabytesPerSecond(), 0, 'f', 1));
@@ -122,25 +130,30 @@ QString summaryText(const ModelSummary& summary) {
 
 QJsonObject summaryJson(const ModelSummary& summary) {
     const LoadReport& report = summary.report;
-    return {{QStringLiteral("file"), summary.file},
-            {QStringLiteral("corners"), qint64(report.corners)},
-            {QStringLiteral("vertices"), qint64(report.vertices)},
-            {QStringLiteral("faces"), qint64(report.faces)},
-            {QStringLiteral("triangles"), qint64(report.triangles)},
-            {QStringLiteral("draws"), summary.draws},
-            {QStringLiteral("commands"), summary.commands},
-            {QStringLiteral("attributes"), attributesJson(summary)},
-            {QStringLiteral("materials"), materialsJson(summary)},
-            {QStringLiteral("bounds"), boundsJson(summary.bounds)},
-            {QStringLiteral("gpuBytes"), qint64(summary.gpuBytes)},
-            {QStringLiteral("bytesRead"), report.bytesRead},
-            {QStringLiteral("seconds"), summary.seconds},
-            {QStringLiteral("megabytesPerSecond"), summary.megabytesPerSecond()},
-            {QStringLiteral("droppedFaces"), qint64(report.droppedFaces)},
-            {QStringLiteral("facesWithoutGroup"), qint64(report.facesWithoutGroup)},
-            {QStringLiteral("untriangulatedFaces"), qint64(report.untriangulatedFaces)},
-            {QStringLiteral("substitutedCorners"), qint64(report.substitutedCorners)},
-            {QStringLiteral("notes"), QJsonArray::fromStringList(summary.notes)}};
+    QJsonObject result{{QStringLiteral("file"), summary.file},
+                       {QStringLiteral("corners"), qint64(report.corners)},
+                       {QStringLiteral("vertices"), qint64(report.vertices)},
+                       {QStringLiteral("faces"), qint64(report.faces)},
+                       {QStringLiteral("triangles"), qint64(report.triangles)},
+                       {QStringLiteral("draws"), summary.draws},
+                       {QStringLiteral("commands"), summary.commands},
+                       {QStringLiteral("attributes"), attributesJson(summary)},
+                       {QStringLiteral("materials"), materialsJson(summary)},
+                       {QStringLiteral("bounds"), boundsJson(summary.bounds)},
+                       {QStringLiteral("gpuBytes"), qint64(summary.gpuBytes)},
+                       {QStringLiteral("bytesRead"), report.bytesRead},
+                       {QStringLiteral("seconds"), summary.seconds},
+                       {QStringLiteral("megabytesPerSecond"), summary.megabytesPerSecond()},
+                       {QStringLiteral("droppedFaces"), qint64(report.droppedFaces)},
+                       {QStringLiteral("facesWithoutGroup"), qint64(report.facesWithoutGroup)},
+                       {QStringLiteral("untriangulatedFaces"), qint64(report.untriangulatedFaces)},
+                       {QStringLiteral("substitutedCorners"), qint64(report.substitutedCorners)},
+                       {QStringLiteral("notes"), QJsonArray::fromStringList(summary.notes)}};
+    if (summary.cache) {
+        result.insert(QStringLiteral("acmr"), double(summary.cache->acmr));
+        result.insert(QStringLiteral("atvr"), double(summary.cache->atvr));
+    }
+    return result;
 }
 
 } // namespace Atelier::Vel::Tool
