@@ -8,6 +8,7 @@
 
 #include <velgl/drawelementsindirectcommand.h>
 #include <velgl/instancedata.h>
+#include <velmodel/loadprogress.h>
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
@@ -105,15 +106,16 @@ public:
     /// Commands, their ranges, the winding of triangles and the vertices that no triangle uses are kept; the
     /// latter go behind the others. Draw data is taken as a list of triangles, whatever it is drawn as.
     /// The order is the same on every run, but may differ between versions of meshoptimizer.
-    /// Returns:  this draw data, shared, if canOptimise() is false, if the positions are not floats with at
-    ///           least three components, if an index is out of range, or, after a warning, if the allocator
-    ///           of the streams has no new ones. A command keeps its order if one of its positions is not
-    ///           finite, if its range overlaps another one or exceeds the indices, or if its count is not
-    ///           divisible by three.
+    /// `progress` is called before the first command and after each one.
+    /// Returns:  null draw data if `progress` cancels; this draw data, shared, if canOptimise() is false, if
+    ///           the positions are not floats with at least three components, if an index is out of range,
+    ///           or, after a warning, if the allocator of the streams has no new ones. A command keeps its
+    ///           order if one of its positions is not finite, if its range overlaps another one or exceeds
+    ///           the indices, or if its count is not divisible by three.
     /// Requires: the allocator may be called on this thread. Throws std::bad_alloc when memory runs out.
     /// Cost:     0.5 to 2 µs for each triangle; new streams, and 20 to 50 bytes of working memory for each
     ///           index of the largest command.
-    DrawData optimised() const;
+    DrawData optimised(const LoadProgress& progress = {}) const;
 
     /// Of all triangles, in their order. Zeros without triangles, with an index out of range, and if
     /// canOptimise() is false. Cost: linear in the indices and vertices.

@@ -614,6 +614,23 @@ TEST(OptimiseTest, ExceptionOfTheMeterCancels) {
     EXPECT_EQ(everything(DrawDataAccess::make(content)), before);
 }
 
+TEST(OptimiseTest, ProgressIsReportedAfterEachCommandAndCancels) {
+    const DrawData data = dataOf(randomMesh(5));
+    std::vector<qint64> done;
+    ASSERT_FALSE(data.optimised([&done, &data](const LoadStep& step) {
+                         EXPECT_EQ(step.phase, LoadPhase::Optimising);
+                         EXPECT_EQ(step.total, static_cast<qint64>(data.indices().count));
+                         done.push_back(step.done);
+                         return true;
+                     })
+                     .isNull());
+    ASSERT_GT(done.size(), 2U);
+    EXPECT_EQ(done.front(), 0);
+    EXPECT_TRUE(std::is_sorted(done.begin(), done.end()));
+    for (const qint64 last : done)
+        EXPECT_TRUE(data.optimised([last](const LoadStep& step) { return step.done < last; }).isNull());
+}
+
 TEST(OptimiseTest, SeveralThreadsGetTheSame) {
     const DrawData data = dataOf(shuffledSpheres(48, 3));
     const QByteArray expected = everything(data.optimised());

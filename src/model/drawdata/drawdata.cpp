@@ -7,12 +7,12 @@
 
 #include "drawdata/drawdatacontent.h"
 #include "drawdata/optimise.h"
+#include "drawdata/progressmeter.h"
+#include "glconstants.h"
 
 namespace Atelier::Vel {
 
 namespace {
-
-constexpr unsigned int kFloat = 0x1406; // GL_FLOAT
 
 void include(DrawData::Box& box, const QVector3D& point) {
     for (int i = 0; i < 3; ++i)
@@ -105,7 +105,7 @@ DrawData::Box DrawData::commandBox(int drawable, int command) const {
     const DrawDataContent::Stream& position =
         _content->attributes[static_cast<std::size_t>(_content->position)];
     Box box;
-    if (position.values->type() != kFloat || position.components < 3)
+    if (position.values->type() != kGlFloat || position.components < 3)
         return box;
     const quint64 stride = static_cast<quint64>(position.components) * sizeof(float);
     const WordView& words = _content->indexWords;
@@ -126,9 +126,18 @@ bool DrawData::canOptimise() {
     return Vel::canOptimise();
 }
 
-DrawData DrawData::optimised() const {
-    std::shared_ptr<DrawDataContent> content = isNull() ? nullptr : optimisedContent(*_content, {});
-    return content == nullptr ? *this : DrawData(std::move(content));
+DrawData DrawData::optimised(const LoadProgress& progress) const {
+    if (isNull())
+        return {};
+    try {
+        const auto indexCount = static_cast<qint64>(_content->indexWords.count);
+        ProgressMeter meter(progress);
+        meter.begin(LoadPhase::Optimising, indexCount);
+        std::shared_ptr<DrawDataContent> content = optimisedContent(*_content, meter.meter(indexCount));
+        return content == nullptr ? *this : DrawData(std::move(content));
+    } catch (const Cancelled&) {
+        return {};
+    }
 }
 
 DrawData::VertexCacheStatistics DrawData::vertexCacheStatistics() const {

@@ -9,6 +9,7 @@
 #include "diagnostics.h"
 #include "drawdata/drawdatacontent.h"
 #include "drawdata/meshorder.h"
+#include "glconstants.h"
 #include "streams/streamrequest.h"
 #include "streams/streamview.h"
 
@@ -18,7 +19,6 @@ namespace {
 
 using Stream = DrawDataContent::Stream;
 
-constexpr unsigned int kFloat = 0x1406; // GL_FLOAT
 constexpr quint64 kCornersPerTriangle = 3;
 
 // Vertex numbers have 32 bits, and the largest one marks vertices without a number.
@@ -34,7 +34,7 @@ bool hasFloatPositions(const DrawDataContent& content) {
     if (content.position < 0)
         return false;
     const Stream& position = content.attributes[static_cast<std::size_t>(content.position)];
-    return position.values->type() == kFloat && position.components >= 3;
+    return position.values->type() == kGlFloat && position.components >= 3;
 }
 
 bool hasWholeStreams(const DrawDataContent& content) {

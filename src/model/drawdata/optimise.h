@@ -4,7 +4,7 @@
 
 #include <velmodel/drawdata.h>
 
-#include "geometry/polygontriangulator.h"
+#include "geometry/workmeter.h"
 
 namespace Atelier::Vel {
 
