@@ -376,6 +376,16 @@ TEST(OptimiseTest, OrderDoesNotDependOnTheSizeOfTheMesh) {
     }
 }
 
+TEST(OptimiseTest, OrderDoesNotDependOnThePlaceOfTheMesh) {
+    Mesh mesh = shuffledSpheres(32, 3);
+    for (float& coordinate : mesh.points) // few bits, so that a shift rounds nothing
+        coordinate = std::round(coordinate * 1024) / 1024;
+    const std::vector<quint32> expected = indicesOf(dataOf(mesh).optimised());
+    for (float& coordinate : mesh.points)
+        coordinate += 8192;
+    EXPECT_EQ(indicesOf(dataOf(mesh).optimised()), expected);
+}
+
 TEST(OptimiseTest, PointsAtOnePlaceAreNoTrouble) {
     Mesh mesh = shuffledGrid(8);
     std::fill(mesh.points.begin(), mesh.points.end(), 5.0F);
