@@ -49,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.write(data, size);
     ModelBuilder builder;
     ModelBuilder expected;
-    Fuzzing::require(MaterialLibraries(ModelFiles(), ModelBuilderAccess(builder).mesh().groups).load(path), "a library that is a file loads");
+    Fuzzing::require(MaterialLibraries(ModelFiles(), ModelBuilderAccess(builder).mesh().groups).load(path),
+                     "a library that is a file loads");
     Fuzzing::require(Testing::literalLoadMaterialLibrary(path, expected), "it loads literally, too");
     Fuzzing::require(isSame(ModelBuilderAccess(builder).groups(), ModelBuilderAccess(expected).groups()),
                      "groups are those of the literal reader");

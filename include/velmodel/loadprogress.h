@@ -18,12 +18,12 @@ enum class LoadPhase {
 /// How far a load is.
 struct LoadStep {
     LoadPhase phase = LoadPhase::Reading;
-    qint64 done = 0; ///< of `total`; never decreases within a phase, and may end below `total`
+    qint64 done = 0;  ///< of `total`; never decreases within a phase, and may end below `total`
     qint64 total = 0; ///< not 0 when the progress function is called
 };
 
-/// Called at the beginning of each phase and up to some hundred times in it, on the thread that does the work. Returns: false to cancel.
-/// An exception from it cancels, too, and reaches the caller of the work.
+/// Called at the beginning of each phase and up to some hundred times in it, on the thread that does the
+/// work. Returns: false to cancel. An exception from it cancels, too, and reaches the caller of the work.
 using LoadProgress = std::function<bool(const LoadStep& step)>;
 
 } // namespace Atelier::Vel

@@ -80,6 +80,14 @@ TEST_P(MeshTest, CornersOfFacesThatAreNotAlikeAreCounted) {
     EXPECT_THAT(elements<quint32>(mesh.faces.listed()), ElementsAre(3, 3, 3, 3, 4, 0));
 }
 
+TEST_P(MeshTest, FacesWithoutCornersAreListed) {
+    const unsigned int none[] = {0, 0};
+    mesh.faces.add(2, none);
+    EXPECT_FALSE(mesh.faces.isEmpty());
+    EXPECT_EQ(mesh.cornerCount(), 0U);
+    EXPECT_THAT(elements<quint32>(mesh.faces.listed()), ElementsAre(0, 0));
+}
+
 TEST_P(MeshTest, MeshWithoutIndicesIsNotComplete) {
     const unsigned int corners = 3;
     mesh.groups.create(kGroup, InstanceData(), -1, 0);
@@ -120,6 +128,14 @@ TEST_P(ConsumedMeshTest, MergedCornersAreListedWhenAnAttributeComesLater) {
     addCorners({3}, {1});
     EXPECT_EQ(mesh.attributes.mergedCorners(), nullptr);
     EXPECT_THAT(listed(kPosition), ElementsAre(0, 1, 0, 3));
+}
+
+TEST_P(ConsumedMeshTest, ClearedMeshHasNoMergedCorners) {
+    addCorners({0, 1, 2}, {0, 1, 2});
+    ASSERT_NE(mesh.attributes.mergedCorners(), nullptr);
+    mesh.clear();
+    EXPECT_EQ(mesh.attributes.mergedCorners(), nullptr);
+    EXPECT_EQ(mesh.cornerCount(), 0U);
 }
 
 TEST_P(ConsumedMeshTest, ClearedMeshMergesAndCountsAsANewOne) {

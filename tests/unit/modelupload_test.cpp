@@ -360,8 +360,7 @@ TEST_F(ModelUploadTest, NormalsGetAnAttributeOfTheirOwn) {
     ASSERT_TRUE(builder->hasVertexAttribute(kNormal));
     const auto& record = access().attribute("normal");
     EXPECT_EQ(record.components, 3);
-    EXPECT_EQ(record.streams[kGPUIndices],
-              access().attribute("position").streams[kGPUIndices]);
+    EXPECT_EQ(record.streams[kGPUIndices], access().attribute("position").streams[kGPUIndices]);
     EXPECT_TRUE(record.streams[kValues].isNull());
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1));
     const float value = 1;
@@ -378,8 +377,7 @@ TEST_F(ModelUploadTest, NormalsReplaceThoseOfADeclaredAttribute) {
     builder->generateNormals(kNormal);
     upload();
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1));
-    EXPECT_THAT(elements<float>(access().attribute("normal").streams[kValues]),
-                ElementsAre(7, 8, 9));
+    EXPECT_THAT(elements<float>(access().attribute("normal").streams[kValues]), ElementsAre(7, 8, 9));
 }
 
 TEST_F(ModelUploadTest, NormalsMayReplaceThePositions) {
@@ -491,8 +489,7 @@ TEST_F(ModelUploadTest, ShortIndexStreamsOfManyVerticesStayInsideTheirBytes) {
         list.push_back(i);
     }
     builder->addValuesToVertexAttribute(kPosition, positions.size(), positions.data(), kFloat);
-    access().attribute("position").streams[kIndices] =
-        QSharedPointer<ModelDataArray>::create(kUnsignedInt);
+    access().attribute("position").streams[kIndices] = QSharedPointer<ModelDataArray>::create(kUnsignedInt);
     builder->addIndicesToVertexAttribute(kPosition, list.size(), list.data());
     upload();
     EXPECT_GT(model.drawableCount(), 0);

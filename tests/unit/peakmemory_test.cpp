@@ -242,6 +242,17 @@ TEST_F(PeakMemoryTest, ShortIndicesAreGoneBeforeTheNextBuffer) {
     EXPECT_THAT(shortStreams, ElementsAre(1, 0, 0, 0));
 }
 
+TEST_F(PeakMemoryTest, ValuesAreGoneWhenTheirBufferHasThem) {
+    addSmallMesh(4);
+    std::vector<std::ptrdiff_t> floatStreams;
+    witness.bufferAskedFor = [&] {
+        const std::vector<unsigned int> types = witness.types();
+        floatStreams.push_back(std::count(types.begin(), types.end(), kFloat));
+    };
+    upload();
+    EXPECT_THAT(floatStreams, ElementsAre(3, 3, 2, 1));
+}
+
 // Look-up tables of several megabytes are needed while corners come, and no longer; the tuples themselves
 // are.
 TEST_F(PeakMemoryTest, TablesOfTuplesAreGoneBeforeVerticesAreMade) {
