@@ -34,9 +34,6 @@ const struct MaterialPlanRegistrar {
     MaterialPlanRegistrar() { registerObjMaterialPlan(); }
 } materialPlanRegistrar;
 
-constexpr unsigned int kStaticDraw = 0x88E4; // GL_STATIC_DRAW
-constexpr unsigned int kTriangles = 4;       // GL_TRIANGLES
-
 QString loadFailure(const QString& path) {
     return QStringLiteral("Failed to load OBJ file '%1'").arg(path);
 }
