@@ -24,7 +24,7 @@ namespace {
 constexpr quint64 kBlock = 65536;
 
 // As many are cut before a meter is told.
-constexpr quint64 kCornersPerTelling = 16384;
+constexpr qint64 kCornersPerTelling = 16384;
 
 constexpr quint64 kPositionBytes = 3 * sizeof(float);
 
@@ -164,7 +164,7 @@ FaceCutter::FaceCutter(quint64 expectedIndices, const WorkMeter& meter)
     : _expectedIndices(expectedIndices), _meter(meter) {
     if (meter)
         _triangulator.setMeter([this](int corners) {
-            _toldOfFace += static_cast<quint64>(corners);
+            _untoldCorners -= corners; // they are counted again with their face
             _meter(corners);
         });
 }
@@ -173,7 +173,6 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
     const quint64 faceLimit = table.faceCount();
     const FaceFetcher fetcher(table, faces);
     _used = 0;
-    _toldOfFace = 0;
     for (quint64 k = 0; k < faces.count;) {
         const quint32 face = faces.words[k];
         if (k + 4 <= faces.count && areFour(faces.words + k, face, 1)) {
@@ -185,7 +184,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
                     cutFour<3>(table, table.startOf(face));
                 else
                     cutFour<4>(table, table.startOf(face));
-                tellMeter(quint64{4} * count);
+                tellMeter(4 * count);
                 k += 4;
                 continue;
             }
@@ -204,7 +203,7 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
         unsigned int* const end = cutFace(table, start, count, begin);
         _used += static_cast<quint64>(end - begin);
         _uncutFaces += end == begin ? 1 : 0;
-        tellMeter(count - std::min<quint64>(count, std::exchange(_toldOfFace, 0)));
+        tellMeter(count);
     }
     return flush(triangles);
 }
@@ -227,13 +226,13 @@ bool FaceCutter::flush(ModelDataStream& triangles) {
     return appendTo(triangles, std::exchange(_used, 0), _triangles.data(), sizeof(unsigned int));
 }
 
-void FaceCutter::tellMeter(quint64 corners) {
+void FaceCutter::tellMeter(quint32 corners) {
     _untoldCorners += corners;
     if (_untoldCorners < kCornersPerTelling)
         return;
-    const auto untold = static_cast<int>(std::exchange(_untoldCorners, 0));
+    const qint64 untold = std::exchange(_untoldCorners, 0);
     if (_meter)
-        _meter(untold);
+        _meter(static_cast<int>(std::min<qint64>(untold, std::numeric_limits<int>::max())));
 }
 
 bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {

@@ -56,7 +56,7 @@ private:
     /// Hands on what is in _triangles. Returns: false when the stream did not take it.
     bool flush(ModelDataStream& triangles);
     /// Counts corners of faces that have been passed.
-    void tellMeter(quint64 corners);
+    void tellMeter(quint32 corners);
     /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
     /// none.
     bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
@@ -74,8 +74,7 @@ private:
     quint64 _uncutFaces = 0;
     quint64 _expectedIndices;
     WorkMeter _meter;
-    quint64 _untoldCorners = 0;
-    quint64 _toldOfFace = 0; ///< corners of the face being cut that were counted already
+    qint64 _untoldCorners = 0;
 };
 
 } // namespace Atelier::Vel
