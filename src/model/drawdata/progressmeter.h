@@ -25,7 +25,7 @@ public:
     /// `done` units of the phase are done. Throws Cancelled when the progress function cancels.
     void reach(qint64 done);
     /// A meter for the next `share` units of the phase. It may be called for other units, `units` in all, and
-    /// reports what is in proportion to them. Empty when nobody asks.
+    /// reports what is in proportion to them. Empty without a progress function.
     WorkMeter meter(qint64 share, qint64 units);
     WorkMeter meter(qint64 share) { return meter(share, share); }
 
