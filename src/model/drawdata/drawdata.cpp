@@ -37,6 +37,10 @@ DrawDataContent::Stream::Stream(QString streamName, int componentCount,
     bytes = data == nullptr ? 0 : values->byteCount();
 }
 
+quint64 DrawDataContent::Stream::stride() const {
+    return ModelDataStream::typeSize(values->type()) * static_cast<quint64>(std::max(components, 0));
+}
+
 QString DrawDataContent::Drawable::objectName(int command) const {
     const auto found =
         std::lower_bound(objectNames.begin(), objectNames.end(), command,
@@ -61,8 +65,7 @@ QVector<DrawData::Attribute> DrawData::attributes() const {
     if (isNull())
         return result;
     for (const DrawDataContent::Stream& stream : _content->attributes) {
-        const quint64 stride = ModelDataStream::typeSize(stream.values->type()) *
-                               static_cast<quint64>(std::max(stream.components, 0));
+        const quint64 stride = stream.stride();
         result.append({stream.name, stream.components, stream.values->type(),
                        stride == 0 ? 0 : stream.bytes / stride, stream.bytes == 0 ? nullptr : stream.data,
                        stream.bytes});

@@ -25,6 +25,8 @@ struct DrawDataContent {
         quint64 bytes = 0;
 
         Stream(QString name, int components, QSharedPointer<ModelDataStream> values);
+        /// The bytes of a vertex; 0 for an attribute without any.
+        quint64 stride() const;
     };
 
     struct ObjectName {

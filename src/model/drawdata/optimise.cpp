@@ -24,12 +24,6 @@ constexpr quint64 kCornersPerTriangle = 3;
 // Vertex numbers have 32 bits, and the largest one marks vertices without a number.
 constexpr quint64 kMaxVertices = 0xFFFFFFFF;
 
-/// The bytes of a vertex; 0 for an attribute without any.
-quint64 strideOf(const Stream& stream) {
-    return ModelDataStream::typeSize(stream.values->type()) *
-           static_cast<quint64>(std::max(stream.components, 0));
-}
-
 bool hasFloatPositions(const DrawDataContent& content) {
     if (content.position < 0)
         return false;
@@ -39,7 +33,7 @@ bool hasFloatPositions(const DrawDataContent& content) {
 
 bool hasWholeStreams(const DrawDataContent& content) {
     const auto holdsAllVertices = [&content](const Stream& stream) {
-        const quint64 stride = strideOf(stream);
+        const quint64 stride = stream.stride();
         return stride == 0 || stream.bytes / stride >= content.vertexCount;
     };
     return content.indices->size() == content.indexWords.count &&
@@ -134,7 +128,7 @@ QSharedPointer<ModelDataStream> orderedIndices(const DrawDataContent& content, c
 
 /// The values of all vertices at their new places, and what follows them as it is.
 void moveVertices(const Stream& source, unsigned char* target, const std::vector<quint32>& places) {
-    const quint64 stride = strideOf(source);
+    const quint64 stride = source.stride();
     const auto* const bytes = static_cast<const unsigned char*>(source.data);
     const quint64 end = places.size() * stride;
     for (std::size_t vertex = 0; vertex < places.size(); ++vertex)
@@ -145,7 +139,7 @@ void moveVertices(const Stream& source, unsigned char* target, const std::vector
 
 /// Returns: false, after a warning, when there is no stream.
 bool moveVertices(Stream& stream, ModelDataStreamAllocator& allocator, const std::vector<quint32>& places) {
-    if (strideOf(stream) == 0 || stream.bytes == 0)
+    if (stream.stride() == 0 || stream.bytes == 0)
         return true;
     const QSharedPointer<ModelDataStream> moved = requestLike(
         *stream.values, allocator, QStringLiteral("the optimised vertex attribute '%1'").arg(stream.name));
