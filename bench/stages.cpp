@@ -22,12 +22,12 @@
 #include <velmodel/textureloader.h>
 
 #include "acceptingcontext.h"
+#include "geometry/merging/vertexmerging.h"
 #include "geometry/normals.h"
-#include "geometry/polygontriangulator.h"
-#include "geometry/vertexmerging.h"
-#include "import/linesource.h"
-#include "import/numbers.h"
-#include "import/plainlines.h"
+#include "geometry/triangulation/polygontriangulator.h"
+#include "import/obj/plainlines.h"
+#include "import/text/linesource.h"
+#include "import/text/numbers.h"
 #include "inputs.h"
 
 namespace Atelier::Vel::Bench {

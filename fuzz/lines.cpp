@@ -9,7 +9,7 @@
 #include <QtCore/QTextStream>
 
 #include "claim.h"
-#include "import/linesource.h"
+#include "import/text/linesource.h"
 #include "memoryfile.h"
 #include "textlines.h"
 

@@ -7,7 +7,7 @@
 #include <velmodel/modelfiles.h>
 
 #include "claim.h"
-#include "import/materials.h"
+#include "import/mtl/materials.h"
 #include "literal/literalmtlreader.h"
 #include "memoryfile.h"
 #include "support/modelbuilderaccess.h"

@@ -7,7 +7,7 @@
 #include <QtCore/QTextStream>
 
 #include "claim.h"
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 #include "literal/literalobjreader.h"
 #include "memoryfile.h"
 #include "objrecords.h"

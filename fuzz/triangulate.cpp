@@ -9,7 +9,7 @@
 
 #include "bytesource.h"
 #include "claim.h"
-#include "geometry/polygontriangulator.h"
+#include "geometry/triangulation/polygontriangulator.h"
 #include "triangulationoutcome.h"
 
 using namespace Atelier::Vel;

@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "builder/modelbuilderdata.h"
 #include "drawdata/facecutter.h"
-#include "modelbuilderdata.h"
 
 namespace Atelier::Vel {
 

@@ -11,7 +11,7 @@
 #include <velmodel/objloader.h>
 
 #include "allocationcount.h"
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 #include "support/recordingcontext.h"
 
 namespace Atelier::Vel {

@@ -1,4 +1,4 @@
-#include "geometry/bytemerging.h"
+#include "geometry/merging/bytemerging.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "geometry/cornerset.h"
+#include "geometry/merging/cornerset.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,4 +1,4 @@
-#include "import/fileversion.h"
+#include "files/fileversion.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "growinglist.h"
+#include "memory/growinglist.h"
 
 #include <algorithm>
 #include <new>

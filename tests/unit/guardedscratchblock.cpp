@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "scratchblock.h"
+#include "memory/scratchblock.h"
 #include "support/guardedarray.h"
 
 namespace Atelier::Vel {

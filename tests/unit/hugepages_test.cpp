@@ -1,4 +1,4 @@
-#include "streams/hugepages.h"
+#include "memory/hugepages.h"
 
 #include <gmock/gmock.h>
 

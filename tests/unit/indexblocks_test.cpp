@@ -1,4 +1,4 @@
-#include "geometry/indexblocks.h"
+#include "geometry/merging/indexblocks.h"
 
 #include <limits>
 #include <vector>

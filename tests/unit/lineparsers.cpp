@@ -1,7 +1,7 @@
 #include "lineparsers.h"
 
 #include "emulation/emulatedavx512.h"
-#include "import/linesource.h"
+#include "import/text/linesource.h"
 
 namespace Atelier::Vel::Testing {
 

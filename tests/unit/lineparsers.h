@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include "import/objrun.h"
-#include "import/plainlines.h"
+#include "import/obj/objrun.h"
+#include "import/obj/plainlines.h"
 
 /// The ways to parse plain lines, so that tests run with each of them.
 namespace Atelier::Vel::Testing {

@@ -1,4 +1,4 @@
-#include "import/linesource.h"
+#include "import/text/linesource.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>

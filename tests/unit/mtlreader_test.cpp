@@ -1,4 +1,4 @@
-#include "import/mtlreader.h"
+#include "import/mtl/mtlreader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>

@@ -1,4 +1,4 @@
-#include "import/numbers.h"
+#include "import/text/numbers.h"
 
 #include <cstring>
 #include <limits>

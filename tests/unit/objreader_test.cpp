@@ -1,4 +1,4 @@
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 
 #include <array>
 #include <memory>

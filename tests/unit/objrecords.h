@@ -8,7 +8,7 @@
 
 #include <QtCore/QString>
 
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 
 /// What OBJ readers make of a text, to compare one with another.
 namespace Atelier::Vel::Testing {

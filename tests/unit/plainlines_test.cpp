@@ -1,4 +1,4 @@
-#include "import/plainlines.h"
+#include "import/obj/plainlines.h"
 
 #include <cstring>
 #include <memory>

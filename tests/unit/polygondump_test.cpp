@@ -1,5 +1,5 @@
 // The dumps are file-local: they are tested in the unit that defines them.
-#include "geometry/polygondump.cpp" // NOLINT(bugprone-suspicious-include)
+#include "geometry/triangulation/polygondump.cpp" // NOLINT(bugprone-suspicious-include)
 
 #include <QtCore/QTemporaryDir>
 

@@ -1,4 +1,4 @@
-#include "geometry/polygontriangulator.h"
+#include "geometry/triangulation/polygontriangulator.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,7 +10,7 @@
 
 #include <velmodel/triangulation.h>
 
-#include "geometry/fourwindings.h"
+#include "geometry/triangulation/fourwindings.h"
 #include "literal/literaltriangulation.h"
 #include "literal/testpolygons.h"
 #include "support/guardedarray.h"

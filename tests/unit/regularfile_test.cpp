@@ -1,4 +1,4 @@
-#include "import/regularfile.h"
+#include "files/regularfile.h"
 
 #include <utility>
 #include <vector>

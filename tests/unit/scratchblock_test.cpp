@@ -1,4 +1,4 @@
-#include "scratchblock.h"
+#include "memory/scratchblock.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "geometry/cornerattribute.h"
+#include "geometry/merging/cornerattribute.h"
 #include "support/guardedarray.h"
 
 /// Attributes of a mesh for the tests of merging, and what the corners of one merge to by definition.

@@ -3,7 +3,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
 
-#include "import/linesource.h"
+#include "import/text/linesource.h"
 
 /// The lines of a text, by a line source and by the stream that it has to agree with.
 namespace Atelier::Vel::Testing {

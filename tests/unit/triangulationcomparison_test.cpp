@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "geometry/polygontriangulator.h"
+#include "geometry/triangulation/polygontriangulator.h"
 #include "literal/literaltriangulation.h"
 #include "literal/testpolygons.h"
 #include "support/messagelog.h"

@@ -1,5 +1,5 @@
 // The steps are file-local: they are tested in the unit that defines them.
-#include "geometry/polygontriangulator.cpp" // NOLINT(bugprone-suspicious-include)
+#include "geometry/triangulation/polygontriangulator.cpp" // NOLINT(bugprone-suspicious-include)
 
 #include <optional>
 #include <random>

@@ -1,4 +1,4 @@
-#include "geometry/tuplemerging.h"
+#include "geometry/merging/tuplemerging.h"
 
 #include <algorithm>
 #include <numeric>

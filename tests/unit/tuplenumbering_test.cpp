@@ -1,4 +1,4 @@
-#include "geometry/tuplenumbering.h"
+#include "geometry/merging/tuplenumbering.h"
 
 #include <algorithm>
 #include <map>

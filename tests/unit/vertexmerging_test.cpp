@@ -1,4 +1,4 @@
-#include "geometry/vertexmerging.h"
+#include "geometry/merging/vertexmerging.h"
 
 #include <algorithm>
 #include <numeric>

@@ -12,9 +12,9 @@
 
 #include <velmodel/modeldataarray.h>
 
-#include "geometry/fourwindings.h"
-#include "geometry/indexblocks.h"
-#include "prefetch.h"
+#include "geometry/merging/indexblocks.h"
+#include "geometry/triangulation/fourwindings.h"
+#include "memory/prefetch.h"
 
 namespace Atelier::Vel {
 

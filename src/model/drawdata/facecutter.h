@@ -5,7 +5,7 @@
 
 #include <QtCore/QVector>
 
-#include "geometry/polygontriangulator.h"
+#include "geometry/triangulation/polygontriangulator.h"
 #include "mesh/facestore.h"
 #include "streams/streamview.h"
 

@@ -10,7 +10,7 @@
 
 #include "diagnostics.h"
 #include "drawdata/preparation.h"
-#include "geometry/vertexmerging.h"
+#include "geometry/merging/vertexmerging.h"
 #include "glconstants.h"
 #include "mesh/mergedcorners.h"
 #include "streams/streamview.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "geometry/triangulationmath.h"
+#include "geometry/triangulation/qtvectormath.h"
 
 namespace Atelier::Vel {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "geometry/fourpoints.h"
-#include "geometry/indexblocks.h"
-#include "geometry/triangulationmath.h"
+#include "geometry/merging/indexblocks.h"
+#include "geometry/triangulation/fourpoints.h"
+#include "geometry/triangulation/qtvectormath.h"
 
 namespace Atelier::Vel {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "glconstants.h"
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 #include "mesh/mesh.h"
 
 namespace Atelier::Vel {

@@ -4,7 +4,7 @@
 
 #include <QtCore/QString>
 
-#include "import/objrun.h"
+#include "import/obj/objrun.h"
 
 namespace Atelier::Vel {
 

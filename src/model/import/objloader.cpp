@@ -14,12 +14,12 @@
 
 #include "drawdata/preparation.h"
 #include "drawdata/progressmeter.h"
-#include "import/materials.h"
+#include "files/textfile.h"
 #include "import/meshfeed.h"
-#include "import/objreader.h"
-#include "import/textfile.h"
+#include "import/mtl/materials.h"
+#include "import/obj/objreader.h"
+#include "memory/scratchblock.h"
 #include "mesh/mesh.h"
-#include "scratchblock.h"
 #include "upload/modelupload.h"
 
 namespace Atelier::Vel {

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "geometry/indexblocks.h"
+#include "geometry/merging/indexblocks.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {

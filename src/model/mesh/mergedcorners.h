@@ -9,7 +9,7 @@
 
 #include <velmodel/modeldatastream.h>
 
-#include "geometry/tuplemerging.h"
+#include "geometry/merging/tuplemerging.h"
 
 namespace Atelier::Vel {
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <new>
 
-#include "scratchblock.h"
+#include "memory/scratchblock.h"
 
 namespace Atelier::Vel {
 

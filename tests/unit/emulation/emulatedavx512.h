@@ -1,6 +1,6 @@
 #pragma once
 
-#include "import/plainlines.h"
+#include "import/obj/plainlines.h"
 
 namespace Atelier::Vel {
 

@@ -12,7 +12,7 @@
 #include <nmmintrin.h>
 
 #include "emulation/emulatedavx512.h"
-#include "import/digits.h"
+#include "import/text/digits.h"
 
 // The names are the compilers' own.
 // NOLINTBEGIN

@@ -4,7 +4,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
 
-#include "import/objreader.h"
+#include "import/obj/objreader.h"
 
 namespace Atelier::Vel::Testing {
 

@@ -1,0 +1,72 @@
+#include <velmodel/modelfiles.h>
+
+#include <fcntl.h>
+
+#include <QtCore/QFileInfo>
+
+#include "files/modelfolder.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// A file that was opened by descriptor, which by itself would have no name.
+class OpenedFile : public QFile {
+public:
+    OpenedFile(QString path, Descriptor descriptor)
+        : _path(std::move(path)), _descriptor(std::move(descriptor)) {}
+
+    QString fileName() const override { return _path; }
+    using QFile::open;
+    bool open(OpenMode mode) override { return QFile::open(_descriptor.value(), mode); }
+
+private:
+    QString _path;
+    Descriptor _descriptor;
+};
+
+std::unique_ptr<QFile> openDescriptor(const QString& path, QIODevice::OpenMode mode, Descriptor descriptor) {
+    if (!descriptor.isOpen())
+        return nullptr;
+    auto file = std::make_unique<OpenedFile>(path, std::move(descriptor));
+    return file->open(mode) ? std::move(file) : nullptr;
+}
+
+// Qt's resources are memory, and all regular.
+std::unique_ptr<QFile> openResource(const QString& path, QIODevice::OpenMode mode) {
+    auto file = std::make_unique<QFile>(path);
+    return QFileInfo(path).isFile() && file->open(mode) ? std::move(file) : nullptr;
+}
+
+Descriptor openAnywhere(const QFileInfo& info) {
+    return openRegularFile(AT_FDCWD, QFile::encodeName(info.filePath()).constData(), LastLink::Follow);
+}
+
+} // namespace
+
+ModelFiles::ModelFiles() = default;
+
+ModelFiles::ModelFiles(const QString& folder) : _folder(std::make_shared<ModelFolder>(folder)) {}
+
+QString ModelFiles::folder() const {
+    return _folder ? _folder->path() : QString();
+}
+
+bool ModelFiles::allows(const QString& path) const {
+    return !_folder || _folder->wayTo(path).has_value();
+}
+
+std::unique_ptr<QFile> ModelFiles::open(const QString& path, QIODevice::OpenMode mode) const {
+    // To the system a name ends at its first zero.
+    if (path.isEmpty() || path.contains(QChar(QChar::Null)))
+        return nullptr;
+    const auto way = _folder ? _folder->wayTo(path) : QByteArrayList();
+    if (!way)
+        return nullptr;
+    const QFileInfo info(path);
+    if (!info.isNativePath())
+        return openResource(path, mode);
+    return openDescriptor(path, mode, _folder ? _folder->open(*way) : openAnywhere(info));
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,57 @@
+#include "files/regularfile.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace Atelier::Vel {
+
+namespace {
+
+// Files there call themselves regular, and yet may wait for something to happen or never end.
+bool isOfTheKernel(int file) {
+    constexpr decltype(statfs::f_type) kFileSystems[] = {PROC_SUPER_MAGIC, SYSFS_MAGIC, DEBUGFS_MAGIC,
+                                                         TRACEFS_MAGIC};
+    struct statfs system {};
+    return fstatfs(file, &system) == 0 && std::find(std::begin(kFileSystems), std::end(kFileSystems),
+                                                    system.f_type) != std::end(kFileSystems);
+}
+
+bool isRegular(int file) {
+    struct stat status {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && !isOfTheKernel(file);
+}
+
+} // namespace
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    if (this != &other) {
+        close();
+        _value = other.release();
+    }
+    return *this;
+}
+
+void Descriptor::close() const {
+    if (isOpen())
+        ::close(_value);
+}
+
+Descriptor openRegularFile(int folder, const char* path, LastLink link) {
+    const bool follows = link == LastLink::Follow;
+    // Opening alone has effects on some devices, and on who waits at the other end of a pipe.
+    struct stat status {};
+    if (fstatat(folder, path, &status, follows ? 0 : AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    // By now the path may lead to something else. That is opened without waiting then, and looked at again.
+    constexpr int kWithoutWaiting = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    Descriptor file(openat(folder, path, follows ? kWithoutWaiting : kWithoutWaiting | O_NOFOLLOW));
+    return file.isOpen() && isRegular(file.value()) ? std::move(file) : Descriptor();
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,134 @@
+#include "geometry/merging/tuplenumbering.h"
+
+#include <algorithm>
+#include <array>
+
+#include "memory/prefetch.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+/// Finds a tuple by its first number: there is a slot for each of those, and chained to it one for each
+/// further tuple that begins with it.
+template<std::size_t Others>
+class Numbering final : public TupleNumbering {
+public:
+    Numbering() : TupleNumbering(Others + 1) {}
+
+    void admit(quint64 limit) override {
+        _slots.makeRoom(limit, _admitted);
+        // Tuples are seldom more than that, and moving them would cost much; room that is not needed does
+        // not.
+        _tuples.makeRoom(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
+        _admitted = std::max(_admitted, limit);
+    }
+
+    void add(const quint32* const* numbers, quint32 count, quint32* out) override {
+        _tuples.makeRoom((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
+        _chained.makeRoom(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
+        // Copies that writing numbers cannot change.
+        Slot* const slots = _slots.items();
+        quint32 tupleCount = _tupleCount;
+        std::array<quint32, Others + 1> greatest{};
+        quint32* tuple = _tuples.items() + quint64{tupleCount} * (Others + 1);
+        for (quint32 i = 0; i < count; ++i) {
+            // Look-ups of faces in random order would each wait for memory.
+            constexpr quint32 kAhead = 24;
+            prefetch(slots + numbers[0][std::min(i + kAhead, count - 1)]);
+            const quint32 first = numbers[0][i];
+            Rest others;
+            for (std::size_t k = 0; k < Others; ++k)
+                others[k] = numbers[k + 1][i];
+            Slot* const slot = find(slots + first, others);
+            if (slot->tuple == 0) {
+                slot->tuple = ++tupleCount;
+                slot->others = others;
+                *tuple++ = first;
+                tuple = std::copy(others.begin(), others.end(), tuple);
+                greatest[0] = std::max(greatest[0], first);
+                for (std::size_t k = 0; k < Others; ++k)
+                    greatest[k + 1] = std::max(greatest[k + 1], others[k]);
+            }
+            out[i] = slot->tuple - 1;
+        }
+        _tupleCount = tupleCount;
+        for (std::size_t k = 0; k <= Others; ++k)
+            _greatest[k] = std::max(_greatest[k], greatest[k]);
+    }
+
+    void finish() override {
+        _slots.clear();
+        _chained.clear();
+    }
+
+private:
+    using Rest = std::array<quint32, Others>;
+
+    struct Slot {
+        Rest others;
+        quint32 tuple; ///< plus one; 0 is a free slot
+        quint32 next;  ///< number of the next slot of the chain; 0 ends it
+    };
+
+    /// Word by word: two words of a tuple that was just put together cannot be loaded as one without a stall.
+    static bool equal(const Rest& a, const Rest& b) {
+        quint32 difference = 0;
+        for (std::size_t i = 0; i < Others; ++i)
+            difference |= a[i] ^ b[i];
+        return difference == 0;
+    }
+
+    /// The slot of the tuple, from that of its first number on; free when the tuple is new.
+    Slot* find(Slot* slot, const Rest& others) {
+        if (slot->tuple == 0)
+            return slot;
+        while (!equal(slot->others, others)) {
+            ++_steps;
+            if (slot->next == 0) {
+                slot->next = ++_chainedCount;
+                return _chained.items() + _chainedCount;
+            }
+            slot = _chained.items() + slot->next;
+        }
+        return slot;
+    }
+
+    GrowingList<Slot> _slots;
+    GrowingList<Slot> _chained; ///< from number 1 on
+    quint64 _admitted = 0;
+    quint32 _chainedCount = 0;
+};
+
+} // namespace
+
+bool TupleNumbering::pays(quint64 added, quint64 expected) const {
+    constexpr quint64 kBytesPerCorner = 16;
+    constexpr quint64 kStepsPerCorner = 8;
+    constexpr quint64 kStepsForFree = 65536;
+    // What merging the tuples by their bytes will need for each of them.
+    constexpr quint64 kMergingBytes = 16;
+    const quint64 tupleBytes = _places * sizeof(quint32);
+    const quint64 slotBytes = tupleBytes + sizeof(quint32);
+    return _tupleCount * (tupleBytes + std::max(slotBytes, kMergingBytes)) <= kBytesPerCorner * expected &&
+           _steps <= kStepsPerCorner * added + kStepsForFree;
+}
+
+std::unique_ptr<TupleNumbering> TupleNumbering::make(std::size_t places) {
+    switch (places) {
+    case 1:
+        return std::make_unique<Numbering<0>>();
+    case 2:
+        return std::make_unique<Numbering<1>>();
+    case 3:
+        return std::make_unique<Numbering<2>>();
+    case 4:
+        return std::make_unique<Numbering<3>>();
+    case 5:
+        return std::make_unique<Numbering<4>>();
+    default:
+        return std::make_unique<Numbering<5>>();
+    }
+}
+
+} // namespace Atelier::Vel

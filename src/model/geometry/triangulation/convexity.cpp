@@ -1,0 +1,76 @@
+#include "geometry/triangulation/convexity.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace Atelier::Vel {
+
+namespace {
+
+// Let C be the least cross product of the two edges at a corner, D the diameter, u = 2^-24. In a convex
+// polygon the distance of the corners from the line through two of them has no minimum but at the ends of a
+// chain; so of all triangles that three of its corners make, none has less than C as its doubled area, and
+// the sine of every angle in them is at least C / D². A float cross product of normalised float offsets is
+// off by less than 6 u (two roundings of each direction and one of products, as each factor's offset is
+// rounded before it is normalised). So where C / D² is above 16 u, every defined test of three corners tells
+// their true orientation: each corner is convex, and each other corner lies beyond the side opposite to it.
+constexpr double kLeastSine = 0x1p-20;
+
+// Offsets of up to 1e-6 normalise to zero; no two corners are closer than C / D.
+constexpr double kLeastSquaredDistance = 1.01e-12;
+
+// Above this the difference of two floats may be infinite.
+constexpr double kMostSquaredDiameter = 1e76;
+
+struct Bounds {
+    PlanePoint low;
+    PlanePoint high;
+
+    void include(const PlanePoint& point) {
+        low = {std::min(low.x, point.x), std::min(low.y, point.y)};
+        high = {std::max(high.x, point.x), std::max(high.y, point.y)};
+    }
+    double squaredDiagonal() const {
+        const double width = double(high.x) - double(low.x);
+        const double height = double(high.y) - double(low.y);
+        return width * width + height * height;
+    }
+};
+
+struct Edge {
+    double x;
+    double y;
+
+    Edge(const PlanePoint& from, const PlanePoint& to)
+        : x(double(to.x) - double(from.x)), y(double(to.y) - double(from.y)) {}
+
+    /// One half of all directions; which of its two ends belongs to it makes it exactly a half.
+    bool pointsRight() const { return x > 0 || (x == 0 && y > 0); }
+};
+
+} // namespace
+
+bool isClearlyConvex(int count, const PlanePoint* points, bool clockwise) {
+    const double sign = clockwise ? -1 : 1;
+    double leastCross = std::numeric_limits<double>::infinity();
+    int revolutions = 0;
+    Bounds bounds = {points[0], points[0]};
+    Edge previous(points[count - 2], points[count - 1]);
+    for (int k = 0; k < count; ++k) {
+        const Edge edge(points[k == 0 ? count - 1 : k - 1], points[k]);
+        const double cross = sign * (previous.x * edge.y - previous.y * edge.x);
+        if (!(cross > 0))
+            return false;
+        leastCross = std::min(leastCross, cross);
+        // Turning by less than half a turn at a time, and always the same way, no revolution can be missed.
+        revolutions += edge.pointsRight() && !previous.pointsRight() ? 1 : 0;
+        bounds.include(points[k]);
+        previous = edge;
+    }
+    const double squaredDiameter = bounds.squaredDiagonal();
+    return revolutions == 1 && squaredDiameter <= kMostSquaredDiameter &&
+           leastCross > kLeastSine * squaredDiameter &&
+           leastCross * leastCross > kLeastSquaredDistance * squaredDiameter;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <vector>
+
+#include "geometry/triangulation/eartriangle.h"
+
+namespace Atelier::Vel {
+
+/// The active corners of a large polygon, sorted in space, to find those that block a candidate triangle
+/// without looking at all of them. What it answers is what a test of every active corner answers.
+class EarBlockers {
+public:
+    /// Takes all corners as active.
+    /// Cost: O(count log count).
+    void build(const PlanePoint* points, int count);
+
+    /// The corner is active no more.
+    /// Cost: O(log count).
+    void remove(int corner);
+
+    /// Whether an active corner blocks the triangle.
+    /// Cost: about O(log count) plus the number of active corners within rounding of the triangle.
+    bool block(const EarTriangle& triangle) const;
+
+private:
+    class SideRegion;
+
+    struct Box {
+        PlanePoint low;
+        PlanePoint high;
+    };
+
+    /// All corners at one point: the test sees nothing but the point.
+    struct Site {
+        PlanePoint point;
+        int activeCorners;
+        int firstCorner;
+    };
+
+    void collectSites(const PlanePoint* points, int count);
+    void sortSites(int firstLeaf, int endLeaf);
+    int firstSite(int leaf) const;
+    Box fittedBox(int node) const;
+    bool leafBlocks(int leaf, const EarTriangle& triangle) const;
+
+    std::vector<Site> _sites;     // in the order of the leaves
+    std::vector<int> _siteOf;     // per corner; -1 for one that blocks nothing
+    std::vector<int> _nextCorner; // per corner, the next one of its site; -1 behind the last
+    std::vector<Box> _boxes; // of the active corners: node n has the children 2 n and 2 n + 1, the root is 1
+    int _leafCount = 1;      // a power of two; leaf k is node _leafCount + k
+};
+
+} // namespace Atelier::Vel

@@ -1,0 +1,187 @@
+#include "import/obj/objreader.h"
+
+#include "import/text/numbers.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// Room for the corners of ordinary faces.
+constexpr size_t kCornersReserved = 100;
+
+bool isSpace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+// The part of `token` up to the next slash; takes it and the slash off `token`.
+std::string_view takePart(std::string_view& token) {
+    const size_t slash = token.find('/');
+    const std::string_view part = token.substr(0, slash);
+    token = slash == std::string_view::npos ? std::string_view() : token.substr(slash + 1);
+    return part;
+}
+
+} // namespace
+
+ObjReader::ObjReader(QTextStream* stream, const LineSourceLimits& limits, WideParser* wideParser)
+    : _directory(QString()), _stream(stream), _lines(stream, limits), _wideParser(wideParser) {
+    _corners.reserve(kCornersReserved);
+    next();
+}
+
+void ObjReader::next() {
+    do
+        nextLine();
+    while (_kind == Kind::None);
+}
+
+void ObjReader::next(ObjRun& run) {
+    if (_stream->status() == QTextStream::Ok && _lines.fill()) {
+        _lines.skipTo(
+            parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run, _wideParser));
+        if (run.isFull() || isAtBlockEnd()) {
+            _kind = Kind::None;
+            _ok = false;
+            return;
+        }
+    }
+    do
+        nextLine();
+    while (_kind == Kind::None && !isAtBlockEnd());
+}
+
+void ObjReader::nextLine() {
+    _kind = Kind::None;
+    _ok = false;
+    if (!_lines.next()) {
+        _kind = Kind::End;
+        return;
+    }
+    _unread = _lines.begin();
+    _kind = classify(nextToken());
+    _operands = _unread;
+}
+
+ObjReader::Kind ObjReader::classify(std::string_view keyword) {
+    if (keyword == "v") {
+        ++_counts.positions;
+        return Kind::Position;
+    }
+    if (keyword == "vn") {
+        ++_counts.normals;
+        return Kind::Normal;
+    }
+    if (keyword == "vt") {
+        ++_counts.texCoords;
+        return Kind::TexCoord;
+    }
+    if (keyword == "f")
+        return Kind::Face;
+    if (keyword == "usemtl")
+        return Kind::UseMaterial;
+    if (keyword == "mtllib")
+        return Kind::MaterialLibrary;
+    return Kind::None;
+}
+
+bool ObjReader::read() {
+    _unread = _operands;
+    switch (_kind) {
+    case Kind::Position:
+    case Kind::Normal:
+        _values[0] = nextFloat();
+        _values[1] = nextFloat();
+        _values[2] = nextFloat();
+        break;
+    case Kind::TexCoord:
+        _values[0] = nextFloat();
+        _values[1] = nextFloat();
+        break;
+    case Kind::Face:
+        return _ok = readFace();
+    case Kind::MaterialLibrary:
+        readLibrary();
+        break;
+    case Kind::UseMaterial:
+        _text = nextText();
+        break;
+    case Kind::End:
+    case Kind::None:
+        return _ok;
+    }
+    return _ok = _stream->status() == QTextStream::Ok;
+}
+
+// Empty behind the last token.
+std::string_view ObjReader::nextToken() {
+    const char* end = _lines.end();
+    while (_unread != end && isSpace(*_unread))
+        ++_unread;
+    const char* first = _unread;
+    while (_unread != end && !isSpace(*_unread))
+        ++_unread;
+    return {first, static_cast<size_t>(_unread - first)};
+}
+
+QString ObjReader::nextText() {
+    const std::string_view token = nextToken();
+    return _lines.text(token.data(), token.data() + token.size());
+}
+
+float ObjReader::nextFloat() {
+    const std::string_view token = nextToken();
+    float value = 0.0F;
+    if (parseFloat(token.data(), token.data() + token.size(), value))
+        return value;
+    return _lines.text(token.data(), token.data() + token.size()).toFloat();
+}
+
+void ObjReader::readLibrary() {
+    _text = nextText();
+    if (QDir::isRelativePath(_text))
+        _text = _directory.absoluteFilePath(_text);
+}
+
+bool ObjReader::readFace() {
+    if (_stream->status() != QTextStream::Ok)
+        return false;
+    _corners.clear();
+    for (;;) {
+        const std::string_view token = nextToken();
+        if (token.empty() || token.front() == '#')
+            return true;
+        if (!readCorner(token))
+            return false;
+    }
+}
+
+bool ObjReader::readCorner(std::string_view token) {
+    const std::string_view position = takePart(token);
+    const std::string_view texCoord = takePart(token);
+    const std::string_view normal = takePart(token);
+    ObjCorner corner = {kNoIndex, kNoIndex, kNoIndex};
+    if (!toIndex(position, _counts.positions, corner.position))
+        return false;
+    if (!texCoord.empty() && !toIndex(texCoord, _counts.texCoords, corner.texCoord))
+        return false;
+    if (!normal.empty() && !toIndex(normal, _counts.normals, corner.normal))
+        return false;
+    _corners.push_back(corner);
+    return true;
+}
+
+// 1 is the first line of its kind, -1 the last one of the `count` so far; there is no range check.
+bool ObjReader::toIndex(std::string_view number, quint32 count, quint32& index) const {
+    int value = 0;
+    if (!parseInt(number.data(), number.data() + number.size(), value)) {
+        bool isInteger = false;
+        value = _lines.text(number.data(), number.data() + number.size()).toInt(&isInteger);
+        if (!isInteger)
+            return false;
+    }
+    const auto bits = static_cast<quint32>(value);
+    index = value > 0 ? bits - 1 : value < 0 ? count + bits : kNoIndex;
+    return true;
+}
+
+} // namespace Atelier::Vel

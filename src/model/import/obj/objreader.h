@@ -1,0 +1,94 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <QtCore/QDir>
+#include <QtCore/QString>
+#include <QtCore/QTextStream>
+
+#include "import/obj/plainlines.h"
+#include "import/text/linesource.h"
+
+namespace Atelier::Vel {
+
+/// One corner of a face: 0-based numbers of its "v", "vn" and "vt" line.
+struct ObjCorner {
+    quint32 position;
+    quint32 normal;
+    quint32 texCoord;
+};
+
+/// Reads Wavefront OBJ text line by line and knows six keywords; all other lines are passed over.
+///
+/// Construct it over an open stream, call setDirectory(), and as long as hasNext(): read(), use the record
+/// according to kind() when read() returned true, next().
+class ObjReader {
+public:
+    enum class Kind : quint32 {
+        Position,        ///< "v"
+        Normal,          ///< "vn"
+        TexCoord,        ///< "vt"
+        Face,            ///< "f"
+        MaterialLibrary, ///< "mtllib"
+        UseMaterial,     ///< "usemtl"
+        End,             ///< behind the last line
+        None,            ///< no line that is known
+    };
+
+    /// Advances to the first known line. `stream` must outlive the reader. `wideParser`, or none where it is
+    /// null, is what next(ObjRun&) parses plain lines with.
+    explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {},
+                       WideParser* wideParser = findWideParser());
+
+    /// Where relative library names start from.
+    void setDirectory(const QString& path) { _directory = QDir(path); }
+
+    bool hasNext() const { return _kind != Kind::End; }
+    /// Advances to the next known line.
+    void next();
+    /// The same, except that the lines that come first are put straight into `run` where that is quicker,
+    /// read() included. Returns with kind() None when the run is full or a block of text is used up;
+    /// values(), corner() and text() are unspecified until the next read().
+    void next(ObjRun& run);
+    /// Parses the operands of the current line. Returns: false for a face with a corner that is no integer,
+    /// behind the last line, and when the stream is in an error state.
+    bool read();
+
+    Kind kind() const { return _kind; }
+    /// x, y and z of a vertex line; a line without z leaves the last one in place.
+    const float* values() const { return _values; }
+    int cornerCount() const { return static_cast<int>(_corners.size()); }
+    ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
+    /// Bytes of the file read so far.
+    qint64 bytesRead() const { return _lines.bytesRead(); }
+    /// The path of a material library, or the name of a material.
+    const QString& text() const { return _text; }
+
+private:
+    void nextLine();
+    bool isAtBlockEnd() const { return _lines.wholeLinesBegin() == _lines.wholeLinesEnd(); }
+    std::string_view nextToken();
+    float nextFloat();
+    QString nextText();
+    bool toIndex(std::string_view number, quint32 count, quint32& index) const;
+    bool readCorner(std::string_view token);
+    bool readFace();
+    void readLibrary();
+    Kind classify(std::string_view keyword);
+
+    QDir _directory;
+    QTextStream* _stream;
+    LineSource _lines;
+    WideParser* _wideParser;
+    const char* _operands = nullptr; ///< behind the keyword of the current line
+    const char* _unread = nullptr;   ///< behind the last token taken
+    bool _ok = false;
+    Kind _kind = Kind::None;
+    float _values[3] = {};
+    QString _text;
+    std::vector<ObjCorner> _corners;
+    ObjLineCounts _counts;
+};
+
+} // namespace Atelier::Vel

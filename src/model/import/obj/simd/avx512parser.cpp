@@ -1,0 +1,564 @@
+#include "import/obj/plainlines.h"
+
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+
+#include <cstddef>
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "import/text/digits.h"
+
+#if !defined(__clang__)
+// GCC's own definitions of the instructions leave a value undefined on purpose, and it warns of them.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+// Byte permutations, compressions and expansions of whole registers are not in every x86-64 processor: what
+// uses them is compiled for these features and only called where all of them are there. With AVX-512F, a
+// compiler uses AVX2, too.
+#define VELMODEL_FEATURES(first, further)                                                                    \
+    first("sse4.1") further("popcnt") further("bmi") further("bmi2") further("avx2") further("avx512f")      \
+        further("avx512bw") further("avx512vl") further("avx512vbmi") further("avx512vbmi2")
+#define VELMODEL_NAME(feature) feature
+#define VELMODEL_FURTHER_NAME(feature) "," feature
+#define VELMODEL_HAS(feature) __builtin_cpu_supports(feature)
+#define VELMODEL_HAS_FURTHER(feature) &&__builtin_cpu_supports(feature)
+#define VELMODEL_AVX512 __attribute__((target(VELMODEL_FEATURES(VELMODEL_NAME, VELMODEL_FURTHER_NAME))))
+// One step of a line. Registers hold on to a line only if every step is inlined.
+#define VELMODEL_STEP VELMODEL_AVX512 __attribute__((always_inline)) inline
+
+namespace Atelier::Vel {
+
+namespace {
+
+/// A bit for each of 64 characters, the first in the lowest.
+using Bits = std::uint64_t;
+
+constexpr unsigned int kWindow = 64;
+
+// A double is exact up to fifteen digits.
+constexpr Bits kMostDecimalDigits = 15;
+
+// Corners are taken four at a time, of up to three numbers each.
+constexpr unsigned int kStepCorners = 4;
+
+/// The bytes of a register.
+struct Bytes {
+    alignas(64) std::uint8_t bytes[64] = {};
+
+    VELMODEL_STEP __m512i load() const { return _mm512_load_si512(bytes); }
+};
+
+constexpr Bytes repeated(std::uint8_t byte) {
+    Bytes result;
+    for (std::uint8_t& each : result.bytes)
+        each = byte;
+    return result;
+}
+
+constexpr Bytes counted() {
+    Bytes result;
+    for (unsigned int i = 0; i < 64; ++i)
+        result.bytes[i] = static_cast<std::uint8_t>(i);
+    return result;
+}
+
+/// In every `width` bytes: how far they are from their end.
+constexpr Bytes fromEnd(unsigned int width) {
+    Bytes result;
+    for (unsigned int i = 0; i < 64; ++i)
+        result.bytes[i] = static_cast<std::uint8_t>(width - i % width);
+    return result;
+}
+
+/// The numbers of `corners` corners, eight bytes for each: first their positions, then what else they have,
+/// kind by kind.
+constexpr Bytes cornerOrder(unsigned int numbers, unsigned int firstCorner, unsigned int corners) {
+    Bytes result;
+    for (unsigned int i = 0; i < corners * numbers * 8; ++i)
+        result.bytes[i] =
+            static_cast<std::uint8_t>((firstCorner + i / 8 % corners) * numbers + i / 8 / corners);
+    return result;
+}
+
+/// For each of four parts of a register the number of every other byte.
+constexpr Bytes countOrder() {
+    Bytes result;
+    for (unsigned int i = 0; i < 64; ++i)
+        result.bytes[i] = static_cast<std::uint8_t>(i / 16 * 2);
+    return result;
+}
+
+/// A constant in a register. Compilers would rather make it anew for each line than keep it.
+VELMODEL_STEP __m512i keep(const Bytes& constant) {
+    __m512i value = constant.load();
+    __asm__("" : "+v"(value));
+    return value;
+}
+
+constexpr Bytes kZeros = repeated('0');
+constexpr Bytes kTens = repeated(10);
+constexpr Bytes kMinuses = repeated('-');
+constexpr Bytes kCounted = counted();
+constexpr Bytes kControls = repeated(16);
+constexpr Bytes kFromEighth = fromEnd(8);
+
+struct Constants {
+    __m512i zeros = keep(kZeros);
+    __m512i tens = keep(kTens);
+    __m512i controls = keep(kControls);
+    __m512i minuses = keep(kMinuses);
+    __m512i counted = keep(kCounted);
+
+    VELMODEL_STEP Constants() {}
+};
+
+VELMODEL_STEP unsigned int firstOf(Bits bits) {
+    return static_cast<unsigned int>(_tzcnt_u64(bits));
+}
+
+VELMODEL_STEP unsigned int countOf(Bits bits) {
+    return static_cast<unsigned int>(_mm_popcnt_u64(bits));
+}
+
+VELMODEL_STEP Bits bitsBelow(unsigned int end) {
+    return _bzhi_u64(~Bits(0), end);
+}
+
+VELMODEL_STEP Bits findAll(const __m512i& text, char character) {
+    return _mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8(character));
+}
+
+/// Where the numbers of up to four corners lie, and which corners they are.
+struct CornersTask {
+    const char* at;
+    size_t corner;
+    __m128i places;    ///< of what follows the numbers
+    __m128i distances; ///< from what precedes them
+};
+
+/// Corners that were found and whose indices are still to be made. Finding and making is each a long chain of
+/// steps. A processor works on several lines at once, but only as far as it sees ahead: on twice as many when
+/// it does one of the two at a time.
+struct CornerTasks {
+    static constexpr size_t kLines = 64;
+    static constexpr size_t kStepsOfFace = ObjRun::kPlainCorners / kStepCorners;
+
+    FixedList<CornersTask, kLines + kStepsOfFace> list;
+    unsigned int numbers =
+        0; ///< of each corner, the same for all: four corners are made even where fewer are
+
+    bool hasRoom() const { return list.size <= kLines; }
+};
+
+/// Sixty-four characters.
+struct Window {
+    __m512i text;
+    Bits stops;    ///< what is no digit
+    Bits lineEnds; ///< line feeds, carriage returns and their neighbours, which are not plain
+
+    VELMODEL_STEP Window(const char* at, const Constants& constants)
+        : text(_mm512_loadu_si512(at)),
+          stops(_mm512_cmpge_epu8_mask(_mm512_sub_epi8(text, constants.zeros), constants.tens)),
+          lineEnds(_mm512_cmplt_epu8_mask(text, constants.controls)) {}
+};
+
+/// The line behind a line's end; null where that is none.
+VELMODEL_STEP const char* lineBehind(const char* end) {
+    if (*end == '\n')
+        return end + 1;
+    return *end == '\r' && end[1] == '\n' ? end + 2 : nullptr;
+}
+
+/// Digits as numbers of four.
+VELMODEL_STEP __m512i joinFours(const __m512i& digits) {
+    const __m512i pairs = _mm512_maddubs_epi16(digits, _mm512_set1_epi16(10 + (1 << 8)));
+    return _mm512_madd_epi16(pairs, _mm512_set1_epi32(100 + (1 << 16)));
+}
+
+/// Numbers of four digits as numbers of eight: in each part of the register two of `low`, then two of `high`.
+VELMODEL_STEP __m512i joinEights(const __m512i& low, const __m512i& high) {
+    return _mm512_madd_epi16(_mm512_packus_epi32(low, high), _mm512_set1_epi32(10000 + (1 << 16)));
+}
+
+/// The decimals of a vertex line.
+struct Decimals {
+    Bits lengths; ///< two bytes for each: the digits before its point and behind it
+    Bits signs;   ///< a bit for each
+};
+
+/// The lowest bit of the two bytes of each of the decimals.
+template<size_t Count>
+constexpr Bits kEachLength = Count == 2 ? 0x0001'0001 : 0x0001'0001'0001;
+
+/// Finds decimals that all have a point and follow each other with one blank between them, the last of them
+/// before the end of its line. Returns: whether that is what they do.
+template<size_t Count>
+VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& constants, Decimals& decimals) {
+    constexpr unsigned int kBits = 16 * Count;                       // of two bytes for each
+    constexpr Bits kShape = Count == 2 ? 0x2E'202E : 0x2E'202E'202E; // ". . .", read backwards
+    constexpr Bits kBlanks = Count == 2 ? 0b0010 : 0b001010;
+    constexpr Bits kLengths = kEachLength<Count> * 0x0101;
+    const Bits minuses = _mm512_cmpeq_epi8_mask(window.text, constants.minuses);
+    const Bits stops = _mm512_mask_cmpneq_epi8_mask(window.stops, window.text, constants.minuses);
+    const __m512i characters = _mm512_maskz_compress_epi8(stops, window.text);
+    const __m512i places = _mm512_maskz_compress_epi8(stops, constants.counted);
+    const auto shape = static_cast<Bits>(_mm_cvtsi128_si64(_mm512_castsi512_si128(characters)));
+    const auto ends = static_cast<Bits>(_mm_cvtsi128_si64(_mm512_castsi512_si128(places)));
+    const Bits starts = _pdep_u64(kBlanks, stops) << 1 | 1;
+    const Bits line = window.lineEnds ^ (window.lineEnds - 1); // up to the end
+    decimals.signs = _pext_u64(minuses, starts);
+    // The distances of the stops, without themselves and without the signs.
+    decimals.lengths = _bzhi_u64(ends - (ends << 8) - (0x0101010101010101 - 1), kBits) -
+                       _pdep_u64(decimals.signs, kEachLength<Count>);
+    const Bits empty = (decimals.lengths - kLengths) & (kLengths << 7);
+    const Bits lastStop = _bzhi_u64(ends, kBits) >> (kBits - 8);
+    return ((_bzhi_u64(shape, kBits - 8) ^ kShape) | (minuses & line & ~starts) | empty |
+            (lastStop ^ firstOf(window.lineEnds))) == 0;
+}
+
+/// Finds decimals with or without a point, and with anything behind the last of them.
+template<size_t Count>
+VELMODEL_STEP bool findDecimals(const Window& window, Decimals& decimals) {
+    const Bits digits = ~window.stops;
+    const Bits blanks = findAll(window.text, ' ');
+    Bits stops = blanks | window.lineEnds;
+    unsigned int ends[Count];
+    for (unsigned int& end : ends) {
+        end = firstOf(stops);
+        stops = _blsr_u64(stops);
+    }
+    const Bits line = bitsBelow(ends[Count - 1]);
+    // Behind two blanks, the last token is empty and starts where it ends.
+    const Bits starts = (blanks << 1 | 1) & (line << 1 | 1);
+    const Bits minuses = findAll(window.text, '-') & starts;
+    const Bits points = findAll(window.text, '.') & line;
+    Bits doubled = 0;
+    Bits before = 0;
+    decimals.lengths = 0;
+    for (size_t i = 0; i < Count; ++i) {
+        const Bits token = bitsBelow(ends[i]) & ~before;
+        before = bitsBelow(ends[i]);
+        const Bits point = points & token;
+        const Bits behindPoint = ~(point - 1); // nothing where there is no point
+        doubled |= point & (point - 1);
+        const Bits count = countOf(digits & token);
+        const Bits fraction = countOf(digits & token & behindPoint);
+        decimals.lengths |= (count - fraction) << 16 * i | fraction << (16 * i + 8);
+    }
+    decimals.signs = _pext_u64(minuses, starts);
+    // Each begins with a digit, behind its sign, and so it goes on behind its point.
+    const Bits mustBeDigits = (starts & ~minuses) | minuses << 1 | points << 1;
+    const Bits strangers = line & ~(digits | blanks | points | minuses);
+    return ends[Count - 1] < kWindow && ((mustBeDigits & ~digits) | strangers | doubled) == 0;
+}
+
+/// The digits of each decimal, `digitCounts` has how many, as a number in the lower half of a part of the
+/// register.
+VELMODEL_STEP __m512i mantissasOf(const Window& window, const Constants& constants, Bits digitCounts) {
+    static constexpr Bytes kFromSixteenth = fromEnd(16);
+    static constexpr Bytes kCountOrder = countOrder();
+    const __m512i counts = _mm512_permutexvar_epi8(
+        kCountOrder.load(), _mm512_castsi128_si512(_mm_cvtsi64_si128(static_cast<long long>(digitCounts))));
+    const __m512i values = _mm512_sub_epi8(window.text, constants.zeros);
+    // The digits without what is between them, then each decimal's at the end of sixteen bytes.
+    const __m512i digits = _mm512_maskz_expand_epi8(_mm512_cmple_epu8_mask(kFromSixteenth.load(), counts),
+                                                    _mm512_maskz_compress_epi8(~window.stops, values));
+    const __m512i fours = joinFours(digits);
+    const __m512i eights = joinEights(fours, fours);
+    return _mm512_add_epi64(_mm512_mul_epu32(eights, _mm512_set1_epi64(100000000)),
+                            _mm512_srli_epi64(eights, 32));
+}
+
+/// Numbers below 2^52 as doubles: behind the bits of 2^52 they are what exceeds it.
+VELMODEL_STEP __m128d toDoubles(__m128i numbers) {
+    const __m128d base = _mm_set1_pd(0x1p52);
+    return _mm_sub_pd(_mm_castsi128_pd(_mm_or_si128(numbers, _mm_castpd_si128(base))), base);
+}
+
+constexpr std::uint32_t kMinus = 0x80000000;
+// Row n has the sign bits for three bits.
+alignas(16) constexpr std::uint32_t kSigns[8][4] = {
+    {0, 0, 0, 0},      {kMinus, 0, 0, 0},      {0, kMinus, 0, 0},      {kMinus, kMinus, 0, 0},
+    {0, 0, kMinus, 0}, {kMinus, 0, kMinus, 0}, {0, kMinus, kMinus, 0}, {kMinus, kMinus, kMinus, 0},
+};
+
+VELMODEL_STEP const double* powerFor(const Decimals& decimals, unsigned int number) {
+    return kPowersOfTen + (decimals.lengths >> (16 * number + 8) & 0xFF);
+}
+
+template<size_t Count>
+VELMODEL_STEP void storeValues(const __m512i& mantissas, const Decimals& decimals, float* values) {
+    const __m128i first = _mm512_castsi512_si128(mantissas);
+    const __m128i second = _mm512_extracti32x4_epi32(mantissas, 1);
+    const __m128d powers = _mm_loadh_pd(_mm_load_sd(powerFor(decimals, 0)), powerFor(decimals, 1));
+    const __m128 two = _mm_cvtpd_ps(_mm_div_pd(toDoubles(_mm_unpacklo_epi64(first, second)), powers));
+    const __m128 signs = _mm_load_ps(reinterpret_cast<const float*>(kSigns[decimals.signs]));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(values), _mm_castps_si128(_mm_or_ps(two, signs)));
+    if constexpr (Count == 3) {
+        const __m128d third = toDoubles(_mm512_extracti32x4_epi32(mantissas, 2));
+        const __m128 one = _mm_cvtpd_ps(_mm_div_sd(third, _mm_load_sd(powerFor(decimals, 2))));
+        _mm_store_ss(values + 2, _mm_or_ps(one, _mm_movehl_ps(signs, signs)));
+    }
+}
+
+/// Takes a vertex line; `at` is behind the keyword and a blank.
+template<size_t Count, size_t N>
+VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants, FixedList<float, N>& values,
+                                     quint32& lineCount) {
+    while (*at == ' ')
+        ++at;
+    const Window window(at, constants);
+    Decimals decimals;
+    if (lineCount == 0 || window.lineEnds == 0 ||
+        (!findUsualDecimals<Count>(window, constants, decimals) && !findDecimals<Count>(window, decimals)))
+        return nullptr;
+    // What may stand before the line's end are operands that nobody reads.
+    const char* const next = lineBehind(at + firstOf(window.lineEnds));
+    const Bits digitCounts = (decimals.lengths + (decimals.lengths >> 8)) & kEachLength<Count> * 0xFF;
+    const Bits tooMany =
+        (digitCounts + kEachLength<Count> * (0x7F - kMostDecimalDigits)) & kEachLength<Count> << 7;
+    if (next == nullptr || tooMany != 0)
+        return nullptr;
+    storeValues<Count>(mantissasOf(window, constants, digitCounts), decimals, values.items + values.size);
+    values.size += Count;
+    ++lineCount;
+    return next;
+}
+
+/// The first sixteen characters of a line that are no digits, as far as they are among 128.
+struct Stops {
+    unsigned int lineEnd; ///< the place of the first
+    unsigned int last;    ///< the number of the stop that it is
+    __m128i places;
+    __m128i distances; ///< from the stop before each
+    __m128i characters;
+
+    VELMODEL_STEP Stops(const char* at, const Constants& constants) {
+        const Window low(at, constants);
+        __m512i all = _mm512_maskz_compress_epi8(low.stops, constants.counted);
+        if (low.lineEnds != 0) {
+            lineEnd = firstOf(low.lineEnds);
+            last = countOf(_bzhi_u64(low.stops, lineEnd));
+            characters = _mm512_castsi512_si128(_mm512_permutexvar_epi8(all, low.text));
+        } else {
+            const Window high(at + kWindow, constants);
+            const unsigned int lowCount = countOf(low.stops);
+            lineEnd = kWindow + firstOf(high.lineEnds);
+            last = lowCount + countOf(_bzhi_u64(high.stops, lineEnd - kWindow));
+            const __m512i highPlaces = _mm512_or_si512(constants.counted, _mm512_set1_epi8(kWindow));
+            all = _mm512_mask_expand_epi8(all, ~bitsBelow(lowCount),
+                                          _mm512_maskz_compress_epi8(high.stops, highPlaces));
+            characters = _mm512_castsi512_si128(_mm512_permutex2var_epi8(low.text, all, high.text));
+        }
+        places = _mm512_castsi512_si128(all);
+        distances = _mm_sub_epi8(places, _mm_alignr_epi8(places, _mm_set1_epi8(-1), 15));
+    }
+};
+
+/// The digits before some stops, each number's at the end of eight bytes. `order` has the number of the stop
+/// for each byte.
+VELMODEL_STEP __m512i digitsBefore(const CornersTask& task, const Bytes& order) {
+    const __m512i fromEighth = kFromEighth.load();
+    const __m512i numbers = order.load();
+    const __m512i places = _mm512_permutexvar_epi8(numbers, _mm512_castsi128_si512(task.places));
+    const __m512i distances = _mm512_permutexvar_epi8(numbers, _mm512_castsi128_si512(task.distances));
+    const __m512i text =
+        _mm512_permutex2var_epi8(_mm512_loadu_si512(task.at), _mm512_sub_epi8(places, fromEighth),
+                                 _mm512_loadu_si512(task.at + kWindow));
+    return _mm512_maskz_sub_epi8(_mm512_cmplt_epu8_mask(fromEighth, distances), text, kZeros.load());
+}
+
+VELMODEL_STEP void store(__m128i indices, quint32* to) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), indices);
+}
+
+/// The numbers of four corners, kind by kind.
+template<unsigned int Numbers>
+VELMODEL_STEP __m512i numbersOfFour(const CornersTask& task) {
+    if constexpr (Numbers == 3) {
+        static constexpr Bytes kFirstCorners = cornerOrder(Numbers, 0, 2);
+        static constexpr Bytes kOtherCorners = cornerOrder(Numbers, 2, 2);
+        return joinEights(joinFours(digitsBefore(task, kFirstCorners)),
+                          joinFours(digitsBefore(task, kOtherCorners)));
+    } else {
+        // All of them fit into one register, of which each part comes out twice.
+        const __m512i everyOther = _mm512_set_epi64(6, 4, 2, 0, 6, 4, 2, 0);
+        static constexpr Bytes kAllCorners = cornerOrder(Numbers, 0, 4);
+        const __m512i fours = joinFours(digitsBefore(task, kAllCorners));
+        return _mm512_permutexvar_epi64(everyOther, joinEights(fours, fours));
+    }
+}
+
+/// Makes the indices of corners of `Numbers` numbers each.
+template<unsigned int Numbers>
+VELMODEL_AVX512 void makeIndices(const CornerTasks& tasks, ObjRun& run) {
+    const __m128i none = _mm_set1_epi32(static_cast<int>(kNoIndex));
+    for (size_t i = 0; i < tasks.list.size; ++i) {
+        const CornersTask& task = tasks.list.items[i];
+        const __m512i numbers = numbersOfFour<Numbers>(task);
+        // What was 0 is the highest number now, and all others are below kNoIndex.
+        const __m512i indices = _mm512_min_epu32(_mm512_sub_epi32(numbers, _mm512_set1_epi32(1)),
+                                                 _mm512_set1_epi32(static_cast<int>(kNoIndex)));
+        store(_mm512_castsi512_si128(indices), run.positionIndices.items + task.corner);
+        store(Numbers > 1 ? _mm512_extracti32x4_epi32(indices, 1) : none,
+              run.texCoordIndices.items + task.corner);
+        store(Numbers > 2 ? _mm512_extracti32x4_epi32(indices, 2) : none,
+              run.normalIndices.items + task.corner);
+    }
+}
+
+/// Corners of one, two or three numbers.
+struct CornerShape {
+    alignas(16) char stops[17];             ///< what follows the numbers
+    alignas(16) std::uint8_t distances[16]; ///< the least of two stops
+    alignas(16) std::uint8_t more[16];      ///< by how much they may exceed that
+    std::uint64_t counts; ///< four bits for each count of numbers: the corners that it makes, if it does
+};
+
+// Texture coordinates may be empty between two slashes.
+constexpr CornerShape kCornerShapes[] = {
+    {"                ",
+     {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2},
+     {6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6},
+     0x43210},
+    {"/ / / / / / / / ",
+     {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2},
+     {6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6, 6},
+     0x403020100},
+    {"// // // // // /",
+     {2, 1, 2, 2, 1, 2, 2, 1, 2, 2, 1, 2, 2, 1, 2, 2},
+     {6, 7, 6, 6, 7, 6, 6, 7, 6, 6, 7, 6, 6, 7, 6, 6},
+     0x4003002001000},
+};
+
+VELMODEL_STEP __m128i loadPart(const void* bytes) {
+    return _mm_load_si128(static_cast<const __m128i*>(bytes));
+}
+
+/// Takes up to four corners of `Numbers` numbers each, of as many as there are up to the line's end. Returns:
+/// how many; 0 where they are not plain.
+template<unsigned int Numbers>
+VELMODEL_STEP unsigned int countCorners(const Stops& stops, unsigned int numbers) {
+    constexpr const CornerShape& kShape = kCornerShapes[Numbers - 1];
+    constexpr unsigned int kMost = kStepCorners * Numbers;
+    __mmask16 strangers = _mm_cmpneq_epi8_mask(stops.characters, loadPart(kShape.stops));
+    strangers =
+        _mm_mask_cmpge_epu8_mask(strangers, stops.characters, _mm_set1_epi8(16)); // but for the line's end
+    const __mmask16 wrong =
+        _mm_cmpgt_epu8_mask(_mm_sub_epi8(stops.distances, loadPart(kShape.distances)), loadPart(kShape.more));
+    const unsigned int taken = std::min(numbers, kMost);
+    const bool isPlain = _bzhi_u32(_kor_mask16(strangers, wrong), taken) == 0;
+    return isPlain ? static_cast<unsigned int>(kShape.counts >> 4 * taken & 0xF) : 0;
+}
+
+/// The numbers of each corner, by what follows the first two: 1 for "1 ", 2 for "1/2 ", 3 for "1/2/" and
+/// "1//".
+VELMODEL_STEP unsigned int numbersOf(const __m128i& characters) {
+    const int two = _mm_cvtsi128_si32(characters);
+    if ((two & 0xFF) != '/')
+        return 1;
+    return (two >> 8 & 0xFF) == '/' ? 3 : 2;
+}
+
+/// Takes a face; `at` is behind the keyword and a blank.
+VELMODEL_STEP const char* takeFace(const char* at, const Constants& constants, ObjRun& run,
+                                   CornerTasks& tasks) {
+    while (*at == ' ')
+        ++at;
+    size_t corners = 0;
+    while (corners + kStepCorners <= ObjRun::kPlainCorners) {
+        const Stops stops(at, constants);
+        // Behind a blank at the line's end there is no number.
+        const unsigned int left = stops.last + ((at + stops.lineEnd)[-1] == ' ' ? 0 : 1);
+        const unsigned int numbers = numbersOf(stops.characters);
+        if (tasks.list.size == 0)
+            tasks.numbers = numbers;
+        const unsigned int count = numbers == 1   ? countCorners<1>(stops, left)
+                                   : numbers == 2 ? countCorners<2>(stops, left)
+                                                  : countCorners<3>(stops, left);
+        // Corners of another shape have to wait for the next lines to be taken.
+        if (count == 0 || numbers != tasks.numbers)
+            return nullptr;
+        tasks.list.push({at, run.positionIndices.size + corners, stops.places, stops.distances});
+        corners += count;
+        if (left <= kStepCorners * numbers) {
+            const char* const next = lineBehind(at + stops.lineEnd);
+            if (next != nullptr)
+                run.addFace(corners);
+            return next;
+        }
+        const int end = numbers == 1   ? _mm_extract_epi8(stops.places, 3)
+                        : numbers == 2 ? _mm_extract_epi8(stops.places, 7)
+                                       : _mm_extract_epi8(stops.places, 11);
+        at += end + 1;
+    }
+    return nullptr;
+}
+
+VELMODEL_STEP const char* takeLine(const char* first, const Constants& constants, ObjLineCounts& counts,
+                                   ObjRun& run, CornerTasks& tasks) {
+    if (first[1] == ' ' && first[0] == 'f')
+        return takeFace(first + 2, constants, run, tasks);
+    if (first[0] != 'v')
+        return nullptr;
+    if (first[1] == ' ')
+        return takeVertex<3>(first + 2, constants, run.positions, counts.positions);
+    if (first[2] != ' ')
+        return nullptr;
+    if (first[1] == 'n')
+        return takeVertex<3>(first + 3, constants, run.normals, counts.normals);
+    return first[1] == 't' ? takeVertex<2>(first + 3, constants, run.texCoords, counts.texCoords) : nullptr;
+}
+
+/// Takes some lines, none where the first is not plain. Returns: the first that it did not take.
+VELMODEL_AVX512 const char* takeLines(const char* first, const char* last, ObjLineCounts& counts,
+                                      ObjRun& run) {
+    const Constants constants;
+    CornerTasks tasks;
+    size_t lines = std::min(run.roomForLines(), CornerTasks::kLines);
+    for (; lines != 0 && first != last && tasks.hasRoom(); --lines) {
+        const char* const next = takeLine(first, constants, counts, run, tasks);
+        if (next == nullptr)
+            break;
+        first = next;
+    }
+    if (tasks.numbers == 1)
+        makeIndices<1>(tasks, run);
+    else if (tasks.numbers == 2)
+        makeIndices<2>(tasks, run);
+    else
+        makeIndices<3>(tasks, run);
+    return first;
+}
+
+const char* parseLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
+    const char* next = first;
+    do {
+        first = next;
+        next = takeLines(first, last, counts, run);
+    } while (next != first);
+    return first;
+}
+
+} // namespace
+
+WideParser* findAvx512Parser() {
+    const bool isThere = VELMODEL_FEATURES(VELMODEL_HAS, VELMODEL_HAS_FURTHER);
+    return isThere ? parseLines : nullptr;
+}
+
+} // namespace Atelier::Vel
+
+#else
+
+namespace Atelier::Vel {
+
+WideParser* findAvx512Parser() {
+    return nullptr;
+}
+
+} // namespace Atelier::Vel
+
+#endif

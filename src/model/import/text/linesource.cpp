@@ -1,0 +1,290 @@
+#include "import/text/linesource.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include <QtCore/QTextCodec>
+
+namespace Atelier::Vel {
+
+namespace {
+
+// The number of bytes that a QTextStream reads and decodes at a time.
+constexpr int kStreamBlockBytes = 16384;
+constexpr int kUtf8Mib = 106;
+
+// The device of a stream that reads it from its start, in text mode, as UTF-8 unless a byte-order mark says
+// otherwise; else null.
+QFileDevice* plainFile(const QTextStream& stream) {
+    auto* device = qobject_cast<QFileDevice*>(stream.device());
+    const bool plain = device != nullptr && device->isReadable() && device->isTextModeEnabled() &&
+                       !device->isSequential() && device->pos() == 0;
+    const bool utf8 = stream.autoDetectUnicode() && stream.codec() == QTextCodec::codecForLocale() &&
+                      stream.codec()->mibEnum() == kUtf8Mib;
+    return plain && utf8 ? device : nullptr;
+}
+
+qint64 readRaw(QIODevice& device, char* bytes, qint64 count) {
+    device.setTextModeEnabled(false);
+    const qint64 read = device.read(bytes, count);
+    device.setTextModeEnabled(true);
+    return read;
+}
+
+struct Content {
+    bool foreign = false;
+    bool carriageReturn = false;
+};
+
+Content contentOf(const char* first, const char* last) {
+    unsigned char allBits = 0;
+    unsigned char carriageReturns = 0;
+    for (; first != last; ++first) {
+        allBits = static_cast<unsigned char>(allBits | static_cast<unsigned char>(*first));
+        carriageReturns = static_cast<unsigned char>(carriageReturns | (*first == '\r' ? 1 : 0));
+    }
+    return {allBits >= 0x80, carriageReturns != 0};
+}
+
+// Whether the bytes hold a UTF-8 byte-order mark that begins at `cut` or is cut there.
+bool isMarkAt(const char* first, const char* cut, const char* last) {
+    constexpr char kMark[] = {'\xEF', '\xBB', '\xBF'};
+    const char* from = std::max(first, cut - 2);
+    const char* to = std::min(last, cut + 3);
+    return std::search(from, to, std::begin(kMark), std::end(kMark)) != to;
+}
+
+char byteFor(QChar character) {
+    if (character.unicode() < 0x80)
+        return static_cast<char>(character.unicode());
+    return character.isSpace() ? ' ' : LineSource::kForeign;
+}
+
+} // namespace
+
+LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
+    : _stream(stream), _device(plainFile(*stream)), _limits(limits) {
+    if (_device == nullptr)
+        return;
+    _fileSize = _device->size();
+    reserveBlock(std::min(_limits.blockBytes, _fileSize));
+    readBlock();
+    skipByteOrderMark();
+}
+
+void LineSource::skipByteOrderMark() {
+    // The beginning of the file is gone when its first line was too long.
+    if (_blockOffset != 0)
+        return;
+    const QByteArray start =
+        QByteArray::fromRawData(_block, static_cast<int>(std::min<qint64>(_blockEnd - _block, 4)));
+    const QTextCodec* codec = QTextCodec::codecForUtfText(start, nullptr);
+    if (codec == nullptr)
+        return;
+    if (codec->mibEnum() == kUtf8Mib) {
+        _unread += 3;
+        return;
+    }
+    _device->seek(0);
+    _device = nullptr;
+    _bytesRead = 0;
+    _unread = _wholeLinesEnd;
+}
+
+bool LineSource::fill() {
+    while (_unread == _wholeLinesEnd)
+        if (_device == nullptr || !readBlock())
+            return false;
+    return true;
+}
+
+bool LineSource::next() {
+    if (_device == nullptr)
+        return nextOfStream();
+    while (fill()) {
+        const char* first = _unread;
+        const auto* lineFeed =
+            static_cast<const char*>(std::memchr(first, '\n', static_cast<size_t>(_wholeLinesEnd - first)));
+        _unread = lineFeed + 1;
+        if (lineFeed - first <= _limits.lineBytes) {
+            show(first, lineFeed);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool LineSource::nextOfStream() {
+    while (!_stream->atEnd()) {
+        _decoded = _stream->readLine(_limits.lineBytes);
+        // Null is what a stream gives whose device has bytes left but no character, or cannot be read.
+        if (_decoded.isNull())
+            return false;
+        if (_decoded.size() < _limits.lineBytes) {
+            showDecoded();
+            return true;
+        }
+        while (_decoded.size() == _limits.lineBytes)
+            _decoded = _stream->readLine(_limits.lineBytes);
+    }
+    return false;
+}
+
+void LineSource::reserveBlock(qint64 bytes) {
+    if (bytes < _capacity)
+        return;
+    const qint64 used = _blockEnd - _block;
+    _capacity = std::max(bytes + 1, 2 * _capacity);
+    std::unique_ptr<char[]> grown(new char[static_cast<size_t>(kPadding + _capacity + kPadding)]);
+    if (used > 0)
+        std::memcpy(grown.get() + kPadding, _block, static_cast<size_t>(used));
+    _storage = std::move(grown);
+    _block = _storage.get() + kPadding;
+    _blockEnd = _block + used;
+    _unread = _wholeLinesEnd = _block;
+}
+
+bool LineSource::readBlock() {
+    if (_lastLineClosed)
+        return false;
+    // The line that has no end yet moves to the front.
+    const qint64 carried = _blockEnd - _unread;
+    _blockOffset += _unread - _block;
+    std::memmove(_block, _unread, static_cast<size_t>(carried));
+    _blockEnd = _block + carried;
+    _unread = _wholeLinesEnd = _block;
+    for (;;) {
+        const qint64 fresh = readBytes();
+        if (fresh == 0)
+            return closeLastLine();
+        if (findWholeLines(_blockEnd - fresh))
+            return true;
+    }
+}
+
+qint64 LineSource::readBytes() {
+    if (_device->atEnd())
+        return 0;
+    // A small file needs no large block. One that has grown meanwhile does.
+    const qint64 left = _fileSize - _bytesRead;
+    const qint64 wanted = left > 0 ? std::min(_limits.blockBytes, left) : _limits.blockBytes;
+    reserveBlock(_blockEnd - _block + wanted);
+    const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, wanted), 0);
+    _blockEnd += count;
+    _bytesRead += count;
+    *_blockEnd = '\n';
+    return count;
+}
+
+bool LineSource::findWholeLines(const char* fresh) {
+    const void* const lineFeed = std::memchr(fresh, '\n', static_cast<size_t>(_blockEnd - fresh));
+    if (_inOverlongLine) {
+        _inOverlongLine = lineFeed == nullptr;
+        _unread = _wholeLinesEnd = _inOverlongLine ? _blockEnd : static_cast<const char*>(lineFeed) + 1;
+    }
+    for (const char* end = _blockEnd; lineFeed != nullptr; --end) {
+        if (end[-1] == '\n') {
+            _wholeLinesEnd = end;
+            return true;
+        }
+    }
+    _inOverlongLine = _inOverlongLine || _blockEnd - _unread > _limits.lineBytes;
+    if (_inOverlongLine)
+        dropBlock();
+    return false;
+}
+
+void LineSource::dropBlock() {
+    _blockOffset += _blockEnd - _block;
+    _blockEnd = _block;
+    _unread = _wholeLinesEnd = _blockEnd;
+}
+
+bool LineSource::closeLastLine() {
+    if (_blockEnd == _block)
+        return false;
+    *_blockEnd++ = '\n';
+    *_blockEnd = '\n';
+    _lastLineClosed = true;
+    _wholeLinesEnd = _blockEnd;
+    return true;
+}
+
+void LineSource::show(const char* first, const char* lineFeed) {
+    const Content content = contentOf(first, lineFeed);
+    _isDecoded = content.foreign;
+    if (content.foreign) {
+        const bool closedHere = _lastLineClosed && lineFeed + 1 == _blockEnd;
+        decode(first, closedHere ? lineFeed : lineFeed + 1);
+    } else if (content.carriageReturn) {
+        showWithoutCarriageReturns(first, lineFeed);
+    } else {
+        _lineBegin = first;
+        _lineEnd = lineFeed;
+    }
+}
+
+void LineSource::showWithoutCarriageReturns(const char* first, const char* last) {
+    _bytes.clear();
+    std::remove_copy(first, last, std::back_inserter(_bytes), '\r');
+    _lineBegin = _bytes.data();
+    _lineEnd = _lineBegin + _bytes.size();
+}
+
+// Cuts the bytes where the stream cuts the file, since it shows: a sequence that is cut there and turns out
+// to be malformed is lost, anywhere else it gives replacement characters.
+void LineSource::decode(const char* first, const char* last) {
+    QTextCodec::ConverterState state;
+    const QTextCodec* utf8 = _stream->codec();
+    _decoded.clear();
+    for (const char* piece = first; piece != last;) {
+        const qint64 offset = _blockOffset + (piece - _block);
+        const qint64 past = offset % kStreamBlockBytes;
+        const qint64 length = std::min<qint64>(last - piece, kStreamBlockBytes - past);
+        const bool dropsMark = past == 0 && isMarkAt(first, piece, last) && streamDropsMark(offset);
+        state.flags = dropsMark ? QTextCodec::DefaultConversion : QTextCodec::IgnoreHeader;
+        _decoded += utf8->toUnicode(piece, static_cast<int>(length), &state);
+        piece += length;
+    }
+    _decoded.remove(QLatin1Char('\r'));
+    if (_decoded.endsWith(QLatin1Char('\n')))
+        _decoded.chop(1);
+    showDecoded();
+}
+
+// A stream drops a byte-order mark at the start of any of its blocks, not only of the first, as long as its
+// decoder has not left the fast lane for ASCII. Only decoding the file from its start tells; it is done once
+// at most, since a mark, dropped or not, is a character for which the decoder leaves that lane.
+bool LineSource::streamDropsMark(qint64 offset) {
+    if (_passedMark)
+        return false;
+    _passedMark = true;
+    const qint64 position = _device->pos();
+    QTextCodec::ConverterState state;
+    QByteArray block(kStreamBlockBytes, Qt::Uninitialized);
+    _device->seek(0);
+    for (qint64 done = 0; done < offset; done += kStreamBlockBytes) {
+        const qint64 count = readRaw(*_device, block.data(), kStreamBlockBytes);
+        _stream->codec()->toUnicode(block.constData(), static_cast<int>(std::max<qint64>(count, 0)), &state);
+    }
+    _device->seek(position);
+    return !state.flags.testFlag(QTextCodec::IgnoreHeader);
+}
+
+void LineSource::showDecoded() {
+    _isDecoded = true;
+    _bytes.resize(static_cast<size_t>(_decoded.size()));
+    std::transform(_decoded.cbegin(), _decoded.cend(), _bytes.begin(), byteFor);
+    _lineBegin = _bytes.data();
+    _lineEnd = _lineBegin + _bytes.size();
+}
+
+QString LineSource::text(const char* first, const char* last) const {
+    const int length = static_cast<int>(last - first);
+    if (_isDecoded)
+        return _decoded.mid(static_cast<int>(first - _lineBegin), length);
+    return QString::fromLatin1(first, length);
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <memory>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include "context/nativecontext.h"
+#include "objects/glname.h"
+
+namespace Atelier::Vel {
+
+/// The names that a group of sharing contexts has in common. A labelled buffer tells the group from others:
+/// no window system says for every context with whom it shares.
+class ShareGroup : public NameOwner {
+public:
+    /// Requires: one of the new group's contexts is natively current.
+    ShareGroup();
+
+    /// Whether the context that is natively current belongs to this group.
+    bool isCurrent() const;
+
+private:
+    unsigned int _tag = 0;
+    QByteArray _label;
+};
+
+/// What a context can do beyond the least that VelGL asks for.
+struct ContextFeatures {
+    bool directStateAccess = true;
+    bool drawParameters = true; ///< vertex shaders know the number of the draw within a multi-draw
+};
+
+/// What VelGL knows of one native context.
+class ContextGL {
+public:
+    /// Requires: `native` is current; `group` is its group. `wanted` features stay where the driver has them.
+    ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> group, const ContextFeatures& wanted);
+
+    /// The context that GL calls reach now; null when there is none that VelGL can use. Deletes what waits
+    /// for it.
+    static ContextGL* current();
+
+    /// Tells contexts apart, also when one has the handle of an earlier one.
+    quint64 serial() const { return _serial; }
+    const NativeContext& native() const { return _native; }
+    int version() const { return _version; }
+    const QString& description() const { return _description; }
+    const ContextFeatures& features() const { return _features; }
+
+    /// Owner of the names that sharing contexts have in common: buffers, textures, programs.
+    const std::shared_ptr<ShareGroup>& group() const { return _group; }
+    /// Owner of the names of this context alone: vertex arrays.
+    const std::shared_ptr<NameOwner>& ownNames() const { return _ownNames; }
+    bool owns(const NameOwner& owner) const { return &owner == _group.get() || &owner == _ownNames.get(); }
+    /// Requires: this context is natively current.
+    void deleteQueued();
+
+private:
+    quint64 _serial;
+    NativeContext _native;
+    int _version;
+    QString _description;
+    ContextFeatures _features;
+    std::shared_ptr<ShareGroup> _group;
+    std::shared_ptr<NameOwner> _ownNames;
+};
+
+/// The version of what is natively current times ten, 0 for OpenGL ES.
+int currentVersion();
+
+} // namespace Atelier::Vel

@@ -1,0 +1,56 @@
+#include <epoxy/gl.h>
+
+#include <velgl/glentrypoints.h>
+
+#include "context/contextgl.h"
+#include "state/pixelstore.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+void pixelStorei(unsigned int name, int value) {
+    if (ContextGL::current())
+        glPixelStorei(name, value);
+}
+
+void texParameteri(unsigned int target, unsigned int name, int value) {
+    if (ContextGL::current())
+        glTexParameteri(target, name, value);
+}
+
+// The pixels lie in memory, row after row, whatever rows or unpack buffer the client has set for itself.
+void texImage2D(unsigned int target, int level, int internalFormat, int width, int height, int border,
+                unsigned int format, unsigned int type, const void* pixels) {
+    if (!ContextGL::current())
+        return;
+    const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack, ScopedPixelStore::Alignment::Client);
+    glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
+}
+
+// Where there was no memory for the image, asking for smaller ones is a mistake to OpenGL.
+bool lacksImage(unsigned int target) {
+    GLint width = 1;
+    if (target == GL_TEXTURE_2D)
+        glGetTexLevelParameteriv(target, 0, GL_TEXTURE_WIDTH, &width);
+    return width == 0;
+}
+
+void generateMipmap(unsigned int target) {
+    if (ContextGL::current() && !lacksImage(target))
+        glGenerateMipmap(target);
+}
+
+void getIntegerv(unsigned int name, int* values) {
+    if (ContextGL::current())
+        glGetIntegerv(name, values);
+}
+
+} // namespace
+
+GLEntryPoints& glEntryPoints() {
+    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap, getIntegerv};
+    return entryPoints;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,71 @@
+#include <epoxy/gl.h>
+
+#include "context/glerrors.h"
+
+#include <QtCore/QStringList>
+
+#include "context/log.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+QString errorName(GLenum error) {
+    switch (error) {
+    case GL_OUT_OF_MEMORY:
+        return QStringLiteral("GL_OUT_OF_MEMORY");
+    case GL_INVALID_ENUM:
+        return QStringLiteral("GL_INVALID_ENUM");
+    case GL_INVALID_VALUE:
+        return QStringLiteral("GL_INVALID_VALUE");
+    case GL_INVALID_OPERATION:
+        return QStringLiteral("GL_INVALID_OPERATION");
+    case GL_INVALID_FRAMEBUFFER_OPERATION:
+        return QStringLiteral("GL_INVALID_FRAMEBUFFER_OPERATION");
+    case GL_CONTEXT_LOST:
+        return QStringLiteral("GL_CONTEXT_LOST");
+    default:
+        return QStringLiteral("0x%1").arg(error, 0, 16);
+    }
+}
+
+} // namespace
+
+QString takeErrors() {
+    // There are no more kinds; a context that is lost may go on telling so for ever.
+    constexpr int kMostErrors = 8;
+    QStringList names;
+    for (int i = 0; i < kMostErrors; ++i) {
+        const GLenum error = glGetError();
+        if (error == GL_NO_ERROR)
+            break;
+        names.append(errorName(error));
+    }
+    names.removeDuplicates();
+    return names.join(QStringLiteral(", "));
+}
+
+void RefusalReport::refuse(const char* action, const QString& label) {
+    const QString errors = takeErrors();
+    if (_isRefused)
+        return;
+    _isRefused = true;
+    _waiting =
+        QStringLiteral("could not be %1 (%2)")
+            .arg(QLatin1String(action), errors.isEmpty() ? QStringLiteral("no error is told") : errors);
+    setLabel(label);
+}
+
+void RefusalReport::setLabel(const QString& label) {
+    if (_waiting.isNull() || label.isEmpty())
+        return;
+    qCWarning(velglLog, "%s '%s' %s", _kind, qPrintable(label), qPrintable(_waiting));
+    _waiting = QString();
+}
+
+void RefusalReport::itWorks() {
+    _isRefused = false;
+    _waiting = QString();
+}
+
+} // namespace Atelier::Vel

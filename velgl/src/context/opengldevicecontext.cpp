@@ -1,0 +1,82 @@
+#include <velgl/opengldevicecontext.h>
+
+#include <velgl/bufferobject.h>
+#include <velgl/sharedpointer.h>
+#include <velgl/vertexarrayobject.h>
+
+#include "context/contexttable.h"
+
+namespace Atelier::Vel {
+
+struct OpenGLDeviceContext::Data {
+    std::unique_ptr<ContextGL> gl;
+};
+
+std::unique_ptr<ContextGL>& ContextAccess::gl(OpenGLDeviceContext& context) {
+    return context._data->gl;
+}
+
+namespace {
+
+// Static objects are destroyed after the main thread's own, and may still ask for a context then.
+thread_local bool substituteIsGone = false;
+
+struct Substitute {
+    QSharedPointer<OpenGLDeviceContext> context;
+    ~Substitute() { substituteIsGone = true; }
+};
+
+thread_local Substitute substitute;
+
+} // namespace
+
+OpenGLDeviceContext::OpenGLDeviceContext() : _data(std::make_unique<Data>()) {}
+
+OpenGLDeviceContext::~OpenGLDeviceContext() = default;
+
+QSharedPointer<OpenGLDeviceContext> OpenGLDeviceContext::current() {
+    if (!substituteIsGone && substitute.context)
+        return substitute.context;
+    return ContextTable::instance().current();
+}
+
+void OpenGLDeviceContext::setCurrent(QSharedPointer<OpenGLDeviceContext> context) {
+    if (!substituteIsGone)
+        substitute.context.swap(context);
+}
+
+bool OpenGLDeviceContext::makeCurrent() {
+    if (const ContextGL* gl = _data->gl.get())
+        return gl->native() == currentNativeContext();
+    return current() == this;
+}
+
+void OpenGLDeviceContext::doneCurrent() {}
+
+QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {
+    return shared(std::make_unique<BufferObject>());
+}
+
+QSharedPointer<VertexArrayObject> OpenGLDeviceContext::createVertexArrayObject() {
+    return shared(std::make_unique<VertexArrayObject>());
+}
+
+int OpenGLDeviceContext::version() const {
+    return _data->gl ? _data->gl->version() : 0;
+}
+
+QString OpenGLDeviceContext::description() const {
+    return _data->gl ? _data->gl->description() : QString();
+}
+
+ContextGL* ContextGL::current() {
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
+    // An object put in place by setCurrent() need not be the one that is natively current.
+    if (!gl || gl->native() != currentNativeContext())
+        return nullptr;
+    gl->deleteQueued();
+    return gl;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,221 @@
+#include "state/scopedbinding.h"
+
+#include <velgl/drawbuffers.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+#include <velgl/bufferobject.h>
+#include <velgl/vertexarrayobject.h>
+
+#include "context/glerrors.h"
+#include "context/log.h"
+#include "objects/bufferoperations.h"
+#include "objects/scalartype.h"
+#include "state/programinputs.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using Command = DrawElementsIndirectCommand;
+
+void setUniform(GLuint program, const char* name, GLint value) {
+    const GLint location = glGetUniformLocation(program, name);
+    if (location >= 0)
+        glProgramUniform1i(program, location, value);
+}
+
+// Asks OpenGL for errors around a draw. What was noted before is none of the draw's, and must not be lost.
+class DrawCheck {
+public:
+    explicit DrawCheck(const QString& label) : _label(label) {
+        const QString errors = takeErrors();
+        if (!errors.isEmpty())
+            qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
+                      qPrintable(label));
+    }
+    ~DrawCheck() {
+        const QString errors = takeErrors();
+        if (!errors.isEmpty())
+            qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(_label), qPrintable(errors));
+    }
+    DrawCheck(const DrawCheck&) = delete;
+    DrawCheck& operator=(const DrawCheck&) = delete;
+
+private:
+    QString _label;
+};
+
+} // namespace
+
+struct DrawBuffers::Data {
+    QSharedPointer<VertexArrayObject> vao;
+    QSharedPointer<BufferObject> indices;
+    int indexCount = 0;
+    unsigned int indexType = GL_UNSIGNED_INT;
+    unsigned int vertexCount = 0;
+    unsigned int primitiveType = GL_TRIANGLES;
+    QVector<Command> commands;
+    GLNames indirect;
+    quint64 checkedBytes = 0; // of the indices that the commands in `indirect` were checked against
+    RefusalReport report{"Draw commands of"};
+    int checkedCount = 0; // commands at the front that OpenGL was seen to draw, or to refuse
+
+    QString label() const { return vao ? vao->label() : QString(); }
+    quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
+    const GLName* indirectIn(const ContextGL& gl);
+    QVector<Command> safeCommands() const;
+    bool canDraw() const;
+};
+
+// What a command may read: no more than was announced, and no more than there is.
+QVector<Command> DrawBuffers::Data::safeCommands() const {
+    quint64 available = quint64(std::max(indexCount, 0));
+    if (const int size = scalarSize(indexType))
+        available = std::min(available, indexBytes() / quint64(size));
+    QVector<Command> safe = commands;
+    int refused = 0;
+    for (Command& command : safe) {
+        if (quint64(command.firstIndex) + command.count <= available)
+            continue;
+        command.count = 0;
+        ++refused;
+    }
+    if (refused > 0)
+        qCWarning(velglLog, "%d of %d draw commands reach beyond the %llu indices; they draw nothing",
+                  refused, safe.size(), available);
+    return safe;
+}
+
+const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
+    if (const quint64 bytes = indexBytes(); bytes != checkedBytes) {
+        indirect = {};
+        checkedBytes = bytes;
+    }
+    if (const GLName* name = indirect.find(*gl.group()))
+        return name;
+    const QVector<Command> safe = safeCommands();
+    GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
+    const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
+    if (!buffer.isAlive() || !fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW)) {
+        report.refuse("uploaded", label());
+        return nullptr;
+    }
+    report.itWorks();
+    checkedCount = 0;
+    return &indirect.add(std::move(buffer));
+}
+
+bool DrawBuffers::Data::canDraw() const {
+    const bool knowsIndices =
+        indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
+    return vao && indices && knowsIndices && indices->name() != 0 && indexBytes() > 0;
+}
+
+DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
+
+DrawBuffers::~DrawBuffers() = default;
+
+void DrawBuffers::setVAO(QSharedPointer<VertexArrayObject> vao) {
+    _data->vao = std::move(vao);
+}
+
+QSharedPointer<VertexArrayObject> DrawBuffers::VAO() const {
+    return _data->vao;
+}
+
+void DrawBuffers::setIndexedDraw(QSharedPointer<BufferObject> indices, int count, unsigned int type) {
+    if (indices && indices->label().isEmpty())
+        indices->setLabel(QStringLiteral("indices"));
+    _data->indices = std::move(indices);
+    _data->indexCount = count;
+    _data->indexType = type;
+    _data->indirect = {};
+}
+
+QSharedPointer<BufferObject> DrawBuffers::indexBuffer() const {
+    return _data->indices;
+}
+
+int DrawBuffers::indexCount() const {
+    return _data->indexCount;
+}
+
+unsigned int DrawBuffers::indexType() const {
+    return _data->indexType;
+}
+
+void DrawBuffers::setVertexCount(unsigned int count) {
+    _data->vertexCount = count;
+}
+
+unsigned int DrawBuffers::vertexCount() const {
+    return _data->vertexCount;
+}
+
+void DrawBuffers::setPrimitiveType(unsigned int type) {
+    _data->primitiveType = type;
+}
+
+unsigned int DrawBuffers::primitiveType() const {
+    return _data->primitiveType;
+}
+
+void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count) {
+    _data->commands.clear();
+    if (commands && count > 0)
+        _data->commands = QVector<Command>(commands, commands + count);
+    _data->indirect = {};
+}
+
+QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands() const {
+    return _data->commands;
+}
+
+QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
+    const ContextGL* gl = ContextGL::current();
+    const GLName* indirect = gl ? _data->indirectIn(*gl) : nullptr;
+    if (!indirect)
+        return {};
+    const QByteArray content = readBuffer(*gl, *indirect);
+    QVector<Command> commands(content.size() / int(sizeof(Command)));
+    std::copy(content.cbegin(), content.cend(), reinterpret_cast<char*>(commands.data()));
+    return commands;
+}
+
+void DrawBuffers::draw(int first, int count) {
+    const ContextGL* gl = ContextGL::current();
+    const qint64 end = std::min<qint64>(qint64(first) + count, _data->commands.size());
+    first = std::max(first, 0);
+    const GLuint program = gl ? currentVertexProgram() : 0;
+    if (program == 0 || end <= first || !_data->canDraw())
+        return;
+    const GLName* indirect = _data->indirectIn(*gl);
+    if (!indirect)
+        return;
+    count = static_cast<int>(end - first);
+    // Only once, since the answer makes a driver wait for what it does on its side.
+    std::optional<DrawCheck> check;
+    if (first + count > _data->checkedCount) {
+        check.emplace(_data->label());
+        _data->checkedCount = first + count;
+    }
+    _data->vao->setIndexBuffer(_data->indices);
+    if (_data->vao->bind()) {
+        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());
+        // Without draw parameters the shader learns each command's number from the uniform alone.
+        const int step = gl->features().drawParameters ? count : 1;
+        for (int command = first; command < first + count; command += step) {
+            setUniform(program, "velgl_firstCommand", command);
+            const auto offset = static_cast<std::uintptr_t>(command) * sizeof(Command);
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL wants it
+            const auto* start = reinterpret_cast<const void*>(offset);
+            glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType, start, step, 0);
+        }
+    }
+    _data->vao->unbind();
+}
+
+} // namespace Atelier::Vel

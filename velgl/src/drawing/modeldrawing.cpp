@@ -1,0 +1,131 @@
+#include "state/scopedbinding.h"
+
+#include "drawing/modeldrawing.h"
+
+#include <algorithm>
+
+#include <velgl/instancedataplan.h>
+#include <velgl/shaderinterface.h>
+#include <velgl/texture.h>
+#include <velgl/texturemanager.h>
+
+#include "context/contextgl.h"
+#include "state/programinputs.h"
+#include "state/scopedstorage.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// The presence of textures travels in the bits of one integer.
+constexpr int kMostTextures = 32;
+
+std::vector<TextureSource> texturesOf(const InstanceData& material, const QStringList& members) {
+    std::vector<TextureSource> sources;
+    for (const QString& member : members)
+        sources.push_back({material.texturePath(member), material.texture(member)});
+    return sources;
+}
+
+std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
+                               int commandCount) {
+    const QStringList members = plan ? plan->textureNames().mid(0, kMostTextures) : QStringList();
+    const QList<InstanceData> items =
+        drawable.materials ? drawable.materials->items() : QList<InstanceData>();
+    std::vector<TextureRun> runs;
+    for (int command = 0; command < commandCount; ++command) {
+        std::vector<TextureSource> textures =
+            texturesOf(command < items.size() ? items[command] : InstanceData(), members);
+        if (runs.empty() || !(runs.back().textures == textures))
+            runs.push_back({command, 0, std::move(textures)});
+        ++runs.back().count;
+    }
+    return runs;
+}
+
+int commandCount(const std::vector<TextureRun>& runs) {
+    return runs.empty() ? 0 : runs.back().first + runs.back().count;
+}
+
+void updateRuns(ModelDrawable& drawable) {
+    const InstanceDataPlan* plan = drawable.materials ? drawable.materials->plan() : nullptr;
+    const int count = drawable.buffers->drawElementsIndirectCommands().size();
+    if (drawable.runsPlan == plan && commandCount(drawable.runs) == count)
+        return;
+    drawable.runs = runsOf(drawable, plan, count);
+    drawable.runsPlan = plan;
+}
+
+// One texture on one unit, with nothing of the client's sampler on it; the unit is as before afterwards.
+class TextureOnUnit {
+public:
+    TextureOnUnit(GLuint unit, const TextureSource& source) : _unit(unit) {
+        const ScopedTextureUnit active(unit);
+        _sampler = currentName(GL_SAMPLER_BINDING);
+        glBindSampler(unit, 0);
+        Texture* fallback = TextureManager::Instance().colorTexture(Qt::white);
+        _texture = source.object;
+        if (!_texture && !source.path.isEmpty())
+            _texture = TextureManager::Instance().texture(source.path, fallback);
+        if (_texture && _texture->target() == GL_TEXTURE_2D && _texture->bind())
+            return;
+        _texture = fallback;
+        _texture->bind();
+    }
+    ~TextureOnUnit() {
+        _texture->unbind();
+        glBindSampler(_unit, glIsSampler(_sampler) ? _sampler : 0);
+    }
+    TextureOnUnit(const TextureOnUnit&) = delete;
+    TextureOnUnit& operator=(const TextureOnUnit&) = delete;
+
+private:
+    GLuint _unit;
+    GLuint _sampler = 0;
+    Texture* _texture = nullptr;
+};
+
+void setPresence(const std::vector<TextureSource>& textures) {
+    GLuint present = 0;
+    for (std::size_t unit = 0; unit < textures.size(); ++unit)
+        if (!(textures[unit] == TextureSource()))
+            present |= 1U << unit;
+    for (const GLuint program : {currentVertexProgram(), currentFragmentProgram()}) {
+        const GLint location = program ? glGetUniformLocation(program, "velgl_textures") : -1;
+        if (location >= 0)
+            glProgramUniform1i(program, location, static_cast<GLint>(present));
+    }
+}
+
+// What has no layout leaves its binding point to the client. What has one and cannot be stored must not be
+// drawn: its shader would read from somewhere else. Returns: false for the latter.
+bool bindCollection(InstanceDataCollection* collection, GLuint point, int count) {
+    const InstanceDataPlan* plan = collection ? collection->plan() : nullptr;
+    return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
+}
+
+void drawRun(DrawBuffers& buffers, const TextureRun& run) {
+    std::vector<std::unique_ptr<TextureOnUnit>> bound;
+    for (std::size_t unit = 0; unit < run.textures.size(); ++unit)
+        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), run.textures[unit]));
+    setPresence(run.textures);
+    buffers.draw(run.first, run.count);
+}
+
+} // namespace
+
+void drawDrawable(ModelDrawable& drawable) {
+    if (!ContextGL::current())
+        return;
+    updateRuns(drawable);
+    const int count = commandCount(drawable.runs);
+    const ScopedStorageBinding materialsBinding(kMaterialsBinding);
+    const ScopedStorageBinding instancesBinding(kInstancesBinding);
+    if (!bindCollection(drawable.materials.get(), kMaterialsBinding, count) ||
+        !bindCollection(drawable.instances.get(), kInstancesBinding, count))
+        return;
+    for (const TextureRun& run : drawable.runs)
+        drawRun(*drawable.buffers, run);
+}
+
+} // namespace Atelier::Vel

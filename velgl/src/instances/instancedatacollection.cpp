@@ -1,0 +1,98 @@
+#include "state/scopedbinding.h"
+
+#include <velgl/instancedatacollection.h>
+
+#include <algorithm>
+#include <vector>
+
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
+
+#include "context/glerrors.h"
+#include "objects/bufferoperations.h"
+
+namespace Atelier::Vel {
+
+struct InstanceDataCollection::Data {
+    // The buffer in one group of contexts.
+    struct Storage {
+        GLName name;
+        int itemCount = 0; // in the buffer, items that only fill it up included; 0 until it is filled
+    };
+
+    std::vector<Storage> storages;
+    RefusalReport report{"Storage"};
+
+    Storage& in(const ContextGL& gl);
+};
+
+// With a name that is not alive where there is none yet.
+InstanceDataCollection::Data::Storage& InstanceDataCollection::Data::in(const ContextGL& gl) {
+    for (Storage& storage : storages)
+        if (storage.name.livesIn(*gl.group()))
+            return storage;
+    const auto isGone = [](const Storage& storage) { return !storage.name.isAlive(); };
+    storages.erase(std::remove_if(storages.begin(), storages.end(), isGone), storages.end());
+    return storages.emplace_back();
+}
+
+InstanceDataCollection::InstanceDataCollection(const QString& name, const QList<InstanceData>& items)
+    : _name(name), _items(items), _data(std::make_unique<Data>()) {}
+
+InstanceDataCollection::~InstanceDataCollection() = default;
+
+const InstanceDataPlan* InstanceDataCollection::plan() const {
+    return InstanceDataRegistry::Instance().plan(_name);
+}
+
+QByteArray InstanceDataCollection::packed() const {
+    const InstanceDataPlan* known = plan();
+    return known ? known->pack(_items) : QByteArray();
+}
+
+bool InstanceDataCollection::bindStorage(unsigned int bindingPoint, int itemCount) {
+    const unsigned int name = storage(itemCount);
+    if (name == 0)
+        return false;
+    // Binding to an indexed point binds to the target as well.
+    const GLuint previous = currentName(GL_SHADER_STORAGE_BUFFER_BINDING);
+    glBindBufferBase(GL_SHADER_STORAGE_BUFFER, bindingPoint, name);
+    rebindBuffer(GL_SHADER_STORAGE_BUFFER, previous);
+    return true;
+}
+
+QByteArray InstanceDataCollection::readBack() {
+    if (storage(0) == 0)
+        return {};
+    const ContextGL* gl = ContextGL::current();
+    return readBuffer(*gl, _data->in(*gl).name);
+}
+
+unsigned int InstanceDataCollection::storage(int itemCount) {
+    const ContextGL* gl = ContextGL::current();
+    if (!gl)
+        return 0;
+    Data::Storage& storage = _data->in(*gl);
+    if (storage.itemCount > 0 && itemCount <= storage.itemCount)
+        return storage.name.value();
+    const InstanceDataPlan* known = plan();
+    if (!known || known->stride() == 0)
+        return 0;
+    const int missing = std::max(itemCount - _items.size(), 0);
+    const QByteArray content = known->pack(_items) + QByteArray(missing * known->stride(), '\0');
+    if (content.isEmpty())
+        return 0;
+    if (!storage.name.isAlive())
+        storage.name = makeBuffer(*gl, _name);
+    storage.itemCount = 0;
+    if (!storage.name.isAlive() ||
+        !fillBuffer(*gl, storage.name, content.constData(), content.size(), GL_STATIC_DRAW)) {
+        _data->report.refuse("filled", _name);
+        return 0;
+    }
+    _data->report.itWorks();
+    storage.itemCount = _items.size() + missing;
+    return storage.name.value();
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,172 @@
+#include <velgl/instancedataplan.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <velgl/instancedata.h>
+
+#include "context/log.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+using DataType = InstanceDataPlan::DataType;
+
+// The std430 rules: a three-component vector is aligned like one of four, and the next scalar may use the
+// gap.
+int alignment(DataType type) {
+    switch (type) {
+    case DataType::Texture:
+        return 1;
+    case DataType::Vec2:
+        return 8;
+    case DataType::Vec3:
+    case DataType::Vec4:
+    case DataType::Mat4:
+        return 16;
+    case DataType::Int:
+    case DataType::UInt:
+    case DataType::Float:
+        return 4;
+    }
+    return 4;
+}
+
+const char* glslType(DataType type) {
+    switch (type) {
+    case DataType::Texture:
+        return "";
+    case DataType::Int:
+        return "int";
+    case DataType::UInt:
+        return "uint";
+    case DataType::Float:
+        return "float";
+    case DataType::Vec2:
+        return "vec2";
+    case DataType::Vec3:
+        return "vec3";
+    case DataType::Vec4:
+        return "vec4";
+    case DataType::Mat4:
+        return "mat4";
+    }
+    return "";
+}
+
+// What a QByteArray can hold, with room for its header.
+constexpr qint64 kLargestPacking = 0x7FFFFFC0;
+
+int roundedUp(int value, int multiple) {
+    return (value + multiple - 1) / multiple * multiple;
+}
+
+// The characters may lie in a library that is unloaded while the plan lives on in the registry.
+QString deepCopy(const QString& text) {
+    return QString(text.constData(), text.size());
+}
+
+void packValue(const InstanceDataPlan& plan, const InstanceDataPlan::Member& member, const InstanceData& item,
+               char* destination) {
+    const QByteArray value = item.value(member.name);
+    const int size = InstanceDataPlan::byteSize(member.type);
+    if (value.size() == size) {
+        std::memcpy(destination + member.offset, value.constData(), static_cast<std::size_t>(size));
+        return;
+    }
+    qCWarning(velglLog, "Value '%s' has %d bytes, but its member of plan '%s' has %d; it is left out",
+              qPrintable(member.name), value.size(), qPrintable(plan.name()), size);
+}
+
+} // namespace
+
+InstanceDataPlan::InstanceDataPlan(const QString& name) : _name(deepCopy(name)) {}
+
+void InstanceDataPlan::addMember(DataType type, const QString& name) {
+    const auto sameName = [&](const Member& member) { return member.name == name; };
+    if (std::any_of(_members.cbegin(), _members.cend(), sameName)) {
+        qCWarning(velglLog, "Plan '%s' has a member '%s' already; the second one is left out",
+                  qPrintable(_name), qPrintable(name));
+        return;
+    }
+    int offset = -1;
+    if (type != DataType::Texture) {
+        offset = roundedUp(_end, alignment(type));
+        _end = offset + byteSize(type);
+        _alignment = std::max(_alignment, alignment(type));
+    }
+    _members.append({type, deepCopy(name), offset});
+}
+
+int InstanceDataPlan::stride() const {
+    return roundedUp(_end, _alignment);
+}
+
+int InstanceDataPlan::byteSize(DataType type) {
+    switch (type) {
+    case DataType::Texture:
+        return 0;
+    case DataType::Int:
+    case DataType::UInt:
+    case DataType::Float:
+        return 4;
+    case DataType::Vec2:
+        return 8;
+    case DataType::Vec3:
+        return 12;
+    case DataType::Vec4:
+        return 16;
+    case DataType::Mat4:
+        return 64;
+    }
+    return 0;
+}
+
+QStringList InstanceDataPlan::textureNames() const {
+    QStringList names;
+    for (const Member& member : _members)
+        if (member.type == DataType::Texture)
+            names.append(member.name);
+    return names;
+}
+
+QByteArray InstanceDataPlan::pack(const QList<InstanceData>& items) const {
+    const qint64 size = qint64(items.size()) * stride();
+    if (size > kLargestPacking) {
+        qCWarning(velglLog, "%d items of plan '%s' are too many for one buffer", items.size(),
+                  qPrintable(_name));
+        return {};
+    }
+    QByteArray bytes(static_cast<int>(size), '\0');
+    char* destination = bytes.data();
+    for (const InstanceData& item : items) {
+        for (const Member& member : _members)
+            if (member.type != DataType::Texture && item.hasValue(member.name))
+                packValue(*this, member, item, destination);
+        destination += stride();
+    }
+    return bytes;
+}
+
+QString InstanceDataPlan::glslStruct(const QString& structName) const {
+    if (stride() == 0)
+        return {};
+    QString text = QStringLiteral("struct %1 {\n").arg(structName);
+    for (const Member& member : _members)
+        if (member.type != DataType::Texture)
+            text += QStringLiteral("    %1 %2;\n")
+                        .arg(QLatin1String(glslType(member.type)), glslName(member.name));
+    return text + QStringLiteral("};\n");
+}
+
+QString InstanceDataPlan::glslName(const QString& member) {
+    QString name = member;
+    for (QChar& character : name)
+        if (character.unicode() > 0x7F || !(character.isLetterOrNumber() || character == QLatin1Char('_')))
+            character = QLatin1Char('_');
+    const bool isReserved = name.isEmpty() || name[0].isDigit() || name.startsWith(QLatin1String("gl_"));
+    return isReserved ? QLatin1Char('_') + name : name;
+}
+
+} // namespace Atelier::Vel

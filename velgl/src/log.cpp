@@ -1,7 +1,0 @@
-#include "log.h"
-
-namespace Atelier::Vel {
-
-Q_LOGGING_CATEGORY(velglLog, "velgl")
-
-} // namespace Atelier::Vel

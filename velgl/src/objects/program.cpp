@@ -1,0 +1,138 @@
+#include "state/scopedbinding.h"
+
+#include <velgl/program.h>
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "context/contextgl.h"
+#include "objects/labels.h"
+#include "state/bindingstack.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// Deletes a shader once no program needs it.
+class Shader {
+public:
+    Shader(GLenum stage, const QByteArray& source) : _name(glCreateShader(stage)) {
+        const GLchar* text = source.constData();
+        const GLint length = source.size();
+        glShaderSource(_name, 1, &text, &length);
+        glCompileShader(_name);
+    }
+    ~Shader() { glDeleteShader(_name); }
+    Shader(const Shader&) = delete;
+    Shader& operator=(const Shader&) = delete;
+
+    GLuint name() const { return _name; }
+
+    bool isCompiled() const {
+        GLint status = GL_FALSE;
+        glGetShaderiv(_name, GL_COMPILE_STATUS, &status);
+        return status == GL_TRUE;
+    }
+
+    QString log() const {
+        GLint length = 0;
+        glGetShaderiv(_name, GL_INFO_LOG_LENGTH, &length);
+        QByteArray text(std::max(length, 1), '\0');
+        glGetShaderInfoLog(_name, text.size(), nullptr, text.data());
+        return QString::fromUtf8(text.constData()).trimmed();
+    }
+
+private:
+    GLuint _name;
+};
+
+QString programLog(GLuint program) {
+    GLint length = 0;
+    glGetProgramiv(program, GL_INFO_LOG_LENGTH, &length);
+    QByteArray text(std::max(length, 1), '\0');
+    glGetProgramInfoLog(program, text.size(), nullptr, text.data());
+    return QString::fromUtf8(text.constData()).trimmed();
+}
+
+bool link(GLuint program, std::initializer_list<const Shader*> shaders) {
+    for (const Shader* shader : shaders)
+        glAttachShader(program, shader->name());
+    glLinkProgram(program);
+    for (const Shader* shader : shaders)
+        glDetachShader(program, shader->name());
+    GLint status = GL_FALSE;
+    glGetProgramiv(program, GL_LINK_STATUS, &status);
+    return status == GL_TRUE;
+}
+
+} // namespace
+
+struct Program::Data {
+    GLName name;
+    BindingStack bindings;
+};
+
+Program::Program() : _data(std::make_unique<Data>()) {}
+
+Program::~Program() = default;
+
+std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, const QByteArray& fragmentShader,
+                                             QString& error) {
+    const ContextGL* gl = ContextGL::current();
+    if (!gl) {
+        error = QStringLiteral("No OpenGL context is current");
+        return nullptr;
+    }
+    const Shader vertex(GL_VERTEX_SHADER, vertexShader);
+    if (!vertex.isCompiled()) {
+        error = QStringLiteral("Vertex shader: %1").arg(vertex.log());
+        return nullptr;
+    }
+    const Shader fragment(GL_FRAGMENT_SHADER, fragmentShader);
+    if (!fragment.isCompiled()) {
+        error = QStringLiteral("Fragment shader: %1").arg(fragment.log());
+        return nullptr;
+    }
+    std::unique_ptr<Program> program(new Program);
+    program->_data->name = GLName(GLKind::Program, glCreateProgram(), gl->group());
+    if (!link(program->_data->name.value(), {&vertex, &fragment})) {
+        error = QStringLiteral("Linking: %1").arg(programLog(program->_data->name.value()));
+        return nullptr;
+    }
+    return program;
+}
+
+bool Program::bind() {
+    const unsigned int current = name();
+    if (current == 0) {
+        _data->bindings.push({});
+        return false;
+    }
+    _data->bindings.push({ContextGL::current()->serial(), currentName(GL_CURRENT_PROGRAM), 0});
+    glUseProgram(current);
+    return true;
+}
+
+void Program::unbind() {
+    const SavedBinding binding = _data->bindings.pop();
+    const ContextGL* gl = ContextGL::current();
+    if (gl && gl->serial() == binding.context)
+        rebindProgram(binding.previous);
+}
+
+unsigned int Program::name() const {
+    const ContextGL* gl = ContextGL::current();
+    return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
+}
+
+void Program::setLabel(const QString& label) {
+    if (const unsigned int current = name())
+        labelObject(GL_PROGRAM, current, label);
+}
+
+int Program::uniformLocation(const char* name) const {
+    const unsigned int current = this->name();
+    return current != 0 ? glGetUniformLocation(current, name) : -1;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,207 @@
+#include "state/scopedbinding.h"
+
+#include <velgl/texture.h>
+
+#include <optional>
+
+#include "context/contextgl.h"
+#include "context/glerrors.h"
+#include "context/log.h"
+#include "objects/labels.h"
+#include "state/bindingstack.h"
+#include "state/pixelstore.h"
+
+namespace Atelier::Vel {
+
+struct Texture::Data {
+    unsigned int target = 0;
+    int internalFormat = 0;
+    int width = 0;
+    int height = 0;
+    int depth = 0;
+    bool isReadOnly = false;
+    bool isReported = false;
+    std::optional<QColor> color; // of a texture that fills itself
+    QString label;
+    RefusalReport report{"Texture"};
+    GLNames names;
+    BindingStack bindings;
+
+    const GLName* nameIn(const ContextGL& gl);
+    const GLName* make(const ContextGL& gl);
+    bool canBeMade() const;
+};
+
+namespace {
+
+// Requires: the texture is bound to `target`, which is GL_TEXTURE_2D.
+void fillWithColor(GLenum target, int internalFormat, const QColor& color) {
+    const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack);
+    const GLubyte texel[] = {static_cast<GLubyte>(color.red()), static_cast<GLubyte>(color.green()),
+                             static_cast<GLubyte>(color.blue()), static_cast<GLubyte>(color.alpha())};
+    glTexImage2D(target, 0, internalFormat, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texel);
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, 0);
+}
+
+// Asking for a level that no texture has is an error for the driver.
+bool isLevel(int level) {
+    GLint largestSide = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largestSide);
+    return level >= 0 && level < 31 && (largestSide >> level) > 0;
+}
+
+} // namespace
+
+// Content that its owner has declared final exists in one place only; a colour can be filled in anywhere.
+bool Texture::Data::canBeMade() const {
+    return color || (!names.isAlive() && !isReadOnly);
+}
+
+const GLName* Texture::Data::nameIn(const ContextGL& gl) {
+    if (const GLName* name = names.find(*gl.group()))
+        return name;
+    if (canBeMade())
+        return make(gl);
+    if (!isReported)
+        qCWarning(velglLog, "Texture '%s' belongs to a context that does not share with the current one",
+                  qPrintable(label));
+    isReported = true;
+    return nullptr;
+}
+
+const GLName* Texture::Data::make(const ContextGL& gl) {
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    if (name == 0) {
+        report.refuse("made", label);
+        return nullptr;
+    }
+    const GLuint previous = currentName(textureBindingQuery(target));
+    glBindTexture(target, name); // a generated name becomes a texture when it is bound first
+    if (color)
+        fillWithColor(target, internalFormat, *color);
+    labelObject(GL_TEXTURE, name, label);
+    rebindTexture(target, previous);
+    return &names.add(GLName(GLKind::Texture, name, gl.group()));
+}
+
+Texture::Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent)
+    : QObject(parent), _data(std::make_unique<Data>()) {
+    _data->target = target;
+    _data->internalFormat = internalFormat;
+    _data->width = width;
+    _data->height = height;
+    _data->depth = depth;
+}
+
+Texture::~Texture() = default;
+
+std::unique_ptr<Texture> Texture::ofColor(const QColor& color) {
+    auto texture = std::make_unique<Texture>(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    texture->_data->color = color.toRgb();
+    texture->_data->label = color.name(QColor::HexArgb);
+    texture->setReadOnly();
+    return texture;
+}
+
+unsigned int Texture::target() const {
+    return _data->target;
+}
+
+int Texture::internalFormat() const {
+    return _data->internalFormat;
+}
+
+int Texture::width() const {
+    return _data->width;
+}
+
+int Texture::height() const {
+    return _data->height;
+}
+
+int Texture::depth() const {
+    return _data->depth;
+}
+
+void Texture::setReadOnly() {
+    _data->isReadOnly = true;
+}
+
+bool Texture::isReadOnly() const {
+    return _data->isReadOnly;
+}
+
+bool Texture::bind() {
+    const ContextGL* gl = ContextGL::current();
+    const GLenum query = textureBindingQuery(_data->target);
+    const GLName* name = gl && query != 0 ? _data->nameIn(*gl) : nullptr;
+    if (!name) {
+        _data->bindings.push({});
+        return false;
+    }
+    _data->bindings.push({gl->serial(), currentName(query), currentName(GL_ACTIVE_TEXTURE) - GL_TEXTURE0});
+    glBindTexture(_data->target, name->value());
+    return true;
+}
+
+void Texture::unbind() {
+    const SavedBinding binding = _data->bindings.pop();
+    const ContextGL* gl = ContextGL::current();
+    if (!gl || gl->serial() != binding.context)
+        return;
+    const ScopedTextureUnit unit(binding.place);
+    rebindTexture(_data->target, binding.previous);
+}
+
+unsigned int Texture::name() const {
+    const ContextGL* gl = ContextGL::current();
+    const GLName* name = gl ? _data->names.find(*gl->group()) : nullptr;
+    return name ? name->value() : 0;
+}
+
+QString Texture::label() const {
+    return _data->label;
+}
+
+void Texture::setLabel(const QString& label) {
+    _data->label = label;
+    if (const unsigned int current = name())
+        labelObject(GL_TEXTURE, current, label);
+    _data->report.setLabel(label);
+}
+
+bool Texture::hasContent() const {
+    const GLuint texture = name();
+    if (texture == 0 || _data->target != GL_TEXTURE_2D)
+        return false;
+    const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    rebindTexture(GL_TEXTURE_2D, previous);
+    return width > 0;
+}
+
+QImage Texture::readBack(int level) const {
+    const GLuint texture = name();
+    if (texture == 0 || _data->target != GL_TEXTURE_2D || !isLevel(level))
+        return {};
+    const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    GLint width = 0;
+    GLint height = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, level, GL_TEXTURE_WIDTH, &width);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, level, GL_TEXTURE_HEIGHT, &height);
+    QImage image(width, height, QImage::Format_RGBA8888);
+    if (!image.isNull()) {
+        const ScopedPixelStore store(ScopedPixelStore::Direction::Pack);
+        glGetTexImage(GL_TEXTURE_2D, level, GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    }
+    rebindTexture(GL_TEXTURE_2D, previous);
+    return image;
+}
+
+} // namespace Atelier::Vel

@@ -1,0 +1,189 @@
+#include "state/scopedbinding.h"
+
+#include <velgl/vertexarrayobject.h>
+
+#include <algorithm>
+
+#include <velgl/bufferobject.h>
+
+#include "context/contextgl.h"
+#include "context/glerrors.h"
+#include "context/log.h"
+#include "objects/labels.h"
+#include "objects/scalartype.h"
+#include "state/bindingstack.h"
+#include "state/programinputs.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+// One enabled attribute as a vertex array holds it.
+struct Attribute {
+    int location = -1;
+    InputKind kind = InputKind::Float;
+    unsigned int buffer = 0;
+    int components = 0;
+    unsigned int type = 0;
+
+    friend bool operator==(const Attribute& a, const Attribute& b) {
+        return a.location == b.location && a.kind == b.kind && a.buffer == b.buffer &&
+               a.components == b.components && a.type == b.type;
+    }
+};
+
+// The GL object in one context, and what was last set in it.
+struct ContextArray {
+    GLName name;
+    std::vector<Attribute> attributes;
+    int revision = -1;
+};
+
+bool isReadable(const VertexArrayObject::Stream& stream, InputKind kind) {
+    if (stream.components < 1 || stream.components > 4 || scalarSize(stream.type) == 0)
+        return false;
+    if (kind == InputKind::Integer)
+        return isIntegerType(stream.type);
+    return kind != InputKind::Double || stream.type == GL_DOUBLE;
+}
+
+void enable(const Attribute& attribute) {
+    const auto slot = static_cast<GLuint>(attribute.location);
+    if (attribute.kind == InputKind::Integer)
+        glVertexAttribIFormat(slot, attribute.components, attribute.type, 0);
+    else if (attribute.kind == InputKind::Double)
+        glVertexAttribLFormat(slot, attribute.components, attribute.type, 0);
+    else
+        glVertexAttribFormat(slot, attribute.components, attribute.type, GL_FALSE, 0);
+    glVertexAttribBinding(slot, slot);
+    glBindVertexBuffer(slot, attribute.buffer, 0, attribute.components * scalarSize(attribute.type));
+    glEnableVertexAttribArray(slot);
+}
+
+} // namespace
+
+struct VertexArrayObject::Data {
+    QVector<Stream> streams;
+    QSharedPointer<BufferObject> indices;
+    QString label;
+    std::vector<ContextArray> arrays;
+    BindingStack bindings;
+    int revision = 0;          // of the streams: one more with every change
+    QStringList reportedNames; // of streams that a program could not read
+    RefusalReport report{"Vertex array"};
+
+    ContextArray* arrayIn(const ContextGL& gl);
+    std::vector<Attribute> attributesFor(unsigned int program);
+    void configure(ContextArray& array);
+};
+
+// Null when OpenGL has none to give.
+ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
+    for (ContextArray& array : arrays)
+        if (array.name.livesIn(*gl.ownNames()))
+            return &array;
+    const auto isGone = [](const ContextArray& array) { return !array.name.isAlive(); };
+    arrays.erase(std::remove_if(arrays.begin(), arrays.end(), isGone), arrays.end());
+    GLuint name = 0;
+    glGenVertexArrays(1, &name);
+    if (name == 0) {
+        report.refuse("made", label);
+        return nullptr;
+    }
+    return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNames()), {}, -1});
+}
+
+std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {
+    std::vector<Attribute> attributes;
+    if (program == 0)
+        return attributes;
+    for (const Stream& stream : qAsConst(streams)) {
+        const ProgramInput input = programInput(program, stream.name);
+        const unsigned int buffer = stream.buffer ? stream.buffer->name() : 0;
+        // A buffer without content, since there was no memory for it, must not be read from.
+        if (input.location < 0 || buffer == 0 || stream.buffer->byteCount() == 0)
+            continue;
+        if (isReadable(stream, input.kind)) {
+            attributes.push_back({input.location, input.kind, buffer, stream.components, stream.type});
+        } else if (!reportedNames.contains(stream.name)) {
+            reportedNames.append(stream.name);
+            qCWarning(velglLog, "Attribute '%s' cannot be read from %d components of type 0x%X",
+                      qPrintable(stream.name), stream.components, stream.type);
+        }
+    }
+    return attributes;
+}
+
+// Requires: the array is bound.
+void VertexArrayObject::Data::configure(ContextArray& array) {
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices ? indices->name() : 0);
+    std::vector<Attribute> attributes = attributesFor(currentVertexProgram());
+    if (array.revision == revision && array.attributes == attributes)
+        return;
+    if (array.revision != revision)
+        labelObject(GL_VERTEX_ARRAY, array.name.value(), label);
+    for (const Attribute& attribute : array.attributes)
+        glDisableVertexAttribArray(static_cast<GLuint>(attribute.location));
+    for (const Attribute& attribute : attributes)
+        enable(attribute);
+    array.attributes = std::move(attributes);
+    array.revision = revision;
+}
+
+VertexArrayObject::VertexArrayObject() : _data(std::make_unique<Data>()) {}
+
+VertexArrayObject::~VertexArrayObject() = default;
+
+void VertexArrayObject::registerBO(const QString& name, QSharedPointer<BufferObject> buffer, int components,
+                                   unsigned int type) {
+    if (buffer && buffer->label().isEmpty())
+        buffer->setLabel(name);
+    Stream stream{name, std::move(buffer), components, type};
+    ++_data->revision;
+    for (Stream& known : _data->streams)
+        if (known.name == name) {
+            known = std::move(stream);
+            return;
+        }
+    _data->streams.append(std::move(stream));
+}
+
+QVector<VertexArrayObject::Stream> VertexArrayObject::streams() const {
+    return _data->streams;
+}
+
+void VertexArrayObject::setIndexBuffer(QSharedPointer<BufferObject> indices) {
+    _data->indices = std::move(indices);
+}
+
+bool VertexArrayObject::bind() {
+    const ContextGL* gl = ContextGL::current();
+    ContextArray* array = gl ? _data->arrayIn(*gl) : nullptr;
+    if (!array) {
+        _data->bindings.push({});
+        return false;
+    }
+    _data->bindings.push({gl->serial(), currentName(GL_VERTEX_ARRAY_BINDING), 0});
+    glBindVertexArray(array->name.value());
+    _data->configure(*array);
+    return true;
+}
+
+void VertexArrayObject::unbind() {
+    const SavedBinding binding = _data->bindings.pop();
+    const ContextGL* gl = ContextGL::current();
+    if (gl && gl->serial() == binding.context)
+        rebindVertexArray(binding.previous);
+}
+
+void VertexArrayObject::setLabel(const QString& label) {
+    _data->label = label;
+    _data->report.setLabel(label);
+    ++_data->revision;
+}
+
+QString VertexArrayObject::label() const {
+    return _data->label;
+}
+
+} // namespace Atelier::Vel
