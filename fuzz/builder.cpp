@@ -23,10 +23,10 @@ constexpr unsigned int kFloat = 0x1406;
 // The first ones are those of the usual attributes; 0 is no type.
 constexpr unsigned int kTypes[] = {kFloat, kFloat, kFloat, 0x1400, 0x1401, 0x1402,
                                    0x1403, 0x1404, 0x1405, 0x140A, 0};
-constexpr unsigned int kMostElements = 32;
-constexpr int kMostUploads = 4;
+constexpr unsigned int kMaxElements = 32;
+constexpr int kMaxUploads = 4;
 // Counts of corners that are read from 16-bit streams are large, and so is what they make the builder do.
-constexpr quint64 kMostInOneStream = 1 << 14;
+constexpr quint64 kMaxInOneStream = 1 << 14;
 // More than a stream of the library holds.
 constexpr quint64 kFarTooMany = quint64{1} << 31;
 
@@ -46,7 +46,7 @@ public:
 
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
         const bool lies = (_liars >> (_asked++ % 32) & 1) != 0;
-        if ((lies && _lie == Testing::Lie::Missing) || count > kMostInOneStream)
+        if ((lies && _lie == Testing::Lie::Missing) || count > kMaxInOneStream)
             return nullptr;
         if (lies)
             return new Testing::LyingStream<Testing::PlainStream>(_lie, type, count);
@@ -74,7 +74,7 @@ public:
           _builder(_allocator, source.below(4)) {}
 
     /// Further uploads would find nothing new, and take most of the time.
-    bool isOver() const { return _source.isEmpty() || _uploads == kMostUploads; }
+    bool isOver() const { return _source.isEmpty() || _uploads == kMaxUploads; }
     void callNext();
 
 private:
@@ -83,8 +83,8 @@ private:
     }
     QString attribute() { return oneOf("pntx", 4); }
     QString group() { return oneOf("abc", 3); }
-    quint64 elementCount() { return _source.below(64) == 63 ? kFarTooMany : _source.below(kMostElements); }
-    /// Up to kMostElements of them, most below `bound`.
+    quint64 elementCount() { return _source.below(64) == 63 ? kFarTooMany : _source.below(kMaxElements); }
+    /// Up to kMaxElements of them, most below `bound`.
     std::vector<unsigned int> numbers(unsigned int bound);
 
     void createAttribute();
@@ -105,7 +105,7 @@ private:
 std::vector<unsigned int> Session::numbers(unsigned int bound) {
     // No sum of a few of them is a number of corners that takes gigabytes.
     constexpr unsigned int kOdd[] = {0xFFFFFFFF, 0x80000000, 0x7FFFFFFF};
-    std::vector<unsigned int> result(_source.below(kMostElements));
+    std::vector<unsigned int> result(_source.below(kMaxElements));
     for (unsigned int& number : result) {
         const unsigned int byte = _source.take<std::uint8_t>();
         number = byte < 253 ? byte % bound : kOdd[byte - 253];
@@ -127,7 +127,7 @@ void Session::createAttribute() {
 void Session::addValues() {
     const QString name = attribute();
     const unsigned int type = kTypes[_source.below(sizeof kTypes / sizeof *kTypes)];
-    const quint64 count = _source.below(kMostElements);
+    const quint64 count = _source.below(kMaxElements);
     std::vector<std::uint8_t> bytes(count * ModelDataStream::typeSize(type));
     for (std::uint8_t& byte : bytes)
         byte = _source.take<std::uint8_t>();

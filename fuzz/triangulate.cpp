@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 
 // Beyond the 64 corners from which on a polygon is searched another way.
-constexpr unsigned int kMostCorners = 72;
+constexpr unsigned int kMaxCorners = 72;
 
 enum class Writing : unsigned int {
     kFlat,    ///< small integers, no z
@@ -53,7 +53,7 @@ private:
 Testing::TestPolygon polygonFrom(Fuzzing::ByteSource& source) {
     const auto writing = static_cast<Writing>(source.below(static_cast<unsigned int>(Writing::kCount)));
     const bool usesCornersTwice = source.below(4) == 3;
-    const unsigned int count = source.below(kMostCorners);
+    const unsigned int count = source.below(kMaxCorners);
     PositionReader reader(source, writing);
     Testing::TestPolygon polygon;
     for (int axis = 0; axis < 3; ++axis)
@@ -70,8 +70,8 @@ bool cutsAgain(const Testing::TestPolygon& polygon, const QVector<unsigned int>&
     PolygonTriangulator triangulator;
     for (int round = 0; round < 2; ++round) {
         std::vector<unsigned int> room(3 * polygon.corners.size());
-        unsigned int* const end =
-            triangulator.cut(polygon.count(), polygon.corners.data(), polygon.positions.data(), room.data());
+        unsigned int* const end = triangulator.triangulate(polygon.count(), polygon.corners.data(),
+                                                           polygon.positions.data(), room.data());
         if (!std::equal(expected.begin(), expected.end(), room.begin(), room.begin() + (end - room.data())))
             return false;
     }

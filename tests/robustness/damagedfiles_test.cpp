@@ -35,7 +35,7 @@ using Testing::unsoundness;
 
 // Far more than any load of a small file takes, on the slowest machine and under a sanitizer.
 constexpr unsigned int kPatienceSeconds = 60;
-constexpr qint64 kMostBytesForAllPrefixes = qint64(64) * 1024;
+constexpr qint64 kMaxBytesForAllPrefixes = qint64(64) * 1024;
 
 QByteArray contentOf(const QString& path) {
     QFile file(path);
@@ -50,11 +50,11 @@ QString sharedModels() {
 }
 
 /// All OBJ files below a folder up to a size, in order.
-QStringList objFiles(const QString& folder, qint64 mostBytes) {
+QStringList objFiles(const QString& folder, qint64 maxBytes) {
     QStringList files;
     for (QDirIterator entries(folder, {QStringLiteral("*.obj")}, QDir::Files, QDirIterator::Subdirectories);
          entries.hasNext();)
-        if (const QString file = entries.next(); QFileInfo(file).size() <= mostBytes)
+        if (const QString file = entries.next(); QFileInfo(file).size() <= maxBytes)
             files << file;
     files.sort();
     return files;
@@ -187,7 +187,7 @@ protected:
 } // namespace
 
 TEST_P(DamagedSampleTest, PrefixesLoadAsLiterally) {
-    const bool isLarge = QFileInfo(sample()).size() > kMostBytesForAllPrefixes;
+    const bool isLarge = QFileInfo(sample()).size() > kMaxBytesForAllPrefixes;
     const int step = isLarge ? stepFor(sample(), 12) : isLongRun() ? 1 : stepFor(sample(), 300);
     ASSERT_NO_FATAL_FAILURE(expectPrefixesLoad(sample(), step));
 }
@@ -197,10 +197,7 @@ TEST_P(DamagedSampleTest, CopiesWithBitsTurnedOverLoadSoundly) {
     const ModelCopy copy(sample());
     BitFlipper flipper(copy, 1906);
     qint64 longest = 0;
-    for (int i = isLongRun()                                     ? 10'000
-                 : copy.text().size() > kMostBytesForAllPrefixes ? 20
-                                                                 : 200;
-         i > 0; --i) {
+    for (int i = isLongRun() ? 10'000 : copy.text().size() > kMaxBytesForAllPrefixes ? 20 : 200; i > 0; --i) {
         flipper.write();
         const HangGuard guard(kPatienceSeconds);
         const std::clock_t start = std::clock();
@@ -217,7 +214,7 @@ INSTANTIATE_TEST_SUITE_P(Samples, DamagedSampleTest,
                          testing::Values("gear", "mosaic", "oddities", "showpiece", "stairs", "vase"));
 
 TEST(DamagedSharedModelTest, PrefixesLoadAsLiterally) {
-    const QStringList files = objFiles(sharedModels(), kMostBytesForAllPrefixes);
+    const QStringList files = objFiles(sharedModels(), kMaxBytesForAllPrefixes);
     if (files.isEmpty())
         GTEST_SKIP() << "no models at " << sharedModels().toStdString();
     for (const QString& file : files)

@@ -27,15 +27,15 @@ using Testing::MessageLog;
 using Testing::PlainStream;
 using Testing::RecordingContext;
 
-quint64 mostElements = 0;
+quint64 maxElements = 0;
 
-/// Does not grow beyond `mostElements`.
+/// Does not grow beyond `maxElements`.
 class NarrowStream : public PlainStream {
 public:
     using PlainStream::PlainStream;
 
     void append(quint64 count, const void* src) override {
-        if (size() + count <= mostElements)
+        if (size() + count <= maxElements)
             PlainStream::append(count, src);
     }
 };
@@ -47,7 +47,7 @@ protected:
         QFile file(path());
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
         file.close();
-        mostElements = most;
+        maxElements = most;
         QString error;
         const RecordingContext context;
         const MessageLog log;

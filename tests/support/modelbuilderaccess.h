@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "builder/modelbuilderdata.h"
-#include "drawdata/facecutter.h"
+#include "drawdata/facetriangulator.h"
 
 namespace Atelier::Vel {
 
@@ -50,9 +50,9 @@ struct ModelBuilderAccess {
     void prepare(const QString& groupName, const QSharedPointer<ModelDataStream>& positions,
                  const QSharedPointer<ModelDataStream>& cornerIndices,
                  const QVector<unsigned int>& faceStarts) const {
-        FaceCutter cutter;
-        data.preparation.prepareMaterialGroupForUpload(groupName, groups()[groupName],
-                                                       {positions, cornerIndices, faceStarts, cutter, false});
+        FaceTriangulator triangulator;
+        data.preparation.prepareMaterialGroupForUpload(
+            groupName, groups()[groupName], {positions, cornerIndices, faceStarts, triangulator, false});
     }
     ModelBuilder::Data& data;
 };

@@ -7,8 +7,8 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-constexpr double kMostMean = 1.5;
-constexpr double kMostChangedShare = 0.02;
+constexpr double kMaxMean = 1.5;
+constexpr double kMaxChangedShare = 0.02;
 
 } // namespace
 
@@ -41,7 +41,7 @@ int largestStep(QRgb a, QRgb b) {
 }
 
 bool lookTheSame(const PictureDifference& difference) {
-    return difference.mean <= kMostMean && difference.changedShare <= kMostChangedShare;
+    return difference.mean <= kMaxMean && difference.changedShare <= kMaxChangedShare;
 }
 
 } // namespace Atelier::Vel::Testing

@@ -141,7 +141,7 @@ TEST_F(RendererTest, FramesOfOneSizeShareTheirTarget) {
     EXPECT_EQ(driver.watch().framebuffersMade, 3) << "drawn, resolved and composed";
     drawn({{{0, 0, 1, 1}, Qt::red}}, {30, 21});
     EXPECT_EQ(driver.watch().framebuffersMade, 6);
-    EXPECT_EQ(driver.watch().mostFramebuffersAlive, 3) << "one target goes before the next is made";
+    EXPECT_EQ(driver.watch().maxFramebuffersAlive, 3) << "one target goes before the next is made";
 }
 
 TEST_F(RendererTest, PicturesDoNotDependOnThoseBefore) {

@@ -45,7 +45,7 @@ WatchedDriver::WatchedDriver() {
     glGenFramebuffers = [](GLsizei count, GLuint* names) {
         watched.framebuffersMade += count;
         watched.framebuffersAlive += count;
-        watched.mostFramebuffersAlive = std::max(watched.mostFramebuffersAlive, watched.framebuffersAlive);
+        watched.maxFramebuffersAlive = std::max(watched.maxFramebuffersAlive, watched.framebuffersAlive);
         real().genFramebuffers(count, names);
     };
     glDeleteFramebuffers = [](GLsizei count, const GLuint* names) {

@@ -10,7 +10,7 @@ namespace Atelier::Vel::Testing {
 struct DriverWatch {
     int framebuffersMade = 0;
     int framebuffersAlive = 0;
-    int mostFramebuffersAlive = 0;
+    int maxFramebuffersAlive = 0;
     std::vector<GLsizei> textureSamples; ///< of each multisampled texture
     std::vector<GLsizei> depthSamples;   ///< of each renderbuffer
 

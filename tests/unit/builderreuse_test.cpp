@@ -81,12 +81,12 @@ Uploaded upload(ModelBuilder& builder) {
 class TightAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
-        return _left-- > 0 ? new Stream(type, count, _most) : nullptr;
+        return _left-- > 0 ? new Stream(type, count, _max) : nullptr;
     }
     /// How many more streams there are, and how many elements are appended to each of them.
     void limit(int streams, quint64 elements) {
         _left = streams;
-        *_most = elements;
+        *_max = elements;
     }
     void endLimit() { limit(1 << 30, 1 << 30); }
 
@@ -94,18 +94,18 @@ private:
     class Stream : public PlainStream {
     public:
         Stream(unsigned int type, quint64 count, QSharedPointer<quint64> most)
-            : PlainStream(type, count), _most(std::move(most)) {}
+            : PlainStream(type, count), _max(std::move(most)) {}
         void append(quint64 count, const void* src) override {
-            if (size() + count <= *_most)
+            if (size() + count <= *_max)
                 PlainStream::append(count, src);
         }
 
     private:
-        QSharedPointer<quint64> _most;
+        QSharedPointer<quint64> _max;
     };
 
     int _left = 1 << 30;
-    QSharedPointer<quint64> _most = QSharedPointer<quint64>::create(quint64{1} << 30);
+    QSharedPointer<quint64> _max = QSharedPointer<quint64>::create(quint64{1} << 30);
 };
 
 class BuilderReuseTest : public testing::Test {

@@ -7,7 +7,7 @@
 #include <velmodel/modelbuilder.h>
 #include <velmodel/modeldataarray.h>
 
-#include "drawdata/facecutter.h"
+#include "drawdata/facetriangulator.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
@@ -92,14 +92,14 @@ protected:
         for (unsigned int face = 0; face < faceCount; ++face)
             starts.append(face * cornerCount);
         std::vector<int> calls;
-        FaceCutter cutter(0, [&calls](int count) { calls.push_back(count); });
+        FaceTriangulator triangulator(0, [&calls](int count) { calls.push_back(count); });
         const FaceTable table{{counts.data(), faceCount},
                               starts,
                               {},
                               {corners.data(), corners.size()},
                               {reinterpret_cast<unsigned char*>(square), sizeof square}};
         PlainStream triangles(kUnsignedInt, 0);
-        EXPECT_TRUE(cutter.cut(table, {faces.data(), faces.size()}, triangles));
+        EXPECT_TRUE(triangulator.triangulate(table, {faces.data(), faces.size()}, triangles));
         return calls;
     }
     static std::vector<unsigned int> inOrder(unsigned int count) {

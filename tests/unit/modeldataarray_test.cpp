@@ -395,25 +395,25 @@ TEST(ModelDataArrayTest, HoldsUpTo2147483647Bytes) {
 
 // Pages that nothing is written to take no memory.
 TEST(ModelDataArrayTest, AppendsUpToTheLastByte) {
-    constexpr quint64 kMost = 2147483647;
+    constexpr quint64 kMax = 2147483647;
     const unsigned char values[] = {1, 2, 3};
     ModelDataArray array(kUnsignedByte);
-    array.reserve(kMost);
-    array.resize(kMost - 2);
+    array.reserve(kMax);
+    array.resize(kMax - 2);
     array.append(3, values);
-    EXPECT_EQ(array.size(), kMost - 2);
+    EXPECT_EQ(array.size(), kMax - 2);
     array.append(2, values);
-    ASSERT_EQ(array.size(), kMost);
-    EXPECT_EQ(*static_cast<unsigned char*>(array.data(kMost - 1)), 2);
+    ASSERT_EQ(array.size(), kMax);
+    EXPECT_EQ(*static_cast<unsigned char*>(array.data(kMax - 1)), 2);
     array.append(1, values);
-    array.resize(kMost + 1);
-    EXPECT_EQ(array.size(), kMost);
+    array.resize(kMax + 1);
+    EXPECT_EQ(array.size(), kMax);
     array.setType(kUnsignedShort);
     EXPECT_EQ(array.type(), kUnsignedByte);
-    array.resize(kMost / 2);
+    array.resize(kMax / 2);
     array.setType(kUnsignedShort);
     EXPECT_EQ(array.type(), kUnsignedShort);
-    EXPECT_EQ(array.byteCount(), kMost - 1);
+    EXPECT_EQ(array.byteCount(), kMax - 1);
 }
 
 TEST(ModelDataArrayTest, CopiesPartWhenOneIsAppendedTo) {

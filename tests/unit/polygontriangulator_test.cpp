@@ -34,12 +34,12 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 class PolygonTriangulatorTest : public testing::Test {
 protected:
     /// As vertex numbers.
-    std::vector<unsigned int> cut(const TestPolygon& polygon) {
+    std::vector<unsigned int> triangulate(const TestPolygon& polygon) {
         const GuardedArray<int> corners(polygon.corners);
         const GuardedArray<float> positions(polygon.positions);
         const GuardedArray<unsigned int> out(3 * std::max<std::size_t>(corners.size(), 2) - 6);
         unsigned int* const end =
-            _triangulator.cut(polygon.count(), corners.data(), positions.data(), out.data());
+            _triangulator.triangulate(polygon.count(), corners.data(), positions.data(), out.data());
         return {out.data(), end};
     }
     std::vector<unsigned int> cutAboutItsNormal(const TestPolygon& polygon) {
@@ -61,7 +61,7 @@ protected:
                                polygon.positions.data(), given);
         const std::vector<Testing::LoggedMessage> messages = log.messages();
         log.clear();
-        EXPECT_THAT(cut(polygon), ElementsAreArray(own.begin(), own.end()));
+        EXPECT_THAT(triangulate(polygon), ElementsAreArray(own.begin(), own.end()));
         EXPECT_THAT(cutAboutItsNormal(polygon), ElementsAreArray(given.begin(), given.end()));
         EXPECT_EQ(log.messages(), messages);
         return !own.isEmpty();
@@ -177,7 +177,7 @@ TEST_F(PolygonTriangulatorTest, CutCancelledByTheMeterDoesNotChangeTheNextCut) {
             if (left-- == 0)
                 throw std::runtime_error("enough");
         });
-        EXPECT_THROW(cut(large), std::runtime_error);
+        EXPECT_THROW(triangulate(large), std::runtime_error);
         _triangulator.setMeter({});
         for (const int next : {200, 40, 66})
             EXPECT_TRUE(isCutAsLiterally(flatPolygon(Testing::starShape(next))));
@@ -222,12 +222,13 @@ TEST_F(FarVerticesTest, PolygonsAreCutAsNearOnes) {
         for (int round = 0; round < 20; ++round) {
             const TestPolygon polygon = Testing::randomPolygon(count, random);
             MessageLog log;
-            const std::vector<unsigned int> near = cut(polygon);
+            const std::vector<unsigned int> near = triangulate(polygon);
             const std::vector<int> corners = place(polygon);
             std::vector<unsigned int> far(3 * corners.size());
-            far.erase(far.begin() +
-                          (_triangulator.cut(count, corners.data(), positions(), far.data()) - far.data()),
-                      far.end());
+            far.erase(
+                far.begin() +
+                    (_triangulator.triangulate(count, corners.data(), positions(), far.data()) - far.data()),
+                far.end());
             for (unsigned int& vertex : far)
                 vertex -= kFirst;
             ASSERT_EQ(far, near) << count << " corners";
@@ -257,8 +258,8 @@ TEST_F(FarVerticesTest, WindingsOfFourFacesAreThoseOfNearOnes) {
             const FourWindings farOnes = windings(far.data(), positions());
             const FourWindings nearOnes = windings(near.data(), four.positions.data());
             ASSERT_EQ(farOnes.clockwise, nearOnes.clockwise);
-            ASSERT_EQ(farOnes.unsure, nearOnes.unsure);
-            ASSERT_NE(farOnes.unsure >> unsureFace & 1, 0U);
+            ASSERT_EQ(farOnes.undecided, nearOnes.undecided);
+            ASSERT_NE(farOnes.undecided >> unsureFace & 1, 0U);
         }
 }
 

@@ -1,4 +1,4 @@
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 #include <cstring>
 #include <limits>

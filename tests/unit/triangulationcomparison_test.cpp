@@ -114,8 +114,8 @@ public:
         triangles.resize(3 * static_cast<int>(_corners.size()));
         unsigned int* out = triangles.data();
         for (unsigned int face : faces)
-            out = triangulator.cut(static_cast<int>(_counts[face]), _corners.data() + _starts[face],
-                                   _positions.data(), out);
+            out = triangulator.triangulate(static_cast<int>(_counts[face]), _corners.data() + _starts[face],
+                                           _positions.data(), out);
         triangles.resize(static_cast<int>(out - triangles.constData()));
     }
 

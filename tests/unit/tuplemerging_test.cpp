@@ -86,7 +86,7 @@ void expectMerged(const std::vector<TestAttribute>& attributes, quint32 cornerCo
 
 TEST(TupleMergingTest, CornersMergeByTheNumbersOfTheirValues) {
     std::mt19937 random(71);
-    for (std::size_t attributeCount = 1; attributeCount <= TupleNumbering::kMostPlaces; ++attributeCount)
+    for (std::size_t attributeCount = 1; attributeCount <= IndexTupleTable::kMaxPlaces; ++attributeCount)
         for (const quint32 cornerCount : {2U, 1023U, 1024U, 1025U, 5000U})
             for (const bool areValid : {true, false})
                 ASSERT_NO_FATAL_FAILURE(expectMerged(
@@ -178,7 +178,7 @@ TEST(TupleMergingTest, TuplesThatWereNumberedBeforeAreTakenOver) {
             attributes.push_back(attributeOf(i == 1 ? valid : 20, list));
         }
         std::vector<CornerAttribute> all = views(attributes);
-        auto numbering = TupleNumbering::make(3);
+        auto numbering = IndexTupleTable::make(3);
         numbering->admit(20);
         const quint32* const lists[] = {all[1].indices, all[2].indices, all[0].indices};
         const GuardedArray<quint32> tupleOfCorner(500);

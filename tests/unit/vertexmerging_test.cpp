@@ -149,7 +149,7 @@ TEST(VertexMergingTest, TuplesThatWereNumberedBeforeBecomeVertices) {
         const auto count =
             static_cast<quint32>(std::min(attributes[0].indices.size(), attributes[1].indices.size()));
         const Outcome expected = expectedOutcome(all, count);
-        auto numbering = TupleNumbering::make(2);
+        auto numbering = IndexTupleTable::make(2);
         numbering->admit(61);
         const quint32* const lists[] = {all[1].indices, all[0].indices};
         const GuardedArray<quint32> tuples(count);

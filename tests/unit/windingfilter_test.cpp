@@ -41,17 +41,17 @@ TEST(TriangulationWindingTest, SliversAndNumbersOutOfRangeAreNot) {
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     TestPolygon sliver = triangle(10, 0);
     sliver.positions[7] = 1e-5F;
-    EXPECT_EQ(quickWinding(sliver), Winding::kUnsure);
-    EXPECT_EQ(quickWinding(triangle(1e30F, 0)), Winding::kUnsure);
-    EXPECT_EQ(quickWinding(triangle(kNan, 0)), Winding::kUnsure);
-    EXPECT_EQ(quickWinding(triangle(std::numeric_limits<float>::infinity(), 0)), Winding::kUnsure);
+    EXPECT_EQ(quickWinding(sliver), Winding::kUndecided);
+    EXPECT_EQ(quickWinding(triangle(1e30F, 0)), Winding::kUndecided);
+    EXPECT_EQ(quickWinding(triangle(kNan, 0)), Winding::kUndecided);
+    EXPECT_EQ(quickWinding(triangle(std::numeric_limits<float>::infinity(), 0)), Winding::kUndecided);
 }
 
 // The length of the normal is the square of the side.
 TEST(TriangulationWindingTest, NormalsAroundTheNullLengthAreNotDecided) {
     const std::pair<double, Winding> rows[] = {{0.9985e-12, Winding::kCounterClockwise},
-                                               {0.9995e-12, Winding::kUnsure},
-                                               {1.0005e-12, Winding::kUnsure},
+                                               {0.9995e-12, Winding::kUndecided},
+                                               {1.0005e-12, Winding::kUndecided},
                                                {1.0015e-12, Winding::kCounterClockwise}};
     for (const auto& [squaredNormal, expected] : rows)
         EXPECT_EQ(quickWinding(triangle(static_cast<float>(std::pow(squaredNormal, 0.25)), 0)), expected)
@@ -60,7 +60,7 @@ TEST(TriangulationWindingTest, NormalsAroundTheNullLengthAreNotDecided) {
 
 TEST(TriangulationWindingTest, FacesWhoseProductsMayOverflowAreNotDecided) {
     EXPECT_EQ(quickWinding(triangle(1.345e6F, 0)), Winding::kCounterClockwise);
-    EXPECT_EQ(quickWinding(triangle(1.346e6F, 0)), Winding::kUnsure);
+    EXPECT_EQ(quickWinding(triangle(1.346e6F, 0)), Winding::kUndecided);
 }
 
 TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
@@ -77,7 +77,7 @@ TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
         if (Literal::polygonNormal(4, tiny.corners.data(), tiny.positions.data()).length() < 0.5F)
             continue;
         ++notNull;
-        ASSERT_EQ(quickWinding(tiny), Winding::kUnsure);
+        ASSERT_EQ(quickWinding(tiny), Winding::kUndecided);
     }
     EXPECT_GT(notNull, 1000);
 }
@@ -89,13 +89,13 @@ TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
         const TestPolygon polygon = Testing::randomPolygon(3 + round % 2, random);
         const Winding winding = quickWinding(polygon);
         ++decided[static_cast<int>(winding)];
-        if (winding == Winding::kUnsure)
+        if (winding == Winding::kUndecided)
             continue;
         ASSERT_EQ(winding == Winding::kCounterClockwise, isCounterClockwiseAsDefined(polygon));
     }
     EXPECT_GT(decided[static_cast<int>(Winding::kCounterClockwise)], 100'000);
     EXPECT_GT(decided[static_cast<int>(Winding::kClockwise)], 100) << "normals that are rounding errors";
-    EXPECT_GT(decided[static_cast<int>(Winding::kUnsure)], 1'000);
+    EXPECT_GT(decided[static_cast<int>(Winding::kUndecided)], 1'000);
 }
 
 TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll) {
@@ -115,7 +115,7 @@ TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll)
                 polygon.positions.push_back(offset + along + height * number(random));
         }
         const Winding winding = quickWinding(polygon);
-        if (winding == Winding::kUnsure)
+        if (winding == Winding::kUndecided)
             continue;
         ++sure;
         ASSERT_EQ(winding == Winding::kCounterClockwise, isCounterClockwiseAsDefined(polygon));
@@ -124,8 +124,8 @@ TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll)
 }
 
 Winding windingOf(const FourWindings& windings, unsigned int face) {
-    if ((windings.unsure >> face & 1) != 0)
-        return Winding::kUnsure;
+    if ((windings.undecided >> face & 1) != 0)
+        return Winding::kUndecided;
     return (windings.clockwise >> face & 1) != 0 ? Winding::kClockwise : Winding::kCounterClockwise;
 }
 

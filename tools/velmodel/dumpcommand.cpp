@@ -13,7 +13,7 @@ namespace Atelier::Vel::Tool {
 namespace {
 
 // Qt's strings end at 2 GiB; base64, 16-bit characters and a growing buffer take their share of that.
-constexpr quint64 kMostBytes = quint64(256) << 20;
+constexpr quint64 kMaxBytes = quint64(256) << 20;
 
 } // namespace
 
@@ -41,7 +41,7 @@ ExitCode runDump(const QStringList& arguments) {
 
     const DumpOptions options{!parser.options().isSet(noData)};
     QString failure;
-    if (options.includeData && dumpedByteCount(*loaded.model) > kMostBytes) {
+    if (options.includeData && dumpedByteCount(*loaded.model) > kMaxBytes) {
         failure = QStringLiteral("its buffers are too big for one JSON text; --no-data leaves them out");
     } else {
         QJsonObject dump = dumpModel(*loaded.model, options);

@@ -9,7 +9,7 @@ namespace Atelier::Vel::Tool {
 namespace {
 
 constexpr int kLargestSide = 16384;
-constexpr int kMostFrames = 100000;
+constexpr int kMaxFrames = 100000;
 
 QString backgroundDefault() {
     return QStringLiteral("#d9dde2");
@@ -144,7 +144,7 @@ std::optional<RenderOptions> readRenderOptions(const QCommandLineParser& parser,
     options.camera.zoom = reader.number(QStringLiteral("camera-zoom"), 0.001, 1000);
     options.wireframe = parser.isSet(QStringLiteral("wireframe"));
     if (parser.isSet(QStringLiteral("turntable")))
-        options.turntable = reader.count(QStringLiteral("turntable"), kMostFrames);
+        options.turntable = reader.count(QStringLiteral("turntable"), kMaxFrames);
     if (error.isNull())
         error = findMistake(options, parser.positionalArguments());
     if (!error.isNull())

@@ -57,8 +57,8 @@ const vec3 kKeyColour = vec3(0.70, 0.67, 0.63);
 const vec3 kFillColour = vec3(0.12, 0.14, 0.16);
 const vec3 kSkyColour = vec3(0.20, 0.22, 0.25);
 const vec3 kGroundColour = vec3(0.13, 0.12, 0.11);
-const float kLeastOpaque = 0.996;
-const float kLeastVisible = 0.002;
+const float kMinOpaque = 0.996;
+const float kMinVisible = 0.002;
 
 vec3 linear(vec3 encoded) {
     vec3 colour = max(encoded, 0.0);
@@ -91,7 +91,7 @@ void main() {
     bool isTextureOnly = material.Kd == vec3(0.0) && velglHas_map_Kd();
     vec3 base = linear(isTextureOnly ? vec3(1.0) : material.Kd) * linear(texel.rgb);
     float alpha = clamp(material.d, 0.0, 1.0) * texel.a;
-    if (transparentPass ? (alpha >= kLeastOpaque || alpha < kLeastVisible) : alpha < kLeastOpaque)
+    if (transparentPass ? (alpha >= kMinOpaque || alpha < kMinVisible) : alpha < kMinOpaque)
         discard;
 
     vec3 facing = facingNormal();

@@ -364,7 +364,7 @@ TEST_F(HeadlessContextTest, ThreadsApiAndContextComeBack) {
     EXPECT_EQ(eglGetCurrentContext(), handle);
 }
 
-TEST_F(HeadlessContextTest, LeastVersionIsFourPointThree) {
+TEST_F(HeadlessContextTest, MinVersionIsFourPointThree) {
     listSurfacelessOnly();
     _egl.glVersion = [] { return 42; };
     EXPECT_EQ(failure(), QStringLiteral("surfaceless platform: OpenGL 4.2 found, 4.3 or later needed"));

@@ -6,7 +6,7 @@
 #include <velgl/sharedpointer.h>
 
 #include "diagnostics.h"
-#include "drawdata/facecutter.h"
+#include "drawdata/facetriangulator.h"
 #include "drawdata/overwritingstream.h"
 #include "drawdata/preparation.h"
 #include "glconstants.h"
@@ -21,14 +21,15 @@ void Preparation::prepareMaterialGroups(const VertexAttribute& position, Progres
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
     const auto cornerCount = static_cast<qint64>(WordView::of(position.streams[kGPUIndices].data()).count);
     meter.begin(LoadPhase::Triangulating, cornerCount);
-    FaceCutter cutter(FaceCutter::mostIndices(uniform) + FaceCutter::mostIndices(counts),
-                      meter.meter(cornerCount));
+    FaceTriangulator triangulator(FaceTriangulator::maxIndices(uniform) +
+                                      FaceTriangulator::maxIndices(counts),
+                                  meter.meter(cornerCount));
     const std::vector<GroupStore::Entry> groups = _mesh.groups.inOrder();
-    const Cutting cutting{position.streams[kGPUValues], position.streams[kGPUIndices], faceStarts, cutter,
-                          trianglesFollowCorners(groups)};
+    const TriangulationInput input{position.streams[kGPUValues], position.streams[kGPUIndices], faceStarts,
+                                   triangulator, trianglesFollowCorners(groups)};
     for (const GroupStore::Entry& group : groups) {
         if (!_gpuIndices.isNull() && !group->faces.isEmpty())
-            prepareMaterialGroupForUpload(group.key(), *group, cutting);
+            prepareMaterialGroupForUpload(group.key(), *group, input);
         // In this order, which is usually that of their making, freeing costs least.
         _mesh.groups.releaseFaces(*group);
     }
@@ -44,21 +45,21 @@ bool Preparation::trianglesFollowCorners(const std::vector<GroupStore::Entry>& g
     });
 }
 
-QSharedPointer<ModelDataStream> Preparation::makeTriangleStream(const Cutting& cutting) const {
-    if (cutting.overwritesCorners)
-        return shared<ModelDataStream>(std::make_unique<OverwritingStream>(cutting.corners));
+QSharedPointer<ModelDataStream> Preparation::makeTriangleStream(const TriangulationInput& input) const {
+    if (input.overwritesCorners)
+        return shared<ModelDataStream>(std::make_unique<OverwritingStream>(input.corners));
     return _mesh.streams.make(kGlUnsignedInt, 0);
 }
 
 void Preparation::prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
-                                                const Cutting& cutting) {
+                                                const TriangulationInput& input) {
     ModelDataStream* const counts = _mesh.faces.listed().data();
     if (counts != nullptr && counts->type() != kGlUnsignedInt)
         reportAssertion(
             QStringLiteral("GL_UNSIGNED_INT == _verticesPerFace->type()"),
             QString::asprintf("Wrong Face type 0x%X, needs to be 0x%X", counts->type(), kGlUnsignedInt), 923);
     if (isEmpty(_gpuIndices.data()))
-        _gpuIndices = makeTriangleStream(cutting);
+        _gpuIndices = makeTriangleStream(input);
     if (_gpuIndices.isNull()) {
         abandon();
         reportMissingStream(QStringLiteral("the triangle indices"));
@@ -68,18 +69,20 @@ void Preparation::prepareMaterialGroupForUpload(const QString& groupName, const 
     DrawElementsIndirectCommand command;
     command.instanceCount = 1;
     command.firstIndex = static_cast<quint32>(_gpuIndices->size());
-    const FaceTable table{WordView::of(counts), cutting.faceStarts, _mesh.faces.uniform(),
-                          WordView::of(cutting.corners.data()), ByteView::of(cutting.positions.data())};
-    const quint64 uncutBefore = cutting.cutter.uncutFaces();
-    const auto cut = [&](const WordView& faces) { return cutting.cutter.cut(table, faces, *_gpuIndices); };
-    if (!group.faces.forEach(cut)) {
+    const FaceTable table{WordView::of(counts), input.faceStarts, _mesh.faces.uniform(),
+                          WordView::of(input.corners.data()), ByteView::of(input.positions.data())};
+    const quint64 untriangulatedBefore = input.triangulator.untriangulatedFaces();
+    const auto triangulate = [&](const WordView& faces) {
+        return input.triangulator.triangulate(table, faces, *_gpuIndices);
+    };
+    if (!group.faces.forEach(triangulate)) {
         abandon();
         reportRefusedData(QStringLiteral("the triangle indices"));
         return;
     }
     command.count = static_cast<quint32>(_gpuIndices->size()) - command.firstIndex;
     _statistics.triangles += command.count / 3;
-    _statistics.untriangulatedFaces += cutting.cutter.uncutFaces() - uncutBefore;
+    _statistics.untriangulatedFaces += input.triangulator.untriangulatedFaces() - untriangulatedBefore;
 
     const quint64 drawKey = group.flags & _materialFlagsMask;
     _drawCommands[drawKey].append(command);

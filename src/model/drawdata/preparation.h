@@ -17,7 +17,7 @@
 
 namespace Atelier::Vel {
 
-class FaceCutter;
+class FaceTriangulator;
 class VertexMerging;
 
 /// Makes draw data of a mesh, once: what is asked for later shares the streams of the first time.
@@ -39,11 +39,11 @@ private:
 
     struct StreamBuild;
     /// What the triangles of all groups are cut from, and how.
-    struct Cutting {
+    struct TriangulationInput {
         QSharedPointer<ModelDataStream> positions;
         QSharedPointer<ModelDataStream> corners; ///< the vertex of each
         const QVector<unsigned int>& faceStarts;
-        FaceCutter& cutter;
+        FaceTriangulator& triangulator;
         bool overwritesCorners; ///< with the triangles
     };
 
@@ -65,11 +65,11 @@ private:
 
     void prepareMaterialGroups(const VertexAttribute& position, ProgressMeter& meter);
     void prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
-                                       const Cutting& cutting);
+                                       const TriangulationInput& input);
     /// Whether triangles never need more room than the corners of the faces that were cut already, so that
     /// they can be written over those.
     bool trianglesFollowCorners(const std::vector<GroupStore::Entry>& groups) const;
-    QSharedPointer<ModelDataStream> makeTriangleStream(const Cutting& cutting) const;
+    QSharedPointer<ModelDataStream> makeTriangleStream(const TriangulationInput& input) const;
     void abandon();
     bool makeNormals(const VertexAttribute& position, ProgressMeter& meter);
 

@@ -53,14 +53,14 @@ QString ModelFiles::folder() const {
 }
 
 bool ModelFiles::allows(const QString& path) const {
-    return !_folder || _folder->wayTo(path).has_value();
+    return !_folder || _folder->resolve(path).has_value();
 }
 
 std::unique_ptr<QFile> ModelFiles::open(const QString& path, QIODevice::OpenMode mode) const {
     // To the system a name ends at its first zero.
     if (path.isEmpty() || path.contains(QChar(QChar::Null)))
         return nullptr;
-    const auto way = _folder ? _folder->wayTo(path) : QByteArrayList();
+    const auto way = _folder ? _folder->resolve(path) : QByteArrayList();
     if (!way)
         return nullptr;
     const QFileInfo info(path);

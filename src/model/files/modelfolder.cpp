@@ -17,7 +17,7 @@ namespace Atelier::Vel {
 namespace {
 
 // As many as the system itself follows before it speaks of a loop.
-constexpr int kMostLinks = 40;
+constexpr int kMaxLinks = 40;
 
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
@@ -71,7 +71,7 @@ bool ModelFolder::isFolder(const QByteArrayList& way) const {
            S_ISDIR(status.st_mode);
 }
 
-std::optional<QByteArrayList> ModelFolder::wayTo(const QString& path) const {
+std::optional<QByteArrayList> ModelFolder::resolve(const QString& path) const {
     QByteArrayList left = namesIn(absolutePath(path));
     // To the system a name ends at its first zero.
     if (path.contains(QChar(QChar::Null)) || QFileInfo(path).isNativePath() != _isNative || !takeFolder(left))
@@ -88,7 +88,7 @@ std::optional<QByteArrayList> ModelFolder::wayTo(const QString& path) const {
         }
         way.append(name);
         const QByteArray target = linkTarget(way);
-        if (target.isNull() || ++links > kMostLinks)
+        if (target.isNull() || ++links > kMaxLinks)
             continue;
         QByteArrayList ahead = namesIn(target);
         way.removeLast();

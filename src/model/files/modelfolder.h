@@ -18,7 +18,7 @@ public:
 
     /// The names that lead from the folder to where `path` ends, all symbolic links followed as far as there
     /// is something to follow. Returns: none where that is not in the folder.
-    std::optional<QByteArrayList> wayTo(const QString& path) const;
+    std::optional<QByteArrayList> resolve(const QString& path) const;
 
     /// Opens a regular file at the end of a way. The way is gone name by name and no link is followed, so
     /// that a link which has been put in its place meanwhile leads nowhere.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "geometry/fourpoints.h"
 #include "geometry/merging/indexblocks.h"
-#include "geometry/triangulation/fourpoints.h"
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {
 

@@ -4,10 +4,10 @@
 
 namespace Atelier::Vel {
 
-GroupFaces::Others& GroupFaces::others() {
-    if (!_others)
-        _others = new Others;
-    return *_others;
+GroupFaces::FaceRuns& GroupFaces::earlier() {
+    if (!_earlier)
+        _earlier = new FaceRuns;
+    return *_earlier;
 }
 
 void GroupFaces::addRun(quint32 first, quint32 count) {
@@ -16,7 +16,7 @@ void GroupFaces::addRun(quint32 first, quint32 count) {
         return;
     }
     if (_count != 0) {
-        std::vector<quint32>& runs = others().runs;
+        std::vector<quint32>& runs = earlier().runs;
         runs.push_back(_first);
         if (_count > 1)
             runs.push_back((_count - 1) | kFollow);
@@ -26,11 +26,11 @@ void GroupFaces::addRun(quint32 first, quint32 count) {
 }
 
 void GroupFaces::setStream(const QSharedPointer<ModelDataStream>& stream) {
-    others().stream = stream;
+    earlier().stream = stream;
 }
 
 bool GroupFaces::followsAsOneRun(quint64& next) const {
-    const bool follows = _count == 0 || ((!_others || _others->runs.empty()) && _first >= next);
+    const bool follows = _count == 0 || ((!_earlier || _earlier->runs.empty()) && _first >= next);
     next = std::max(next, quint64{_first} + _count);
     return follows;
 }

@@ -22,7 +22,7 @@ public:
     void setStream(const QSharedPointer<ModelDataStream>& stream);
     /// Null where there are runs.
     QSharedPointer<ModelDataStream> stream() const {
-        return _others ? _others->stream : QSharedPointer<ModelDataStream>();
+        return _earlier ? _earlier->stream : QSharedPointer<ModelDataStream>();
     }
 
     bool isEmpty() const { return _count == 0 && Vel::isEmpty(stream().data()); }
@@ -38,18 +38,18 @@ private:
     /// In the list of runs, marks how many faces follow the one before.
     static constexpr quint32 kFollow = 0x80000000;
 
-    struct Others : QSharedData {
+    struct FaceRuns : QSharedData {
         /// All runs but the last: the first number of each and, where it is not alone, how many follow it,
         /// with kFollow set.
         std::vector<quint32> runs;
         QSharedPointer<ModelDataStream> stream;
     };
 
-    Others& others();
+    FaceRuns& earlier();
 
-    quint32 _first = 0;                 ///< of the last run
-    quint32 _count = 0;                 ///< of the last run
-    QSharedDataPointer<Others> _others; ///< null for one run
+    quint32 _first = 0;                    ///< of the last run
+    quint32 _count = 0;                    ///< of the last run
+    QSharedDataPointer<FaceRuns> _earlier; ///< null for one run
 };
 
 template<typename Take>
@@ -68,7 +68,7 @@ bool GroupFaces::forEach(const Take& take) const {
     if (!take(WordView::of(stream().data())))
         return false;
     static const std::vector<quint32> kNone;
-    const std::vector<quint32>& runs = _others ? _others->runs : kNone;
+    const std::vector<quint32>& runs = _earlier ? _earlier->runs : kNone;
     for (std::size_t i = 0; i < runs.size(); ++i) {
         const quint32 first = runs[i];
         const bool isAlone = i + 1 == runs.size() || (runs[i + 1] & kFollow) == 0;

@@ -14,11 +14,11 @@ namespace {
 
 /// Whether merging pays for `corners` corners so far that use up to `values` values. Faces in random order
 /// use new values most of the time to begin with; where nearly no value comes again, each corner has its own.
-bool pays(const TupleNumbering& tuples, quint64 corners, quint64 values) {
-    constexpr quint64 kFewCorners = 65536;
+bool isWorthwhile(const IndexTupleTable& tuples, quint64 corners, quint64 values) {
+    constexpr quint64 kMinCornersToJudge = 65536;
     const bool comeAgain =
-        corners < std::max(kFewCorners, values / 8) || tuples.tupleCount() <= corners - corners / 32;
-    return comeAgain && tuples.pays(corners, std::max({corners, 2 * values, 2 * kFewCorners}));
+        corners < std::max(kMinCornersToJudge, values / 8) || tuples.tupleCount() <= corners - corners / 32;
+    return comeAgain && tuples.isWorthwhile(corners, std::max({corners, 2 * values, 2 * kMinCornersToJudge}));
 }
 
 } // namespace
@@ -26,10 +26,11 @@ bool pays(const TupleNumbering& tuples, quint64 corners, quint64 values) {
 MergedCorners::MergedCorners(QStringList attributes, QSharedPointer<ModelDataStream> list)
     : _attributes(std::move(attributes)),
       _list(std::move(list)),
-      _tuples(TupleNumbering::make(static_cast<std::size_t>(_attributes.size()))) {}
+      _tuples(IndexTupleTable::make(static_cast<std::size_t>(_attributes.size()))) {}
 
 bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) {
-    if (!allBelow(numbers[0], count, static_cast<quint32>(values)) || !pays(*_tuples, _list->size(), values))
+    if (!allBelow(numbers[0], count, static_cast<quint32>(values)) ||
+        !isWorthwhile(*_tuples, _list->size(), values))
         return false;
     _tuples->admit(values);
     _tuples->add(numbers, count, numbers[0]);

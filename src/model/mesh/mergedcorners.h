@@ -39,7 +39,7 @@ public:
 private:
     QStringList _attributes;
     QSharedPointer<ModelDataStream> _list;
-    std::unique_ptr<TupleNumbering> _tuples;
+    std::unique_ptr<IndexTupleTable> _tuples;
     bool _isRefused = false;
 };
 

@@ -20,13 +20,13 @@ constexpr quint64 kNotOwn = ~quint64{0};
 constexpr quint64 kLong = quint64{512} << 10;
 
 /// Room for an array that has outgrown its block. Room that is never used takes addresses and no memory.
-quint64 generousRoom(quint64 bytes) {
+quint64 generousCapacity(quint64 bytes) {
     constexpr quint64 kRoomForLong = quint64{16} << 20;
     return bytes <= kLong ? bytes * 4 : std::min(std::max(bytes * 2, kRoomForLong), kMaxBytes);
 }
 
 /// The same where addresses are scarce.
-quint64 modestRoom(quint64 bytes) {
+quint64 modestCapacity(quint64 bytes) {
     return std::min(bytes + bytes / 2, kMaxBytes);
 }
 
@@ -128,7 +128,7 @@ void ModelDataArray::makeRoom(quint64 bytes) {
             moveTo(bytes);
         return;
     }
-    const quint64 room = generousRoom(bytes);
+    const quint64 room = generousCapacity(bytes);
     if (_block != nullptr && !isShared() && _block->grow(room)) {
         _capacity = room;
         return;
@@ -137,7 +137,7 @@ void ModelDataArray::makeRoom(quint64 bytes) {
         moveTo(room);
     } catch (const std::bad_alloc&) {
         try {
-            moveTo(modestRoom(bytes));
+            moveTo(modestCapacity(bytes));
         } catch (const std::bad_alloc&) {
             moveTo(bytes);
         }

@@ -43,8 +43,8 @@ int bestEar(const std::vector<Corner>& corners) {
 }
 
 template<typename Index>
-void cut(const QVector3D& normal, int count, const int* indices, const float* positions,
-         QVector<Index>& triangles) {
+void triangulate(const QVector3D& normal, int count, const int* indices, const float* positions,
+                 QVector<Index>& triangles) {
     if (count < 3) {
         qWarning("Cannot triangulate a polygon with fewer than 3 vertices");
         return;
@@ -165,23 +165,23 @@ QVector<int> earClip(const QVector<QVector2D>& points, bool clockwise) {
 
 void triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
                    QVector<unsigned int>& triangles) {
-    cut(normal, count, indices, positions, triangles);
+    triangulate(normal, count, indices, positions, triangles);
 }
 
 void triangulate3D(int count, const int* indices, const float* positions, QVector<unsigned int>& triangles) {
     const QVector3D normal = count > 0 ? polygonNormal(count, indices, positions) : QVector3D();
-    cut(normal, count, indices, positions, triangles);
+    triangulate(normal, count, indices, positions, triangles);
 }
 
 void triangulate3D(int count, const int* indices, const float* positions,
                    QVector<unsigned short>& triangles) {
     const QVector3D normal = count > 0 ? polygonNormal(count, indices, positions) : QVector3D();
-    cut(normal, count, indices, positions, triangles);
+    triangulate(normal, count, indices, positions, triangles);
 }
 
 void triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
                    QVector<unsigned short>& triangles) {
-    cut(normal, count, indices, positions, triangles);
+    triangulate(normal, count, indices, positions, triangles);
 }
 
 int findDegenerateTriangle(int count, const unsigned int* indices, const float* positions, int start) {

@@ -79,7 +79,7 @@ std::shared_ptr<ShareGroup> ContextTable::currentGroup() const {
 
 QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& native) {
     const int version = currentVersion();
-    if (version < kLeastVersion) {
+    if (version < kMinVersion) {
         warnOnce(native, version);
         return {};
     }
@@ -96,11 +96,11 @@ void ContextTable::warnOnce(const NativeContext& native, int version) {
         return;
     _tooOld.push_back(native);
     if (version == 0)
-        qCWarning(velglLog, "OpenGL ES is current, but OpenGL %d.%d or later is needed", kLeastVersion / 10,
-                  kLeastVersion % 10);
+        qCWarning(velglLog, "OpenGL ES is current, but OpenGL %d.%d or later is needed", kMinVersion / 10,
+                  kMinVersion % 10);
     else
         qCWarning(velglLog, "OpenGL %d.%d is current, but OpenGL %d.%d or later is needed", version / 10,
-                  version % 10, kLeastVersion / 10, kLeastVersion % 10);
+                  version % 10, kMinVersion / 10, kMinVersion % 10);
 }
 
 void ContextTable::forgetDestroyed() {

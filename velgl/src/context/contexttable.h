@@ -13,7 +13,7 @@
 namespace Atelier::Vel {
 
 /// The least version that VelGL works with, times ten.
-constexpr int kLeastVersion = 43;
+constexpr int kMinVersion = 43;
 
 /// Reaches the part of a device context that its header does not show.
 struct ContextAccess {

@@ -33,9 +33,9 @@ QString errorName(GLenum error) {
 
 QString takeErrors() {
     // There are no more kinds; a context that is lost may go on telling so for ever.
-    constexpr int kMostErrors = 8;
+    constexpr int kMaxErrors = 8;
     QStringList names;
-    for (int i = 0; i < kMostErrors; ++i) {
+    for (int i = 0; i < kMaxErrors; ++i) {
         const GLenum error = glGetError();
         if (error == GL_NO_ERROR)
             break;

@@ -134,12 +134,12 @@ QSharedPointer<OpenGLDeviceContext> createOn(EGLDisplay display, const Options& 
         problem = QStringLiteral("the context cannot be used without a surface (%1)").arg(eglErrorText());
         return {};
     }
-    if (const int version = currentVersion(); version < kLeastVersion) {
+    if (const int version = currentVersion(); version < kMinVersion) {
         problem = QStringLiteral("OpenGL %1.%2 found, %3.%4 or later needed")
                       .arg(version / 10)
                       .arg(version % 10)
-                      .arg(kLeastVersion / 10)
-                      .arg(kLeastVersion % 10);
+                      .arg(kMinVersion / 10)
+                      .arg(kMinVersion % 10);
         return {};
     }
     const ContextFeatures features{options.directStateAccess, options.drawParameters};

@@ -18,7 +18,7 @@ namespace Atelier::Vel {
 namespace {
 
 // The presence of textures travels in the bits of one integer.
-constexpr int kMostTextures = 32;
+constexpr int kMaxTextures = 32;
 
 std::vector<TextureSource> texturesOf(const InstanceData& material, const QStringList& members) {
     std::vector<TextureSource> sources;
@@ -29,7 +29,7 @@ std::vector<TextureSource> texturesOf(const InstanceData& material, const QStrin
 
 std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
                                int commandCount) {
-    const QStringList members = plan ? plan->textureNames().mid(0, kMostTextures) : QStringList();
+    const QStringList members = plan ? plan->textureNames().mid(0, kMaxTextures) : QStringList();
     const QList<InstanceData> items =
         drawable.materials ? drawable.materials->items() : QList<InstanceData>();
     std::vector<TextureRun> runs;

@@ -6,8 +6,8 @@ namespace Atelier::Vel {
 
 void labelObject(unsigned int kind, unsigned int name, const QString& label) {
     // Every driver takes labels of this length.
-    constexpr int kLongestLabel = 255;
-    const QByteArray text = label.toUtf8().left(kLongestLabel);
+    constexpr int kMaxLabelLength = 255;
+    const QByteArray text = label.toUtf8().left(kMaxLabelLength);
     glObjectLabel(kind, name, text.size(), text.constData());
 }
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "geometry/merging/cornerset.h"
+#include "geometry/merging/vertextable.h"
 #include "memory/prefetch.h"
 
 namespace Atelier::Vel {
@@ -61,7 +61,7 @@ inline bool equalBytes(const unsigned char* a, const unsigned char* b, quint64 c
 }
 
 // Beyond this, slot numbers would not fit 32 bits.
-constexpr quint32 kMostSieved = 1U << 29;
+constexpr quint32 kMaxFilteredCorners = 1U << 29;
 
 /// Calls `work` with what absorbs values of the given stride.
 template<typename Work>
@@ -80,7 +80,7 @@ void withStride(quint64 stride, const Work& work) {
     }
 }
 
-/// Corners as keys of a CornerSet: the bytes of their values.
+/// Corners as keys of a VertexTable: the bytes of their values.
 class ByteKeys {
 public:
     explicit ByteKeys(const std::vector<CornerAttribute>& attributes) {
@@ -127,12 +127,12 @@ public:
         });
     }
 
-    void fetchIndices(quint32 corner) const {
+    void prefetchIndices(quint32 corner) const {
         for (const CornerAttribute& attribute : _attributes)
-            attribute.fetchIndex(corner);
+            attribute.prefetchIndex(corner);
     }
 
-    void fetchValues(quint32 corner) const {
+    void prefetchValues(quint32 corner) const {
         for (const CornerAttribute& attribute : _attributes)
             prefetch(bytesOf(attribute, corner, attribute.stride));
     }
@@ -183,9 +183,9 @@ private:
 };
 
 /// Slots of two bits that say whether none, one or several corners hash to them.
-class DuplicateSieve {
+class DuplicateFilter {
 public:
-    explicit DuplicateSieve(quint32 cornerCount)
+    explicit DuplicateFilter(quint32 cornerCount)
         : _slotCount(kSlotsPerCorner * quint64{cornerCount} + 1),
           _words((_slotCount / kSlotsPerWord + 1) * sizeof(quint64)) {}
 
@@ -236,42 +236,42 @@ void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, 
 /// in their order; all corners that have such a value are among them. `cornerAt` gives the corners. `found`
 /// has room for an entry per corner. Returns: how many were found.
 template<typename CornerAt>
-quint32 findSuspects(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt, quint64 seed,
-                     quint32* found, const WorkMeter& meter) {
-    DuplicateSieve sieve(count);
+quint32 findCandidates(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt,
+                       quint64 seed, quint32* found, const WorkMeter& meter) {
+    DuplicateFilter filter(count);
     // Slots lie anywhere, and those of a large mesh in no cache: they are asked for before they are needed.
     constexpr quint32 kAhead = 32;
     withStride(attribute.stride, [&](auto absorb) {
         forValues(attribute, absorb.stride(), count, cornerAt, meter,
                   [&](quint32 i, const unsigned char* bytes) {
-                      found[i] = sieve.slotOf(finishedHash(absorb(seed, bytes)));
-                      sieve.fetch(found[i]);
+                      found[i] = filter.slotOf(finishedHash(absorb(seed, bytes)));
+                      filter.fetch(found[i]);
                       if (i >= kAhead)
-                          sieve.count(found[i - kAhead]);
+                          filter.count(found[i - kAhead]);
                   });
     });
     for (quint32 i = count - std::min(count, kAhead); i < count; ++i)
-        sieve.count(found[i]);
+        filter.count(found[i]);
     // Their slots make room for them, without a branch that nobody could foretell.
     quint32 foundCount = 0;
     for (quint32 i = 0; i < count; ++i) {
-        sieve.fetch(found[std::min(i + kAhead, count - 1)]);
-        const bool isSuspect = sieve.isShared(found[i]);
+        filter.fetch(found[std::min(i + kAhead, count - 1)]);
+        const bool isCandidate = filter.isShared(found[i]);
         found[foundCount] = cornerAt(i);
-        foundCount += isSuspect ? 1 : 0;
+        foundCount += isCandidate ? 1 : 0;
     }
     return foundCount;
 }
 
 /// The same of all corners. One in eight that has no equal falls into a slot with another one; sieved again
 /// with another seed, one in sixty is left.
-std::vector<quint32> suspects(const CornerAttribute& attribute, quint32 cornerCount, quint32* found,
-                              const WorkMeter& meter) {
+std::vector<quint32> duplicateCandidates(const CornerAttribute& attribute, quint32 cornerCount,
+                                         quint32* found, const WorkMeter& meter) {
     const auto itself = [](quint32 corner) { return corner; };
-    const quint32 foundFirst = findSuspects(attribute, cornerCount, itself, hashSeed(), found, meter);
+    const quint32 foundFirst = findCandidates(attribute, cornerCount, itself, hashSeed(), found, meter);
     const std::vector<quint32> first(found, found + foundFirst);
     const auto firstAt = [&first](quint32 i) { return first[i]; };
-    const quint32 foundAgain = findSuspects(attribute, foundFirst, firstAt, ~hashSeed(), found, {});
+    const quint32 foundAgain = findCandidates(attribute, foundFirst, firstAt, ~hashSeed(), found, {});
     return std::vector<quint32>(found, found + foundAgain);
 }
 
@@ -300,10 +300,11 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
     const auto key = std::max_element(
         attributes.begin(), attributes.end(),
         [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
-    if (key == attributes.end() || key->valueCount == 0 || key->stride == 0 || cornerCount > kMostSieved)
+    if (key == attributes.end() || key->valueCount == 0 || key->stride == 0 ||
+        cornerCount > kMaxFilteredCorners)
         return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners(), meter);
-    const std::vector<quint32> suspected = suspects(*key, cornerCount, vertexOfCorner, meter);
-    const auto count = static_cast<quint32>(suspected.size());
+    const std::vector<quint32> candidates = duplicateCandidates(*key, cornerCount, vertexOfCorner, meter);
+    const auto count = static_cast<quint32>(candidates.size());
     if (count > cornerCount / 4)
         return mergeByBytes(attributes, cornerCount, vertexOfCorner, firstCorners(), meter);
 
@@ -311,21 +312,21 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
     std::vector<quint32> group(count);
     std::vector<quint32> firstOfGroup(count);
     const quint32 groups =
-        mergeByBytes(attributesOf(attributes, suspected, numbers), count, group.data(), firstOfGroup.data());
+        mergeByBytes(attributesOf(attributes, candidates, numbers), count, group.data(), firstOfGroup.data());
     if (groups == count)
         return cornerCount;
     quint32* const firstCorner = firstCorners();
     std::vector<quint32> vertexOfGroup(count);
     quint32 vertices = 0;
-    quint32 suspect = 0;
+    quint32 candidate = 0;
     for (quint32 corner = 0; corner < cornerCount; ++corner) {
-        const bool isSuspect = suspect < count && suspected[suspect] == corner;
-        if (isSuspect && firstOfGroup[group[suspect]] != suspect) {
-            vertexOfCorner[corner] = vertexOfGroup[group[suspect++]];
+        const bool isCandidate = candidate < count && candidates[candidate] == corner;
+        if (isCandidate && firstOfGroup[group[candidate]] != candidate) {
+            vertexOfCorner[corner] = vertexOfGroup[group[candidate++]];
             continue;
         }
-        if (isSuspect)
-            vertexOfGroup[group[suspect++]] = vertices;
+        if (isCandidate)
+            vertexOfGroup[group[candidate++]] = vertices;
         firstCorner[vertices] = corner;
         vertexOfCorner[corner] = vertices++;
     }
@@ -335,7 +336,7 @@ quint32 mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, quin
 quint32 mergeByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                      quint32* vertexOfCorner, quint32* firstCorner, const WorkMeter& meter) {
     const ByteKeys keys(attributes);
-    CornerSet set(cornerCount, keys.words());
+    VertexTable set(cornerCount, keys.words());
     return set.insertAll(keys, cornerCount, vertexOfCorner, firstCorner, meter);
 }
 

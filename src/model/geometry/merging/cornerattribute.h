@@ -28,7 +28,7 @@ struct CornerAttribute {
     }
 
     /// Asks memory for the index entry of corner k.
-    void fetchIndex(quint64 corner) const {
+    void prefetchIndex(quint64 corner) const {
         if (indices != nullptr && corner < indexCount)
             prefetch(indices + corner * indexStep);
     }

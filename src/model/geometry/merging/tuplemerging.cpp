@@ -20,8 +20,8 @@ std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
 }
 
 /// Where there are nearly as many values as corners, hardly two corners share a tuple.
-bool canPay(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    return !attributes.empty() && attributes.size() <= TupleNumbering::kMostPlaces &&
+bool canBeWorthwhile(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+    return !attributes.empty() && attributes.size() <= IndexTupleTable::kMaxPlaces &&
            std::all_of(attributes.begin(), attributes.end(), [cornerCount](const CornerAttribute& attribute) {
                return attribute.indices != nullptr && attribute.valueCount <= cornerCount / 2;
            });
@@ -29,7 +29,7 @@ bool canPay(const std::vector<CornerAttribute>& attributes, quint32 cornerCount)
 
 /// Writes the value numbers of the first `count` corners back if their tuples stand in their place.
 void restoreList(const std::vector<CornerAttribute>& attributes, const std::vector<std::size_t>& places,
-                 const TupleNumbering& tuples, quint64 count, quint32* tupleOfCorner) {
+                 const IndexTupleTable& tuples, quint64 count, quint32* tupleOfCorner) {
     for (std::size_t i = 0; i < attributes.size(); ++i)
         if (attributes[i].indices == tupleOfCorner) {
             const quint32* const numbers = tuples.numbersAt(places[i]);
@@ -50,17 +50,17 @@ quint64 countSubstituted(const CornerAttribute& tuples, quint32 cornerCount, con
 TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                            quint32* tupleOfCorner, const WorkMeter& meter)
     : _places(attributes.size()) {
-    if (!canPay(attributes, cornerCount))
+    if (!canBeWorthwhile(attributes, cornerCount))
         return;
     const std::size_t pivot = pivotOf(attributes);
     std::iota(_places.begin(), _places.end(), std::size_t{0});
     std::swap(_places[0], _places[pivot]);
-    auto tuples = TupleNumbering::make(attributes.size());
+    auto tuples = IndexTupleTable::make(attributes.size());
     tuples->admit(attributes[pivot].valueCount + 1);
-    std::array<IndexBlock, TupleNumbering::kMostPlaces> blocks;
-    std::array<const quint32*, TupleNumbering::kMostPlaces> numbers{};
+    std::array<IndexBlock, IndexTupleTable::kMaxPlaces> blocks;
+    std::array<const quint32*, IndexTupleTable::kMaxPlaces> numbers{};
     for (quint64 start = 0; start < cornerCount; start += IndexBlock::kSize) {
-        if (!tuples->pays(start, cornerCount)) {
+        if (!tuples->isWorthwhile(start, cornerCount)) {
             restoreList(attributes, _places, *tuples, start, tupleOfCorner);
             return;
         }
@@ -79,7 +79,7 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
 }
 
 TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes,
-                           std::unique_ptr<TupleNumbering> tuples, std::vector<std::size_t> places,
+                           std::unique_ptr<IndexTupleTable> tuples, std::vector<std::size_t> places,
                            quint32 cornerCount, const quint32* tupleOfCorner)
     : _tuples(std::move(tuples)), _places(std::move(places)) {
     _tuples->finish();

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "geometry/merging/cornerattribute.h"
-#include "geometry/merging/tuplenumbering.h"
+#include "geometry/merging/indextupletable.h"
 #include "geometry/workmeter.h"
 
 namespace Atelier::Vel {
@@ -24,7 +24,7 @@ public:
 
     /// The same for corners whose tuples were numbered as they came. The numbers of attribute i stand at
     /// place `places[i]` of the tuples; some may name no value.
-    TupleMerging(const std::vector<CornerAttribute>& attributes, std::unique_ptr<TupleNumbering> tuples,
+    TupleMerging(const std::vector<CornerAttribute>& attributes, std::unique_ptr<IndexTupleTable> tuples,
                  std::vector<std::size_t> places, quint32 cornerCount, const quint32* tupleOfCorner);
 
     /// Whether merging by tuples paid. It does not, and was given up, where most corners have tuples of
@@ -37,7 +37,7 @@ public:
     std::vector<CornerAttribute> tuples(const std::vector<CornerAttribute>& attributes) const;
 
 private:
-    std::unique_ptr<TupleNumbering> _tuples;
+    std::unique_ptr<IndexTupleTable> _tuples;
     std::vector<std::size_t> _places; ///< of each attribute
     std::vector<quint64> _substituted;
 };

@@ -14,13 +14,13 @@ namespace {
 // off by less than 6 u (two roundings of each direction and one of products, as each factor's offset is
 // rounded before it is normalised). So where C / D² is above 16 u, every defined test of three corners tells
 // their true orientation: each corner is convex, and each other corner lies beyond the side opposite to it.
-constexpr double kLeastSine = 0x1p-20;
+constexpr double kMinSine = 0x1p-20;
 
 // Offsets of up to 1e-6 normalise to zero; no two corners are closer than C / D.
-constexpr double kLeastSquaredDistance = 1.01e-12;
+constexpr double kMinSquaredDistance = 1.01e-12;
 
 // Above this the difference of two floats may be infinite.
-constexpr double kMostSquaredDiameter = 1e76;
+constexpr double kMaxSquaredDiameter = 1e76;
 
 struct Bounds {
     PlanePoint low;
@@ -52,7 +52,7 @@ struct Edge {
 
 bool isClearlyConvex(int count, const PlanePoint* points, bool clockwise) {
     const double sign = clockwise ? -1 : 1;
-    double leastCross = std::numeric_limits<double>::infinity();
+    double minCross = std::numeric_limits<double>::infinity();
     int revolutions = 0;
     Bounds bounds = {points[0], points[0]};
     Edge previous(points[count - 2], points[count - 1]);
@@ -61,16 +61,16 @@ bool isClearlyConvex(int count, const PlanePoint* points, bool clockwise) {
         const double cross = sign * (previous.x * edge.y - previous.y * edge.x);
         if (!(cross > 0))
             return false;
-        leastCross = std::min(leastCross, cross);
+        minCross = std::min(minCross, cross);
         // Turning by less than half a turn at a time, and always the same way, no revolution can be missed.
         revolutions += edge.pointsRight() && !previous.pointsRight() ? 1 : 0;
         bounds.include(points[k]);
         previous = edge;
     }
     const double squaredDiameter = bounds.squaredDiagonal();
-    return revolutions == 1 && squaredDiameter <= kMostSquaredDiameter &&
-           leastCross > kLeastSine * squaredDiameter &&
-           leastCross * leastCross > kLeastSquaredDistance * squaredDiameter;
+    return revolutions == 1 && squaredDiameter <= kMaxSquaredDiameter &&
+           minCross > kMinSine * squaredDiameter &&
+           minCross * minCross > kMinSquaredDistance * squaredDiameter;
 }
 
 } // namespace Atelier::Vel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {
 

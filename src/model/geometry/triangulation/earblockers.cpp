@@ -55,10 +55,10 @@ public:
         const double right = double(box.high.x) - _x;
         const double bottom = double(box.low.y) - _y;
         const double top = double(box.high.y) - _y;
-        const double mostInside =
+        const double maxInside =
             std::max(_vectorX * bottom, _vectorX * top) - std::min(_vectorY * left, _vectorY * right);
         const double reach = largest(left, right) + largest(bottom, top);
-        if (mostInside >= -_slack * reach)
+        if (maxInside >= -_slack * reach)
             return true;
         const double x = distanceToRange(left, right);
         const double y = distanceToRange(bottom, top);

@@ -3,7 +3,7 @@
 #include <array>
 #include <limits>
 
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {
 

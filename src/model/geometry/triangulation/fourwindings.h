@@ -1,6 +1,6 @@
 #pragma once
 
-#include "geometry/triangulation/fourpoints.h"
+#include "geometry/fourpoints.h"
 #include "geometry/triangulation/windingfilter.h"
 
 namespace Atelier::Vel {
@@ -8,7 +8,7 @@ namespace Atelier::Vel {
 /// A bit for each of four faces.
 struct FourWindings {
     unsigned int clockwise;
-    unsigned int unsure;
+    unsigned int undecided;
 };
 
 #if defined(__SSE2__)
@@ -33,15 +33,15 @@ inline FourWindings windings(const FourPoints& normal, const FourPoints& area,
     const __m128 isNull =
         _mm_and_ps(_mm_cmple_ps(squaredNormal, _mm_set1_ps(kSurelyNull)),
                    _mm_cmple_ps(squaredSize, _mm_set1_ps(std::numeric_limits<float>::max())));
-    const __m128 isSure = _mm_and_ps(
+    const __m128 isDecided = _mm_and_ps(
         _mm_and_ps(_mm_cmpgt_ps(size, margin), _mm_cmpge_ps(squaredNormal, _mm_set1_ps(kSurelyNotNull))),
-        _mm_and_ps(_mm_cmpge_ps(squaredSize, _mm_set1_ps(kLeastSquaredSize)),
-                   _mm_cmple_ps(margin, _mm_set1_ps(kMostMargin))));
+        _mm_and_ps(_mm_cmpge_ps(squaredSize, _mm_set1_ps(kMinSquaredSize)),
+                   _mm_cmple_ps(margin, _mm_set1_ps(kMaxMargin))));
     const auto null = static_cast<unsigned int>(_mm_movemask_ps(isNull));
-    const auto sure = static_cast<unsigned int>(_mm_movemask_ps(isSure));
+    const auto decided = static_cast<unsigned int>(_mm_movemask_ps(isDecided));
     const auto positive =
         static_cast<unsigned int>(_mm_movemask_ps(_mm_cmpgt_ps(projected, _mm_setzero_ps())));
-    return {sure & ~null & ~positive, ~(sure | null) & 0xF};
+    return {decided & ~null & ~positive, ~(decided | null) & 0xF};
 }
 
 } // namespace WindingFilter

@@ -12,15 +12,15 @@ namespace Atelier::Vel {
 namespace {
 
 // Up to this size looking at all corners is faster than an index of them.
-constexpr int kMostCornersUnindexed = 64;
+constexpr int kMaxCornersUnindexed = 64;
 
 // As many are prepared or clipped before a meter is told.
-constexpr int kCornersPerTelling = 1024;
+constexpr int kCornersPerReport = 1024;
 
 constexpr quint32 kSignBit = 0x80000000;
 
 bool isLarge(int count) {
-    return count > kMostCornersUnindexed;
+    return count > kMaxCornersUnindexed;
 }
 
 /// The order of the ears as one number: the sharpest has the greatest key, of two equally sharp ones the
@@ -125,9 +125,9 @@ bool isBlocked(const Ring& ring, int ear) {
 }
 
 /// To be called for each corner of a large polygon, when it is prepared and when it is clipped.
-void tellMeter(const Ring& ring, int corner) {
-    if (corner % kCornersPerTelling == kCornersPerTelling - 1 && ring.scratch.meter)
-        ring.scratch.meter(kCornersPerTelling / 2);
+void reportProgress(const Ring& ring, int corner) {
+    if (corner % kCornersPerReport == kCornersPerReport - 1 && ring.scratch.meter)
+        ring.scratch.meter(kCornersPerReport / 2);
 }
 
 /// Of a small polygon, a convex corner is only tested when it is the sharpest: few of them ever are.
@@ -163,7 +163,7 @@ EarKey sharpestTestedEar(Ring& ring) {
 EarKey sharpestEar(Ring& ring) {
     if (!ring.isQueued)
         return sharpestTestedEar(ring);
-    tellMeter(ring, ring.clipped);
+    reportProgress(ring, ring.clipped);
     EarKey best = 0;
     std::priority_queue<EarKey>& queue = ring.scratch.queue;
     while (!queue.empty() && best == 0) {
@@ -213,7 +213,7 @@ void makeCorners(bool clockwise, Ring& ring) {
     }
     for (int i = 0; i < ring.count; ++i) {
         if (ring.isQueued)
-            tellMeter(ring, i);
+            reportProgress(ring, i);
         UpdateEar(ring, i);
     }
 }
@@ -260,7 +260,7 @@ const PolygonScratch::Triangles& PolygonTriangulator::cornerTriangles(const QVec
 const PolygonScratch::Triangles& PolygonTriangulator::cornerTriangles(int count, const int* corners,
                                                                       const float* positions) {
     const Winding winding = quickWinding(count, corners, positions);
-    if (winding != Winding::kUnsure) {
+    if (winding != Winding::kUndecided) {
         EarClip(count, winding == Winding::kClockwise, _scratch);
         return _scratch.triangles;
     }
@@ -281,8 +281,8 @@ const PolygonScratch::Triangles& PolygonTriangulator::projectAndClip(const Space
     return _scratch.triangles;
 }
 
-unsigned int* PolygonTriangulator::cutGeneral(int count, const int* corners, const float* positions,
-                                              unsigned int* out) {
+unsigned int* PolygonTriangulator::triangulateGeneral(int count, const int* corners, const float* positions,
+                                                      unsigned int* out) {
     for (int corner : cornerTriangles(count, corners, positions))
         *out++ = static_cast<unsigned int>(corners[corner]);
     return out;

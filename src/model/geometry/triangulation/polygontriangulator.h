@@ -8,8 +8,8 @@
 #include <QtCore/QVector>
 #include <QtGui/QVector3D>
 
+#include "geometry/qtvectormath.h"
 #include "geometry/triangulation/earblockers.h"
-#include "geometry/triangulation/qtvectormath.h"
 #include "geometry/triangulation/windingfilter.h"
 #include "geometry/workmeter.h"
 
@@ -78,12 +78,13 @@ public:
     /// Requires: room for 3 · (count − 2) numbers; none for fewer than three corners.
     /// Returns:  the end of what it wrote; `out` itself, after a warning, for a polygon that cannot be cut.
     /// Cost:     a few nanoseconds for nearly every triangle and quadrilateral.
-    unsigned int* cut(int count, const int* corners, const float* positions, unsigned int* out);
+    unsigned int* triangulate(int count, const int* corners, const float* positions, unsigned int* out);
 
 private:
     const PolygonScratch::Triangles& projectAndClip(const SpacePoint& normal, int count, const int* corners,
                                                     const float* positions);
-    unsigned int* cutGeneral(int count, const int* corners, const float* positions, unsigned int* out);
+    unsigned int* triangulateGeneral(int count, const int* corners, const float* positions,
+                                     unsigned int* out);
 
     PolygonScratch _scratch;
 };
@@ -93,7 +94,7 @@ inline Winding quickWinding(int count, const int* corners, const float* position
         return quickTriangleWinding(corners, positions);
     if (count == 4)
         return quickQuadrilateralWinding(corners, positions);
-    return Winding::kUnsure;
+    return Winding::kUndecided;
 }
 
 inline unsigned int* writeTriangle(int a, int b, int c, unsigned int* out) {
@@ -110,11 +111,11 @@ inline unsigned int* writeFixedPattern(int count, bool clockwise, const int* cor
                       : writeTriangle(corners[pattern[3]], corners[pattern[4]], corners[pattern[5]], out);
 }
 
-inline unsigned int* PolygonTriangulator::cut(int count, const int* corners, const float* positions,
-                                              unsigned int* out) {
+inline unsigned int* PolygonTriangulator::triangulate(int count, const int* corners, const float* positions,
+                                                      unsigned int* out) {
     const Winding winding = quickWinding(count, corners, positions);
-    if (winding == Winding::kUnsure)
-        return cutGeneral(count, corners, positions, out);
+    if (winding == Winding::kUndecided)
+        return triangulateGeneral(count, corners, positions, out);
     return writeFixedPattern(count, winding == Winding::kClockwise, corners, out);
 }
 

@@ -4,12 +4,12 @@
 
 #include <QtCore/QtGlobal>
 
-#include "geometry/triangulation/qtvectormath.h"
+#include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {
 
 /// How a polygon is wound about its own computed normal, as far as that can be told quickly.
-enum class Winding { kCounterClockwise, kClockwise, kUnsure };
+enum class Winding { kCounterClockwise, kClockwise, kUndecided };
 
 /// Tells the sign of a triangle's or quadrilateral's winding sum without projecting anything.
 ///
@@ -28,11 +28,11 @@ namespace WindingFilter {
 constexpr float kMargin = 0x1p-16F;
 
 // For smaller faces underflow would have to be counted.
-constexpr float kLeastSquaredSize = 1e-20F;
+constexpr float kMinSquaredSize = 1e-20F;
 
 // Below this D² is less than 1e31 and its product with |n| less than 1e25, so that nothing has overflown.
 // Where a sum of squares has, the margin is infinite.
-constexpr float kMostMargin = 1e20F;
+constexpr float kMaxMargin = 1e20F;
 
 // A normal with a squared length up to 1e-12 is null. In between, floats cannot tell.
 constexpr float kSurelyNull = 0.999e-12F;
@@ -70,8 +70,8 @@ inline Winding winding(const Lanes& normal, const Lanes& area, const Lanes& squa
     const float margin = kMargin * squaredSize * std::sqrt(squaredNormal);
     const float projected = sum(area * normal);
     if (!(std::fabs(projected) > margin && squaredNormal >= kSurelyNotNull &&
-          squaredSize >= kLeastSquaredSize && margin <= kMostMargin))
-        return Winding::kUnsure;
+          squaredSize >= kMinSquaredSize && margin <= kMaxMargin))
+        return Winding::kUndecided;
     return projected > 0 ? Winding::kCounterClockwise : Winding::kClockwise;
 }
 

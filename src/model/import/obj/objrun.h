@@ -37,11 +37,11 @@ struct ObjRun {
     FixedList<quint32, kCorners> texCoordIndices;
 
     /// The number of lines that fit, whatever vertex lines or faces of up to kPlainCorners they are.
-    size_t roomForLines() const {
+    size_t lineCapacityLeft() const {
         return std::min({positions.room() / 3, normals.room() / 3, texCoords.room() / 2, cornerCounts.room(),
                          positionIndices.room() / kPlainCorners});
     }
-    bool isFull() const { return roomForLines() == 0; }
+    bool isFull() const { return lineCapacityLeft() == 0; }
 
     /// Adds the face whose corners lie behind those that count.
     void addFace(size_t corners) {

@@ -28,11 +28,11 @@ struct Digits {
     std::uint64_t number() const { return joinDigits(values << (64 - 8 * count)); }
 };
 
-constexpr int kMostIntegerDigits = 7;
+constexpr int kMaxIntegerDigits = 7;
 constexpr std::uint64_t kIntegerPowersOfTen[] = {1,      10,      100,      1000,     10000,
                                                  100000, 1000000, 10000000, 100000000};
 // Seven, eight and four digits are 19, which fit 64 bits.
-constexpr int kMostLateDigits = 4;
+constexpr int kMaxLateDigits = 4;
 
 /// Walks over one line. Each step returns false where the line is not plain.
 class PlainLine {
@@ -66,7 +66,7 @@ public:
     bool takeDecimal(float& value) {
         const bool negative = takeSign();
         const Digits integer(_at);
-        if (integer.count == 0 || integer.count > kMostIntegerDigits)
+        if (integer.count == 0 || integer.count > kMaxIntegerDigits)
             return false;
         _at += integer.count;
         std::uint64_t mantissa = integer.number();
@@ -82,7 +82,7 @@ public:
     bool takeIndex(quint32 lineCount, quint32& index) {
         const bool negative = takeSign();
         const Digits digits(_at);
-        if (digits.count == 0 || digits.count > kMostIntegerDigits)
+        if (digits.count == 0 || digits.count > kMaxIntegerDigits)
             return false;
         _at += digits.count;
         const auto number = static_cast<quint32>(digits.number());
@@ -115,13 +115,13 @@ private:
     // The ninth digit of a fraction and those after it.
     bool takeLateDigits(std::uint64_t& mantissa, int& fractionDigits) {
         const Digits late(_at);
-        if (late.count > kMostLateDigits)
+        if (late.count > kMaxLateDigits)
             return false;
         if (late.count != 0)
             mantissa = mantissa * kIntegerPowersOfTen[late.count] + late.number();
         fractionDigits += late.count;
         _at += late.count;
-        return mantissa <= kMostExactMantissa;
+        return mantissa <= kMaxExactMantissa;
     }
 
     const char* _at;

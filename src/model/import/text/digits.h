@@ -29,7 +29,7 @@ inline std::uint64_t joinDigits(std::uint64_t digits) {
 /// decimal itself does.
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr int kMostExactPower = 22;
-constexpr std::uint64_t kMostExactMantissa = std::uint64_t(1) << 53;
+constexpr int kMaxExactPower = 22;
+constexpr std::uint64_t kMaxExactMantissa = std::uint64_t(1) << 53;
 
 } // namespace Atelier::Vel

@@ -32,12 +32,12 @@ const char* readDigits(const char* first, const char* last, Decimal& decimal) {
     return first;
 }
 
-// An integer with an optional sign. Returns: false where it is missing or has more than `mostDigits` digits.
-bool readInteger(const char* first, const char* last, int mostDigits, int& value) {
+// An integer with an optional sign. Returns: false where it is missing or has more than `maxDigits` digits.
+bool readInteger(const char* first, const char* last, int maxDigits, int& value) {
     const bool negative = first != last && *first == '-';
     if (first != last && (*first == '-' || *first == '+'))
         ++first;
-    if (first == last || last - first > mostDigits)
+    if (first == last || last - first > maxDigits)
         return false;
     int magnitude = 0;
     for (; first != last; ++first) {
@@ -50,9 +50,9 @@ bool readInteger(const char* first, const char* last, int mostDigits, int& value
 }
 
 bool readExponent(const char* first, const char* last, int& exponent) {
-    constexpr int kMostDigits = 4;
+    constexpr int kMaxDigits = 4;
     int value = 0;
-    if (!readInteger(first, last, kMostDigits, value))
+    if (!readInteger(first, last, kMaxDigits, value))
         return false;
     exponent += value;
     return true;
@@ -77,8 +77,8 @@ bool readDecimal(const char* first, const char* last, Decimal& decimal) {
 
 // Both operands are exact, so the one operation rounds as the exact quotient or product does.
 bool exactDouble(const Decimal& decimal, double& value) {
-    if (decimal.digits > 19 || decimal.mantissa > kMostExactMantissa ||
-        std::abs(decimal.exponent) > kMostExactPower)
+    if (decimal.digits > 19 || decimal.mantissa > kMaxExactMantissa ||
+        std::abs(decimal.exponent) > kMaxExactPower)
         return false;
     const double mantissa = static_cast<double>(decimal.mantissa);
     value = decimal.exponent < 0 ? mantissa / kPowersOfTen[-decimal.exponent]
@@ -110,8 +110,8 @@ bool parseFloat(const char* first, const char* last, float& value) {
 
 bool parseInt(const char* first, const char* last, int& value) {
     // Nine digits always fit.
-    constexpr int kMostDigits = 9;
-    return readInteger(first, last, kMostDigits, value);
+    constexpr int kMaxDigits = 9;
+    return readInteger(first, last, kMaxDigits, value);
 }
 
 } // namespace Atelier::Vel

@@ -38,7 +38,7 @@ using Bits = std::uint64_t;
 constexpr unsigned int kWindow = 64;
 
 // A double is exact up to fifteen digits.
-constexpr Bits kMostDecimalDigits = 15;
+constexpr Bits kMaxDecimalDigits = 15;
 
 // Corners are taken four at a time, of up to three numbers each.
 constexpr unsigned int kStepCorners = 4;
@@ -318,7 +318,7 @@ VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants,
     const char* const next = lineBehind(at + firstOf(window.lineEnds));
     const Bits digitCounts = (decimals.lengths + (decimals.lengths >> 8)) & kEachLength<Count> * 0xFF;
     const Bits tooMany =
-        (digitCounts + kEachLength<Count> * (0x7F - kMostDecimalDigits)) & kEachLength<Count> << 7;
+        (digitCounts + kEachLength<Count> * (0x7F - kMaxDecimalDigits)) & kEachLength<Count> << 7;
     if (next == nullptr || tooMany != 0)
         return nullptr;
     storeValues<Count>(mantissasOf(window, constants, digitCounts), decimals, values.items + values.size);
@@ -442,13 +442,13 @@ VELMODEL_STEP __m128i loadPart(const void* bytes) {
 template<unsigned int Numbers>
 VELMODEL_STEP unsigned int countCorners(const Stops& stops, unsigned int numbers) {
     constexpr const CornerShape& kShape = kCornerShapes[Numbers - 1];
-    constexpr unsigned int kMost = kStepCorners * Numbers;
+    constexpr unsigned int kMax = kStepCorners * Numbers;
     __mmask16 strangers = _mm_cmpneq_epi8_mask(stops.characters, loadPart(kShape.stops));
     strangers =
         _mm_mask_cmpge_epu8_mask(strangers, stops.characters, _mm_set1_epi8(16)); // but for the line's end
     const __mmask16 wrong =
         _mm_cmpgt_epu8_mask(_mm_sub_epi8(stops.distances, loadPart(kShape.distances)), loadPart(kShape.more));
-    const unsigned int taken = std::min(numbers, kMost);
+    const unsigned int taken = std::min(numbers, kMax);
     const bool isPlain = _bzhi_u32(_kor_mask16(strangers, wrong), taken) == 0;
     return isPlain ? static_cast<unsigned int>(kShape.counts >> 4 * taken & 0xF) : 0;
 }
@@ -517,7 +517,7 @@ VELMODEL_AVX512 const char* takeLines(const char* first, const char* last, ObjLi
                                       ObjRun& run) {
     const Constants constants;
     CornerTasks tasks;
-    size_t lines = std::min(run.roomForLines(), CornerTasks::kLines);
+    size_t lines = std::min(run.lineCapacityLeft(), CornerTasks::kLines);
     for (; lines != 0 && first != last && tasks.hasRoom(); --lines) {
         const char* const next = takeLine(first, constants, counts, run, tasks);
         if (next == nullptr)

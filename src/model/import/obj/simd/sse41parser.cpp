@@ -24,8 +24,8 @@ namespace {
 using Word = std::uint64_t;
 
 // A double is exact up to fifteen digits. With their point, they fill a vector.
-constexpr unsigned int kMostDecimalDigits = 15;
-constexpr unsigned int kMostIndexDigits = 7;
+constexpr unsigned int kMaxDecimalDigits = 15;
+constexpr unsigned int kMaxIndexDigits = 7;
 // Digits that make one 32-bit number.
 constexpr unsigned int kEight = 8;
 
@@ -128,8 +128,8 @@ VELMODEL_STEP bool takeDecimal(Stops& stops, const char* at, Decimal& decimal) {
     decimal.digits = integers + decimal.fraction;
     decimal.sign = static_cast<quint32>(negative) << 31;
     // Numbers below 1 wrap around.
-    return *point == '.' && integers - 1 < kMostDecimalDigits && decimal.fraction - 1 < kMostDecimalDigits &&
-           decimal.digits <= kMostDecimalDigits;
+    return *point == '.' && integers - 1 < kMaxDecimalDigits && decimal.fraction - 1 < kMaxDecimalDigits &&
+           decimal.digits <= kMaxDecimalDigits;
 }
 
 /// The digits without their point, four by four; those that are not there are 0.
@@ -236,7 +236,7 @@ struct Number {
 VELMODEL_STEP bool takeNumber(Stops& stops, const char* at, Number& number) {
     number.end = stops.take();
     number.digits = static_cast<unsigned int>(number.end - at);
-    return number.digits - 1 < kMostIndexDigits;
+    return number.digits - 1 < kMaxIndexDigits;
 }
 
 VELMODEL_STEP __m128i foursOf(const Number& low, const Number& high) {

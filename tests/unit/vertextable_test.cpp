@@ -1,4 +1,4 @@
-#include "geometry/merging/cornerset.h"
+#include "geometry/merging/vertextable.h"
 
 #include <algorithm>
 #include <numeric>
@@ -43,8 +43,8 @@ public:
         ++_comparisons;
         return _keys[a] == _keys[b];
     }
-    void fetchIndices(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
-    void fetchValues(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
+    void prefetchIndices(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
+    void prefetchValues(quint32 corner) const { ASSERT_LT(corner, _keys.size()); }
 
 private:
     std::vector<quint64> _hashes;
@@ -53,7 +53,7 @@ private:
 };
 
 Merged inserted(const TestKeys& keys, quint32 keyWords) {
-    CornerSet set(keys.count(), keyWords);
+    VertexTable set(keys.count(), keyWords);
     const GuardedArray<quint32> numberOfCorner(keys.count());
     const GuardedArray<quint32> firstCorner(keys.count());
     const quint32 numbers = set.insertAll(keys, keys.count(), numberOfCorner.data(), firstCorner.data());
@@ -68,7 +68,7 @@ void expectNumbers(const TestKeys& keys, quint32 keyWords) {
     ASSERT_EQ(merged.firstCorner, expected.firstCorner);
 }
 
-class CornerSetTest : public testing::TestWithParam<quint32> {};
+class VertexTableTest : public testing::TestWithParam<quint32> {};
 
 // Hashes whose slots are the first, the last (from which probing wraps to the first), and one between.
 constexpr quint64 kPlaces[] = {0, 1, 0xFFFFFFFF00000000, 0xFFFFFFFFFFFFFFFF, 0x8000000000000000};
@@ -76,7 +76,7 @@ constexpr quint64 kPlaces[] = {0, 1, 0xFFFFFFFF00000000, 0xFFFFFFFFFFFFFFFF, 0x8
 } // namespace
 
 // Good hashes decide nearly everything: only poor ones show a wrong comparison.
-TEST_P(CornerSetTest, CornersWithEqualHashesAreComparedByTheirKeys) {
+TEST_P(VertexTableTest, CornersWithEqualHashesAreComparedByTheirKeys) {
     std::mt19937 random(5);
     for (const quint32 cornerCount : {1U, 2U, 3U, 4U, 7U, 8U, 31U, 32U, 33U, 64U, 400U})
         for (const unsigned int differentWords : {1U, 8U, 1000U})
@@ -91,7 +91,7 @@ TEST_P(CornerSetTest, CornersWithEqualHashesAreComparedByTheirKeys) {
             }
 }
 
-TEST_P(CornerSetTest, EveryCornerOfAFullSetHasItsOwnNumber) {
+TEST_P(VertexTableTest, EveryCornerOfAFullSetHasItsOwnNumber) {
     for (quint32 cornerCount = 1; cornerCount <= 150; ++cornerCount)
         for (const quint64 place : kPlaces) {
             TestKeys keys;
@@ -101,7 +101,7 @@ TEST_P(CornerSetTest, EveryCornerOfAFullSetHasItsOwnNumber) {
         }
 }
 
-TEST_P(CornerSetTest, CornersInEveryOrderKeepTheirNumbers) {
+TEST_P(VertexTableTest, CornersInEveryOrderKeepTheirNumbers) {
     std::mt19937 random(6);
     for (int round = 0; round < 300; ++round) {
         TestKeys keys;
@@ -115,10 +115,10 @@ TEST_P(CornerSetTest, CornersInEveryOrderKeepTheirNumbers) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(WordsThatAreKept, CornerSetTest, testing::Values(0U, 3U));
+INSTANTIATE_TEST_SUITE_P(WordsThatAreKept, VertexTableTest, testing::Values(0U, 3U));
 
 // The part of the hash in a slot avoids comparisons with other corners on the way.
-TEST(CornerSetStepsTest, CornersWithOtherHashesAreNotCompared) {
+TEST(VertexTableStepsTest, CornersWithOtherHashesAreNotCompared) {
     constexpr quint64 kSamePlace = quint64{5} << 32;
     TestKeys keys;
     for (quint64 corner = 0; corner < 1000; ++corner)
@@ -128,7 +128,7 @@ TEST(CornerSetStepsTest, CornersWithOtherHashesAreNotCompared) {
     EXPECT_EQ(keys.comparisons(), 0);
 }
 
-TEST(CornerSetStepsTest, CornersThatAreAlikeAreComparedOnce) {
+TEST(VertexTableStepsTest, CornersThatAreAlikeAreComparedOnce) {
     TestKeys keys;
     for (quint64 corner = 0; corner < 1000; ++corner)
         keys.add(mixWords(0, corner % 10, 0), {corner % 10, 0, 0});
@@ -136,7 +136,7 @@ TEST(CornerSetStepsTest, CornersThatAreAlikeAreComparedOnce) {
     EXPECT_EQ(keys.comparisons(), 990);
 }
 
-TEST(CornerSetStepsTest, KeysOfAQuarterOfTheCornersAreKept) {
+TEST(VertexTableStepsTest, KeysOfAQuarterOfTheCornersAreKept) {
     for (const quint64 values : {24U, 25U, 26U}) {
         TestKeys keys;
         for (quint64 corner = 0; corner < 100; ++corner)
@@ -148,11 +148,11 @@ TEST(CornerSetStepsTest, KeysOfAQuarterOfTheCornersAreKept) {
     }
 }
 
-TEST(CornerSetStepsTest, TableHasTwoSlotsForEachCornerAndKeysForAQuarter) {
+TEST(VertexTableStepsTest, TableHasTwoSlotsForEachCornerAndKeysForAQuarter) {
     for (const quint32 capacity : {0U, 1U, 3U, 4U, 1000U})
         for (const quint32 keyWords : {0U, 5U}) {
             Testing::scratchBlocks().clear();
-            const CornerSet set(capacity, keyWords);
+            const VertexTable set(capacity, keyWords);
             EXPECT_THAT(Testing::scratchBlocks(),
                         testing::ElementsAre((2 * capacity + 1) * 4, capacity / 4 * keyWords * 8));
         }
@@ -206,7 +206,7 @@ TEST_F(MixWordsTest, WordsThatMakeAFactorZeroStayApart) {
 
 /// Of 4096 parts of a table, how many 3000 similar words fall into, with the worst of 1000 seeds.
 template<typename HashOf>
-std::size_t fewestPartsUsed(const HashOf& hashOf) {
+std::size_t minPartsUsed(const HashOf& hashOf) {
     std::mt19937_64 random(8);
     std::size_t fewest = 4096;
     for (int round = 0; round < 1000; ++round) {
@@ -222,11 +222,11 @@ std::size_t fewestPartsUsed(const HashOf& hashOf) {
 
 // Random words would fall into 2128 parts, with a standard deviation of about 25.
 TEST(FinishedHashTest, SimilarWordsSpreadOverTheTableWithEverySeed) {
-    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k); }), 1950U);
-    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k, 0); }), 1950U);
-    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k << 32); }), 1950U);
-    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k << 32, 0); }), 1950U);
-    EXPECT_GT(fewestPartsUsed([](quint64 seed, quint64 k) { return mixWords(mixWords(seed, k, 0), 1, 0); }),
+    EXPECT_GT(minPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k); }), 1950U);
+    EXPECT_GT(minPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k, 0); }), 1950U);
+    EXPECT_GT(minPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, 0, k << 32); }), 1950U);
+    EXPECT_GT(minPartsUsed([](quint64 seed, quint64 k) { return mixWords(seed, k << 32, 0); }), 1950U);
+    EXPECT_GT(minPartsUsed([](quint64 seed, quint64 k) { return mixWords(mixWords(seed, k, 0), 1, 0); }),
               1950U);
 }
 

@@ -1,4 +1,4 @@
-#include "drawdata/facecutter.h"
+#include "drawdata/facetriangulator.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,7 +24,7 @@ namespace {
 constexpr quint64 kBlock = 65536;
 
 // As many are cut before a meter is told.
-constexpr qint64 kCornersPerTelling = 16384;
+constexpr qint64 kCornersPerReport = 16384;
 
 constexpr quint64 kPositionBytes = 3 * sizeof(float);
 
@@ -45,11 +45,11 @@ struct FaceRange {
 /// Asks memory for what faces ahead will need: the furthest one's place in the table, a nearer one's corners,
 /// the positions of one still nearer. The faces of one material may lie anywhere in the mesh; those that
 /// follow each other need no help.
-class FaceFetcher {
+class FacePrefetcher {
 public:
-    FaceFetcher(const FaceTable& table, const WordView& faces) : _table(table), _faces(faces) {}
+    FacePrefetcher(const FaceTable& table, const WordView& faces) : _table(table), _faces(faces) {}
 
-    void fetchFor(quint64 k) const {
+    void prefetchFor(quint64 k) const {
         if (k + kTableAhead >= _faces.count || isNext(k + kTableAhead))
             return;
         const quint32 face = _faces.words[k + kTableAhead];
@@ -59,7 +59,7 @@ public:
         }
         prefetch(rangeOf(k + kCornersAhead).corners);
         const FaceRange near = rangeOf(k + kPositionsAhead);
-        for (quint32 i = 0; i < std::min(near.count, kMostCornersFetched); ++i)
+        for (quint32 i = 0; i < std::min(near.count, kMaxCornersPrefetched); ++i)
             prefetch(_table.positions.bytes +
                      std::min(near.corners[i] * kPositionBytes, _table.positions.count));
     }
@@ -68,7 +68,7 @@ private:
     static constexpr quint64 kTableAhead = 24;
     static constexpr quint64 kCornersAhead = 16;
     static constexpr quint64 kPositionsAhead = 8;
-    static constexpr quint32 kMostCornersFetched = 16;
+    static constexpr quint32 kMaxCornersPrefetched = 16;
 
     bool isNext(quint64 k) const { return _faces.words[k] == _faces.words[k - 1] + 1; }
 
@@ -137,7 +137,7 @@ bool areNear(const quint32* vertices, quint32 other) {
 /// Asks memory for the positions of faces like these four that follow them: where the faces of a mesh are in
 /// no order, their positions lie anywhere.
 template<int Count>
-void fetchPositionsBehind(const FaceTable& table, quint32 start) {
+void prefetchPositionsAhead(const FaceTable& table, quint32 start) {
     constexpr quint64 kFacesAhead = 16;
     constexpr quint64 kCorners = quint64{4} * Count;
     const quint64 first = start + kFacesAhead * Count;
@@ -160,18 +160,19 @@ unsigned int* writeFour(const int* corners, unsigned int* out) {
 
 } // namespace
 
-FaceCutter::FaceCutter(quint64 expectedIndices, const WorkMeter& meter)
+FaceTriangulator::FaceTriangulator(quint64 expectedIndices, const WorkMeter& meter)
     : _expectedIndices(expectedIndices), _meter(meter) {
     if (meter)
         _triangulator.setMeter([this](int corners) {
-            _untoldCorners -= corners; // they are counted again with their face
+            _unreportedCorners -= corners; // they are counted again with their face
             _meter(corners);
         });
 }
 
-bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles) {
+bool FaceTriangulator::triangulate(const FaceTable& table, const WordView& faces,
+                                   ModelDataStream& triangles) {
     const quint64 faceLimit = table.faceCount();
-    const FaceFetcher fetcher(table, faces);
+    const FacePrefetcher prefetcher(table, faces);
     _used = 0;
     for (quint64 k = 0; k < faces.count;) {
         const quint32 face = faces.words[k];
@@ -181,43 +182,43 @@ bool FaceCutter::cut(const FaceTable& table, const WordView& faces, ModelDataStr
                 if (!makeRoom(4 * indicesOf(count), table, triangles))
                     return false;
                 if (count == 3)
-                    cutFour<3>(table, table.startOf(face));
+                    triangulateFour<3>(table, table.startOf(face));
                 else
-                    cutFour<4>(table, table.startOf(face));
-                tellMeter(4 * count);
+                    triangulateFour<4>(table, table.startOf(face));
+                reportProgress(4 * count);
                 k += 4;
                 continue;
             }
         }
-        fetcher.fetchFor(k);
+        prefetcher.prefetchFor(k);
         ++k;
         const quint32 count = face < faceLimit ? table.countOf(face) : 0;
         const quint32 start = face < faceLimit ? table.startOf(face) : 0;
         if (face >= faceLimit || quint64{start} + count > table.corners.count) {
-            ++_uncutFaces;
+            ++_untriangulatedFaces;
             continue;
         }
         if (!makeRoom(indicesOf(count), table, triangles))
             return false;
         unsigned int* const begin = _triangles.data() + _used;
-        unsigned int* const end = cutFace(table, start, count, begin);
+        unsigned int* const end = triangulateFace(table, start, count, begin);
         _used += static_cast<quint64>(end - begin);
-        _uncutFaces += end == begin ? 1 : 0;
-        tellMeter(count);
+        _untriangulatedFaces += end == begin ? 1 : 0;
+        reportProgress(count);
     }
     return flush(triangles);
 }
 
-quint64 FaceCutter::mostIndices(const WordView& counts) {
+quint64 FaceTriangulator::maxIndices(const WordView& counts) {
     return std::accumulate(counts.words, counts.words + counts.count, quint64{0},
                            [](quint64 sum, quint32 count) { return sum + indicesOf(count); });
 }
 
-quint64 FaceCutter::mostIndices(const UniformFaces& faces) {
+quint64 FaceTriangulator::maxIndices(const UniformFaces& faces) {
     return faces.count * indicesOf(faces.corners);
 }
 
-bool FaceCutter::flush(ModelDataStream& triangles) {
+bool FaceTriangulator::flush(ModelDataStream& triangles) {
     if (_used == 0)
         return true;
     auto* const array = triangles.size() == 0 ? dynamic_cast<ModelDataArray*>(&triangles) : nullptr;
@@ -226,16 +227,16 @@ bool FaceCutter::flush(ModelDataStream& triangles) {
     return appendTo(triangles, std::exchange(_used, 0), _triangles.data(), sizeof(unsigned int));
 }
 
-void FaceCutter::tellMeter(quint32 corners) {
-    _untoldCorners += corners;
-    if (_untoldCorners < kCornersPerTelling)
+void FaceTriangulator::reportProgress(quint32 corners) {
+    _unreportedCorners += corners;
+    if (_unreportedCorners < kCornersPerReport)
         return;
-    const qint64 untold = std::exchange(_untoldCorners, 0);
+    const qint64 unreported = std::exchange(_unreportedCorners, 0);
     if (_meter)
-        _meter(static_cast<int>(std::min<qint64>(untold, std::numeric_limits<int>::max())));
+        _meter(static_cast<int>(std::min<qint64>(unreported, std::numeric_limits<int>::max())));
 }
 
-bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {
+bool FaceTriangulator::makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles) {
     if (_used + indices <= _triangles.size())
         return true;
     if (!flush(triangles))
@@ -248,21 +249,21 @@ bool FaceCutter::makeRoom(quint64 indices, const FaceTable& table, ModelDataStre
 }
 
 template<int Count>
-void FaceCutter::cutFour(const FaceTable& table, quint32 start) {
+void FaceTriangulator::triangulateFour(const FaceTable& table, quint32 start) {
     const auto* const positions = reinterpret_cast<const float*>(table.positions.bytes);
     const quint32* const vertices = table.corners.words + start;
-    fetchPositionsBehind<Count>(table, start);
+    prefetchPositionsAhead<Count>(table, start);
     const FourWindings windings = Count == 3 ? quickTriangleWindings(vertices, positions)
                                              : quickQuadrilateralWindings(vertices, positions);
     const auto* corners = reinterpret_cast<const int*>(vertices);
     unsigned int* out = _triangles.data() + _used;
-    if ((windings.unsure | windings.clockwise) == 0) {
+    if ((windings.undecided | windings.clockwise) == 0) {
         out = writeFour<Count>(corners, out);
     } else {
         for (unsigned int face = 0; face < 4; ++face, corners += Count) {
-            if ((windings.unsure >> face & 1) != 0) {
-                unsigned int* const end = _triangulator.cut(Count, corners, positions, out);
-                _uncutFaces += end == out ? 1 : 0;
+            if ((windings.undecided >> face & 1) != 0) {
+                unsigned int* const end = _triangulator.triangulate(Count, corners, positions, out);
+                _untriangulatedFaces += end == out ? 1 : 0;
                 out = end;
             } else {
                 out = writeFixedPattern(Count, (windings.clockwise >> face & 1) != 0, corners, out);
@@ -272,16 +273,18 @@ void FaceCutter::cutFour(const FaceTable& table, quint32 start) {
     _used = static_cast<quint64>(out - _triangles.data());
 }
 
-unsigned int* FaceCutter::cutFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out) {
+unsigned int* FaceTriangulator::triangulateFace(const FaceTable& table, quint32 start, quint32 count,
+                                                unsigned int* out) {
     const quint32* const corners = table.corners.words + start;
     const quint32 wholePositions = wholePositionsOf(table);
     if (!allBelow(corners, count, wholePositions))
-        return cutCopied(table, start, count, out);
-    return _triangulator.cut(static_cast<int>(count), reinterpret_cast<const int*>(corners),
-                             reinterpret_cast<const float*>(table.positions.bytes), out);
+        return triangulateCopied(table, start, count, out);
+    return _triangulator.triangulate(static_cast<int>(count), reinterpret_cast<const int*>(corners),
+                                     reinterpret_cast<const float*>(table.positions.bytes), out);
 }
 
-unsigned int* FaceCutter::cutCopied(const FaceTable& table, quint32 start, quint32 count, unsigned int* out) {
+unsigned int* FaceTriangulator::triangulateCopied(const FaceTable& table, quint32 start, quint32 count,
+                                                  unsigned int* out) {
     const quint32* const corners = table.corners.words + start;
     _corners.resize(count);
     std::iota(_corners.begin(), _corners.end(), 0);
@@ -293,7 +296,7 @@ unsigned int* FaceCutter::cutCopied(const FaceTable& table, quint32 start, quint
                         std::min<quint64>(table.positions.count - first, 3 * sizeof(float)));
     }
     unsigned int* const end =
-        _triangulator.cut(static_cast<int>(count), _corners.data(), _positions.data(), out);
+        _triangulator.triangulate(static_cast<int>(count), _corners.data(), _positions.data(), out);
     std::transform(out, end, out, [corners](unsigned int corner) { return corners[corner]; });
     return end;
 }

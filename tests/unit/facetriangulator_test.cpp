@@ -1,4 +1,4 @@
-#include "drawdata/facecutter.h"
+#include "drawdata/facetriangulator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,18 +88,18 @@ private:
 /// The result of cutting faces, by definition.
 struct Expected {
     std::vector<quint32> indices;
-    quint64 uncutFaces = 0;
+    quint64 untriangulatedFaces = 0;
 
     void add(const FaceTable& table, quint32 face) {
         const std::size_t before = indices.size();
         if (face < table.faceCount() &&
             quint64{table.startOf(face)} + table.countOf(face) <= table.corners.count)
-            cut(table, table.corners.words + table.startOf(face), table.countOf(face));
-        uncutFaces += indices.size() == before ? 1 : 0;
+            triangulate(table, table.corners.words + table.startOf(face), table.countOf(face));
+        untriangulatedFaces += indices.size() == before ? 1 : 0;
     }
 
 private:
-    void cut(const FaceTable& table, const quint32* face, quint32 count) {
+    void triangulate(const FaceTable& table, const quint32* face, quint32 count) {
         std::vector<int> numbers(count);
         std::iota(numbers.begin(), numbers.end(), 0);
         std::vector<float> positions(std::size_t{count} * 3);
@@ -117,11 +117,11 @@ private:
     }
 };
 
-class FaceCutterTest : public testing::Test {
+class FaceTriangulatorTest : public testing::Test {
 protected:
-    bool cut(const FaceTable& table, const std::vector<quint32>& faces) {
+    bool triangulate(const FaceTable& table, const std::vector<quint32>& faces) {
         const GuardedArray<quint32> list(faces);
-        return _cutter.cut(table, {list.data(), list.size()}, _stream);
+        return _cutter.triangulate(table, {list.data(), list.size()}, _stream);
     }
     /// Cuts the faces and compares with the definition, messages included.
     void expectCut(const FaceTable& table, const std::vector<quint32>& faces) {
@@ -131,18 +131,18 @@ protected:
             expected.add(table, face);
         const std::vector<Testing::LoggedMessage> messages = log.messages();
         log.clear();
-        const quint64 uncutBefore = _cutter.uncutFaces();
+        const quint64 untriangulatedBefore = _cutter.untriangulatedFaces();
         const quint64 sizeBefore = _stream.size();
-        ASSERT_TRUE(cut(table, faces));
+        ASSERT_TRUE(triangulate(table, faces));
         const std::vector<quint32> all = _stream.indices();
         ASSERT_EQ(std::vector<quint32>(all.begin() + static_cast<std::ptrdiff_t>(sizeBefore), all.end()),
                   expected.indices);
-        ASSERT_EQ(_cutter.uncutFaces() - uncutBefore, expected.uncutFaces);
+        ASSERT_EQ(_cutter.untriangulatedFaces() - untriangulatedBefore, expected.untriangulatedFaces);
         // Faces outside the table are skipped without a warning.
         ASSERT_EQ(log.messages(), messages);
     }
 
-    FaceCutter _cutter;
+    FaceTriangulator _cutter;
     RecordingStream _stream;
 };
 
@@ -183,7 +183,7 @@ std::vector<quint32> randomFaces(std::mt19937& random, quint32 faceCount, quint3
     return faces;
 }
 
-TEST_F(FaceCutterTest, FacesAreCutAsTheLiteralCutDoes) {
+TEST_F(FaceTriangulatorTest, FacesAreCutAsTheLiteralCutDoes) {
     std::mt19937 random(1);
     for (int round = 0; round < 300; ++round) {
         const quint32 faceCount = 1 + static_cast<quint32>(random() % 60);
@@ -200,7 +200,7 @@ TEST_F(FaceCutterTest, FacesAreCutAsTheLiteralCutDoes) {
     }
 }
 
-TEST_F(FaceCutterTest, UniformFacesAreCutAsTheLiteralCutDoes) {
+TEST_F(FaceTriangulatorTest, UniformFacesAreCutAsTheLiteralCutDoes) {
     std::mt19937 random(2);
     for (int round = 0; round < 200; ++round) {
         const quint32 count = 1 + static_cast<quint32>(round % 6);
@@ -214,7 +214,7 @@ TEST_F(FaceCutterTest, UniformFacesAreCutAsTheLiteralCutDoes) {
 }
 
 // Far from the origin, the normal of a small face is a rounding error, and some are clockwise about it.
-TEST_F(FaceCutterTest, RunsWithClockwiseFacesAreCutAsTheLiteralCutDoes) {
+TEST_F(FaceTriangulatorTest, RunsWithClockwiseFacesAreCutAsTheLiteralCutDoes) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> number(-1, 1);
     int clockwise = 0;
@@ -239,7 +239,7 @@ TEST_F(FaceCutterTest, RunsWithClockwiseFacesAreCutAsTheLiteralCutDoes) {
     EXPECT_GT(clockwise, 20);
 }
 
-TEST_F(FaceCutterTest, RunsOfFacesAreCutWhateverTheirLength) {
+TEST_F(FaceTriangulatorTest, RunsOfFacesAreCutWhateverTheirLength) {
     std::mt19937 random(3);
     for (const quint32 count : {3U, 4U})
         for (quint32 faceCount = 1; faceCount <= 13; ++faceCount)
@@ -261,7 +261,7 @@ TEST_F(FaceCutterTest, RunsOfFacesAreCutWhateverTheirLength) {
 }
 
 // Faces that are cut four at a time read one float behind each position.
-TEST_F(FaceCutterTest, NothingBehindTheLastPositionIsRead) {
+TEST_F(FaceTriangulatorTest, NothingBehindTheLastPositionIsRead) {
     for (const quint32 count : {3U, 4U})
         for (const std::size_t missingFloats : {0U, 1U, 2U, 3U}) {
             Mesh mesh;
@@ -277,7 +277,7 @@ TEST_F(FaceCutterTest, NothingBehindTheLastPositionIsRead) {
         }
 }
 
-TEST_F(FaceCutterTest, MissingPositionsAreZero) {
+TEST_F(FaceTriangulatorTest, MissingPositionsAreZero) {
     Mesh mesh;
     for (quint32 face = 0; face < 4; ++face)
         mesh.addFace({0, 1, 2});
@@ -286,7 +286,7 @@ TEST_F(FaceCutterTest, MissingPositionsAreZero) {
     ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {0, 1, 2, 3}));
 }
 
-TEST_F(FaceCutterTest, BytesOfAnIncompletePositionAreUsed) {
+TEST_F(FaceTriangulatorTest, BytesOfAnIncompletePositionAreUsed) {
     Mesh mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0.25F, 0.75F, 3};
     mesh.addFace({0, 1, 2});
@@ -298,7 +298,7 @@ TEST_F(FaceCutterTest, BytesOfAnIncompletePositionAreUsed) {
     }
 }
 
-TEST_F(FaceCutterTest, FacesWithFewerStartsThanCountsEndWithTheStarts) {
+TEST_F(FaceTriangulatorTest, FacesWithFewerStartsThanCountsEndWithTheStarts) {
     Mesh mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1};
     for (quint32 face = 0; face < 9; ++face)
@@ -311,7 +311,7 @@ TEST_F(FaceCutterTest, FacesWithFewerStartsThanCountsEndWithTheStarts) {
     ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {0, 1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(FaceCutterTest, FacesThatReachBeyondTheCornersAreNotCut) {
+TEST_F(FaceTriangulatorTest, FacesThatReachBeyondTheCornersAreNotCut) {
     Mesh mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1};
     for (quint32 face = 0; face < 8; ++face)
@@ -324,7 +324,7 @@ TEST_F(FaceCutterTest, FacesThatReachBeyondTheCornersAreNotCut) {
 }
 
 // 32-bit sums would wrap to the first face or corner.
-TEST_F(FaceCutterTest, NumbersAtTheEndOfTheirTypeDoNotWrap) {
+TEST_F(FaceTriangulatorTest, NumbersAtTheEndOfTheirTypeDoNotWrap) {
     Mesh mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1};
     for (quint32 face = 0; face < 8; ++face)
@@ -339,7 +339,7 @@ TEST_F(FaceCutterTest, NumbersAtTheEndOfTheirTypeDoNotWrap) {
     }
 }
 
-TEST_F(FaceCutterTest, FacesOfDifferentSizesOrWithGapsAreCutOneByOne) {
+TEST_F(FaceTriangulatorTest, FacesOfDifferentSizesOrWithGapsAreCutOneByOne) {
     for (quint32 other = 0; other < 4; ++other)
         for (const quint32 count : {2U, 3U, 4U, 5U}) {
             Mesh mesh;
@@ -362,7 +362,7 @@ TEST_F(FaceCutterTest, FacesOfDifferentSizesOrWithGapsAreCutOneByOne) {
 }
 
 // Positions of later faces are prefetched.
-TEST_F(FaceCutterTest, FacesOverPositionsFarApartAreCut) {
+TEST_F(FaceTriangulatorTest, FacesOverPositionsFarApartAreCut) {
     constexpr quint32 kFar = 200'000;
     for (const quint32 count : {3U, 4U}) {
         Mesh mesh;
@@ -384,7 +384,7 @@ TEST_F(FaceCutterTest, FacesOverPositionsFarApartAreCut) {
     }
 }
 
-TEST_F(FaceCutterTest, CutterKeepsNothingFromEarlierCalls) {
+TEST_F(FaceTriangulatorTest, CutterKeepsNothingFromEarlierCalls) {
     std::mt19937 random(4);
     for (int round = 0; round < 20; ++round) {
         // Positions that the second mesh lacks are zero, not those of the first.
@@ -417,25 +417,25 @@ std::vector<quint32> everyFace(quint32 count) {
     return faces;
 }
 
-TEST_F(FaceCutterTest, IndicesAreAppendedInFullBlocks) {
+TEST_F(FaceTriangulatorTest, IndicesAreAppendedInFullBlocks) {
     Mesh quadrilaterals = meshOfEqual(30'000, 4);
-    ASSERT_TRUE(cut(quadrilaterals.table(), everyFace(30'000)));
+    ASSERT_TRUE(triangulate(quadrilaterals.table(), everyFace(30'000)));
     EXPECT_THAT(_stream.appended, ElementsAre(65'520, 65'520, 48'960)) << "2730 times four faces fit";
     _stream.appended.clear();
     Mesh pentagons = meshOfEqual(15'000, 5);
-    ASSERT_TRUE(cut(pentagons.table(), everyFace(15'000)));
+    ASSERT_TRUE(triangulate(pentagons.table(), everyFace(15'000)));
     EXPECT_THAT(_stream.appended, ElementsAre(65'529, 65'529, 3'942)) << "7281 faces";
 }
 
-TEST_F(FaceCutterTest, BlockOfASmallMeshIsAsLargeAsItsTriangles) {
+TEST_F(FaceTriangulatorTest, BlockOfASmallMeshIsAsLargeAsItsTriangles) {
     Mesh mesh = meshOfEqual(10, 5);
-    ASSERT_TRUE(cut(mesh.table(), everyFace(10)));
+    ASSERT_TRUE(triangulate(mesh.table(), everyFace(10)));
     EXPECT_THAT(_stream.appended, ElementsAre(90));
-    ASSERT_TRUE(cut(mesh.table(), std::vector<quint32>(20, 0)));
+    ASSERT_TRUE(triangulate(mesh.table(), std::vector<quint32>(20, 0)));
     EXPECT_THAT(_stream.appended, ElementsAre(90, 144, 36)) << "there is room for 150";
 }
 
-TEST_F(FaceCutterTest, LargePolygonGetsABlockOfItsSize) {
+TEST_F(FaceTriangulatorTest, LargePolygonGetsABlockOfItsSize) {
     Mesh mesh = meshOfEqual(2, 3);
     std::vector<quint32> circle;
     for (quint32 k = 0; k < 25'000; ++k) {
@@ -444,16 +444,16 @@ TEST_F(FaceCutterTest, LargePolygonGetsABlockOfItsSize) {
             mesh.positions.push_back(static_cast<float>(value));
     }
     mesh.addFace(circle);
-    ASSERT_TRUE(cut(mesh.table(), {0, 2, 1, 0}));
+    ASSERT_TRUE(triangulate(mesh.table(), {0, 2, 1, 0}));
     EXPECT_THAT(_stream.appended, ElementsAre(3, 74'994, 6));
 }
 
-TEST_F(FaceCutterTest, EmptyModelDataArrayReservesTheExpectedIndices) {
+TEST_F(FaceTriangulatorTest, EmptyModelDataArrayReservesTheExpectedIndices) {
     Mesh mesh = meshOfEqual(4, 3);
     const GuardedArray<quint32> faces(everyFace(4));
     const auto cutInto = [&](ModelDataArray& array, quint64 expected) {
-        FaceCutter own(expected);
-        ASSERT_TRUE(own.cut(mesh.table(), {faces.data(), faces.size()}, array));
+        FaceTriangulator own(expected);
+        ASSERT_TRUE(own.triangulate(mesh.table(), {faces.data(), faces.size()}, array));
     };
     const std::vector<quint32> more(5000);
     ModelDataArray array(kUnsignedInt);
@@ -473,30 +473,30 @@ TEST_F(FaceCutterTest, EmptyModelDataArrayReservesTheExpectedIndices) {
     EXPECT_NE(begun.data(0), placeAfter) << "an array that is not empty reserves nothing";
 }
 
-TEST_F(FaceCutterTest, RefusedIndicesEndTheCut) {
+TEST_F(FaceTriangulatorTest, RefusedIndicesEndTheCut) {
     for (const quint32 count : {3U, 4U, 5U}) {
         _stream.isFull = true;
         _stream.appended.clear();
         Mesh mesh = meshOfEqual(50'000, count);
-        EXPECT_FALSE(cut(mesh.table(), everyFace(50'000))) << count;
+        EXPECT_FALSE(triangulate(mesh.table(), everyFace(50'000))) << count;
         EXPECT_EQ(_stream.appended.size(), 1U) << "cutting stops";
-        EXPECT_FALSE(cut(mesh.table(), {0}));
+        EXPECT_FALSE(triangulate(mesh.table(), {0}));
         EXPECT_EQ(_stream.appended.back(), 3 * (count - 2)) << "refused indices are dropped";
         _stream.isFull = false;
         ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {1, 2}));
     }
 }
 
-TEST_F(FaceCutterTest, WithoutFacesNothingIsAppended) {
+TEST_F(FaceTriangulatorTest, WithoutFacesNothingIsAppended) {
     Mesh mesh = meshOfEqual(1, 3);
     _stream.isFull = true;
-    EXPECT_TRUE(cut(mesh.table(), {}));
-    EXPECT_TRUE(cut(mesh.table(), {7}));
+    EXPECT_TRUE(triangulate(mesh.table(), {}));
+    EXPECT_TRUE(triangulate(mesh.table(), {7}));
     EXPECT_THAT(_stream.appended, IsEmpty());
-    EXPECT_EQ(_cutter.uncutFaces(), 1U);
+    EXPECT_EQ(_cutter.untriangulatedFaces(), 1U);
 }
 
-TEST_F(FaceCutterTest, PolygonOfMoreIndicesThanAStreamHoldsIsRefused) {
+TEST_F(FaceTriangulatorTest, PolygonOfMoreIndicesThanAStreamHoldsIsRefused) {
     constexpr quint32 kTooMany = 178'956'973; // 3 * (corners - 2) reaches 2^29
     const Testing::SparseArray<quint32> corners(kTooMany);
     if (!corners.isThere())
@@ -505,17 +505,17 @@ TEST_F(FaceCutterTest, PolygonOfMoreIndicesThanAStreamHoldsIsRefused) {
     mesh.counts[0] = kTooMany;
     FaceTable table = mesh.table();
     table.corners = {corners.data(), kTooMany};
-    EXPECT_FALSE(cut(table, {0}));
+    EXPECT_FALSE(triangulate(table, {0}));
     EXPECT_THAT(_stream.appended, IsEmpty());
 }
 
-TEST_F(FaceCutterTest, MeterIsCalledEverySixteenThousandCorners) {
+TEST_F(FaceTriangulatorTest, MeterIsCalledEverySixteenThousandCorners) {
     std::vector<int> calls;
     const WorkMeter meter = [&calls](int corners) { calls.push_back(corners); };
-    FaceCutter metered(0, meter);
+    FaceTriangulator metered(0, meter);
     const auto cutAll = [&](Mesh mesh, quint32 faces) {
         const GuardedArray<quint32> list(everyFace(faces));
-        ASSERT_TRUE(metered.cut(mesh.table(), {list.data(), list.size()}, _stream));
+        ASSERT_TRUE(metered.triangulate(mesh.table(), {list.data(), list.size()}, _stream));
     };
     cutAll(meshOfEqual(10'000, 4), 10'000);
     EXPECT_THAT(calls, ElementsAre(16'384, 16'384));
@@ -525,10 +525,10 @@ TEST_F(FaceCutterTest, MeterIsCalledEverySixteenThousandCorners) {
     EXPECT_THAT(calls, ElementsAre(16'384, 16'384, 16'388, 16'384));
 }
 
-TEST_F(FaceCutterTest, CornersOfLargePolygonsAreMeteredWhileTheyAreCut) {
+TEST_F(FaceTriangulatorTest, CornersOfLargePolygonsAreMeteredWhileTheyAreCut) {
     int calls = 0;
     int sum = 0;
-    FaceCutter metered(0, [&](int corners) {
+    FaceTriangulator metered(0, [&](int corners) {
         ++calls;
         sum += corners;
     });
@@ -541,38 +541,38 @@ TEST_F(FaceCutterTest, CornersOfLargePolygonsAreMeteredWhileTheyAreCut) {
     }
     mesh.addFace(circle);
     const GuardedArray<quint32> list{0};
-    ASSERT_TRUE(metered.cut(mesh.table(), {list.data(), 1}, _stream));
+    ASSERT_TRUE(metered.triangulate(mesh.table(), {list.data(), 1}, _stream));
     EXPECT_GT(calls, 10);
     EXPECT_EQ(sum, 16'384 + 15'872) << "while prepared and while clipped; the rest comes with the next faces";
     Mesh quadrilaterals = meshOfEqual(5'000, 4);
     const GuardedArray<quint32> others(everyFace(4'000));
-    ASSERT_TRUE(metered.cut(quadrilaterals.table(), {others.data(), others.size()}, _stream));
+    ASSERT_TRUE(metered.triangulate(quadrilaterals.table(), {others.data(), others.size()}, _stream));
     EXPECT_EQ(sum, 16'384 + 15'872 + 16'384);
 }
 
-TEST_F(FaceCutterTest, CutCancelledByTheMeterLeavesNothingBehind) {
+TEST_F(FaceTriangulatorTest, CutCancelledByTheMeterLeavesNothingBehind) {
     bool goesOn = false;
-    FaceCutter metered(0, [&goesOn](int) {
+    FaceTriangulator metered(0, [&goesOn](int) {
         if (!goesOn)
             throw std::runtime_error("enough");
     });
     Mesh mesh = meshOfEqual(10'000, 5);
     const GuardedArray<quint32> list(everyFace(10'000));
-    EXPECT_THROW(metered.cut(mesh.table(), {list.data(), list.size()}, _stream), std::runtime_error);
+    EXPECT_THROW(metered.triangulate(mesh.table(), {list.data(), list.size()}, _stream), std::runtime_error);
     EXPECT_THAT(_stream.appended, IsEmpty());
     goesOn = true;
-    ASSERT_TRUE(metered.cut(mesh.table(), {list.data(), 2}, _stream));
+    ASSERT_TRUE(metered.triangulate(mesh.table(), {list.data(), 2}, _stream));
     EXPECT_EQ(_stream.size(), 18U);
 }
 
-TEST_F(FaceCutterTest, IndexLimitIsThreePerCornerButTwo) {
+TEST_F(FaceTriangulatorTest, IndexLimitIsThreePerCornerButTwo) {
     GuardedArray<quint32> counts{0, 1, 2, 3, 4, 5, 0, 0x80000000};
-    EXPECT_EQ(FaceCutter::mostIndices(WordView{counts.data(), 7}), 3U + 6U + 9U);
-    EXPECT_EQ(FaceCutter::mostIndices(WordView{counts.data(), 8}), 18U + 3 * (quint64{0x80000000} - 2));
-    EXPECT_EQ(FaceCutter::mostIndices(WordView{}), 0U);
-    EXPECT_EQ(FaceCutter::mostIndices(UniformFaces{4, 3'000'000'000}), 18'000'000'000U);
-    EXPECT_EQ(FaceCutter::mostIndices(UniformFaces{2, 5}), 0U);
-    EXPECT_EQ(FaceCutter::mostIndices(UniformFaces()), 0U);
+    EXPECT_EQ(FaceTriangulator::maxIndices(WordView{counts.data(), 7}), 3U + 6U + 9U);
+    EXPECT_EQ(FaceTriangulator::maxIndices(WordView{counts.data(), 8}), 18U + 3 * (quint64{0x80000000} - 2));
+    EXPECT_EQ(FaceTriangulator::maxIndices(WordView{}), 0U);
+    EXPECT_EQ(FaceTriangulator::maxIndices(UniformFaces{4, 3'000'000'000}), 18'000'000'000U);
+    EXPECT_EQ(FaceTriangulator::maxIndices(UniformFaces{2, 5}), 0U);
+    EXPECT_EQ(FaceTriangulator::maxIndices(UniformFaces()), 0U);
 }
 
 } // namespace

@@ -42,11 +42,11 @@ inline quint64 finishedHash(quint64 hash) {
 /// Where corners have many equals, a look-up ends in a comparison with an earlier corner, whose indices and
 /// values lie anywhere. So the keys of the first distinct corners are kept side by side: one place in memory
 /// that is small, in place of up to seven that are not.
-class CornerSet {
+class VertexTable {
 public:
     /// A set for at most `capacity` corners, 8 bytes for each, and keys of `keyWords` words for a quarter of
     /// them; none are kept when that is 0.
-    CornerSet(quint32 capacity, quint32 keyWords)
+    VertexTable(quint32 capacity, quint32 keyWords)
         : _slotCount(2 * quint64{capacity} + 1),
           _scratch(_slotCount * sizeof(quint32)),
           _slots(_scratch.as<quint32>()),
@@ -83,9 +83,9 @@ public:
                 else if (step == 1)
                     expect(block, firstCorner);
                 else if (step == 2)
-                    forExpected(block, firstCorner, [&](quint32 corner) { keys.fetchIndices(corner); });
+                    forExpected(block, firstCorner, [&](quint32 corner) { keys.prefetchIndices(corner); });
                 else if (step == 3)
-                    forExpected(block, firstCorner, [&](quint32 corner) { keys.fetchValues(corner); });
+                    forExpected(block, firstCorner, [&](quint32 corner) { keys.prefetchValues(corner); });
                 else
                     numbers = finish(keys, block, numbers, numberOfCorner, firstCorner);
             }

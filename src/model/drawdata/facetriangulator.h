@@ -33,48 +33,48 @@ struct FaceTable {
 };
 
 /// Cuts faces into triangles; keeps its working memory from call to call.
-class FaceCutter {
+class FaceTriangulator {
 public:
     /// `expectedIndices` is what room is made for in a stream that is empty yet, if it is one of the
     /// library's own. `meter` counts the corners of faces.
-    explicit FaceCutter(quint64 expectedIndices = 0, const WorkMeter& meter = {});
-    FaceCutter(const FaceCutter&) = delete;
-    FaceCutter& operator=(const FaceCutter&) = delete;
+    explicit FaceTriangulator(quint64 expectedIndices = 0, const WorkMeter& meter = {});
+    FaceTriangulator(const FaceTriangulator&) = delete;
+    FaceTriangulator& operator=(const FaceTriangulator&) = delete;
 
     /// Appends the vertex numbers of the triangles of the given faces to `triangles`.
     /// Returns: false when that stream refused them.
-    bool cut(const FaceTable& table, const WordView& faces, ModelDataStream& triangles);
+    bool triangulate(const FaceTable& table, const WordView& faces, ModelDataStream& triangles);
 
     /// The most vertex numbers that faces of so many corners can give.
-    static quint64 mostIndices(const WordView& counts);
-    static quint64 mostIndices(const UniformFaces& faces);
+    static quint64 maxIndices(const WordView& counts);
+    static quint64 maxIndices(const UniformFaces& faces);
 
     /// Faces that gave no triangle so far.
-    quint64 uncutFaces() const { return _uncutFaces; }
+    quint64 untriangulatedFaces() const { return _untriangulatedFaces; }
 
 private:
     /// Hands on what is in _triangles. Returns: false when the stream did not take it.
     bool flush(ModelDataStream& triangles);
     /// Counts corners of faces that have been passed.
-    void tellMeter(quint32 corners);
+    void reportProgress(quint32 corners);
     /// Makes room in _triangles for so many indices, in `triangles` if need be. Returns: false when there is
     /// none.
     bool makeRoom(quint64 indices, const FaceTable& table, ModelDataStream& triangles);
     /// Cuts four faces of `Count` corners each, the first of them from corner `start` on.
     template<int Count>
-    void cutFour(const FaceTable& table, quint32 start);
-    unsigned int* cutFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
-    unsigned int* cutCopied(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
+    void triangulateFour(const FaceTable& table, quint32 start);
+    unsigned int* triangulateFace(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
+    unsigned int* triangulateCopied(const FaceTable& table, quint32 start, quint32 count, unsigned int* out);
 
     PolygonTriangulator _triangulator;
     std::vector<unsigned int> _triangles; ///< not handed on yet
     quint64 _used = 0;                    ///< indices in it
     std::vector<int> _corners;
     std::vector<float> _positions;
-    quint64 _uncutFaces = 0;
+    quint64 _untriangulatedFaces = 0;
     quint64 _expectedIndices;
     WorkMeter _meter;
-    qint64 _untoldCorners = 0;
+    qint64 _unreportedCorners = 0;
 };
 
 } // namespace Atelier::Vel

@@ -1,4 +1,4 @@
-#include "geometry/merging/tuplenumbering.h"
+#include "geometry/merging/indextupletable.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +12,9 @@ namespace {
 /// Finds a tuple by its first number: there is a slot for each of those, and chained to it one for each
 /// further tuple that begins with it.
 template<std::size_t Others>
-class Numbering final : public TupleNumbering {
+class ChainedTable final : public IndexTupleTable {
 public:
-    Numbering() : TupleNumbering(Others + 1) {}
+    ChainedTable() : IndexTupleTable(Others + 1) {}
 
     void admit(quint64 limit) override {
         _slots.makeRoom(limit, _admitted);
@@ -102,7 +102,7 @@ private:
 
 } // namespace
 
-bool TupleNumbering::pays(quint64 added, quint64 expected) const {
+bool IndexTupleTable::isWorthwhile(quint64 added, quint64 expected) const {
     constexpr quint64 kBytesPerCorner = 16;
     constexpr quint64 kStepsPerCorner = 8;
     constexpr quint64 kStepsForFree = 65536;
@@ -114,20 +114,20 @@ bool TupleNumbering::pays(quint64 added, quint64 expected) const {
            _steps <= kStepsPerCorner * added + kStepsForFree;
 }
 
-std::unique_ptr<TupleNumbering> TupleNumbering::make(std::size_t places) {
+std::unique_ptr<IndexTupleTable> IndexTupleTable::make(std::size_t places) {
     switch (places) {
     case 1:
-        return std::make_unique<Numbering<0>>();
+        return std::make_unique<ChainedTable<0>>();
     case 2:
-        return std::make_unique<Numbering<1>>();
+        return std::make_unique<ChainedTable<1>>();
     case 3:
-        return std::make_unique<Numbering<2>>();
+        return std::make_unique<ChainedTable<2>>();
     case 4:
-        return std::make_unique<Numbering<3>>();
+        return std::make_unique<ChainedTable<3>>();
     case 5:
-        return std::make_unique<Numbering<4>>();
+        return std::make_unique<ChainedTable<4>>();
     default:
-        return std::make_unique<Numbering<5>>();
+        return std::make_unique<ChainedTable<5>>();
     }
 }
 

@@ -11,15 +11,15 @@
 namespace Atelier::Vel {
 
 /// Numbers tuples of value numbers, corner by corner, from 0 in the order in which they first appear.
-class TupleNumbering {
+class IndexTupleTable {
 public:
-    static constexpr std::size_t kMostPlaces = 6;
+    static constexpr std::size_t kMaxPlaces = 6;
 
-    /// For tuples of `places` numbers, at least one and at most kMostPlaces.
-    static std::unique_ptr<TupleNumbering> make(std::size_t places);
-    virtual ~TupleNumbering() = default;
-    TupleNumbering(const TupleNumbering&) = delete;
-    TupleNumbering& operator=(const TupleNumbering&) = delete;
+    /// For tuples of `places` numbers, at least one and at most kMaxPlaces.
+    static std::unique_ptr<IndexTupleTable> make(std::size_t places);
+    virtual ~IndexTupleTable() = default;
+    IndexTupleTable(const IndexTupleTable&) = delete;
+    IndexTupleTable& operator=(const IndexTupleTable&) = delete;
 
     /// Lets the first number of a tuple be anything below `limit`, which never becomes less.
     virtual void admit(quint64 limit) = 0;
@@ -40,14 +40,14 @@ public:
     quint32 greatest(std::size_t place) const { return _greatest[place]; }
     /// Whether this pays yet, after `added` corners of an expected number. It does not where most corners
     /// have tuples of their own or many tuples share a first number.
-    bool pays(quint64 added, quint64 expected) const;
+    bool isWorthwhile(quint64 added, quint64 expected) const;
 
 protected:
-    explicit TupleNumbering(std::size_t places) : _places(places) {}
+    explicit IndexTupleTable(std::size_t places) : _places(places) {}
 
     std::size_t _places;
     quint32 _tupleCount = 0;
-    std::array<quint32, kMostPlaces> _greatest{};
+    std::array<quint32, kMaxPlaces> _greatest{};
     quint64 _steps = 0; ///< tuples that were looked at in vain
     GrowingList<quint32> _tuples;
 };

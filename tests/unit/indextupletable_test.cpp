@@ -1,4 +1,4 @@
-#include "geometry/merging/tuplenumbering.h"
+#include "geometry/merging/indextupletable.h"
 
 #include <algorithm>
 #include <map>
@@ -18,15 +18,15 @@ using Testing::GuardedArray;
 using Tuple = std::vector<quint32>;
 
 /// Compares the numbers of tuples with their definition.
-class TupleNumberingTest : public testing::Test {
+class IndexTupleTableTest : public testing::Test {
 protected:
     void make(std::size_t places) {
-        _tuples = TupleNumbering::make(places);
+        _tuples = IndexTupleTable::make(places);
         _expected.clear();
     }
     void admit(quint64 limit) { _tuples->admit(limit); }
     /// Adds the corners at once. The result overwrites the list of place `target`, if there is such a place.
-    void add(const std::vector<Tuple>& corners, std::size_t target = TupleNumbering::kMostPlaces) {
+    void add(const std::vector<Tuple>& corners, std::size_t target = IndexTupleTable::kMaxPlaces) {
         std::vector<GuardedArray<quint32>> lists;
         for (std::size_t place = 0; place < _tuples->places(); ++place) {
             lists.emplace_back(corners.size());
@@ -56,21 +56,21 @@ protected:
             ASSERT_EQ(_tuples->greatest(place), greatest);
         }
     }
-    TupleNumbering& tuples() { return *_tuples; }
+    IndexTupleTable& tuples() { return *_tuples; }
 
 private:
     quint32 expectedNumber(const Tuple& tuple) {
         return _expected.emplace(tuple, static_cast<quint32>(_expected.size())).first->second;
     }
 
-    std::unique_ptr<TupleNumbering> _tuples;
+    std::unique_ptr<IndexTupleTable> _tuples;
     std::map<Tuple, quint32> _expected;
 };
 
-TEST_F(TupleNumberingTest, TuplesAreNumberedAsTheyAppear) {
+TEST_F(IndexTupleTableTest, TuplesAreNumberedAsTheyAppear) {
     std::mt19937 random(91);
     const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-    for (std::size_t places = 1; places <= TupleNumbering::kMostPlaces; ++places)
+    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places)
         for (const quint32 firsts : {1U, 7U, 900U})
             for (const quint32 others : {1U, 3U, 40U}) {
                 make(places);
@@ -91,8 +91,8 @@ TEST_F(TupleNumberingTest, TuplesAreNumberedAsTheyAppear) {
             }
 }
 
-TEST_F(TupleNumberingTest, TuplesThatDifferInOnePlaceAreDifferent) {
-    for (std::size_t places = 1; places <= TupleNumbering::kMostPlaces; ++places) {
+TEST_F(IndexTupleTableTest, TuplesThatDifferInOnePlaceAreDifferent) {
+    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places) {
         make(places);
         admit(10);
         std::vector<Tuple> corners = {Tuple(places, 5)};
@@ -107,7 +107,7 @@ TEST_F(TupleNumberingTest, TuplesThatDifferInOnePlaceAreDifferent) {
     }
 }
 
-TEST_F(TupleNumberingTest, WithoutCornersThereAreNoTuples) {
+TEST_F(IndexTupleTableTest, WithoutCornersThereAreNoTuples) {
     make(3);
     admit(4);
     add({});
@@ -116,7 +116,7 @@ TEST_F(TupleNumberingTest, WithoutCornersThereAreNoTuples) {
     EXPECT_EQ(tuples().greatest(2), 0U);
 }
 
-TEST_F(TupleNumberingTest, SmallerLimitKeepsAllTuples) {
+TEST_F(IndexTupleTableTest, SmallerLimitKeepsAllTuples) {
     make(2);
     admit(1000);
     add({{999, 1}, {0, 2}, {999, 3}});
@@ -138,36 +138,36 @@ std::vector<Tuple> withEqualFirstNumbers(quint32 count, std::size_t places) {
     return corners;
 }
 
-TEST_F(TupleNumberingTest, PaysForEightStepsPerCornerAndSixtyFourThousandMore) {
+TEST_F(IndexTupleTableTest, PaysForEightStepsPerCornerAndSixtyFourThousandMore) {
     constexpr quint64 kEnough = 1'000'000;
     make(2);
     admit(1);
     // Each tuple is compared with all before it: 369 * 368 / 2 = 8 * 295 + 65536 steps.
     add(withEqualFirstNumbers(369, 2));
-    EXPECT_TRUE(tuples().pays(296, kEnough));
-    EXPECT_TRUE(tuples().pays(295, kEnough));
-    EXPECT_FALSE(tuples().pays(294, kEnough));
+    EXPECT_TRUE(tuples().isWorthwhile(296, kEnough));
+    EXPECT_TRUE(tuples().isWorthwhile(295, kEnough));
+    EXPECT_FALSE(tuples().isWorthwhile(294, kEnough));
     add({{0, 0}});
-    EXPECT_TRUE(tuples().pays(295, kEnough)) << "the first one of a chain is found without a step";
+    EXPECT_TRUE(tuples().isWorthwhile(295, kEnough)) << "the first one of a chain is found without a step";
     add({{0, 1}});
-    EXPECT_FALSE(tuples().pays(295, kEnough));
+    EXPECT_FALSE(tuples().isWorthwhile(295, kEnough));
 }
 
-TEST_F(TupleNumberingTest, EachWidthCountsItsSteps) {
-    for (std::size_t places = 2; places <= TupleNumbering::kMostPlaces; ++places) {
+TEST_F(IndexTupleTableTest, EachWidthCountsItsSteps) {
+    for (std::size_t places = 2; places <= IndexTupleTable::kMaxPlaces; ++places) {
         make(places);
         admit(1);
         add(withEqualFirstNumbers(362, places));
-        EXPECT_TRUE(tuples().pays(0, 1'000'000)) << places;
+        EXPECT_TRUE(tuples().isWorthwhile(0, 1'000'000)) << places;
         add(withEqualFirstNumbers(363, places));
-        EXPECT_FALSE(tuples().pays(0, 1'000'000)) << places;
+        EXPECT_FALSE(tuples().isWorthwhile(0, 1'000'000)) << places;
     }
 }
 
-TEST_F(TupleNumberingTest, PaysForSixteenBytesPerExpectedCorner) {
+TEST_F(IndexTupleTableTest, PaysForSixteenBytesPerExpectedCorner) {
     // Per tuple: its numbers, and the larger one of its slot and the memory for merging it.
     constexpr quint64 kBytesOfATuple[] = {4 + 16, 8 + 16, 12 + 16, 16 + 20, 20 + 24, 24 + 28};
-    for (std::size_t places = 1; places <= TupleNumbering::kMostPlaces; ++places) {
+    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places) {
         make(places);
         admit(32);
         std::vector<Tuple> corners;
@@ -175,8 +175,8 @@ TEST_F(TupleNumberingTest, PaysForSixteenBytesPerExpectedCorner) {
             corners.push_back(Tuple(places, first));
         add(corners);
         const quint64 expected = 2 * kBytesOfATuple[places - 1];
-        EXPECT_TRUE(tuples().pays(0, expected)) << places;
-        EXPECT_FALSE(tuples().pays(0, expected - 1)) << places;
+        EXPECT_TRUE(tuples().isWorthwhile(0, expected)) << places;
+        EXPECT_FALSE(tuples().isWorthwhile(0, expected - 1)) << places;
     }
 }
 
