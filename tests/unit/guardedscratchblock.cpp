@@ -15,6 +15,13 @@ std::vector<std::size_t>& Testing::scratchBlocks() {
     return blocks;
 }
 
+// Reuses nothing and grows nothing, so that every list lies in a block of its own size.
+ScratchReuse::ScratchReuse() : _outer(nullptr) {}
+ScratchReuse::~ScratchReuse() = default;
+bool ScratchBlock::grow(std::size_t /*bytes*/) {
+    return false;
+}
+
 ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
     auto memory = std::make_unique<Testing::GuardedMemory>(bytes);
     _begin = memory->as<void>();

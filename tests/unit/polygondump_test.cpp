@@ -1,6 +1,6 @@
-// The dumps are file-local: they are tested in the unit that defines them.
-#include "geometry/triangulation/polygondump.cpp" // NOLINT(bugprone-suspicious-include)
+#include "geometry/triangulation/polygondump.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>

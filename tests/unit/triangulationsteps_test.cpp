@@ -1,5 +1,6 @@
-// The steps are file-local: they are tested in the unit that defines them.
-#include "geometry/triangulation/polygontriangulator.cpp" // NOLINT(bugprone-suspicious-include)
+#include "geometry/triangulation/earclipping.h"
+#include "geometry/triangulation/polygonring.h"
+#include "geometry/triangulation/projection.h"
 
 #include <optional>
 #include <random>
@@ -177,7 +178,7 @@ protected:
     }
     bool isEar(int corner) const { return keyOf(corner) != 0; }
     PolygonScratch _scratch;
-    std::optional<Ring> _ring;
+    std::optional<PolygonRing> _ring;
 };
 
 TEST_F(UpdateEarTest, ConvexCornerIsAsSharpAsItsCosine) {

@@ -1,6 +1,7 @@
+#include "geometry/triangulation/polygondump.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QTextStream>
-#include <QtCore/QVector>
 #include <QtCore/QtDebug>
 
 namespace Atelier::Vel {
@@ -19,8 +20,9 @@ void writePoints(QTextStream& stream, int count, const float* points) {
         stream << "v " << points[0] << " " << points[1] << "\n";
 }
 
-// For inspection from a debugger; nothing in the library calls the two.
-[[maybe_unused]] void DumpPolygonOBJ(const QString& fileName, int count, const float* points) {
+} // namespace
+
+void DumpPolygonOBJ(const QString& fileName, int count, const float* points) {
     QFile file(fileName);
     if (!openForDump(file))
         return;
@@ -32,8 +34,8 @@ void writePoints(QTextStream& stream, int count, const float* points) {
     stream << "\n";
 }
 
-[[maybe_unused]] void DumpTrianglesOBJ(const QString& fileName, int count, const float* points,
-                                       const QVector<unsigned int>& triangles) {
+void DumpTrianglesOBJ(const QString& fileName, int count, const float* points,
+                      const QVector<unsigned int>& triangles) {
     QFile file(fileName);
     if (!openForDump(file))
         return;
@@ -43,7 +45,5 @@ void writePoints(QTextStream& stream, int count, const float* points) {
         stream << "f " << int(triangles[i] + 1) << " " << int(triangles[i + 1] + 1) << " "
                << int(triangles[i + 2] + 1) << "\n";
 }
-
-} // namespace
 
 } // namespace Atelier::Vel
