@@ -1,5 +1,7 @@
 #include <velmodel/modeldatastream.h>
 
+#include "glconstants.h"
+
 namespace Atelier::Vel {
 
 ModelDataStream::~ModelDataStream() = default;
@@ -21,18 +23,18 @@ void ModelDataStream::append(quint64 count, const void* src) {
 
 quint64 ModelDataStream::typeSize(unsigned int type) {
     switch (type) {
-    case 0x1400: // GL_BYTE
-    case 0x1401: // GL_UNSIGNED_BYTE
+    case kGlByte:
+    case kGlUnsignedByte:
         return 1;
-    case 0x1402: // GL_SHORT
-    case 0x1403: // GL_UNSIGNED_SHORT
-    case 0x140B: // GL_HALF_FLOAT
+    case kGlShort:
+    case kGlUnsignedShort:
+    case kGlHalfFloat:
         return 2;
-    case 0x1404: // GL_INT
-    case 0x1405: // GL_UNSIGNED_INT
-    case 0x1406: // GL_FLOAT
+    case kGlInt:
+    case kGlUnsignedInt:
+    case kGlFloat:
         return 4;
-    case 0x140A: // GL_DOUBLE
+    case kGlDouble:
         return 8;
     default:
         return 0;

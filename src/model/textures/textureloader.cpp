@@ -16,26 +16,11 @@
 #include <velgl/texture.h>
 #include <velmodel/modelfiles.h>
 
+#include "glconstants.h"
+
 namespace Atelier::Vel {
 
 namespace {
-
-constexpr unsigned int kTexture2D = 0x0DE1;       // GL_TEXTURE_2D
-constexpr int kRgba = 0x1908;                     // GL_RGBA
-constexpr unsigned int kBgra = 0x80E1;            // GL_BGRA
-constexpr unsigned int kUnsignedByte = 0x1401;    // GL_UNSIGNED_BYTE
-constexpr unsigned int kUnpackAlignment = 0x0CF5; // GL_UNPACK_ALIGNMENT
-constexpr unsigned int kMinFilter = 0x2801;       // GL_TEXTURE_MIN_FILTER
-constexpr int kLinearMipmapLinear = 0x2703;       // GL_LINEAR_MIPMAP_LINEAR
-constexpr unsigned int kMagFilter = 0x2800;       // GL_TEXTURE_MAG_FILTER
-constexpr int kLinear = 0x2601;                   // GL_LINEAR
-constexpr unsigned int kWrapS = 0x2802;           // GL_TEXTURE_WRAP_S
-constexpr unsigned int kWrapT = 0x2803;           // GL_TEXTURE_WRAP_T
-constexpr int kRepeat = 0x2901;                   // GL_REPEAT
-constexpr unsigned int kBaseLevel = 0x813C;       // GL_TEXTURE_BASE_LEVEL
-constexpr unsigned int kMaxLevel = 0x813D;        // GL_TEXTURE_MAX_LEVEL
-
-constexpr unsigned int kMaxTextureSize = 0x0D33; // GL_MAX_TEXTURE_SIZE
 
 // Sampling uses five levels, whatever the size of the image.
 constexpr int kLastLevel = 4;
@@ -45,7 +30,7 @@ constexpr qint64 kLargestImageBytes = qint64(1) << 30;
 
 int largestSide() {
     int side = 0;
-    glEntryPoints().getIntegerv(kMaxTextureSize, &side);
+    glEntryPoints().getIntegerv(kGlMaxTextureSize, &side);
     return side;
 }
 
@@ -144,14 +129,14 @@ QImage readImage(const ModelFiles& files, const QString& path) {
 void fill(Texture& texture, const QImage& image) {
     const GLEntryPoints& gl = glEntryPoints();
     // The alignment stays at 1 afterwards: meant.
-    gl.pixelStorei(kUnpackAlignment, 1);
-    gl.texParameteri(kTexture2D, kMinFilter, kLinearMipmapLinear);
-    gl.texParameteri(kTexture2D, kMagFilter, kLinear);
-    gl.texParameteri(kTexture2D, kWrapS, kRepeat);
-    gl.texParameteri(kTexture2D, kWrapT, kRepeat);
-    gl.texParameteri(kTexture2D, kBaseLevel, 0);
-    gl.texParameteri(kTexture2D, kMaxLevel, kLastLevel);
-    gl.texImage2D(kTexture2D, 0, kRgba, image.width(), image.height(), 0, kBgra, kUnsignedByte,
+    gl.pixelStorei(kGlUnpackAlignment, 1);
+    gl.texParameteri(kGlTexture2D, kGlMinFilter, kGlLinearMipmapLinear);
+    gl.texParameteri(kGlTexture2D, kGlMagFilter, kGlLinear);
+    gl.texParameteri(kGlTexture2D, kGlWrapS, kGlRepeat);
+    gl.texParameteri(kGlTexture2D, kGlWrapT, kGlRepeat);
+    gl.texParameteri(kGlTexture2D, kGlBaseLevel, 0);
+    gl.texParameteri(kGlTexture2D, kGlMaxLevel, kLastLevel);
+    gl.texImage2D(kGlTexture2D, 0, kGlRgba, image.width(), image.height(), 0, kGlBgra, kGlUnsignedByte,
                   image.constBits());
     gl.generateMipmap(texture.target());
 }
@@ -172,7 +157,8 @@ Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
     const QImage image = readImage(files, path);
     if (image.isNull())
         return nullptr;
-    auto texture = std::make_unique<Texture>(kTexture2D, kRgba, image.width(), image.height(), 0, nullptr);
+    auto texture =
+        std::make_unique<Texture>(kGlTexture2D, kGlRgba, image.width(), image.height(), 0, nullptr);
     const bool canBeBound = texture->bind();
     texture->unbind();
     // The image would go to whatever texture is bound.

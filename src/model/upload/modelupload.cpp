@@ -17,16 +17,13 @@
 #include <velmodel/modeldatastream.h>
 
 #include "diagnostics.h"
+#include "glconstants.h"
 #include "streams/streamrequest.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
 
 namespace {
-
-constexpr unsigned int kArrayBuffer = 0x8892;        // GL_ARRAY_BUFFER
-constexpr unsigned int kElementArrayBuffer = 0x8893; // GL_ELEMENT_ARRAY_BUFFER
-constexpr unsigned int kUnsignedShort = 0x1403;      // GL_UNSIGNED_SHORT
 
 // 0xFFFF is kept free: it is the usual primitive-restart index.
 constexpr quint64 kShortIndexLimit = 0xFFFF;
@@ -38,7 +35,7 @@ constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 /// stream.
 QSharedPointer<ModelDataStream> shortened(const DrawDataContent& content) {
     const quint64 count = content.indices->size();
-    QSharedPointer<ModelDataStream> result = requestStream(*content.allocator, kUnsignedShort, count);
+    QSharedPointer<ModelDataStream> result = requestStream(*content.allocator, kGlUnsignedShort, count);
     const ByteView target = ByteView::of(result.data());
     if (result.isNull() || target.count < count * sizeof(quint16))
         return {};
@@ -103,8 +100,8 @@ bool ModelUpload::addIndices(const DrawDataContent& content) {
     }
     _vertexCount = content.vertexCount;
     _indexCount = static_cast<int>(count);
-    _indexType = isShort ? kUnsignedShort : content.indices->type();
-    _indexBuffer = bindNewBuffer(kElementArrayBuffer);
+    _indexType = isShort ? kGlUnsignedShort : content.indices->type();
+    _indexBuffer = bindNewBuffer(kGlElementArrayBuffer);
     if (_indexBuffer.isNull()) {
         reportMissingObject(QStringLiteral("the index buffer"));
         return false;
@@ -126,7 +123,7 @@ bool ModelUpload::addAttribute(const DrawDataContent::Stream& stream) {
         reportMissingStream(purpose);
         return false;
     }
-    const Attribute attribute{stream.name, bindNewBuffer(kArrayBuffer), stream.components, type};
+    const Attribute attribute{stream.name, bindNewBuffer(kGlArrayBuffer), stream.components, type};
     if (attribute.buffer.isNull()) {
         reportMissingObject(purpose);
         return false;
