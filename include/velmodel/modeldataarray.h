@@ -45,7 +45,7 @@ private:
     /// Gives the array a block of its own with room for exactly `capacity` bytes.
     void moveTo(quint64 capacity);
     /// Gives the array a block of its own with room for `bytes` bytes and, if it has to grow, for more.
-    void makeRoom(quint64 bytes);
+    void ensureCapacity(quint64 bytes);
     /// The bytes, shared with no copy.
     char* ownBytes();
     void resizeBytes(quint64 bytes);

@@ -20,11 +20,11 @@ using List = GrowingList<quint32>;
 constexpr quint64 kMebibyte = (quint64{1} << 20) / sizeof(quint32);
 
 /// Whether the list has room for exactly `count` items. Grows it by one more.
-bool hasRoomFor(List& list, quint64 count) {
+bool hasCapacityFor(List& list, quint64 count) {
     const quint32* const items = list.items();
-    list.makeRoom(count, 0);
+    list.reserve(count, 0);
     const bool isEnough = list.items() == items;
-    list.makeRoom(count + 1, 0);
+    list.reserve(count + 1, 0);
     return isEnough && list.items() != items;
 }
 
@@ -32,14 +32,14 @@ bool hasRoomFor(List& list, quint64 count) {
 /// addresses for `bytes` more bytes, 1 if it throws and stays unchanged, 2 if an item is lost.
 [[noreturn]] void growWithin(quint64 used, quint64 bytes) {
     List list;
-    list.makeRoom(used, 0);
+    list.reserve(used, 0);
     std::fill_n(list.items(), used, 7);
     Testing::leaveAddresses(bytes);
     int status = 0;
     try {
-        list.makeRoom(2 * used, used);
+        list.reserve(2 * used, used);
         status = list.items()[2 * used - 1] == 0 ? 0 : 2;
-        list.makeRoom(3 * used, 2 * used);
+        list.reserve(3 * used, 2 * used);
     } catch (const std::bad_alloc&) {
         status = 1;
     }
@@ -52,56 +52,53 @@ bool hasRoomFor(List& list, quint64 count) {
 TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
     List list;
     EXPECT_EQ(list.items(), nullptr);
-    list.makeRoom(3, 0);
+    list.reserve(3, 0);
     EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 3), testing::Each(0));
     list.items()[2] = 5;
-    list.makeRoom(2 * kMebibyte, 3);
+    list.reserve(2 * kMebibyte, 3);
     EXPECT_EQ(list.items()[2], 5u);
     EXPECT_EQ(list.items()[2 * kMebibyte - 1], 0u);
     list.clear();
     EXPECT_EQ(list.items(), nullptr);
 }
 
-TEST(GrowingListTest, ShortListsGrowToFourTimesTheirRoom) {
+TEST(GrowingListTest, ShortListsGrowToFourTimesWhatTheyHold) {
     List list;
-    list.makeRoom(10, 0);
-    EXPECT_TRUE(hasRoomFor(list, 10));
-    EXPECT_TRUE(hasRoomFor(list, 40));
-    EXPECT_TRUE(hasRoomFor(list, 160));
-    list.makeRoom(10'000, 0);
-    EXPECT_TRUE(hasRoomFor(list, 10'000)) << "or to what is asked for";
+    list.reserve(10, 0);
+    EXPECT_TRUE(hasCapacityFor(list, 10)) << "an empty list takes what is needed";
+    EXPECT_TRUE(hasCapacityFor(list, 44));
+    EXPECT_TRUE(hasCapacityFor(list, 180));
+    list.reserve(10'000, 0);
+    EXPECT_TRUE(hasCapacityFor(list, 40'000));
 }
 
-TEST(GrowingListTest, ListsFromHalfAMebibyteOnGrowToSixteenOrMore) {
+TEST(GrowingListTest, LongListsGrowToTwiceWhatTheyHold) {
     List list;
-    list.makeRoom(kMebibyte / 2 - 1, 0);
-    EXPECT_TRUE(hasRoomFor(list, kMebibyte / 2 - 1));
-    EXPECT_TRUE(hasRoomFor(list, 4 * (kMebibyte / 2 - 1)));
-    List longer;
-    longer.makeRoom(kMebibyte / 2, 0);
-    EXPECT_TRUE(hasRoomFor(longer, kMebibyte / 2));
-    EXPECT_TRUE(hasRoomFor(longer, 16 * kMebibyte));
-    EXPECT_TRUE(hasRoomFor(longer, 64 * kMebibyte));
+    list.reserve(kMebibyte / 2 - 1, 0);
+    EXPECT_TRUE(hasCapacityFor(list, kMebibyte / 2 - 1));
+    EXPECT_TRUE(hasCapacityFor(list, 2 * kMebibyte)) << "of half a mebibyte at most, four times";
+    EXPECT_TRUE(hasCapacityFor(list, 16 * kMebibyte)) << "of more, at least 16 MiB";
+    EXPECT_TRUE(hasCapacityFor(list, 2 * (16 * kMebibyte + 1)));
 }
 
 TEST(GrowingListTest, OnlyItemsInUseAreKept) {
     List list;
-    list.makeRoom(4, 0);
+    list.reserve(4, 0);
     std::fill_n(list.items(), 4, 9);
-    list.makeRoom(5, 3);
+    list.reserve(5, 3);
     EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(9, 9, 9, 0, 0));
-    list.makeRoom(1000, 500);
+    list.reserve(1000, 500);
     EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(9, 9, 9, 0, 0));
 }
 
 TEST(GrowingListTest, ClearedListStartsWithoutRoom) {
     List list;
-    list.makeRoom(100, 0);
+    list.reserve(100, 0);
     list.items()[0] = 1;
     list.clear();
-    list.makeRoom(50, 50);
+    list.reserve(50, 50);
     EXPECT_EQ(list.items()[0], 0U);
-    EXPECT_TRUE(hasRoomFor(list, 50)) << "the old room is gone";
+    EXPECT_TRUE(hasCapacityFor(list, 50)) << "the old room is gone";
 }
 
 // Four times the room has no addresses then; one and a half times what is asked for has.

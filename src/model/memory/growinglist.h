@@ -1,59 +1,52 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
+#include <limits>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include <QtCore/QtGlobal>
 
+#include "memory/growth.h"
 #include "memory/scratchblock.h"
 
 namespace Atelier::Vel {
 
-/// Plain items in one block, zeros where none was written. Room that is never touched costs nothing, so a
-/// long list gets plenty at a time.
+/// Plain items in one block; items that were never written are zero.
 template<typename T>
 class GrowingList {
 public:
     T* items() const { return _block ? _block->template as<T>() : nullptr; }
 
-    /// Makes room for `count` items, of which those before `used` stay what they are.
-    void makeRoom(quint64 count, quint64 used) {
-        if (count <= _room)
+    /// Grows to hold `count` items. The first `used` items keep their values, the others become zero if the
+    /// list grows. Throws std::bad_alloc, with nothing changed.
+    void reserve(quint64 count, quint64 used) {
+        if (count <= _capacity)
             return;
-        const bool isLong = _room >= kLong;
-        const quint64 room = std::max({count, 4 * _room, isLong ? kRoomForLong : 0});
-        try {
-            moveTo(room, used);
-        } catch (const std::bad_alloc&) {
-            if (!isLong)
-                throw;
-            moveTo(count + count / 2, used); // where addresses are scarce
-        }
+        if (!_block)
+            return moveTo(count, 0);
+        growCapacity(count * sizeof(T), std::numeric_limits<quint64>::max(),
+                     [&](quint64 bytes) { moveTo(bytes / sizeof(T), used); });
     }
 
+    /// Returns the memory.
     void clear() {
         _block.reset();
-        _room = 0;
+        _capacity = 0;
     }
 
 private:
-    static constexpr quint64 kLong = (quint64{512} << 10) / sizeof(T);
-    static constexpr quint64 kRoomForLong = (quint64{16} << 20) / sizeof(T);
-
-    void moveTo(quint64 room, quint64 used) {
-        auto block = std::make_unique<ScratchBlock>(room * sizeof(T));
+    void moveTo(quint64 capacity, quint64 used) {
+        auto block = std::make_unique<ScratchBlock>(capacity * sizeof(T));
         if (_block)
-            std::memcpy(block->template as<T>(), items(), std::min(used, _room) * sizeof(T));
+            std::memcpy(block->template as<T>(), items(), std::min(used, _capacity) * sizeof(T));
         _block = std::move(block);
-        _room = room;
+        _capacity = capacity;
     }
 
     std::unique_ptr<ScratchBlock> _block;
-    quint64 _room = 0;
+    quint64 _capacity = 0;
 };
 
 } // namespace Atelier::Vel

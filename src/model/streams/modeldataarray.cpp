@@ -4,8 +4,8 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <new>
 
+#include "memory/growth.h"
 #include "memory/scratchblock.h"
 
 namespace Atelier::Vel {
@@ -15,20 +15,6 @@ namespace {
 constexpr quint64 kMaxBytes = std::numeric_limits<qint32>::max();
 
 constexpr quint64 kNotOwn = ~quint64{0};
-
-// From here on an array is long: it lies in pages of its own, which move without being copied.
-constexpr quint64 kLong = quint64{512} << 10;
-
-/// Room for an array that has outgrown its block. Room that is never used takes addresses and no memory.
-quint64 generousCapacity(quint64 bytes) {
-    constexpr quint64 kRoomForLong = quint64{16} << 20;
-    return bytes <= kLong ? bytes * 4 : std::min(std::max(bytes * 2, kRoomForLong), kMaxBytes);
-}
-
-/// The same where addresses are scarce.
-quint64 modestCapacity(quint64 bytes) {
-    return std::min(bytes + bytes / 2, kMaxBytes);
-}
 
 } // namespace
 
@@ -92,7 +78,7 @@ void ModelDataArray::append(quint64 count, const void* src) {
         return;
     // The bytes may be this array's own, which move when it grows.
     const quint64 place = placeOf(src);
-    makeRoom(_byteCount + bytes);
+    ensureCapacity(_byteCount + bytes);
     std::memcpy(_block->as<char>() + _byteCount, place == kNotOwn ? src : _block->as<char>() + place, bytes);
     _byteCount += bytes;
 }
@@ -122,26 +108,18 @@ bool ModelDataArray::isShared() const {
     return _block.use_count() > 1;
 }
 
-void ModelDataArray::makeRoom(quint64 bytes) {
+void ModelDataArray::ensureCapacity(quint64 bytes) {
     if (bytes <= _capacity) {
         if (isShared())
             moveTo(bytes);
         return;
     }
-    const quint64 room = generousCapacity(bytes);
-    if (_block != nullptr && !isShared() && _block->grow(room)) {
-        _capacity = room;
-        return;
-    }
-    try {
-        moveTo(room);
-    } catch (const std::bad_alloc&) {
-        try {
-            moveTo(modestCapacity(bytes));
-        } catch (const std::bad_alloc&) {
-            moveTo(bytes);
-        }
-    }
+    growCapacity(bytes, kMaxBytes, [this](quint64 capacity) {
+        if (_block != nullptr && !isShared() && _block->grow(capacity))
+            _capacity = capacity;
+        else
+            moveTo(capacity);
+    });
 }
 
 char* ModelDataArray::ownBytes() {
@@ -154,7 +132,7 @@ void ModelDataArray::resizeBytes(quint64 bytes) {
     if (bytes > _capacity && _byteCount == 0)
         moveTo(bytes);
     else if (bytes > _capacity)
-        makeRoom(bytes);
+        ensureCapacity(bytes);
     _byteCount = bytes;
 }
 

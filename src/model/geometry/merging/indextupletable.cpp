@@ -17,16 +17,16 @@ public:
     ChainedTable() : IndexTupleTable(Others + 1) {}
 
     void admit(quint64 limit) override {
-        _slots.makeRoom(limit, _admitted);
+        _slots.reserve(limit, _admitted);
         // Tuples are seldom more than that, and moving them would cost much; room that is not needed does
         // not.
-        _tuples.makeRoom(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
+        _tuples.reserve(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _admitted = std::max(_admitted, limit);
     }
 
     void add(const quint32* const* numbers, quint32 count, quint32* out) override {
-        _tuples.makeRoom((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
-        _chained.makeRoom(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
+        _tuples.reserve((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
+        _chained.reserve(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
         // Copies that writing numbers cannot change.
         Slot* const slots = _slots.items();
         quint32 tupleCount = _tupleCount;
