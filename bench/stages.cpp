@@ -180,7 +180,7 @@ VertexMerging merged(std::vector<quint32>& vertexOfCorner) {
     return VertexMerging({attributeOf(input().normals, input().normalIndices, 3),
                           attributeOf(input().texCoords, input().texCoordIndices, 2),
                           attributeOf(input().positions, input().positionIndices, 3)},
-                         quint32(vertexOfCorner.size()), vertexOfCorner.data());
+                         quint32(vertexOfCorner.size()), vertexOfCorner.data(), {0x5EED, {}, {}});
 }
 
 void BM_Merging(benchmark::State& state) {

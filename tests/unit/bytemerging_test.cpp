@@ -21,31 +21,35 @@ using Testing::mergedPlainly;
 using Testing::TestAttribute;
 using Testing::views;
 
-Merged mergedByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    const GuardedArray<quint32> vertexOfCorner(cornerCount);
-    const GuardedArray<quint32> firstCorner(cornerCount);
-    const quint32 vertexCount =
-        mergeByBytes(attributes, cornerCount, vertexOfCorner.data(), firstCorner.data());
-    return {vertexOfCorner.items(), {firstCorner.begin(), firstCorner.begin() + vertexCount}};
+const MergeOptions kOptions{0x5EED, {}, {}};
+
+/// The lists of a remap, those of the identity included.
+Merged listsOf(const VertexRemap& remap, const GuardedArray<quint32>& vertexOfCorner) {
+    if (!remap.isIdentity())
+        return {vertexOfCorner.items(), {remap.firstCorner(), remap.firstCorner() + remap.vertexCount()}};
+    std::vector<quint32> identity(remap.cornerCount());
+    std::iota(identity.begin(), identity.end(), 0U);
+    EXPECT_EQ(remap.vertexCount(), remap.cornerCount());
+    return {identity, identity};
 }
 
-/// `needsRoom` receives whether the list of first corners was needed.
-Merged sieved(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-              bool* needsRoom = nullptr) {
+Merged mergedByBytes(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
     const GuardedArray<quint32> vertexOfCorner(cornerCount);
-    const GuardedArray<quint32> firstCorner(cornerCount);
-    bool isNeeded = false;
-    const quint32 vertexCount = mergeMostlyDistinct(attributes, cornerCount, vertexOfCorner.data(), [&] {
-        isNeeded = true;
-        return firstCorner.data();
-    });
-    if (needsRoom != nullptr)
-        *needsRoom = isNeeded;
-    if (vertexCount == cornerCount) {
-        std::iota(vertexOfCorner.begin(), vertexOfCorner.end(), 0U);
-        std::iota(firstCorner.begin(), firstCorner.end(), 0U);
-    }
-    return {vertexOfCorner.items(), {firstCorner.begin(), firstCorner.begin() + vertexCount}};
+    VertexRemap remap(cornerCount, vertexOfCorner.data());
+    mergeByBytes(attributes, kOptions, remap);
+    EXPECT_FALSE(remap.isIdentity());
+    return listsOf(remap, vertexOfCorner);
+}
+
+/// `needsList` receives whether the list of first corners was needed.
+Merged filtered(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
+                bool* needsList = nullptr) {
+    const GuardedArray<quint32> vertexOfCorner(cornerCount);
+    VertexRemap remap(cornerCount, vertexOfCorner.data());
+    mergeMostlyDistinct(attributes, kOptions, remap);
+    if (needsList != nullptr)
+        *needsList = !remap.isIdentity();
+    return listsOf(remap, vertexOfCorner);
 }
 
 void expectSame(const Merged& merged, const Merged& expected) {
@@ -56,7 +60,7 @@ void expectSame(const Merged& merged, const Merged& expected) {
 /// Corners with a position and a colour, drawn from few or many different values; some have no value.
 std::vector<TestAttribute> sparseMesh(std::mt19937& random, quint32 cornerCount, quint32 differentValues) {
     const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-    // Enough that corners rarely share one by chance: otherwise nothing would be sieved.
+    // Enough that corners rarely share one by chance: otherwise nothing would be filtered.
     const quint32 valueCount = cornerCount * 32;
     std::vector<unsigned char> positions(valueCount * 3 * sizeof(float));
     std::vector<unsigned char> colours(valueCount * sizeof(quint32));
@@ -73,7 +77,7 @@ std::vector<TestAttribute> sparseMesh(std::mt19937& random, quint32 cornerCount,
         for (std::vector<quint32>& list : lists)
             list.push_back(isRepeated ? list[source % corner] : below(valueCount + 1));
     }
-    // The sieve uses the first of the attributes with the largest number of values.
+    // The filter uses the first of the attributes with the largest number of values.
     std::vector<TestAttribute> attributes;
     attributes.emplace_back(positions, lists[0], 3 * sizeof(float));
     attributes.emplace_back(colours, lists[1], sizeof(quint32));
@@ -125,13 +129,13 @@ TEST(ByteMergingTest, CornersWithTheSameBytesAreOneVertex) {
             }
 }
 
-TEST(ByteMergingTest, SievedCornersMergeAsAllDo) {
+TEST(ByteMergingTest, FilteredCornersMergeAsAllDo) {
     std::mt19937 random(61);
     for (const quint32 differentValues : {1U, 3U, 1000U, 100000U, 100000000U})
         for (const quint32 cornerCount : {1U, 2U, 40U, 5000U}) {
             SCOPED_TRACE(testing::Message() << cornerCount << " corners, " << differentValues << " values");
             const std::vector<TestAttribute> attributes = sparseMesh(random, cornerCount, differentValues);
-            ASSERT_NO_FATAL_FAILURE(expectSame(sieved(views(attributes), cornerCount),
+            ASSERT_NO_FATAL_FAILURE(expectSame(filtered(views(attributes), cornerCount),
                                                mergedPlainly(views(attributes), cornerCount)));
         }
 }
@@ -146,7 +150,7 @@ TestAttribute numberedValues(quint32 count, quint64 stride, quint64 place) {
     return {values, indices, stride};
 }
 
-// All corners but two differ. Any two: the sieve works in blocks, and each place in them is tried.
+// All corners but two differ. Any two: the filter works in blocks, and each place in them is tried.
 TEST(ByteMergingTest, TwoEqualCornersAreFoundAtEveryPlace) {
     for (const quint32 count : {8U, 32U, 33U, 65U})
         for (quint32 second = 1; second < count; ++second)
@@ -158,7 +162,7 @@ TEST(ByteMergingTest, TwoEqualCornersAreFoundAtEveryPlace) {
                 expected[second] = first;
                 for (quint32 after = second + 1; after < count; ++after)
                     --expected[after];
-                ASSERT_EQ(sieved({attribute.view()}, count).vertexOfCorner, expected)
+                ASSERT_EQ(filtered({attribute.view()}, count).vertexOfCorner, expected)
                     << first << " and " << second;
             }
 }
@@ -168,23 +172,24 @@ TEST(ByteMergingTest, DistinctCornersNeedNoListOfFirstCorners) {
     constexpr quint32 kCount = 3000;
     for (const quint64 stride : {2U, 4U, 8U, 12U, 13U, 16U, 20U, 30U, 33U, 40U})
         for (quint64 place = 0; place + 1 < stride; ++place) {
-            bool needsRoom = true;
-            const Merged merged = sieved({numberedValues(kCount, stride, place).view()}, kCount, &needsRoom);
+            bool needsList = true;
+            const Merged merged =
+                filtered({numberedValues(kCount, stride, place).view()}, kCount, &needsList);
             EXPECT_EQ(merged.firstCorner.size(), kCount);
-            EXPECT_FALSE(needsRoom) << stride << " bytes, different from byte " << place << " on";
+            EXPECT_FALSE(needsList) << stride << " bytes, different from byte " << place << " on";
         }
 }
 
-TEST(ByteMergingTest, AttributeWithTheMostValuesIsSieved) {
+TEST(ByteMergingTest, AttributeWithMostValuesIsFiltered) {
     constexpr quint32 kCount = 3000;
     const TestAttribute different = numberedValues(kCount, 4, 0);
     const TestAttribute alike(std::vector<unsigned char>(400), std::vector<quint32>(kCount), 4);
     for (const auto& attributes : {std::vector<CornerAttribute>{different.view(), alike.view()},
                                    {alike.view(), different.view()},
                                    {alike.view(), different.view(), alike.view()}}) {
-        bool needsRoom = true;
-        sieved(attributes, kCount, &needsRoom);
-        EXPECT_FALSE(needsRoom);
+        bool needsList = true;
+        filtered(attributes, kCount, &needsList);
+        EXPECT_FALSE(needsList);
     }
 }
 
@@ -217,7 +222,7 @@ TEST(ByteMergingTest, RunsOfIndicesEndWithTheValues) {
         ASSERT_NO_FATAL_FAILURE(
             expectSame(mergedByBytes({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
         ASSERT_NO_FATAL_FAILURE(
-            expectSame(sieved({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
+            expectSame(filtered({attribute.view()}, 100), mergedPlainly({attribute.view()}, 100)));
     }
 }
 
@@ -229,9 +234,6 @@ TEST(ByteMergingTest, IndicesApartAreNoRun) {
     for (const quint32 cornerCount : {32U, 64U, 66U})
         ASSERT_NO_FATAL_FAILURE(
             expectSame(mergedByBytes({everyOther}, cornerCount), mergedPlainly({everyOther}, cornerCount)));
-    std::vector<unsigned char> gathered(64 * 12);
-    gatherValues(everyOther, nullptr, 64, gathered.data());
-    EXPECT_EQ(gathered[12 * 63], 126);
 }
 
 TEST(ByteMergingTest, WithoutAListCornersUseTheValueOfTheirNumber) {
@@ -242,7 +244,7 @@ TEST(ByteMergingTest, WithoutAListCornersUseTheValueOfTheirNumber) {
         ASSERT_NO_FATAL_FAILURE(
             expectSame(mergedByBytes({itself}, cornerCount), mergedPlainly({itself}, cornerCount)));
         ASSERT_NO_FATAL_FAILURE(
-            expectSame(sieved({itself}, cornerCount), mergedPlainly({itself}, cornerCount)));
+            expectSame(filtered({itself}, cornerCount), mergedPlainly({itself}, cornerCount)));
     }
 }
 
@@ -255,42 +257,15 @@ TEST(ByteMergingTest, AttributesWithoutValuesOrBytesSeparateNoCorners) {
     withoutBytes.valueCount = 1000;
     for (const CornerAttribute& empty : {withoutValues, withoutBytes}) {
         EXPECT_THAT(mergedByBytes({empty}, 40).firstCorner, testing::ElementsAre(0));
-        EXPECT_THAT(sieved({empty}, 40).firstCorner, testing::ElementsAre(0));
+        EXPECT_THAT(filtered({empty}, 40).firstCorner, testing::ElementsAre(0));
         EXPECT_EQ(mergedByBytes({empty, different.view()}, 40).firstCorner.size(), 40U);
-        EXPECT_EQ(sieved({different.view(), empty}, 40).firstCorner.size(), 40U);
+        EXPECT_EQ(filtered({different.view(), empty}, 40).firstCorner.size(), 40U);
     }
 }
 
 TEST(ByteMergingTest, CornersWithoutAnyBytesAreOneVertex) {
-    std::vector<quint32> vertexOfCorner(3);
-    std::vector<quint32> firstCorner(3);
-    const auto firstCorners = [&firstCorner] { return firstCorner.data(); };
-    EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 3, vertexOfCorner.data(), firstCorners), 1U);
-    EXPECT_THAT(vertexOfCorner, testing::ElementsAre(0, 0, 0));
-    EXPECT_EQ(mergeMostlyDistinct({CornerAttribute()}, 0, nullptr, firstCorners), 0U);
-}
-
-TEST(ByteMergingTest, ValuesAreGatheredByteByByte) {
-    std::mt19937 random(63);
-    for (const quint64 stride : {1U, 3U, 4U, 8U, 12U, 16U, 20U})
-        for (const quint32 count : {0U, 1U, 63U, 64U, 65U, 200U}) {
-            const TestAttribute attribute = randomAttribute(random, 300, stride, 60000);
-            std::vector<quint32> list(count);
-            for (quint32& corner : list)
-                corner = static_cast<quint32>(random() % 300);
-            const GuardedArray<quint32> corners(list);
-            std::string expected;
-            std::string expectedOfFirst;
-            for (quint32 i = 0; i < count; ++i) {
-                expected += Testing::bytesOfCorner({attribute.view()}, corners[i]);
-                expectedOfFirst += Testing::bytesOfCorner({attribute.view()}, i);
-            }
-            const GuardedArray<unsigned char> out(count * stride);
-            gatherValues(attribute.view(), corners.data(), count, out.data());
-            ASSERT_EQ(std::string(out.begin(), out.end()), expected) << stride << ", " << count;
-            gatherValues(attribute.view(), nullptr, count, out.data());
-            ASSERT_EQ(std::string(out.begin(), out.end()), expectedOfFirst) << stride << ", " << count;
-        }
+    EXPECT_THAT(filtered({CornerAttribute()}, 3).vertexOfCorner, testing::ElementsAre(0, 0, 0));
+    EXPECT_THAT(filtered({CornerAttribute()}, 0).firstCorner, testing::IsEmpty());
 }
 
 } // namespace

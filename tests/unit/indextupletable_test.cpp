@@ -24,9 +24,12 @@ protected:
         _tuples = IndexTupleTable::make(places);
         _expected.clear();
     }
-    void admit(quint64 limit) { _tuples->admit(limit); }
+    void raiseLimit(quint64 limit) { _tuples->raiseLimit(limit); }
+    bool isWorthwhile(quint64 added, quint64 expected) const {
+        return MergePolicy().isTupleTableWorthwhile(_tuples->cost(), added, expected);
+    }
     /// Adds the corners at once. The result overwrites the list of place `target`, if there is such a place.
-    void add(const std::vector<Tuple>& corners, std::size_t target = IndexTupleTable::kMaxPlaces) {
+    void add(const std::vector<Tuple>& corners, std::size_t target = MergePolicy::kMaxTuplePlaces) {
         std::vector<GuardedArray<quint32>> lists;
         for (std::size_t place = 0; place < _tuples->places(); ++place) {
             lists.emplace_back(corners.size());
@@ -70,13 +73,13 @@ private:
 TEST_F(IndexTupleTableTest, TuplesAreNumberedAsTheyAppear) {
     std::mt19937 random(91);
     const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places)
+    for (std::size_t places = 1; places <= MergePolicy::kMaxTuplePlaces; ++places)
         for (const quint32 firsts : {1U, 7U, 900U})
             for (const quint32 others : {1U, 3U, 40U}) {
                 make(places);
                 ASSERT_EQ(tuples().places(), places);
                 for (const std::size_t count : {0U, 1U, 23U, 24U, 25U, 300U, 1U}) {
-                    admit(firsts);
+                    raiseLimit(firsts);
                     std::vector<Tuple> corners;
                     for (std::size_t i = 0; i < count; ++i) {
                         corners.push_back({below(firsts)});
@@ -92,9 +95,9 @@ TEST_F(IndexTupleTableTest, TuplesAreNumberedAsTheyAppear) {
 }
 
 TEST_F(IndexTupleTableTest, TuplesThatDifferInOnePlaceAreDifferent) {
-    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places) {
+    for (std::size_t places = 1; places <= MergePolicy::kMaxTuplePlaces; ++places) {
         make(places);
-        admit(10);
+        raiseLimit(10);
         std::vector<Tuple> corners = {Tuple(places, 5)};
         for (std::size_t place = 0; place < places; ++place)
             for (const quint32 number : {6U, 4U}) {
@@ -109,7 +112,7 @@ TEST_F(IndexTupleTableTest, TuplesThatDifferInOnePlaceAreDifferent) {
 
 TEST_F(IndexTupleTableTest, WithoutCornersThereAreNoTuples) {
     make(3);
-    admit(4);
+    raiseLimit(4);
     add({});
     EXPECT_EQ(tuples().tupleCount(), 0U);
     EXPECT_EQ(tuples().numbersAt(0), nullptr);
@@ -118,11 +121,11 @@ TEST_F(IndexTupleTableTest, WithoutCornersThereAreNoTuples) {
 
 TEST_F(IndexTupleTableTest, SmallerLimitKeepsAllTuples) {
     make(2);
-    admit(1000);
+    raiseLimit(1000);
     add({{999, 1}, {0, 2}, {999, 3}});
-    admit(10);
+    raiseLimit(10);
     add({{999, 3}, {999, 1}});
-    admit(1'000'000);
+    raiseLimit(1'000'000);
     add({{999, 1}, {0, 2}, {999'999, 2}, {999, 3}});
     EXPECT_EQ(distinct(), 4U);
     expectTuples();
@@ -141,42 +144,42 @@ std::vector<Tuple> withEqualFirstNumbers(quint32 count, std::size_t places) {
 TEST_F(IndexTupleTableTest, PaysForEightStepsPerCornerAndSixtyFourThousandMore) {
     constexpr quint64 kEnough = 1'000'000;
     make(2);
-    admit(1);
+    raiseLimit(1);
     // Each tuple is compared with all before it: 369 * 368 / 2 = 8 * 295 + 65536 steps.
     add(withEqualFirstNumbers(369, 2));
-    EXPECT_TRUE(tuples().isWorthwhile(296, kEnough));
-    EXPECT_TRUE(tuples().isWorthwhile(295, kEnough));
-    EXPECT_FALSE(tuples().isWorthwhile(294, kEnough));
+    EXPECT_TRUE(isWorthwhile(296, kEnough));
+    EXPECT_TRUE(isWorthwhile(295, kEnough));
+    EXPECT_FALSE(isWorthwhile(294, kEnough));
     add({{0, 0}});
-    EXPECT_TRUE(tuples().isWorthwhile(295, kEnough)) << "the first one of a chain is found without a step";
+    EXPECT_TRUE(isWorthwhile(295, kEnough)) << "the first one of a chain is found without a step";
     add({{0, 1}});
-    EXPECT_FALSE(tuples().isWorthwhile(295, kEnough));
+    EXPECT_FALSE(isWorthwhile(295, kEnough));
 }
 
 TEST_F(IndexTupleTableTest, EachWidthCountsItsSteps) {
-    for (std::size_t places = 2; places <= IndexTupleTable::kMaxPlaces; ++places) {
+    for (std::size_t places = 2; places <= MergePolicy::kMaxTuplePlaces; ++places) {
         make(places);
-        admit(1);
+        raiseLimit(1);
         add(withEqualFirstNumbers(362, places));
-        EXPECT_TRUE(tuples().isWorthwhile(0, 1'000'000)) << places;
+        EXPECT_TRUE(isWorthwhile(0, 1'000'000)) << places;
         add(withEqualFirstNumbers(363, places));
-        EXPECT_FALSE(tuples().isWorthwhile(0, 1'000'000)) << places;
+        EXPECT_FALSE(isWorthwhile(0, 1'000'000)) << places;
     }
 }
 
 TEST_F(IndexTupleTableTest, PaysForSixteenBytesPerExpectedCorner) {
     // Per tuple: its numbers, and the larger one of its slot and the memory for merging it.
     constexpr quint64 kBytesOfATuple[] = {4 + 16, 8 + 16, 12 + 16, 16 + 20, 20 + 24, 24 + 28};
-    for (std::size_t places = 1; places <= IndexTupleTable::kMaxPlaces; ++places) {
+    for (std::size_t places = 1; places <= MergePolicy::kMaxTuplePlaces; ++places) {
         make(places);
-        admit(32);
+        raiseLimit(32);
         std::vector<Tuple> corners;
         for (quint32 first = 0; first < 32; ++first)
             corners.push_back(Tuple(places, first));
         add(corners);
         const quint64 expected = 2 * kBytesOfATuple[places - 1];
-        EXPECT_TRUE(tuples().isWorthwhile(0, expected)) << places;
-        EXPECT_FALSE(tuples().isWorthwhile(0, expected - 1)) << places;
+        EXPECT_TRUE(isWorthwhile(0, expected)) << places;
+        EXPECT_FALSE(isWorthwhile(0, expected - 1)) << places;
     }
 }
 

@@ -76,7 +76,7 @@ void expectMerged(const std::vector<TestAttribute>& attributes, quint32 cornerCo
     const std::vector<quint64> substituted = substitutedCorners(all, cornerCount);
     const GuardedArray<quint32> own(cornerCount);
     quint32* const out = target < attributes.size() ? attributes[target].indices.data() : own.data();
-    const TupleMerging merging(all, cornerCount, out);
+    const TupleMerging merging(all, cornerCount, out, {});
     ASSERT_TRUE(merging.isDone());
     ASSERT_EQ(std::vector<quint32>(out, out + cornerCount), expected.vertexOfCorner);
     ASSERT_NO_FATAL_FAILURE(expectTuples(merging, all, expected, tuples));
@@ -86,7 +86,7 @@ void expectMerged(const std::vector<TestAttribute>& attributes, quint32 cornerCo
 
 TEST(TupleMergingTest, CornersMergeByTheNumbersOfTheirValues) {
     std::mt19937 random(71);
-    for (std::size_t attributeCount = 1; attributeCount <= IndexTupleTable::kMaxPlaces; ++attributeCount)
+    for (std::size_t attributeCount = 1; attributeCount <= MergePolicy::kMaxTuplePlaces; ++attributeCount)
         for (const quint32 cornerCount : {2U, 1023U, 1024U, 1025U, 5000U})
             for (const bool areValid : {true, false})
                 ASSERT_NO_FATAL_FAILURE(expectMerged(
@@ -107,7 +107,7 @@ TEST(TupleMergingTest, IsNotTriedWithMoreValuesThanHalfOfTheCorners) {
         const TestAttribute few = attributeOf(1, list);
         const TestAttribute many = attributeOf(values, list);
         const GuardedArray<quint32> out(100, 77);
-        const TupleMerging merging({few.view(), many.view(), few.view()}, 100, out.data());
+        const TupleMerging merging({few.view(), many.view(), few.view()}, 100, out.data(), {});
         EXPECT_EQ(merging.isDone(), values == 50) << values;
         EXPECT_EQ(out[99], values == 50 ? 0U : 77U);
     }
@@ -119,7 +119,7 @@ TEST(TupleMergingTest, IsNotTriedWithoutAttributesWithoutListsOrWithTooManyAttri
     withoutList.indices = nullptr;
     const GuardedArray<quint32> out(8);
     const auto isDone = [&out](const std::vector<CornerAttribute>& attributes) {
-        return TupleMerging(attributes, 8, out.data()).isDone();
+        return TupleMerging(attributes, 8, out.data(), {}).isDone();
     };
     EXPECT_FALSE(isDone({}));
     EXPECT_FALSE(isDone({attribute.view(), withoutList}));
@@ -148,7 +148,7 @@ std::vector<TestAttribute> oneValueWithManyTuples() {
 TEST(TupleMergingTest, IsGivenUpWhereOneValueHasVeryManyTuples) {
     const std::vector<TestAttribute> attributes = oneValueWithManyTuples();
     const GuardedArray<quint32> out(40'000);
-    EXPECT_FALSE(TupleMerging(views(attributes), 40'000, out.data()).isDone());
+    EXPECT_FALSE(TupleMerging(views(attributes), 40'000, out.data(), {}).isDone());
     // Only the first block was read: it took half a million steps.
     EXPECT_EQ(out[1023], 1023U);
     EXPECT_EQ(out[1024], 0U);
@@ -161,7 +161,7 @@ TEST(TupleMergingTest, ListThatWasOverwrittenIsRestoredWhenItIsGivenUp) {
         // Invalid ones become the number of values in the blocks that were read.
         if (target == 2)
             expected[999] = 300;
-        EXPECT_FALSE(TupleMerging(views(attributes), 40'000, attributes[target].indices.data()).isDone());
+        EXPECT_FALSE(TupleMerging(views(attributes), 40'000, attributes[target].indices.data(), {}).isDone());
         EXPECT_EQ(attributes[target].indices.items(), expected);
     }
 }
@@ -179,7 +179,7 @@ TEST(TupleMergingTest, TuplesThatWereNumberedBeforeAreTakenOver) {
         }
         std::vector<CornerAttribute> all = views(attributes);
         auto numbering = IndexTupleTable::make(3);
-        numbering->admit(20);
+        numbering->raiseLimit(20);
         const quint32* const lists[] = {all[1].indices, all[2].indices, all[0].indices};
         const GuardedArray<quint32> tupleOfCorner(500);
         numbering->add(lists, 500, tupleOfCorner.data());

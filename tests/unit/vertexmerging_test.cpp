@@ -19,6 +19,8 @@ using Testing::Merged;
 using Testing::TestAttribute;
 using Testing::views;
 
+const MergeOptions kOptions{0x5EED, {}, {}};
+
 /// What a random mesh consists of.
 struct Recipe {
     std::size_t attributes;
@@ -97,14 +99,14 @@ TEST(VertexMergingTest, CornersWithTheSameBytesAreOneVertex) {
             const std::vector<CornerAttribute> all = views(attributes);
             const Outcome expected = expectedOutcome(all, recipe.corners);
             const GuardedArray<quint32> vertexOfCorner(recipe.corners);
-            const VertexMerging merging(all, recipe.corners, vertexOfCorner.data());
+            const VertexMerging merging(all, recipe.corners, vertexOfCorner.data(), kOptions);
             ASSERT_NO_FATAL_FAILURE(expectOutcome(merging, all, vertexOfCorner.data(), expected));
         }
 }
 
 TEST(VertexMergingTest, ListThatIsOverwrittenGivesTheSameVertices) {
     std::mt19937 random(82);
-    int elsewhereCalls = 0;
+    int otherCalls = 0;
     for (const Recipe& recipe : kRecipes)
         for (std::size_t target = 0; target < recipe.attributes; ++target) {
             const std::vector<TestAttribute> attributes = randomMesh(random, recipe);
@@ -113,19 +115,18 @@ TEST(VertexMergingTest, ListThatIsOverwrittenGivesTheSameVertices) {
             const std::vector<CornerAttribute> all = views(attributes);
             const Outcome expected = expectedOutcome(all, recipe.corners);
             quint32* const list = attributes[target].indices.data();
-            const GuardedArray<quint32> elsewhere(recipe.corners);
-            bool isElsewhere = false;
-            const VertexMerging merging(all, recipe.corners, list, [&] {
-                isElsewhere = true;
-                return elsewhere.data();
+            const GuardedArray<quint32> other(recipe.corners);
+            bool isOther = false;
+            const VertexMerging merging(all, recipe.corners, list, kOptions, [&] {
+                isOther = true;
+                return other.data();
             });
-            ASSERT_EQ(isElsewhere, merging.needsIndices());
-            elsewhereCalls += isElsewhere ? 1 : 0;
-            ASSERT_NO_FATAL_FAILURE(
-                expectOutcome(merging, all, isElsewhere ? elsewhere.data() : list, expected));
+            ASSERT_EQ(isOther, merging.needsIndices());
+            otherCalls += isOther ? 1 : 0;
+            ASSERT_NO_FATAL_FAILURE(expectOutcome(merging, all, isOther ? other.data() : list, expected));
         }
-    EXPECT_GT(elsewhereCalls, 5);
-    EXPECT_LT(elsewhereCalls, 25);
+    EXPECT_GT(otherCalls, 5);
+    EXPECT_LT(otherCalls, 25);
 }
 
 TEST(VertexMergingTest, ListsAreNotNeededWhereTuplesWereMerged) {
@@ -133,7 +134,7 @@ TEST(VertexMergingTest, ListsAreNotNeededWhereTuplesWereMerged) {
     for (const quint32 values : {50U, 2000U}) {
         const std::vector<TestAttribute> attributes = randomMesh(random, {2, 3000, values, 9});
         const GuardedArray<quint32> vertexOfCorner(3000);
-        const VertexMerging merging(views(attributes), 3000, vertexOfCorner.data());
+        const VertexMerging merging(views(attributes), 3000, vertexOfCorner.data(), kOptions);
         EXPECT_EQ(merging.needsIndices(), values == 2000) << values;
     }
 }
@@ -150,20 +151,60 @@ TEST(VertexMergingTest, TuplesThatWereNumberedBeforeBecomeVertices) {
             static_cast<quint32>(std::min(attributes[0].indices.size(), attributes[1].indices.size()));
         const Outcome expected = expectedOutcome(all, count);
         auto numbering = IndexTupleTable::make(2);
-        numbering->admit(61);
+        numbering->raiseLimit(61);
         const quint32* const lists[] = {all[1].indices, all[0].indices};
         const GuardedArray<quint32> tuples(count);
         numbering->add(lists, count, tuples.data());
         TupleMerging merged(all, std::move(numbering), {1, 0}, count, tuples.data());
-        const VertexMerging merging(all, std::move(merged), count, tuples.data());
+        const VertexMerging merging(all, std::move(merged), count, tuples.data(), kOptions);
         EXPECT_FALSE(merging.needsIndices());
         ASSERT_NO_FATAL_FAILURE(expectOutcome(merging, all, tuples.data(), expected));
     }
 }
 
+TEST(VertexMergingTest, SeedOfTheHashesChangesNoVertex) {
+    std::mt19937 random(85);
+    for (const Recipe& recipe : kRecipes) {
+        const std::vector<TestAttribute> attributes = randomMesh(random, recipe);
+        const std::vector<CornerAttribute> all = views(attributes);
+        const Outcome expected = expectedOutcome(all, recipe.corners);
+        for (const quint64 seed : {quint64{0}, quint64{1}, ~quint64{0}, quint64{0x9E3779B97F4A7C15}}) {
+            const GuardedArray<quint32> vertexOfCorner(recipe.corners);
+            const VertexMerging merging(all, recipe.corners, vertexOfCorner.data(), {seed, {}, {}});
+            ASSERT_NO_FATAL_FAILURE(expectOutcome(merging, all, vertexOfCorner.data(), expected));
+        }
+    }
+}
+
+/// Policies that force each way: tuples and filter, tuples and no filter, bytes alone.
+std::vector<MergePolicy> forcingPolicies() {
+    std::vector<MergePolicy> policies(3);
+    policies[0].bytesPerCorner = policies[0].stepsPerCorner = 1U << 20;
+    policies[0].cornersPerCandidate = 1;
+    policies[1] = policies[0];
+    policies[1].maxFilteredCorners = 0;
+    policies[2].bytesPerCorner = 0;
+    return policies;
+}
+
+TEST(VertexMergingTest, EveryWayGivesTheSameVertices) {
+    std::mt19937 random(86);
+    for (const Recipe& recipe : kRecipes)
+        for (const MergePolicy& policy : forcingPolicies()) {
+            const std::vector<TestAttribute> attributes = randomMesh(random, recipe);
+            const std::vector<CornerAttribute> all = views(attributes);
+            const Outcome expected = expectedOutcome(all, recipe.corners);
+            const GuardedArray<quint32> vertexOfCorner(recipe.corners);
+            const VertexMerging merging(all, recipe.corners, vertexOfCorner.data(), {1, {}, policy});
+            ASSERT_TRUE(merging.needsIndices() || policy.bytesPerCorner != 0 || recipe.corners <= 1024)
+                << "tuples of the first block are always numbered";
+            ASSERT_NO_FATAL_FAILURE(expectOutcome(merging, all, vertexOfCorner.data(), expected));
+        }
+}
+
 TEST(VertexMergingTest, WithoutCornersThereAreNoVertices) {
     const TestAttribute attribute(std::vector<unsigned char>(12), {}, 12);
-    const VertexMerging merging({attribute.view()}, 0, nullptr);
+    const VertexMerging merging({attribute.view()}, 0, nullptr, kOptions);
     EXPECT_EQ(merging.vertexCount(), 0U);
     merging.gather(0, nullptr);
 }

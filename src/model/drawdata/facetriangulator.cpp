@@ -12,7 +12,7 @@
 
 #include <velmodel/modeldataarray.h>
 
-#include "geometry/merging/indexblocks.h"
+#include "geometry/allbelow.h"
 #include "geometry/triangulation/fourwindings.h"
 #include "memory/prefetch.h"
 

@@ -64,7 +64,8 @@ private:
 
 /// The number of different tuples of value numbers that the corners have: vertices whose values are those
 /// numbers.
-quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
+quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
+                    const MergeOptions& options) {
     const quint64 count = cornerCount;
     const ScratchBlock scratch((attributes.size() + 1) * count * sizeof(quint32));
     auto* words = scratch.as<quint32>();
@@ -76,7 +77,7 @@ quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 corn
         for (quint64 corner = 0; corner < count; ++corner)
             *words++ = static_cast<quint32>(attributes[i].valueOf(corner));
     }
-    return VertexMerging(numbered, cornerCount, words).vertexCount();
+    return VertexMerging(numbered, cornerCount, words, options).vertexCount();
 }
 
 /// Whether an index stream has bytes for fewer entries than it says. One of another type is asserted instead.
@@ -100,23 +101,24 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& mete
     if (indices.isNull())
         return reportMissingStream(QStringLiteral("the corner indices"));
     StreamBuild build = collectInput(cornerCount);
-    const quint32 before = mergeCorners ? countTuples(build.attributes, cornerCount) : cornerCount;
+    const quint32 before =
+        mergeCorners ? countTuples(build.attributes, cornerCount, {_hashSeed, {}, {}}) : cornerCount;
 
     meter.begin(LoadPhase::Merging, qint64{cornerCount} * (1 + static_cast<qint64>(build.names.size())));
     // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
     auto target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
-    const auto targetElsewhere = [&] {
+    const auto otherTarget = [&] {
         if (overwritesInput) {
             indices = _mesh.streams.make(kGlUnsignedInt, cornerCount);
             target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
         }
         return target->entries();
     };
+    const MergeOptions options{_hashSeed, meter.meter(cornerCount), {}};
     const VertexMerging merging =
         merged ? VertexMerging(build.attributes, merged->take(build.names, build.attributes), cornerCount,
-                               target->entries(), meter.meter(cornerCount))
-               : VertexMerging(build.attributes, cornerCount, target->entries(), targetElsewhere,
-                               meter.meter(cornerCount));
+                               target->entries(), options)
+               : VertexMerging(build.attributes, cornerCount, target->entries(), options, otherTarget);
     if (indices.isNull() || lacksEntries(*indices, cornerCount))
         return reportMissingStream(QStringLiteral("the corner indices"));
     target->finish();
@@ -161,7 +163,7 @@ void Preparation::optimizeGPUStreams(ProgressMeter& meter) {
     const auto count = static_cast<qint64>(vertexCount);
     meter.begin(LoadPhase::Merging, count * (1 + static_cast<qint64>(build.names.size())));
     const VertexMerging merging(build.attributes, static_cast<quint32>(vertexCount), oldToNew.as<quint32>(),
-                                {}, meter.meter(count));
+                                {_hashSeed, meter.meter(count), {}});
     assertReduction(static_cast<qint64>(vertexCount), merging.vertexCount(), *indices);
     if (!makeResults(build, merging, meter))
         return;

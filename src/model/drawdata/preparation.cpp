@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include <QtCore/QRandomGenerator>
+
 #include "diagnostics.h"
 #include "geometry/normals.h"
 #include "glconstants.h"
@@ -15,6 +17,7 @@ Preparation::Preparation(Mesh& mesh, quint64 materialFlagsMask, const void* owne
     : _mesh(mesh),
       _materialFlagsMask(materialFlagsMask),
       _owner(owner),
+      _hashSeed(QRandomGenerator::system()->generate64()),
       _gpuIndices(mesh.streams.make(kGlUnsignedInt, 0)) {}
 
 void Preparation::clear() {

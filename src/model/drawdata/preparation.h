@@ -79,6 +79,7 @@ private:
     Mesh& _mesh;
     quint64 _materialFlagsMask;
     const void* _owner;
+    quint64 _hashSeed; ///< another one in each preparation, see MergeOptions
     QSharedPointer<ModelDataStream> _gpuIndices;
     QHash<quint64, QVector<DrawElementsIndirectCommand>> _drawCommands;
     QHash<quint64, QVector<QString>> _drawGroupNames;

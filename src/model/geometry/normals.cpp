@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "geometry/allbelow.h"
 #include "geometry/fourpoints.h"
-#include "geometry/merging/indexblocks.h"
 #include "geometry/qtvectormath.h"
 
 namespace Atelier::Vel {

@@ -110,7 +110,7 @@ void AttributeStore::addCorners(const CornerList* lists, std::size_t listCount, 
 bool AttributeStore::merge(const CornerList* lists, std::size_t listCount, quint32 count) {
     if (listCount == 0)
         return false;
-    std::array<quint32*, IndexTupleTable::kMaxPlaces> numbers{};
+    std::array<quint32*, MergePolicy::kMaxTuplePlaces> numbers{};
     std::transform(lists, lists + listCount, numbers.begin(),
                    [](const CornerList& list) { return list.indices; });
     if (!_merged) {

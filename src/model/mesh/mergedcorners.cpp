@@ -5,23 +5,11 @@
 #include <iterator>
 #include <utility>
 
+#include "geometry/allbelow.h"
 #include "geometry/merging/indexblocks.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
-
-namespace {
-
-/// Whether merging pays for `corners` corners so far that use up to `values` values. Faces in random order
-/// use new values most of the time to begin with; where nearly no value comes again, each corner has its own.
-bool isWorthwhile(const IndexTupleTable& tuples, quint64 corners, quint64 values) {
-    constexpr quint64 kMinCornersToJudge = 65536;
-    const bool comeAgain =
-        corners < std::max(kMinCornersToJudge, values / 8) || tuples.tupleCount() <= corners - corners / 32;
-    return comeAgain && tuples.isWorthwhile(corners, std::max({corners, 2 * values, 2 * kMinCornersToJudge}));
-}
-
-} // namespace
 
 MergedCorners::MergedCorners(QStringList attributes, QSharedPointer<ModelDataStream> list)
     : _attributes(std::move(attributes)),
@@ -30,9 +18,9 @@ MergedCorners::MergedCorners(QStringList attributes, QSharedPointer<ModelDataStr
 
 bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) {
     if (!allBelow(numbers[0], count, static_cast<quint32>(values)) ||
-        !isWorthwhile(*_tuples, _list->size(), values))
+        !MergePolicy().isReadingTuplesWorthwhile(_tuples->cost(), _list->size(), values))
         return false;
-    _tuples->admit(values);
+    _tuples->raiseLimit(values);
     _tuples->add(numbers, count, numbers[0]);
     _isRefused = !appendTo(*_list, count, numbers[0], sizeof *numbers[0]) || _isRefused;
     return true;

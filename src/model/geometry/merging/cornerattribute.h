@@ -9,8 +9,8 @@
 namespace Atelier::Vel {
 
 /// One vertex attribute as the corners of a mesh refer to it: corner k uses the value whose number is entry k
-/// of the index list. An entry that names no value, and a corner behind the end of the list, stand for a
-/// value whose bytes are all zero.
+/// of the index list. A corner whose entry names no value, or that comes after the end of the list, has a
+/// value of zero bytes.
 struct CornerAttribute {
     const quint32* indices = nullptr; ///< null: corner k uses value k
     quint64 indexCount = 0;           ///< entries of the index list
@@ -27,7 +27,7 @@ struct CornerAttribute {
         return index < valueCount ? index : valueCount;
     }
 
-    /// Asks memory for the index entry of corner k.
+    /// Prefetches the index entry of corner k.
     void prefetchIndex(quint64 corner) const {
         if (indices != nullptr && corner < indexCount)
             prefetch(indices + corner * indexStep);

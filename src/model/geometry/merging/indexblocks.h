@@ -6,10 +6,8 @@
 
 namespace Atelier::Vel {
 
-/// Whether all numbers are below `limit`.
-bool allBelow(const quint32* numbers, quint32 count, quint32 limit);
-
-/// Reads an attribute's index list a block at a time, so that what reads the block need not check any index.
+/// Reads an attribute's index list a block at a time and checks the indices, so that users of a block need
+/// not.
 class IndexBlock {
 public:
     static constexpr quint32 kSize = 1024;

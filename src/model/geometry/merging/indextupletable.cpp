@@ -9,31 +9,31 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Finds a tuple by its first number: there is a slot for each of those, and chained to it one for each
-/// further tuple that begins with it.
+/// Finds a tuple by its first number: each has a slot, to which the slots of further tuples with the same
+/// first number are chained.
 template<std::size_t Others>
 class ChainedTable final : public IndexTupleTable {
 public:
     ChainedTable() : IndexTupleTable(Others + 1) {}
 
-    void admit(quint64 limit) override {
-        _slots.reserve(limit, _admitted);
-        // Tuples are seldom more than that, and moving them would cost much; room that is not needed does
-        // not.
+    void raiseLimit(quint64 limit) override {
+        _slots.reserve(limit, _limit);
+        // Two tuples for each first number are enough for nearly every mesh. Moving them would cost much, and
+        // capacity that is not used costs nothing.
         _tuples.reserve(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
-        _admitted = std::max(_admitted, limit);
+        _limit = std::max(_limit, limit);
     }
 
     void add(const quint32* const* numbers, quint32 count, quint32* out) override {
         _tuples.reserve((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _chained.reserve(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
-        // Copies that writing numbers cannot change.
+        // Copies of members, which the compiler may keep in registers while numbers are written.
         Slot* const slots = _slots.items();
         quint32 tupleCount = _tupleCount;
         std::array<quint32, Others + 1> greatest{};
         quint32* tuple = _tuples.items() + quint64{tupleCount} * (Others + 1);
         for (quint32 i = 0; i < count; ++i) {
-            // Look-ups of faces in random order would each wait for memory.
+            // Look-ups of faces in random order would each wait for memory: this prefetch distance covers it.
             constexpr quint32 kAhead = 24;
             prefetch(slots + numbers[0][std::min(i + kAhead, count - 1)]);
             const quint32 first = numbers[0][i];
@@ -96,23 +96,11 @@ private:
 
     GrowingList<Slot> _slots;
     GrowingList<Slot> _chained; ///< from number 1 on
-    quint64 _admitted = 0;
+    quint64 _limit = 0;
     quint32 _chainedCount = 0;
 };
 
 } // namespace
-
-bool IndexTupleTable::isWorthwhile(quint64 added, quint64 expected) const {
-    constexpr quint64 kBytesPerCorner = 16;
-    constexpr quint64 kStepsPerCorner = 8;
-    constexpr quint64 kStepsForFree = 65536;
-    // What merging the tuples by their bytes will need for each of them.
-    constexpr quint64 kMergingBytes = 16;
-    const quint64 tupleBytes = _places * sizeof(quint32);
-    const quint64 slotBytes = tupleBytes + sizeof(quint32);
-    return _tupleCount * (tupleBytes + std::max(slotBytes, kMergingBytes)) <= kBytesPerCorner * expected &&
-           _steps <= kStepsPerCorner * added + kStepsForFree;
-}
 
 std::unique_ptr<IndexTupleTable> IndexTupleTable::make(std::size_t places) {
     switch (places) {

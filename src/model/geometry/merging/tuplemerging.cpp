@@ -19,15 +19,7 @@ std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
     return static_cast<std::size_t>(most - attributes.begin());
 }
 
-/// Where there are nearly as many values as corners, hardly two corners share a tuple.
-bool canBeWorthwhile(const std::vector<CornerAttribute>& attributes, quint32 cornerCount) {
-    return !attributes.empty() && attributes.size() <= IndexTupleTable::kMaxPlaces &&
-           std::all_of(attributes.begin(), attributes.end(), [cornerCount](const CornerAttribute& attribute) {
-               return attribute.indices != nullptr && attribute.valueCount <= cornerCount / 2;
-           });
-}
-
-/// Writes the value numbers of the first `count` corners back if their tuples stand in their place.
+/// Writes the value numbers of the first `count` corners back if their tuples were written over them.
 void restoreList(const std::vector<CornerAttribute>& attributes, const std::vector<std::size_t>& places,
                  const IndexTupleTable& tuples, quint64 count, quint32* tupleOfCorner) {
     for (std::size_t i = 0; i < attributes.size(); ++i)
@@ -48,19 +40,19 @@ quint64 countSubstituted(const CornerAttribute& tuples, quint32 cornerCount, con
 } // namespace
 
 TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
-                           quint32* tupleOfCorner, const WorkMeter& meter)
+                           quint32* tupleOfCorner, const MergeOptions& options)
     : _places(attributes.size()) {
-    if (!canBeWorthwhile(attributes, cornerCount))
+    if (!options.policy.mayNumberTuples(attributes, cornerCount))
         return;
     const std::size_t pivot = pivotOf(attributes);
     std::iota(_places.begin(), _places.end(), std::size_t{0});
     std::swap(_places[0], _places[pivot]);
     auto tuples = IndexTupleTable::make(attributes.size());
-    tuples->admit(attributes[pivot].valueCount + 1);
-    std::array<IndexBlock, IndexTupleTable::kMaxPlaces> blocks;
-    std::array<const quint32*, IndexTupleTable::kMaxPlaces> numbers{};
+    tuples->raiseLimit(attributes[pivot].valueCount + 1);
+    std::array<IndexBlock, MergePolicy::kMaxTuplePlaces> blocks;
+    std::array<const quint32*, MergePolicy::kMaxTuplePlaces> numbers{};
     for (quint64 start = 0; start < cornerCount; start += IndexBlock::kSize) {
-        if (!tuples->isWorthwhile(start, cornerCount)) {
+        if (!options.policy.isTupleTableWorthwhile(tuples->cost(), start, cornerCount)) {
             restoreList(attributes, _places, *tuples, start, tupleOfCorner);
             return;
         }
@@ -69,8 +61,8 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
         for (std::size_t i = 0; i < attributes.size(); ++i)
             numbers[_places[i]] = blocks[i].read(attributes[i], first, count);
         tuples->add(numbers.data(), count, tupleOfCorner + first);
-        if (meter)
-            meter(static_cast<int>(count));
+        if (options.meter)
+            options.meter(static_cast<int>(count));
     }
     for (std::size_t i = 0; i < attributes.size(); ++i)
         _substituted.push_back(blocks[i].substitutedCorners());

@@ -5,6 +5,7 @@
 
 #include "geometry/merging/bytemerging.h"
 #include "geometry/merging/indexblocks.h"
+#include "geometry/merging/valuegathering.h"
 
 namespace Atelier::Vel {
 
@@ -21,53 +22,53 @@ quint64 countSubstitutedCorners(const CornerAttribute& attribute, quint32 corner
 } // namespace
 
 VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount,
-                             quint32* vertexOfCorner, const std::function<quint32*()>& elsewhere,
-                             const WorkMeter& meter)
-    : _attributes(std::move(attributes)), _tuples(_attributes, cornerCount, vertexOfCorner, meter) {
+                             quint32* vertexOfCorner, const MergeOptions& options,
+                             const std::function<quint32*()>& otherList)
+    : _attributes(std::move(attributes)), _tuples(_attributes, cornerCount, vertexOfCorner, options) {
     for (std::size_t i = 0; i < _attributes.size(); ++i)
         _substituted.push_back(_tuples.isDone() ? _tuples.substitutedCorners(i)
                                                 : countSubstitutedCorners(_attributes[i], cornerCount));
-    if (!_tuples.isDone()) {
-        if (elsewhere)
-            vertexOfCorner = elsewhere();
-        _corners = std::make_unique<ScratchBlock>(quint64{cornerCount} * sizeof(quint32),
-                                                  ScratchBlock::Content::Unspecified);
-        _vertexCount = mergeByBytes(_attributes, cornerCount, vertexOfCorner, _corners->as<quint32>(), meter);
+    if (_tuples.isDone()) {
+        mergeTuples(cornerCount, vertexOfCorner, options);
         return;
     }
-    mergeTuples(cornerCount, vertexOfCorner, meter);
+    VertexRemap remap(cornerCount, otherList ? otherList() : vertexOfCorner);
+    mergeByBytes(_attributes, options, remap);
+    keep(std::move(remap));
 }
 
 VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, TupleMerging tuples,
-                             quint32 cornerCount, quint32* tupleOfCorner, const WorkMeter& meter)
+                             quint32 cornerCount, quint32* tupleOfCorner, const MergeOptions& options)
     : _attributes(std::move(attributes)), _tuples(std::move(tuples)) {
     for (std::size_t i = 0; i < _attributes.size(); ++i)
         _substituted.push_back(_tuples.substitutedCorners(i));
-    mergeTuples(cornerCount, tupleOfCorner, meter);
+    mergeTuples(cornerCount, tupleOfCorner, options);
 }
 
 // Equal tuples are equal bytes, and tuples are numbered as they appear: so the vertices of the tuples are
 // those of the corners, in the same order.
-void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner, const WorkMeter& meter) {
+void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner, const MergeOptions& options) {
     const quint32 tupleCount = _tuples.tupleCount();
     _attributes = _tuples.tuples(_attributes);
-    const auto firstTuples = [&] {
-        _corners = std::make_unique<ScratchBlock>(quint64{tupleCount} * sizeof(quint32),
-                                                  ScratchBlock::Content::Unspecified);
-        return _corners->as<quint32>();
-    };
     const ScratchBlock vertexOfTuple(quint64{tupleCount} * sizeof(quint32),
                                      ScratchBlock::Content::Unspecified);
     auto* const vertices = vertexOfTuple.as<quint32>();
-    _vertexCount = mergeMostlyDistinct(_attributes, tupleCount, vertices, firstTuples, meter);
-    if (_vertexCount != tupleCount)
+    VertexRemap remap(tupleCount, vertices);
+    mergeMostlyDistinct(_attributes, options, remap);
+    if (remap.vertexCount() != tupleCount)
         std::transform(vertexOfCorner, vertexOfCorner + cornerCount, vertexOfCorner,
                        [vertices](quint32 tuple) { return vertices[tuple]; });
+    keep(std::move(remap));
+}
+
+void VertexMerging::keep(VertexRemap remap) {
+    _vertexCount = remap.vertexCount();
+    _firstCorner = remap.takeFirstCorner();
 }
 
 void VertexMerging::gather(std::size_t attribute, unsigned char* out, const WorkMeter& meter) const {
-    gatherValues(_attributes[attribute], _corners ? _corners->as<quint32>() : nullptr, _vertexCount, out,
-                 meter);
+    gatherValues(_attributes[attribute], _firstCorner ? _firstCorner->as<quint32>() : nullptr, _vertexCount,
+                 out, meter);
 }
 
 } // namespace Atelier::Vel

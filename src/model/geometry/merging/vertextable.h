@@ -4,48 +4,24 @@
 #include <array>
 #include <vector>
 
-#include <QtCore/QRandomGenerator>
-
 #include "geometry/workmeter.h"
 #include "memory/prefetch.h"
 #include "memory/scratchblock.h"
 
 namespace Atelier::Vel {
 
-/// Where every hash begins: another number in each process, so that no file can be made whose corners all
-/// hash alike. The order in which corners are numbered does not depend on it.
-inline quint64 hashSeed() {
-    static const quint64 kSeed = QRandomGenerator::system()->generate64();
-    return kSeed;
-}
-
-/// Folds two words into a running hash; every bit of the words reaches every bit of the result.
-inline quint64 mixWords(quint64 hash, quint64 a, quint64 b) {
-    __extension__ using Product = unsigned __int128;
-    const Product product =
-        static_cast<Product>(hash ^ a ^ 0x9E3779B97F4A7C15U) * static_cast<Product>(b ^ 0xD6E8FEB86659FD93U);
-    // The sum with the rotated words keeps them apart where one factor happens to be zero.
-    return static_cast<quint64>(product) ^ static_cast<quint64>(product >> 64) ^ (a << 32 | a >> 32) ^ b;
-}
-
-/// Finishes a running hash. With about one seed in a hundred, words that differ little are folded to hashes
-/// in a few clusters; the final product spreads those.
-inline quint64 finishedHash(quint64 hash) {
-    return (hash ^ hash >> 32) * 0x9E3779B97F4A7C15U;
-}
-
-/// An open-addressing set of corners that numbers the distinct ones in order of insertion.
+/// An open-addressing hash table of corners that numbers the distinct ones in order of insertion.
 ///
-/// A slot is one 32-bit word: the number plus one, and above it as many bits of the hash as are left, so that
-/// nearly all slots of other corners are passed over without a look at them.
+/// A slot is one 32-bit word: the number plus one, and above it as many bits of the hash as are left. So a
+/// look-up skips nearly all slots of other corners without comparing them.
 ///
-/// Where corners have many equals, a look-up ends in a comparison with an earlier corner, whose indices and
-/// values lie anywhere. So the keys of the first distinct corners are kept side by side: one place in memory
-/// that is small, in place of up to seven that are not.
+/// If corners have many equals, a look-up ends in a comparison with an earlier corner, whose indices and
+/// values lie anywhere. So the keys of the first distinct corners are kept side by side: one small area of
+/// memory instead of up to seven large ones.
 class VertexTable {
 public:
-    /// A set for at most `capacity` corners, 8 bytes for each, and keys of `keyWords` words for a quarter of
-    /// them; none are kept when that is 0.
+    /// A table for at most `capacity` corners, 8 bytes for each, and keys of `keyWords` words for a quarter
+    /// of them; no keys are kept if that is 0.
     VertexTable(quint32 capacity, quint32 keyWords)
         : _slotCount(2 * quint64{capacity} + 1),
           _scratch(_slotCount * sizeof(quint32)),
@@ -60,14 +36,15 @@ public:
     }
 
     /// Inserts corners 0 to `count` − 1 in this order. Writes the number of each corner and the first corner
-    /// of each number; returns how many there are. `meter` counts corners. `Keys` hashes runs of corners and
-    /// copies their keys, compares two, and asks memory for the indices and the values of one.
+    /// of each number. `meter` counts corners. `Keys` hashes runs of corners and copies their keys, compares
+    /// two corners, and prefetches the indices and the values of one. Returns: the number of distinct
+    /// corners.
     template<typename Keys>
     quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner,
                       const WorkMeter& meter = {}) {
         // A look-up goes from the slot to the first corner there, its indices and its values, and each of
-        // these may have to come from memory. So a block of corners takes one step and waits while others
-        // take theirs.
+        // these may miss the caches. So the look-ups of a block are cut into steps that prefetch for the next
+        // one, and blocks take their steps in turn.
         const quint32 blockCount = count / kBlock + (count % kBlock != 0 ? 1 : 0);
         quint32 numbers = 0;
         for (quint64 turn = 0; turn < quint64{blockCount} + kSteps - 1; ++turn) {
@@ -115,7 +92,7 @@ private:
             prefetch(_slots + home(block.hashes[i]));
     }
 
-    /// Of those whose keys are kept, there is nothing more to ask for.
+    /// Prefetches what comparing the corners of a block will need. A kept key is all of it.
     void expect(Block& block, const quint32* firstCorner) const {
         block.expectedCount = 0;
         for (quint32 i = 0; i < block.count; ++i) {
