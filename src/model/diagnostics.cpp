@@ -24,6 +24,13 @@ void reportRefusedData(const QString& purpose) {
                              qPrintable(purpose));
 }
 
+void reportUntriangulated(quint64 corners) {
+    if (corners < 3)
+        QMessageLogger().warning("Cannot triangulate a polygon with fewer than 3 vertices");
+    else
+        QMessageLogger().warning("Unable to triangulate polygon.");
+}
+
 void reportOutsideFile(const QString& path, const QString& folder) {
     QMessageLogger().warning("'%s' is not read: it lies outside of the model's folder '%s'", qPrintable(path),
                              qPrintable(folder));

@@ -16,6 +16,9 @@ void reportMissingObject(const QString& purpose);
 /// Warns that a stream would have grown beyond what it can hold, and so refused what was added to it.
 void reportRefusedData(const QString& purpose);
 
+/// Warns that a polygon of `corners` corners gave no triangles.
+void reportUntriangulated(quint64 corners);
+
 /// Warns that a file which a model names is not read, because it lies outside of the folder that holds it.
 void reportOutsideFile(const QString& path, const QString& folder);
 

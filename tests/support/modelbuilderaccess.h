@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "builder/modelbuilderdata.h"
-#include "drawdata/facetriangulator.h"
+#include "drawdata/trianglewriter.h"
 
 namespace Atelier::Vel {
 
@@ -50,9 +50,9 @@ struct ModelBuilderAccess {
     void prepare(const QString& groupName, const QSharedPointer<ModelDataStream>& positions,
                  const QSharedPointer<ModelDataStream>& cornerIndices,
                  const QVector<unsigned int>& faceStarts) const {
-        FaceTriangulator triangulator;
-        data.preparation.prepareMaterialGroupForUpload(
-            groupName, groups()[groupName], {positions, cornerIndices, faceStarts, triangulator, false});
+        TriangleWriter writer;
+        data.preparation.prepareMaterialGroupForUpload(groupName, groups()[groupName],
+                                                       {positions, cornerIndices, faceStarts, writer, false});
     }
     ModelBuilder::Data& data;
 };

@@ -51,19 +51,16 @@ protected:
             vertices.push_back(static_cast<unsigned int>(corners[static_cast<std::size_t>(corner)]));
         return vertices;
     }
-    /// Compares both cuts with the literal steps, messages included. Returns: whether the polygon was cut.
+    /// Compares both triangulations with the literal steps. Returns: whether there are triangles.
     bool isCutAsLiterally(const TestPolygon& polygon) {
-        MessageLog log;
+        const MessageLog log; // of the literal steps
         QVector<unsigned int> own;
         QVector<unsigned int> given;
         Literal::triangulate3D(polygon.count(), polygon.corners.data(), polygon.positions.data(), own);
         Literal::triangulate3D(polygon.normal, polygon.count(), polygon.corners.data(),
                                polygon.positions.data(), given);
-        const std::vector<Testing::LoggedMessage> messages = log.messages();
-        log.clear();
         EXPECT_THAT(triangulate(polygon), ElementsAreArray(own.begin(), own.end()));
         EXPECT_THAT(cutAboutItsNormal(polygon), ElementsAreArray(given.begin(), given.end()));
-        EXPECT_EQ(log.messages(), messages);
         return !own.isEmpty();
     }
 

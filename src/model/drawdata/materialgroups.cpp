@@ -6,9 +6,9 @@
 #include <velgl/sharedpointer.h>
 
 #include "diagnostics.h"
-#include "drawdata/facetriangulator.h"
 #include "drawdata/overwritingstream.h"
 #include "drawdata/preparation.h"
+#include "drawdata/trianglewriter.h"
 #include "glconstants.h"
 #include "streams/streamview.h"
 
@@ -21,12 +21,10 @@ void Preparation::prepareMaterialGroups(const VertexAttribute& position, Progres
     std::exclusive_scan(counts.words, counts.words + counts.count, faceStarts.begin(), quint32{0});
     const auto cornerCount = static_cast<qint64>(WordView::of(position.streams[kGPUIndices].data()).count);
     meter.begin(LoadPhase::Triangulating, cornerCount);
-    FaceTriangulator triangulator(FaceTriangulator::maxIndices(uniform) +
-                                      FaceTriangulator::maxIndices(counts),
-                                  meter.meter(cornerCount));
+    TriangleWriter writer(maxTriangleIndices(uniform) + maxTriangleIndices(counts), meter.meter(cornerCount));
     const std::vector<GroupStore::Entry> groups = _mesh.groups.inOrder();
     const TriangulationInput input{position.streams[kGPUValues], position.streams[kGPUIndices], faceStarts,
-                                   triangulator, trianglesFollowCorners(groups)};
+                                   writer, trianglesFollowCorners(groups)};
     for (const GroupStore::Entry& group : groups) {
         if (!_gpuIndices.isNull() && !group->faces.isEmpty())
             prepareMaterialGroupForUpload(group.key(), *group, input);
@@ -69,11 +67,15 @@ void Preparation::prepareMaterialGroupForUpload(const QString& groupName, const 
     DrawElementsIndirectCommand command;
     command.instanceCount = 1;
     command.firstIndex = static_cast<quint32>(_gpuIndices->size());
-    const FaceTable table{WordView::of(counts), input.faceStarts, _mesh.faces.uniform(),
-                          WordView::of(input.corners.data()), ByteView::of(input.positions.data())};
-    const quint64 untriangulatedBefore = input.triangulator.untriangulatedFaces();
+    const FaceTable table{WordView::of(counts),
+                          input.faceStarts.constData(),
+                          static_cast<quint64>(input.faceStarts.size()),
+                          _mesh.faces.uniform(),
+                          WordView::of(input.corners.data()),
+                          ByteView::of(input.positions.data())};
+    const quint64 untriangulatedBefore = input.writer.untriangulatedFaces();
     const auto triangulate = [&](const WordView& faces) {
-        return input.triangulator.triangulate(table, faces, *_gpuIndices);
+        return input.writer.append(table, faces, *_gpuIndices);
     };
     if (!group.faces.forEach(triangulate)) {
         abandon();
@@ -82,7 +84,7 @@ void Preparation::prepareMaterialGroupForUpload(const QString& groupName, const 
     }
     command.count = static_cast<quint32>(_gpuIndices->size()) - command.firstIndex;
     _statistics.triangles += command.count / 3;
-    _statistics.untriangulatedFaces += input.triangulator.untriangulatedFaces() - untriangulatedBefore;
+    _statistics.untriangulatedFaces += input.writer.untriangulatedFaces() - untriangulatedBefore;
 
     const quint64 drawKey = group.flags & _materialFlagsMask;
     _drawCommands[drawKey].append(command);

@@ -17,7 +17,7 @@
 
 namespace Atelier::Vel {
 
-class FaceTriangulator;
+class TriangleWriter;
 class VertexMerging;
 
 /// Makes draw data of a mesh, once: what is asked for later shares the streams of the first time.
@@ -43,7 +43,7 @@ private:
         QSharedPointer<ModelDataStream> positions;
         QSharedPointer<ModelDataStream> corners; ///< the vertex of each
         const QVector<unsigned int>& faceStarts;
-        FaceTriangulator& triangulator;
+        TriangleWriter& writer;
         bool overwritesCorners; ///< with the triangles
     };
 

@@ -6,16 +6,11 @@
 
 #include <velmodel/modeldatastream.h>
 
+#include "geometry/triangulation/facetable.h"
 #include "mesh/input.h"
 #include "mesh/streamsource.h"
 
 namespace Atelier::Vel {
-
-/// Faces that all have the same number of corners.
-struct UniformFaces {
-    quint32 corners = 0; ///< of each, 0 while there are none
-    quint64 count = 0;
-};
 
 /// The corner counts of the faces. Where the input is consumed, faces that are all alike take no list.
 class FaceStore {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <QtCore/QtDebug>
-
 #include "geometry/triangulation/fixedpattern.h"
 #include "geometry/triangulation/polygonring.h"
 
@@ -59,7 +57,6 @@ void clipAllEars(PolygonRing& ring) {
     for (int remaining = ring.count; remaining > 3; --remaining) {
         const EarKey ear = sharpestEar(ring);
         if (ear == 0) {
-            QMessageLogger().warning("Unable to triangulate polygon.");
             triangles.clear();
             return;
         }
@@ -75,9 +72,9 @@ void clipAllEars(PolygonRing& ring) {
 
 void EarClip(int count, bool clockwise, PolygonScratch& scratch) {
     scratch.triangles.clear();
-    if (count < 3) {
-        QMessageLogger().warning("Cannot triangulate a polygon with fewer than 3 vertices");
-    } else if (count <= 4) {
+    if (count < 3)
+        return;
+    if (count <= 4) {
         scratch.triangles.append(fixedPattern(count, clockwise), 3 * (count - 2));
     } else {
         prepareSearch(count, clockwise, scratch);

@@ -31,10 +31,6 @@ EarKey earKey(float cosine, int corner) {
     return EarKey(bits) << 32 | (~quint32(corner));
 }
 
-int cornerOf(EarKey key) {
-    return static_cast<int>(~static_cast<quint32>(key));
-}
-
 PolygonRing::PolygonRing(int cornerCount, PolygonScratch& memory)
     : scratch(memory),
       points(memory.points.constData()),

@@ -7,7 +7,10 @@ namespace Atelier::Vel {
 /// The order of the ears as one number: the sharpest has the greatest key, of two equally sharp ones the
 /// lower-numbered. Zero is no ear.
 EarKey earKey(float cosine, int corner);
-int cornerOf(EarKey key);
+/// The corner of a key that is not zero.
+inline int cornerOf(EarKey key) {
+    return static_cast<int>(~static_cast<quint32>(key));
+}
 
 /// What is left of a polygon that is being cut.
 struct PolygonRing {

@@ -18,7 +18,7 @@ public:
     void setMeter(WorkMeter meter) { _scratch.meter = std::move(meter); }
 
     /// The cut of one polygon: corner numbers (0 to count − 1), three per triangle, valid until the next
-    /// call. Empty, after a warning, when the polygon has fewer than three corners or no ear is left.
+    /// call. Empty if the polygon has fewer than three corners or no ear is left.
     const PolygonScratch::Triangles& cornerTriangles(const QVector3D& normal, int count, const int* corners,
                                                      const float* positions);
     /// The same about the polygon's own normal.
@@ -26,7 +26,7 @@ public:
 
     /// Writes the triangles of one polygon, cut about its own normal, as vertex numbers to `out`.
     /// Requires: room for 3 · (count − 2) numbers; none for fewer than three corners.
-    /// Returns:  the end of what it wrote; `out` itself, after a warning, for a polygon that cannot be cut.
+    /// Returns:  the end of what it wrote; `out` itself for a polygon that cannot be triangulated.
     /// Cost:     a few nanoseconds for nearly every triangle and quadrilateral.
     unsigned int* triangulate(int count, const int* corners, const float* positions, unsigned int* out);
 

@@ -7,7 +7,7 @@
 #include <velmodel/modelbuilder.h>
 #include <velmodel/modeldataarray.h>
 
-#include "drawdata/facetriangulator.h"
+#include "drawdata/trianglewriter.h"
 #include "support/clientstreams.h"
 #include "support/messagelog.h"
 #include "support/modelbuilderaccess.h"
@@ -27,9 +27,9 @@ constexpr unsigned int kFloat = 0x1406;
 const QString kGroup = QStringLiteral("group");
 
 /// Faces over the corners of a unit square, which are cut by themselves.
-class GroupCuttingTest : public testing::Test {
+class GroupTrianglesTest : public testing::Test {
 protected:
-    GroupCuttingTest() {
+    GroupTrianglesTest() {
         const float square[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0.5F, 0};
         positions->append(std::size(square), square);
     }
@@ -77,7 +77,7 @@ Runs randomRuns(std::mt19937& random, quint32 faceCount) {
 }
 
 /// What a meter is told while a group of faces is cut.
-class CutMeterTest : public testing::Test {
+class TriangleWriterMeterTest : public testing::Test {
 protected:
     static std::vector<int> told(quint32 cornerCount, std::vector<unsigned int> faces,
                                  unsigned int faceCount) {
@@ -92,14 +92,13 @@ protected:
         for (unsigned int face = 0; face < faceCount; ++face)
             starts.append(face * cornerCount);
         std::vector<int> calls;
-        FaceTriangulator triangulator(0, [&calls](int count) { calls.push_back(count); });
-        const FaceTable table{{counts.data(), faceCount},
-                              starts,
-                              {},
-                              {corners.data(), corners.size()},
-                              {reinterpret_cast<unsigned char*>(square), sizeof square}};
+        TriangleWriter writer(0, [&calls](int count) { calls.push_back(count); });
+        const FaceTable table{
+            {counts.data(), faceCount},          starts.constData(),
+            static_cast<quint64>(starts.size()), {},
+            {corners.data(), corners.size()},    {reinterpret_cast<unsigned char*>(square), sizeof square}};
         PlainStream triangles(kUnsignedInt, 0);
-        EXPECT_TRUE(triangulator.triangulate(table, {faces.data(), faces.size()}, triangles));
+        EXPECT_TRUE(writer.append(table, {faces.data(), faces.size()}, triangles));
         return calls;
     }
     static std::vector<unsigned int> inOrder(unsigned int count) {
@@ -116,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
+TEST_F(GroupTrianglesTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
     constexpr quint32 kFaces = 6000;
     std::mt19937 random(4);
     ModelBuilder listed;
@@ -141,7 +140,7 @@ TEST_F(GroupCuttingTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
     }
 }
 
-TEST_F(GroupCuttingTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
+TEST_F(GroupTrianglesTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
     ModelBuilder builder;
     ModelBuilderAccess::consumeInput(builder);
     EXPECT_FALSE(ModelBuilderAccess(builder).addFaceRun(kGroup, 0, 1));
@@ -151,7 +150,7 @@ TEST_F(GroupCuttingTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
 }
 
 // More than fit into a stream: no memory is taken for them.
-TEST_F(GroupCuttingTest, PolygonOfTooManyTrianglesIsRefused) {
+TEST_F(GroupTrianglesTest, PolygonOfTooManyTrianglesIsRefused) {
     constexpr quint32 kCorners = 178'956'973;
     ModelBuilder builder;
     builder.addVertexCountsToFaces(1, &kCorners);
@@ -167,7 +166,7 @@ TEST_F(GroupCuttingTest, PolygonOfTooManyTrianglesIsRefused) {
                     "Data for the triangle indices refused: a stream holds at most 2147483647 bytes")));
 }
 
-TEST_F(CutMeterTest, HearsOfSixteenThousandCornersAtATime) {
+TEST_F(TriangleWriterMeterTest, CountsSixteenThousandCornersAtATime) {
     // One by one, of four corners each.
     EXPECT_THAT(told(4, backwards(4095), 4096), IsEmpty());
     EXPECT_THAT(told(4, backwards(4096), 4096), ElementsAre(16384));
@@ -181,7 +180,7 @@ TEST_F(CutMeterTest, HearsOfSixteenThousandCornersAtATime) {
     EXPECT_THAT(told(4, inOrder(4096), 4100), ElementsAre(16384));
 }
 
-TEST_F(CutMeterTest, HearsOfFacesThatCannotBeCutAndNotOfThoseThatAreNotThere) {
+TEST_F(TriangleWriterMeterTest, CountsFacesThatCannotBeTriangulatedAndNoneThatDoNotExist) {
     EXPECT_THAT(told(2, backwards(8191), 8192), IsEmpty());
     EXPECT_THAT(told(2, backwards(8192), 8192), ElementsAre(16384));
     std::vector<unsigned int> faces = backwards(8191);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "diagnostics.h"
 #include "geometry/triangulation/polygontriangulator.h"
 
 namespace Atelier::Vel {
@@ -9,8 +10,10 @@ namespace Atelier::Vel {
 namespace {
 
 template<typename Index>
-void appendVertices(const PolygonScratch::Triangles& cornerTriangles, const int* indices,
+void appendVertices(const PolygonScratch::Triangles& cornerTriangles, int count, const int* indices,
                     QVector<Index>& triangles) {
+    if (cornerTriangles.isEmpty())
+        reportUntriangulated(static_cast<quint64>(std::max(count, 0)));
     const int size = triangles.size();
     triangles.resize(size + cornerTriangles.size());
     std::transform(cornerTriangles.begin(), cornerTriangles.end(), triangles.begin() + size,
@@ -22,24 +25,26 @@ void appendVertices(const PolygonScratch::Triangles& cornerTriangles, const int*
 void Triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
                    QVector<unsigned int>& triangles) {
     PolygonTriangulator triangulator;
-    appendVertices(triangulator.cornerTriangles(normal, count, indices, positions), indices, triangles);
+    appendVertices(triangulator.cornerTriangles(normal, count, indices, positions), count, indices,
+                   triangles);
 }
 
 void Triangulate3D(int count, const int* indices, const float* positions, QVector<unsigned int>& triangles) {
     PolygonTriangulator triangulator;
-    appendVertices(triangulator.cornerTriangles(count, indices, positions), indices, triangles);
+    appendVertices(triangulator.cornerTriangles(count, indices, positions), count, indices, triangles);
 }
 
 void Triangulate3D(int count, const int* indices, const float* positions,
                    QVector<unsigned short>& triangles) {
     PolygonTriangulator triangulator;
-    appendVertices(triangulator.cornerTriangles(count, indices, positions), indices, triangles);
+    appendVertices(triangulator.cornerTriangles(count, indices, positions), count, indices, triangles);
 }
 
 void Triangulate3D(const QVector3D& normal, int count, const int* indices, const float* positions,
                    QVector<unsigned short>& triangles) {
     PolygonTriangulator triangulator;
-    appendVertices(triangulator.cornerTriangles(normal, count, indices, positions), indices, triangles);
+    appendVertices(triangulator.cornerTriangles(normal, count, indices, positions), count, indices,
+                   triangles);
 }
 
 } // namespace Atelier::Vel
