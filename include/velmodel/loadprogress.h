@@ -6,24 +6,28 @@
 
 namespace Atelier::Vel {
 
-/// The phases of making draw data, in their order. Not every load has all of them.
+/// The phases of making draw data, in their order. A phase that has no work is not reported.
 enum class LoadPhase {
     Reading,       ///< the OBJ text; in bytes
     Merging,       ///< corners to vertices; in corners, for the search and once for each attribute
-    Triangulating, ///< faces; in corners
-    MakingNormals, ///< in triangles
+    Triangulating, ///< faces to triangles; in corners of the faces
+    MakingNormals, ///< smooth normals; in triangles
     Optimising,    ///< see DrawData::optimised(); in triangle indices
 };
 
-/// How far a load is.
+/// How far a load has come in its current phase.
 struct LoadStep {
     LoadPhase phase = LoadPhase::Reading;
     qint64 done = 0;  ///< of `total`; never decreases within a phase, and may end below `total`
-    qint64 total = 0; ///< not 0 when the progress function is called
+    qint64 total = 0; ///< units of the phase; not 0 when the progress function is called
 };
 
-/// Called at the beginning of each phase and up to some hundred times in it, on the thread that does the
-/// work. Returns: false to cancel. An exception from it cancels, too, and reaches the caller of the work.
+/// A callback that observes and can cancel a load. It is called at the beginning of each phase and about 200
+/// times in it at most, on the thread that does the work.
+/// Requires: it does not use the object that does the work.
+/// Returns:  true to go on, false to cancel. The work then returns what its own description says; nothing is
+///           left behind.
+/// Errors:   an exception from the callback also cancels the work, and reaches the caller of the work.
 using LoadProgress = std::function<bool(const LoadStep& step)>;
 
 } // namespace Atelier::Vel

@@ -11,30 +11,37 @@ namespace Atelier::Vel {
 
 class ModelFolder;
 
-/// The files that may be read for a model: all that there are, or those of one folder.
+/// The files that may be read for a model: all files, or those of one folder.
 ///
-/// Opening never waits and touches nothing but regular files: pipes, devices and sockets are not opened, and
-/// what the kernel shows under /proc and /sys is not read.
+/// Only regular files and Qt resources are opened, and opening never waits: pipes, devices, sockets and the
+/// files that the kernel shows under /proc and /sys are refused.
+/// A value: copies are cheap and share the folder, which stays open while one of them lives.
+/// Threads: const functions may be called on several threads at a time.
 class VELMODEL_EXPORT ModelFiles {
 public:
-    /// Files anywhere.
+    /// All files.
     ModelFiles();
-    /// Files in `folder` and in the folders below it; none when there is no such folder now. Symbolic links
-    /// are followed. A path or link that goes up beyond the folder leaves it, and so does one that starts
-    /// from the root, unless it begins with the folder's path, as given or with all links followed.
+    /// The files in `folder` and in the folders below it. If the folder does not exist now, no file can be
+    /// opened. A relative path starts from the current directory.
+    ///
+    /// Symbolic links are followed. A path or a link leaves the folder if it goes up beyond it, or if it
+    /// starts from the root; the latter does not apply to one that begins with the path of the folder, either
+    /// as it was given or with all links followed.
     explicit ModelFiles(const QString& folder);
 
-    /// The absolute path of the folder; null where files may lie anywhere.
+    /// The absolute path of the folder; null if all files are allowed.
     QString folder() const;
-    /// Whether `path` leads to where files may be read; there need not be one. Nothing that lies outside of
-    /// the folder is opened to find out.
+    /// Whether `path` leads to a place where files may be read. The file need not exist. Nothing outside of
+    /// the folder is opened for the check.
+    /// Cost: a few system calls per name in the path; none if all files are allowed.
     bool allows(const QString& path) const;
-    /// Opens the file at `path` to be read, in `mode` ReadOnly with or without Text. Returns: null when it is
-    /// not allowed, is no regular file, or may not be read by this user.
+    /// Opens the file at `path` for reading. `mode` is ReadOnly, with or without Text.
+    /// Returns: the open file; null if it is not allowed, is not a regular file, or cannot be read by this
+    ///          user.
     std::unique_ptr<QFile> open(const QString& path, QIODevice::OpenMode mode = QIODevice::ReadOnly) const;
 
 private:
-    std::shared_ptr<const ModelFolder> _folder; ///< null for files anywhere
+    std::shared_ptr<const ModelFolder> _folder; ///< null if all files are allowed
 };
 
 } // namespace Atelier::Vel
