@@ -11,7 +11,7 @@ namespace Atelier::Vel::Tool {
 namespace {
 
 constexpr double kFieldOfView = 30;
-// A little air around the model.
+// The picture is this much larger than the model, so that the model does not touch its borders.
 constexpr double kMargin = 1.04;
 
 struct UpDirection {
@@ -35,12 +35,12 @@ double tangentOfHalfField() {
     return std::tan(qDegreesToRadians(kFieldOfView / 2));
 }
 
-// The corners of the unit cube are that far from its middle.
-const double kReach = std::sqrt(3.0);
+// The distance of the corners of the cube from its centre.
+const double kCubeRadius = std::sqrt(3.0);
 
-// From here the unit cube is in view, whichever way it is turned.
+// At this distance the whole cube is in view in every orientation.
 double viewingDistance() {
-    return kReach / std::sin(qDegreesToRadians(kFieldOfView / 2));
+    return kCubeRadius / std::sin(qDegreesToRadians(kFieldOfView / 2));
 }
 
 QMatrix4x4 viewMatrix(const Orientation& camera) {
@@ -52,15 +52,15 @@ QMatrix4x4 viewMatrix(const Orientation& camera) {
 }
 
 QMatrix4x4 projectionMatrix(double aspect) {
-    const double nearest = viewingDistance() - kReach;
+    const double nearest = viewingDistance() - kCubeRadius;
     const double top = nearest * tangentOfHalfField();
     QMatrix4x4 projection;
     projection.frustum(float(-top * aspect), float(top * aspect), float(-top), float(top), float(nearest),
-                       float(viewingDistance() + kReach));
+                       float(viewingDistance() + kCubeRadius));
     return projection;
 }
 
-// The rectangle in the picture that the points fill, as a camera sees them.
+// The rectangle of the picture that a camera fills with the points.
 class Extent {
 public:
     void include(const Camera& camera, const QVector<QVector3D>& points) {
@@ -111,7 +111,7 @@ Orientation orientation(const CameraOptions& options) {
 
 QVector<Camera> framingCameras(const GPUModel::Bounds& bounds, const QVector<QVector3D>& points,
                                const CameraOptions& options, const QVector<double>& azimuths, QSize size) {
-    // Halves first: the sum of two large floats need not be one.
+    // Halved before they are added: the sum of two large floats may overflow.
     const QVector3D half = bounds.maximum * 0.5F - bounds.minimum * 0.5F;
     const float largest = std::max({half.x(), half.y(), half.z()});
     const float scale = largest > 0 ? 1 / largest : 1;

@@ -12,18 +12,18 @@
 
 namespace Atelier::Vel::Tool {
 
-/// From where a picture is taken. Angles are in degrees.
+/// The position of the camera. Angles are in degrees.
 struct CameraOptions {
     QString up = QStringLiteral("+Y"); ///< one of upDirections()
-    double azimuth = 30;   ///< around the up direction, counter-clockwise seen from above; 0 is the front
+    double azimuth = 30;   ///< around the up direction, counter-clockwise from above; 0 is the front
     double elevation = 20; ///< above the horizon
     double zoom = 1;       ///< 1 fills the picture with the model, 2 shows it twice as large
 };
 
-/// The words for the six axes: "+X", "-X", "+Y" and so on.
+/// The names of the six axes: "+X", "-X", "+Y" and so on.
 QStringList upDirections();
 
-/// Where the camera stands: three unit vectors at right angles. `back` points from the model to the camera.
+/// The axes of the camera: three unit vectors at right angles. `back` points from the model to the camera.
 struct Orientation {
     QVector3D right;
     QVector3D up;
@@ -32,8 +32,8 @@ struct Orientation {
 
 Orientation orientation(const CameraOptions& options);
 
-/// What a picture is drawn with. Positions p of the model go through (p - centre) * scale first, which puts
-/// the model into a cube from -1 to 1, wherever and however large it is.
+/// The transformations that a picture is drawn with. A position p of the model is first mapped to
+/// (p - centre) * scale, which puts any model into a cube from -1 to 1.
 struct Camera {
     QVector3D centre;
     float scale = 1;
@@ -41,13 +41,14 @@ struct Camera {
     QMatrix4x4 projection;
 };
 
-/// Cameras that have all of `points` in a picture of `size` and fill it with them, one per azimuth; for a
-/// turntable, the points keep their size and place. Requires: `bounds` holds all points.
-/// Returns: one camera per entry of `azimuths`; `options.azimuth` is not looked at.
+/// Makes cameras that show all of `points` in a picture of `size` and fill it with them. All of them share
+/// the distance and the framing, so that a model on a turntable keeps its size and place.
+/// Requires: `bounds` holds all points.
+/// Returns:  one camera per entry of `azimuths`; `options.azimuth` is ignored.
 QVector<Camera> framingCameras(const GPUModel::Bounds& bounds, const QVector<QVector3D>& points,
                                const CameraOptions& options, const QVector<double>& azimuths, QSize size);
 
-/// The part of a projection for a picture of `size` that `tile` (in pixels from the lower left) shows.
+/// The projection of one tile of a picture of `size`. `tile` is in pixels from the lower left.
 QMatrix4x4 tileProjection(const QMatrix4x4& projection, QSize size, QRect tile);
 
 } // namespace Atelier::Vel::Tool

@@ -55,7 +55,7 @@ QString CommandParser::programName() const {
 }
 
 QString CommandParser::helpText() const {
-    // Qt names the program by the path it was called by; the command's name reads better.
+    // Qt prints the path that the program was called by; the command's name is easier to read.
     QString text = _parser.helpText();
     const QString path = QCoreApplication::arguments().constFirst();
     return text.replace(text.indexOf(path), path.size(), programName());

@@ -9,19 +9,19 @@
 
 namespace Atelier::Vel::Tool {
 
-/// A QCommandLineParser with the options that every command has, and the program's way of saying what is
-/// wrong.
+/// A QCommandLineParser with the options that every command has, which reports mistakes in the program's
+/// format.
 class CommandParser {
 public:
     /// `command` is the command's name; null for the program itself.
     CommandParser(const QString& command, const QString& description);
 
-    /// Options and positional arguments are declared on this.
+    /// The parser to declare options and positional arguments on.
     QCommandLineParser& options() { return _parser; }
     const QCommandLineParser& options() const { return _parser; }
 
-    /// Reads `arguments`, without the name in front of them. Answers --help and --version.
-    /// Returns: the exit code when there is nothing left to do; none when the command shall go on.
+    /// Parses `arguments`, which do not include the program's name. Handles --help and --version.
+    /// Returns: the exit code if there is nothing left to do; none if the command has to go on.
     std::optional<ExitCode> parse(const QStringList& arguments);
 
     /// Reports a mistake on the command line. Returns: the exit code for it.

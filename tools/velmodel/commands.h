@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Tool {
 
-/// Each command reads the arguments after its name, does its work, and has reported every error when it
+/// Each command parses the arguments that follow its name and does its work. It reports every error before it
 /// returns.
 ExitCode runInfo(const QStringList& arguments);
 ExitCode runDump(const QStringList& arguments);

@@ -13,7 +13,7 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-// Qt's handler takes no user data, hence the variable.
+// A variable, since Qt's handler takes no user data.
 int& verbosity() {
     static int level = 2;
     return level;
@@ -24,7 +24,7 @@ void printLine(const char* prefix, const QString& text) {
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
-// Positions in verbosityLevels(); QtMsgType's own order is not one of severity.
+// The position in verbosityLevels(). The values of QtMsgType are not in the order of severity.
 int severity(QtMsgType type) {
     switch (type) {
     case QtDebugMsg:
@@ -47,12 +47,12 @@ void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QSt
 } // namespace
 
 void prepareStandardStreams() {
-    // A reader that has gone away, and a file that has reached the size that is allowed.
+    // Sent when the reader of a pipe is gone, and when a file reaches the size limit of the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(stream, F_GETFD) == -1)
-            open("/dev/null", O_RDONLY); // takes the lowest free number; writing to it fails
+            open("/dev/null", O_RDONLY); // gets the lowest free number; writing to it fails
 }
 
 QStringList verbosityLevels() {
@@ -84,14 +84,14 @@ void reportError(const QString& text) {
 }
 
 bool writeAll(QFileDevice& file, const QByteArray& bytes) {
-    // A disk that fills up takes a part first; why it takes no more, only a further try tells.
+    // A disk that fills up accepts a part first. Only another attempt returns the cause.
     for (qint64 done = 0; done < bytes.size();) {
         const qint64 taken = file.write(bytes.constData() + done, bytes.size() - done);
         if (taken <= 0)
             return false;
         done += taken;
     }
-    // Here and not later: QSaveFile::commit() forgets why a flush failed.
+    // Here and not later: QSaveFile::commit() loses the cause of a failed flush.
     return file.flush();
 }
 

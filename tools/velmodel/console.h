@@ -7,27 +7,30 @@
 
 namespace Atelier::Vel::Tool {
 
-/// Sees to it that output which cannot be written is an error to be told, not the end of the program, and
-/// that nothing else is ever written to: a file opened later must not take the place of a standard stream
-/// that the caller has closed. To be called before anything is opened.
+/// Prepares standard input, output and error for errors. A failed write returns an error and does not end the
+/// program. A standard stream that the caller has closed is opened on /dev/null, so that no file that is
+/// opened later takes its number and receives the output.
+/// Requires: no file has been opened yet.
 void prepareStandardStreams();
 
-/// The words that --verbose takes, from the most to the fewest messages.
+/// The values of --verbose, from the lowest severity to the highest.
 QStringList verbosityLevels();
 
-/// Sends Qt's messages to standard error, one line each, from `level` (one of verbosityLevels()) upwards.
+/// Prints Qt's messages on standard error, one line each, from the severity `level` upwards.
+/// Requires: `level` is one of verbosityLevels().
 void installMessageLog(const QString& level = QStringLiteral("warning"));
 
-/// `text` with control characters spelled out, so that a strange file name cannot break a line in two.
+/// `text` with control characters and line breaks escaped, so that a file name cannot break a line.
 QString onOneLine(const QString& text);
 
-/// Prints "velmodel: <text>" on standard error, whatever the verbosity.
+/// Prints "velmodel: <text>" on standard error at every verbosity.
 void reportError(const QString& text);
 
-/// Writes to a file that is open. Returns: false when not all could be written; the file knows why.
+/// Writes to an open file. Returns: false if not all bytes could be written; file.errorString() has the
+/// cause.
 bool writeAll(QFileDevice& file, const QByteArray& bytes);
 
-/// Returns: null on success, else why nothing, or not everything, could be written.
+/// Writes all bytes. Returns: null on success, else the cause of the failure.
 QString writeToStandardOutput(const QByteArray& bytes);
 
 } // namespace Atelier::Vel::Tool

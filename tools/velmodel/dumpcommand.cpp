@@ -12,7 +12,7 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-// Qt's strings end at 2 GiB; base64, 16-bit characters and a growing buffer take their share of that.
+// Qt's strings hold at most 2 GiB. Base64, 16-bit characters and a growing buffer multiply the size.
 constexpr quint64 kMaxBytes = quint64(256) << 20;
 
 } // namespace

@@ -2,12 +2,12 @@
 
 namespace Atelier::Vel::Tool {
 
-/// What the program tells its caller.
+/// The program's exit codes.
 enum class ExitCode {
     Done = 0,
     CannotLoad = 1,  ///< a model could not be loaded, or holds nothing to draw
-    WrongUsage = 2,  ///< the command line makes no sense
-    NoOpenGL = 3,    ///< no OpenGL context, or it cannot do what is asked
+    WrongUsage = 2,  ///< the command line is not valid
+    NoOpenGL = 3,    ///< no OpenGL context, or it lacks what is needed
     CannotWrite = 4, ///< the result could not be written
 };
 

@@ -68,7 +68,7 @@ void Framebuffer::resolveInto(const Framebuffer& target) const {
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, target._name);
     for (std::size_t index = 0; index < _colours.size(); ++index) {
         glReadBuffer(attachment(index));
-        // Only the one buffer must be written to, and it has to stand at its own place in the list.
+        // Only this attachment is written to. OpenGL requires it at its own position in the list.
         std::vector<GLenum> buffers(_colours.size(), GL_NONE);
         buffers[index] = attachment(index);
         glDrawBuffers(static_cast<GLsizei>(buffers.size()), buffers.data());

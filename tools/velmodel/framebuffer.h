@@ -8,12 +8,12 @@
 
 namespace Atelier::Vel::Tool {
 
-/// An OpenGL framebuffer with colour textures of its own and, if asked for, a depth buffer.
+/// An OpenGL framebuffer that owns its colour textures and an optional depth buffer.
 class Framebuffer {
 public:
     struct Format {
         QSize size;
-        int samples = 0;             ///< 0 for an ordinary texture
+        int samples = 0;             ///< 0 for textures without multisampling
         std::vector<GLenum> colours; ///< sized internal formats
         bool hasDepth = false;
     };
@@ -25,7 +25,7 @@ public:
 
     bool isComplete() const;
     QSize size() const { return _size; }
-    /// Makes it the target of draws and of reads.
+    /// Makes it the target of draws and reads, and sets the viewport to its size.
     void bind() const;
     GLuint colour(int index) const { return _colours[static_cast<std::size_t>(index)]; }
     /// Copies all colours into `target`, averaging the samples.

@@ -12,12 +12,12 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-// Qt's documents drop the sign of zero. No float is as small as the smallest double, so that one stands in
-// for minus zero until the text is made.
+// Qt's documents drop the sign of zero. The smallest double is smaller than every float, so it represents
+// minus zero until the text is made.
 constexpr double kMinusZero = std::numeric_limits<double>::denorm_min();
 constexpr const char* kMinusZeroText = "5e-324";
 
-// A reader may go to float at once or through double; rarely, that makes a difference.
+// A reader may convert to float directly or through double. In rare cases the results differ.
 bool readsBack(const QByteArray& text, float value) {
     float direct = 0;
     std::from_chars(text.constBegin(), text.constEnd(), direct);
@@ -59,7 +59,7 @@ QByteArray jsonText(const QJsonDocument& document) {
     QByteArray text = document.toJson(QJsonDocument::Indented);
     if (!text.contains(kMinusZeroText))
         return text;
-    // A number in an array has a line to itself, and strings never hold a line break.
+    // A number in an array is alone on its line, and strings contain no line breaks.
     QList<QByteArray> lines = text.split('\n');
     for (QByteArray& line : lines) {
         const QByteArray value = line.trimmed();

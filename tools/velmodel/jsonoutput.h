@@ -7,12 +7,12 @@
 
 namespace Atelier::Vel::Tool {
 
-/// A number in the shortest spelling that reads back to the same bits, as a float and as a double alike.
-/// What JSON has no number for is the string "nan", "inf" or "-inf". To be put into arrays only, and printed
-/// by jsonText().
+/// A number in its shortest spelling that a reader converts back to the same bits, whether it reads floats or
+/// doubles. Values that JSON has no number for become the string "nan", "inf" or "-inf".
+/// Requires: the value is put into an array only, and printed by jsonText().
 QJsonValue jsonFloat(float value);
 
-/// The 32-bit floats that `bytes` holds; a remainder of fewer than four bytes is left out.
+/// The 32-bit floats that `bytes` holds; a remainder of fewer than four bytes is ignored.
 QJsonArray jsonFloats(const QByteArray& bytes);
 
 /// The document as text, with keys sorted, one value per line.

@@ -6,16 +6,16 @@
 
 namespace Atelier::Vel::Tool {
 
-/// How the commands load models.
+/// The options of all commands that load models.
 struct LoadFlags {
     LoadOptions options;
     bool isOptimised = false; ///< whether triangles and vertices are reordered
 };
 
-/// Declares the options of the commands that load models. --optimise is only there if this build can do it.
+/// Declares the options. --optimise is declared only if this build can optimise.
 void addLoadFlags(QCommandLineParser& parser);
 
-/// Reads them.
+/// Reads the options.
 LoadFlags readLoadFlags(const QCommandLineParser& parser);
 
 } // namespace Atelier::Vel::Tool

@@ -19,7 +19,7 @@ namespace {
 
 constexpr unsigned int kUnsignedShort = 0x1403;
 
-// All drawables of a model share the index buffer and the vertex buffers; the first one speaks for all.
+// All drawables of a model share the index buffer and the vertex buffers, so the first one is enough.
 const DrawBuffers* firstDrawable(const GPUModel& model) {
     return model.drawableCount() > 0 ? model.drawable(0) : nullptr;
 }

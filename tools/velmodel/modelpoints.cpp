@@ -21,7 +21,7 @@ QByteArray positionBytes(const GPUModel& model) {
     return {};
 }
 
-// False for coordinates that are not numbers, too.
+// Also false for coordinates that are not numbers.
 bool isInside(const QVector3D& point, const GPUModel::Bounds& bounds) {
     for (int axis = 0; axis < 3; ++axis)
         if (!(point[axis] >= bounds.minimum[axis] && point[axis] <= bounds.maximum[axis]))

@@ -7,8 +7,8 @@
 
 namespace Atelier::Vel::Tool {
 
-/// The positions inside the model's bounds, read back from the GPU: what a camera has to have in view. The
-/// corners of the bounds when the positions cannot be read.
+/// The points that a camera has to show: the positions inside the model's bounds, read back from the GPU.
+/// Returns: the corners of the bounds if the positions cannot be read.
 QVector<QVector3D> pointsInBounds(GPUModel& model);
 
 /// The eight corners of a box.

@@ -27,13 +27,13 @@ QString reasonForFailure(const QString& path, const ModelFiles& files) {
     return info.isReadable() ? QStringLiteral("Cannot be read") : QStringLiteral("Permission denied");
 }
 
-// The loader's text names the file that it could not read, which need not be the model itself.
+// The loader's message names the file that it could not read: the model itself or one that it names.
 QString namedFile(const QString& error) {
     const int start = error.indexOf(QLatin1Char('\'')) + 1;
     return error.mid(start, error.lastIndexOf(QLatin1Char('\'')) - start);
 }
 
-// The model itself may be read from anywhere, the files that it names from among `files`.
+// The model itself may be read from anywhere; the files that it names have to be among `files`.
 QString errorLine(const QString& path, const QString& error, const ModelFiles& files) {
     const QString file = namedFile(error);
     if (file == path)
@@ -48,8 +48,8 @@ LoadProgress shownBy(ProgressBar& bar) {
     };
 }
 
-/// Calls `load` with a progress function and the place of its error, and fills `facts` but for the report.
-/// Returns: whether there was no error; it was reported.
+/// Calls `load` with a variable for its error and a progress function. Fills `facts`, except the report.
+/// Returns: false, after the error was reported, if there was one.
 template<typename Load>
 bool loadFile(const QString& path, const LoadOptions& options, LoadFacts& facts, const Load& load) {
     QString error;

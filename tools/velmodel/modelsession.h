@@ -19,11 +19,11 @@ class OpenGLDeviceContext;
 
 namespace Atelier::Vel::Tool {
 
-/// What the load of a model met.
+/// What is known about a load.
 struct LoadFacts {
     LoadReport report;
-    ModelFiles files;   ///< those that the model may name
-    double seconds = 0; ///< what the load took, an upload included and the reordering of draw data not
+    ModelFiles files;   ///< the files that the model may name
+    double seconds = 0; ///< of the load, including an upload and excluding the reordering of draw data
 };
 
 struct LoadedData : LoadFacts {
@@ -34,24 +34,24 @@ struct LoadedModel : LoadFacts {
     std::unique_ptr<GPUModel> model;
 };
 
-/// Reads a file into draw data, without OpenGL, with a progress bar where it helps.
-/// Returns: none when the file cannot be loaded; the cause was reported.
+/// Reads a file into draw data, without OpenGL. Shows a progress bar for large files on a terminal.
+/// Returns: none if the file cannot be loaded; the cause was reported.
 std::optional<LoadedData> loadData(const QString& path, const LoadFlags& flags);
 
-/// An OpenGL context without a window, and models loaded into it. Models have to go before it does.
+/// An OpenGL context without a window, and models loaded into it. Requires: models are destroyed before it.
 class ModelSession {
 public:
-    /// `flags` are those of all loads.
+    /// `flags` apply to all loads.
     explicit ModelSession(const LoadFlags& flags) : _flags(flags) {}
     ~ModelSession();
     ModelSession(const ModelSession&) = delete;
     ModelSession& operator=(const ModelSession&) = delete;
 
-    /// Returns: whether there is a context now; when not, the cause was reported.
+    /// Makes the context current. Returns: false, after the cause was reported, if there is none.
     bool open();
 
-    /// Loads a file, with a progress bar where it helps.
-    /// Returns: a null model when the file cannot be loaded; the cause was reported.
+    /// Loads a file. Shows a progress bar for large files on a terminal.
+    /// Returns: a null model if the file cannot be loaded; the cause was reported.
     LoadedModel load(const QString& path) const;
 
 private:

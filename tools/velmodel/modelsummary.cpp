@@ -55,7 +55,7 @@ void addDrawable(ModelSummary& summary, const LoadedData& loaded, int drawable) 
                                   textureFiles(group.material, loaded.files)});
         include(summary.bounds, loaded.data.commandBox(drawable, command));
     }
-    // The materials of a drawable are packed alike, as the first one is.
+    // All materials of a drawable have the layout of the first one.
     if (commands > 0)
         summary.gpuBytes += quint64(commands) * (sizeof(DrawElementsIndirectCommand) +
                                                  packedBytes(loaded.data.group(drawable, 0).material) +
@@ -64,7 +64,7 @@ void addDrawable(ModelSummary& summary, const LoadedData& loaded, int drawable) 
 
 /// The buffers that all drawables share.
 void addBuffers(ModelSummary& summary, const DrawData& data) {
-    const bool hasShortIndices = data.vertexCount() < 0xFFFF; // as an upload does it
+    const bool hasShortIndices = data.vertexCount() < 0xFFFF; // the rule of the upload
     summary.gpuBytes += data.indices().count * (hasShortIndices ? sizeof(quint16) : sizeof(quint32));
     for (const DrawData::Attribute& attribute : data.attributes()) {
         summary.attributes.append({attribute.name, attribute.components, glTypeName(attribute.type)});

@@ -14,7 +14,7 @@
 
 namespace Atelier::Vel::Tool {
 
-/// What `velmodel info` says about a model.
+/// What `velmodel info` prints about a model.
 struct ModelSummary {
     struct Attribute {
         QString name;
@@ -25,7 +25,7 @@ struct ModelSummary {
         QString map; ///< the material's member, such as "map_Kd"
         QString path;
         QString status; ///< "found", "missing" or "unreadable"
-        QSize size;     ///< in pixels, when found
+        QSize size;     ///< in pixels, if found
     };
     struct Material {
         QString name;
@@ -41,9 +41,9 @@ struct ModelSummary {
     QVector<Attribute> attributes; ///< sorted by name
     QVector<Material> materials;   ///< in the order of the commands
     DrawData::Box bounds;
-    quint64 gpuBytes = 0; ///< of an upload: buffers, commands and instance data; no textures
-    std::optional<DrawData::VertexCacheStatistics> cache; ///< if this build has them
-    QStringList notes;                                    ///< what a user should know, in sentences
+    quint64 gpuBytes = 0; ///< of an upload: buffers, commands and instance data, without textures
+    std::optional<DrawData::VertexCacheStatistics> cache; ///< none if this build cannot measure it
+    QStringList notes;                                    ///< sentences about problems of the file
 
     /// 10^6 bytes of OBJ text per second.
     double megabytesPerSecond() const;

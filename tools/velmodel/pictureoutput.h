@@ -5,14 +5,16 @@
 
 namespace Atelier::Vel::Tool {
 
-/// Whether the file name's ending names an image format that can be written; "-" can.
+/// Whether the ending of the file name is an image format that can be written. True for "-".
 bool canWritePicture(const QString& path);
 
-/// Writes the picture whole or not at all, in the format of the path's ending; "-" is standard output, as
-/// PNG. Returns: null on success, else why the picture could not be written.
+/// Writes the picture in the format of the path's ending; "-" is standard output, as PNG. A file is written
+/// completely or not at all.
+/// Returns: null on success, else the cause of the failure.
 QString writePicture(const QImage& picture, const QString& path);
 
-/// "turn-007.png" for "turn.png" and frame 7 of 90: as many digits as the last frame has, three at least.
+/// "turn-007.png" for "turn.png" and frame 7 of 90. All frames have the number of digits of the last one, and
+/// at least three.
 QString framePath(const QString& path, int frame, int frameCount);
 
 } // namespace Atelier::Vel::Tool

@@ -29,7 +29,7 @@ float linear(qreal encoded) {
     return static_cast<float>(value);
 }
 
-// A triangle that covers the viewport needs no buffers, but core profiles want a vertex array.
+// A triangle that covers the viewport needs no buffers, but a core profile requires a vertex array.
 void drawCoveringTriangle() {
     GLuint array = 0;
     glGenVertexArrays(1, &array);
@@ -39,7 +39,7 @@ void drawCoveringTriangle() {
     glDeleteVertexArrays(1, &array);
 }
 
-// Into the picture's own rows: a tile needs no memory of its own.
+// Reads directly into the rows of the picture, without memory for the tile.
 void readPixels(QSize size, QPoint topLeft, QImage& picture) {
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glPixelStorei(GL_PACK_ROW_LENGTH, picture.width());

@@ -59,7 +59,7 @@ void ProgressBar::show(const LoadStep& step) {
     if (!_isActive)
         return;
     const QString name = QStringLiteral("%1: %2").arg(_name, nameOf(step.phase));
-    // What is longer before is overwritten.
+    // The spaces overwrite the rest of a longer line.
     const QString line = progressLine(name, step.done, step.total, kWidth).leftJustified(_shown.size());
     if (line == _shown)
         return;

@@ -10,10 +10,10 @@ namespace Atelier::Vel::Tool {
 /// A bar such as "[#####     ]  50 % cow.obj" of at most `width` columns.
 QString progressLine(const QString& name, qint64 done, qint64 total, int width);
 
-/// Shows on standard error how far a load is: only on a terminal, and only for files that take a while.
+/// Shows the progress of a load on standard error, if that is a terminal and the file is large.
 class ProgressBar {
 public:
-    /// Loading less than this takes no time worth watching.
+    /// A smaller file loads so fast that a bar would only flicker.
     static constexpr qint64 kSmallestFile = qint64(16) << 20;
 
     ProgressBar(const QString& path, qint64 fileSize);

@@ -35,8 +35,8 @@ ExitCode write(const QImage& picture, const QString& output) {
     return ExitCode::Done;
 }
 
-/// Writes the frames of a turntable, or the one picture. Frames that show nothing of the model are held back
-/// until another one shows something, so that no file is left behind when none does.
+/// Writes the single picture or the frames of a turntable. Frames that show nothing of the model are written
+/// only once another frame shows something, so that there is no file if all of them are empty.
 class FrameWriter {
 public:
     explicit FrameWriter(const RenderOptions& options) : _options(options) {}

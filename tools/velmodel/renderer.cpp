@@ -11,13 +11,13 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-// Keeps what a picture takes on the GPU below some 300 MB, however large the picture is.
+// Limits the GPU memory of a picture of any size to about 300 MB.
 constexpr int kTileSide = 2048;
 
-// Where the shaders have their uniforms.
+// The locations of the uniforms in the shaders.
 enum Uniform { kFraming, kView, kProjection, kTransparentPass, kWireframe };
 
-/// Counts whether anything passes the depth test while it lives.
+/// Queries whether any sample passes the depth test during its lifetime.
 class VisibilityQuery {
 public:
     VisibilityQuery() {
@@ -76,7 +76,7 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
         target->beginTransparent();
         drawModel(model, scene, tile, true);
         _hasDrawn = visibility.end() || _hasDrawn;
-        // Tiles count from the lower left, images from the upper left.
+        // Tiles are counted from the lower left, images from the upper left.
         const int top = picture.height() - tile.y() - tile.height();
         target->finish(scene.background, {tile.x(), top}, picture);
     }
@@ -85,7 +85,7 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
 
 PictureTarget* Renderer::targetOf(QSize size, QString& error) {
     if (!_target || _target->size() != size) {
-        _target.reset(); // before the next one takes its room
+        _target.reset(); // before the next one is allocated
         _target = PictureTarget::create(size, error);
     }
     return _target.get();

@@ -16,7 +16,7 @@ namespace Atelier::Vel::Tool {
 
 class PictureTarget;
 
-/// What a picture shows besides the model.
+/// The camera and the look of a picture.
 struct Scene {
     Camera camera;
     QSize size;
@@ -24,16 +24,16 @@ struct Scene {
     bool wireframe = false;
 };
 
-/// Draws models into pictures, with a light over the camera's shoulder.
+/// Draws models into pictures, lit from the camera.
 class Renderer {
 public:
-    /// Requires: a current context. Returns: null, and the cause in `error`, when it cannot draw.
+    /// Requires: a current context. Returns: null, and the cause in `error`, if it cannot draw.
     static std::unique_ptr<Renderer> create(QString& error);
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
 
-    /// The picture; null, and the cause in `error`, when the context has no room for it.
+    /// The picture; null, and the cause in `error`, if there is not enough memory for it.
     QImage render(GPUModel& model, const Scene& scene, QString& error);
 
     /// Whether the model covered any part of the last picture.
@@ -41,12 +41,13 @@ public:
 
 private:
     Renderer();
-    // The target for tiles of that size; null when there is no room.
+    // The target for tiles of that size; null if there is not enough memory.
     PictureTarget* targetOf(QSize size, QString& error);
     void drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass);
 
     std::unique_ptr<Program> _program;
-    std::unique_ptr<PictureTarget> _target; // of the last tile; frames and most tiles are alike
+    std::unique_ptr<PictureTarget>
+        _target; // of the last tile; kept, since frames and most tiles have the same size
     bool _hasDrawn = false;
 };
 

@@ -8,14 +8,14 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-constexpr int kLargestSide = 16384;
+constexpr int kMaxSide = 16384;
 constexpr int kMaxFrames = 100000;
 
 QString backgroundDefault() {
     return QStringLiteral("#d9dde2");
 }
 
-/// Reads the values of options and keeps the first complaint.
+/// Reads the values of options and keeps the first error.
 class OptionReader {
 public:
     OptionReader(const QCommandLineParser& parser, QString& error) : _parser(parser), _error(error) {}
@@ -42,11 +42,10 @@ public:
         QSize size;
         if (parts.size() == 2)
             size = QSize(parts[0].toInt(&areNumbers[0]), parts[1].toInt(&areNumbers[1]));
-        const bool fits = size.width() >= 1 && size.height() >= 1 && size.width() <= kLargestSide &&
-                          size.height() <= kLargestSide;
+        const bool fits =
+            size.width() >= 1 && size.height() >= 1 && size.width() <= kMaxSide && size.height() <= kMaxSide;
         if (!areNumbers[0] || !areNumbers[1] || !fits)
-            complain(name,
-                     QStringLiteral("two whole numbers from 1 to %1, as in 1280,720").arg(kLargestSide));
+            complain(name, QStringLiteral("two whole numbers from 1 to %1, as in 1280,720").arg(kMaxSide));
         return size;
     }
 

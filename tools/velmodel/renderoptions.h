@@ -11,7 +11,7 @@
 
 namespace Atelier::Vel::Tool {
 
-/// What `velmodel render` shall do.
+/// The options of `velmodel render`.
 struct RenderOptions {
     QString file;
     QString output;
@@ -25,7 +25,7 @@ struct RenderOptions {
 /// Declares the options of the command.
 void addRenderOptions(QCommandLineParser& parser);
 
-/// Reads them. Returns: none when one of them makes no sense; `error` then says which and why.
+/// Reads the options. Returns: none if an option is not valid; `error` then names it and the cause.
 std::optional<RenderOptions> readRenderOptions(const QCommandLineParser& parser, QString& error);
 
 } // namespace Atelier::Vel::Tool

@@ -16,7 +16,7 @@ in vec3 va_Vertex;
 in vec3 va_Normal;
 in vec2 va_TexCoord;
 
-layout(location = 0) uniform vec4 framing; // the model's centre, and the factor that makes it unit size
+layout(location = 0) uniform vec4 framing; // the model's centre, and the factor that scales it to unit size
 layout(location = 1) uniform mat4 view;
 layout(location = 2) uniform mat4 projection;
 
@@ -50,7 +50,8 @@ layout(location = 0) out vec4 opaqueColour;
 layout(location = 1) out vec4 weightedColour;
 layout(location = 2) out float opacity;
 
-// The key light shines over the camera's left shoulder, the fill light from the lower right; both in view space.
+// The key light shines over the camera's left shoulder, the fill light from the lower right; both in view
+// space.
 const vec3 kKeyDirection = normalize(vec3(-0.45, 0.65, 0.75));
 const vec3 kFillDirection = normalize(vec3(0.7, -0.1, 0.5));
 const vec3 kKeyColour = vec3(0.70, 0.67, 0.63);
@@ -65,7 +66,7 @@ vec3 linear(vec3 encoded) {
     return mix(colour / 12.92, pow((colour + 0.055) / 1.055, vec3(2.4)), step(0.04045, colour));
 }
 
-// Files wind their faces and point their normals either way: a surface is lit on the side that is seen.
+// Files wind faces and point normals in both directions: a surface is lit on its visible side.
 vec3 facingNormal() {
     vec3 flatNormal = cross(dFdx(position), dFdy(position));
     flatNormal = dot(flatNormal, position) > 0.0 ? -flatNormal : flatNormal;
@@ -79,7 +80,7 @@ vec3 facingNormal() {
 
 vec3 highlight(vec3 light, vec3 facing, vec3 eye, float exponent) {
     float along = max(dot(facing, normalize(light + eye)), 0.0);
-    // Wide highlights are dim ones: the light that a surface reflects is shared out.
+    // A wide highlight is dimmer, since it spreads the same reflected light.
     float strength = (exponent + 2.0) / (exponent + 40.0);
     return vec3(strength * pow(along, exponent) * step(0.0, dot(facing, light)));
 }
@@ -87,7 +88,7 @@ vec3 highlight(vec3 light, vec3 facing, vec3 eye, float exponent) {
 void main() {
     VelglMaterial material = velglMaterial(command);
     vec4 texel = texture(velgl_map_Kd, texCoord);
-    // A texture on a black surface is never meant: the file leaves the colour to the texture.
+    // A black surface with a texture is not intended to be black: the texture defines its colour.
     bool isTextureOnly = material.Kd == vec3(0.0) && velglHas_map_Kd();
     vec3 base = linear(isTextureOnly ? vec3(1.0) : material.Kd) * linear(texel.rgb);
     float alpha = clamp(material.d, 0.0, 1.0) * texel.a;
@@ -112,7 +113,7 @@ void main() {
         opaqueColour = vec4(min(diffuse + shine, 1.0), 1.0);
         return;
     }
-    // Glass reflects most where it is seen edge on, and a highlight hides what is behind it.
+    // Glass reflects most when seen edge on, and a highlight hides what is behind it.
     float edge = pow(1.0 - abs(dot(facing, eye)), 4.0);
     float hidden = clamp(max(mix(alpha, 1.0, 0.35 * edge), max(shine.r, max(shine.g, shine.b))), 0.0, 1.0);
     vec3 colour = min(diffuse * alpha + shine + 0.3 * (hidden - alpha) * kSkyColour, 1.0);
@@ -142,7 +143,7 @@ vec3 encoded(vec3 colour) {
 }
 
 void main() {
-    // The first row of an image is the uppermost.
+    // The first row of an image is the top one.
     ivec2 at = ivec2(gl_FragCoord.x, textureSize(opaque, 0).y - 1 - int(gl_FragCoord.y));
     vec4 below = texelFetch(opaque, at, 0);
     below += background * (1.0 - below.a);

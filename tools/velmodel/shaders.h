@@ -7,11 +7,11 @@ namespace Atelier::Vel::Tool {
 /// Three vertices without attributes that cover the viewport.
 extern const QByteArray kCoveringVertexShader;
 
-/// Joins the layers of a PictureTarget into the finished picture. Uniforms 0 to 2 are its textures, 3 is the
+/// Blends the layers of a PictureTarget into the final picture. Uniforms 0 to 2 are its textures, 3 is the
 /// background in linear light.
 extern const QByteArray kCompositionFragmentShader;
 
-/// The shaders that draw a model; they fit the registered instance-data plans.
+/// The shaders that draw a model, with declarations from the registered instance-data plans.
 QByteArray modelVertexShader();
 QByteArray modelFragmentShader();
 

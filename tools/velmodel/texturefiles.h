@@ -8,12 +8,11 @@ class ModelFiles;
 
 namespace Atelier::Vel::Tool {
 
-/// The file that a material means by `path`: itself, or, when there is no such file, the one with slashes in
-/// place of the backslashes that other systems write. `path` when neither exists.
+/// The file that a material refers to by `path`: `path` itself, or, if there is no such file, `path` with
+/// slashes instead of the backslashes that other systems write. Returns `path` if neither exists.
 QString textureFile(const QString& path);
 
-/// Makes the TextureManager load textures from the files that materials mean, as far as they are among
-/// `files`.
+/// Lets the TextureManager load textures from the files that materials refer to, if they are among `files`.
 void installTextureLoader(const ModelFiles& files);
 
 } // namespace Atelier::Vel::Tool
