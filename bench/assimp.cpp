@@ -10,8 +10,8 @@ namespace Atelier::Vel::Bench {
 
 namespace {
 
-/// The importer owns the vertex streams, a mesh per material; the indices of its faces lie one by one on the
-/// heap and are put into one array for the GPU.
+/// The importer owns the vertex streams, one mesh per material. Each of its faces has a heap block of
+/// indices; they are copied into one array for the GPU.
 struct AssimpModel : Loaded {
     Assimp::Importer importer;
     std::vector<unsigned int> indices;

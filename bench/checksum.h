@@ -8,7 +8,7 @@
 
 namespace Atelier::Vel::Bench {
 
-/// A running 64-bit checksum, eight bytes a step.
+/// A running 64-bit checksum over words of eight bytes.
 class Checksum {
 public:
     void add(const void* data, std::size_t bytes) {

@@ -1,7 +1,7 @@
-// Measures whole loads, VelModel against its peers, every result checked before a figure counts.
+// Measures whole loads with VelModel and with other pipelines. Checks every result before it prints a figure.
 //
-// The contestants alternate: each round loads every file once with every one of them, each load in a fresh
-// process that has loaded nothing but a tiny file before. See docs/performance.md.
+// The contestants alternate: each round measures every contestant once, in a fresh child process of a parent
+// that has loaded only a tiny file. See docs/performance.md.
 
 #include <chrono>
 #include <cstdio>
@@ -25,10 +25,11 @@ namespace {
 
 constexpr int kRounds = 7;
 constexpr int kQuickRounds = 5;
-// A process loads a file once to find its memory, and then as often as the clock needs for such a size.
+// The first load of a process, which gets memory from the system, is not compared. A small file is loaded
+// more often, so that the clock measures the later loads accurately.
 constexpr int kLoadsOfFile = 2;
 constexpr int kLoadsOfSmallFile = 21;
-constexpr qint64 kSmallFile = qint64(2) << 20;
+constexpr qint64 kMinLargeFileBytes = qint64(2) << 20;
 constexpr double kMegabyte = 1e6;
 
 struct Options {
@@ -41,7 +42,7 @@ struct Options {
     QString directory;
 };
 
-/// How many times as long as VelModel the peers are to take at least.
+/// The goals: the minimum ratios of the time of a pipeline to the time of VelModel.
 struct Goal {
     QString kind;
     double tinyobj;
@@ -59,7 +60,7 @@ double goalOf(const QString& kind, const QString& contestant) {
     return 0;
 }
 
-/// A contestant with what it was measured at on one file.
+/// A contestant with its measurements for one file.
 struct Row {
     std::unique_ptr<Contestant> contestant;
     std::vector<Sample> samples;
@@ -91,8 +92,8 @@ std::vector<Row> makeRows(const QStringList& wanted, bool withPeers) {
     return rows;
 }
 
-/// Empty when the counts are right. Assimp merges mesh by mesh and within a tolerance, so that its vertices
-/// are only known to lie between none shared among materials and none shared at all.
+/// Describes what is wrong with the counts; empty if they are right. Assimp merges each mesh by itself and
+/// within a tolerance, so its vertex count is only checked against bounds.
 QString faultOf(const Row& row, const Sample& sample, const Expectation& expected) {
     if (sample.triangles != expected.triangles)
         return QStringLiteral("%1 triangles, not %2").arg(sample.triangles).arg(expected.triangles);
@@ -113,9 +114,9 @@ QString checkOurBuffers(const QString& path, const Expectation& expected) {
     return {};
 }
 
-/// Who comes at which place of a round. Who follows the one that gives up most memory pays for it, so over as
-/// many rounds as there are contestants each follows each other one once, if their number is even (a Latin
-/// square after E. J. Williams, 1949).
+/// The number of the contestant at a place of a round. The contestant after the one that frees the most
+/// memory has a disadvantage. So the order is a Latin square after E. J. Williams (1949): in `count` rounds,
+/// if that is even, each contestant follows each other one once.
 std::size_t contestantAt(std::size_t place, std::size_t round, std::size_t count) {
     const std::size_t zigzag = place % 2 == 0 ? count - place / 2 : (place + 1) / 2;
     return (round + zigzag) % count;
@@ -164,7 +165,7 @@ void printRow(const QString& label, const Row& row, const Row* ours, const Expec
     std::printf("\n");
 }
 
-/// In a child, so that the processes forked later start from as little memory as this one has.
+/// Runs in a child, so that this process, from which others are forked later, stays small.
 Expectation prepareInput(const InputKind& kind, const QString& directory, int size) {
     Expectation expected;
     const auto prepare = [&](void* result) {
@@ -187,7 +188,7 @@ bool measureKind(const InputKind& kind, const Options& options, bool withPeers) 
             row.fault = checkFault;
     for (int round = 0; round < options.rounds; ++round)
         measureRound(rows, static_cast<std::size_t>(round), path,
-                     fileSize < kSmallFile ? kLoadsOfSmallFile : kLoadsOfFile, expected);
+                     fileSize < kMinLargeFileBytes ? kLoadsOfSmallFile : kLoadsOfFile, expected);
 
     std::printf("\n%s: %s; %.1f MB, %llu corners, %llu vertices, %llu triangles\n", qPrintable(kind.name),
                 qPrintable(kind.description), double(fileSize) / kMegabyte,
@@ -204,7 +205,7 @@ bool measureKind(const InputKind& kind, const Options& options, bool withPeers) 
     return faultless;
 }
 
-/// The tool from its start to its end.
+/// Measures the velmodel program from its start to its end.
 void measureProgram(const Options& options, const QString& program) {
     const auto& kinds = comparedKinds();
     const QString path = generateInput(kinds[3], kinds[3].size, options.directory);
@@ -225,7 +226,8 @@ void measureProgram(const Options& options, const QString& program) {
                 spread.minimum, spread.median, spread.maximum);
 }
 
-/// Every library resolves its symbols and builds its tables on a tiny file, once, before any child is forked.
+/// Loads a tiny file with every library, so that symbols are resolved and tables are built before the first
+/// fork.
 void warmUp(const QString& directory) {
     const QString path = directory + QStringLiteral("/tiny.obj");
     writeGrid(path, 8, {});

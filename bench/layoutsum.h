@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel::Bench {
 
-/// The checksums that a load and the reference have to agree on.
+/// The checksums that must be the same for a load and the reference.
 template<typename Index>
 std::uint64_t indexChecksum(const Index* indices, int count) {
     Checksum sum;

@@ -46,7 +46,7 @@ std::uint64_t statusBytes(const std::string& field) {
     return 0;
 }
 
-/// One load and what it took, without its peak of memory.
+/// One load and its times, without its peak of memory.
 struct Timed {
     std::unique_ptr<Loaded> loaded;
     double milliseconds;

@@ -232,7 +232,7 @@ void writeManyGroups(const QString& path, int groups) {
 
 namespace {
 
-/// The line between two rows of polygons: a vertex at every cell border and `inner` vertices between two
+/// The line between two rows of polygons: a vertex at every cell border, and `inner` vertices between two
 /// borders.
 struct BorderLine {
     std::vector<std::uint32_t> cellStart;
@@ -294,7 +294,8 @@ void writePolygons(const QString& path, int triangles) {
 
 namespace {
 
-/// A point of the unit circle by its rational parametrisation: no library function whose last digit may vary.
+/// A point of the unit circle by its rational parametrisation, without library functions whose last digit
+/// varies.
 std::pair<double, double> circlePoint(double turn) {
     const double quarter = std::floor(turn * 4.0);
     const double t = (turn * 4.0 - quarter);

@@ -8,21 +8,21 @@ enum class GridFaces { Triangles, Quads };
 enum class GridOrder { Rows, Random };
 enum class GridAttributes { All, PositionsOnly };
 
-/// How a grid over a bumpy surface is written.
+/// The form of a grid over a bumpy surface.
 struct GridOptions {
     GridFaces faces = GridFaces::Triangles;
     GridOrder order = GridOrder::Rows;
     GridAttributes attributes = GridAttributes::All;
 };
 
-/// A rectangular grid of about `triangles` triangles, six decimals throughout.
+/// A rectangular grid of about `triangles` triangles. All numbers have six decimals.
 void writeGrid(const QString& path, int triangles, const GridOptions& options);
-/// The triangles of a grid, every corner with a "v", a "vt" and a "vn" line of its own.
+/// The triangles of a grid, in which every corner has its own "v", "vt" and "vn" line.
 void writeSoup(const QString& path, int triangles);
-/// Rows of polygons of 5 to 12 corners that share their borders, about `triangles` triangles when cut; each
-/// is of one of 50 materials, and no two neighbours in the file of the same.
+/// Rows of polygons of 5 to 12 corners that share their borders, about `triangles` triangles when cut. There
+/// are 50 materials, and consecutive polygons have different ones.
 void writePolygons(const QString& path, int triangles);
-/// A grid whose material changes `switches` times among 10 materials.
+/// A grid whose material changes `switches` times between 10 materials.
 void writeMaterialSwitches(const QString& path, int switches);
 /// `groups` materials with one triangle each.
 void writeManyGroups(const QString& path, int groups);

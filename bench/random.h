@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Bench {
 
-/// A small generator with the same sequence everywhere (SplitMix64).
+/// A small generator with the same sequence on every machine (SplitMix64).
 class Random {
 public:
     explicit Random(std::uint64_t seed) : _state(seed) {}
@@ -18,7 +18,7 @@ public:
         mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EBU;
         return mixed ^ (mixed >> 31);
     }
-    /// A number from `low` to `high`, both included.
+    /// A number from `low` to `high`, inclusive.
     std::int64_t between(std::int64_t low, std::int64_t high) {
         return low + std::int64_t(next() % std::uint64_t(high - low + 1));
     }

@@ -57,7 +57,7 @@ struct PlainModel {
 void readValues(Attribute& attribute, const char* text) {
     for (int component = 0; component < attribute.components; ++component) {
         char* end = nullptr;
-        // Decimal to double to float, as Qt does it: rounded twice.
+        // Decimal to double to float, rounded twice, as in Qt.
         attribute.values.push_back(float(std::strtod(text, &end)));
         text = end;
     }

@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Bench {
 
-/// What a right load of a file gives.
+/// The result of a correct load of a file.
 struct Expectation {
     std::uint64_t corners = 0;
     std::uint64_t vertices = 0;
@@ -14,11 +14,11 @@ struct Expectation {
     std::uint64_t checksum = 0; ///< of every buffer and every command
 };
 
-/// Loads `path` the plain and slow way: a line, a token, a table look-up at a time. Knows what the generated
-/// inputs use and no more. Shares Triangulate3D and nothing else with what it is the measure of.
+/// Loads `path` with plain and slow code: one line, one token, one table look-up at a time. Understands only
+/// what the generated inputs use. The only code that it shares with the library is Triangulate3D.
 Expectation loadPlainly(const QString& path);
 
-/// The same, kept in a file beside `path` so that it is worked out once.
+/// The same, stored in a file beside `path` so that it is computed once.
 Expectation expectationOf(const QString& path);
 
 } // namespace Atelier::Vel::Bench

@@ -1,5 +1,5 @@
-// The stages of a load one by one. Linked with the library's own object files, so that what is not exported
-// can be called; the input is the one of the comparison that is called A, at a tenth of its size.
+// Measures the stages of a load one by one. Linked with the object files of the library, whose stages are not
+// exported. The input is input A of the comparison, at a tenth of its size.
 
 #include <algorithm>
 #include <memory>
@@ -36,10 +36,10 @@ namespace {
 
 QString inputDirectory;
 
-/// The input as the stages find it.
+/// The input of the stages.
 struct Input {
     QString path;
-    QByteArray text; ///< padded in front and behind
+    QByteArray text; ///< with padding before and after it
     qint64 textBytes = 0;
     std::vector<float> positions;
     std::vector<float> normals;
@@ -84,7 +84,7 @@ Input readInput() {
     input.textBytes = file.size();
     input.text = padding + file.readAll() + padding;
 
-    // The first line of each kind is not plain; counting from one takes it as if another had come before.
+    // The parser declines the first line of each kind. With counts that start at one it accepts that line.
     ObjLineCounts counts;
     counts.positions = counts.normals = counts.texCoords = 1;
     const auto run = std::make_unique<ObjRun>();
@@ -159,7 +159,7 @@ void BM_Records(benchmark::State& state, WideParser* parser) {
         parseAll(parser, *run);
     reportBytes(state, input().textBytes);
 }
-// A parser for which this processor lacks the instructions has the figure of the portable one.
+// If the processor lacks the instructions of a parser, the portable parser is measured instead.
 BENCHMARK_CAPTURE(BM_Records, Avx512, findAvx512Parser())->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Records, Sse41, findSse41Parser())->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Records, Portable, nullptr)->Unit(benchmark::kMillisecond);
@@ -231,7 +231,7 @@ void BM_Upload(benchmark::State& state) {
         faces[face] = face;
     builder.addVertexCountsToFaces(counts.size(), counts.data());
     builder.addFacesToMaterialGroup("group", faces.size(), faces.data(), QString());
-    // The first upload prepares; those after it only hand over.
+    // Only the first upload prepares the data.
     for (auto round : state) {
         GPUModel model;
         builder.upload(&model, InstanceData("InstanceInfo"), "va_Vertex", QString(), 0x88E4, 4);
@@ -242,7 +242,7 @@ void BM_Upload(benchmark::State& state) {
 }
 BENCHMARK(BM_Upload)->Unit(benchmark::kMicrosecond);
 
-/// A texture that was loaded before.
+/// Looks up a texture that was loaded before.
 void BM_TextureAgain(benchmark::State& state) {
     QString error;
     const auto context = OpenGLDeviceContext::createHeadless({}, error);

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t(1) << 20;
 constexpr std::int64_t kMillion = 1000000;
-constexpr int kLongestNumber = 24;
+constexpr int kMaxNumberLength = 24;
 
 } // namespace
 
@@ -36,7 +36,7 @@ void TextWriter::text(std::string_view text) {
 }
 
 void TextWriter::number(std::uint64_t value) {
-    char digits[kLongestNumber];
+    char digits[kMaxNumberLength];
     char* first = digits + sizeof digits;
     do {
         *--first = char('0' + value % 10);

@@ -8,8 +8,8 @@
 
 namespace Atelier::Vel::Bench {
 
-/// Writes OBJ text through one large buffer, numbers by integer arithmetic alone: the same bytes on every
-/// machine.
+/// Writes OBJ text through one large buffer. Numbers are written with integer arithmetic only, so that the
+/// bytes are the same on every machine.
 class TextWriter {
 public:
     explicit TextWriter(const QString& path);
@@ -19,7 +19,7 @@ public:
 
     void text(std::string_view text);
     void number(std::uint64_t value);
-    /// A decimal with six digits behind the point, given in millionths.
+    /// A number with six decimals, given in millionths.
     void decimal(std::int64_t millionths);
 
 private:

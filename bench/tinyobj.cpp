@@ -15,7 +15,7 @@ struct TinyobjModel : Loaded {
     std::vector<unsigned int> indices; ///< material by material
 };
 
-/// The interleaved layout; attributes that the file lacks take no room, except normals, which are made.
+/// The interleaved layout. Attributes that the file lacks are left out, except normals, which are computed.
 struct Layout {
     std::size_t normal = 0;
     std::size_t texCoord = 0;
@@ -77,8 +77,8 @@ std::vector<unsigned int> merge(TinyobjModel& model, const std::vector<float>& e
     return remap;
 }
 
-/// Fans of all faces, material by material by a counting sort. Faces are left whole by the reader and cut
-/// here, because its own cutting is slower and gives up on some polygons.
+/// Cuts all faces into fans, sorted by material with a counting sort. The reader does not cut them: its own
+/// cutting is slower and fails for some polygons.
 void cutAndGroup(TinyobjModel& model, const tinyobj::ObjReader& reader,
                  const std::vector<unsigned int>& corners) {
     std::vector<std::size_t> next(reader.GetMaterials().size() + 2, 0);

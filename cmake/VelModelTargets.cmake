@@ -1,4 +1,4 @@
-# What every target of this project has in common: warnings, sanitizers, coverage, exact arithmetic.
+# The options of all targets of this project: warnings, sanitizers, coverage, exact arithmetic.
 
 include(GenerateExportHeader)
 
@@ -18,7 +18,7 @@ if(VELMODEL_COVERAGE)
   target_link_options(velmodel_options INTERFACE --coverage)
 endif()
 
-# Every single-precision operation is rounded by itself: a fused multiply-add changes about a tenth of all tricky results.
+# Every floating-point operation is rounded by itself: a fused multiply-add changes about a tenth of all tricky results.
 target_compile_options(velmodel_options INTERFACE -ffp-contract=off)
 
 # velmodel_library(<target> NAMESPACE <Name> INCLUDE <public include dir> EXPORT_HEADER <header below the include dir>)

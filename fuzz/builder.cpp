@@ -1,5 +1,5 @@
-// A builder driven by calls that the input spells, one after the other, with streams of a client that counts
-// every byte and sometimes has none to give, or one that is not as it was asked for.
+// Decodes the input into a sequence of calls to a builder. The streams are a client's: they check every
+// access, and some cannot be made or differ from the request.
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -20,24 +20,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 
 constexpr unsigned int kFloat = 0x1406;
-// The first ones are those of the usual attributes; 0 is no type.
+// Floats, the usual type, three times; 0 is not a type.
 constexpr unsigned int kTypes[] = {kFloat, kFloat, kFloat, 0x1400, 0x1401, 0x1402,
                                    0x1403, 0x1404, 0x1405, 0x140A, 0};
 constexpr unsigned int kMaxElements = 32;
 constexpr int kMaxUploads = 4;
-// Counts of corners that are read from 16-bit streams are large, and so is what they make the builder do.
-constexpr quint64 kMaxInOneStream = 1 << 14;
+// Corner counts read as 32 bits from 16-bit streams are large. This limits the work that they cause.
+constexpr quint64 kMaxStreamElements = 1 << 14;
 // More than a stream of the library holds.
-constexpr quint64 kFarTooMany = quint64{1} << 31;
+constexpr quint64 kTooManyElements = quint64{1} << 31;
 
-/// Has no stream, or one that lies, where the bits of the input say so, and sometimes gives 16 bits wherever
-/// 32 are asked for.
+/// Makes no stream, or one that reports wrong facts, for requests that the bits of the input select. For some
+/// inputs, every stream of 32-bit indices has 16 bits.
 class FickleAllocator : public ModelDataStreamAllocator {
 public:
     explicit FickleAllocator(Fuzzing::ByteSource& source) : _liars(source.take<quint32>()) {
         constexpr std::size_t kLieCount = sizeof Testing::kLies / sizeof *Testing::kLies;
         const std::size_t byte = source.take<std::uint8_t>();
-        // One in eight inputs is spelled so, and the first of those have short indices.
+        // One in eight inputs has faulty streams; some of these have short indices.
         if (byte % 8 == 7) {
             _hasShortIndices = byte / 8 == 0;
             _lie = _hasShortIndices ? Testing::Lie::Missing : Testing::kLies[byte / 8 % kLieCount];
@@ -46,14 +46,14 @@ public:
 
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
         const bool lies = (_liars >> (_asked++ % 32) & 1) != 0;
-        if ((lies && _lie == Testing::Lie::Missing) || count > kMaxInOneStream)
+        if ((lies && _lie == Testing::Lie::Missing) || count > kMaxStreamElements)
             return nullptr;
         if (lies)
             return new Testing::LyingStream<Testing::PlainStream>(_lie, type, count);
         return _hasShortIndices ? _shortIndices.alloc(type, count) : _plain.alloc(type, count);
     }
 
-    /// Whether what comes out has to be drawable.
+    /// Whether the result must be drawable.
     bool isFaithful() const { return !_hasShortIndices; }
 
 private:
@@ -73,7 +73,7 @@ public:
           _allocator(source.below(4) == 0 ? nullptr : new FickleAllocator(source)),
           _builder(_allocator, source.below(4)) {}
 
-    /// Further uploads would find nothing new, and take most of the time.
+    /// The number of uploads is limited: more of them find nothing new and take most of the time.
     bool isOver() const { return _source.isEmpty() || _uploads == kMaxUploads; }
     void callNext();
 
@@ -83,8 +83,10 @@ private:
     }
     QString attribute() { return oneOf("pntx", 4); }
     QString group() { return oneOf("abc", 3); }
-    quint64 elementCount() { return _source.below(64) == 63 ? kFarTooMany : _source.below(kMaxElements); }
-    /// Up to kMaxElements of them, most below `bound`.
+    quint64 elementCount() {
+        return _source.below(64) == 63 ? kTooManyElements : _source.below(kMaxElements);
+    }
+    /// Less than kMaxElements numbers, most of them less than `bound`.
     std::vector<unsigned int> numbers(unsigned int bound);
 
     void createAttribute();
@@ -99,11 +101,11 @@ private:
     QSharedPointer<FickleAllocator> _allocator;
     ModelBuilder _builder;
     int _uploads = 0;
-    bool _isOrdinary = true; ///< what comes out has to be drawable
+    bool _isOrdinary = true; ///< the result must be drawable
 };
 
 std::vector<unsigned int> Session::numbers(unsigned int bound) {
-    // No sum of a few of them is a number of corners that takes gigabytes.
+    // The sum of a few of them, modulo 2^32, is never a corner count that takes gigabytes.
     constexpr unsigned int kOdd[] = {0xFFFFFFFF, 0x80000000, 0x7FFFFFFF};
     std::vector<unsigned int> result(_source.below(kMaxElements));
     for (unsigned int& number : result) {

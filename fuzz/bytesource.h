@@ -7,7 +7,7 @@
 
 namespace Atelier::Vel::Fuzzing {
 
-/// Takes an input apart from the front. What it does not have is zeros.
+/// Reads values from the front of an input. Bytes beyond its end are zero.
 class ByteSource {
 public:
     ByteSource(const std::uint8_t* data, std::size_t size) : _next(data), _end(data + size) {}
@@ -21,7 +21,7 @@ public:
         _next += count;
         return number;
     }
-    /// A number below `bound`, from one byte.
+    /// A number less than `bound`, from one byte.
     unsigned int below(unsigned int bound) { return take<std::uint8_t>() % bound; }
 
 private:

@@ -17,7 +17,7 @@ class CheckingBuffer : public BufferObject {
 public:
     bool bind() override { return true; }
     void unbind() override {}
-    // Both kinds of index uploads end here, too.
+    // Index uploads of both types also end here.
     bool uploadArbitraryData(const void* data, int count, unsigned int /*usage*/,
                              unsigned long long elementSize) override {
         require(count >= 0, "an upload has no negative length");

@@ -7,12 +7,13 @@
 
 namespace Atelier::Vel::Fuzzing {
 
-/// A context without OpenGL that reads all of what is uploaded, and keeps it.
+/// A context without OpenGL that reads every uploaded byte, and keeps a copy.
 QSharedPointer<OpenGLDeviceContext> makeCheckingContext();
 
-/// Requires that the drawables of a model, which was uploaded through such a context, can be drawn: commands
-/// lie inside their index buffer, indices below the vertex count, and every stream has as many vertices.
-/// Returns: the number of indices of all commands.
+/// Ends the process unless the drawables of a model can be drawn: the ranges of commands are inside the index
+/// buffer, indices are less than the vertex count, and every stream has that number of vertices.
+/// Requires: the model was uploaded through a checking context.
+/// Returns:  the number of indices of all commands.
 quint64 requireDrawable(const GPUModel& model);
 
 } // namespace Atelier::Vel::Fuzzing

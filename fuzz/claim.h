@@ -5,7 +5,7 @@
 
 namespace Atelier::Vel::Fuzzing {
 
-/// Ends the process where a claim does not hold, so that the fuzzer keeps the input.
+/// Ends the process if a claim is false, so that the fuzzer keeps the input.
 inline void require(bool holds, const char* claim) {
     if (holds)
         return;

@@ -10,7 +10,7 @@ void ignore(QtMsgType /*level*/, const QMessageLogContext& /*context*/, const QS
 
 } // namespace
 
-// The same input does the same in every process, and the library's messages cost no time.
+// Makes runs repeatable: hash seeds are fixed. Drops the messages of the library, which would cost time.
 extern "C" int LLVMFuzzerInitialize(int* argumentCount, char*** arguments) {
     static const QCoreApplication application(*argumentCount, *arguments);
     qSetGlobalQHashSeed(0);

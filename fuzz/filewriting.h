@@ -8,9 +8,9 @@
 
 namespace Atelier::Vel::Fuzzing {
 
-/// Makes the file, in place of one that is there.
+/// Writes a new file, and replaces an existing one.
 inline void writeFile(const QString& path, const QByteArray& bytes) {
-    // Anew: some file systems flush a file that was emptied and written again to the disk at once.
+    // Removed first: some file systems immediately flush a file that is truncated and written again.
     QFile::remove(path);
     QFile file(path);
     require(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size(),

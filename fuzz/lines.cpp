@@ -1,5 +1,5 @@
-// The line source against the text stream that it stands for. The first two bytes of an input say how large
-// the blocks are, and how the text lies in the blocks of the stream.
+// Compares the line source with the text stream that it replaces. The first two bytes of an input select the
+// size of the blocks and the position of the text in the blocks of the stream.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -20,13 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 
 constexpr int kHeaderBytes = 2;
-// A stream decodes this many bytes at a time, and what is cut there can decode differently.
+// A stream decodes this number of bytes at a time. A character that is cut there can decode differently.
 constexpr int kStreamBlockBytes = 16384;
 
-// From this value on the second byte asks for a block's end in the middle of the text.
+// A second byte of at least this value puts the end of a block into the middle of the text.
 constexpr std::uint8_t kFirstWithFiller = 0xF0;
 
-/// The text, with so long a line put into it that a block of the stream ends somewhere behind it.
+/// The text with a long line inserted, so that a block of the stream ends shortly after that line.
 QByteArray textOf(const QByteArray& text, std::uint8_t layout) {
     if (layout < kFirstWithFiller)
         return text;
@@ -36,7 +36,7 @@ QByteArray textOf(const QByteArray& text, std::uint8_t layout) {
     return text.left(before) + filler + text.mid(before);
 }
 
-/// Whether the bytes of the current line stand for its characters as they are said to.
+/// Whether the bytes of the current line encode its characters as LineSource defines.
 bool standsForItsText(const LineSource& source) {
     const QString text = source.text(source.begin(), source.end());
     return std::equal(source.begin(), source.end(), text.begin(), text.end(), [](char byte, QChar character) {

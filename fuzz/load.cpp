@@ -1,5 +1,5 @@
-// Whole loads of an OBJ file with its library, both from one input, into a context that checks what is
-// uploaded. Half of them are compared with the literal load, the others keep to their folder.
+// Loads an OBJ file and its library, both from one input, into a context that checks what is uploaded. Half
+// of the loads are compared with the literal load, the others are confined to their folder.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-// What comes behind it is the text of the library.
+// The text of the library follows the marker.
 const QByteArray kMarker = "\n%%mtl%%\n";
 
 struct Loaded {

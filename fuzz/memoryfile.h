@@ -7,7 +7,7 @@
 
 namespace Atelier::Vel::Fuzzing {
 
-/// A regular file that lies in memory and has a path for as long as it lives.
+/// A regular file in memory. It has a path during its lifetime.
 class MemoryFile {
 public:
     MemoryFile();
@@ -18,7 +18,7 @@ public:
     /// Replaces the content.
     void write(const void* bytes, std::size_t count);
     QString path() const;
-    /// Opens `file` on it in text mode, as the library opens text, only quicker than by path.
+    /// Opens `file` on it in text mode, as the library opens text. Faster than opening the path.
     void openText(QFile& file) const;
 
 private:

@@ -1,4 +1,4 @@
-// Whole material libraries, as groups of a builder, against those of the literal reader.
+// Loads material libraries into groups, and compares them with those of the literal reader.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

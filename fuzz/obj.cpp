@@ -1,5 +1,5 @@
-// The OBJ reader, record by record and in runs by each parser, with large and with tiny blocks, against its
-// literal version.
+// Compares the OBJ reader with its literal version: record by record and in runs by each parser, with large
+// and with tiny blocks.
 #include <cstddef>
 #include <cstdint>
 
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         limits.blockBytes = 4 + static_cast<qint64>(size % 61);
     const std::vector<Testing::Record> expected = readLiterally(file);
     Fuzzing::require(read(rewound(), limits) == expected, "records are those of the literal reader");
-    // Null is the portable way.
+    // Null selects the portable parser.
     for (WideParser* const wideParser :
          {findAvx512Parser(), findSse41Parser(), static_cast<WideParser*>(nullptr)})
         Fuzzing::require(readInRuns(rewound(), limits, wideParser) == Testing::contentOf(expected),

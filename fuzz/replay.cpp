@@ -1,5 +1,5 @@
-// Stands in for libFuzzer where a compiler does not have it: runs the files and the folders of files that it
-// is given, each once. Arguments that begin with '-' are libFuzzer's and mean nothing here.
+// Replaces libFuzzer if the compiler does not have it. Runs each of the given files, and each file of the
+// given folders, once. Arguments that begin with '-' are options of libFuzzer and are ignored.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ Paths filesAt(const std::filesystem::path& path) {
     return files;
 }
 
-/// Returns: false when the file cannot be read.
+/// Returns: false if the file cannot be read.
 bool run(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -34,7 +34,7 @@ bool run(const std::filesystem::path& path) {
         return false;
     }
     const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
-    // As long as it says, so that a sanitizer sees every step beyond the end.
+    // In a block of exactly its size, so that a sanitizer detects every access beyond the end.
     const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(input.data(), input.size());
     return true;

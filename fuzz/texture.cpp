@@ -1,6 +1,6 @@
-// LoadTexture on the bytes of an image, without OpenGL: functions stand in for the driver's that read all
-// pixels and know a small limit. What scripts/fuzz lets a single allocation take is little more than an image
-// of that size.
+// Runs LoadTexture on the bytes of an image, without OpenGL: replacements of the driver's functions read all
+// pixels and report a small size limit. The limit that scripts/fuzz sets for one allocation is slightly more
+// than an image of that size.
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
@@ -23,16 +23,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 
 constexpr unsigned int kMaxTextureSize = 0x0D33; // GL_MAX_TEXTURE_SIZE
-constexpr int kLargestSide = 512;
+constexpr int kMaxSide = 512;
 
-// Qt decodes an X bitmap, which may take 128 MiB, to see whether it is one. No limit can come before that.
+// Qt decodes an X bitmap, of up to 128 MiB, to detect the format. No limit applies before that.
 const char* const kBitmapKeyword = "#define";
 
 int uploads = 0;
 
 void takeImage(unsigned int /*target*/, int /*level*/, int /*internalFormat*/, int width, int height,
                int /*border*/, unsigned int /*format*/, unsigned int /*type*/, const void* pixels) {
-    Fuzzing::require(width > 0 && width <= kLargestSide && height > 0 && height <= kLargestSide,
+    Fuzzing::require(width > 0 && width <= kMaxSide && height > 0 && height <= kMaxSide,
                      "an image is no larger than the driver takes");
     const auto* const bytes = static_cast<const std::uint8_t*>(pixels);
     volatile unsigned int sum = std::accumulate(bytes, bytes + qint64(4) * width * height, 0U);
@@ -45,9 +45,7 @@ void standInForDriver() {
     gl.pixelStorei = [](unsigned int /*name*/, int /*value*/) {};
     gl.texParameteri = [](unsigned int /*target*/, unsigned int /*name*/, int /*value*/) {};
     gl.generateMipmap = [](unsigned int /*target*/) {};
-    gl.getIntegerv = [](unsigned int name, int* value) {
-        *value = name == kMaxTextureSize ? kLargestSide : 0;
-    };
+    gl.getIntegerv = [](unsigned int name, int* value) { *value = name == kMaxTextureSize ? kMaxSide : 0; };
     gl.texImage2D = takeImage;
 }
 
@@ -61,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const QTemporaryDir folder;
     static const bool isReady = (standInForDriver(), folder.isValid());
     Fuzzing::require(isReady, "there is a folder for the image");
-    // What has been loaded stays in the cache of the loader under its name, so the next one needs another.
+    // The loader caches textures by name, so each input needs a new name.
     static int loaded = 0;
     const QString path = folder.filePath(QStringLiteral("image%1").arg(loaded));
     Fuzzing::writeFile(path, image);

@@ -1,5 +1,5 @@
-// Triangulate3D and FindDegenerateTriangle against their literal versions, and one triangulator for many
-// faces against single calls. An input is a polygon: how its numbers are written, its size, a normal, its
+// Compares Triangulate3D and FindDegenerateTriangle with their literal versions, and one triangulator for
+// many faces with single calls. An input is a polygon: the format of its numbers, its size, a normal, its
 // corners, its positions.
 #include <algorithm>
 #include <cmath>
@@ -18,14 +18,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-// Beyond the 64 corners from which on a polygon is searched another way.
+// More than 64 corners, from which on another search is used.
 constexpr unsigned int kMaxCorners = 72;
 
 enum class Writing : unsigned int {
-    kFlat,    ///< small integers, no z
+    kFlat,    ///< small integers, z is zero
     kSpatial, ///< small integers
     kScaled,  ///< small integers, all times one power of two
-    kBits,    ///< the bits of floats
+    kBits,    ///< floats of any bits
     kCount
 };
 
@@ -78,8 +78,8 @@ bool cutsAgain(const Testing::TestPolygon& polygon, const QVector<unsigned int>&
     return true;
 }
 
-/// The same numbers as points of the plane, and the corners as triangles, which the literal search wants
-/// whole.
+/// Uses the same numbers as points of the plane, and the corners as triangles. The literal search requires
+/// complete triangles.
 bool findsTheSameDegenerateTriangles(const Testing::TestPolygon& polygon) {
     const std::vector<unsigned int> indices(polygon.corners.begin(), polygon.corners.end());
     const int count = polygon.count() / 3 * 3;

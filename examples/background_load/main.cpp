@@ -1,4 +1,4 @@
-// Shows an OBJ file in a Qt window that stays alive while the file loads on another thread.
+// Shows an OBJ file in a Qt window that responds while the file loads on another thread.
 // Usage: background_load MODEL.obj [PICTURE.png] [--cancel]
 // Escape cancels the load, and so does closing the window. With a picture, it saves the first frame of the
 // model there and ends. --cancel presses Escape in the first frame.
@@ -120,7 +120,7 @@ private:
             fail(result.error.isEmpty() ? QStringLiteral("No faces in '%1'").arg(_path) : result.error);
     }
 
-    /// A bar over a background that pulsates.
+    /// Draws a progress bar over a pulsating background.
     void drawProgress() {
         if (_cancels) {
             QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);

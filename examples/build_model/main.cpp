@@ -1,4 +1,5 @@
-// Makes a pyramid in code, uploads it as two draw commands, without a display, and asks what is on the GPU.
+// Makes a pyramid in code, uploads it as two draw commands without a display, and prints what the model
+// holds.
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDebug>
 

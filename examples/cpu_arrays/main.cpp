@@ -1,5 +1,4 @@
-// Makes a prism in code and prints what a GPU would be given, without any OpenGL: vertices, triangles,
-// commands.
+// Makes a prism in code and prints its draw data without OpenGL: vertices, triangles, commands.
 #include <QtCore/QDebug>
 
 #include <velmodel/drawdata.h>

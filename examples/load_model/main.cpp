@@ -1,4 +1,4 @@
-// Loads an OBJ file onto the GPU, without a display, and says what is there.
+// Loads an OBJ file onto the GPU without a display, and prints a summary.
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDebug>
 

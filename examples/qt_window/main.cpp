@@ -29,7 +29,7 @@ void main() {
     gl_Position = viewProjection * vec4(va_Vertex, 1.0);
 })";
 
-// Normals made by the library point inwards, those of files outwards: the light counts both ways.
+// Normals made by the library point inwards, those of files outwards: both sides are lit.
 constexpr char kFragmentShader[] = R"(
 in vec3 normal;
 flat in int command;

@@ -60,7 +60,7 @@ QMatrix4x4 projectionMatrix(double aspect) {
     return projection;
 }
 
-// The rectangle of the picture that a camera fills with the points.
+// The rectangle around the points, as all cameras project them.
 class Extent {
 public:
     void include(const Camera& camera, const QVector<QVector3D>& points) {

@@ -46,8 +46,7 @@ private:
     void drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass);
 
     std::unique_ptr<Program> _program;
-    std::unique_ptr<PictureTarget>
-        _target; // of the last tile; kept, since frames and most tiles have the same size
+    std::unique_ptr<PictureTarget> _target; // of the last tile; most tiles have the same size
     bool _hasDrawn = false;
 };
 
