@@ -1,1 +1,1 @@
-"""The parts that scripts/make-fuzz-seeds is made of. Python's standard library only."""
+"""The parts of scripts/make-fuzz-seeds. They use only Python's standard library."""

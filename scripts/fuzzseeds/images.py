@@ -1,4 +1,4 @@
-"""Images of every format that Qt reads: right, cut short, and larger than they may be."""
+"""Images of every format that Qt reads: valid, truncated, and larger than the limit."""
 
 import base64
 import struct
@@ -6,7 +6,7 @@ import zlib
 
 from samplekit.png import chunk
 
-# The largest side that the fuzzer lets the driver have.
+# The size limit of the driver in the fuzzer.
 LIMIT = 512
 
 # Two by two pixels of grey.
@@ -30,7 +30,7 @@ PORTABLE = [
 
 
 def png(width, height, depth, colour_type, rows, before=b"", interlaced=0):
-    """`rows` as they are before compression, filters included; `before` are further chunks."""
+    """A PNG. `rows` are the rows before compression, with their filter bytes; `before` are further chunks."""
     header = struct.pack(">IIBBBBB", width, height, depth, colour_type, 0, 0, interlaced)
     chunks = chunk(b"IHDR", header) + before + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
     return b"\x89PNG\r\n\x1a\n" + chunks
@@ -50,7 +50,7 @@ def gif(width, height):
 
 
 def icon(claimed=None):
-    """One PNG in it, for which its entry claims that many bytes."""
+    """An icon that contains one PNG, whose entry declares the given number of bytes."""
     image = png(1, 1, 8, 6, b"\0abcd")
     return struct.pack("<HHHBBBBHHII", 0, 1, 1, 1, 1, 0, 0, 1, 32, claimed or len(image), 22) + image
 

@@ -1,4 +1,4 @@
-"""Polygons to cut: how the numbers are written, whether corners repeat, the size, a normal, the numbers."""
+"""Polygons to cut: the format of the numbers, whether corners repeat, the size, a normal, the numbers."""
 
 import math
 import struct
@@ -17,7 +17,7 @@ SMALL = [
     [0, 0, 4, 4, 4, 0, 0, 4, 2, 6],
     [0, 0, 4, 0, 4, 4, 0, 4, 0, 0, 1, 1, 1, 2, 2, 2, 2, 1, 1, 1],
 ]
-# Both beyond the size from which on the search is another one.
+# Both are larger than the size from which on another search is used.
 COMB = [0, -9] + [number for i in range(68) for number in (i, 8 * (i % 2))] + [68, -9]
 STAR = [
     round((100 if i % 2 else 40) * part(2 * math.pi * i / 66)) for i in range(66) for part in (math.cos, math.sin)
@@ -29,7 +29,7 @@ def small_numbers(numbers):
 
 
 def writings(outline):
-    """One outline in every way to write it."""
+    """One outline in every format."""
     size = bytes([len(outline)])
     flat = small_numbers([number for point in outline for number in point])
     spatial = small_numbers([number for x, y in outline for number in (x, y, (x + y) // 2)])

@@ -1,4 +1,4 @@
-"""Calls to a builder: the choice of its streams and its mask, then a number for each call, and what it takes."""
+"""Calls to a builder: the choice of its streams and its mask, then for each call its number and its arguments."""
 
 import struct
 
@@ -8,7 +8,7 @@ POSITION, NORMAL, TEXTURE = 0, 1, 2
 FLOAT, UNSIGNED_BYTE = 0, 4
 GROUP, OTHER_GROUP = 0, 1
 MASK = bytes([1])
-# What is wrong with a stream; the numbers between stand for the other ways in which one may lie.
+# The faults of a stream; the numbers between select other faults.
 SHORT_INDICES_FOR_ALL, MISSING, LIES = 0, None, range(1, 12)
 STREAMS_OF_A_SESSION = 13
 
@@ -16,7 +16,7 @@ OWN_STREAMS = bytes([0])
 
 
 def client_streams(liars=0, lie=MISSING):
-    """`liars` has a bit for every stream that is not as it was asked for."""
+    """`liars` has a bit for every faulty stream."""
     return bytes([1]) + struct.pack("<I", liars) + bytes([0 if lie == MISSING else 8 * lie + 7])
 
 
@@ -25,7 +25,7 @@ def counted(numbers):
 
 
 def attribute(name, components, kind, count, values):
-    """Declared without room, then filled; `components` counts from -1."""
+    """Declares an empty attribute, then fills it; `components` counts from -1."""
     return bytes([CREATE_ATTRIBUTE, name, kind, components + 1, 1, 1, ADD_VALUES, name, kind, count]) + values
 
 

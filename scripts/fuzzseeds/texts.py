@@ -1,9 +1,9 @@
-"""OBJ and MTL text: pieces of the samples, and what is known to be odd."""
+"""OBJ and MTL text: parts of the samples, and unusual lines."""
 
 from pathlib import Path
 
 SAMPLES = Path(__file__).resolve().parents[2] / "samples"
-# What parts the OBJ text of a load from the text of its library, which it knows as m.mtl.
+# Separates the OBJ text of a load from the text of its library, which the OBJ text names m.mtl.
 MARKER = b"\n%%mtl%%\n"
 
 ODD_NUMBERS = [
@@ -63,7 +63,7 @@ def encoded(text):
 
 
 def pieces(suffix, lines):
-    """The first and some later lines of every sample, with the statements that are rare."""
+    """The first and some later lines of every sample, including rare statements."""
     for path in sorted(SAMPLES.glob("*/*" + suffix)):
         text = path.read_text().splitlines(keepends=True)
         for start in sorted({0, len(text) // 2, max(len(text) - lines, 0)}):
@@ -99,7 +99,7 @@ def mtl_texts():
 
 
 def lines():
-    """Two bytes first: the size of the blocks, and where the second half of the text stands in the stream's own."""
+    """Prepends two bytes: the size of the blocks, and the position of the second half of the text in the stream's blocks."""
     texts = [text for text in obj_texts()] + [text for text in mtl_texts()]
     for index, text in enumerate(texts):
         yield bytes([index % 61, 0xEC + index % 20]) + text

@@ -1,4 +1,4 @@
-"""Finds the places of a source where a small fault can be planted, and writes sources with faults woven in."""
+"""Finds places of a source for small faults, and writes sources that contain the faults."""
 
 import dataclasses
 import re
@@ -32,13 +32,13 @@ FUNCTIONS = {
     CursorKind.FUNCTION_DECL, CursorKind.CXX_METHOD, CursorKind.CONSTRUCTOR, CursorKind.FUNCTION_TEMPLATE,
     CursorKind.CONVERSION_FUNCTION,
 }
-LONGEST = 800  # characters that a fault may repeat
+MAX_LENGTH = 800  # characters that a fault may repeat
 
 
 @dataclasses.dataclass
 class Fault:
-    """One small change. `pieces` are texts and (begin, end) ranges of the source; SWITCH stands for the test
-    whether the fault is on. `constant` is the range of a constexpr that has to become const for it."""
+    """One small change. `pieces` are texts and (begin, end) ranges of the source; SWITCH stands for the check
+    whether the fault is on. `constant` is the range of a constexpr that must become const."""
 
     path: str
     line: int
@@ -71,7 +71,7 @@ class Finder:
 
     def __init__(self, path, text):
         self.path = path
-        self.text = text  # bytes: offsets of the syntax tree count them
+        self.text = text  # bytes, as the offsets of the syntax tree
         self.faults = []
 
     def find(self, unit, absolute):
@@ -89,7 +89,7 @@ class Finder:
 
     def add(self, cursor, kind, span, pieces, old, new, is_in_constexpr, constant):
         text = self.source(*span)
-        if "//" in text or "#" in text or len(text) > LONGEST or not text:
+        if "//" in text or "#" in text or len(text) > MAX_LENGTH or not text:
             return
         self.faults.append(
             Fault(self.path, self.text[: span[0]].count(b"\n") + 1, *span, kind, pieces, one_line(old), one_line(new),
@@ -172,7 +172,7 @@ class Finder:
             return
         for sign in "+-":
             if sign == "-" and text.strip("uUlL") == "0" and text != "0":
-                continue  # an unsigned zero less one is hardly small
+                continue  # an unsigned zero minus one is not a small change
             self.add(cursor, "constant", span,
                      ["static_cast<decltype(", span, ")>(", SWITCH, "?", span, sign, "1:", span, ")"], text,
                      f"{text} {sign} 1", *state)
@@ -228,7 +228,7 @@ class Finder:
             rest = self.text[span[1]: span[1] + 40].decode(errors="replace")
             semicolon = re.match(r"\s*;", rest)
             before = self.text[:span[0]].decode(errors="replace").rstrip()
-            # A condition or a part of the head of a loop is no statement.
+            # A condition or a part of the head of a loop is not a statement.
             if not semicolon or before[-1:] not in ("{", "}", ";", ")", ":") and not before.endswith("else"):
                 continue
             if cursor.kind == CursorKind.FOR_STMT and self.source(span[1], self.range_of(cursor)[1]).strip() not in ("", ";"):
@@ -250,7 +250,7 @@ def errors_of(unit):
 
 
 def woven(text, faults):
-    """The source with all faults in it, on the same lines. No two may overlap but by nesting."""
+    """The source with all faults, on the same lines. Faults may be nested, but must not overlap otherwise."""
     constants = {fault.constant for fault in faults if fault.constant}
     edits = [(fault.begin, -fault.end, fault) for fault in faults]
     edits += [(begin, -end, None) for begin, end in constants]
@@ -280,7 +280,7 @@ def woven(text, faults):
     def planted(fault, inner, is_copy):
         out = []
         ranges = [piece for piece in fault.pieces if isinstance(piece, tuple)]
-        # Line breaks stay in one of the copies only, so that lines keep their numbers.
+        # Only one of the copies keeps its line breaks, so that line numbers do not change.
         last = {piece: place for place, piece in enumerate(fault.pieces) if isinstance(piece, tuple)}
         for place, piece in enumerate(fault.pieces):
             if piece is SWITCH:

@@ -1,4 +1,4 @@
-// Included in front of every source of a build with planted faults; see scripts/mutate.
+// Included before every source of a build with planted faults; see scripts/mutate.
 #pragma once
 
 #include <cstdlib>
@@ -11,7 +11,7 @@ namespace mutation {
 
 inline constexpr unsigned int kFaults = 4096;
 
-/// Faults to ask about: the one that is switched on, or all while the reached ones are recorded.
+/// The faults to check: the one that is switched on, or all while the reached ones are recorded.
 inline unsigned char watched[kFaults];
 inline unsigned char* reached = nullptr;
 
@@ -27,12 +27,12 @@ inline bool live(unsigned int fault) {
     return __builtin_expect(watched[fault], 0) != 0 && isWatchedOn(fault);
 }
 
-/// The same where constants are needed, too; a fault is never on at compile time.
+/// The same in constant expressions. A fault is never on at compile time.
 constexpr bool on(unsigned int fault) {
     return __builtin_is_constant_evaluated() ? false : live(fault);
 }
 
-/// Reads the environment once for each library and program, before their own statics are made.
+/// Reads the environment once for each library and program, before their static objects are initialised.
 __attribute__((constructor(101), used)) static void readEnvironment() {
     if (const char* const fault = std::getenv("VELMODEL_FAULT"))
         watched[std::strtoul(fault, nullptr, 10) % kFaults] = 1;

@@ -1,4 +1,4 @@
-"""Runs the tests of a build by themselves, with environments of their own."""
+"""Runs the tests of a build without ctest, each with its own environment."""
 
 import dataclasses
 import json
@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import time
 
-ADDRESS_LIMIT = 16 << 30  # a fault may ask for any amount of memory
+ADDRESS_LIMIT = 16 << 30  # a fault may request any amount of memory
 GROUP_SECONDS = 8  # of tests that one process runs
 
 
@@ -20,18 +20,18 @@ class Test:
     command: list
     environment: dict
     folder: str
-    passes: str = None  # what the output has to match in place of exit code 0
+    passes: str = None  # a pattern that the output must match, instead of exit code 0
     seconds: float = 0.0
     reached: frozenset = frozenset()
 
     def filter(self):
-        """The GoogleTest filter when the command runs one test of a program of many."""
+        """The GoogleTest filter, if the command runs one test of a program."""
         filters = [part for part in self.command[1:] if part.startswith("--gtest_filter=")]
         return filters[0].split("=", 1)[1] if filters else None
 
 
 def listed(build):
-    """All tests that ctest knows in a build folder, but for those that start builds of their own."""
+    """All tests that ctest lists for a build folder, except those that start builds."""
     output = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, stdout=subprocess.PIPE, check=True).stdout
     tests = []
     for entry in json.loads(output)["tests"]:
@@ -51,7 +51,7 @@ def limit_memory():
 
 
 def execute(command, test, environment, limit):
-    """Runs a command as the test would. Returns: whether it passed, and its output."""
+    """Runs a command as ctest does. Returns: whether it passed, and its output."""
     with tempfile.TemporaryFile() as output:
         process = subprocess.Popen(command, cwd=test.folder, env={**os.environ, **test.environment, **environment},
                                    stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
@@ -61,7 +61,7 @@ def execute(command, test, environment, limit):
         except subprocess.TimeoutExpired:
             exit_code = None
         finally:
-            try:  # children that a test left behind, too
+            try:  # also ends children of the test
                 os.killpg(process.pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
@@ -74,7 +74,7 @@ def execute(command, test, environment, limit):
 
 
 def trace(test, faults):
-    """Runs one test without a fault, measures it and notes which faults it reaches. Returns: whether it passed."""
+    """Runs one test without a fault, measures it and records the faults that it reaches. Returns: whether it passed."""
     with tempfile.NamedTemporaryFile() as reached:
         reached.write(bytes(4096))
         reached.flush()
@@ -88,7 +88,7 @@ def trace(test, faults):
 
 
 def groups(tests):
-    """Tests that run together in one process, the quick ones first."""
+    """Groups of tests that run in one process, the quick tests first."""
     result = []
     programs = {}
     for test in sorted(tests, key=lambda test: test.seconds):
@@ -109,7 +109,7 @@ def limit_for(tests):
 
 
 def killer(fault, tests):
-    """The first test that fails with a fault switched on; None when all that reach it pass."""
+    """The first test that fails with a fault switched on; None if all tests that reach it pass."""
     environment = {"VELMODEL_FAULT": str(fault.number)}
     for group in groups([test for test in tests if fault.number in test.reached]):
         suspects = group
@@ -119,7 +119,7 @@ def killer(fault, tests):
             passed, text = execute(command, group[0], environment, limit_for(group))
             if passed:
                 continue
-            # Alone it may pass: then tests of one process disturb each other, and each is asked by itself.
+            # A test that fails in a group may pass alone. Then each test of the group is run alone.
             started = re.findall(r"^\[ RUN      \] (\S+)", text, re.MULTILINE)
             last = [test for test in group if started and test.filter() == started[-1]]
             suspects = last + [test for test in group if test not in last]

@@ -1,1 +1,1 @@
-"""The parts that scripts/make-samples is made of. Python's standard library only."""
+"""The parts of scripts/make-samples. They use only Python's standard library."""

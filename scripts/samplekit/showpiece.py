@@ -1,4 +1,4 @@
-"""A garden temple on an island, as a model maker would set it on a desk."""
+"""A garden temple on an island."""
 
 import math
 import random

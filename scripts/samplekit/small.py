@@ -1,4 +1,4 @@
-"""The small samples: each shows one thing that real files do."""
+"""The small samples: each shows one feature of real files."""
 
 import math
 import random
@@ -54,7 +54,7 @@ def mosaic():
 
 
 class _Bare:
-    """Stands in for a mesh and keeps no normals, so that the loader has to make them."""
+    """Replaces a mesh and keeps no normals, so that the loader has to compute them."""
 
     def __init__(self, mesh):
         self._mesh = mesh
@@ -79,7 +79,7 @@ def vase():
 
 
 def stairs():
-    """Negative indices: every step counts back from where it stands in the file."""
+    """Negative indices: every step counts back from its place in the file."""
     lines = ["# Spiral stairs; every face counts back from the lines before it", "mtllib stairs.mtl"]
     for step in range(24):
         a, b, y = 0.3 * step, 0.3 * step + 0.34, 0.18 * step
