@@ -57,7 +57,7 @@ function(velmodel_install_library target name include generated)
 endfunction()
 
 # velmodel_test(<name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...])
-# A GoogleTest program; every TEST in it becomes a ctest test of its own.
+# Adds a GoogleTest program. Every TEST in it becomes a separate ctest test.
 function(velmodel_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   include(GoogleTest)

@@ -65,7 +65,7 @@ void requireStreams(const DrawBuffers& drawable) {
         require(stream.buffer->byteCount() == ModelDataStream::typeSize(stream.type) *
                                                   static_cast<quint64>(stream.components) *
                                                   drawable.vertexCount(),
-                "a stream has as many vertices as the drawable");
+                "a stream has the vertex count of the drawable");
 }
 
 } // namespace

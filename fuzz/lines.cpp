@@ -31,8 +31,8 @@ QByteArray textOf(const QByteArray& text, std::uint8_t layout) {
     if (layout < kFirstWithFiller)
         return text;
     const int before = text.size() / 2;
-    const int behind = std::min(layout - kFirstWithFiller, text.size() - before);
-    const QByteArray filler = '\n' + QByteArray(kStreamBlockBytes - before - behind - 2, 'x') + '\n';
+    const int after = std::min(layout - kFirstWithFiller, text.size() - before);
+    const QByteArray filler = '\n' + QByteArray(kStreamBlockBytes - before - after - 2, 'x') + '\n';
     return text.left(before) + filler + text.mid(before);
 }
 

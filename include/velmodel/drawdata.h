@@ -125,7 +125,7 @@ public:
     ///
     /// A command keeps its order if one of its positions is not finite, if its range overlaps another one or
     /// exceeds the indices, or if its count is not divisible by three. The indices are taken as a list of
-    /// triangles, whatever primitive they are drawn as.
+    /// triangles, even if they are drawn as another primitive.
     ///
     /// `progress` is called before the first command and after each command.
     /// Requires: the allocator of the streams may be called on this thread.

@@ -25,8 +25,8 @@ struct LoadStep {
 /// A callback that observes and can cancel a load. It is called at the beginning of each phase and about 200
 /// times in it at most, on the thread that does the work.
 /// Requires: it does not use the object that does the work.
-/// Returns:  true to go on, false to cancel. The work then returns what its own description says; nothing is
-///           left behind.
+/// Returns:  true to continue, false to cancel. The work then keeps no partial result and returns the value
+///           that its own description states.
 /// Errors:   an exception from the callback also cancels the work, and reaches the caller of the work.
 using LoadProgress = std::function<bool(const LoadStep& step)>;
 

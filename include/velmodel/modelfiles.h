@@ -31,8 +31,8 @@ public:
 
     /// The absolute path of the folder; null if all files are allowed.
     QString folder() const;
-    /// Whether `path` leads to a place where files may be read. The file need not exist. Nothing outside of
-    /// the folder is opened for the check.
+    /// Whether a file at `path` may be read. The file need not exist. Nothing outside of the folder is opened
+    /// for the check.
     /// Cost: a few system calls per name in the path; none if all files are allowed.
     bool allows(const QString& path) const;
     /// Opens the file at `path` for reading. `mode` is ReadOnly, with or without Text.

@@ -79,8 +79,8 @@ VELMODEL_EXPORT DrawData readDrawDataFromOBJFile(const QString& path, QString& e
                                                  LoadReport* report = nullptr,
                                                  const LoadOptions& options = {});
 
-/// The instance data of a model that stays where its file puts it: an "InstanceInfo" with three identity
-/// matrices of 16 floats each, "ModelMatrix", "PreviousModelMatrix" and "ModelNormalMatrix".
+/// The instance data of a model that is not moved from its position in the file: an "InstanceInfo" with three
+/// identity matrices of 16 floats each, "ModelMatrix", "PreviousModelMatrix" and "ModelNormalMatrix".
 VELMODEL_EXPORT InstanceData makeIdentityInstance();
 
 /// The material of faces that name none: an "OBJMaterial" with a light grey diffuse colour and white maps.

@@ -103,12 +103,12 @@ def lines():
     texts = [text for text in obj_texts()] + [text for text in mtl_texts()]
     for index, text in enumerate(texts):
         yield bytes([index % 61, 0xEC + index % 20]) + text
-    # Marks and cut sequences where a block of the stream begins.
+    # Byte-order marks and cut sequences at the start of a block of the stream.
     for before in (b"a", "\u00e9".encode()):
         for piece in (b"\xef\xbb\xbf", b"\xe2\x98\x83", b"\xf0\x9f\x98\x80", b"\xe2\x98", b"\xff\xfe", b"\r\n"):
-            for behind in range(4):
-                half = b"x" * behind + piece + b"bc\n"
-                yield bytes([60, 0xF0 + behind]) + (before * len(half))[:len(half)] + half
+            for after in range(4):
+                half = b"x" * after + piece + b"bc\n"
+                yield bytes([60, 0xF0 + after]) + (before * len(half))[:len(half)] + half
 
 
 def models():

@@ -240,7 +240,7 @@ class Finder:
 
 
 def parse(index, absolute, text, arguments, main=None):
-    """The translation unit of `main` (or of the file itself) with `text` in place of the file's content."""
+    """The translation unit of `main` (or of the file itself) with `text` instead of the file's content."""
     return index.parse(main or absolute, arguments, unsaved_files=[(absolute, text.decode())],
                        options=TranslationUnit.PARSE_PRECOMPILED_PREAMBLE if main is None else 0)
 

@@ -10,10 +10,13 @@
 namespace Atelier::Vel::Tool {
 
 /// The framebuffers that a picture is drawn into: multisampled, in linear light. Opaque surfaces are drawn
-/// first, then transparent ones in any order. A fragment shader writes location 0, opaque pass:      colour,
-/// premultiplied, and coverage location 1, transparent pass: colour, premultiplied, and opacity; both times a
-/// weight, less with depth location 2, transparent pass: opacity The transparent surfaces over a pixel are
-/// averaged by their weights, so that they need not be sorted.
+/// first, then transparent ones in any order. The outputs of a fragment shader are
+/// - location 0, opaque pass: colour, premultiplied, and coverage;
+/// - location 1, transparent pass: colour, premultiplied, and opacity, both times a weight that falls with
+///   depth;
+/// - location 2, transparent pass: opacity.
+///
+/// The transparent surfaces over a pixel are averaged by their weights, so that they need not be sorted.
 class PictureTarget {
 public:
     /// Requires: a current context. Returns: null, and the cause in `error`, if there is not enough memory.
