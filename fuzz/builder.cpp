@@ -37,8 +37,8 @@ public:
     explicit FickleAllocator(Fuzzing::ByteSource& source) : _liars(source.take<quint32>()) {
         constexpr std::size_t kLieCount = sizeof Testing::kLies / sizeof *Testing::kLies;
         const std::size_t byte = source.take<std::uint8_t>();
-        // In one of eight inputs, faulty streams are not missing but report wrong facts, or indices are
-        // short.
+        // In one of eight inputs, faulty streams are not missing but report wrong facts. In a few of these,
+        // all index streams are short instead.
         if (byte % 8 == 7) {
             _hasShortIndices = byte / 8 == 0;
             _lie = _hasShortIndices ? Testing::Lie::Missing : Testing::kLies[byte / 8 % kLieCount];
