@@ -41,7 +41,7 @@ Loaded load(const QString& path, const LoadOptions& options) {
     Fuzzing::require((loaded.model == nullptr) == !loaded.error.isEmpty(),
                      "a load gives a model or an error");
     if (loaded.model != nullptr) {
-        Fuzzing::require(Fuzzing::requireDrawable(*loaded.model) == 3 * report.triangles,
+        Fuzzing::require(Fuzzing::requireDrawable(*loaded.model) == 3 * report.statistics.triangles,
                          "the commands draw the triangle count of the report");
         loaded.model->bounds();
     }

@@ -27,18 +27,13 @@ class GPUModel;
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
 /// What a load counted. The overloads that take a report fill it on success.
-/// A load into a model without a current context only reads the text: the counts from `untriangulatedFaces`
-/// on stay 0.
+/// A load into a model without a current context only reads the text: the statistics stay 0.
 struct LoadReport {
-    qint64 bytesRead = 0;            ///< size of the OBJ file when it was opened
-    quint64 faces = 0;               ///< faces that were read, without the dropped ones
-    quint64 droppedFaces = 0;        ///< faces dropped because a corner is not an integer
-    quint64 facesWithoutGroup = 0;   ///< faces whose material was unknown when they were read
-    quint64 untriangulatedFaces = 0; ///< faces in a group that gave no triangle
-    quint64 substitutedCorners = 0;  ///< attribute values that are zero because their index is not valid
-    quint64 corners = 0;             ///< vertices before merging
-    quint64 vertices = 0;            ///< vertices after merging
-    quint64 triangles = 0;           ///< triangles of all commands
+    qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened
+    quint64 faces = 0;                ///< faces that were read, without the dropped ones
+    quint64 droppedFaces = 0;         ///< faces dropped because a corner is not an integer
+    quint64 facesWithoutGroup = 0;    ///< faces whose material was unknown when they were read
+    PreparationStatistics statistics; ///< of merging and triangulating what was read
 };
 
 /// The same, with `progress` (may be empty) called while it reads, merges corners, cuts faces and makes

@@ -66,16 +66,18 @@ QDataStream& operator<<(QDataStream& out, const ChildLoad& load) {
     const LoadReport& report = load.report;
     return out << load.hasEnded << load.isLoaded << load.isBadAlloc << load.error << load.warnings
                << report.bytesRead << report.faces << report.droppedFaces << report.facesWithoutGroup
-               << report.untriangulatedFaces << report.substitutedCorners << report.corners << report.vertices
-               << report.triangles << load.commands << load.indexCount << load.peakBytes << load.seconds;
+               << report.statistics.untriangulatedFaces << report.statistics.substitutedCorners
+               << report.statistics.corners << report.statistics.vertices << report.statistics.triangles
+               << load.commands << load.indexCount << load.peakBytes << load.seconds;
 }
 
 QDataStream& operator>>(QDataStream& in, ChildLoad& load) {
     LoadReport& report = load.report;
     return in >> load.hasEnded >> load.isLoaded >> load.isBadAlloc >> load.error >> load.warnings >>
            report.bytesRead >> report.faces >> report.droppedFaces >> report.facesWithoutGroup >>
-           report.untriangulatedFaces >> report.substitutedCorners >> report.corners >> report.vertices >>
-           report.triangles >> load.commands >> load.indexCount >> load.peakBytes >> load.seconds;
+           report.statistics.untriangulatedFaces >> report.statistics.substitutedCorners >>
+           report.statistics.corners >> report.statistics.vertices >> report.statistics.triangles >>
+           load.commands >> load.indexCount >> load.peakBytes >> load.seconds;
 }
 
 [[noreturn]] void beChild(const QString& path, const std::function<void()>& prepare, int output) {

@@ -61,7 +61,7 @@ TEST_F(LimitsTest, MillionsOfGroupsOfOneFace) {
     }));
     EXPECT_TRUE(load.isLoaded);
     EXPECT_EQ(load.commands, count);
-    EXPECT_EQ(load.report.triangles, static_cast<quint64>(count));
+    EXPECT_EQ(load.report.statistics.triangles, static_cast<quint64>(count));
     EXPECT_EQ(load.report.facesWithoutGroup, 0u);
 }
 
@@ -81,20 +81,20 @@ TEST_F(LimitsTest, MillionsOfFaces) {
     const int count = withScale(1'000'000, 20'000'000);
     const ChildLoad load = loadRepeated(kTriangle, "f 1 2 3\n", count);
     EXPECT_TRUE(load.isLoaded);
-    EXPECT_EQ(load.report.triangles, static_cast<quint64>(count));
+    EXPECT_EQ(load.report.statistics.triangles, static_cast<quint64>(count));
     EXPECT_EQ(load.indexCount, 3 * count);
 }
 
 TEST_F(LimitsTest, LinesOfManyMegabytes) {
     const int bytes = withScale(10'000'000, 200'000'000);
     const QByteArray face = "\nf 1 2 3\n";
-    EXPECT_EQ(loadRepeated(kTriangle + "# ", "x", bytes, face).report.triangles, 1u);
-    EXPECT_EQ(loadRepeated(kTriangle, "\xC3\xA9", bytes / 2, face).report.triangles, 1u);
+    EXPECT_EQ(loadRepeated(kTriangle + "# ", "x", bytes, face).report.statistics.triangles, 1u);
+    EXPECT_EQ(loadRepeated(kTriangle, "\xC3\xA9", bytes / 2, face).report.statistics.triangles, 1u);
     EXPECT_EQ(loadRepeated(kTriangle + "usemtl ", "x", bytes, face).report.facesWithoutGroup, 1u);
-    EXPECT_EQ(loadRepeated(kTriangle + "v ", "1", bytes, face).report.triangles, 1u);
-    EXPECT_EQ(loadRepeated(kTriangle + "f 1 2 3 #", "x", bytes, face).report.triangles, 2u);
+    EXPECT_EQ(loadRepeated(kTriangle + "v ", "1", bytes, face).report.statistics.triangles, 1u);
+    EXPECT_EQ(loadRepeated(kTriangle + "f 1 2 3 #", "x", bytes, face).report.statistics.triangles, 2u);
     const ChildLoad noInteger = loadRepeated(kTriangle + "f 1 2 ", "1", bytes, face);
-    EXPECT_EQ(noInteger.report.triangles, 1u);
+    EXPECT_EQ(noInteger.report.statistics.triangles, 1u);
     EXPECT_EQ(noInteger.report.droppedFaces, 1u);
 }
 
@@ -109,8 +109,8 @@ TEST_F(LimitsTest, FaceOfMillionsOfCornersAtOnePlaceIsNotCut) {
     const int count = withScale(1'000'000, 5'000'000);
     const ChildLoad load = loadRepeated(kTriangle + "f", " 1", count, "\n");
     EXPECT_TRUE(load.isLoaded);
-    EXPECT_EQ(load.report.corners, static_cast<quint64>(count));
-    EXPECT_EQ(load.report.untriangulatedFaces, 1u);
+    EXPECT_EQ(load.report.statistics.corners, static_cast<quint64>(count));
+    EXPECT_EQ(load.report.statistics.untriangulatedFaces, 1u);
     EXPECT_THAT(load.warnings, ElementsAre(QStringLiteral("Unable to triangulate polygon.")));
 }
 
@@ -126,7 +126,8 @@ TEST_F(LimitsTest, PolygonOfMillionsOfCornersIsCut) {
     };
     const ChildLoad load = loadInChild(_files.write("a.obj", {}, 2 * count, corner));
     EXPECT_TRUE(load.isLoaded);
-    EXPECT_EQ(load.report.triangles + load.report.untriangulatedFaces * static_cast<quint64>(count - 2),
+    EXPECT_EQ(load.report.statistics.triangles +
+                  load.report.statistics.untriangulatedFaces * static_cast<quint64>(count - 2),
               static_cast<quint64>(count - 2));
 }
 
@@ -159,7 +160,7 @@ TEST_F(LimitsTest, SparseFilesOfGigabytesAreReadToTheirEnd) {
         file.close();
         const ChildLoad load = loadInChild(path);
         EXPECT_TRUE(load.isLoaded);
-        EXPECT_EQ(load.report.triangles, 2u) << size;
+        EXPECT_EQ(load.report.statistics.triangles, 2u) << size;
         EXPECT_EQ(load.report.bytesRead, size);
         EXPECT_LE(load.peakBytes, quint64{2} << 30);
     }

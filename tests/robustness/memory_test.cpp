@@ -84,7 +84,7 @@ TEST_F(MemoryTest, FewAddressesAreEnough) {
         setrlimit(RLIMIT_AS, &kLimit);
     });
     expectModestPeak(load, QFileInfo(model).size());
-    EXPECT_EQ(load.report.triangles, 3'000'000u);
+    EXPECT_EQ(load.report.statistics.triangles, 3'000'000u);
 }
 
 TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {

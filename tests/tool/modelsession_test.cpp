@@ -55,7 +55,7 @@ TEST(ModelSessionTest, LoadTellsWhatItMetAndHowLongItTook) {
     const LoadedModel loaded = session.load(folder.write("m.obj", Testing::triangleText()));
     const double atMost = double(timer.nsecsElapsed()) * 1e-9;
     ASSERT_NE(loaded.model, nullptr);
-    EXPECT_EQ(loaded.report.triangles, 1U);
+    EXPECT_EQ(loaded.report.statistics.triangles, 1U);
     EXPECT_EQ(loaded.report.bytesRead, Testing::triangleText().size());
     EXPECT_GT(loaded.seconds, 0);
     EXPECT_LE(loaded.seconds, atMost);
@@ -84,7 +84,7 @@ TEST(ModelSessionTest, OptimisedLoadTellsTheSameFacts) {
     const LoadedModel loaded = session.load(Testing::absoluteSamplePath("vase"));
     ASSERT_NE(loaded.model, nullptr);
     EXPECT_EQ(loaded.model->drawableCount(), 1);
-    EXPECT_EQ(loaded.report.triangles, 704U);
+    EXPECT_EQ(loaded.report.statistics.triangles, 704U);
     EXPECT_GT(loaded.seconds, 0);
 }
 

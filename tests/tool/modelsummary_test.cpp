@@ -58,7 +58,7 @@ ModelSummary summaryOf(const DrawData& data) {
     LoadedData loaded;
     loaded.data = data;
     loaded.report.bytesRead = 5000000;
-    loaded.report.triangles = 4;
+    loaded.report.statistics.triangles = 4;
     loaded.seconds = 0.25;
     return summarize(QStringLiteral("mixed.obj"), loaded);
 }

@@ -87,9 +87,9 @@ std::vector<std::pair<std::string, unsigned int>> Loaded::commands() const {
 
 bool isUntouched(const LoadReport& report) {
     return report.bytesRead == 0 && report.faces == 0 && report.droppedFaces == 0 &&
-           report.facesWithoutGroup == 0 && report.untriangulatedFaces == 0 &&
-           report.substitutedCorners == 0 && report.corners == 0 && report.vertices == 0 &&
-           report.triangles == 0;
+           report.facesWithoutGroup == 0 && report.statistics.untriangulatedFaces == 0 &&
+           report.statistics.substitutedCorners == 0 && report.statistics.corners == 0 &&
+           report.statistics.vertices == 0 && report.statistics.triangles == 0;
 }
 
 void keep(Loaded& loaded, const RecordingContext& context) {
@@ -251,9 +251,9 @@ TEST_F(ObjLoaderTest, CubeWithoutNormalsGetsThem) {
     EXPECT_TRUE(loaded.has(QStringLiteral("va_Vertex")));
     EXPECT_TRUE(loaded.has(QStringLiteral("va_Normal")));
     EXPECT_FALSE(loaded.has(QStringLiteral("va_TexCoord")));
-    EXPECT_EQ(loaded.report.triangles, 12u);
-    EXPECT_EQ(loaded.report.vertices, 8u);
-    EXPECT_EQ(loaded.report.corners, 24u);
+    EXPECT_EQ(loaded.report.statistics.triangles, 12u);
+    EXPECT_EQ(loaded.report.statistics.vertices, 8u);
+    EXPECT_EQ(loaded.report.statistics.corners, 24u);
     EXPECT_THAT(loaded.commands(), ElementsAre(std::make_pair("<default>", 36u)));
 }
 
@@ -292,28 +292,28 @@ TEST_F(ObjLoaderTest, NormalsAfterFacesAreNotAlignedWithThem) {
     const Loaded loaded = load(kTriangle + "f 1 2 3\nvn 0 0 1\nvn 0 1 0\nvn 1 0 0\nf 1//1 2//2 3//3\n");
     EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")),
                 ElementsAre(0, 0, 1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
-    EXPECT_EQ(loaded.report.substitutedCorners, 3u);
+    EXPECT_EQ(loaded.report.statistics.substitutedCorners, 3u);
 }
 
 TEST_F(ObjLoaderTest, CornersWithoutANormalPassOnNoIndex) {
     const Loaded loaded = load(kTriangle + "vn 0 0 1\nf 1 2 3\n");
     EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
-    EXPECT_EQ(loaded.report.substitutedCorners, 3u);
+    EXPECT_EQ(loaded.report.statistics.substitutedCorners, 3u);
 }
 
 TEST_F(ObjLoaderTest, DroppedFaceFreesItsNumber) {
     const Loaded loaded = load(kTriangle + "v 5 5 5\nf 1 x 3\nf 1 2 3\nf 1/y 2 3\nf 2 3 4\n");
     EXPECT_EQ(loaded.report.faces, 2u);
     EXPECT_EQ(loaded.report.droppedFaces, 2u);
-    EXPECT_EQ(loaded.report.triangles, 2u);
-    EXPECT_EQ(loaded.report.untriangulatedFaces, 0u);
+    EXPECT_EQ(loaded.report.statistics.triangles, 2u);
+    EXPECT_EQ(loaded.report.statistics.untriangulatedFaces, 0u);
 }
 
 TEST_F(ObjLoaderTest, ReportCountsFacesThatGiveNoTriangle) {
     const Loaded loaded = load(kTriangle + "f\nf 1\nf 1 2\nf 1 2 3\n");
     EXPECT_EQ(loaded.report.faces, 4u);
-    EXPECT_EQ(loaded.report.untriangulatedFaces, 3u);
-    EXPECT_EQ(loaded.report.triangles, 1u);
+    EXPECT_EQ(loaded.report.statistics.untriangulatedFaces, 3u);
+    EXPECT_EQ(loaded.report.statistics.triangles, 1u);
     EXPECT_EQ(loaded.report.bytesRead, kTriangle.size() + 20);
 }
 
@@ -330,11 +330,11 @@ TEST_F(ObjLoaderTest, ReportCountsEverythingForItself) {
     EXPECT_EQ(loaded.report.faces, 5u);
     EXPECT_EQ(loaded.report.droppedFaces, 4u);
     EXPECT_EQ(loaded.report.facesWithoutGroup, 2u);
-    EXPECT_EQ(loaded.report.untriangulatedFaces, 1u);
-    EXPECT_EQ(loaded.report.substitutedCorners, 1u);
-    EXPECT_EQ(loaded.report.corners, 15u);
-    EXPECT_EQ(loaded.report.vertices, 7u);
-    EXPECT_EQ(loaded.report.triangles, 3u);
+    EXPECT_EQ(loaded.report.statistics.untriangulatedFaces, 1u);
+    EXPECT_EQ(loaded.report.statistics.substitutedCorners, 1u);
+    EXPECT_EQ(loaded.report.statistics.corners, 15u);
+    EXPECT_EQ(loaded.report.statistics.vertices, 7u);
+    EXPECT_EQ(loaded.report.statistics.triangles, 3u);
 }
 
 TEST_F(ObjLoaderTest, ReportAndProgressMayBeLeftOut) {
@@ -717,10 +717,10 @@ TEST_F(ObjLoaderTest, GroupsInAnyOrderLoadAsLiterally) {
 TEST_F(ObjLoaderTest, ReportCountsCornersWithoutAValueHoweverMerged) {
     const MessageLog log;
     const Loaded merged = load(kTriangle + "vt 0 0\nf 1/1 2/9 3/9\nf 1/1 2/9 3\n");
-    EXPECT_EQ(merged.report.substitutedCorners, 4U);
+    EXPECT_EQ(merged.report.statistics.substitutedCorners, 4U);
     const Loaded listed =
         load(kTriangle + "vt 0 0\nf 1/1 2/9 3/9\nf 1/1 2/9 3\nvn 0 0 1\nf 1/1/1 2/1/1 3/1/1\n");
-    EXPECT_EQ(listed.report.substitutedCorners, 4U + 6U);
+    EXPECT_EQ(listed.report.statistics.substitutedCorners, 4U + 6U);
 }
 
 // Numbers in a file begin with 1.
@@ -749,7 +749,7 @@ TEST_F(ObjLoaderTest, TheLastValueIsThereAndThoseBehindItAreZeros) {
                                    "take a value of zeros")
                         .arg(row.name));
             EXPECT_EQ(log.texts(QtWarningMsg), warnings);
-            EXPECT_EQ(loaded.report.substitutedCorners, isThere ? 0U : 1U);
+            EXPECT_EQ(loaded.report.statistics.substitutedCorners, isThere ? 0U : 1U);
             const std::vector<float> uploaded = loaded.values(QString::fromLatin1(row.name));
             EXPECT_EQ(std::count(uploaded.begin(), uploaded.end(), 9.0F), isThere ? 1 : 0);
             EXPECT_GE(std::count(uploaded.begin(), uploaded.end(), 0.0F), isThere ? 0 : row.components);

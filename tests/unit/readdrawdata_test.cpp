@@ -119,8 +119,8 @@ TEST_F(ReadDrawDataTest, CanBeLookedAtBeforeTheUpload) {
     EXPECT_EQ(data.group(0, 1).material.texturePath(QStringLiteral("map_Kd")),
               path(QStringLiteral("red.png")));
     EXPECT_EQ(data.commandBox(0, 0).maximum, QVector3D(1, 1, 0));
-    EXPECT_EQ(report.triangles, 2U);
-    EXPECT_EQ(report.vertices, 3U);
+    EXPECT_EQ(report.statistics.triangles, 2U);
+    EXPECT_EQ(report.statistics.vertices, 3U);
 }
 
 TEST_F(ReadDrawDataTest, FailsAsALoadDoes) {

@@ -121,10 +121,10 @@ TEST_F(SharedModelsTest, EveryModelGivesItsTrianglesOrTheDefinedError) {
         }
         EXPECT_NE(loaded, nullptr) << number << error.toStdString();
         EXPECT_TRUE(error.isNull()) << number;
-        EXPECT_EQ(report.triangles, exception == nullptr ? model.triangles : exception->triangles)
-            << number << ", " << report.droppedFaces << " dropped, " << report.untriangulatedFaces
-            << " uncut, " << report.facesWithoutGroup << " without group, " << report.substitutedCorners
-            << " corners";
+        EXPECT_EQ(report.statistics.triangles, exception == nullptr ? model.triangles : exception->triangles)
+            << number << ", " << report.droppedFaces << " dropped, " << report.statistics.untriangulatedFaces
+            << " uncut, " << report.facesWithoutGroup << " without group, "
+            << report.statistics.substitutedCorners << " corners";
     }
 }
 

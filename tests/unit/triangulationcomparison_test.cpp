@@ -145,11 +145,10 @@ TEST(TriangulationComparisonTest, OneTriangulatorCutsFacesAsSingleCallsDo) {
         QVector<unsigned int> actual;
         log.clear();
         mesh.cutOneByOne(faces, expected);
-        const std::vector<LoggedMessage> messages = log.messages();
         log.clear();
         mesh.cutWithOneTriangulator(faces, actual);
         ASSERT_EQ(actual, expected);
-        ASSERT_EQ(log.messages(), messages);
+        ASSERT_THAT(log.messages(), testing::IsEmpty()) << "the caller reports what cannot be triangulated";
     }
 }
 

@@ -84,12 +84,13 @@ QStringList notesOn(const LoadReport& report) {
     note(notes, report.facesWithoutGroup,
          " face belongs to no material: its material was not known when it was read. It is not drawn.",
          " faces belong to no material: theirs was not known when they were read. They are not drawn.");
-    note(notes, report.untriangulatedFaces, " face could not be cut into triangles. It is not drawn.",
+    note(notes, report.statistics.untriangulatedFaces,
+         " face could not be cut into triangles. It is not drawn.",
          " faces could not be cut into triangles. They are not drawn.");
-    note(notes, report.substitutedCorners,
+    note(notes, report.statistics.substitutedCorners,
          " corner names a position, normal or texture coordinate that does not exist, and got zeros.",
          " corners name a position, normal or texture coordinate that does not exist, and got zeros.");
-    if (report.triangles == 0)
+    if (report.statistics.triangles == 0)
         notes.append(QStringLiteral("There is nothing to draw: the model has no triangles."));
     return notes;
 }

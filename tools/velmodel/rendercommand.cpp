@@ -116,7 +116,7 @@ ExitCode runRender(const QStringList& arguments) {
     if (!loaded.model)
         return ExitCode::CannotLoad;
     installTextureLoader(loaded.files);
-    if (loaded.report.triangles == 0 || !loaded.model->bounds().isValid)
+    if (loaded.report.statistics.triangles == 0 || !loaded.model->bounds().isValid)
         return fail(ExitCode::CannotLoad, options->file,
                     QStringLiteral("There is nothing to draw: the model has no triangles"));
     return renderAll(*options, *loaded.model);

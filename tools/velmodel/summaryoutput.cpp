@@ -107,10 +107,11 @@ QJsonArray materialsJson(const ModelSummary& summary) {
 QString summaryText(const ModelSummary& summary) {
     const LoadReport& report = summary.report;
     QString text = onOneLine(summary.file) + QLatin1Char('\n');
-    text += row("vertices",
-                QStringLiteral("%1 before merging, %2 after").arg(report.corners).arg(report.vertices));
+    text += row("vertices", QStringLiteral("%1 before merging, %2 after")
+                                .arg(report.statistics.corners)
+                                .arg(report.statistics.vertices));
     text += row("faces", QString::number(report.faces));
-    text += row("triangles", QString::number(report.triangles));
+    text += row("triangles", QString::number(report.statistics.triangles));
     text += row(
         "draws",
         QStringLiteral("%1 with %2").arg(summary.draws).arg(counted(quint64(summary.commands), "command")));
@@ -131,10 +132,10 @@ QString summaryText(const ModelSummary& summary) {
 QJsonObject summaryJson(const ModelSummary& summary) {
     const LoadReport& report = summary.report;
     QJsonObject result{{QStringLiteral("file"), summary.file},
-                       {QStringLiteral("corners"), qint64(report.corners)},
-                       {QStringLiteral("vertices"), qint64(report.vertices)},
+                       {QStringLiteral("corners"), qint64(report.statistics.corners)},
+                       {QStringLiteral("vertices"), qint64(report.statistics.vertices)},
                        {QStringLiteral("faces"), qint64(report.faces)},
-                       {QStringLiteral("triangles"), qint64(report.triangles)},
+                       {QStringLiteral("triangles"), qint64(report.statistics.triangles)},
                        {QStringLiteral("draws"), summary.draws},
                        {QStringLiteral("commands"), summary.commands},
                        {QStringLiteral("attributes"), attributesJson(summary)},
@@ -146,8 +147,8 @@ QJsonObject summaryJson(const ModelSummary& summary) {
                        {QStringLiteral("megabytesPerSecond"), summary.megabytesPerSecond()},
                        {QStringLiteral("droppedFaces"), qint64(report.droppedFaces)},
                        {QStringLiteral("facesWithoutGroup"), qint64(report.facesWithoutGroup)},
-                       {QStringLiteral("untriangulatedFaces"), qint64(report.untriangulatedFaces)},
-                       {QStringLiteral("substitutedCorners"), qint64(report.substitutedCorners)},
+                       {QStringLiteral("untriangulatedFaces"), qint64(report.statistics.untriangulatedFaces)},
+                       {QStringLiteral("substitutedCorners"), qint64(report.statistics.substitutedCorners)},
                        {QStringLiteral("notes"), QJsonArray::fromStringList(summary.notes)}};
     if (summary.cache) {
         result.insert(QStringLiteral("acmr"), double(summary.cache->acmr));

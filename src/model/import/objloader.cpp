@@ -145,11 +145,7 @@ LoadReport ObjImport::report() const {
     report.faces = _feed.faces();
     report.droppedFaces = _droppedFaces;
     report.facesWithoutGroup = _feed.facesWithoutGroup();
-    report.untriangulatedFaces = _statistics.untriangulatedFaces;
-    report.substitutedCorners = _statistics.substitutedCorners;
-    report.corners = _statistics.corners;
-    report.vertices = _statistics.vertices;
-    report.triangles = _statistics.triangles;
+    report.statistics = _statistics;
     return report;
 }
 
