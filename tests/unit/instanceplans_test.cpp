@@ -1,53 +1,26 @@
-#include <dlfcn.h>
-
-#include <QtCore/QRegExp>
-#include <QtCore/QStringList>
-
 #include <gmock/gmock.h>
 
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
 
-// This program is not linked to the library: it loads it, as a plug-in host does.
+#include "staticobjects.h"
 
-namespace {
-
-/// What the static objects of the library made and registered, in that order.
-QStringList& events() {
-    static QStringList list;
-    return list;
-}
-
-template<typename Function>
-Function* original(const char* symbol) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
-}
-
-} // namespace
+using Atelier::Vel::Testing::original;
+using Atelier::Vel::Testing::staticEvents;
 
 // The library sees these functions, although the project hides its symbols, and not those of VelGL and Qt.
 // NOLINTBEGIN: their symbols
 #pragma GCC visibility push(default)
 extern "C" {
 void _ZN7Atelier3Vel12TextureTokenC1Ev(void* token) {
-    events() << QStringLiteral("token");
+    staticEvents() << QStringLiteral("token");
     original<void(void*)>("_ZN7Atelier3Vel12TextureTokenC1Ev")(token);
 }
 void _ZN7Atelier3Vel20InstanceDataRegistry12registerPlanEPNS0_16InstanceDataPlanE(
     void* registry, Atelier::Vel::InstanceDataPlan* plan) {
-    events() << plan->name();
+    staticEvents() << plan->name();
     original<void(void*, void*)>(
         "_ZN7Atelier3Vel20InstanceDataRegistry12registerPlanEPNS0_16InstanceDataPlanE")(registry, plan);
-}
-void _ZN7QRegExpC1ERK7QStringN2Qt15CaseSensitivityENS_13PatternSyntaxE(void* expression,
-                                                                       const QString& pattern,
-                                                                       Qt::CaseSensitivity sensitivity,
-                                                                       QRegExp::PatternSyntax syntax) {
-    const bool isUsual = sensitivity == Qt::CaseSensitive && syntax == QRegExp::RegExp;
-    events() << (isUsual ? pattern : QStringLiteral("other kind of expression"));
-    original<void(void*, const QString&, Qt::CaseSensitivity, QRegExp::PatternSyntax)>(
-        "_ZN7QRegExpC1ERK7QStringN2Qt15CaseSensitivityENS_13PatternSyntaxE")(expression, pattern, sensitivity,
-                                                                             syntax);
 }
 }
 #pragma GCC visibility pop
@@ -58,15 +31,9 @@ namespace {
 
 using DataType = InstanceDataPlan::DataType;
 
-void* load() {
-    void* const library = dlopen(VELMODEL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(library, nullptr) << dlerror();
-    return library;
-}
-
 TEST(InstancePlansTest, LoadingRegistersBothPlansInOrder) {
     EXPECT_TRUE(InstanceDataRegistry::Instance().plans().isEmpty());
-    void* const library = load();
+    void* const library = Testing::loadLibrary();
     ASSERT_NE(library, nullptr);
     const auto plans = InstanceDataRegistry::Instance().plans();
     ASSERT_EQ(plans.size(), 2);
@@ -81,20 +48,9 @@ TEST(InstancePlansTest, LoadingRegistersBothPlansInOrder) {
     EXPECT_EQ(dlclose(library), 0);
 }
 
-// Builder unit, OBJ-import unit, text unit: the order of the sources in the library's CMakeLists.txt.
-TEST(InstancePlansTest, LoadingMakesEachStaticOnceInTheOrderOfTheUnits) {
-    events().clear();
-    void* const library = load();
-    ASSERT_NE(library, nullptr);
-    EXPECT_EQ(events().join(' ').toStdString(), "token InstanceInfo token OBJMaterial \\S \\S \\s+");
-    events().clear();
-    EXPECT_EQ(dlclose(library), 0);
-    EXPECT_TRUE(events().isEmpty()) << "unloading registers nothing";
-}
-
 TEST(InstancePlansTest, PlansOutliveTheLibrary) {
     for (int round = 0; round < 100; ++round) {
-        void* const library = load();
+        void* const library = Testing::loadLibrary();
         ASSERT_NE(library, nullptr);
         ASSERT_EQ(dlclose(library), 0);
         ASSERT_EQ(dlopen(VELMODEL_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was not unloaded";

@@ -207,17 +207,6 @@ TEST(LineParsersTest, WidestParserThatTheProcessorRunsIsUsed) {
         EXPECT_EQ(findWideParser(), findSse41Parser());
 }
 
-// The features that it is compiled for and those that it asks for are one list.
-TEST(LineParsersTest, Avx512ParserNeedsEachOfItsFeatures) {
-    if (findEmulatedAvx512Parser() == nullptr)
-        GTEST_SKIP() << "this processor lacks the instructions of the parser EmulatedAvx512";
-    for (const char* feature : {"sse4.1", "popcnt", "bmi", "bmi2", "avx2", "avx512f", "avx512bw", "avx512vl",
-                                "avx512vbmi", "avx512vbmi2"}) {
-        const Testing::WithoutFeature without(feature);
-        EXPECT_EQ(findEmulatedAvx512Parser(), nullptr) << feature;
-    }
-}
-
 // What a wide parser leaves, the portable way takes: that costs time only, and shows in no result.
 TEST_P(WideParserTest, TakesOrdinaryLinesByItself) {
     for (const QByteArray line :
