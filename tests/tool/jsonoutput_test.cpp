@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include "support/messagelog.h"
+#include "support/scale.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -71,7 +72,7 @@ TEST(JsonOutputTest, TextThatLooksLikeTheStandInForMinusZeroStays) {
 
 TEST(JsonOutputTest, RandomBitsReadBackAsTheyWere) {
     std::mt19937 random(20240611);
-    const int count = 20000 * std::max(1, qEnvironmentVariableIntValue("VELMODEL_TEST_SCALE"));
+    const int count = Testing::scaled(20000);
     for (int n = 0; n < count; ++n) {
         const float value = fromBits(static_cast<quint32>(random()));
         if (!qIsFinite(value))

@@ -701,8 +701,8 @@ TEST_F(ObjLoaderTest, GroupsInAnyOrderLoadAsLiterally) {
     };
     const QByteArray begin = "mtllib lib.mtl\n" + objects(nasty, 1, 60, 0, 1);
     for (const int corners : {1, 2, 3}) {
-        const QByteArray few = faces(5'000, corners);
-        const QByteArray many = faces(40'000, corners);
+        const QByteArray few = faces(scaled(5'000), corners);
+        const QByteArray many = faces(scaled(40'000), corners);
         for (const QByteArray& model :
              {many, many + "usemtl a\n" + many + "usemtl b\n" + few, few + "usemtl b\n" + many,
               few + "usemtl none\n" + many + "usemtl a\n" + many, "usemtl b\n" + few + "usemtl a\n" + many,

@@ -13,6 +13,7 @@
 #include "lineparsers.h"
 #include "literal/literalobjreader.h"
 #include "objrecords.h"
+#include "support/scale.h"
 
 namespace Atelier::Vel {
 
@@ -28,6 +29,7 @@ using Testing::nameOf;
 using Testing::nativeParsers;
 using Testing::parse;
 using Testing::ParsedLines;
+using Testing::scaledStep;
 using Testing::takeAll;
 
 // Only behind such lines others of their kinds are plain.
@@ -84,7 +86,7 @@ QByteArray meaningfulBytes() {
 template<typename Use>
 void forEachNearMiss(const QByteArray& text, const QByteArray& bytes, Use use) {
     use(text);
-    for (int at = 0; at < text.size(); ++at) {
+    for (int at = 0; at < text.size(); at += scaledStep()) {
         use(QByteArray(text).remove(at, 1));
         for (const char byte : bytes) {
             use(QByteArray(text).replace(at, 1, &byte, 1));
@@ -180,7 +182,7 @@ TEST_P(NearMissTest, FacesOfEveryLengthReadAsLiterally) {
     for (const QByteArray corner : {"%", "%/%", "%//%", "%/%/%", "-%/-%/-%"})
         for (int corners = 1; corners <= 5; ++corners) {
             const int numbers = corners * corner.count('%');
-            for (int digits = numbers; digits <= 8 * numbers; ++digits)
+            for (int digits = numbers; digits <= 8 * numbers; digits += scaledStep())
                 expectNearMissesAsLiterally({face(corner, corners, digits)}, "/");
         }
 }
@@ -217,7 +219,7 @@ TEST_P(NearMissTest, BytesAroundTheLinesDoNotMatter) {
 }
 
 TEST_P(LinePlaceTest, LinesReadTheSameWhereverTheyLie) {
-    for (int shift = 4; shift < 4 + 64; ++shift) {
+    for (int shift = 4; shift < 4 + 64; shift += scaledStep()) {
         const QByteArray before =
             "f" + QByteArray(" 1").repeated(shift / 2 - 1) + (shift % 2 == 0 ? "\n" : "2\n");
         ASSERT_EQ(before.size(), shift);

@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include "support/scale.h"
+
 namespace Atelier::Vel {
 namespace {
 
@@ -58,7 +60,7 @@ private:
 
 TEST(TriangulationMathTest, PlaneVectorsComputeAsQtsDo) {
     Numbers numbers;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Testing::scaled(kRounds); ++round) {
         const PlanePoint p = {numbers.next(), numbers.next()};
         const PlanePoint q = {numbers.next(), numbers.next()};
         const QVector2D qtP(p.x, p.y);
@@ -72,7 +74,7 @@ TEST(TriangulationMathTest, PlaneVectorsComputeAsQtsDo) {
 
 TEST(TriangulationMathTest, SpaceVectorsComputeAsQtsDo) {
     Numbers numbers;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Testing::scaled(kRounds); ++round) {
         const SpacePoint p = {numbers.next(), numbers.next(), numbers.next()};
         const SpacePoint q = {numbers.next(), numbers.next(), numbers.next()};
         const QVector3D qtP(p.x, p.y, p.z);
@@ -101,7 +103,7 @@ TEST(TriangulationMathTest, NullVectorsBecomeZeroOrStay) {
 
 TEST(TriangulationMathTest, ReverseOfADirectionIsItsNegative) {
     Numbers numbers;
-    for (int round = 0; round < kRounds / 4; ++round) {
+    for (int round = 0; round < Testing::scaled(kRounds / 4); ++round) {
         const PlanePoint p = {numbers.next(), numbers.next()};
         const PlanePoint q = {numbers.next(), numbers.next()};
         const PlanePoint there = normalized(q - p);

@@ -9,10 +9,12 @@
 
 #include "literal/literaltriangulation.h"
 #include "literal/testpolygons.h"
+#include "support/scale.h"
 
 namespace Atelier::Vel {
 namespace {
 
+using Testing::scaled;
 using Testing::TestPolygon;
 
 Winding quickWinding(const TestPolygon& p) {
@@ -68,7 +70,7 @@ TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
     std::mt19937 random(50);
     std::uniform_real_distribution<float> number(-1, 1);
     int notNull = 0;
-    for (int round = 0; round < 20'000; ++round) {
+    for (int round = 0; round < scaled(20'000); ++round) {
         TestPolygon tiny;
         tiny.corners = {0, 1, 2, 3};
         for (int k = 0; k < 4; ++k)
@@ -79,13 +81,13 @@ TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
         ++notNull;
         ASSERT_EQ(quickWinding(tiny), Winding::kUndecided);
     }
-    EXPECT_GT(notNull, 1000);
+    EXPECT_GT(notNull, scaled(1000));
 }
 
 TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
     std::mt19937 random(51);
     int decided[3] = {};
-    for (int round = 0; round < 400'000; ++round) {
+    for (int round = 0; round < scaled(400'000); ++round) {
         const TestPolygon polygon = Testing::randomPolygon(3 + round % 2, random);
         const Winding winding = quickWinding(polygon);
         ++decided[static_cast<int>(winding)];
@@ -93,9 +95,9 @@ TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
             continue;
         ASSERT_EQ(winding == Winding::kCounterClockwise, isCounterClockwiseAsDefined(polygon));
     }
-    EXPECT_GT(decided[static_cast<int>(Winding::kCounterClockwise)], 100'000);
+    EXPECT_GT(decided[static_cast<int>(Winding::kCounterClockwise)], scaled(100'000));
     EXPECT_GT(decided[static_cast<int>(Winding::kClockwise)], 100) << "normals that are rounding errors";
-    EXPECT_GT(decided[static_cast<int>(Winding::kUndecided)], 1'000);
+    EXPECT_GT(decided[static_cast<int>(Winding::kUndecided)], scaled(1'000));
 }
 
 TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll) {
@@ -103,7 +105,7 @@ TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll)
     std::uniform_real_distribution<float> number(-1, 1);
     std::uniform_real_distribution<float> exponent(-7, 0);
     int sure = 0;
-    for (int round = 0; round < 400'000; ++round) {
+    for (int round = 0; round < scaled(400'000); ++round) {
         const int count = 3 + round % 2;
         const float height = std::pow(10.0F, exponent(random));
         const float offset = std::pow(10.0F, -exponent(random)) - 1;
@@ -120,7 +122,7 @@ TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll)
         ++sure;
         ASSERT_EQ(winding == Winding::kCounterClockwise, isCounterClockwiseAsDefined(polygon));
     }
-    EXPECT_GT(sure, 100'000);
+    EXPECT_GT(sure, scaled(100'000));
 }
 
 Winding windingOf(const FourWindings& windings, unsigned int face) {
@@ -137,7 +139,7 @@ TEST(TriangulationWindingTest, FourFacesAtOnceAreDecidedLikeEachByItself) {
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     std::mt19937 random(52);
     int found[3] = {};
-    for (int round = 0; round < 100'000; ++round) {
+    for (int round = 0; round < scaled(100'000); ++round) {
         const int count = 3 + round % 2;
         std::vector<float> positions;
         std::vector<quint32> corners;
