@@ -2,9 +2,9 @@
 
 #include "context/contextgl.h"
 
-#include <QtCore/QUuid>
-
+#include "context/contextaccess.h"
 #include "context/debugmessages.h"
+#include "context/glversion.h"
 
 namespace Atelier::Vel {
 
@@ -20,24 +20,6 @@ quint64 nextSerial() {
 }
 
 } // namespace
-
-ShareGroup::ShareGroup() : _label("velgl share group " + QUuid::createUuid().toByteArray()) {
-    GLint previous = 0;
-    glGetIntegerv(GL_COPY_WRITE_BUFFER_BINDING, &previous);
-    glGenBuffers(1, &_tag);
-    glBindBuffer(GL_COPY_WRITE_BUFFER, _tag);
-    glObjectLabel(GL_BUFFER, _tag, _label.size(), _label.constData());
-    glBindBuffer(GL_COPY_WRITE_BUFFER, static_cast<GLuint>(previous));
-}
-
-bool ShareGroup::isCurrent() const {
-    if (!glIsBuffer(_tag))
-        return false;
-    QByteArray label(_label.size() + 1, '\0');
-    GLsizei length = 0;
-    glGetObjectLabel(GL_BUFFER, _tag, label.size(), &length, label.data());
-    return label.left(length) == _label;
-}
 
 ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> group,
                      const ContextFeatures& wanted)
@@ -60,8 +42,14 @@ void ContextGL::deleteQueued() {
     _ownNames->deleteQueued();
 }
 
-int currentVersion() {
-    return epoxy_is_desktop_gl() ? epoxy_gl_version() : 0;
+ContextGL* ContextGL::current() {
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
+    // An object put in place by setCurrent() need not be the one that is natively current.
+    if (!gl || gl->native() != currentNativeContext())
+        return nullptr;
+    gl->deleteQueued();
+    return gl;
 }
 
 } // namespace Atelier::Vel

@@ -2,28 +2,12 @@
 
 #include <memory>
 
-#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include "context/nativecontext.h"
-#include "objects/glname.h"
+#include "context/sharegroup.h"
 
 namespace Atelier::Vel {
-
-/// The names that a group of sharing contexts has in common. A labelled buffer tells the group from others:
-/// no window system says for every context with whom it shares.
-class ShareGroup : public NameOwner {
-public:
-    /// Requires: one of the new group's contexts is natively current.
-    ShareGroup();
-
-    /// Whether the context that is natively current belongs to this group.
-    bool isCurrent() const;
-
-private:
-    unsigned int _tag = 0;
-    QByteArray _label;
-};
 
 /// What a context can do beyond the least that VelGL asks for.
 struct ContextFeatures {
@@ -65,8 +49,5 @@ private:
     std::shared_ptr<ShareGroup> _group;
     std::shared_ptr<NameOwner> _ownNames;
 };
-
-/// The version of what is natively current times ten, 0 for OpenGL ES.
-int currentVersion();
 
 } // namespace Atelier::Vel

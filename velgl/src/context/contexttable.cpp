@@ -6,6 +6,7 @@
 
 #include <QtGui/QOpenGLContext>
 
+#include "context/glversion.h"
 #include "context/log.h"
 
 namespace Atelier::Vel {

@@ -6,19 +6,9 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QWeakPointer>
 
-#include <velgl/opengldevicecontext.h>
-
-#include "context/contextgl.h"
+#include "context/contextaccess.h"
 
 namespace Atelier::Vel {
-
-/// The least version that VelGL works with, times ten.
-constexpr int kMinVersion = 43;
-
-/// Reaches the part of a device context that its header does not show.
-struct ContextAccess {
-    static std::unique_ptr<ContextGL>& gl(OpenGLDeviceContext& context);
-};
 
 /// All native contexts that VelGL has met, those of others and its own.
 class ContextTable {

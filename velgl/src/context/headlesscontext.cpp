@@ -8,6 +8,7 @@
 #include "context/contexttable.h"
 #include "context/debugmessages.h"
 #include "context/egldisplays.h"
+#include "context/glversion.h"
 
 namespace Atelier::Vel {
 

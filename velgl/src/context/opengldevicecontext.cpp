@@ -1,9 +1,5 @@
 #include <velgl/opengldevicecontext.h>
 
-#include <velgl/bufferobject.h>
-#include <velgl/sharedpointer.h>
-#include <velgl/vertexarrayobject.h>
-
 #include "context/contexttable.h"
 
 namespace Atelier::Vel {
@@ -53,30 +49,12 @@ bool OpenGLDeviceContext::makeCurrent() {
 
 void OpenGLDeviceContext::doneCurrent() {}
 
-QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {
-    return shared(std::make_unique<BufferObject>());
-}
-
-QSharedPointer<VertexArrayObject> OpenGLDeviceContext::createVertexArrayObject() {
-    return shared(std::make_unique<VertexArrayObject>());
-}
-
 int OpenGLDeviceContext::version() const {
     return _data->gl ? _data->gl->version() : 0;
 }
 
 QString OpenGLDeviceContext::description() const {
     return _data->gl ? _data->gl->description() : QString();
-}
-
-ContextGL* ContextGL::current() {
-    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
-    // An object put in place by setCurrent() need not be the one that is natively current.
-    if (!gl || gl->native() != currentNativeContext())
-        return nullptr;
-    gl->deleteQueued();
-    return gl;
 }
 
 } // namespace Atelier::Vel

@@ -4,6 +4,7 @@
 #include <QtCore/QString>
 
 #include "context/contextgl.h"
+#include "objects/glname.h"
 
 // Work on buffers that leaves every binding as it was, with direct state access or without. All of it
 // requires that `gl` is ContextGL::current().

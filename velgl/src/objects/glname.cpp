@@ -1,46 +1,8 @@
-#include <epoxy/gl.h>
-
 #include "objects/glname.h"
 
 #include <algorithm>
 
-#include "context/contextgl.h"
-
 namespace Atelier::Vel {
-
-namespace {
-
-void deleteName(GLKind kind, unsigned int name) {
-    switch (kind) {
-    case GLKind::Buffer:
-        glDeleteBuffers(1, &name);
-        return;
-    case GLKind::Texture:
-        glDeleteTextures(1, &name);
-        return;
-    case GLKind::Program:
-        glDeleteProgram(name);
-        return;
-    case GLKind::VertexArray:
-        glDeleteVertexArrays(1, &name);
-        return;
-    }
-}
-
-} // namespace
-
-void NameOwner::release(GLKind kind, unsigned int name) {
-    const ContextGL* gl = ContextGL::current();
-    if (gl && gl->owns(*this))
-        deleteName(kind, name);
-    else
-        _queued.emplace_back(kind, name);
-}
-
-void NameOwner::deleteQueued() {
-    for (const auto& [kind, name] : std::exchange(_queued, {}))
-        deleteName(kind, name);
-}
 
 GLName& GLName::operator=(GLName&& other) noexcept {
     if (this != &other) {

@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "context/contextgl.h"
+#include "objects/glname.h"
 #include "objects/labels.h"
 #include "state/bindingstack.h"
 

@@ -7,6 +7,7 @@
 #include "context/contextgl.h"
 #include "context/glerrors.h"
 #include "context/log.h"
+#include "objects/glname.h"
 #include "objects/labels.h"
 #include "state/bindingstack.h"
 #include "state/pixelstore.h"

@@ -9,6 +9,7 @@
 #include "context/contextgl.h"
 #include "context/glerrors.h"
 #include "context/log.h"
+#include "objects/glname.h"
 #include "objects/labels.h"
 #include "objects/scalartype.h"
 #include "state/bindingstack.h"

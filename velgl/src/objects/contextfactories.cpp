@@ -1,0 +1,17 @@
+#include <velgl/bufferobject.h>
+#include <velgl/opengldevicecontext.h>
+#include <velgl/sharedpointer.h>
+#include <velgl/vertexarrayobject.h>
+
+// The factories of a context stand with the objects that they make: contexts know no objects.
+namespace Atelier::Vel {
+
+QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {
+    return shared(std::make_unique<BufferObject>());
+}
+
+QSharedPointer<VertexArrayObject> OpenGLDeviceContext::createVertexArrayObject() {
+    return shared(std::make_unique<VertexArrayObject>());
+}
+
+} // namespace Atelier::Vel
