@@ -27,7 +27,7 @@ ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> gr
       _native(native),
       _version(currentVersion()),
       _group(std::move(group)),
-      _ownNames(std::make_shared<NameOwner>()) {
+      _ownNameSpace(std::make_shared<GLNameSpace>()) {
     _description = QStringLiteral("%1, %2, OpenGL %3")
                        .arg(driverText(GL_VENDOR), driverText(GL_RENDERER), driverText(GL_VERSION));
     _features.directStateAccess =
@@ -37,9 +37,9 @@ ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> gr
     logDebugMessages();
 }
 
-void ContextGL::deleteQueued() {
-    _group->deleteQueued();
-    _ownNames->deleteQueued();
+void ContextGL::deleteQueuedNames() {
+    _group->deleteQueuedNames();
+    _ownNameSpace->deleteQueuedNames();
 }
 
 ContextGL* ContextGL::current() {
@@ -48,7 +48,7 @@ ContextGL* ContextGL::current() {
     // An object put in place by setCurrent() need not be the one that is natively current.
     if (!gl || gl->native() != currentNativeContext())
         return nullptr;
-    gl->deleteQueued();
+    gl->deleteQueuedNames();
     return gl;
 }
 

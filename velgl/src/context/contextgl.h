@@ -35,10 +35,12 @@ public:
     /// Owner of the names that sharing contexts have in common: buffers, textures, programs.
     const std::shared_ptr<ShareGroup>& group() const { return _group; }
     /// Owner of the names of this context alone: vertex arrays.
-    const std::shared_ptr<NameOwner>& ownNames() const { return _ownNames; }
-    bool owns(const NameOwner& owner) const { return &owner == _group.get() || &owner == _ownNames.get(); }
+    const std::shared_ptr<GLNameSpace>& ownNameSpace() const { return _ownNameSpace; }
+    bool knows(const GLNameSpace& space) const {
+        return &space == _group.get() || &space == _ownNameSpace.get();
+    }
     /// Requires: this context is natively current.
-    void deleteQueued();
+    void deleteQueuedNames();
 
 private:
     quint64 _serial;
@@ -47,7 +49,7 @@ private:
     QString _description;
     ContextFeatures _features;
     std::shared_ptr<ShareGroup> _group;
-    std::shared_ptr<NameOwner> _ownNames;
+    std::shared_ptr<GLNameSpace> _ownNameSpace;
 };
 
 } // namespace Atelier::Vel

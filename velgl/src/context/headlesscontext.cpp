@@ -83,7 +83,7 @@ public:
     bool makeCurrent() override {
         const bool isMade = _context->makeCurrent();
         if (isMade)
-            ContextAccess::gl(*this)->deleteQueued();
+            ContextAccess::gl(*this)->deleteQueuedNames();
         return isMade;
     }
     void doneCurrent() override { _context->doneCurrent(); }

@@ -2,13 +2,13 @@
 
 #include <QtCore/QByteArray>
 
-#include "context/nameowner.h"
+#include "context/glnamespace.h"
 
 namespace Atelier::Vel {
 
 /// The names that a group of sharing contexts has in common. A labelled buffer tells the group from others:
 /// no window system says for every context with whom it shares.
-class ShareGroup : public NameOwner {
+class ShareGroup : public GLNameSpace {
 public:
     /// Requires: one of the new group's contexts is natively current.
     ShareGroup();

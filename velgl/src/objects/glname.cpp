@@ -9,20 +9,20 @@ GLName& GLName::operator=(GLName&& other) noexcept {
         release();
         _kind = other._kind;
         _name = std::exchange(other._name, 0U);
-        _owner = std::move(other._owner);
+        _space = std::move(other._space);
     }
     return *this;
 }
 
 void GLName::release() {
-    const std::shared_ptr<NameOwner> owner = _owner.lock();
-    if (owner && _name)
-        owner->release(_kind, _name);
+    const std::shared_ptr<GLNameSpace> space = _space.lock();
+    if (space && _name)
+        space->release(_kind, _name);
 }
 
-const GLName* GLNames::find(const NameOwner& owner) const {
+const GLName* GLNames::find(const GLNameSpace& space) const {
     for (const GLName& name : _names)
-        if (name.livesIn(owner))
+        if (name.livesIn(space))
             return &name;
     return nullptr;
 }

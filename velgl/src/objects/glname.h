@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "context/nameowner.h"
+#include "context/glnamespace.h"
 
 namespace Atelier::Vel {
 
@@ -12,16 +12,16 @@ namespace Atelier::Vel {
 class GLName {
 public:
     GLName() = default;
-    GLName(GLKind kind, unsigned int name, const std::shared_ptr<NameOwner>& owner)
-        : _kind(kind), _name(name), _owner(owner) {}
+    GLName(GLKind kind, unsigned int name, const std::shared_ptr<GLNameSpace>& space)
+        : _kind(kind), _name(name), _space(space) {}
     ~GLName() { release(); }
     GLName(GLName&& other) noexcept
-        : _kind(other._kind), _name(std::exchange(other._name, 0U)), _owner(std::move(other._owner)) {}
+        : _kind(other._kind), _name(std::exchange(other._name, 0U)), _space(std::move(other._space)) {}
     GLName& operator=(GLName&& other) noexcept;
 
-    bool livesIn(const NameOwner& owner) const { return _name && _owner.lock().get() == &owner; }
+    bool livesIn(const GLNameSpace& space) const { return _name && _space.lock().get() == &space; }
     /// Whether it lives in a context that is not known to be gone.
-    bool isAlive() const { return _name && !_owner.expired(); }
+    bool isAlive() const { return _name && !_space.expired(); }
     unsigned int value() const { return _name; }
 
 private:
@@ -30,14 +30,14 @@ private:
 
     GLKind _kind = GLKind::Buffer;
     unsigned int _name = 0;
-    std::weak_ptr<NameOwner> _owner;
+    std::weak_ptr<GLNameSpace> _space;
 };
 
 /// The GL names of one object: one in every group of contexts where it was used.
 class GLNames {
 public:
     /// Null when the object has none there.
-    const GLName* find(const NameOwner& owner) const;
+    const GLName* find(const GLNameSpace& space) const;
     const GLName& add(GLName name);
     /// Whether there is one in a context that is not known to be gone.
     bool isAlive() const;

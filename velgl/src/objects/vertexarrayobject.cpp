@@ -81,7 +81,7 @@ struct VertexArrayObject::Data {
 // Null when OpenGL has none to give.
 ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     for (ContextArray& array : arrays)
-        if (array.name.livesIn(*gl.ownNames()))
+        if (array.name.livesIn(*gl.ownNameSpace()))
             return &array;
     const auto isGone = [](const ContextArray& array) { return !array.name.isAlive(); };
     arrays.erase(std::remove_if(arrays.begin(), arrays.end(), isGone), arrays.end());
@@ -91,7 +91,7 @@ ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
         report.refuse("made", label);
         return nullptr;
     }
-    return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNames()), {}, -1});
+    return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
 }
 
 std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {

@@ -1,6 +1,6 @@
 #include <epoxy/gl.h>
 
-#include "context/nameowner.h"
+#include "context/glnamespace.h"
 
 #include "context/contextgl.h"
 
@@ -27,15 +27,15 @@ void deleteName(GLKind kind, unsigned int name) {
 
 } // namespace
 
-void NameOwner::release(GLKind kind, unsigned int name) {
+void GLNameSpace::release(GLKind kind, unsigned int name) {
     const ContextGL* gl = ContextGL::current();
-    if (gl && gl->owns(*this))
+    if (gl && gl->knows(*this))
         deleteName(kind, name);
     else
         _queued.emplace_back(kind, name);
 }
 
-void NameOwner::deleteQueued() {
+void GLNameSpace::deleteQueuedNames() {
     for (const auto& [kind, name] : std::exchange(_queued, {}))
         deleteName(kind, name);
 }
