@@ -2,7 +2,6 @@
 
 #include "context/contextgl.h"
 
-#include "context/contextaccess.h"
 #include "context/debugmessages.h"
 #include "context/glversion.h"
 
@@ -40,16 +39,6 @@ ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> gr
 void ContextGL::deleteQueuedNames() {
     _group->deleteQueuedNames();
     _ownNameSpace->deleteQueuedNames();
-}
-
-ContextGL* ContextGL::current() {
-    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
-    // An object put in place by setCurrent() need not be the one that is natively current.
-    if (!gl || gl->native() != currentNativeContext())
-        return nullptr;
-    gl->deleteQueuedNames();
-    return gl;
 }
 
 } // namespace Atelier::Vel

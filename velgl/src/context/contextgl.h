@@ -21,10 +21,6 @@ public:
     /// Requires: `native` is current; `group` is its group. `wanted` features stay where the driver has them.
     ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> group, const ContextFeatures& wanted);
 
-    /// The context that GL calls reach now; null when there is none that VelGL can use. Deletes what waits
-    /// for it.
-    static ContextGL* current();
-
     /// Tells contexts apart, also when one has the handle of an earlier one.
     quint64 serial() const { return _serial; }
     const NativeContext& native() const { return _native; }

@@ -2,7 +2,7 @@
 
 #include "context/glnamespace.h"
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 
 namespace Atelier::Vel {
 
@@ -28,7 +28,7 @@ void deleteName(GLKind kind, unsigned int name) {
 } // namespace
 
 void GLNameSpace::release(GLKind kind, unsigned int name) {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (gl && gl->knows(*this))
         deleteName(kind, name);
     else

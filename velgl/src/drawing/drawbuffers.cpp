@@ -9,6 +9,7 @@
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/bufferoperations.h"
@@ -175,7 +176,7 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands()
 }
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     const GLName* indirect = gl ? _data->indirectIn(*gl) : nullptr;
     if (!indirect)
         return {};
@@ -186,7 +187,7 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
 }
 
 void DrawBuffers::draw(int first, int count) {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     const qint64 end = std::min<qint64>(qint64(first) + count, _data->commands.size());
     first = std::max(first, 0);
     const GLuint program = gl ? currentVertexProgram() : 0;

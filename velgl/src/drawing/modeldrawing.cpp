@@ -9,7 +9,7 @@
 #include <velgl/texture.h>
 #include <velgl/texturemanager.h>
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 #include "state/programinputs.h"
 #include "state/scopedstorage.h"
 
@@ -115,7 +115,7 @@ void drawRun(DrawBuffers& buffers, const TextureRun& run) {
 } // namespace
 
 void drawDrawable(ModelDrawable& drawable) {
-    if (!ContextGL::current())
+    if (!enterCurrentContext())
         return;
     updateRuns(drawable);
     const int count = commandCount(drawable.runs);

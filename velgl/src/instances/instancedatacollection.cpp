@@ -8,6 +8,7 @@
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
 
+#include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "objects/bufferoperations.h"
 
@@ -64,12 +65,12 @@ bool InstanceDataCollection::bindStorage(unsigned int bindingPoint, int itemCoun
 QByteArray InstanceDataCollection::readBack() {
     if (storage(0) == 0)
         return {};
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     return readBuffer(*gl, _data->in(*gl).name);
 }
 
 unsigned int InstanceDataCollection::storage(int itemCount) {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl)
         return 0;
     Data::Storage& storage = _data->in(*gl);

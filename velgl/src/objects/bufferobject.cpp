@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/bufferoperations.h"
@@ -42,7 +43,7 @@ bool BufferObject::Data::make(const ContextGL& gl) {
 
 bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
                                 unsigned long long elementSize) {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl || count < 0 || (count > 0 && elementSize > 0 && !data))
         return false;
     if (count > 0 && elementSize > quint64(std::numeric_limits<qint64>::max()) / quint64(count))
@@ -72,7 +73,7 @@ unsigned int BufferObject::target() const {
 }
 
 bool BufferObject::bind() {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     const GLenum query = bufferBindingQuery(_data->target);
     if (!gl || query == 0 || !_data->make(*gl)) {
         _data->bindings.push({});
@@ -87,7 +88,7 @@ bool BufferObject::bind() {
 
 void BufferObject::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl || gl->serial() != binding.context)
         return;
     if (_data->target != GL_ELEMENT_ARRAY_BUFFER) {
@@ -120,14 +121,14 @@ quint64 BufferObject::byteCount() const {
 }
 
 QByteArray BufferObject::readBack() const {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl || !_data->name.livesIn(*gl->group()))
         return {};
     return readBuffer(*gl, _data->name);
 }
 
 unsigned int BufferObject::name() const {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
 }
 

@@ -6,8 +6,8 @@
 #include "context/contextgl.h"
 #include "objects/glname.h"
 
-// Work on buffers that leaves every binding as it was, with direct state access or without. All of it
-// requires that `gl` is ContextGL::current().
+// Operations on buffers that leave every binding as it was, with direct state access or without.
+// Requires, for each of them: `gl` is the current context.
 namespace Atelier::Vel {
 
 /// Returns: a name that is not alive when OpenGL has none to give.

@@ -2,7 +2,7 @@
 
 #include <velgl/glentrypoints.h>
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 #include "state/pixelstore.h"
 
 namespace Atelier::Vel {
@@ -10,19 +10,19 @@ namespace Atelier::Vel {
 namespace {
 
 void pixelStorei(unsigned int name, int value) {
-    if (ContextGL::current())
+    if (findCurrentContext())
         glPixelStorei(name, value);
 }
 
 void texParameteri(unsigned int target, unsigned int name, int value) {
-    if (ContextGL::current())
+    if (findCurrentContext())
         glTexParameteri(target, name, value);
 }
 
 // The pixels lie in memory, row after row, whatever rows or unpack buffer the client has set for itself.
 void texImage2D(unsigned int target, int level, int internalFormat, int width, int height, int border,
                 unsigned int format, unsigned int type, const void* pixels) {
-    if (!ContextGL::current())
+    if (!findCurrentContext())
         return;
     const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack, ScopedPixelStore::Alignment::Client);
     glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
@@ -37,12 +37,12 @@ bool lacksImage(unsigned int target) {
 }
 
 void generateMipmap(unsigned int target) {
-    if (ContextGL::current() && !lacksImage(target))
+    if (findCurrentContext() && !lacksImage(target))
         glGenerateMipmap(target);
 }
 
 void getIntegerv(unsigned int name, int* values) {
-    if (ContextGL::current())
+    if (findCurrentContext())
         glGetIntegerv(name, values);
 }
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 #include "objects/glname.h"
 #include "objects/labels.h"
 #include "state/bindingstack.h"
@@ -79,7 +79,7 @@ Program::~Program() = default;
 
 std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, const QByteArray& fragmentShader,
                                              QString& error) {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl) {
         error = QStringLiteral("No OpenGL context is current");
         return nullptr;
@@ -109,20 +109,20 @@ bool Program::bind() {
         _data->bindings.push({});
         return false;
     }
-    _data->bindings.push({ContextGL::current()->serial(), currentName(GL_CURRENT_PROGRAM), 0});
+    _data->bindings.push({findCurrentContext()->serial(), currentName(GL_CURRENT_PROGRAM), 0});
     glUseProgram(current);
     return true;
 }
 
 void Program::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (gl && gl->serial() == binding.context)
         rebindProgram(binding.previous);
 }
 
 unsigned int Program::name() const {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
 }
 

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/glname.h"
@@ -136,7 +136,7 @@ bool Texture::isReadOnly() const {
 }
 
 bool Texture::bind() {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     const GLenum query = textureBindingQuery(_data->target);
     const GLName* name = gl && query != 0 ? _data->nameIn(*gl) : nullptr;
     if (!name) {
@@ -150,7 +150,7 @@ bool Texture::bind() {
 
 void Texture::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (!gl || gl->serial() != binding.context)
         return;
     const ScopedTextureUnit unit(binding.place);
@@ -158,7 +158,7 @@ void Texture::unbind() {
 }
 
 unsigned int Texture::name() const {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     const GLName* name = gl ? _data->names.find(*gl->group()) : nullptr;
     return name ? name->value() : 0;
 }

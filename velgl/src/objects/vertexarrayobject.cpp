@@ -6,7 +6,7 @@
 
 #include <velgl/bufferobject.h>
 
-#include "context/contextgl.h"
+#include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/glname.h"
@@ -158,7 +158,7 @@ void VertexArrayObject::setIndexBuffer(QSharedPointer<BufferObject> indices) {
 }
 
 bool VertexArrayObject::bind() {
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     ContextArray* array = gl ? _data->arrayIn(*gl) : nullptr;
     if (!array) {
         _data->bindings.push({});
@@ -172,7 +172,7 @@ bool VertexArrayObject::bind() {
 
 void VertexArrayObject::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = ContextGL::current();
+    const ContextGL* gl = enterCurrentContext();
     if (gl && gl->serial() == binding.context)
         rebindVertexArray(binding.previous);
 }
