@@ -32,7 +32,7 @@ QString errorName(GLenum error) {
 } // namespace
 
 QString takeErrors() {
-    // There are no more kinds; a context that is lost may go on telling so for ever.
+    // OpenGL has fewer kinds of errors. A lost context may report its loss forever, so the loop needs an end.
     constexpr int kMaxErrors = 8;
     QStringList names;
     for (int i = 0; i < kMaxErrors; ++i) {
@@ -45,26 +45,26 @@ QString takeErrors() {
     return names.join(QStringLiteral(", "));
 }
 
-void RefusalReport::refuse(const char* action, const QString& label) {
+void FailureReport::failed(const char* action, const QString& label) {
     const QString errors = takeErrors();
-    if (_isRefused)
+    if (_isFailed)
         return;
-    _isRefused = true;
+    _isFailed = true;
     _waiting =
         QStringLiteral("could not be %1 (%2)")
             .arg(QLatin1String(action), errors.isEmpty() ? QStringLiteral("no error is told") : errors);
     setLabel(label);
 }
 
-void RefusalReport::setLabel(const QString& label) {
+void FailureReport::setLabel(const QString& label) {
     if (_waiting.isNull() || label.isEmpty())
         return;
     qCWarning(velglLog, "%s '%s' %s", _kind, qPrintable(label), qPrintable(_waiting));
     _waiting = QString();
 }
 
-void RefusalReport::itWorks() {
-    _isRefused = false;
+void FailureReport::succeeded() {
+    _isFailed = false;
     _waiting = QString();
 }
 

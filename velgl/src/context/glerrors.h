@@ -4,27 +4,28 @@
 
 namespace Atelier::Vel {
 
-/// Takes the errors that the natively current context has noted.
-/// Returns: their names, as in "GL_OUT_OF_MEMORY, GL_INVALID_VALUE"; empty for none.
+/// Takes the errors that OpenGL has recorded for the natively current context.
+/// Returns: their names, for example "GL_OUT_OF_MEMORY, GL_INVALID_VALUE"; empty when there are none.
 QString takeErrors();
 
-/// Warns of what OpenGL refuses an object, as in "Buffer 'va_Normal' could not be filled (GL_OUT_OF_MEMORY)":
-/// once, until it works again. Many objects are filled first and labelled then: without a label the warning
-/// waits for one.
-class RefusalReport {
+/// Warns when OpenGL cannot do what an object needs, for example "Buffer 'va_Normal' could not be filled
+/// (GL_OUT_OF_MEMORY)". It warns once, and again only after a success. Many objects are filled before they
+/// are labelled: the warning about an object without a label waits for the label.
+class FailureReport {
 public:
-    /// `kind` begins the warning; a literal.
-    explicit RefusalReport(const char* kind) : _kind(kind) {}
+    /// `kind` begins the warning; a string literal.
+    explicit FailureReport(const char* kind) : _kind(kind) {}
 
-    /// Takes the errors.
-    void refuse(const char* action, const QString& label);
+    /// Takes the errors of OpenGL as the reason. `action` completes "could not be ...".
+    void failed(const char* action, const QString& label);
+    void succeeded();
+    /// Logs the warning that waits for a label, if there is one.
     void setLabel(const QString& label);
-    void itWorks();
 
 private:
     const char* _kind;
     QString _waiting; ///< the end of a warning that waits for its label
-    bool _isRefused = false;
+    bool _isFailed = false;
 };
 
 } // namespace Atelier::Vel

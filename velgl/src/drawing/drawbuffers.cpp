@@ -61,7 +61,7 @@ struct DrawBuffers::Data {
     QVector<Command> commands;
     GLNames indirect;
     quint64 checkedBytes = 0; // of the indices that the commands in `indirect` were checked against
-    RefusalReport report{"Draw commands of"};
+    FailureReport report{"Draw commands of"};
     int checkedCount = 0; // commands at the front that OpenGL was seen to draw, or to refuse
 
     QString label() const { return vao ? vao->label() : QString(); }
@@ -101,10 +101,10 @@ const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
     GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
     const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
     if (!buffer.isAlive() || !fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW)) {
-        report.refuse("uploaded", label());
+        report.failed("uploaded", label());
         return nullptr;
     }
-    report.itWorks();
+    report.succeeded();
     checkedCount = 0;
     return &indirect.add(std::move(buffer));
 }

@@ -22,7 +22,7 @@ struct InstanceDataCollection::Data {
     };
 
     std::vector<Storage> storages;
-    RefusalReport report{"Storage"};
+    FailureReport report{"Storage"};
 
     Storage& in(const ContextGL& gl);
 };
@@ -88,10 +88,10 @@ unsigned int InstanceDataCollection::storage(int itemCount) {
     storage.itemCount = 0;
     if (!storage.name.isAlive() ||
         !fillBuffer(*gl, storage.name, content.constData(), content.size(), GL_STATIC_DRAW)) {
-        _data->report.refuse("filled", _name);
+        _data->report.failed("filled", _name);
         return 0;
     }
-    _data->report.itWorks();
+    _data->report.succeeded();
     storage.itemCount = _items.size() + missing;
     return storage.name.value();
 }

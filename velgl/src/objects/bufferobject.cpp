@@ -18,7 +18,7 @@ struct BufferObject::Data {
     GLName name;
     quint64 byteCount = 0;
     QString label;
-    RefusalReport report{"Buffer"};
+    FailureReport report{"Buffer"};
     BindingStack bindings;
 
     bool make(const ContextGL& gl);
@@ -37,7 +37,7 @@ bool BufferObject::Data::make(const ContextGL& gl) {
     name = makeBuffer(gl, label);
     byteCount = 0;
     if (!name.isAlive())
-        report.refuse("made", label);
+        report.failed("made", label);
     return name.isAlive();
 }
 
@@ -54,9 +54,9 @@ bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
     const bool filled = fillBuffer(*gl, name, data, size, usage);
     byteCount = filled ? quint64(size) : 0;
     if (filled)
-        report.itWorks();
+        report.succeeded();
     else
-        report.refuse("filled", label);
+        report.failed("filled", label);
     return filled;
 }
 

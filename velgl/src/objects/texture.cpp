@@ -24,7 +24,7 @@ struct Texture::Data {
     bool isReported = false;
     std::optional<QColor> color; // of a texture that fills itself
     QString label;
-    RefusalReport report{"Texture"};
+    FailureReport report{"Texture"};
     GLNames names;
     BindingStack bindings;
 
@@ -76,7 +76,7 @@ const GLName* Texture::Data::make(const ContextGL& gl) {
     GLuint name = 0;
     glGenTextures(1, &name);
     if (name == 0) {
-        report.refuse("made", label);
+        report.failed("made", label);
         return nullptr;
     }
     const GLuint previous = currentName(textureBindingQuery(target));

@@ -25,7 +25,7 @@ namespace {
 bool isFilled(const Texture& texture) {
     if (texture.name() == 0 || texture.hasContent())
         return true;
-    RefusalReport("Texture").refuse("filled", texture.label());
+    FailureReport("Texture").failed("filled", texture.label());
     return false;
 }
 

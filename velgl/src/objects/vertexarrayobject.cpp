@@ -71,7 +71,7 @@ struct VertexArrayObject::Data {
     BindingStack bindings;
     int revision = 0;          // of the streams: one more with every change
     QStringList reportedNames; // of streams that a program could not read
-    RefusalReport report{"Vertex array"};
+    FailureReport report{"Vertex array"};
 
     ContextArray* arrayIn(const ContextGL& gl);
     std::vector<Attribute> attributesFor(unsigned int program);
@@ -88,7 +88,7 @@ ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     GLuint name = 0;
     glGenVertexArrays(1, &name);
     if (name == 0) {
-        report.refuse("made", label);
+        report.failed("made", label);
         return nullptr;
     }
     return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
