@@ -3,7 +3,6 @@
 #include <velgl/instancedatacollection.h>
 
 #include <algorithm>
-#include <vector>
 
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
@@ -21,7 +20,7 @@ struct InstanceDataCollection::Data {
         int itemCount = 0; // in the buffer, items that only fill it up included; 0 until it is filled
     };
 
-    std::vector<Storage> storages;
+    GLNameTable<Storage> storages;
     FailureReport report{"Storage"};
 
     Storage& in(const ContextGL& gl);
@@ -29,12 +28,8 @@ struct InstanceDataCollection::Data {
 
 // With a name that is not alive where there is none yet.
 InstanceDataCollection::Data::Storage& InstanceDataCollection::Data::in(const ContextGL& gl) {
-    for (Storage& storage : storages)
-        if (storage.name.livesIn(*gl.group()))
-            return storage;
-    const auto isGone = [](const Storage& storage) { return !storage.name.isAlive(); };
-    storages.erase(std::remove_if(storages.begin(), storages.end(), isGone), storages.end());
-    return storages.emplace_back();
+    Storage* storage = storages.find(*gl.group());
+    return storage ? *storage : storages.add({});
 }
 
 InstanceDataCollection::InstanceDataCollection(const QString& name, const QList<InstanceData>& items)

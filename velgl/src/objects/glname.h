@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -33,17 +34,49 @@ private:
     std::weak_ptr<GLNameSpace> _space;
 };
 
-/// The GL names of one object: one in every group of contexts where it was used.
-class GLNames {
+/// What an object has in each name space where it was used. `Entry` has a member `name`, a GLName. Objects
+/// are used in one or two name spaces, so the entries are searched one after the other.
+template<typename Entry>
+class GLNameTable {
 public:
-    /// Null when the object has none there.
-    const GLName* find(const GLNameSpace& space) const;
-    const GLName& add(GLName name);
-    /// Whether there is one in a context that is not known to be gone.
-    bool isAlive() const;
+    /// Returns: the entry whose name belongs to `space`; null when there is none.
+    Entry* find(const GLNameSpace& space) {
+        for (Entry& entry : _entries)
+            if (entry.name.livesIn(space))
+                return &entry;
+        return nullptr;
+    }
+
+    /// Adds an entry and drops those whose contexts are gone. Pointers to other entries become invalid.
+    Entry& add(Entry entry) {
+        const auto isGone = [](const Entry& known) { return !known.name.isAlive(); };
+        _entries.erase(std::remove_if(_entries.begin(), _entries.end(), isGone), _entries.end());
+        return _entries.emplace_back(std::move(entry));
+    }
+
+    /// Returns: whether an entry's name belongs to a context that is not known to be gone.
+    bool isAlive() const {
+        return std::any_of(_entries.cbegin(), _entries.cend(),
+                           [](const Entry& entry) { return entry.name.isAlive(); });
+    }
 
 private:
-    std::vector<GLName> _names;
+    std::vector<Entry> _entries;
+};
+
+/// The GL names of one object: one in each name space where it was used.
+class GLNames {
+public:
+    /// Returns: the name that belongs to `space`; null when there is none.
+    const GLName* find(const GLNameSpace& space);
+    const GLName& add(GLName name) { return _table.add({std::move(name)}).name; }
+    bool isAlive() const { return _table.isAlive(); }
+
+private:
+    struct Entry {
+        GLName name;
+    };
+    GLNameTable<Entry> _table;
 };
 
 } // namespace Atelier::Vel

@@ -2,8 +2,6 @@
 
 #include <velgl/vertexarrayobject.h>
 
-#include <algorithm>
-
 #include <velgl/bufferobject.h>
 
 #include "context/currentcontext.h"
@@ -67,7 +65,7 @@ struct VertexArrayObject::Data {
     QVector<Stream> streams;
     QSharedPointer<BufferObject> indices;
     QString label;
-    std::vector<ContextArray> arrays;
+    GLNameTable<ContextArray> arrays;
     BindingStack bindings;
     int revision = 0;          // of the streams: one more with every change
     QStringList reportedNames; // of streams that a program could not read
@@ -80,18 +78,15 @@ struct VertexArrayObject::Data {
 
 // Null when OpenGL has none to give.
 ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
-    for (ContextArray& array : arrays)
-        if (array.name.livesIn(*gl.ownNameSpace()))
-            return &array;
-    const auto isGone = [](const ContextArray& array) { return !array.name.isAlive(); };
-    arrays.erase(std::remove_if(arrays.begin(), arrays.end(), isGone), arrays.end());
+    if (ContextArray* array = arrays.find(*gl.ownNameSpace()))
+        return array;
     GLuint name = 0;
     glGenVertexArrays(1, &name);
     if (name == 0) {
         report.failed("made", label);
         return nullptr;
     }
-    return &arrays.emplace_back(ContextArray{GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
+    return &arrays.add({GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
 }
 
 std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {
