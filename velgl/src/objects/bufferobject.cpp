@@ -5,40 +5,40 @@
 #include <limits>
 
 #include "context/currentcontext.h"
-#include "context/glerrors.h"
-#include "context/log.h"
 #include "objects/bufferoperations.h"
-#include "objects/labels.h"
+#include "objects/glname.h"
+#include "objects/objectrecord.h"
 #include "state/bindingstack.h"
 
 namespace Atelier::Vel {
 
 struct BufferObject::Data {
     unsigned int target = GL_ARRAY_BUFFER;
-    GLName name;
     quint64 byteCount = 0;
-    QString label;
-    FailureReport report{"Buffer"};
+    GLNames names;
+    ObjectRecord record{"Buffer", GL_BUFFER};
     BindingStack bindings;
 
-    bool make(const ContextGL& gl);
+    const GLName* nameIn(const ContextGL& gl);
     bool upload(const void* data, int count, unsigned int usage, unsigned long long elementSize);
 };
 
-// A name that went with its context is replaced; one that lives in a stranger's context is left to it.
-bool BufferObject::Data::make(const ContextGL& gl) {
-    if (name.livesIn(*gl.group()))
-        return true;
-    if (name.isAlive()) {
-        qCWarning(velglLog, "Buffer '%s' belongs to a context that does not share with the current one",
-                  qPrintable(label));
-        return false;
+// A name whose contexts are gone is replaced. One in a context that does not share with this one stays there:
+// its content exists nowhere else.
+const GLName* BufferObject::Data::nameIn(const ContextGL& gl) {
+    if (const GLName* name = names.find(*gl.group()))
+        return name;
+    if (names.isAlive()) {
+        record.warnOfForeignContext();
+        return nullptr;
     }
-    name = makeBuffer(gl, label);
     byteCount = 0;
-    if (!name.isAlive())
-        report.failed("made", label);
-    return name.isAlive();
+    GLName name = makeBuffer(gl, record.label());
+    if (!name.isAlive()) {
+        record.failed("made");
+        return nullptr;
+    }
+    return &names.add(std::move(name));
 }
 
 bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
@@ -48,15 +48,16 @@ bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
         return false;
     if (count > 0 && elementSize > quint64(std::numeric_limits<qint64>::max()) / quint64(count))
         return false;
-    if (!make(*gl))
+    const GLName* name = nameIn(*gl);
+    if (!name)
         return false;
     const qint64 size = static_cast<qint64>(elementSize * quint64(count));
-    const bool filled = fillBuffer(*gl, name, data, size, usage);
+    const bool filled = fillBuffer(*gl, *name, data, size, usage);
     byteCount = filled ? quint64(size) : 0;
     if (filled)
-        report.succeeded();
+        record.succeeded();
     else
-        report.failed("filled", label);
+        record.failed("filled");
     return filled;
 }
 
@@ -75,14 +76,15 @@ unsigned int BufferObject::target() const {
 bool BufferObject::bind() {
     const ContextGL* gl = enterCurrentContext();
     const GLenum query = bufferBindingQuery(_data->target);
-    if (!gl || query == 0 || !_data->make(*gl)) {
+    const GLName* name = gl && query != 0 ? _data->nameIn(*gl) : nullptr;
+    if (!name) {
         _data->bindings.push({});
         return false;
     }
     const bool belongsToVertexArray = _data->target == GL_ELEMENT_ARRAY_BUFFER;
     _data->bindings.push(
         {gl->serial(), currentName(query), belongsToVertexArray ? currentName(GL_VERTEX_ARRAY_BINDING) : 0});
-    glBindBuffer(_data->target, _data->name.value());
+    glBindBuffer(_data->target, name->value());
     return true;
 }
 
@@ -122,25 +124,22 @@ quint64 BufferObject::byteCount() const {
 
 QByteArray BufferObject::readBack() const {
     const ContextGL* gl = enterCurrentContext();
-    if (!gl || !_data->name.livesIn(*gl->group()))
-        return {};
-    return readBuffer(*gl, _data->name);
+    const GLName* name = gl ? _data->names.find(*gl->group()) : nullptr;
+    return name ? readBuffer(*gl, *name) : QByteArray();
 }
 
 unsigned int BufferObject::name() const {
-    const ContextGL* gl = enterCurrentContext();
-    return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
+    return _data->names.inCurrentContext();
 }
 
 QString BufferObject::label() const {
-    return _data->label;
+    return _data->record.label();
 }
 
 void BufferObject::setLabel(const QString& label) {
-    _data->label = label;
+    _data->record.setLabel(label);
     if (const unsigned int current = name())
-        labelObject(GL_BUFFER, current, label);
-    _data->report.setLabel(label);
+        _data->record.applyLabel(current);
 }
 
 } // namespace Atelier::Vel

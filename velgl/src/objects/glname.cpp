@@ -1,5 +1,7 @@
 #include "objects/glname.h"
 
+#include "context/currentcontext.h"
+
 namespace Atelier::Vel {
 
 GLName& GLName::operator=(GLName&& other) noexcept {
@@ -21,6 +23,12 @@ void GLName::release() {
 const GLName* GLNames::find(const GLNameSpace& space) {
     const Entry* entry = _table.find(space);
     return entry ? &entry->name : nullptr;
+}
+
+unsigned int GLNames::inCurrentContext() {
+    const ContextGL* gl = enterCurrentContext();
+    const GLName* name = gl ? find(*gl->group()) : nullptr;
+    return name ? name->value() : 0;
 }
 
 } // namespace Atelier::Vel

@@ -69,6 +69,8 @@ class GLNames {
 public:
     /// Returns: the name that belongs to `space`; null when there is none.
     const GLName* find(const GLNameSpace& space);
+    /// Returns: the name that the current context shares; 0 when there is none, or no context.
+    unsigned int inCurrentContext();
     const GLName& add(GLName name) { return _table.add({std::move(name)}).name; }
     bool isAlive() const { return _table.isAlive(); }
 

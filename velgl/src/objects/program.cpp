@@ -69,7 +69,7 @@ bool link(GLuint program, std::initializer_list<const Shader*> shaders) {
 } // namespace
 
 struct Program::Data {
-    GLName name;
+    GLNames names; // one at most: a program is linked in one group of contexts
     BindingStack bindings;
 };
 
@@ -95,9 +95,10 @@ std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, con
         return nullptr;
     }
     std::unique_ptr<Program> program(new Program);
-    program->_data->name = GLName(GLKind::Program, glCreateProgram(), gl->group());
-    if (!link(program->_data->name.value(), {&vertex, &fragment})) {
-        error = QStringLiteral("Linking: %1").arg(programLog(program->_data->name.value()));
+    const GLuint name =
+        program->_data->names.add(GLName(GLKind::Program, glCreateProgram(), gl->group())).value();
+    if (!link(name, {&vertex, &fragment})) {
+        error = QStringLiteral("Linking: %1").arg(programLog(name));
         return nullptr;
     }
     return program;
@@ -122,8 +123,7 @@ void Program::unbind() {
 }
 
 unsigned int Program::name() const {
-    const ContextGL* gl = enterCurrentContext();
-    return gl && _data->name.livesIn(*gl->group()) ? _data->name.value() : 0;
+    return _data->names.inCurrentContext();
 }
 
 void Program::setLabel(const QString& label) {

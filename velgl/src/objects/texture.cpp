@@ -5,10 +5,8 @@
 #include <optional>
 
 #include "context/currentcontext.h"
-#include "context/glerrors.h"
-#include "context/log.h"
 #include "objects/glname.h"
-#include "objects/labels.h"
+#include "objects/objectrecord.h"
 #include "state/bindingstack.h"
 #include "state/pixelstore.h"
 
@@ -21,11 +19,10 @@ struct Texture::Data {
     int height = 0;
     int depth = 0;
     bool isReadOnly = false;
-    bool isReported = false;
-    std::optional<QColor> color; // of a texture that fills itself
-    QString label;
-    FailureReport report{"Texture"};
+    bool isForeignReported = false; // reported once, since a texture is bound in each frame
+    std::optional<QColor> color;    // of a texture that fills itself
     GLNames names;
+    ObjectRecord record{"Texture", GL_TEXTURE};
     BindingStack bindings;
 
     const GLName* nameIn(const ContextGL& gl);
@@ -65,10 +62,9 @@ const GLName* Texture::Data::nameIn(const ContextGL& gl) {
         return name;
     if (canBeMade())
         return make(gl);
-    if (!isReported)
-        qCWarning(velglLog, "Texture '%s' belongs to a context that does not share with the current one",
-                  qPrintable(label));
-    isReported = true;
+    if (!isForeignReported)
+        record.warnOfForeignContext();
+    isForeignReported = true;
     return nullptr;
 }
 
@@ -76,14 +72,14 @@ const GLName* Texture::Data::make(const ContextGL& gl) {
     GLuint name = 0;
     glGenTextures(1, &name);
     if (name == 0) {
-        report.failed("made", label);
+        record.failed("made");
         return nullptr;
     }
     const GLuint previous = currentName(textureBindingQuery(target));
     glBindTexture(target, name); // a generated name becomes a texture when it is bound first
     if (color)
         fillWithColor(target, internalFormat, *color);
-    labelObject(GL_TEXTURE, name, label);
+    record.applyLabel(name);
     rebindTexture(target, previous);
     return &names.add(GLName(GLKind::Texture, name, gl.group()));
 }
@@ -102,7 +98,7 @@ Texture::~Texture() = default;
 std::unique_ptr<Texture> Texture::ofColor(const QColor& color) {
     auto texture = std::make_unique<Texture>(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
     texture->_data->color = color.toRgb();
-    texture->_data->label = color.name(QColor::HexArgb);
+    texture->_data->record.setLabel(color.name(QColor::HexArgb));
     texture->setReadOnly();
     return texture;
 }
@@ -158,20 +154,17 @@ void Texture::unbind() {
 }
 
 unsigned int Texture::name() const {
-    const ContextGL* gl = enterCurrentContext();
-    const GLName* name = gl ? _data->names.find(*gl->group()) : nullptr;
-    return name ? name->value() : 0;
+    return _data->names.inCurrentContext();
 }
 
 QString Texture::label() const {
-    return _data->label;
+    return _data->record.label();
 }
 
 void Texture::setLabel(const QString& label) {
-    _data->label = label;
+    _data->record.setLabel(label);
     if (const unsigned int current = name())
-        labelObject(GL_TEXTURE, current, label);
-    _data->report.setLabel(label);
+        _data->record.applyLabel(current);
 }
 
 bool Texture::hasContent() const {

@@ -5,10 +5,9 @@
 #include <velgl/bufferobject.h>
 
 #include "context/currentcontext.h"
-#include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/glname.h"
-#include "objects/labels.h"
+#include "objects/objectrecord.h"
 #include "objects/scalartype.h"
 #include "state/bindingstack.h"
 #include "state/programinputs.h"
@@ -64,12 +63,11 @@ void enable(const Attribute& attribute) {
 struct VertexArrayObject::Data {
     QVector<Stream> streams;
     QSharedPointer<BufferObject> indices;
-    QString label;
     GLNameTable<ContextArray> arrays;
     BindingStack bindings;
     int revision = 0;          // of the streams: one more with every change
     QStringList reportedNames; // of streams that a program could not read
-    FailureReport report{"Vertex array"};
+    ObjectRecord record{"Vertex array", GL_VERTEX_ARRAY};
 
     ContextArray* arrayIn(const ContextGL& gl);
     std::vector<Attribute> attributesFor(unsigned int program);
@@ -83,7 +81,7 @@ ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     GLuint name = 0;
     glGenVertexArrays(1, &name);
     if (name == 0) {
-        report.failed("made", label);
+        record.failed("made");
         return nullptr;
     }
     return &arrays.add({GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
@@ -117,7 +115,7 @@ void VertexArrayObject::Data::configure(ContextArray& array) {
     if (array.revision == revision && array.attributes == attributes)
         return;
     if (array.revision != revision)
-        labelObject(GL_VERTEX_ARRAY, array.name.value(), label);
+        record.applyLabel(array.name.value());
     for (const Attribute& attribute : array.attributes)
         glDisableVertexAttribArray(static_cast<GLuint>(attribute.location));
     for (const Attribute& attribute : attributes)
@@ -173,13 +171,12 @@ void VertexArrayObject::unbind() {
 }
 
 void VertexArrayObject::setLabel(const QString& label) {
-    _data->label = label;
-    _data->report.setLabel(label);
+    _data->record.setLabel(label);
     ++_data->revision;
 }
 
 QString VertexArrayObject::label() const {
-    return _data->label;
+    return _data->record.label();
 }
 
 } // namespace Atelier::Vel
