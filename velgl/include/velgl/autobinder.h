@@ -4,11 +4,13 @@
 
 namespace Atelier::Vel {
 
-/// Keeps an object bound for the lifetime of the binder.
+/// Keeps an object bound within a scope: binds it on construction and unbinds it on destruction.
+/// The result of bind() is not kept; call bind() and unbind() yourself where a failure matters.
 class VELGL_EXPORT AutoBinder {
 public:
-    /// Binds `bindable`; null is allowed and binds nothing.
+    /// Binds `bindable`, which must outlive the binder. Null is allowed and binds nothing.
     AutoBinder(Bindable* bindable);
+    /// Unbinds the object, also after a bind() that failed. Changes nothing while another context is current.
     ~AutoBinder();
 
     AutoBinder(const AutoBinder&) = delete;

@@ -4,17 +4,27 @@
 
 namespace Atelier::Vel {
 
-/// Something that can be made the current object of its OpenGL binding target.
+/// An object that can be bound to its OpenGL binding target: a buffer, a texture, a vertex array, a program.
+///
+/// Calls of bind() and unbind() come in pairs and nest: each unbind() belongs to the latest bind() that has
+/// none yet. A bind() that failed needs its unbind() as well, which then changes nothing. AutoBinder keeps to
+/// this.
+///
+/// Threads: the objects of VelGL share tables without locks. Use them from one thread at a time, the one on
+/// which the context is current.
 class VELGL_EXPORT Bindable {
 public:
+    /// Does not unbind.
     virtual ~Bindable();
 
-    /// Makes this object current on its target and remembers what was current there.
-    /// Requires: a current OpenGLDeviceContext. Returns: false when there is none or the object could not be
-    /// made.
+    /// Binds this object to its target and remembers what was bound there. Makes the GL object if there is
+    /// none yet that the current context knows.
+    /// Returns: false when no context is current, when the GL object cannot be made, and when the object
+    /// belongs to a context that does not share with the current one. Nothing is bound then.
     virtual bool bind() = 0;
 
-    /// Puts back what was current before the matching bind().
+    /// Binds what was bound before the matching bind(); nothing, if that was deleted in between. Does nothing
+    /// in a context other than that of the matching bind(), and without one.
     virtual void unbind() = 0;
 
 protected:

@@ -9,41 +9,66 @@
 
 namespace Atelier::Vel {
 
-/// One OpenGL buffer. Its GL name is made on the first bind or upload, so it can be built without a context.
-/// All operations are virtual: a client or a test may hand out its own kind from OpenGLDeviceContext.
+/// One OpenGL buffer. It can be constructed without a context: the first bind or upload makes the GL buffer.
+///
+/// The GL buffer lives as long as a context of its group. A buffer whose contexts are gone can be uploaded
+/// again in another context. Its destructor deletes the GL buffer at once if a context of its group is
+/// current, and otherwise with the next use of VelGL in such a context.
+///
+/// Most operations are virtual: a client or a test may return a class of its own from the factory of
+/// OpenGLDeviceContext.
 class VELGL_EXPORT BufferObject : public Bindable {
 public:
+    /// Makes no OpenGL call. The target is GL_ARRAY_BUFFER.
     BufferObject();
     ~BufferObject() override;
     BufferObject(const BufferObject&) = delete;
     BufferObject& operator=(const BufferObject&) = delete;
 
-    /// The binding target, a GL enumerant such as GL_ARRAY_BUFFER; set before the first bind.
+    /// Sets the binding target, a GL enumerant such as GL_ELEMENT_ARRAY_BUFFER. Only bind() and unbind() use
+    /// it. Requires: the buffer is not bound.
     virtual void setTarget(unsigned int target);
+    /// Returns: the binding target.
     virtual unsigned int target() const;
 
+    /// Binds the buffer to its target. An index buffer (GL_ELEMENT_ARRAY_BUFFER) is bound in the vertex array
+    /// that is current.
+    /// Returns: false, besides the cases of Bindable::bind(), for a target that OpenGL 4.3 does not have.
     bool bind() override;
     void unbind() override;
 
-    /// Replaces the buffer's content by `count` 32-bit indices. `usage` is a GL usage hint such as
-    /// GL_STATIC_DRAW. Returns: false when there is no context or the driver refused; the latter is logged
-    /// once, as soon as the buffer has a label.
+    /// Replaces the content by `count` 32-bit indices. `data` is copied, and may be null if `count` is 0.
+    /// `usage` is a GL usage hint such as GL_STATIC_DRAW. No binding changes.
+    /// Requires: a current context.
+    /// Returns: false, with the content unchanged, when there is no such context, `count` is negative, `data`
+    /// is missing, or the size in bytes exceeds 2^63 - 1; also, after a warning, when the buffer belongs to a
+    /// context that does not share with the current one. False, with no usable content, when the driver
+    /// cannot make the buffer or store the data. A warning names the buffer then, once until an upload
+    /// succeeds; for a buffer without a label the warning waits until it gets one. Cost: one copy to the
+    /// driver and one query of the buffer's size.
     virtual bool uploadGLuintData(const unsigned int* data, int count, unsigned int usage);
-    /// The same with 16-bit indices.
+    /// Replaces the content by `count` 16-bit indices; otherwise as uploadGLuintData().
     virtual bool uploadGLushortData(const unsigned short* data, int count, unsigned int usage);
-    /// The same with `count` elements of `elementSize` bytes each.
+    /// Replaces the content by `count` elements of `elementSize` bytes each; otherwise as uploadGLuintData().
+    /// The two functions above call this one.
     virtual bool uploadArbitraryData(const void* data, int count, unsigned int usage,
                                      unsigned long long elementSize);
 
-    /// The size of the last successful upload, in bytes.
+    /// Returns: the size of the content in bytes; 0 before the first upload and after one that the driver
+    /// could not store. Needs no context and makes no OpenGL call.
     virtual quint64 byteCount() const;
-    /// The buffer's content as the GL has it; empty when nothing was uploaded or no context can be asked.
+    /// Reads the content back from OpenGL. No binding changes.
+    /// Returns: the bytes; empty when there are none, when they are more than a QByteArray holds (about
+    /// 2 GiB), and when the current context does not know the buffer.
+    /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     virtual QByteArray readBack() const;
 
-    /// The GL name; 0 while there is none that the current context knows.
+    /// Returns: the GL name; 0 when there is none that the current context knows.
     unsigned int name() const;
-    /// The label under which debug messages name this object.
+    /// Sets the label under which messages of the driver and warnings name this buffer. OpenGL gets the first
+    /// 255 bytes of it in UTF-8. Needs no context: a GL buffer that is made later gets the label then.
     void setLabel(const QString& label);
+    /// Returns: the label; null before the first setLabel().
     QString label() const;
 
 private:

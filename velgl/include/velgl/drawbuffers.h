@@ -14,37 +14,69 @@ namespace Atelier::Vel {
 class BufferObject;
 class VertexArrayObject;
 
-/// One drawable: vertex streams, an index buffer and the indirect commands that draw stretches of it.
+/// One drawable: vertex streams, an index buffer, and the indirect commands that draw ranges of the indices.
+///
+/// The setters only store what they are given; the buffer of commands is made and filled with the first draw
+/// in each group of contexts. Getters return what was set, and ask OpenGL nothing. Threads: draw() and
+/// readBackCommands() are called on the thread of the current context; see Bindable.
 class VELGL_EXPORT DrawBuffers : public QObject {
     Q_OBJECT
 public:
+    /// Makes a drawable without streams, indices and commands, whose mode is GL_TRIANGLES. `parent` may be
+    /// null; else it deletes the drawable, until GPUModel::add() takes it over.
     DrawBuffers(QObject* parent = nullptr);
+    /// Deletes the buffers of commands, each at once or with the next use of VelGL in a context of its group.
     ~DrawBuffers() override;
 
+    /// Sets the vertex streams. Several drawables may share them: each sets its own index buffer when it
+    /// draws. The label of the vertex array names this drawable in warnings.
     void setVAO(QSharedPointer<VertexArrayObject> vao);
+    /// Returns: the vertex streams; null before setVAO().
     QSharedPointer<VertexArrayObject> VAO() const;
 
-    /// `count` indices of GL type `type` (GL_UNSIGNED_SHORT or GL_UNSIGNED_INT) in `indices`.
+    /// Sets the index buffer, which holds `count` indices of GL type `type`: GL_UNSIGNED_BYTE,
+    /// GL_UNSIGNED_SHORT or GL_UNSIGNED_INT. A drawable with another type draws nothing. A buffer without a
+    /// label is labelled "indices". The commands are checked against the indices again.
     void setIndexedDraw(QSharedPointer<BufferObject> indices, int count, unsigned int type);
+    /// Returns: the index buffer; null before setIndexedDraw().
     QSharedPointer<BufferObject> indexBuffer() const;
+    /// Returns: the number of indices, not of bytes; 0 before setIndexedDraw().
     int indexCount() const;
+    /// Returns: the GL type of an index; GL_UNSIGNED_INT before setIndexedDraw().
     unsigned int indexType() const;
 
+    /// Sets the number of vertices in the streams. It is information for readers of the model: no draw uses
+    /// it.
     void setVertexCount(unsigned int count);
+    /// Returns: the number of vertices; 0 before setVertexCount().
     unsigned int vertexCount() const;
 
-    /// A GL primitive mode such as GL_TRIANGLES.
+    /// Sets the GL primitive mode of all commands, such as GL_TRIANGLES.
     void setPrimitiveType(unsigned int type);
+    /// Returns: the GL primitive mode.
     unsigned int primitiveType() const;
 
-    /// Copies `count` packed commands; they reach the GPU with the first draw.
+    /// Replaces all commands by a copy of the `count` commands at `commands`, which are packed without gaps.
+    /// Null, or a count below 1, leaves none. The next draw uploads them.
     void setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count);
+    /// Returns: the commands as they were set.
     QVector<DrawElementsIndirectCommand> drawElementsIndirectCommands() const;
-    /// The commands as the GPU's indirect buffer holds them; uploads them first when that has not happened
-    /// yet.
+    /// Reads the commands back from the indirect buffer; uploads them first if no draw has done so. No
+    /// binding changes. Returns: as many commands as were set. The count of a command that reaches beyond the
+    /// indices is 0 there. Empty when there is no context and when the driver cannot store the commands.
+    /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     QVector<DrawElementsIndirectCommand> readBackCommands();
 
-    /// Draws commands `first` to `first + count - 1` with the current program.
+    /// Draws commands `first` to `first + count - 1`, as far as they exist, with the current program or
+    /// program pipeline. Binds the vertex array for the draw, sets the uniform `velgl_firstCommand` of the
+    /// program, and puts all bindings back. Textures and storage buffers are the caller's: GPUModel::draw()
+    /// binds those as well. Requires: a current context and program, a vertex array, and an index buffer with
+    /// content; else it draws nothing. A command that reaches beyond the announced indices, or beyond those
+    /// in the buffer, draws nothing; a warning names the number of such commands when they are uploaded. What
+    /// OpenGL refuses of a draw is logged at the first draw of each command; glGetError() is emptied then.
+    /// Cost: one glMultiDrawElementsIndirect for all commands, or one for each command where the driver has
+    /// no shader draw parameters. A change of the commands, or of the index buffer or its size, costs one
+    /// upload.
     void draw(int first, int count);
 
 private:

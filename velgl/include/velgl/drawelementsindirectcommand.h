@@ -5,15 +5,18 @@
 
 namespace Atelier::Vel {
 
-/// OpenGL's indirect elements draw command, laid out as glMultiDrawElementsIndirect reads it.
+/// One indexed draw, laid out as glMultiDrawElementsIndirect reads it from a buffer: five 32-bit words, 20
+/// bytes, without padding.
 struct DrawElementsIndirectCommand {
     std::uint32_t count = 0;         ///< number of indices to draw
-    std::uint32_t instanceCount = 0; ///< number of instances
-    std::uint32_t firstIndex = 0;    ///< position of the first index in the index buffer, in elements
-    std::uint32_t baseVertex = 0;    ///< added to every index
-    std::uint32_t baseInstance = 0;  ///< first instance number
+    std::uint32_t instanceCount = 0; ///< number of instances; 0 draws nothing
+    std::uint32_t firstIndex = 0;    ///< position of the first index in the index buffer, in indices
+    std::uint32_t baseVertex = 0;    ///< added to every index; OpenGL reads it as a signed number
+    std::uint32_t baseInstance =
+        0; ///< offset of instanced attributes; gl_InstanceID starts at 0 all the same
 };
 
+// The layout is OpenGL's: offsets in bytes.
 static_assert(sizeof(DrawElementsIndirectCommand) == 20);
 static_assert(offsetof(DrawElementsIndirectCommand, count) == 0);
 static_assert(offsetof(DrawElementsIndirectCommand, instanceCount) == 4);

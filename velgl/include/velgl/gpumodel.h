@@ -12,47 +12,72 @@ namespace Atelier::Vel {
 class DrawBuffers;
 class InstanceDataCollection;
 
-/// A model on the GPU: drawables with their material and instance collections and the names of their
-/// commands.
+/// A model on the GPU: drawables, each with its collections of materials and instances and the names of its
+/// commands. Drawables are numbered from 0 in the order in which they are added, commands of a drawable from
+/// 0 in the order of its command list.
+///
+/// Threads: draw() and bounds() are called on the thread of the current context; see Bindable. All other
+/// functions need no context.
 class VELGL_EXPORT GPUModel {
 public:
-    /// An axis-aligned box; invalid when `minimum` exceeds `maximum` in some axis.
+    /// An axis-aligned box, in the units of the positions.
     struct Bounds {
-        QVector3D minimum;
-        QVector3D maximum;
-        bool isValid = false;
+        QVector3D minimum;    ///< smallest coordinate on each axis
+        QVector3D maximum;    ///< largest coordinate on each axis
+        bool isValid = false; ///< false when the box encloses no position; both corners are 0 then
     };
 
+    /// Makes a model without drawables.
     GPUModel();
+    /// Deletes all drawables and collections, see BufferObject for their GL names.
     ~GPUModel();
     GPUModel(const GPUModel&) = delete;
     GPUModel& operator=(const GPUModel&) = delete;
 
-    /// Takes the drawable and its collections over; either collection may be null. `instanceCount` is the
-    /// number of times that every command is drawn. `key` tells drawables apart for the caller. Returns: the
-    /// drawable's index; -1 when `buffers` is null or added already.
+    /// Adds a drawable. The model takes ownership of all three objects; `buffers` loses its QObject parent.
+    /// Either collection may be null. `instanceCount` multiplies the instance count of every command; below 0
+    /// it counts as 0. Bit patterns of `key` are the caller's. A vertex array without a label is labelled
+    /// "drawable 0" and so on. Returns: the number of the drawable. -1 when `buffers` is null or was added
+    /// before; the collections are deleted then.
     int add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
             InstanceDataCollection* instances, const quint64& key);
+    /// Sets the name of the material of a command, in place of an earlier one. Does nothing when there is no
+    /// such drawable; `command` is not checked, so names may be set ahead of the commands.
     void addMaterialName(int drawable, int command, const QString& name);
+    /// Sets the name of the object that a command belongs to; otherwise as addMaterialName().
     void addObjectName(int drawable, int command, const QString& name);
 
+    /// Returns: the number of drawables.
     int drawableCount() const;
+    /// Returns: the drawable of that number, which the model owns; null when there is none.
     DrawBuffers* drawable(int index) const;
-    /// Null when the drawable has none.
+    /// Returns: the materials of a drawable, which the model owns; null when it has none or does not exist.
     InstanceDataCollection* materials(int drawable) const;
-    /// Null when the drawable has none.
+    /// Returns: the instances of a drawable, which the model owns; null when it has none or does not exist.
     InstanceDataCollection* instances(int drawable) const;
+    /// Returns: the key that add() was given; 0 when there is no such drawable.
     quint64 key(int drawable) const;
-    /// Null when none was given or the numbers are out of range.
+    /// Returns: the name that addMaterialName() set; null when there is none.
     QString materialName(int drawable, int command) const;
+    /// Returns: the name that addObjectName() set; null when there is none.
     QString objectName(int drawable, int command) const;
 
-    /// The box around all finite positions that the commands draw, read back from the stream named
-    /// `positionAttribute` once and kept.
+    /// Computes the box around all finite positions that the commands reach, from the stream named
+    /// `positionAttribute`. Missing coordinates of a stream with fewer than three components are 0. The
+    /// materials' and instances' values, such as a placement, are not applied. Returns: an invalid box when
+    /// there are no such positions, and when the buffers cannot be read back. Cost: the first call for a name
+    /// waits for the GPU, reads index and position buffers back, and is linear in the number of indices
+    /// drawn. A valid result is kept until the next add(), so a change of the buffers themselves is not seen.
     Bounds bounds(const QString& positionAttribute = QStringLiteral("va_Vertex"));
 
-    /// Draws everything with the current program: one glMultiDrawElementsIndirect per drawable and per run of
-    /// commands with the same textures. See docs/velgl.md for what a shader finds where.
+    /// Draws all drawables in order with the current program or program pipeline. See shaderInterface() and
+    /// docs/velgl.md for what a shader finds where. All bindings are put back; the uniforms
+    /// `velgl_firstCommand` and `velgl_textures` of the program are set. Requires: a current context and
+    /// program; else it draws nothing. A drawable whose indices, commands, materials or instances the driver
+    /// could not store draws nothing, after one warning, and tries again with the next call. A texture that
+    /// cannot be used is drawn as white. Cost: for each run of consecutive commands with the same textures,
+    /// one glMultiDrawElementsIndirect, or one for each command where the driver has no shader draw
+    /// parameters. The first call uploads commands and collections, and loads textures.
     void draw();
 
 private:

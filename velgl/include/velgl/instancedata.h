@@ -12,35 +12,49 @@ namespace Atelier::Vel {
 
 class Texture;
 
-/// A named bag of values and textures, laid out for the GPU by the InstanceDataPlan of the same name.
-/// Copies are cheap: they share their content until one of them is changed.
+/// Named values and textures of one material or one instance. The InstanceDataPlan of the same name as the
+/// data decides which of them reach the GPU, and where they lie there. Values and textures have separate
+/// names.
+///
+/// A plain value: copies share their content until one of them is changed, so a copy costs one counter.
+/// Lookups are logarithmic in the number of members. Threads: each thread may use copies of its own, at the
+/// same time as others. No context is needed.
 class VELGL_EXPORT InstanceData {
 public:
+    /// Makes data without values and textures. `name` is the name of its plan; null for none.
     InstanceData(const QString& name = QString());
 
+    /// Returns: the name that the constructor was given.
     QString name() const { return content().name; }
 
-    /// Stores a copy of `size` bytes under `member`, replacing an earlier value of that name.
+    /// Stores a copy of the `size` bytes at `data` under `member`, in place of an earlier value of that name.
+    /// `data` may be null if `size` is 0. The type is the caller's business: the bytes are checked against
+    /// the plan when the data is packed. More than about 1 GiB, or null for bytes, is refused with a warning;
+    /// the earlier value stays then.
     void set(const QString& member, const void* data, unsigned long long size);
-    /// Stores a texture by path; it is loaded when it is first drawn.
+    /// Stores the path of a texture under `member`, in place of an earlier texture. TextureManager::texture()
+    /// loads it when it is first drawn.
     void setTexture(const QString& member, const QString& path);
-    /// Stores a texture object, which must outlive every use of this data.
+    /// Stores a texture object under `member`, in place of an earlier texture; null is allowed. The object is
+    /// not owned: it must outlive all copies of this data.
     void setTexture(const QString& member, Texture* texture);
-    /// Drops all values and textures; the name stays.
+    /// Removes all values and textures; the name stays.
     void clear();
 
+    /// Returns: whether a value is stored under `member`.
     bool hasValue(const QString& member) const { return content().values.contains(member); }
-    /// The bytes stored under `member`; empty when there are none.
+    /// Returns: the bytes stored under `member`; empty when there are none. They are not copied.
     QByteArray value(const QString& member) const { return content().values.value(member); }
-    /// Names of all values, sorted.
+    /// Returns: the names of all values, sorted.
     QStringList valueNames() const { return content().values.keys(); }
 
+    /// Returns: whether a path or a texture object is stored under `member`.
     bool hasTexture(const QString& member) const { return content().textures.contains(member); }
-    /// The path stored under `member`; null when there is none or a texture object is stored.
+    /// Returns: the path stored under `member`; null when there is none or a texture object is stored.
     QString texturePath(const QString& member) const { return content().textures.value(member).path; }
-    /// The texture object stored under `member`; null when there is none or a path is stored.
+    /// Returns: the texture object stored under `member`; null when there is none or a path is stored.
     Texture* texture(const QString& member) const { return content().textures.value(member).object; }
-    /// Names of all textures, sorted.
+    /// Returns: the names of all textures, sorted.
     QStringList textureNames() const { return content().textures.keys(); }
 
 private:
@@ -56,11 +70,11 @@ private:
     };
 
     const Content& content() const;
-    /// A content of its own, to be changed.
+    // The content to be changed: no other copy shares it.
     Content& ownContent();
 
-    // One pointer, so that lists hold it in place: there is one in them for every command that is drawn. Null
-    // without a name and without content.
+    // Null without a name, values and textures. One pointer is all there is, so that a QList holds this class
+    // in place: models have lists with an item for every command.
     QSharedDataPointer<Content> _content;
 };
 

@@ -13,27 +13,45 @@ namespace Atelier::Vel {
 
 class InstanceDataPlan;
 
-/// The instance data of a drawable's commands, packed by the plan of the collection's name into a storage
-/// buffer.
+/// The materials, or the instances, of a drawable: item i belongs to command i. The plan of the collection's
+/// name packs the items into one storage buffer for each group of sharing contexts.
+///
+/// The items do not change. The plan must be registered before the collection is drawn first, see
+/// InstanceDataRegistry.
+/// Threads: functions that need a context are called on its thread; see Bindable.
 class VELGL_EXPORT InstanceDataCollection {
 public:
+    /// `name` is that of the plan; the names of the items do not count. Makes no OpenGL call.
     InstanceDataCollection(const QString& name, const QList<InstanceData>& items);
+    /// Deletes the buffers, each at once or with the next use of VelGL in a context of its group.
     ~InstanceDataCollection();
     InstanceDataCollection(const InstanceDataCollection&) = delete;
     InstanceDataCollection& operator=(const InstanceDataCollection&) = delete;
 
+    /// Returns: the name of the plan.
     const QString& name() const { return _name; }
+    /// Returns: the items, by command.
     const QList<InstanceData>& items() const { return _items; }
 
-    /// The items as their plan packs them; empty when no plan of this name is registered.
+    /// Returns: the items as their plan packs them, see InstanceDataPlan::pack(); empty when no plan of this
+    /// name is registered. Needs no context. Cost: packs all items in each call.
     QByteArray packed() const;
-    /// The registered plan of this collection's name; null when there is none.
+    /// Returns: the registered plan of this collection's name; null when there is none.
     const InstanceDataPlan* plan() const;
-    /// Binds the packed items to a shader storage binding point, and leaves them there; uploads them on first
-    /// use. Items are made up with zeros to `itemCount`, so that a shader may read that many.
-    /// Returns: false when there is nothing to bind or no context.
+    /// Binds the packed items to the shader storage binding point `bindingPoint` and leaves them bound there;
+    /// the general binding of GL_SHADER_STORAGE_BUFFER stays as it was. When there are fewer items than
+    /// `itemCount`, items of zeros follow them in the buffer, so that a shader may read `itemCount` items.
+    /// Requires: a current context.
+    /// Returns: false, with nothing bound, when there is no context, when no plan is registered or it has no
+    /// value members, and when there are no items and `itemCount` is 0. Also when the driver cannot store the
+    /// items: a warning names the collection then, once until it succeeds. Cost: packs and uploads the items
+    /// with the first call in each group of contexts, and again when the buffer there holds fewer than
+    /// `itemCount`; else a few OpenGL calls.
     bool bindStorage(unsigned int bindingPoint, int itemCount = 0);
-    /// The storage buffer's content as the GL has it; uploads it first when that has not happened yet.
+    /// Reads the storage buffer back from OpenGL; uploads the items first if bindStorage() has not done so.
+    /// No binding changes. Returns: the bytes, with the items of zeros that bindStorage() added; empty where
+    /// bindStorage() would return false. Cost: waits until the GPU has finished with the buffer, then copies
+    /// it. For tests and tools.
     QByteArray readBack();
 
 private:

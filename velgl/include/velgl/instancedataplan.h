@@ -12,12 +12,16 @@ namespace Atelier::Vel {
 
 class InstanceData;
 
-/// The layout of one kind of instance data: named members in order, packed by the std430 rules.
+/// The layout of one kind of instance data in a storage buffer: named members in order, packed by the std430
+/// rules of OpenGL. Texture members have no bytes there; each has a texture unit instead.
+///
+/// Build a plan completely before it is registered, since buffers and shaders are made from it afterwards.
+/// Threads: reading is safe on several threads at once; addMember() is not. No context is needed.
 class VELGL_EXPORT InstanceDataPlan {
 public:
     /// Member types. The values are fixed: clients may store them.
     enum class DataType {
-        Texture = 0, ///< bound beside the buffer, takes no room in it
+        Texture = 0, ///< bound to a texture unit; no bytes in the buffer
         Int = 1,     ///< one signed 32-bit integer
         UInt = 2,    ///< one unsigned 32-bit integer
         Float = 13,  ///< one 32-bit float
@@ -27,36 +31,47 @@ public:
         Mat4 = 17,   ///< a 4x4 matrix of 32-bit floats, column by column
     };
 
+    /// One member and its place in an item.
     struct Member {
         DataType type = DataType::Float;
         QString name;
         int offset = 0; ///< bytes from the start of an item; -1 for a texture
     };
 
+    /// Makes a plan without members for the InstanceData and collections of that name.
     InstanceDataPlan(const QString& name);
 
+    /// Returns: the name that the constructor was given.
     const QString& name() const { return _name; }
-    /// Appends a member; its offset follows from the members before it.
+    /// Appends a member at the next offset that suits the alignment of its type. A second member of the same
+    /// name is ignored, with a warning.
     void addMember(DataType type, const QString& name);
+    /// Returns: the members in the order in which they were added.
     const QVector<Member>& members() const { return _members; }
 
-    /// The distance between two items of an array of them, in bytes; 0 when there are no value members.
+    /// Returns: the distance from one item to the next in a buffer, in bytes: a multiple of the largest
+    /// alignment among the members. 0 when there are no value members.
     int stride() const;
-    /// The bytes that a value of `type` takes; 0 for a texture.
+    /// Returns: the size of a value of `type` in bytes, without padding; 0 for a texture.
     static int byteSize(DataType type);
 
-    /// The names of the texture members, in order: their positions here are the numbers of their texture
-    /// units.
+    /// Returns: the names of the texture members, in order. The position of a name is the number of its
+    /// texture unit; GPUModel draws with the first 32 of them.
     QStringList textureNames() const;
 
-    /// The items packed one after the other, missing members zero. A value whose size differs from its
-    /// member's is left out with a warning that names both sizes.
+    /// Packs the items one after the other. Members that an item lacks are zero, and so is padding. Values
+    /// that the plan does not have are ignored. A value whose size differs from that of its member is left
+    /// out, with a warning that names both sizes. Returns: stride() bytes per item; empty, after a warning,
+    /// when that is more than a QByteArray holds (about 2 GiB). Cost: for each item, a lookup per member and
+    /// a copy.
     QByteArray pack(const QList<InstanceData>& items) const;
 
-    /// A GLSL struct named `structName` that matches pack(), so that a shader cannot disagree with the
-    /// buffer; empty when there are no value members, since GLSL has no empty structs.
+    /// Returns: a GLSL struct named `structName` whose std430 layout is that of pack(); empty when there are
+    /// no value members, since GLSL has no empty structs. Member names are written by glslName().
     QString glslStruct(const QString& structName) const;
-    /// A member's name as GLSL text has it: characters that cannot stand in an identifier become '_'.
+    /// Makes a GLSL identifier of a member's name. Characters other than ASCII letters, digits and '_' become
+    /// '_'; a '_' is put in front of a name that is empty or begins with a digit or with "gl_". Names that
+    /// differ may give the same identifier; a struct with both does not compile.
     static QString glslName(const QString& member);
 
 private:

@@ -9,20 +9,27 @@ namespace Atelier::Vel {
 
 class InstanceDataPlan;
 
-/// The process-wide table of plans. It can be used while libraries are still being loaded.
+/// The plans of the process, by name. A library registers its plans when it is loaded; collections find
+/// theirs here when they are packed or drawn. Threads: no locks; use it from one thread at a time. No context
+/// is needed.
 class VELGL_EXPORT InstanceDataRegistry {
 public:
+    /// Returns: the registry of the process. It is made by the first call and never destroyed, so static
+    /// objects of any library may use it, also before main() and after it.
     static InstanceDataRegistry& Instance();
 
     InstanceDataRegistry(const InstanceDataRegistry&) = delete;
     InstanceDataRegistry& operator=(const InstanceDataRegistry&) = delete;
 
-    /// Takes the plan over. A second plan of a known name is deleted and the first stays, since collections
-    /// may hold it; a warning says so when the two differ.
+    /// Takes ownership of `plan`, to the end of the process: it stays when the library that registered it is
+    /// unloaded. Null, and a plan that is registered already, change nothing.
+    /// A second plan of a known name is deleted, since collections may use the first one; a warning says so
+    /// when the members of the two differ.
     void registerPlan(InstanceDataPlan* plan);
-    /// The plan of that name; null when there is none.
+    /// Returns: the plan of that name; null when there is none. It stays valid to the end of the process.
+    /// Cost: linear in the number of plans, of which a process has few.
     const InstanceDataPlan* plan(const QString& name) const;
-    /// All plans, in the order of their registration.
+    /// Returns: all plans, in the order of their registration.
     QList<const InstanceDataPlan*> plans() const;
 
 private:

@@ -12,52 +12,74 @@ namespace Atelier::Vel {
 class BufferObject;
 class VertexArrayObject;
 
-/// The OpenGL context that the calling thread draws with. The factories are virtual: a client, or a test, can
-/// derive and stand in its own objects with setCurrent().
+/// An OpenGL context, as VelGL knows it. There is one object for each native context, whoever made that: Qt,
+/// GLFW, SDL, EGL or createHeadless(). VelGL needs desktop OpenGL 4.3 or later, core or compatibility
+/// profile.
+///
+/// The factories and makeCurrent() are virtual: a client or a test can derive a class and put an object of it
+/// in place with setCurrent().
+///
+/// Threads: an OpenGL context is current on one thread. The table of known contexts has no lock: use VelGL
+/// from one thread at a time.
 class VELGL_EXPORT OpenGLDeviceContext {
 public:
     /// How to make a context without a window.
     struct HeadlessOptions {
         QString device; ///< part of an EGL device's name or its DRM file; empty takes the first that works
-        bool debug = false; ///< ask the driver for a debug context
-        /// Shares buffers, textures and programs with this context, on whose device the new one is made.
+        bool debug = false; ///< asks the driver for a debug context, which reports within the call at fault
+        /// Shares buffers, textures and programs with this context, on whose EGL display the new one is made;
+        /// null for none. `device` is ignored then.
         QSharedPointer<OpenGLDeviceContext> shareWith;
-        bool directStateAccess = true; ///< false: work as with drivers that do not have it
-        bool drawParameters = true;    ///< false: work as with drivers that do not have them
+        bool directStateAccess = true; ///< false: VelGL works as if the driver did not have it
+        bool drawParameters = true;    ///< false: VelGL works as if the driver did not have them
     };
 
+    /// A headless context is released and destroyed, with its GL objects unless another context shares them.
+    /// A context that somebody else made stays.
     virtual ~OpenGLDeviceContext();
     OpenGLDeviceContext(const OpenGLDeviceContext&) = delete;
     OpenGLDeviceContext& operator=(const OpenGLDeviceContext&) = delete;
 
-    /// The context of the calling thread: the object given to setCurrent(), else one for whatever native
-    /// context is current (made by Qt, GLFW, SDL, EGL alike), always the same object for the same native
-    /// context. Null when there is none, or when it is older than OpenGL 4.3: a warning then names both
-    /// versions, once.
+    /// Finds the context of the calling thread: the object given to setCurrent() if there is one, else the
+    /// object of the native context that is current. Returns: the same object for the same native context.
+    /// Null when none is current, and when it is older than OpenGL 4.3 or OpenGL ES: a warning then names
+    /// what was found and what is needed, once. The first call for a native context makes a small labelled
+    /// buffer, by which VelGL recognises the contexts that share, and sends the messages of the driver to the
+    /// logging category "velgl" if nobody receives them yet. Cost: a search among the known contexts; two
+    /// queries of the driver for a context that VelGL did not make.
     static QSharedPointer<OpenGLDeviceContext> current();
-    /// Puts `context` in place for the calling thread; null goes back to what is natively current.
+    /// Makes current() return `context` on the calling thread, whatever native context is current there; null
+    /// ends that. OpenGL is not called. The thread keeps a reference to the object until then.
     static void setCurrent(QSharedPointer<OpenGLDeviceContext> context);
 
-    /// Makes a core-profile context through EGL: the named device, else the first device that works, else the
-    /// surfaceless platform. It is not made current.
-    /// Returns: null, and what was tried in `error`, when none works.
+    /// Makes a core-profile context without a window, through EGL: on the devices whose description contains
+    /// `options.device`, or on any device and Mesa's surfaceless platform if that is empty; the first that
+    /// works. The new context has the latest version that the driver offers. What was current on the thread
+    /// stays current. Returns: null when none works; `error` then lists what was tried and why it failed,
+    /// else it is unchanged. Cost: opens devices until one works, up to hundreds of milliseconds.
     static QSharedPointer<OpenGLDeviceContext> createHeadless(const HeadlessOptions& options, QString& error);
 
-    /// Makes a headless context current on the calling thread. Contexts found by current() belong to others:
-    /// for them this returns whether they are current.
+    /// Makes a headless context current on the calling thread and deletes the GL names that were queued for
+    /// it. Returns: false when EGL refuses. An object of another kind is not made current: the result says
+    /// whether its native context is current, or, for an object without one, whether current() returns it.
     virtual bool makeCurrent();
-    /// Releases a headless context from the calling thread.
+    /// Releases a headless context if it is current on the calling thread. Does nothing for other kinds.
     virtual void doneCurrent();
 
+    /// Makes a buffer; its GL buffer is made on first use.
     virtual QSharedPointer<BufferObject> createBufferObject();
+    /// Makes a vertex array; its GL objects are made on first use.
     virtual QSharedPointer<VertexArrayObject> createVertexArrayObject();
 
-    /// Version times ten, 45 for OpenGL 4.5; 0 for an object that stands in for a context.
+    /// Returns: the OpenGL version times ten, 45 for OpenGL 4.5; 0 for an object without a native context and
+    /// when the native context is known to be gone.
     int version() const;
-    /// Vendor, renderer and version as the driver words them, for people.
+    /// Returns: vendor, renderer and version in the words of the driver, for people; empty where version() is
+    /// 0.
     QString description() const;
 
 protected:
+    /// Makes an object without a native context, for derived classes.
     OpenGLDeviceContext();
 
 private:

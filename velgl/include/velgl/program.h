@@ -9,24 +9,40 @@
 
 namespace Atelier::Vel {
 
-/// A linked vertex and fragment shader.
+/// A program of one vertex and one fragment shader. It is compiled once and can be used in all contexts that
+/// share with the one in which it was made; elsewhere, and when those contexts are gone, bind() fails.
 class VELGL_EXPORT Program : public Bindable {
 public:
-    /// Compiles and links. Returns: null, and the stage with the driver's log in `error`, when that fails.
+    /// Compiles both shaders and links them. Both sources are GLSL with their #version line; what GPUModel
+    /// hands to a shader is declared by shaderInterface().
+    /// Requires: a current context.
+    /// Returns: null when there is no context, and when compiling or linking fails. `error` then names the
+    /// step
+    /// ("Vertex shader: ", "Fragment shader: ", "Linking: ") and holds the log of the driver; else it is
+    /// unchanged.
+    /// Cost: waits until the driver has compiled and linked, so do this before the first frame.
     static std::unique_ptr<Program> fromSource(const QByteArray& vertexShader,
                                                const QByteArray& fragmentShader, QString& error);
+    /// Deletes the GL program at once if a context of its group is current, and otherwise with the next use
+    /// of VelGL in such a context.
     ~Program() override;
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    /// Makes the program current, as glUseProgram does.
+    /// Returns: false when the current context does not know the program; the current program stays then.
     bool bind() override;
     void unbind() override;
 
-    /// The GL name; 0 where the current context does not know the program.
+    /// Returns: the GL name; 0 when the current context does not know the program.
     unsigned int name() const;
-    /// The label under which debug messages name this object.
+    /// Sets the label under which messages of the driver name this program. OpenGL gets the first 255 bytes
+    /// of it in UTF-8. Does nothing when the current context does not know the program.
     void setLabel(const QString& label);
-    /// The location of a uniform; -1 when the program has none of that name.
+    /// Asks OpenGL for the location of the uniform `name`, a null-terminated string. The program need not be
+    /// bound.
+    /// Returns: -1 when the program does not use such a uniform, and when the current context does not know
+    /// the program.
     int uniformLocation(const char* name) const;
 
 private:

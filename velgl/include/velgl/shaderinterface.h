@@ -7,22 +7,24 @@
 
 namespace Atelier::Vel {
 
-/// Shader storage binding point at which GPUModel::draw() puts the packed materials.
+/// Shader storage binding point at which GPUModel::draw() binds the packed materials.
 constexpr unsigned int kMaterialsBinding = 0;
-/// Shader storage binding point at which GPUModel::draw() puts the packed instances.
+/// Shader storage binding point at which GPUModel::draw() binds the packed instances.
 constexpr unsigned int kInstancesBinding = 1;
 
+/// The stage that declarations are written for. Only a vertex shader can ask for the number of the command.
 enum class ShaderStage { Vertex, Fragment };
 
-/// The plans that a shader is written for. A plan that is not registered, or an empty name, declares nothing.
+/// The names of the plans that a shader is written for. A plan that is not registered, or an empty name,
+/// declares nothing.
 struct ShaderPlans {
     QString materials; ///< for example "OBJMaterial"
     QString instances; ///< for example "InstanceInfo"
 };
 
-/// GLSL declarations of all that GPUModel::draw() hands to a shader, made from the registered plans so that
-/// they cannot disagree with the buffers. They belong right after the #version line, which has to be 430 core
-/// or later:
+/// Writes the GLSL declarations of everything that GPUModel::draw() hands to a shader. They come from the
+/// registered plans, so they always match the layout of the buffers. Insert them right after the #version
+/// line, which must be 430 core or later:
 ///
 ///     int velglCommand();                   // the number of the command that draws (vertex stage only)
 ///     struct VelglMaterial { ... };         // the value members of the materials' plan
@@ -32,7 +34,10 @@ struct ShaderPlans {
 ///     uniform sampler2D velgl_NAME;         // for each texture member NAME of the materials' plan
 ///     bool velglHas_NAME();                 // whether the material that draws has that texture
 ///
-/// A plan without value members declares no struct and no function for it.
+/// A plan without value members declares no struct and no function for it. Member names are written as
+/// InstanceDataPlan::glslName() gives them.
+/// Requires: the plans are registered, see InstanceDataRegistry. Needs no context.
+/// Returns: ASCII text that ends with a line break. It is built by each call.
 VELGL_EXPORT QByteArray shaderInterface(ShaderStage stage, const ShaderPlans& plans);
 
 } // namespace Atelier::Vel

@@ -6,8 +6,11 @@
 
 namespace Atelier::Vel {
 
-/// A shared pointer to what `owned` owns. When there is no memory for its counters, the object is deleted and
-/// std::bad_alloc thrown; QSharedPointer::create() would crash, and the constructor forget the object.
+/// Moves an object from a unique to a shared pointer. `owned` may be null.
+/// Returns: a pointer that shares the ownership among its copies.
+/// Throws std::bad_alloc when there is no memory for the counters of the shared pointer; the object is
+/// deleted then. QSharedPointer::create() would crash in that case, and the constructor of QSharedPointer
+/// would leak the object.
 template<typename T>
 QSharedPointer<T> shared(std::unique_ptr<T> owned) {
     QSharedPointer<T> result(owned.get());

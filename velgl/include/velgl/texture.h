@@ -10,43 +10,66 @@
 
 namespace Atelier::Vel {
 
-/// One OpenGL texture. Its GL name is made on first bind; its owner fills it through the GL entry points.
+/// One OpenGL texture. The first bind makes the GL texture; it has no image then. Its owner fills it while it
+/// is bound, through glEntryPoints() or OpenGL itself.
+///
+/// A texture can be used in all contexts that share with the one in which it was made. In another context
+/// bind() fails, with one warning. When the sharing contexts are gone, the next bind makes a GL texture
+/// without an image, which its owner can fill again. A texture of ofColor() works in any context: each group
+/// of sharing contexts gets a GL texture of its own.
 class VELGL_EXPORT Texture : public QObject, public Bindable {
     Q_OBJECT
 public:
-    /// `target` is a GL texture target, `internalFormat` a GL internal format; width and height are in texels
-    /// and `depth` is 0 for a two-dimensional texture.
+    /// Describes a texture; makes no OpenGL call and allocates no image. `target` is a GL texture target such
+    /// as GL_TEXTURE_2D, `internalFormat` a GL internal format. Width and height are in texels; `depth` is 0
+    /// for a two-dimensional texture. `parent` may be null; else it deletes the texture.
     Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent);
+    /// Deletes the GL texture at once if a context of its group is current, and otherwise with the next use
+    /// of VelGL in such a context.
     ~Texture() override;
     Texture(const Texture&) = delete;
     Texture& operator=(const Texture&) = delete;
 
-    /// A texture of one texel of that colour. It fills itself on first bind, in every context anew.
+    /// Makes a read-only texture of one texel, GL_TEXTURE_2D, GL_RGBA8, with nearest filters. Its label is
+    /// the colour as "#AARRGGBB". Needs no context: the first bind in each group of contexts fills it.
     static std::unique_ptr<Texture> ofColor(const QColor& color);
 
+    /// The values that the constructor was given. They describe what the owner stores; OpenGL is not asked.
     unsigned int target() const;
     int internalFormat() const;
     int width() const;
     int height() const;
     int depth() const;
 
-    /// Marks the content as final.
+    /// Declares the content final, for good. A read-only texture whose contexts are gone is not made again,
+    /// because nothing would fill it.
     void setReadOnly();
+    /// Returns: whether setReadOnly() was called.
     bool isReadOnly() const;
 
+    /// Binds the texture to its target on the texture unit that is active.
+    /// Returns: false, besides the cases of Bindable::bind(), when the target is unknown (buffer and
+    /// multisample textures are), and when the texture is read-only and has no GL texture.
     bool bind() override;
+    /// Puts back the binding of the unit that was active at the matching bind(). The active unit stays.
     void unbind() override;
 
-    /// The GL name; 0 while there is none that the current context knows.
+    /// Returns: the GL name; 0 when there is none that the current context knows.
     unsigned int name() const;
-    /// The label under which debug messages name this object.
+    /// Sets the label under which messages of the driver and warnings name this texture. OpenGL gets the
+    /// first 255 bytes of it in UTF-8. Needs no context: a GL texture that is made later gets the label then.
     void setLabel(const QString& label);
+    /// Returns: the label; null before the first setLabel().
     QString label() const;
-    /// Whether the GL holds an image for this two-dimensional texture: false where there was no memory for
-    /// it, and without a context.
+    /// Asks OpenGL whether level 0 has an image. The binding is unchanged afterwards.
+    /// Returns: false when it has none, for example because there was no memory for it; also when the target
+    /// is not GL_TEXTURE_2D and when the current context does not know the texture.
     bool hasContent() const;
-    /// Level `level` as the GL has it, 8 bits per channel RGBA, the texture's first row first; null without a
-    /// context.
+    /// Reads mipmap level `level` back from OpenGL. Bindings and pixel store settings are unchanged
+    /// afterwards. Returns: the image in Format_RGBA8888, the texture's first row first; a null image when
+    /// there is no such level, when the target is not GL_TEXTURE_2D, and when the current context does not
+    /// know the texture. Cost: waits until the GPU has finished with the texture, then copies the level. For
+    /// tests and tools.
     QImage readBack(int level = 0) const;
 
 private:

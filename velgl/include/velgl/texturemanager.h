@@ -14,29 +14,40 @@ namespace Atelier::Vel {
 
 class Texture;
 
-/// Hands out shared textures: of one solid colour, by path through the program's loader, and by token.
+/// Gives access to shared textures: of one solid colour, by path through the program's loader, and by token.
+/// Threads: no locks; use it from one thread at a time.
 class VELGL_EXPORT TextureManager {
 public:
+    /// Makes a texture from the file at `path`, or returns the one that it has made before.
+    /// Returns: a texture that the loader owns and keeps; null when the file holds no image.
     using Loader = std::function<Texture*(const QString& path)>;
 
+    /// Returns: the manager of the process. It is made by the first call and never destroyed, so static
+    /// objects may use its textures until the process ends.
     static TextureManager& Instance();
 
     TextureManager(const TextureManager&) = delete;
     TextureManager& operator=(const TextureManager&) = delete;
 
-    /// The one texture of that colour; made without touching the GL, filled on first bind. Owned by the
-    /// manager.
+    /// Returns: the texture of one texel of that colour, see Texture::ofColor(); the same object for the same
+    /// four 8-bit channels. The manager owns it. Needs no context.
     Texture* colorTexture(const QColor& color);
 
-    /// The function that turns a path into a texture, or into null when the file is no image. Textures stay
-    /// its own.
+    /// Sets the function that loads textures; an empty function for none. Paths that could not be loaded
+    /// before are tried again.
     void setLoader(Loader loader);
-    /// The texture of that path. A path that does not load is reported once, as a warning, and gives
-    /// `fallback`.
+    /// Asks the loader for the texture of `path`. A texture without a label is labelled with the path.
+    /// Requires: what the loader requires, as a rule a current context.
+    /// Returns: `fallback`, which may be null, when there is no loader, when it returns null, and when OpenGL
+    /// had no memory for the image of a new texture. A warning says so once; the path is not tried again
+    /// before the next setLoader().
+    /// Cost: one call of the loader, which is expected to keep its textures by path.
     Texture* texture(const QString& path, Texture* fallback);
 
-    /// Files a texture under a token; null removes it. Not owned.
+    /// Files `texture` under `token` in place of an earlier one; null removes that one. The texture is not
+    /// owned: it must be removed before it is deleted.
     void setTexture(TextureToken token, Texture* texture);
+    /// Returns: the texture filed under `token`; null when there is none.
     Texture* texture(TextureToken token) const;
 
 private:

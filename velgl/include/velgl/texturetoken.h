@@ -6,12 +6,18 @@
 
 namespace Atelier::Vel {
 
-/// A process-unique key under which a program can hand a texture to the TextureManager.
+/// A key under which a program files a texture with the TextureManager. Each token that is constructed
+/// differs from all others of the process; copies of a token are equal to it. Threads: construction uses a
+/// counter without a lock, so construct tokens on one thread at a time.
 class VELGL_EXPORT TextureToken {
 public:
+    /// Takes the next number of the process.
     TextureToken();
 
+    /// Returns: the number, 1 or more. It depends on the order in which tokens are constructed, so do not
+    /// store it beyond the end of the process.
     quint64 value() const { return _value; }
+
     friend bool operator==(TextureToken a, TextureToken b) { return a._value == b._value; }
     friend bool operator!=(TextureToken a, TextureToken b) { return a._value != b._value; }
 
