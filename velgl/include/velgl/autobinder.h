@@ -4,8 +4,8 @@
 
 namespace Atelier::Vel {
 
-/// Keeps an object bound within a scope: binds it on construction and unbinds it on destruction.
-/// The result of bind() is not kept; call bind() and unbind() yourself where a failure matters.
+/// Keeps an object bound within a scope: binds it on construction and unbinds it on destruction. The result
+/// of bind() is not kept; call bind() and unbind() yourself where a failure matters.
 class VELGL_EXPORT AutoBinder {
 public:
     /// Binds `bindable`, which must outlive the binder. Null is allowed and binds nothing.

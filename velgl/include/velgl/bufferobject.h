@@ -26,7 +26,8 @@ public:
     BufferObject& operator=(const BufferObject&) = delete;
 
     /// Sets the binding target, a GL enumerant such as GL_ELEMENT_ARRAY_BUFFER. Only bind() and unbind() use
-    /// it. Requires: the buffer is not bound.
+    /// it.
+    /// Requires: the buffer is not bound.
     virtual void setTarget(unsigned int target);
     /// Returns: the binding target.
     virtual unsigned int target() const;
@@ -44,8 +45,8 @@ public:
     /// is missing, or the size in bytes exceeds 2^63 - 1; also, after a warning, when the buffer belongs to a
     /// context that does not share with the current one. False, with no usable content, when the driver
     /// cannot make the buffer or store the data. A warning names the buffer then, once until an upload
-    /// succeeds; for a buffer without a label the warning waits until it gets one. Cost: one copy to the
-    /// driver and one query of the buffer's size.
+    /// succeeds; for a buffer without a label the warning waits until it gets one.
+    /// Cost: one copy to the driver and one query of the buffer's size.
     virtual bool uploadGLuintData(const unsigned int* data, int count, unsigned int usage);
     /// Replaces the content by `count` 16-bit indices; otherwise as uploadGLuintData().
     virtual bool uploadGLushortData(const unsigned short* data, int count, unsigned int usage);
@@ -58,8 +59,8 @@ public:
     /// could not store. Needs no context and makes no OpenGL call.
     virtual quint64 byteCount() const;
     /// Reads the content back from OpenGL. No binding changes.
-    /// Returns: the bytes; empty when there are none, when they are more than a QByteArray holds (about
-    /// 2 GiB), and when the current context does not know the buffer.
+    /// Returns: the bytes; empty when there are none, when they are more than a QByteArray holds (about 2
+    /// GiB), and when the current context does not know the buffer.
     /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     virtual QByteArray readBack() const;
 

@@ -16,9 +16,9 @@ class VertexArrayObject;
 
 /// One drawable: vertex streams, an index buffer, and the indirect commands that draw ranges of the indices.
 ///
-/// The setters only store what they are given; the buffer of commands is made and filled with the first draw
-/// in each group of contexts. Getters return what was set, and ask OpenGL nothing. Threads: draw() and
-/// readBackCommands() are called on the thread of the current context; see Bindable.
+/// The setters upload nothing: the buffer of commands is made and filled with the first draw in each group of
+/// contexts. The getters return what was set and make no OpenGL call.
+/// Threads: draw() and readBackCommands() are called on the thread of the current context; see Bindable.
 class VELGL_EXPORT DrawBuffers : public QObject {
     Q_OBJECT
 public:
@@ -62,18 +62,20 @@ public:
     /// Returns: the commands as they were set.
     QVector<DrawElementsIndirectCommand> drawElementsIndirectCommands() const;
     /// Reads the commands back from the indirect buffer; uploads them first if no draw has done so. No
-    /// binding changes. Returns: as many commands as were set. The count of a command that reaches beyond the
-    /// indices is 0 there. Empty when there is no context and when the driver cannot store the commands.
+    /// binding changes.
+    /// Returns: as many commands as were set. The count of a command that reaches beyond the indices is 0
+    /// there. Empty when there is no context and when the driver cannot store the commands.
     /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     QVector<DrawElementsIndirectCommand> readBackCommands();
 
     /// Draws commands `first` to `first + count - 1`, as far as they exist, with the current program or
     /// program pipeline. Binds the vertex array for the draw, sets the uniform `velgl_firstCommand` of the
     /// program, and puts all bindings back. Textures and storage buffers are the caller's: GPUModel::draw()
-    /// binds those as well. Requires: a current context and program, a vertex array, and an index buffer with
-    /// content; else it draws nothing. A command that reaches beyond the announced indices, or beyond those
-    /// in the buffer, draws nothing; a warning names the number of such commands when they are uploaded. What
-    /// OpenGL refuses of a draw is logged at the first draw of each command; glGetError() is emptied then.
+    /// binds those as well. A command that reaches beyond the index count of setIndexedDraw(), or beyond the
+    /// end of the index buffer, draws nothing; one warning counts such commands when they are uploaded. After
+    /// the first draw of each command the errors of OpenGL are taken and logged.
+    /// Requires: a current context and program, a vertex array, and an index buffer with content; else it
+    /// draws nothing.
     /// Cost: one glMultiDrawElementsIndirect for all commands, or one for each command where the driver has
     /// no shader draw parameters. A change of the commands, or of the index buffer or its size, costs one
     /// upload.

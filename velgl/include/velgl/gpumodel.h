@@ -36,9 +36,10 @@ public:
 
     /// Adds a drawable. The model takes ownership of all three objects; `buffers` loses its QObject parent.
     /// Either collection may be null. `instanceCount` multiplies the instance count of every command; below 0
-    /// it counts as 0. Bit patterns of `key` are the caller's. A vertex array without a label is labelled
-    /// "drawable 0" and so on. Returns: the number of the drawable. -1 when `buffers` is null or was added
-    /// before; the collections are deleted then.
+    /// it counts as 0. `key` is stored for the caller. A vertex array without a label is labelled "drawable
+    /// 0" and so on.
+    /// Returns: the number of the drawable. -1 when `buffers` is null or was added before; the collections
+    /// are deleted then.
     int add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
             InstanceDataCollection* instances, const quint64& key);
     /// Sets the name of the material of a command, in place of an earlier one. Does nothing when there is no
@@ -64,20 +65,22 @@ public:
 
     /// Computes the box around all finite positions that the commands reach, from the stream named
     /// `positionAttribute`. Missing coordinates of a stream with fewer than three components are 0. The
-    /// materials' and instances' values, such as a placement, are not applied. Returns: an invalid box when
-    /// there are no such positions, and when the buffers cannot be read back. Cost: the first call for a name
-    /// waits for the GPU, reads index and position buffers back, and is linear in the number of indices
-    /// drawn. A valid result is kept until the next add(), so a change of the buffers themselves is not seen.
+    /// materials' and instances' values, such as a placement, are not applied.
+    /// Returns: an invalid box when there are no such positions, and when the buffers cannot be read back.
+    /// Cost: the first call for a name waits for the GPU, reads index and position buffers back, and is
+    /// linear in the number of indices drawn. A valid result is kept until the next add(), so a change of the
+    /// buffers themselves is not seen.
     Bounds bounds(const QString& positionAttribute = QStringLiteral("va_Vertex"));
 
     /// Draws all drawables in order with the current program or program pipeline. See shaderInterface() and
     /// docs/velgl.md for what a shader finds where. All bindings are put back; the uniforms
-    /// `velgl_firstCommand` and `velgl_textures` of the program are set. Requires: a current context and
-    /// program; else it draws nothing. A drawable whose indices, commands, materials or instances the driver
-    /// could not store draws nothing, after one warning, and tries again with the next call. A texture that
-    /// cannot be used is drawn as white. Cost: for each run of consecutive commands with the same textures,
-    /// one glMultiDrawElementsIndirect, or one for each command where the driver has no shader draw
-    /// parameters. The first call uploads commands and collections, and loads textures.
+    /// `velgl_firstCommand` and `velgl_textures` of the program are set. A drawable whose indices, commands,
+    /// materials or instances the driver could not store draws nothing, after one warning, and tries again
+    /// with the next call. A texture that cannot be used is drawn as white.
+    /// Requires: a current context and program; else it draws nothing.
+    /// Cost: for each run of consecutive commands with the same textures, one glMultiDrawElementsIndirect, or
+    /// one for each command where the driver has no shader draw parameters. The first call uploads commands
+    /// and collections, and loads textures.
     void draw();
 
 private:

@@ -12,16 +12,16 @@ namespace Atelier::Vel {
 
 class Texture;
 
-/// Named values and textures of one material or one instance. The InstanceDataPlan of the same name as the
-/// data decides which of them reach the GPU, and where they lie there. Values and textures have separate
-/// names.
+/// Named values and textures of one material or one instance. Values and textures have separate names. The
+/// InstanceDataPlan that the collection of the data names decides which values reach the GPU, and where they
+/// lie there; by convention the data has the name of that plan.
 ///
 /// A plain value: copies share their content until one of them is changed, so a copy costs one counter.
-/// Lookups are logarithmic in the number of members. Threads: each thread may use copies of its own, at the
-/// same time as others. No context is needed.
+/// Lookups are logarithmic in the number of members.
+/// Threads: each thread may use copies of its own, at the same time as others. No context is needed.
 class VELGL_EXPORT InstanceData {
 public:
-    /// Makes data without values and textures. `name` is the name of its plan; null for none.
+    /// Makes data without values and textures. `name` may be null.
     InstanceData(const QString& name = QString());
 
     /// Returns: the name that the constructor was given.

@@ -34,7 +34,8 @@ public:
     const QList<InstanceData>& items() const { return _items; }
 
     /// Returns: the items as their plan packs them, see InstanceDataPlan::pack(); empty when no plan of this
-    /// name is registered. Needs no context. Cost: packs all items in each call.
+    /// name is registered. Needs no context.
+    /// Cost: packs all items in each call.
     QByteArray packed() const;
     /// Returns: the registered plan of this collection's name; null when there is none.
     const InstanceDataPlan* plan() const;
@@ -44,14 +45,15 @@ public:
     /// Requires: a current context.
     /// Returns: false, with nothing bound, when there is no context, when no plan is registered or it has no
     /// value members, and when there are no items and `itemCount` is 0. Also when the driver cannot store the
-    /// items: a warning names the collection then, once until it succeeds. Cost: packs and uploads the items
-    /// with the first call in each group of contexts, and again when the buffer there holds fewer than
-    /// `itemCount`; else a few OpenGL calls.
+    /// items: a warning names the collection then, once until it succeeds.
+    /// Cost: packs and uploads the items with the first call in each group of contexts, and again when the
+    /// buffer there holds fewer than `itemCount`; else a few OpenGL calls.
     bool bindStorage(unsigned int bindingPoint, int itemCount = 0);
     /// Reads the storage buffer back from OpenGL; uploads the items first if bindStorage() has not done so.
-    /// No binding changes. Returns: the bytes, with the items of zeros that bindStorage() added; empty where
-    /// bindStorage() would return false. Cost: waits until the GPU has finished with the buffer, then copies
-    /// it. For tests and tools.
+    /// No binding changes.
+    /// Returns: the bytes, with the items of zeros that bindStorage() added; empty where bindStorage() would
+    /// return false.
+    /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     QByteArray readBack();
 
 private:

@@ -61,9 +61,10 @@ public:
 
     /// Packs the items one after the other. Members that an item lacks are zero, and so is padding. Values
     /// that the plan does not have are ignored. A value whose size differs from that of its member is left
-    /// out, with a warning that names both sizes. Returns: stride() bytes per item; empty, after a warning,
-    /// when that is more than a QByteArray holds (about 2 GiB). Cost: for each item, a lookup per member and
-    /// a copy.
+    /// out, with a warning that names both sizes.
+    /// Returns: stride() bytes per item; empty, after a warning, when that is more than a QByteArray holds
+    /// (about 2 GiB).
+    /// Cost: for each item, a lookup per member and a copy.
     QByteArray pack(const QList<InstanceData>& items) const;
 
     /// Returns: a GLSL struct named `structName` whose std430 layout is that of pack(); empty when there are

@@ -10,8 +10,8 @@ namespace Atelier::Vel {
 class InstanceDataPlan;
 
 /// The plans of the process, by name. A library registers its plans when it is loaded; collections find
-/// theirs here when they are packed or drawn. Threads: no locks; use it from one thread at a time. No context
-/// is needed.
+/// theirs here when they are packed or drawn.
+/// Threads: no locks; use it from one thread at a time. No context is needed.
 class VELGL_EXPORT InstanceDataRegistry {
 public:
     /// Returns: the registry of the process. It is made by the first call and never destroyed, so static
@@ -22,9 +22,9 @@ public:
     InstanceDataRegistry& operator=(const InstanceDataRegistry&) = delete;
 
     /// Takes ownership of `plan`, to the end of the process: it stays when the library that registered it is
-    /// unloaded. Null, and a plan that is registered already, change nothing.
-    /// A second plan of a known name is deleted, since collections may use the first one; a warning says so
-    /// when the members of the two differ.
+    /// unloaded. Null, and a plan that is registered already, change nothing. A second plan of a known name
+    /// is deleted, since collections may use the first one; a warning says so when the members of the two
+    /// differ.
     void registerPlan(InstanceDataPlan* plan);
     /// Returns: the plan of that name; null when there is none. It stays valid to the end of the process.
     /// Cost: linear in the number of plans, of which a process has few.

@@ -41,12 +41,14 @@ public:
     OpenGLDeviceContext& operator=(const OpenGLDeviceContext&) = delete;
 
     /// Finds the context of the calling thread: the object given to setCurrent() if there is one, else the
-    /// object of the native context that is current. Returns: the same object for the same native context.
-    /// Null when none is current, and when it is older than OpenGL 4.3 or OpenGL ES: a warning then names
-    /// what was found and what is needed, once. The first call for a native context makes a small labelled
-    /// buffer, by which VelGL recognises the contexts that share, and sends the messages of the driver to the
-    /// logging category "velgl" if nobody receives them yet. Cost: a search among the known contexts; two
-    /// queries of the driver for a context that VelGL did not make.
+    /// object of the native context that is current. The first call for a native context sends the messages
+    /// of the driver to the logging category "velgl" if nobody receives them yet. If the context shares with
+    /// none that VelGL knows, that call also makes a small labelled buffer, by which VelGL recognises
+    /// contexts that share.
+    /// Returns: the same object for the same native context. Null when none is current, and when it is older
+    /// than OpenGL 4.3 or is OpenGL ES; one warning then says what was found and what is needed.
+    /// Cost: a search among the known contexts, and two queries of the driver for one that VelGL did not
+    /// make.
     static QSharedPointer<OpenGLDeviceContext> current();
     /// Makes current() return `context` on the calling thread, whatever native context is current there; null
     /// ends that. OpenGL is not called. The thread keeps a reference to the object until then.
@@ -55,12 +57,15 @@ public:
     /// Makes a core-profile context without a window, through EGL: on the devices whose description contains
     /// `options.device`, or on any device and Mesa's surfaceless platform if that is empty; the first that
     /// works. The new context has the latest version that the driver offers. What was current on the thread
-    /// stays current. Returns: null when none works; `error` then lists what was tried and why it failed,
-    /// else it is unchanged. Cost: opens devices until one works, up to hundreds of milliseconds.
+    /// stays current.
+    /// Returns: null when none works; `error` then lists what was tried and why it failed, else it is
+    /// unchanged.
+    /// Cost: opens EGL devices until one works, so make contexts outside of frames.
     static QSharedPointer<OpenGLDeviceContext> createHeadless(const HeadlessOptions& options, QString& error);
 
     /// Makes a headless context current on the calling thread and deletes the GL names that were queued for
-    /// it. Returns: false when EGL refuses. An object of another kind is not made current: the result says
+    /// it.
+    /// Returns: false when EGL refuses. An object of another kind is not made current: the result says
     /// whether its native context is current, or, for an object without one, whether current() returns it.
     virtual bool makeCurrent();
     /// Releases a headless context if it is current on the calling thread. Does nothing for other kinds.

@@ -17,8 +17,7 @@ public:
     /// hands to a shader is declared by shaderInterface().
     /// Requires: a current context.
     /// Returns: null when there is no context, and when compiling or linking fails. `error` then names the
-    /// step
-    /// ("Vertex shader: ", "Fragment shader: ", "Linking: ") and holds the log of the driver; else it is
+    /// step ("Vertex shader: ", "Fragment shader: ", "Linking: ") and holds the log of the driver; else it is
     /// unchanged.
     /// Cost: waits until the driver has compiled and linked, so do this before the first frame.
     static std::unique_ptr<Program> fromSource(const QByteArray& vertexShader,

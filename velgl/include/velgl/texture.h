@@ -66,10 +66,11 @@ public:
     /// is not GL_TEXTURE_2D and when the current context does not know the texture.
     bool hasContent() const;
     /// Reads mipmap level `level` back from OpenGL. Bindings and pixel store settings are unchanged
-    /// afterwards. Returns: the image in Format_RGBA8888, the texture's first row first; a null image when
-    /// there is no such level, when the target is not GL_TEXTURE_2D, and when the current context does not
-    /// know the texture. Cost: waits until the GPU has finished with the texture, then copies the level. For
-    /// tests and tools.
+    /// afterwards.
+    /// Returns: the image in Format_RGBA8888, the texture's first row first; a null image when there is no
+    /// such level, when the target is not GL_TEXTURE_2D, and when the current context does not know the
+    /// texture.
+    /// Cost: waits until the GPU has finished with the texture, then copies the level. For tests and tools.
     QImage readBack(int level = 0) const;
 
 private:

@@ -38,9 +38,9 @@ public:
     void setLoader(Loader loader);
     /// Asks the loader for the texture of `path`. A texture without a label is labelled with the path.
     /// Requires: what the loader requires, as a rule a current context.
-    /// Returns: `fallback`, which may be null, when there is no loader, when it returns null, and when OpenGL
-    /// had no memory for the image of a new texture. A warning says so once; the path is not tried again
-    /// before the next setLoader().
+    /// Returns: the loader's texture. `fallback`, which may be null, when there is no loader, when it returns
+    /// null, and when OpenGL had no memory for the image of a new texture. A warning says so once; the path
+    /// is not tried again before the next setLoader().
     /// Cost: one call of the loader, which is expected to keep its textures by path.
     Texture* texture(const QString& path, Texture* fallback);
 

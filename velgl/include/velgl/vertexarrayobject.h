@@ -51,7 +51,8 @@ public:
     /// element becomes a float of the same value for a float attribute; integer attributes take integer types
     /// only, and double attributes GL_DOUBLE only. A stream whose type does not suit the attribute is left
     /// out, after one warning for its name. One whose buffer is empty, or belongs to another group of
-    /// contexts, is left out. Returns: see Bindable::bind(); streams that were left out do not make it false.
+    /// contexts, is left out.
+    /// Returns: see Bindable::bind(); streams that were left out do not make it false.
     /// Cost: two queries of the program per stream. The GL object is changed only where the result differs
     /// from that of the last bind.
     bool bind() override;
