@@ -144,7 +144,7 @@ TEST_P(GLFaultsTest, FailureWithoutAnErrorSaysSo) {
     const FaultyDriver driver(GLFault::NoBufferNamesAndNoError);
     EXPECT_FALSE(buffer.bind());
     buffer.unbind();
-    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Buffer 'mine' could not be made (no error is told)"));
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Buffer 'mine' could not be made (OpenGL reported no error)"));
 }
 
 TEST_P(GLFaultsTest, BufferWithoutANameIsNotBound) {

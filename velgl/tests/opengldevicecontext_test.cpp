@@ -128,7 +128,7 @@ TEST_F(OpenGLDeviceContextTest, SharingWithAStandInFails) {
     QString error;
     EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
     EXPECT_EQ(error, QStringLiteral("No OpenGL context could be made. Tried: "
-                                    "the context to share with is none of EGL's"));
+                                    "the context to share with was not created by EGL"));
 }
 
 TEST_F(OpenGLDeviceContextTest, ForeignContextIsRecognisedAndKeepsItsObject) {

@@ -8,7 +8,7 @@
 
 namespace Atelier::Vel {
 
-/// Reaches the part of a device context that its header does not show.
+/// Gives VelGL access to the private part of a device context.
 struct ContextAccess {
     static std::unique_ptr<ContextGL>& gl(OpenGLDeviceContext& context);
 };

@@ -9,29 +9,31 @@
 
 namespace Atelier::Vel {
 
-/// What a context can do beyond the least that VelGL asks for.
+/// Optional features of a context, which the minimum version of OpenGL does not guarantee.
 struct ContextFeatures {
     bool directStateAccess = true;
-    bool drawParameters = true; ///< vertex shaders know the number of the draw within a multi-draw
+    bool drawParameters = true; ///< a vertex shader can read the number of the draw within a multi-draw
 };
 
 /// What VelGL knows of one native context.
 class ContextGL {
 public:
-    /// Requires: `native` is current; `group` is its group. `wanted` features stay where the driver has them.
+    /// Requires: `native` is current and belongs to `group`. A feature in `wanted` is used if the driver has
+    /// it.
     ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> group, const ContextFeatures& wanted);
 
-    /// Tells contexts apart, also when one has the handle of an earlier one.
+    /// A number that no other context has, even one that reuses the native handle of an earlier context.
     quint64 serial() const { return _serial; }
     const NativeContext& native() const { return _native; }
     int version() const { return _version; }
     const QString& description() const { return _description; }
     const ContextFeatures& features() const { return _features; }
 
-    /// Owner of the names that sharing contexts have in common: buffers, textures, programs.
+    /// The name space of buffers, textures and programs, which sharing contexts have in common.
     const std::shared_ptr<ShareGroup>& group() const { return _group; }
-    /// Owner of the names of this context alone: vertex arrays.
+    /// The name space of vertex arrays, which belong to this context alone.
     const std::shared_ptr<GLNameSpace>& ownNameSpace() const { return _ownNameSpace; }
+    /// Returns: whether the names of `space` are valid in this context.
     bool knows(const GLNameSpace& space) const {
         return &space == _group.get() || &space == _ownNameSpace.get();
     }

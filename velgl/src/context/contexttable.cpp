@@ -13,7 +13,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Stands for a context that somebody else made.
+// The object of a context that other code made.
 class AdoptedContext : public OpenGLDeviceContext {
 public:
     explicit AdoptedContext(std::unique_ptr<ContextGL> gl) { ContextAccess::gl(*this) = std::move(gl); }
@@ -24,8 +24,8 @@ ContextGL* knownGL(const QWeakPointer<OpenGLDeviceContext>& context) {
     return strong ? ContextAccess::gl(*strong).get() : nullptr;
 }
 
-// GLX cannot be asked whether a context still exists. One that Qt has made says so itself.
-void forgetWithQtContext(const NativeContext& native) {
+// GLX has no query for whether a context still exists. A QOpenGLContext reports its own destruction.
+void removeWithQtContext(const NativeContext& native) {
     const QOpenGLContext* context = QOpenGLContext::currentContext();
     if (native.api == NativeContext::Api::Glx && context)
         QObject::connect(context, &QOpenGLContext::aboutToBeDestroyed,
@@ -34,7 +34,7 @@ void forgetWithQtContext(const NativeContext& native) {
 
 } // namespace
 
-// Never destroyed: static objects may delete their GL names after any other static object is gone.
+// Never destroyed: static objects may delete their GL names after all other static objects are destroyed.
 ContextTable& ContextTable::instance() {
     static auto* const table = new ContextTable;
     return *table;
@@ -48,7 +48,8 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::current() {
     const auto entry = std::find_if(_entries.begin(), _entries.end(), isCurrent);
     if (entry == _entries.end())
         return adopt(native);
-    // A destroyed context's handle may serve a new one; the group's tag tells them apart.
+    // A new context may reuse the handle of a destroyed one; the labelled buffer of the group distinguishes
+    // them.
     if (entry->adopted && !ContextAccess::gl(*entry->adopted)->group()->isCurrent()) {
         remove(native);
         return adopt(native);
@@ -81,18 +82,18 @@ std::shared_ptr<ShareGroup> ContextTable::currentGroup() const {
 QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& native) {
     const int version = currentVersion();
     if (version < kMinVersion) {
-        warnOnce(native, version);
+        warnOfVersionOnce(native, version);
         return {};
     }
-    forgetDestroyed();
+    removeDestroyed();
     auto gl = std::make_unique<ContextGL>(native, currentGroup(), ContextFeatures());
     QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));
     _entries.push_back({native, context, context});
-    forgetWithQtContext(native);
+    removeWithQtContext(native);
     return context;
 }
 
-void ContextTable::warnOnce(const NativeContext& native, int version) {
+void ContextTable::warnOfVersionOnce(const NativeContext& native, int version) {
     if (std::find(_tooOld.cbegin(), _tooOld.cend(), native) != _tooOld.cend())
         return;
     _tooOld.push_back(native);
@@ -104,7 +105,7 @@ void ContextTable::warnOnce(const NativeContext& native, int version) {
                   version % 10, kMinVersion / 10, kMinVersion % 10);
 }
 
-void ContextTable::forgetDestroyed() {
+void ContextTable::removeDestroyed() {
     std::vector<NativeContext> destroyed;
     for (const Entry& entry : _entries)
         if (entry.adopted && isDestroyed(entry.native))

@@ -10,32 +10,34 @@
 
 namespace Atelier::Vel {
 
-/// All native contexts that VelGL has met, those of others and its own.
+/// The native contexts that VelGL has seen: its own headless ones, and adopted ones, which other code made.
 class ContextTable {
 public:
     static ContextTable& instance();
 
-    /// The device context of what is natively current; made at the first sight of it. Null for none, and for
-    /// one that is too old.
+    /// Returns: the object of the native context that is current; one that is new is adopted. Null when none
+    /// is current and when its version is too old, after one warning.
     QSharedPointer<OpenGLDeviceContext> current();
 
-    /// Files a headless context, which its maker owns and removes.
+    /// Adds a headless context. Its creator owns it and removes it.
     void add(const QSharedPointer<OpenGLDeviceContext>& context);
+    /// Removes a context. The object of an adopted one loses its connection to OpenGL.
     void remove(const NativeContext& native);
 
-    /// The share group of what is natively current; a new one when it shares with no context known.
+    /// Returns: the share group of the native context that is current; a new group if it shares with no known
+    /// context.
     std::shared_ptr<ShareGroup> currentGroup() const;
 
 private:
     struct Entry {
         NativeContext native;
         QWeakPointer<OpenGLDeviceContext> context;
-        QSharedPointer<OpenGLDeviceContext> adopted; ///< the same, when it stands for somebody else's context
+        QSharedPointer<OpenGLDeviceContext> adopted; ///< the same object if the context is adopted; else null
     };
 
     QSharedPointer<OpenGLDeviceContext> adopt(const NativeContext& native);
-    void warnOnce(const NativeContext& native, int version);
-    void forgetDestroyed();
+    void warnOfVersionOnce(const NativeContext& native, int version);
+    void removeDestroyed();
 
     std::vector<Entry> _entries;
     std::vector<NativeContext> _tooOld;

@@ -26,15 +26,15 @@ void APIENTRY logMessage(GLenum /*source*/, GLenum /*type*/, GLuint /*id*/, GLen
 } // namespace
 
 void logDebugMessages() {
-    void* receiver = nullptr;
-    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
-    if (!receiver)
+    void* callback = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &callback);
+    if (!callback)
         glDebugMessageCallback(logMessage, nullptr);
 }
 
 void enableDebugMessages(DebugDelivery delivery) {
     glEnable(GL_DEBUG_OUTPUT);
-    if (delivery == DebugDelivery::AtOnce)
+    if (delivery == DebugDelivery::Synchronous)
         glEnable(GL_DEBUG_OUTPUT_SYNCHRONOUS);
 }
 

@@ -2,13 +2,14 @@
 
 namespace Atelier::Vel {
 
-/// Sends the debug messages of the natively current context to the logging category "velgl", unless the
-/// context has a receiver already.
+/// Logs the debug messages of the natively current context in the category "velgl", unless the context has a
+/// debug callback already.
 void logDebugMessages();
 
-enum class DebugDelivery { AnyTime, AtOnce };
+enum class DebugDelivery { Asynchronous, Synchronous };
 
-/// Has the natively current context send messages; `AtOnce` within the call that they are about.
+/// Enables the debug messages of the natively current context. A `Synchronous` message arrives within the
+/// call that causes it.
 void enableDebugMessages(DebugDelivery delivery);
 
 } // namespace Atelier::Vel

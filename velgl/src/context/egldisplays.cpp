@@ -21,7 +21,7 @@ bool hasExtension(const char* extensions, const char* name) {
 void* initialised(EGLenum platform, void* native) {
     const auto getPlatformDisplay = entryPoint<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
     EGLDisplay display = getPlatformDisplay ? getPlatformDisplay(platform, native, nullptr) : EGL_NO_DISPLAY;
-    // Never terminated again: the program, or another context of ours, may use the same display.
+    // The display is never terminated: the program, or another context of VelGL, may use it too.
     return display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr) ? display : EGL_NO_DISPLAY;
 }
 

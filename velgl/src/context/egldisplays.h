@@ -6,17 +6,18 @@
 
 namespace Atelier::Vel {
 
-/// A place where EGL may make a context without a window.
+/// A display on which EGL may create a context without a window.
 struct EglDisplayCandidate {
     void* display = nullptr; ///< EGLDisplay; null when it could not be opened
-    QString description;     ///< for people: what it is, or what went wrong
+    QString description;     ///< for error messages: what it is, or why it is not used
 };
 
-/// The devices that EGL lists, in its order, then the surfaceless platform; initialised. With a `device`,
-/// only the devices whose description contains that text.
+/// Opens the devices that EGL lists, in that order, then the surfaceless platform. If `device` is not empty,
+/// only devices whose description contains that text are opened.
+/// Returns: all candidates, with a null display where one was not opened.
 std::vector<EglDisplayCandidate> eglDisplays(const QString& device);
 
-/// The last EGL error in words.
+/// Returns: the name of the last EGL error, for messages.
 QString eglErrorText();
 
 } // namespace Atelier::Vel

@@ -50,9 +50,9 @@ void FailureReport::failed(const char* action, const QString& label) {
     if (_isFailed)
         return;
     _isFailed = true;
-    _waiting =
-        QStringLiteral("could not be %1 (%2)")
-            .arg(QLatin1String(action), errors.isEmpty() ? QStringLiteral("no error is told") : errors);
+    _waiting = QStringLiteral("could not be %1 (%2)")
+                   .arg(QLatin1String(action),
+                        errors.isEmpty() ? QStringLiteral("OpenGL reported no error") : errors);
     setLabel(label);
 }
 

@@ -15,7 +15,7 @@ public:
     GLNameSpace(const GLNameSpace&) = delete;
     GLNameSpace& operator=(const GLNameSpace&) = delete;
 
-    /// Deletes the name now where a context of this space is current, else when one is next.
+    /// Deletes the name at once if a context of this space is current; otherwise queues it until one is.
     void release(GLKind kind, unsigned int name);
     /// Requires: a context of this space is natively current.
     void deleteQueuedNames();

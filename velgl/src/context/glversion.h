@@ -2,10 +2,10 @@
 
 namespace Atelier::Vel {
 
-/// The least version that VelGL works with, times ten.
+/// The minimum version of OpenGL, times ten.
 constexpr int kMinVersion = 43;
 
-/// The version of what is natively current times ten, 0 for OpenGL ES.
+/// Returns: the OpenGL version of the natively current context, times ten; 0 for OpenGL ES.
 int currentVersion();
 
 } // namespace Atelier::Vel

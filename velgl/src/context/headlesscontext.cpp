@@ -16,7 +16,7 @@ namespace {
 
 using Options = OpenGLDeviceContext::HeadlessOptions;
 
-// Puts back the thread's EGL context and its client API.
+// Restores the thread's EGL context and its client API on destruction.
 class ScopedEglCurrent {
 public:
     ScopedEglCurrent() = default;
@@ -109,8 +109,8 @@ EGLContext createContext(EGLDisplay display, EGLContext shared, int version, boo
     return eglCreateContext(display, count > 0 ? config : EGL_NO_CONFIG_KHR, shared, attributes);
 }
 
-// The best core profile there is; the last try, below what VelGL needs, is made to name the version in the
-// error.
+// The highest core profile that the driver offers. 3.2 is below the minimum of VelGL: it is tried last, so
+// that the error can name the version that was found.
 std::unique_ptr<EglContext> createBestContext(EGLDisplay display, EGLContext shared, bool debug) {
     for (const int version : {46, 45, 44, 43, 32}) {
         auto context = std::make_unique<EglContext>(display, createContext(display, shared, version, debug));
@@ -146,7 +146,7 @@ QSharedPointer<OpenGLDeviceContext> createOn(EGLDisplay display, const Options& 
     const ContextFeatures features{options.directStateAccess, options.drawParameters};
     QSharedPointer<OpenGLDeviceContext> created(new HeadlessContext(std::move(context), features));
     ContextTable::instance().add(created);
-    enableDebugMessages(options.debug ? DebugDelivery::AtOnce : DebugDelivery::AnyTime);
+    enableDebugMessages(options.debug ? DebugDelivery::Synchronous : DebugDelivery::Asynchronous);
     created->doneCurrent();
     return created;
 }
@@ -156,7 +156,7 @@ std::vector<EglDisplayCandidate> candidatesFor(const Options& options, EGLContex
         return eglDisplays(options.device);
     const ContextGL* gl = ContextAccess::gl(*options.shareWith).get();
     if (!gl || gl->native().api != NativeContext::Api::Egl)
-        return {{nullptr, QStringLiteral("the context to share with is none of EGL's")}};
+        return {{nullptr, QStringLiteral("the context to share with was not created by EGL")}};
     shared = gl->native().handle;
     return {{gl->native().display, QStringLiteral("the display of the context to share with")}};
 }

@@ -11,7 +11,7 @@ namespace {
 
 using GlxGetCurrentContext = void* (*)();
 
-// GLX is asked for only where somebody has loaded it: without it no GLX context can be current.
+// GLX is used only if the process has loaded it already: otherwise no GLX context can be current.
 GlxGetCurrentContext findGlx() {
     for (const char* library : {"libGLX.so.0", "libGL.so.1"}) {
         if (void* handle = dlopen(library, RTLD_LAZY | RTLD_NOLOAD)) {

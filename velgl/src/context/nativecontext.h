@@ -16,10 +16,10 @@ struct NativeContext {
     friend bool operator!=(const NativeContext& a, const NativeContext& b) { return !(a == b); }
 };
 
-/// What is current on the calling thread, whoever made it so.
+/// Returns: the native context that is current on the calling thread, whichever library made it current.
 NativeContext currentNativeContext();
 
-/// Whether the context is known to exist no longer. False means "not known".
+/// Returns: true if the context is known to be destroyed; false if it exists or nothing is known.
 bool isDestroyed(const NativeContext& context);
 
 } // namespace Atelier::Vel

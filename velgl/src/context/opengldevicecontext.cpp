@@ -14,12 +14,13 @@ std::unique_ptr<ContextGL>& ContextAccess::gl(OpenGLDeviceContext& context) {
 
 namespace {
 
-// Static objects are destroyed after the main thread's own, and may still ask for a context then.
-thread_local bool substituteIsGone = false;
+// Static objects are destroyed after the thread-local objects of the main thread, and may still call
+// current().
+thread_local bool substituteIsDestroyed = false;
 
 struct Substitute {
     QSharedPointer<OpenGLDeviceContext> context;
-    ~Substitute() { substituteIsGone = true; }
+    ~Substitute() { substituteIsDestroyed = true; }
 };
 
 thread_local Substitute substitute;
@@ -31,13 +32,13 @@ OpenGLDeviceContext::OpenGLDeviceContext() : _data(std::make_unique<Data>()) {}
 OpenGLDeviceContext::~OpenGLDeviceContext() = default;
 
 QSharedPointer<OpenGLDeviceContext> OpenGLDeviceContext::current() {
-    if (!substituteIsGone && substitute.context)
+    if (!substituteIsDestroyed && substitute.context)
         return substitute.context;
     return ContextTable::instance().current();
 }
 
 void OpenGLDeviceContext::setCurrent(QSharedPointer<OpenGLDeviceContext> context) {
-    if (!substituteIsGone)
+    if (!substituteIsDestroyed)
         substitute.context.swap(context);
 }
 

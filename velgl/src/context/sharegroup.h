@@ -6,8 +6,8 @@
 
 namespace Atelier::Vel {
 
-/// The names that a group of sharing contexts has in common. A labelled buffer tells the group from others:
-/// no window system says for every context with whom it shares.
+/// The name space of a group of sharing contexts. A labelled buffer identifies the group, because not every
+/// window system reports which contexts share.
 class ShareGroup : public GLNameSpace {
 public:
     /// Requires: one of the new group's contexts is natively current.

@@ -6,8 +6,8 @@
 
 namespace Atelier::Vel {
 
-/// Names by the number of a draw command; null is what stands for none. Those that come in order from 0 on,
-/// as they nearly always do, take no more than a list of them.
+/// Names of draw commands by number; null for none. Names that are set in order from 0, the usual case, are
+/// stored in a list without keys.
 class CommandNames {
 public:
     void set(int command, const QString& name) {
@@ -28,7 +28,7 @@ public:
 
 private:
     QVector<QString> _inOrder;
-    QHash<int, QString> _others; ///< what stands in the list counts instead
+    QHash<int, QString> _others; ///< set out of order; a number below the size of _inOrder is ignored here
 };
 
 } // namespace Atelier::Vel

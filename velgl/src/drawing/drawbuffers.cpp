@@ -28,7 +28,8 @@ void setUniform(GLuint program, const char* name, GLint value) {
         glProgramUniform1i(program, location, value);
 }
 
-// Asks OpenGL for errors around a draw. What was noted before is none of the draw's, and must not be lost.
+// Logs the errors of OpenGL around a draw. Errors from before are logged separately: the draw did not cause
+// them.
 class DrawCheck {
 public:
     explicit DrawCheck(const QString& label) : _label(label) {
@@ -60,9 +61,9 @@ struct DrawBuffers::Data {
     unsigned int primitiveType = GL_TRIANGLES;
     QVector<Command> commands;
     GLNames indirect;
-    quint64 checkedBytes = 0; // of the indices that the commands in `indirect` were checked against
+    quint64 checkedBytes = 0; // size of the index buffer that the commands in `indirect` were checked against
     FailureReport report{"Draw commands of"};
-    int checkedCount = 0; // commands at the front that OpenGL was seen to draw, or to refuse
+    int checkedCount = 0; // the first commands, whose draws have been checked for errors
 
     QString label() const { return vao ? vao->label() : QString(); }
     quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
@@ -71,7 +72,7 @@ struct DrawBuffers::Data {
     bool canDraw() const;
 };
 
-// What a command may read: no more than was announced, and no more than there is.
+// The commands, with a count of 0 for each that reaches beyond the announced indices or those in the buffer.
 QVector<Command> DrawBuffers::Data::safeCommands() const {
     quint64 available = quint64(std::max(indexCount, 0));
     if (const int size = scalarSize(indexType))
@@ -110,9 +111,9 @@ const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
 }
 
 bool DrawBuffers::Data::canDraw() const {
-    const bool knowsIndices =
+    const bool isIndexType =
         indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
-    return vao && indices && knowsIndices && indices->name() != 0 && indexBytes() > 0;
+    return vao && indices && isIndexType && indices->name() != 0 && indexBytes() > 0;
 }
 
 DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
@@ -197,7 +198,7 @@ void DrawBuffers::draw(int first, int count) {
     if (!indirect)
         return;
     count = static_cast<int>(end - first);
-    // Only once, since the answer makes a driver wait for what it does on its side.
+    // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
     std::optional<DrawCheck> check;
     if (first + count > _data->checkedCount) {
         check.emplace(_data->label());
@@ -206,7 +207,7 @@ void DrawBuffers::draw(int first, int count) {
     _data->vao->setIndexBuffer(_data->indices);
     if (_data->vao->bind()) {
         const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());
-        // Without draw parameters the shader learns each command's number from the uniform alone.
+        // Without draw parameters a shader gets the number of the command from the uniform alone.
         const int step = gl->features().drawParameters ? count : 1;
         for (int command = first; command < first + count; command += step) {
             setUniform(program, "velgl_firstCommand", command);

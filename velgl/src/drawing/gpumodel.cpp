@@ -12,7 +12,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Every command is drawn `times` times as often.
+// Multiplies the instance count of every command.
 void multiplyInstances(DrawBuffers& buffers, int times) {
     QVector<DrawElementsIndirectCommand> commands = buffers.drawElementsIndirectCommands();
     for (DrawElementsIndirectCommand& command : commands)
@@ -24,7 +24,7 @@ void multiplyInstances(DrawBuffers& buffers, int times) {
 
 struct GPUModel::Data {
     ModelDrawables drawables;
-    QHash<QString, Bounds> bounds; // by attribute; those that are valid
+    QHash<QString, Bounds> bounds; // valid ones only, by attribute
 
     ModelDrawable* find(int index) const {
         const bool isKnown = index >= 0 && static_cast<std::size_t>(index) < drawables.size();
@@ -38,13 +38,13 @@ GPUModel::~GPUModel() = default;
 
 int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
                   InstanceDataCollection* instances, const quint64& key) {
-    // Owned at once, so that nothing is lost when memory is short.
+    // Owned at once, so that nothing leaks if an allocation throws.
     std::unique_ptr<InstanceDataCollection> ownedMaterials(materials);
     std::unique_ptr<InstanceDataCollection> ownedInstances(instances);
     const auto isKnown = [&](const auto& known) { return known->buffers.get() == buffers; };
     if (!buffers || std::any_of(_data->drawables.cbegin(), _data->drawables.cend(), isKnown))
         return -1;
-    buffers->setParent(nullptr); // it has one owner now
+    buffers->setParent(nullptr); // the model is the only owner
     std::unique_ptr<DrawBuffers> ownedBuffers(buffers);
     if (buffers->VAO() && buffers->VAO()->label().isEmpty())
         buffers->VAO()->setLabel(QStringLiteral("drawable %1").arg(drawableCount()));

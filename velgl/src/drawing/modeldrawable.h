@@ -14,7 +14,7 @@ namespace Atelier::Vel {
 
 class Texture;
 
-/// Where a material's texture comes from: an object or a path. Neither where the material has none.
+/// Where the texture of a material comes from: an object or a path; neither if the material has no texture.
 struct TextureSource {
     QString path;
     Texture* object = nullptr;
@@ -39,7 +39,7 @@ struct ModelDrawable {
     quint64 key = 0;
     CommandNames materialNames;
     CommandNames objectNames;
-    std::vector<TextureRun> runs; ///< of the commands as they were drawn last
+    std::vector<TextureRun> runs; ///< as of the last draw
     const InstanceDataPlan* runsPlan = nullptr;
 };
 

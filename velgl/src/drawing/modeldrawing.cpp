@@ -17,7 +17,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// The presence of textures travels in the bits of one integer.
+// The uniform `velgl_textures` has one bit for each texture.
 constexpr int kMaxTextures = 32;
 
 std::vector<TextureSource> texturesOf(const InstanceData& material, const QStringList& members) {
@@ -56,7 +56,7 @@ void updateRuns(ModelDrawable& drawable) {
     drawable.runsPlan = plan;
 }
 
-// One texture on one unit, with nothing of the client's sampler on it; the unit is as before afterwards.
+// Binds a texture, and no sampler, to a unit; restores the unit on destruction.
 class TextureOnUnit {
 public:
     TextureOnUnit(GLuint unit, const TextureSource& source) : _unit(unit) {
@@ -85,7 +85,7 @@ private:
     Texture* _texture = nullptr;
 };
 
-void setPresence(const std::vector<TextureSource>& textures) {
+void setTexturePresence(const std::vector<TextureSource>& textures) {
     GLuint present = 0;
     for (std::size_t unit = 0; unit < textures.size(); ++unit)
         if (!(textures[unit] == TextureSource()))
@@ -97,8 +97,9 @@ void setPresence(const std::vector<TextureSource>& textures) {
     }
 }
 
-// What has no layout leaves its binding point to the client. What has one and cannot be stored must not be
-// drawn: its shader would read from somewhere else. Returns: false for the latter.
+// Binds a collection if it has a layout; otherwise the binding point is left to the client.
+// Returns: false if there is a layout and the items cannot be stored. A shader would then read other data, so
+// the draw must be skipped.
 bool bindCollection(InstanceDataCollection* collection, GLuint point, int count) {
     const InstanceDataPlan* plan = collection ? collection->plan() : nullptr;
     return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
@@ -108,7 +109,7 @@ void drawRun(DrawBuffers& buffers, const TextureRun& run) {
     std::vector<std::unique_ptr<TextureOnUnit>> bound;
     for (std::size_t unit = 0; unit < run.textures.size(); ++unit)
         bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), run.textures[unit]));
-    setPresence(run.textures);
+    setTexturePresence(run.textures);
     buffers.draw(run.first, run.count);
 }
 

@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel {
 
-/// Draws one drawable with the current program; leaves all bindings as they were.
+/// Draws one drawable with the current program and restores all bindings. Draws nothing without a context.
 void drawDrawable(ModelDrawable& drawable);
 
 } // namespace Atelier::Vel

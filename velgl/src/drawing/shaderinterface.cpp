@@ -7,7 +7,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Drivers report an extension that they lack, so it is enabled only where they have it.
+// Drivers warn of an #extension that they lack, so it is enabled only if the driver has it.
 const char kCommandNumber[] = R"(#ifdef GL_ARB_shader_draw_parameters
 #extension GL_ARB_shader_draw_parameters : enable
 #endif

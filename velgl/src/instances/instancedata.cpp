@@ -23,8 +23,8 @@ InstanceData::Content& InstanceData::ownContent() {
 }
 
 void InstanceData::set(const QString& member, const void* data, unsigned long long size) {
-    constexpr unsigned long long kLargestValue = std::numeric_limits<int>::max() / 2;
-    if (size > kLargestValue || (size > 0 && !data)) {
+    constexpr unsigned long long kMaxValueSize = std::numeric_limits<int>::max() / 2;
+    if (size > kMaxValueSize || (size > 0 && !data)) {
         qCWarning(velglLog, "Value '%s' of '%s' is refused: %llu bytes at %p", qPrintable(member),
                   qPrintable(name()), size, data);
         return;

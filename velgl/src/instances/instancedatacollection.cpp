@@ -17,7 +17,7 @@ struct InstanceDataCollection::Data {
     // The buffer in one group of contexts.
     struct Storage {
         GLName name;
-        int itemCount = 0; // in the buffer, items that only fill it up included; 0 until it is filled
+        int itemCount = 0; // in the buffer, with added items of zeros; 0 until it is filled
     };
 
     GLNameTable<Storage> storages;
@@ -26,7 +26,7 @@ struct InstanceDataCollection::Data {
     Storage& in(const ContextGL& gl);
 };
 
-// With a name that is not alive where there is none yet.
+// Returns: the storage of the context's group. Its name is not alive before the first upload.
 InstanceDataCollection::Data::Storage& InstanceDataCollection::Data::in(const ContextGL& gl) {
     Storage* storage = storages.find(*gl.group());
     return storage ? *storage : storages.add({});

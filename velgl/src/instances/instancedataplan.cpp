@@ -13,8 +13,8 @@ namespace {
 
 using DataType = InstanceDataPlan::DataType;
 
-// The std430 rules: a three-component vector is aligned like one of four, and the next scalar may use the
-// gap.
+// The std430 rules: a vector of three components is aligned like one of four, and the next scalar may use the
+// fourth place.
 int alignment(DataType type) {
     switch (type) {
     case DataType::Texture:
@@ -55,14 +55,14 @@ const char* glslType(DataType type) {
     return "";
 }
 
-// What a QByteArray can hold, with room for its header.
-constexpr qint64 kLargestPacking = 0x7FFFFFC0;
+// The maximum size of a QByteArray, whose header counts against the range of int.
+constexpr qint64 kMaxPackedSize = 0x7FFFFFC0;
 
 int roundedUp(int value, int multiple) {
     return (value + multiple - 1) / multiple * multiple;
 }
 
-// The characters may lie in a library that is unloaded while the plan lives on in the registry.
+// The characters of a literal lie in a library that may be unloaded, while the plan stays in the registry.
 QString deepCopy(const QString& text) {
     return QString(text.constData(), text.size());
 }
@@ -133,7 +133,7 @@ QStringList InstanceDataPlan::textureNames() const {
 
 QByteArray InstanceDataPlan::pack(const QList<InstanceData>& items) const {
     const qint64 size = qint64(items.size()) * stride();
-    if (size > kLargestPacking) {
+    if (size > kMaxPackedSize) {
         qCWarning(velglLog, "%d items of plan '%s' are too many for one buffer", items.size(),
                   qPrintable(_name));
         return {};

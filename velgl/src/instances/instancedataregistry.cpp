@@ -25,8 +25,7 @@ InstanceDataRegistry::InstanceDataRegistry() = default;
 
 InstanceDataRegistry::~InstanceDataRegistry() = default;
 
-// Made by the first library that asks and never destroyed: static objects of any library may use it at any
-// time.
+// Made by the first call and never destroyed: static objects of any library may use it at any time.
 InstanceDataRegistry& InstanceDataRegistry::Instance() {
     static auto* const registry = new InstanceDataRegistry;
     return *registry;

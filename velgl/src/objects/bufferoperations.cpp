@@ -9,7 +9,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-constexpr qint64 kLargestByteArray = 0x7FFFFFC0;
+// The maximum size of a QByteArray, whose header counts against the range of int.
+constexpr qint64 kMaxByteArraySize = 0x7FFFFFC0;
 
 qint64 bufferSize(const ContextGL& gl, const GLName& buffer) {
     GLint64 size = 0;
@@ -30,7 +31,7 @@ GLName makeBuffer(const ContextGL& gl, const QString& label) {
         glCreateBuffers(1, &name);
     } else {
         glGenBuffers(1, &name);
-        // A generated name becomes a buffer when it is bound first.
+        // A generated name becomes a buffer with its first bind.
         const ScopedBufferBinding binding(GL_COPY_WRITE_BUFFER, name);
     }
     if (name != 0)
@@ -51,7 +52,7 @@ bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qin
 
 QByteArray readBuffer(const ContextGL& gl, const GLName& buffer) {
     const qint64 size = bufferSize(gl, buffer);
-    if (size <= 0 || size > kLargestByteArray)
+    if (size <= 0 || size > kMaxByteArraySize)
         return {};
     QByteArray content(static_cast<int>(size), '\0');
     if (gl.features().directStateAccess) {

@@ -10,13 +10,15 @@
 // Requires, for each of them: `gl` is the current context.
 namespace Atelier::Vel {
 
-/// Returns: a name that is not alive when OpenGL has none to give.
+/// Makes an empty buffer.
+/// Returns: its name; a name that is not alive when OpenGL cannot make a buffer.
 GLName makeBuffer(const ContextGL& gl, const QString& label);
 
-/// Replaces the content. Returns: whether the buffer has that size now.
+/// Replaces the content by `size` bytes; null `data` leaves them undefined.
+/// Returns: whether the buffer has that size now; the driver may have had no memory.
 bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qint64 size, unsigned int usage);
 
-/// The whole content; empty when it is larger than a byte array can be.
+/// Returns: the whole content; empty when it is larger than a QByteArray can be.
 QByteArray readBuffer(const ContextGL& gl, const GLName& buffer);
 
 } // namespace Atelier::Vel

@@ -3,7 +3,8 @@
 #include <velgl/sharedpointer.h>
 #include <velgl/vertexarrayobject.h>
 
-// The factories of a context stand with the objects that they make: contexts know no objects.
+// The factories are defined beside the objects that they make, because the sources of contexts use no
+// objects.
 namespace Atelier::Vel {
 
 QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {

@@ -19,7 +19,7 @@ void texParameteri(unsigned int target, unsigned int name, int value) {
         glTexParameteri(target, name, value);
 }
 
-// The pixels lie in memory, row after row, whatever rows or unpack buffer the client has set for itself.
+// `pixels` points to plain rows in memory: the client's row length, skips and unpack buffer are set aside.
 void texImage2D(unsigned int target, int level, int internalFormat, int width, int height, int border,
                 unsigned int format, unsigned int type, const void* pixels) {
     if (!findCurrentContext())
@@ -28,7 +28,7 @@ void texImage2D(unsigned int target, int level, int internalFormat, int width, i
     glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 
-// Where there was no memory for the image, asking for smaller ones is a mistake to OpenGL.
+// Whether there was no memory for the image. glGenerateMipmap() is an error then.
 bool lacksImage(unsigned int target) {
     GLint width = 1;
     if (target == GL_TEXTURE_2D)

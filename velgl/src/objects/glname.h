@@ -9,7 +9,7 @@
 
 namespace Atelier::Vel {
 
-/// Owns one GL name. Outlives its context safely: the name is then simply forgotten.
+/// Owns one GL name. It may outlive the contexts of its name space; there is nothing to delete then.
 class GLName {
 public:
     GLName() = default;
@@ -20,13 +20,14 @@ public:
         : _kind(other._kind), _name(std::exchange(other._name, 0U)), _space(std::move(other._space)) {}
     GLName& operator=(GLName&& other) noexcept;
 
+    /// Returns: whether there is a name, and it belongs to `space`.
     bool livesIn(const GLNameSpace& space) const { return _name && _space.lock().get() == &space; }
-    /// Whether it lives in a context that is not known to be gone.
+    /// Returns: whether there is a name, and its contexts are not known to be gone.
     bool isAlive() const { return _name && !_space.expired(); }
     unsigned int value() const { return _name; }
 
 private:
-    /// What is kept of the name afterwards has no meaning.
+    /// Leaves the members as they are; the caller replaces them or ends their life.
     void release();
 
     GLKind _kind = GLKind::Buffer;

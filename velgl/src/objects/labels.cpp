@@ -5,7 +5,7 @@
 namespace Atelier::Vel {
 
 void labelObject(unsigned int kind, unsigned int name, const QString& label) {
-    // Every driver takes labels of this length.
+    // GL_MAX_LABEL_LENGTH is at least 256, with the terminating zero.
     constexpr int kMaxLabelLength = 255;
     const QByteArray text = label.toUtf8().left(kMaxLabelLength);
     glObjectLabel(kind, name, text.size(), text.constData());

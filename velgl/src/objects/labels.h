@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel {
 
-/// Gives a GL object the name under which debug messages speak of it. `kind` is GL_BUFFER and its like.
+/// Sets the label of a GL object, which debug messages contain. `kind` is an identifier such as GL_BUFFER.
 void labelObject(unsigned int kind, unsigned int name, const QString& label);
 
 } // namespace Atelier::Vel

@@ -17,7 +17,8 @@ public:
     const QString& label() const { return _label; }
     /// Logs the failure that waited for a label, if there is one.
     void setLabel(const QString& label);
-    /// Gives the label to the GL object `name`. Requires: a context that knows the name is current.
+    /// Gives the label to the GL object `name`.
+    /// Requires: a context that knows the name is current.
     void applyLabel(unsigned int name) const;
 
     /// Warns once that OpenGL could not do `action` with the object, see FailureReport.

@@ -14,7 +14,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Deletes a shader once no program needs it.
+// Compiles a shader. After destruction OpenGL deletes it as soon as no program has it attached.
 class Shader {
 public:
     Shader(GLenum stage, const QByteArray& source) : _name(glCreateShader(stage)) {

@@ -43,7 +43,7 @@ void fillWithColor(GLenum target, int internalFormat, const QColor& color) {
     glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, 0);
 }
 
-// Asking for a level that no texture has is an error for the driver.
+// Whether a texture can have the level. OpenGL reports an error for a query of any other level.
 bool isLevel(int level) {
     GLint largestSide = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largestSide);
@@ -52,7 +52,8 @@ bool isLevel(int level) {
 
 } // namespace
 
-// Content that its owner has declared final exists in one place only; a colour can be filled in anywhere.
+// A solid colour can be made in every group of contexts. Other content exists in one group only; after that
+// group is gone it can be filled again, unless its owner has declared it final.
 bool Texture::Data::canBeMade() const {
     return color || (!names.isAlive() && !isReadOnly);
 }
@@ -76,7 +77,7 @@ const GLName* Texture::Data::make(const ContextGL& gl) {
         return nullptr;
     }
     const GLuint previous = currentName(textureBindingQuery(target));
-    glBindTexture(target, name); // a generated name becomes a texture when it is bound first
+    glBindTexture(target, name); // a generated name becomes a texture with its first bind
     if (color)
         fillWithColor(target, internalFormat, *color);
     record.applyLabel(name);

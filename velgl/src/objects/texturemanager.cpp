@@ -15,7 +15,7 @@ namespace Atelier::Vel {
 struct TextureManager::Data {
     std::unordered_map<QRgb, std::unique_ptr<Texture>> colors;
     Loader loader;
-    QSet<QString> unreadable; // paths; reported, and not tried again
+    QSet<QString> unreadable; // paths that were reported and are not tried again
     QHash<quint64, Texture*> filed;
 };
 
@@ -35,7 +35,7 @@ TextureManager::TextureManager() : _data(std::make_unique<Data>()) {}
 
 TextureManager::~TextureManager() = default;
 
-// Never destroyed: static objects of the program may hold its textures until the very end.
+// Never destroyed: static objects of the program may use its textures until the process ends.
 TextureManager& TextureManager::Instance() {
     static auto* const manager = new TextureManager;
     return *manager;

@@ -65,8 +65,8 @@ struct VertexArrayObject::Data {
     QSharedPointer<BufferObject> indices;
     GLNameTable<ContextArray> arrays;
     BindingStack bindings;
-    int revision = 0;          // of the streams: one more with every change
-    QStringList reportedNames; // of streams that a program could not read
+    int revision = 0;          // incremented with every change of the streams or the label
+    QStringList reportedNames; // of streams that were reported as unreadable
     ObjectRecord record{"Vertex array", GL_VERTEX_ARRAY};
 
     ContextArray* arrayIn(const ContextGL& gl);
@@ -74,7 +74,7 @@ struct VertexArrayObject::Data {
     void configure(ContextArray& array);
 };
 
-// Null when OpenGL has none to give.
+// Returns: null when OpenGL cannot make a vertex array.
 ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     if (ContextArray* array = arrays.find(*gl.ownNameSpace()))
         return array;
@@ -94,7 +94,7 @@ std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int progr
     for (const Stream& stream : qAsConst(streams)) {
         const ProgramInput input = programInput(program, stream.name);
         const unsigned int buffer = stream.buffer ? stream.buffer->name() : 0;
-        // A buffer without content, since there was no memory for it, must not be read from.
+        // A buffer is empty if the driver had no memory for it. Reading from it is undefined.
         if (input.location < 0 || buffer == 0 || stream.buffer->byteCount() == 0)
             continue;
         if (isReadable(stream, input.kind)) {

@@ -10,19 +10,19 @@ namespace Atelier::Vel {
 struct SavedBinding {
     quint64 context = 0;       ///< ContextGL::serial(); 0 for a bind() that failed
     unsigned int previous = 0; ///< the name that was bound before
-    unsigned int place = 0;    ///< the texture unit, or the vertex array for an index buffer
+    unsigned int place = 0;    ///< the texture unit; for an index buffer, the vertex array
 
     friend bool operator==(const SavedBinding& a, const SavedBinding& b) {
         return a.context == b.context && a.previous == b.previous && a.place == b.place;
     }
 };
 
-/// The bind() calls of an object that have not met their unbind(). Equal ones in a row are counted, so that a
-/// client which binds again and again without unbinding costs no memory.
+/// What the bind() calls of an object replaced, for those without an unbind() yet. Equal entries in a row are
+/// counted, so that a client that binds repeatedly without unbinding uses no memory.
 class BindingStack {
 public:
     void push(const SavedBinding& binding);
-    /// The latest one; one of a failed bind() when there is none.
+    /// Returns: the latest entry; that of a failed bind() when the stack is empty.
     SavedBinding pop();
 
 private:

@@ -2,12 +2,12 @@
 
 namespace Atelier::Vel {
 
-/// How pixels lie in client memory: plain rows while it lives, and the client's settings again afterwards,
-/// the buffer that pixels are read from or written to included.
+/// Sets the pixel store parameters to plain rows in client memory. Restores the client's parameters and pixel
+/// buffer on destruction.
 class ScopedPixelStore {
 public:
     enum class Direction { Pack, Unpack };
-    /// The unpack alignment that counts while it lives: VelGL's own of 4, or what the client has set.
+    /// The alignment of rows within the scope: OpenGL's default of 4 bytes, or what the client has set.
     enum class Alignment { Plain, Client };
 
     explicit ScopedPixelStore(Direction direction, Alignment alignment = Alignment::Plain);

@@ -8,15 +8,16 @@ namespace Atelier::Vel {
 enum class InputKind { Float, Integer, Double };
 
 struct ProgramInput {
-    int location = -1; ///< -1 when the shader has no such attribute
+    int location = -1; ///< -1 when the program reads no such attribute
     InputKind kind = InputKind::Float;
 };
 
-/// The program that vertices run through now, of glUseProgram or of the bound pipeline; 0 for none.
+/// Returns: the program of the vertex stage: the one in use, else that of the bound pipeline; 0 for none.
 unsigned int currentVertexProgram();
-/// The same for fragments.
+/// Returns: the same for the fragment stage.
 unsigned int currentFragmentProgram();
 
+/// Returns: how the program reads the attribute `name`.
 ProgramInput programInput(unsigned int program, const QString& name);
 
 } // namespace Atelier::Vel

@@ -27,7 +27,7 @@ GLenum bufferBindingQuery(GLenum target) {
     case GL_DISPATCH_INDIRECT_BUFFER:
         return GL_DISPATCH_INDIRECT_BUFFER_BINDING;
     case GL_TEXTURE_BUFFER:
-        return GL_TEXTURE_BUFFER; // the one binding point that is asked for by its own name
+        return GL_TEXTURE_BUFFER; // the only target that is its own query
     case GL_TRANSFORM_FEEDBACK_BUFFER:
         return GL_TRANSFORM_FEEDBACK_BUFFER_BINDING;
     default:

@@ -5,21 +5,22 @@
 
 namespace Atelier::Vel {
 
-/// The binding point's query, such as GL_ARRAY_BUFFER_BINDING for GL_ARRAY_BUFFER; 0 for an unknown target.
+/// Returns: the query of what is bound to a buffer target, such as GL_ARRAY_BUFFER_BINDING for
+/// GL_ARRAY_BUFFER; 0 for an unknown target.
 GLenum bufferBindingQuery(GLenum target);
-/// The same for texture targets.
+/// Returns: the same for a texture target.
 GLenum textureBindingQuery(GLenum target);
 
-/// The value of an integer state that names an object.
+/// Returns: the GL name that a query such as GL_ARRAY_BUFFER_BINDING gives.
 GLuint currentName(GLenum query);
 
-/// Binds an object that may have been deleted since it was last bound; then nothing is bound.
+/// Bind an object again; bind nothing if it was deleted in between.
 void rebindBuffer(GLenum target, GLuint name);
 void rebindTexture(GLenum target, GLuint name);
 void rebindVertexArray(GLuint name);
 void rebindProgram(GLuint name);
 
-/// Binds a buffer and puts back what was bound.
+/// Binds a buffer and restores the previous binding on destruction.
 class ScopedBufferBinding {
 public:
     ScopedBufferBinding(GLenum target, GLuint buffer);
@@ -32,7 +33,7 @@ private:
     GLuint _previous;
 };
 
-/// Makes a texture unit the active one and puts back which one was.
+/// Activates a texture unit and restores the previous one on destruction.
 class ScopedTextureUnit {
 public:
     explicit ScopedTextureUnit(GLuint unit);

@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel {
 
-/// Puts back what was bound to an indexed binding point of shader storage buffers.
+/// Saves the binding of an indexed shader storage binding point and restores it on destruction.
 class ScopedStorageBinding {
 public:
     explicit ScopedStorageBinding(GLuint point);
