@@ -74,7 +74,7 @@ TEST_P(BufferObjectTest, EmptyUploadMakesAnEmptyBuffer) {
     EXPECT_TRUE(buffer.readBack().isEmpty());
 }
 
-TEST_P(BufferObjectTest, UploadsThatCannotBeAreRefused) {
+TEST_P(BufferObjectTest, InvalidUploadsAreRefused) {
     const unsigned int value = 1;
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
@@ -83,13 +83,13 @@ TEST_P(BufferObjectTest, UploadsThatCannotBeAreRefused) {
     EXPECT_FALSE(buffer.uploadGLuintData(&value, -1, GL_STATIC_DRAW));
     EXPECT_FALSE(buffer.uploadArbitraryData(&value, 2, GL_STATIC_DRAW,
                                             std::numeric_limits<unsigned long long>::max() / 2));
-    EXPECT_EQ(buffer.name(), 0U) << "no buffer is made for them";
+    EXPECT_EQ(buffer.name(), 0U) << "an invalid upload makes no buffer";
     EXPECT_EQ(buffer.byteCount(), 0U);
     EXPECT_THAT(log.messages(), testing::IsEmpty());
 }
 
-// Sizes of 2 to the power of 63 and more are no sizes to OpenGL; smaller ones are the driver's to refuse.
-TEST_P(BufferObjectTest, SizesBeyondThoseOfOpenGLDoNotReachTheDriver) {
+// OpenGL takes sizes below 2 to the power of 63. Whether one of those is too large is decided by the driver.
+TEST_P(BufferObjectTest, SizesThatOpenGLCannotExpressDoNotReachTheDriver) {
     constexpr auto kLargest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
     const unsigned int value = 1;
     BufferObject buffer;
@@ -104,7 +104,7 @@ TEST_P(BufferObjectTest, SizesBeyondThoseOfOpenGLDoNotReachTheDriver) {
                 testing::ElementsAre("Buffer 'mine' could not be filled (GL_OUT_OF_MEMORY)"));
 }
 
-TEST_P(BufferObjectTest, ElementsOfNoSizeNeedNoData) {
+TEST_P(BufferObjectTest, ElementsOfZeroSizeNeedNoData) {
     const unsigned int value = 1;
     BufferObject buffer;
     ASSERT_TRUE(buffer.uploadGLuintData(&value, 1, GL_STATIC_DRAW));
@@ -125,7 +125,7 @@ TEST_P(BufferObjectTest, UsageReachesTheDriver) {
     }
 }
 
-// The driver is made to say so: 0x7FFFFFC0 bytes are what a byte array holds at the most.
+// The maximum size of a QByteArray is 0x7FFFFFC0 bytes. The driver is made to report one byte more.
 TEST_P(BufferObjectTest, ContentLargerThanAByteArrayReadsBackAsNothing) {
     const unsigned int value = 1;
     BufferObject buffer;
@@ -149,7 +149,7 @@ TEST_P(BufferObjectTest, NameIsMadeOnFirstUse) {
     buffer.unbind();
 }
 
-TEST_P(BufferObjectTest, UnbindPutsBackWhatWasBound) {
+TEST_P(BufferObjectTest, UnbindRestoresTheBinding) {
     BufferObject outer;
     BufferObject inner;
     ASSERT_TRUE(outer.bind());
@@ -164,7 +164,7 @@ TEST_P(BufferObjectTest, UnbindPutsBackWhatWasBound) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
 }
 
-TEST_P(BufferObjectTest, EachUnbindUndoesOneBind) {
+TEST_P(BufferObjectTest, EachUnbindRevertsOneBind) {
     BufferObject outer;
     BufferObject inner;
     outer.bind();
@@ -177,12 +177,12 @@ TEST_P(BufferObjectTest, EachUnbindUndoesOneBind) {
     inner.unbind();
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name());
     inner.unbind();
-    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name()) << "one too many";
+    EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), outer.name()) << "an unbind() without a bind() changes nothing";
     outer.unbind();
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
 }
 
-TEST_P(BufferObjectTest, BindsInSharingContextsAreUndoneInEach) {
+TEST_P(BufferObjectTest, BindsInSharingContextsAreRevertedInEach) {
     OpenGLDeviceContext::HeadlessOptions shared = options();
     shared.shareWith = _context;
     const auto sharing = makeContext(shared);
@@ -200,7 +200,7 @@ TEST_P(BufferObjectTest, BindsInSharingContextsAreUndoneInEach) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
 }
 
-TEST_P(BufferObjectTest, BindThatFailedIsUndoneByNothing) {
+TEST_P(BufferObjectTest, UnbindAfterAFailedBindChangesNothing) {
     BufferObject bystander;
     const AutoBinder binder(&bystander);
     BufferObject buffer;
@@ -214,7 +214,7 @@ TEST_P(BufferObjectTest, BindThatFailedIsUndoneByNothing) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), bystander.name());
 }
 
-TEST_P(BufferObjectTest, BufferThatIsMadeAnewIsEmpty) {
+TEST_P(BufferObjectTest, BufferMadeInANewContextIsEmpty) {
     const unsigned int values[] = {1, 2};
     BufferObject buffer;
     ASSERT_TRUE(buffer.uploadGLuintData(values, 2, GL_STATIC_DRAW));
@@ -234,7 +234,7 @@ TEST_P(BufferObjectTest, UnbindWithoutBindDoesNothing) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), bystander.name());
 }
 
-TEST_P(BufferObjectTest, UnbindSkipsABufferThatIsGone) {
+TEST_P(BufferObjectTest, UnbindSkipsADeletedBuffer) {
     auto gone = std::make_unique<BufferObject>();
     BufferObject buffer;
     gone->bind();
@@ -244,7 +244,7 @@ TEST_P(BufferObjectTest, UnbindSkipsABufferThatIsGone) {
     EXPECT_EQ(bound(GL_ARRAY_BUFFER_BINDING), 0U);
 }
 
-TEST_P(BufferObjectTest, IndexBufferIsPutBackInTheVertexArrayThatHadIt) {
+TEST_P(BufferObjectTest, IndexBufferIsRestoredInItsVertexArray) {
     GLuint arrays[2] = {};
     glGenVertexArrays(2, arrays);
     BufferObject first;
@@ -263,7 +263,7 @@ TEST_P(BufferObjectTest, IndexBufferIsPutBackInTheVertexArrayThatHadIt) {
     glDeleteVertexArrays(2, arrays);
 }
 
-TEST_P(BufferObjectTest, IndexBufferBoundWithoutAVertexArrayIsPutBackThere) {
+TEST_P(BufferObjectTest, IndexBufferBoundWithoutAVertexArrayIsRestored) {
     GLuint array = 0;
     glGenVertexArrays(1, &array);
     BufferObject first;
@@ -306,7 +306,7 @@ TEST_P(BufferObjectTest, LabelNamesTheObjectForTheDriver) {
     EXPECT_STREQ(text, "after");
 }
 
-TEST_P(BufferObjectTest, LabelIsCutAtTheLengthThatEachDriverTakes) {
+TEST_P(BufferObjectTest, LabelIsCutAtTheLengthThatEveryDriverAccepts) {
     BufferObject buffer;
     buffer.bind();
     buffer.setLabel(QString(300, QLatin1Char('x')));
@@ -318,12 +318,12 @@ TEST_P(BufferObjectTest, LabelIsCutAtTheLengthThatEachDriverTakes) {
     buffer.unbind();
 }
 
-TEST_P(BufferObjectTest, LabelOfAStrangersBufferIsKeptForItsOwnContext) {
-    const auto stranger = makeContext(options());
+TEST_P(BufferObjectTest, LabelSetInAForeignContextDoesNotReachItsDriver) {
+    const auto unrelated = makeContext(options());
     BufferObject buffer;
     buffer.bind();
     buffer.unbind();
-    stranger->makeCurrent();
+    unrelated->makeCurrent();
     watchMessages();
     BufferObject others;
     others.bind();

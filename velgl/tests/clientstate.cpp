@@ -138,9 +138,9 @@ void ClientState::addStorageBindings() {
 }
 
 void ClientState::addDebugReceiver() {
-    void* receiver = nullptr;
-    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
-    _values.push_back({"debug receiver", static_cast<qint64>(reinterpret_cast<quintptr>(receiver))});
+    void* callback = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &callback);
+    _values.push_back({"debug callback", static_cast<qint64>(reinterpret_cast<quintptr>(callback))});
 }
 
 std::string ClientState::difference(const ClientState& before, const ClientState& after) {

@@ -8,15 +8,16 @@
 
 namespace Atelier::Vel::Testing {
 
-/// The OpenGL state that VelGL's calls could disturb, by name. Requires: a current context.
+/// A copy of the OpenGL state that calls of VelGL might change.
+/// Requires: a current context.
 class ClientState {
 public:
-    /// What is set now.
+    /// Returns: the current state.
     static ClientState captured();
 
     friend bool operator==(const ClientState& a, const ClientState& b) { return a._values == b._values; }
     friend void PrintTo(const ClientState& state, std::ostream* out);
-    /// "name: before -> after" for all that differs.
+    /// Returns: "name: before -> after" for each value that differs; empty if none does.
     static std::string difference(const ClientState& before, const ClientState& after);
 
 private:
@@ -37,8 +38,8 @@ private:
     std::vector<Value> _values;
 };
 
-/// Sets client state that differs from the defaults everywhere, and frees what it made for that. Pixels are
-/// stored by the defaults again then.
+/// A client that has changed each state from its default. On destruction it frees the objects that it made
+/// and restores the default pixel store parameters.
 class BusyClient {
 public:
     BusyClient();
@@ -52,7 +53,7 @@ private:
 
     void bindBuffers();
     void bindTextures();
-    /// `rows` is for lengths and skips, `flag` for the order of bytes and bits.
+    /// `rows` is the value of row lengths and skips, `flag` that of the byte and bit order.
     static void setPixelStore(int rows, int flag, int unpackAlignment, int packAlignment);
     void setVertexArray();
     void useProgram();

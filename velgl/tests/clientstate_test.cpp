@@ -33,7 +33,7 @@ protected:
         registerTestPlans();
     }
 
-    // The state after `call` is the state before it, also when the objects that it works on exist already.
+    // Expects that `call` leaves the state unchanged, in its first call and when its objects exist already.
     void expectUntouched(const std::function<void()>& call) {
         const BusyClient client;
         for (const char* round : {"first", "second"}) {
@@ -46,7 +46,7 @@ protected:
 
 constexpr unsigned int kIndices[] = {0, 1, 2};
 
-// A model whose materials have textures by object and by path.
+// A model of two commands, whose materials have one texture each.
 void fillModel(GPUModel& model) {
     InstanceData material = coloredMaterial(Qt::red);
     material.setTexture(QStringLiteral("first"), TextureManager::Instance().colorTexture(Qt::blue));
@@ -62,7 +62,7 @@ void fillModel(GPUModel& model) {
 
 INSTANTIATE_FOR_DRIVERS(ClientStateTest);
 
-TEST_P(ClientStateTest, HelperNoticesAChange) {
+TEST_P(ClientStateTest, HelperDetectsAChange) {
     const BusyClient client;
     const ClientState before = ClientState::captured();
     glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
@@ -148,7 +148,7 @@ TEST_P(ClientStateTest, SurvivesTextureQueries) {
     });
 }
 
-// The loader fills its textures as a client does, in the midst of the first draw.
+// The loader fills its textures as a client does, in the middle of the first draw.
 TEST_P(ClientStateTest, SurvivesTheFirstUseOfAPathTexture) {
     const unsigned char green[] = {0, 255, 0, 255};
     std::vector<std::unique_ptr<Texture>> loaded;
@@ -238,9 +238,10 @@ TEST_P(ClientStateTest, SurvivesModelBuildingAndDestruction) {
     });
 }
 
-// Objects that are deleted while they are saved: nothing is bound in their place, and OpenGL finds no error.
+// The tests below delete an object whose binding is saved. Nothing is bound in its place, and OpenGL reports
+// no error.
 
-TEST_P(ClientStateTest, TextureThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+TEST_P(ClientStateTest, TextureDeletedWhileItIsSavedLeavesNothingBound) {
     for (const GLenum target : {GL_TEXTURE_2D, GL_TEXTURE_CUBE_MAP}) {
         Texture texture(target, GL_RGBA8, 1, 1, 0, nullptr);
         const ClientState unbound = ClientState::captured();
@@ -254,7 +255,7 @@ TEST_P(ClientStateTest, TextureThatIsDeletedWhileItIsSavedLeavesNothingBound) {
     }
 }
 
-TEST_P(ClientStateTest, VertexArrayThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+TEST_P(ClientStateTest, VertexArrayDeletedWhileItIsSavedLeavesNothingBound) {
     VertexArrayObject vao;
     const ClientState unbound = ClientState::captured();
     GLuint clients = 0;
@@ -266,7 +267,7 @@ TEST_P(ClientStateTest, VertexArrayThatIsDeletedWhileItIsSavedLeavesNothingBound
     EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
 }
 
-TEST_P(ClientStateTest, BufferThatIsDeletedWhileItIsSavedLeavesNothingBound) {
+TEST_P(ClientStateTest, BufferDeletedWhileItIsSavedLeavesNothingBound) {
     for (const GLenum target : {GL_ARRAY_BUFFER, GL_SHADER_STORAGE_BUFFER, GL_PIXEL_PACK_BUFFER}) {
         BufferObject buffer;
         buffer.setTarget(target);
@@ -281,7 +282,7 @@ TEST_P(ClientStateTest, BufferThatIsDeletedWhileItIsSavedLeavesNothingBound) {
     }
 }
 
-TEST_P(ClientStateTest, ArrayOfAnIndexBufferThatIsDeletedWhileItIsSavedIsPassedOver) {
+TEST_P(ClientStateTest, VertexArrayDeletedWhileItsIndexBufferIsSavedIsSkipped) {
     BufferObject indices;
     indices.setTarget(GL_ELEMENT_ARRAY_BUFFER);
     GLuint arrays[2] = {};
@@ -296,7 +297,7 @@ TEST_P(ClientStateTest, ArrayOfAnIndexBufferThatIsDeletedWhileItIsSavedIsPassedO
     glDeleteVertexArrays(1, &arrays[1]);
 }
 
-TEST_P(ClientStateTest, ProgramThatIsDeletedWhileItIsSavedLeavesNoneInUse) {
+TEST_P(ClientStateTest, ProgramDeletedWhileItIsSavedLeavesNoneInUse) {
     const std::unique_ptr<Program> program = sceneProgram();
     auto clients = sceneProgram();
     const ClientState unbound = ClientState::captured();
@@ -307,8 +308,8 @@ TEST_P(ClientStateTest, ProgramThatIsDeletedWhileItIsSavedLeavesNoneInUse) {
     EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
 }
 
-// A loader is the client's code, which may delete what a draw has saved.
-TEST_P(ClientStateTest, ObjectsThatALoaderDeletesLeaveNothingBound) {
+// A loader is code of the client. It may delete objects whose bindings a draw has saved.
+TEST_P(ClientStateTest, ObjectsDeletedByALoaderLeaveNothingBound) {
     const ClientState unbound = ClientState::captured();
     GLuint sampler = 0;
     GLuint texture = 0;
@@ -348,7 +349,7 @@ TEST_P(ClientStateTest, ObjectsThatALoaderDeletesLeaveNothingBound) {
     EXPECT_EQ(ClientState::difference(unbound, ClientState::captured()), "");
 }
 
-TEST_P(ClientStateTest, SurvivesTheMakingOfAnotherContext) {
+TEST_P(ClientStateTest, SurvivesCreationOfAnotherContext) {
     expectUntouched([this] {
         OpenGLDeviceContext::HeadlessOptions options;
         options.shareWith = _context;

@@ -6,7 +6,7 @@
 #include "support/glfixture.h"
 #include "testscene.h"
 
-// The code in docs/velgl.md is the code in these tests.
+// The code in docs/velgl.md stands in these tests.
 namespace Atelier::Vel::Testing {
 
 TEST(DocumentationTest, ProgramInTheDocumentationDraws) {

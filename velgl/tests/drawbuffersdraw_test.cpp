@@ -13,8 +13,7 @@
 #include "scenefixture.h"
 #include "support/messagelog.h"
 
-// Which commands of one drawable are drawn, whatever is asked for and whatever has changed since the last
-// draw.
+// Which commands of one drawable are drawn, for any range and after changes between draws.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -40,7 +39,7 @@ protected:
         SceneFixture::TearDown();
     }
 
-    /// The numbers of the commands that draw in each cell; -1 where none does.
+    /// Returns: for each cell the number of the command that draws there; -1 if none does.
     QVector<int> drawn(int first, int count) const {
         QVector<int> commands;
         for (const QColor& color : drawnColors(*_row, kCells, first, count))
@@ -71,7 +70,7 @@ QVector<unsigned short> shortIndices(int count) {
 
 INSTANTIATE_FOR_DRIVERS(DrawBuffersDrawTest);
 
-TEST_P(DrawBuffersDrawTest, AnyStretchOfCommandsCanBeDrawn) {
+TEST_P(DrawBuffersDrawTest, AnyRangeOfCommandsCanBeDrawn) {
     EXPECT_EQ(drawn(), kAll);
     EXPECT_EQ(drawn(1, 2), (QVector<int>{-1, 1, 2, -1}));
     EXPECT_EQ(drawn(3, 1), (QVector<int>{-1, -1, -1, 3}));
@@ -79,7 +78,7 @@ TEST_P(DrawBuffersDrawTest, AnyStretchOfCommandsCanBeDrawn) {
     EXPECT_EQ(drawn(2, -1), kNone);
 }
 
-TEST_P(DrawBuffersDrawTest, CommandsBeforeTheFirstOneDoNotExist) {
+TEST_P(DrawBuffersDrawTest, RangeIsCutAtTheFirstCommand) {
     EXPECT_EQ(drawn(-1, 2), (QVector<int>{0, -1, -1, -1}));
     EXPECT_EQ(drawn(-2, 2), kNone);
     EXPECT_EQ(drawn(-2, 100), kAll);
@@ -89,7 +88,7 @@ TEST_P(DrawBuffersDrawTest, CommandsBeforeTheFirstOneDoNotExist) {
     EXPECT_EQ(drawn(kLowest, kLowest), kNone);
 }
 
-TEST_P(DrawBuffersDrawTest, CommandsAfterTheLastOneDoNotExist) {
+TEST_P(DrawBuffersDrawTest, RangeIsCutAtTheLastCommand) {
     EXPECT_EQ(drawn(2, 3), (QVector<int>{-1, -1, 2, 3}));
     EXPECT_EQ(drawn(2, kHighest), (QVector<int>{-1, -1, 2, 3}));
     EXPECT_EQ(drawn(4, 1), kNone);
@@ -97,7 +96,7 @@ TEST_P(DrawBuffersDrawTest, CommandsAfterTheLastOneDoNotExist) {
     EXPECT_EQ(drawn(0, kHighest), kAll);
 }
 
-TEST_P(DrawBuffersDrawTest, OneCallDrawsAllWhereShadersKnowTheNumberOfTheCommand) {
+TEST_P(DrawBuffersDrawTest, OneCallDrawsAllCommandsWithDrawParameters) {
     _row->setPrimitiveType(GL_LINE_LOOP);
     const DrawHook hook;
     drawn(1, 3);
@@ -112,7 +111,7 @@ TEST_P(DrawBuffersDrawTest, OneCallDrawsAllWhereShadersKnowTheNumberOfTheCommand
     }
 }
 
-TEST_P(DrawBuffersDrawTest, NumberOfTheCommandMayBeAtLocationZero) {
+TEST_P(DrawBuffersDrawTest, UniformOfTheCommandNumberMayHaveLocationZero) {
     QString error;
     _program = Program::fromSource(
         "#version 430 core\nlayout(location = 0) uniform int velgl_firstCommand;\n"
@@ -125,7 +124,7 @@ TEST_P(DrawBuffersDrawTest, NumberOfTheCommandMayBeAtLocationZero) {
     EXPECT_EQ(drawn(2, 1), (QVector<int>{-1, -1, 2, -1}));
 }
 
-TEST_P(DrawBuffersDrawTest, EachTypeOfIndicesDraws) {
+TEST_P(DrawBuffersDrawTest, EachIndexTypeDraws) {
     QVector<unsigned char> bytes;
     QVector<unsigned int> words;
     for (const unsigned short index : shortIndices(3 * kCells)) {
@@ -143,7 +142,7 @@ TEST_P(DrawBuffersDrawTest, EachTypeOfIndicesDraws) {
     EXPECT_THAT(_log.messages(), IsEmpty());
 }
 
-TEST_P(DrawBuffersDrawTest, CommandBeyondTheBufferDrawsNothingThoughItsIndicesWereAnnounced) {
+TEST_P(DrawBuffersDrawTest, CommandBeyondTheIndexBufferDrawsNothing) {
     _row->setIndexedDraw(bufferOf(shortIndices(9)), 3 * kCells, GL_UNSIGNED_SHORT);
     EXPECT_EQ(drawn(), (QVector<int>{0, 1, 2, -1}));
     _row->setIndexedDraw(bufferOf(shortIndices(8)), 3 * kCells, GL_UNSIGNED_SHORT);
@@ -153,7 +152,7 @@ TEST_P(DrawBuffersDrawTest, CommandBeyondTheBufferDrawsNothingThoughItsIndicesWe
                             "2 of 4 draw commands reach beyond the 8 indices; they draw nothing"));
 }
 
-TEST_P(DrawBuffersDrawTest, CommandBeyondTheAnnouncedIndicesDrawsNothingThoughTheBufferHasThem) {
+TEST_P(DrawBuffersDrawTest, CommandBeyondTheIndexCountDrawsNothing) {
     for (const int count : {6, 5, 0, -1}) {
         _row->setIndexedDraw(_row->indexBuffer(), count, GL_UNSIGNED_SHORT);
         EXPECT_EQ(drawn(), (QVector<int>{count > 2 ? 0 : -1, count > 5 ? 1 : -1, -1, -1})) << count;
@@ -165,7 +164,7 @@ TEST_P(DrawBuffersDrawTest, CommandBeyondTheAnnouncedIndicesDrawsNothingThoughTh
                             "4 of 4 draw commands reach beyond the 0 indices; they draw nothing"));
 }
 
-TEST_P(DrawBuffersDrawTest, CommandThatDrawsNothingKeepsItsOtherValues) {
+TEST_P(DrawBuffersDrawTest, SkippedCommandKeepsItsOtherValues) {
     const DrawElementsIndirectCommand command{4, 2, 10, 5, 6};
     setCommands({command});
     const QVector<DrawElementsIndirectCommand> commands = _row->readBackCommands();
@@ -175,17 +174,18 @@ TEST_P(DrawBuffersDrawTest, CommandThatDrawsNothingKeepsItsOtherValues) {
     EXPECT_EQ(commands[0].firstIndex, 10U);
     EXPECT_EQ(commands[0].baseVertex, 5U);
     EXPECT_EQ(commands[0].baseInstance, 6U);
-    EXPECT_EQ(_row->drawElementsIndirectCommands()[0].count, 4U) << "what was set stays";
+    EXPECT_EQ(_row->drawElementsIndirectCommands()[0].count, 4U)
+        << "the commands as they were set are unchanged";
 }
 
-TEST_P(DrawBuffersDrawTest, WithoutIndicesNoCommandIsSound) {
+TEST_P(DrawBuffersDrawTest, WithoutIndicesEveryCommandIsSkipped) {
     _row->setIndexedDraw({}, 3 * kCells, GL_UNSIGNED_SHORT);
     EXPECT_EQ(_row->readBackCommands().first().count, 0U);
     EXPECT_THAT(_log.texts(QtWarningMsg),
                 ElementsAre("4 of 4 draw commands reach beyond the 0 indices; they draw nothing"));
 }
 
-TEST_P(DrawBuffersDrawTest, CommandsThatAreSetAfterADrawAreDrawn) {
+TEST_P(DrawBuffersDrawTest, CommandsSetAfterADrawAreDrawn) {
     EXPECT_EQ(drawn(), kAll);
     setCommands({cellCommand(2), cellCommand(0)});
     EXPECT_EQ(drawn(), (QVector<int>{1, -1, 0, -1}));
@@ -195,7 +195,7 @@ TEST_P(DrawBuffersDrawTest, CommandsThatAreSetAfterADrawAreDrawn) {
     EXPECT_TRUE(_row->readBackCommands().isEmpty());
 }
 
-TEST_P(DrawBuffersDrawTest, IndicesThatAreSetAfterADrawAreUsed) {
+TEST_P(DrawBuffersDrawTest, IndicesSetAfterADrawAreUsed) {
     EXPECT_EQ(drawn(), kAll);
     const QVector<unsigned short> backwards = {9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2};
     _row->setIndexedDraw(bufferOf(backwards), backwards.size(), GL_UNSIGNED_SHORT);
@@ -205,24 +205,24 @@ TEST_P(DrawBuffersDrawTest, IndicesThatAreSetAfterADrawAreUsed) {
     EXPECT_EQ(drawn(), (QVector<int>{1, 0, -1, -1}));
 }
 
-// The announced number of indices alone makes commands sound, or not.
-TEST_P(DrawBuffersDrawTest, NumberOfIndicesThatIsSetAfterADrawCounts) {
+// The index count alone decides here, because the buffer holds enough indices.
+TEST_P(DrawBuffersDrawTest, IndexCountSetAfterADrawIsUsed) {
     _row->setIndexedDraw(_row->indexBuffer(), 6, GL_UNSIGNED_SHORT);
     EXPECT_EQ(drawn(), (QVector<int>{0, 1, -1, -1}));
     _row->setIndexedDraw(_row->indexBuffer(), 12, GL_UNSIGNED_SHORT);
     EXPECT_EQ(drawn(), kAll);
 }
 
-TEST_P(DrawBuffersDrawTest, ArrayThatIsSetAfterADrawIsUsed) {
+TEST_P(DrawBuffersDrawTest, VertexArraySetAfterADrawIsUsed) {
     EXPECT_EQ(drawn(), kAll);
     const std::unique_ptr<DrawBuffers> other(triangleRow(2));
     _row->setVAO(other->VAO());
-    EXPECT_EQ(drawn(), (QVector<int>{0, 0, 1, 1})) << "triangles that are twice as wide";
+    EXPECT_EQ(drawn(), (QVector<int>{0, 0, 1, 1})) << "triangles of twice the width";
     _row->setVAO({});
     EXPECT_EQ(drawn(), kNone);
 }
 
-TEST_P(DrawBuffersDrawTest, IndexBufferThatIsEmptiedDrawsNothingUntilItIsFilledAgain) {
+TEST_P(DrawBuffersDrawTest, EmptiedIndexBufferDrawsNothingUntilItIsFilledAgain) {
     EXPECT_EQ(drawn(), kAll);
     ASSERT_TRUE(_row->indexBuffer()->uploadGLushortData(nullptr, 0, GL_STATIC_DRAW));
     EXPECT_EQ(drawn(), kNone);
@@ -232,7 +232,7 @@ TEST_P(DrawBuffersDrawTest, IndexBufferThatIsEmptiedDrawsNothingUntilItIsFilledA
     EXPECT_THAT(_log.messages(), IsEmpty());
 }
 
-TEST_P(DrawBuffersDrawTest, CommandsFollowAnIndexBufferThatShrinksAndGrows) {
+TEST_P(DrawBuffersDrawTest, CommandsAreCheckedAgainWhenTheIndexBufferChangesSize) {
     const QVector<unsigned short> indices = shortIndices(3 * kCells);
     EXPECT_EQ(drawn(), kAll);
     ASSERT_TRUE(_row->indexBuffer()->uploadGLushortData(indices.constData(), 6, GL_STATIC_DRAW));
@@ -244,14 +244,14 @@ TEST_P(DrawBuffersDrawTest, CommandsFollowAnIndexBufferThatShrinksAndGrows) {
                 ElementsAre("2 of 4 draw commands reach beyond the 6 indices; they draw nothing"));
 }
 
-TEST_P(DrawBuffersDrawTest, VertexBufferThatIsEmptiedIsNotRead) {
+TEST_P(DrawBuffersDrawTest, EmptiedVertexBufferIsNotRead) {
     EXPECT_EQ(drawn(), kAll);
     const QSharedPointer<BufferObject> positions = _row->VAO()->streams()[0].buffer;
     ASSERT_TRUE(positions->uploadArbitraryData(nullptr, 0, GL_STATIC_DRAW, 4));
     EXPECT_EQ(drawn(), kNone);
 }
 
-TEST_P(DrawBuffersDrawTest, OpenGLIsAskedForErrorsAtTheFirstDrawOfEachCommand) {
+TEST_P(DrawBuffersDrawTest, ErrorsAreQueriedAtTheFirstDrawOfEachCommand) {
     _row->VAO()->setLabel(QStringLiteral("row"));
     const auto warnings = [this](int first, int count) {
         const FaultyDriver driver(GLFault::NoMemoryForDrawing);
@@ -267,13 +267,13 @@ TEST_P(DrawBuffersDrawTest, OpenGLIsAskedForErrorsAtTheFirstDrawOfEachCommand) {
     EXPECT_THAT(warnings(0, 4), ElementsAre(warning));
     EXPECT_THAT(warnings(0, 4), IsEmpty());
     setCommands({cellCommand(0), cellCommand(1)});
-    EXPECT_THAT(warnings(0, 1), ElementsAre(warning)) << "the commands are others";
+    EXPECT_THAT(warnings(0, 1), ElementsAre(warning)) << "new commands are checked again";
     EXPECT_THAT(warnings(1, 1), ElementsAre(warning));
     EXPECT_THAT(warnings(0, 2), IsEmpty());
 }
 
-// An array that is bound in one context and cannot be made in another one.
-TEST_P(DrawBuffersDrawTest, DrawThatCannotBindKeepsTheBindingsOfTheArray) {
+// The vertex array is bound in one context and cannot be made in another.
+TEST_P(DrawBuffersDrawTest, FailedBindKeepsTheBindingsOfTheVertexArray) {
     OpenGLDeviceContext::HeadlessOptions sharedOptions = options();
     sharedOptions.shareWith = _context;
     const auto sharing = makeContext(sharedOptions);

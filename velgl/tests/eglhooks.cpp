@@ -49,8 +49,8 @@ EglFunctions& EglFunctions::current() {
 
 using Atelier::Vel::Testing::EglFunctions;
 
-// The libraries find these first, since the program's own symbols come before those of the libraries it
-// links. NOLINTBEGIN(readability-identifier-naming): the libraries' names
+// The dynamic linker finds these before the functions of the libraries, because it searches the program
+// first. NOLINTBEGIN(readability-identifier-naming): the names are those of the libraries
 #define VISIBLE extern "C" __attribute__((visibility("default")))
 
 VISIBLE int epoxy_gl_version();
@@ -58,8 +58,8 @@ VISIBLE bool epoxy_has_gl_extension(const char* extension);
 
 namespace {
 
-EGLBoolean queryDevices(EGLint most, EGLDeviceEXT* devices, EGLint* count) {
-    return EglFunctions::current().queryDevices(most, devices, count);
+EGLBoolean queryDevices(EGLint capacity, EGLDeviceEXT* devices, EGLint* count) {
+    return EglFunctions::current().queryDevices(capacity, devices, count);
 }
 
 const char* queryDeviceString(EGLDeviceEXT device, EGLint name) {

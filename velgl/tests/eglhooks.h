@@ -7,16 +7,16 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What VelGL calls of EGL, and the questions that it asks libepoxy. A program that compiles eglhooks.cpp
-/// puts these in the place of the libraries' own functions.
+/// The functions of EGL and libepoxy that VelGL calls to make contexts. In a program that compiles
+/// eglhooks.cpp, calls of those functions reach current() instead of the libraries.
 struct EglFunctions {
-    /// Those of the libraries.
+    /// Returns: the functions of the libraries.
     static EglFunctions real();
-    /// Those that count now.
+    /// Returns: the functions that are called now; tests change them.
     static EglFunctions& current();
 
-    // Empty where EGL lacks the function.
-    std::function<EGLBoolean(EGLint most, EGLDeviceEXT* devices, EGLint* count)> queryDevices;
+    // Empty if EGL lacks the function.
+    std::function<EGLBoolean(EGLint capacity, EGLDeviceEXT* devices, EGLint* count)> queryDevices;
     std::function<const char*(EGLDeviceEXT device, EGLint name)> queryDeviceString;
     std::function<EGLDisplay(EGLenum platform, void* native, const EGLint* attributes)> getPlatformDisplay;
 

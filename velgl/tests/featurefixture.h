@@ -26,7 +26,7 @@ constexpr DriverKind kDriverKinds[] = {
 /// A test that runs once for every kind of driver. In a file: `INSTANTIATE_FOR_DRIVERS(NameOfTheTest)`.
 class FeatureFixture : public GLFixture, public ::testing::WithParamInterface<DriverKind> {
 protected:
-    /// Whether the context has the feature, which the driver may lack as well.
+    /// Returns: whether the context uses draw parameters: the test allows them and the driver has them.
     static bool hasDrawParameters() {
         return GetParam().drawParameters &&
                (epoxy_gl_version() >= 46 || epoxy_has_gl_extension("GL_ARB_shader_draw_parameters"));

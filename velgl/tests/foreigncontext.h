@@ -2,7 +2,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An OpenGL context as another library would make it, without VelGL's help.
+/// A context that is made through EGL alone, without VelGL, as another library would make it.
 class ForeignContext {
 public:
     enum class Api { OpenGL, OpenGLES };

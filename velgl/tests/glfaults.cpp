@@ -5,7 +5,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// The functions of OpenGL that can be made to fail, as libepoxy holds them.
+// The pointers of libepoxy to the functions that can be made to fail.
 struct FaultyDriver::Functions {
     PFNGLGETERRORPROC getError = glGetError;
     PFNGLCREATEBUFFERSPROC createBuffers = glCreateBuffers;
@@ -22,13 +22,13 @@ struct FaultyDriver::Functions {
 
 namespace {
 
-GLenum notedError = GL_NO_ERROR;
+GLenum pendingError = GL_NO_ERROR;
 PFNGLGETERRORPROC realGetError = nullptr;
 std::vector<GLenum> listedErrors;
 
 void APIENTRY noNames(GLsizei count, GLuint* names) {
     std::fill_n(names, count, 0U);
-    notedError = GL_OUT_OF_MEMORY;
+    pendingError = GL_OUT_OF_MEMORY;
 }
 
 } // namespace
@@ -53,11 +53,12 @@ void FaultyDriver::use(const Functions& functions) {
 }
 
 FaultyDriver::FaultyDriver(GLFault fault) {
-    glGetError(); // libepoxy looks a function up when it is called first
+    glGetError(); // libepoxy resolves a function in its first call
     Functions functions = real();
     realGetError = glGetError;
     functions.getError = [] {
-        return notedError != GL_NO_ERROR ? std::exchange(notedError, GLenum(GL_NO_ERROR)) : realGetError();
+        return pendingError != GL_NO_ERROR ? std::exchange(pendingError, GLenum(GL_NO_ERROR))
+                                           : realGetError();
     };
     switch (fault) {
     case GLFault::NoBufferNames:
@@ -70,9 +71,11 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         break;
     case GLFault::NoBufferMemory:
         functions.namedBufferData = [](GLuint, GLsizeiptr, const void*, GLenum) {
-            notedError = GL_OUT_OF_MEMORY;
+            pendingError = GL_OUT_OF_MEMORY;
         };
-        functions.bufferData = [](GLenum, GLsizeiptr, const void*, GLenum) { notedError = GL_OUT_OF_MEMORY; };
+        functions.bufferData = [](GLenum, GLsizeiptr, const void*, GLenum) {
+            pendingError = GL_OUT_OF_MEMORY;
+        };
         break;
     case GLFault::NoVertexArrays:
         functions.genVertexArrays = noNames;
@@ -82,11 +85,11 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         break;
     case GLFault::NoTextureMemory:
         functions.texImage2D = [](GLenum, GLint, GLint, GLsizei, GLsizei, GLint, GLenum, GLenum,
-                                  const void*) { notedError = GL_OUT_OF_MEMORY; };
+                                  const void*) { pendingError = GL_OUT_OF_MEMORY; };
         break;
     case GLFault::NoMemoryForDrawing:
         functions.multiDraw = [](GLenum, GLenum, const void*, GLsizei, GLsizei) {
-            notedError = GL_OUT_OF_MEMORY;
+            pendingError = GL_OUT_OF_MEMORY;
         };
         break;
     case GLFault::NoShaders:
@@ -103,7 +106,7 @@ FaultyDriver::FaultyDriver(GLFault fault) {
 }
 
 FaultyDriver::FaultyDriver(const std::vector<GLenum>& errors) {
-    glGetError(); // libepoxy looks a function up when it is called first
+    glGetError(); // libepoxy resolves a function in its first call
     listedErrors = errors;
     Functions functions = real();
     functions.getError = [] {
@@ -118,7 +121,7 @@ FaultyDriver::FaultyDriver(const std::vector<GLenum>& errors) {
 
 FaultyDriver::~FaultyDriver() {
     use(real());
-    notedError = GL_NO_ERROR;
+    pendingError = GL_NO_ERROR;
 }
 
 } // namespace Atelier::Vel::Testing

@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What a driver can fail at.
+/// The ways in which a driver can fail.
 enum class GLFault {
     NoBufferNames,
     NoBufferNamesAndNoError,
@@ -17,15 +17,16 @@ enum class GLFault {
     NoMemoryForDrawing,
     NoShaders,
     NoPrograms,
-    EndlessErrors, ///< as of a context that is lost
+    EndlessErrors, ///< as in a context that is lost
 };
 
-/// A driver that fails at one thing while this lives, and says GL_OUT_OF_MEMORY where drivers do. Only one
-/// may live at a time. Requires: a current context.
+/// Makes the driver fail in one way in its lifetime. A failure is reported as GL_OUT_OF_MEMORY where a real
+/// driver would report it. Only one may live at a time.
+/// Requires: a current context.
 class FaultyDriver {
 public:
     explicit FaultyDriver(GLFault fault);
-    /// A driver that has noted these errors, and finds no others.
+    /// Makes glGetError() return these errors, in order, and no others.
     explicit FaultyDriver(const std::vector<GLenum>& errors);
     ~FaultyDriver();
     FaultyDriver(const FaultyDriver&) = delete;

@@ -1,4 +1,4 @@
-// What OpenGL refuses, or has no memory for, is left out and told once, with its label.
+// Work that OpenGL refuses, or has no memory for, is skipped and reported once with the label of the object.
 
 #include "glfaults.h"
 
@@ -49,12 +49,12 @@ protected:
         FeatureFixture::TearDown();
     }
 
-    /// Has textures loaded, also those that could not be before.
+    /// Installs the loader again, so that textures that failed before are tried again.
     void useLoader() {
         TextureManager::Instance().setLoader([this](const QString&) { return loaded(); });
     }
 
-    /// A row of one red triangle, which a texture makes black.
+    /// Adds a row of one red triangle, which its texture makes black.
     static void fill(GPUModel& model) {
         InstanceData material = coloredMaterial(Qt::red);
         material.setTexture(QStringLiteral("first"), QStringLiteral("/black.png"));
@@ -74,7 +74,7 @@ protected:
     std::unique_ptr<Program> _program;
 
 private:
-    /// A black texture, made as loaders make them.
+    /// Returns: a black texture, made in the way of a loader.
     Texture* loaded() {
         const GLEntryPoints& gl = glEntryPoints();
         const std::array<unsigned char, 4> black{0, 0, 0, 255};
@@ -95,7 +95,7 @@ INSTANTIATE_FOR_DRIVERS(GLFaultsTest);
 
 } // namespace
 
-TEST_P(GLFaultsTest, SoundDriverDrawsAndNothingIsLogged) {
+TEST_P(GLFaultsTest, WorkingDriverDrawsAndNothingIsLogged) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -103,14 +103,14 @@ TEST_P(GLFaultsTest, SoundDriverDrawsAndNothingIsLogged) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_P(GLFaultsTest, BufferWithoutMemoryIsEmptyAndToldOnce) {
+TEST_P(GLFaultsTest, BufferWithoutMemoryIsEmptyAndReportedOnce) {
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
     ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
     const MessageLog log;
     {
         const FaultyDriver driver(GLFault::NoBufferMemory);
-        // One byte more than it holds: an unchanged size would pass for a success.
+        // The size must differ from that of the content: VelGL detects a failure by the size.
         for (int round = 0; round < 3; ++round)
             EXPECT_FALSE(buffer.uploadArbitraryData(kValues, 11, GL_STATIC_DRAW, 1));
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << "the errors were taken";
@@ -122,7 +122,7 @@ TEST_P(GLFaultsTest, BufferWithoutMemoryIsEmptyAndToldOnce) {
     EXPECT_EQ(buffer.byteCount(), 8U);
 }
 
-TEST_P(GLFaultsTest, BufferThatFailsAgainAfterASuccessIsToldAgain) {
+TEST_P(GLFaultsTest, FailureAfterASuccessIsReportedAgain) {
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
     const MessageLog log;
@@ -137,14 +137,15 @@ TEST_P(GLFaultsTest, BufferThatFailsAgainAfterASuccessIsToldAgain) {
     EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(warning, warning));
 }
 
-TEST_P(GLFaultsTest, FailureWithoutAnErrorSaysSo) {
+TEST_P(GLFaultsTest, ReportSaysThatOpenGLReportedNoError) {
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
     const MessageLog log;
     const FaultyDriver driver(GLFault::NoBufferNamesAndNoError);
     EXPECT_FALSE(buffer.bind());
     buffer.unbind();
-    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre("Buffer 'mine' could not be made (OpenGL reported no error)"));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre("Buffer 'mine' could not be made (OpenGL reported no error)"));
 }
 
 TEST_P(GLFaultsTest, BufferWithoutANameIsNotBound) {
@@ -163,7 +164,7 @@ TEST_P(GLFaultsTest, BufferWithoutANameIsNotBound) {
     EXPECT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
 }
 
-TEST_P(GLFaultsTest, BufferIsToldOfWhenItHasALabel) {
+TEST_P(GLFaultsTest, BufferIsReportedWhenItHasALabel) {
     BufferObject buffer;
     const MessageLog log;
     const FaultyDriver driver(GLFault::NoBufferMemory);
@@ -175,7 +176,7 @@ TEST_P(GLFaultsTest, BufferIsToldOfWhenItHasALabel) {
                 ElementsAre(QStringLiteral("Buffer 'late' could not be filled (GL_OUT_OF_MEMORY)")));
 }
 
-TEST_P(GLFaultsTest, BufferThatWorksBeforeItHasALabelIsNotToldOf) {
+TEST_P(GLFaultsTest, BufferThatWorksBeforeItHasALabelIsNotReported) {
     BufferObject buffer;
     const MessageLog log;
     {
@@ -187,7 +188,7 @@ TEST_P(GLFaultsTest, BufferThatWorksBeforeItHasALabelIsNotToldOf) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_P(GLFaultsTest, EmptyLabelIsNone) {
+TEST_P(GLFaultsTest, EmptyLabelCountsAsNone) {
     BufferObject buffer;
     const MessageLog log;
     const FaultyDriver driver(GLFault::NoBufferMemory);
@@ -196,7 +197,7 @@ TEST_P(GLFaultsTest, EmptyLabelIsNone) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_P(GLFaultsTest, VertexArrayAndTextureAreToldOfWhenTheyHaveALabel) {
+TEST_P(GLFaultsTest, VertexArrayAndTextureAreReportedWhenTheyHaveALabel) {
     const MessageLog log;
     {
         VertexArrayObject vao;
@@ -251,11 +252,11 @@ TEST_P(GLFaultsTest, TextureWithoutANameOrMemoryIsDrawnWhite) {
                                     : QStringLiteral("Texture '/black.png' could not be filled "
                                                      "(GL_OUT_OF_MEMORY)")));
         useLoader();
-        EXPECT_EQ(drawn(model), QColor(Qt::black)) << "another try finds memory";
+        EXPECT_EQ(drawn(model), QColor(Qt::black)) << "the next attempt finds memory";
     }
 }
 
-TEST_P(GLFaultsTest, ColourWithoutMemoryIsToldOnce) {
+TEST_P(GLFaultsTest, ColourWithoutMemoryIsReportedOnce) {
     const std::unique_ptr<Texture> color = Texture::ofColor(QColor(1, 2, 3));
     const MessageLog log;
     const FaultyDriver driver(GLFault::NoTextureNames);
@@ -269,7 +270,7 @@ TEST_P(GLFaultsTest, ColourWithoutMemoryIsToldOnce) {
 }
 
 // Commands, materials and instances reach the GPU with the first draw.
-TEST_P(GLFaultsTest, ModelWhoseStorageHasNoMemoryIsNotDrawnAndToldOnce) {
+TEST_P(GLFaultsTest, ModelWithoutMemoryForStorageIsNotDrawnAndReportedOnce) {
     for (const GLFault fault : {GLFault::NoBufferNames, GLFault::NoBufferMemory}) {
         GPUModel model;
         fill(model);
@@ -286,7 +287,7 @@ TEST_P(GLFaultsTest, ModelWhoseStorageHasNoMemoryIsNotDrawnAndToldOnce) {
     }
 }
 
-TEST_P(GLFaultsTest, CommandsWithoutMemoryAreNotDrawnAndToldOnce) {
+TEST_P(GLFaultsTest, CommandsWithoutMemoryAreNotDrawnAndReportedOnce) {
     GPUModel model;
     model.add(triangleRow(1), 1, nullptr, nullptr, 0);
     const MessageLog log;
@@ -302,7 +303,7 @@ TEST_P(GLFaultsTest, CommandsWithoutMemoryAreNotDrawnAndToldOnce) {
     EXPECT_EQ(model.drawable(0)->readBackCommands().size(), 1);
 }
 
-// Its vertices would be read from nowhere.
+// A draw would read outside of the empty buffer.
 TEST_P(GLFaultsTest, AttributeWithoutContentIsLeftOut) {
     const auto empty = QSharedPointer<BufferObject>::create();
     GPUModel model;
@@ -328,7 +329,7 @@ TEST_P(GLFaultsTest, AttributeWithoutContentIsLeftOut) {
     EXPECT_EQ(isEnabled, GL_FALSE);
 }
 
-TEST_P(GLFaultsTest, DrawThatFailsIsToldOnceWithTheDrawablesLabel) {
+TEST_P(GLFaultsTest, FailedDrawIsReportedOnceWithTheLabelOfTheDrawable) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -339,7 +340,7 @@ TEST_P(GLFaultsTest, DrawThatFailsIsToldOnceWithTheDrawablesLabel) {
                 ElementsAre(QStringLiteral("'drawable 0' could not be drawn (GL_OUT_OF_MEMORY)")));
 }
 
-TEST_P(GLFaultsTest, ClientsErrorIsNotTakenForTheDraws) {
+TEST_P(GLFaultsTest, ErrorOfTheClientIsNotAttributedToTheDraw) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -352,7 +353,7 @@ TEST_P(GLFaultsTest, ClientsErrorIsNotTakenForTheDraws) {
                                            "first")));
 }
 
-TEST_P(GLFaultsTest, ErrorsAreNamedOnceEachInTheirOrder) {
+TEST_P(GLFaultsTest, EachErrorIsNamedOnceInOrder) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -365,7 +366,7 @@ TEST_P(GLFaultsTest, ErrorsAreNamedOnceEachInTheirOrder) {
                             "'drawable 0' was drawn first"));
 }
 
-TEST_P(GLFaultsTest, EightErrorsAreTakenAtATime) {
+TEST_P(GLFaultsTest, AtMostEightErrorsAreTakenAtATime) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -377,7 +378,7 @@ TEST_P(GLFaultsTest, EightErrorsAreTakenAtATime) {
                             "'drawable 0' could not be drawn (0x19)"));
 }
 
-TEST_P(GLFaultsTest, ErrorsWithoutEndAreNotWaitedFor) {
+TEST_P(GLFaultsTest, EndlessErrorsDoNotHang) {
     GPUModel model;
     fill(model);
     const MessageLog log;
@@ -389,7 +390,7 @@ TEST_P(GLFaultsTest, ErrorsWithoutEndAreNotWaitedFor) {
                     QStringLiteral("'drawable 0' could not be drawn (GL_CONTEXT_LOST)")));
 }
 
-TEST_P(GLFaultsTest, ProgramsThatCannotBeMadeAreNullWithAnError) {
+TEST_P(GLFaultsTest, FailedProgramIsNullWithAnError) {
     glDisable(GL_DEBUG_OUTPUT);
     const QByteArray source = "#version 430 core\nvoid main() {}\n";
     for (const GLFault fault : {GLFault::NoShaders, GLFault::NoPrograms}) {
@@ -403,7 +404,7 @@ TEST_P(GLFaultsTest, ProgramsThatCannotBeMadeAreNullWithAnError) {
     glEnable(GL_DEBUG_OUTPUT);
 }
 
-TEST_P(GLFaultsTest, ContextCanBeMadeWithoutAName) {
+TEST_P(GLFaultsTest, ContextWorksWithoutTheBufferOfItsGroup) {
     const FaultyDriver driver(GLFault::NoBufferNames);
     QString error;
     const auto context = OpenGLDeviceContext::createHeadless({}, error);

@@ -10,8 +10,8 @@ DrawHook* drawHook = nullptr;
 const std::function<void()>* beforeTransfer = nullptr;
 NameCount* nameCount = nullptr;
 
-// libepoxy's own pointers do not serve: those that were not called yet replace themselves, and with them the
-// hook.
+// The pointers of libepoxy cannot be used: one that was not called yet replaces itself in its first call, and
+// with it the hook.
 template<typename Function>
 Function realFunction(const char* name) {
     return reinterpret_cast<Function>(eglGetProcAddress(name));
@@ -118,7 +118,7 @@ GLuint APIENTRY countProgram() {
 
 } // namespace
 
-/// As libepoxy holds them.
+// The function pointers that libepoxy holds.
 struct NameCount::Functions {
     PFNGLGENBUFFERSPROC genBuffers = glGenBuffers;
     PFNGLCREATEBUFFERSPROC createBuffers = glCreateBuffers;

@@ -11,11 +11,12 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-// Functions of OpenGL that tests look into. Each class needs a current context, and one object of it may live
-// at a time, without a FaultyDriver.
+// Classes that intercept functions of OpenGL.
+// Requires, for each of them: a current context. At most one object of each class lives at a time, and no
+// FaultyDriver with it.
 namespace Atelier::Vel::Testing {
 
-/// The arguments of a glMultiDrawElementsIndirect.
+/// The arguments of one call of glMultiDrawElementsIndirect.
 struct DrawCall {
     GLenum mode = 0;
     GLenum type = 0;
@@ -24,10 +25,10 @@ struct DrawCall {
     int stride = 0;
 };
 
-/// Records the draws that are made while it lives.
+/// Records the draw calls in its lifetime.
 class DrawHook {
 public:
-    /// `beforeDraw` looks at the state that a draw finds.
+    /// `beforeDraw` is called before each draw, with the state that the draw will use.
     explicit DrawHook(std::function<void()> beforeDraw = {});
     ~DrawHook();
     DrawHook(const DrawHook&) = delete;
@@ -43,7 +44,7 @@ private:
     PFNGLMULTIDRAWELEMENTSINDIRECTPROC _before;
 };
 
-/// Calls a function ahead of each transfer of pixels from and to textures while it lives.
+/// Calls a function before each transfer of pixels from and to textures in its lifetime.
 class PixelHook {
 public:
     explicit PixelHook(std::function<void()> beforeTransfer);
@@ -57,8 +58,9 @@ private:
     PFNGLGETTEXIMAGEPROC _getTexImage;
 };
 
-/// Counts the names that are made and deleted while it lives, of buffers, vertex arrays, textures, shaders
-/// and programs. Contexts have to share objects or to be made outside of its life.
+/// Counts the GL names of buffers, vertex arrays, textures, shaders and programs that are made and deleted in
+/// its lifetime.
+/// Requires: contexts that do not share objects are made before it.
 class NameCount {
 public:
     NameCount();
@@ -66,13 +68,13 @@ public:
     NameCount(const NameCount&) = delete;
     NameCount& operator=(const NameCount&) = delete;
 
-    /// How many names were made.
+    /// Returns: the number of names that were made.
     int made() const { return _made; }
-    /// Those that were made and not deleted, as in "buffer 3", and those that were deleted without having
-    /// been made, or twice, as in "buffer 3 deleted too often".
+    /// Returns: the names that were made and not deleted, for example "buffer 3", and those that were deleted
+    /// more often than made, for example "buffer 3 deleted too often".
     QStringList imbalance() const;
 
-    /// Counts names of a kind up (`change` is 1) or down (-1).
+    /// Records that names of a kind were made (`change` is 1) or deleted (-1).
     void note(const char* kind, GLsizei count, const GLuint* names, int change);
 
 private:

@@ -10,7 +10,7 @@
 
 #include <velgl/bufferobject.h>
 
-// Runs below an X server of its own (xvfb-run), with the contexts that Qt makes through GLX.
+// Contexts that Qt makes through GLX. The test runs in an X server of its own (xvfb-run).
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -64,12 +64,12 @@ TEST_F(GlxTest, SharingContextsOfQtSeeTheSameBuffer) {
     buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
     const auto second = makeContext(first.get());
     EXPECT_EQ(buffer.readBack().size(), 12);
-    const auto stranger = makeContext();
+    const auto unrelated = makeContext();
     EXPECT_TRUE(buffer.readBack().isEmpty());
-    stranger->doneCurrent();
+    unrelated->doneCurrent();
 }
 
-TEST_F(GlxTest, ContextsThatFollowEachOtherAreToldApart) {
+TEST_F(GlxTest, ConsecutiveContextsAreDistinguished) {
     BufferObject survivor;
     for (int round = 0; round < 10; ++round) {
         const auto context = makeContext();
@@ -79,15 +79,15 @@ TEST_F(GlxTest, ContextsThatFollowEachOtherAreToldApart) {
     }
 }
 
-// Both exist at a time, so that the second one cannot have the handle of the first. GLX cannot be asked
-// whether a context still exists; Qt says when it destroys one.
-TEST_F(GlxTest, BufferOfAContextThatQtHasDestroyedCanBeFilledInAnother) {
+// Both contexts exist at the same time, so that the second cannot reuse the handle of the first. GLX has no
+// query for whether a context still exists; Qt reports when it destroys one.
+TEST_F(GlxTest, BufferOfAContextDestroyedByQtCanBeFilledInAnother) {
     auto first = makeContext();
     BufferObject buffer;
     ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
     const auto second = makeContext();
     EXPECT_TRUE(OpenGLDeviceContext::current());
-    EXPECT_FALSE(buffer.bind()) << "it is the first one's";
+    EXPECT_FALSE(buffer.bind()) << "it belongs to the first context";
     buffer.unbind();
     first.reset();
     ASSERT_TRUE(second->makeCurrent(&_surface));
@@ -96,19 +96,18 @@ TEST_F(GlxTest, BufferOfAContextThatQtHasDestroyedCanBeFilledInAnother) {
     second->doneCurrent();
 }
 
-TEST_F(GlxTest, ContextOfQtIsNoneToShareWithForEgl) {
+TEST_F(GlxTest, SharingAGlxContextWithEglFails) {
     const auto qtContext = makeContext();
     OpenGLDeviceContext::HeadlessOptions options;
     options.shareWith = OpenGLDeviceContext::current();
     QString error;
     EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
-    EXPECT_EQ(error,
-              QStringLiteral("No OpenGL context could be made. Tried: the context to share with was "
-                             "not created by EGL"));
+    EXPECT_EQ(error, QStringLiteral("No OpenGL context could be made. Tried: the context to share with was "
+                                    "not created by EGL"));
     qtContext->doneCurrent();
 }
 
-TEST_F(GlxTest, HeadlessContextIsRefusedOrUsableBesideAGlxContext) {
+TEST_F(GlxTest, HeadlessContextBesideAGlxContextWorksOrReportsBadAccess) {
     const auto qtContext = makeContext();
     const auto native = OpenGLDeviceContext::current();
     QString error;

@@ -23,7 +23,7 @@ InstanceDataCollection* newCollection(const QString& name) {
 
 } // namespace
 
-TEST(GPUModelTest, DrawablesAreNumberedAsTheyCome) {
+TEST(GPUModelTest, DrawablesAreNumberedInOrderOfAddition) {
     GPUModel model;
     EXPECT_EQ(model.drawableCount(), 0);
     auto* first = new DrawBuffers;
@@ -110,7 +110,7 @@ TEST(GPUModelTest, NamesComeInAnyOrder) {
     EXPECT_EQ(model.objectName(0, std::numeric_limits<int>::max()), QStringLiteral("last"));
 }
 
-TEST(GPUModelTest, NumbersOutOfRangeAnswerWithNothing) {
+TEST(GPUModelTest, NumbersOutOfRangeReturnNothing) {
     GPUModel model;
     for (const int number : {-1, 0, 1}) {
         model.addMaterialName(number, 0, QStringLiteral("red"));
@@ -143,7 +143,7 @@ TEST(GPUModelTest, InstanceCountMultipliesThatOfEachCommand) {
     }
 }
 
-TEST(GPUModelTest, ArraysWithoutALabelGetTheNumberOfTheirDrawable) {
+TEST(GPUModelTest, VertexArrayWithoutALabelGetsTheNumberOfItsDrawable) {
     GPUModel model;
     QStringList labels;
     for (const char* label : {"", "mine", ""}) {
@@ -156,7 +156,7 @@ TEST(GPUModelTest, ArraysWithoutALabelGetTheNumberOfTheirDrawable) {
     EXPECT_EQ(labels, (QStringList{"drawable 0", "mine", "drawable 2"}));
 }
 
-TEST(GPUModelTest, NullNameIsTheSameAsNone) {
+TEST(GPUModelTest, NullNameCountsAsNone) {
     GPUModel model;
     model.add(new DrawBuffers, 1, nullptr, nullptr, 0);
     model.addObjectName(0, 0, QString());

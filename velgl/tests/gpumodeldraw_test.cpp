@@ -46,7 +46,7 @@ TEST_P(GPUModelDrawTest, DrawingTwiceDrawsTheSame) {
     EXPECT_EQ(drawnColors(model, 2), colors);
 }
 
-TEST_P(GPUModelDrawTest, CommandsDrawNothingButTheirOwnTriangles) {
+TEST_P(GPUModelDrawTest, CommandsDrawOnlyTheirOwnTriangles) {
     GPUModel model;
     DrawBuffers* row = triangleRow(4);
     const DrawElementsIndirectCommand commands[] = {cellCommand(3), cellCommand(1)};
@@ -150,7 +150,7 @@ TEST_P(GPUModelDrawTest, TexturesByPathComeThroughTheLoader) {
                 testing::ElementsAre(QStringLiteral("Texture '/missing.png' cannot be loaded")));
 }
 
-TEST_P(GPUModelDrawTest, TextureThatIsNotTwoDimensionalCountsAsWhite) {
+TEST_P(GPUModelDrawTest, TextureThatIsNotTwoDimensionalIsDrawnWhite) {
     Texture cube(GL_TEXTURE_CUBE_MAP, GL_RGBA8, 1, 1, 0, nullptr);
     InstanceData material = coloredMaterial(Qt::red);
     material.setTexture(QStringLiteral("first"), &cube);
@@ -201,7 +201,7 @@ TEST_P(GPUModelDrawTest, DrawableWithoutCollectionsDraws) {
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::white, Qt::white}));
 }
 
-TEST_P(GPUModelDrawTest, ClientsStorageBufferServesADrawableWithoutMaterials) {
+TEST_P(GPUModelDrawTest, DrawableWithoutMaterialsReadsTheStorageBufferOfTheClient) {
     GPUModel model;
     model.add(triangleRow(1), 1, nullptr,
               new InstanceDataCollection(QStringLiteral("TestInstance"), {movedInstance({})}), 0);
@@ -210,7 +210,7 @@ TEST_P(GPUModelDrawTest, ClientsStorageBufferServesADrawableWithoutMaterials) {
     EXPECT_EQ(drawnColors(model, 1), opaque({Qt::green}));
 }
 
-TEST_P(GPUModelDrawTest, CollectionsWithoutAPlanOrItemsDoNotDisturb) {
+TEST_P(GPUModelDrawTest, CollectionsWithoutAPlanOrItemsAreIgnored) {
     GPUModel model;
     model.add(triangleRow(1), 1, new InstanceDataCollection(QStringLiteral("no such plan"), {InstanceData()}),
               new InstanceDataCollection(QStringLiteral("TestInstance"), {}), 0);
@@ -331,7 +331,7 @@ TEST_P(GPUModelDrawTest, BoundsEncloseWhatTheCommandsDraw) {
     EXPECT_EQ(model.bounds().minimum, QVector3D(-1, -1, 0));
 }
 
-TEST_P(GPUModelDrawTest, BoundsLeaveOutWhatIsNotFiniteOrNotThere) {
+TEST_P(GPUModelDrawTest, BoundsExcludePositionsThatAreNotFiniteOrMissing) {
     const float infinity = std::numeric_limits<float>::infinity();
     const float notANumber = std::numeric_limits<float>::quiet_NaN();
     const QVector<float> positions = {1, 2, 3, infinity, 0, 0, 0, notANumber, 0, -1, 5, 4};

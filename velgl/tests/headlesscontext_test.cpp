@@ -15,7 +15,7 @@
 #include "scenefixture.h"
 #include "support/messagelog.h"
 
-// Headless contexts on an EGL that fails, or has other devices and versions than that of this machine.
+// Headless contexts with an EGL that fails, or that has other devices and versions than the real one.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -23,7 +23,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A device that EGL lists: its extensions and the texts that it has by their names.
+/// A device that EGL lists: its extensions, and its strings by name.
 struct FakeDevice {
     const char* extensions = "";
     std::map<EGLint, const char*> texts;
@@ -40,9 +40,9 @@ protected:
 
     void listDevices(const std::vector<FakeDevice>& devices) {
         _devices = devices;
-        _egl.queryDevices = [this](EGLint most, EGLDeviceEXT* found, EGLint* count) -> EGLBoolean {
+        _egl.queryDevices = [this](EGLint capacity, EGLDeviceEXT* found, EGLint* count) -> EGLBoolean {
             *count = static_cast<EGLint>(_devices.size());
-            for (EGLint i = 0; found && i < std::min(most, *count); ++i)
+            for (EGLint i = 0; found && i < std::min(capacity, *count); ++i)
                 found[i] = &_devices[std::size_t(i)];
             return EGL_TRUE;
         };
@@ -57,7 +57,7 @@ protected:
     void listClientExtensions(const char* extensions) {
         _egl.queryString = [extensions](EGLDisplay, EGLint) { return extensions; };
     }
-    /// The surfaceless platform, the one candidate then.
+    /// Makes the surfaceless platform the only candidate.
     void listSurfacelessOnly() {
         listDevices({});
         listClientExtensions("EGL_EXT_client_extensions EGL_MESA_platform_surfaceless");
@@ -66,7 +66,7 @@ protected:
         _egl.getError = [error] { return error; };
     }
 
-    /// Keeps the number of contexts in _contexts.
+    /// Counts the existing contexts in _contexts.
     void countContexts() {
         const EglFunctions real = EglFunctions::real();
         _egl.createContext = [this, real](EGLDisplay display, EGLConfig config, EGLContext shared,
@@ -81,7 +81,7 @@ protected:
         };
     }
 
-    /// The error of a context that cannot be made, without its beginning.
+    /// Returns: the error of createHeadless(), without the beginning that all errors share.
     static QString failure(const OpenGLDeviceContext::HeadlessOptions& options = {}) {
         QString error;
         EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
@@ -117,32 +117,32 @@ TEST_F(HeadlessContextTest, WithoutDevicesAndPlatformNothingIsTried) {
     EXPECT_EQ(failure(), nothing) << "EGL cannot list devices";
 }
 
-TEST_F(HeadlessContextTest, DevicesThatCannotBeListedDoNotExist) {
+TEST_F(HeadlessContextTest, DevicesThatCannotBeListedAreNotTried) {
     listClientExtensions("");
     for (const bool failsAtOnce : {true, false}) {
         listDevices({{}, {}});
         const auto list = _egl.queryDevices;
-        _egl.queryDevices = [=](EGLint most, EGLDeviceEXT* devices, EGLint* count) -> EGLBoolean {
-            list(most, devices, count);
+        _egl.queryDevices = [=](EGLint capacity, EGLDeviceEXT* devices, EGLint* count) -> EGLBoolean {
+            list(capacity, devices, count);
             return !failsAtOnce && devices == nullptr;
         };
         EXPECT_EQ(failure(), QStringLiteral("EGL lists no device and has no surfaceless platform"));
     }
 }
 
-TEST_F(HeadlessContextTest, DeviceThatHasGoneSinceItWasCountedIsNotTried) {
+TEST_F(HeadlessContextTest, DeviceRemovedAfterTheCountIsNotTried) {
     listClientExtensions("");
     listDevices({{}, {}});
     const auto list = _egl.queryDevices;
-    _egl.queryDevices = [=](EGLint most, EGLDeviceEXT* devices, EGLint* count) -> EGLBoolean {
-        list(most, devices, count);
+    _egl.queryDevices = [=](EGLint capacity, EGLDeviceEXT* devices, EGLint* count) -> EGLBoolean {
+        list(capacity, devices, count);
         *count = devices ? 1 : 2;
         return EGL_TRUE;
     };
     EXPECT_EQ(failureOnDevice("x"), QStringLiteral("EGL device 0: not 'x'"));
 }
 
-TEST_F(HeadlessContextTest, DevicesAreDescribedByWhatTheySay) {
+TEST_F(HeadlessContextTest, DevicesAreDescribedByTheirExtensionsAndNames) {
     listClientExtensions("EGL_MESA_platform_surfaceless");
     listDevices({{"EGL_MESA_device_software", {}},
                  {"EGL_EXT_device_query_name EGL_EXT_device_drm EGL_EXT_device_drm_render_node",
@@ -155,7 +155,7 @@ TEST_F(HeadlessContextTest, DevicesAreDescribedByWhatTheySay) {
               QStringLiteral("EGL device 0, software: not 'none'; "
                              "EGL device 1, Fast One, /dev/dri/card7, /dev/dri/renderD7: not 'none'; "
                              "EGL device 2: not 'none'; EGL device 3: not 'none'"))
-        << "and the platform is not a device";
+        << "the surfaceless platform is not a device";
     _egl.queryDeviceString = {};
     EXPECT_EQ(failureOnDevice("none").section(';', 0, 0), QStringLiteral("EGL device 0: not 'none'"));
 }
@@ -216,7 +216,7 @@ TEST_F(HeadlessContextTest, WithoutDesktopOpenGLThereIsNoContext) {
     };
     EXPECT_EQ(failure(), QStringLiteral("surfaceless platform: no desktop OpenGL (EGL_BAD_MATCH)"));
     EXPECT_THAT(apis, ElementsAre(EGLenum(EGL_OPENGL_API), EGLenum(EGL_OPENGL_ES_API)))
-        << "the thread's own comes back";
+        << "the API of the thread is restored";
 }
 
 TEST_F(HeadlessContextTest, VersionsAreTriedFromTheHighestDown) {
@@ -249,7 +249,7 @@ TEST_F(HeadlessContextTest, VersionsAreTriedFromTheHighestDown) {
     EXPECT_EQ(tried[0], attributes(4, 6, 0));
 }
 
-TEST_F(HeadlessContextTest, LowerVersionServesWhereTheHighestCannotBeHad) {
+TEST_F(HeadlessContextTest, LowerVersionIsUsedIfTheHighestFails) {
     listSurfacelessOnly();
     const EglFunctions real = EglFunctions::real();
     int tries = 0;
@@ -261,7 +261,7 @@ TEST_F(HeadlessContextTest, LowerVersionServesWhereTheHighestCannotBeHad) {
     EXPECT_EQ(tries, 4);
 }
 
-// A context without a surface needs no configuration of one.
+// A context without a surface needs no configuration with surfaces.
 TEST_F(HeadlessContextTest, ConfigurationIsOneOfOpenGLOrNone) {
     listSurfacelessOnly();
     setError(EGL_BAD_CONFIG);
@@ -300,7 +300,7 @@ TEST_F(HeadlessContextTest, ContextThatCannotBeUsedWithoutASurfaceIsDestroyed) {
     EXPECT_EQ(_contexts, 0);
 }
 
-TEST_F(HeadlessContextTest, DroppedContextsAreDestroyed) {
+TEST_F(HeadlessContextTest, ReleasedContextsAreDestroyed) {
     countContexts();
     auto first = GLFixture::makeContext({});
     auto second = GLFixture::makeContext({});
@@ -312,7 +312,7 @@ TEST_F(HeadlessContextTest, DroppedContextsAreDestroyed) {
     EXPECT_EQ(_contexts, 0);
 }
 
-TEST_F(HeadlessContextTest, SharedContextIsHandedToEglOnItsOwnDisplay) {
+TEST_F(HeadlessContextTest, SharedContextIsPassedToEglOnItsOwnDisplay) {
     const auto first = GLFixture::makeContext({});
     first->makeCurrent();
     const EGLContext handle = eglGetCurrentContext();
@@ -328,7 +328,7 @@ TEST_F(HeadlessContextTest, SharedContextIsHandedToEglOnItsOwnDisplay) {
     };
     OpenGLDeviceContext::HeadlessOptions options;
     options.shareWith = first;
-    options.device = QStringLiteral("no such device"); // that of the other context counts
+    options.device = QStringLiteral("no such device"); // ignored: the device of the shared context is used
     EXPECT_TRUE(GLFixture::makeContext(options));
     EXPECT_GT(calls, 0);
     _egl.createContext = [](EGLDisplay, EGLConfig, EGLContext, const EGLint*) { return EGL_NO_CONTEXT; };
@@ -337,7 +337,7 @@ TEST_F(HeadlessContextTest, SharedContextIsHandedToEglOnItsOwnDisplay) {
                                                "context (EGL_BAD_ALLOC)"));
 }
 
-TEST_F(HeadlessContextTest, NextCandidateServesWhereOneFails) {
+TEST_F(HeadlessContextTest, NextCandidateIsUsedIfOneFails) {
     const EglFunctions real = EglFunctions::real();
     int tries = 0;
     listClientExtensions("EGL_MESA_platform_surfaceless");
@@ -353,7 +353,7 @@ TEST_F(HeadlessContextTest, NextCandidateServesWhereOneFails) {
     EXPECT_EQ(tries, 3);
 }
 
-TEST_F(HeadlessContextTest, ThreadsApiAndContextComeBack) {
+TEST_F(HeadlessContextTest, ApiAndContextOfTheThreadAreRestored) {
     ForeignContext clients;
     ASSERT_TRUE(clients.makeCurrent());
     const EGLContext handle = eglGetCurrentContext();
@@ -375,7 +375,7 @@ TEST_F(HeadlessContextTest, MinVersionIsFourPointThree) {
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre("OpenGL 4.2 is current, but OpenGL 4.3 or later is needed"));
     _egl.glVersion = [] { return 43; };
-    EXPECT_TRUE(OpenGLDeviceContext::current()) << "it is asked again";
+    EXPECT_TRUE(OpenGLDeviceContext::current()) << "the version is queried again";
     ForeignContext::doneCurrent();
     const auto headless = GLFixture::makeContext({});
     ASSERT_TRUE(headless);
@@ -384,7 +384,7 @@ TEST_F(HeadlessContextTest, MinVersionIsFourPointThree) {
 
 namespace {
 
-/// A driver of a version with some extensions; what a context there makes use of.
+/// The version and the extensions of a driver, and the features that a context uses there.
 struct FeatureCase {
     const char* name;
     int version;
@@ -412,7 +412,7 @@ const FeatureCase kFeatureCases[] = {
 
 class FeaturesTest : public HeadlessContextTest, public testing::WithParamInterface<FeatureCase> {};
 
-/// Whether a buffer is made by glCreateBuffers, which direct state access brings along.
+/// Returns: whether VelGL makes a buffer by glCreateBuffers, a function of direct state access.
 bool createsBuffers() {
     static bool isCreated = false;
     isCreated = false;
@@ -437,7 +437,7 @@ std::string featureName(const testing::TestParamInfo<FeatureCase>& info) {
 
 INSTANTIATE_TEST_SUITE_P(Version, FeaturesTest, testing::ValuesIn(kFeatureCases), featureName);
 
-TEST_P(FeaturesTest, ContextUsesWhatItsVersionOrItsExtensionsHave) {
+TEST_P(FeaturesTest, ContextUsesTheFeaturesOfItsVersionAndExtensions) {
     _egl.glVersion = [] { return GetParam().version; };
     _egl.hasGLExtension = [](const char* name) { return GetParam().extensions.count(name) != 0; };
     OpenGLDeviceContext::HeadlessOptions options;

@@ -48,7 +48,7 @@ TEST(InstanceDataTest, LaterValueReplacesTheEarlierOne) {
     EXPECT_TRUE(data.value(kMember).isEmpty());
 }
 
-TEST(InstanceDataTest, ValuesThatCannotBeAreRefused) {
+TEST(InstanceDataTest, InvalidValuesAreRefused) {
     InstanceData data(kName);
     const MessageLog log;
     const char byte = 'x';
@@ -103,7 +103,7 @@ TEST(InstanceDataTest, ClearKeepsTheName) {
     EXPECT_FALSE(data.hasTexture(kMember));
 }
 
-TEST(InstanceDataTest, CopiesGoTheirOwnWays) {
+TEST(InstanceDataTest, CopiesAreIndependent) {
     InstanceData data(kName);
     data.set(kMember, "x", 1);
     InstanceData copy = data;

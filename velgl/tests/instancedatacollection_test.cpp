@@ -19,7 +19,7 @@ TEST(InstanceDataCollectionTest, PacksByThePlanOfItsName) {
     auto* plan = new InstanceDataPlan(QStringLiteral("CollectionPlan"));
     plan->addMember(InstanceDataPlan::DataType::UInt, QStringLiteral("number"));
     InstanceDataRegistry::Instance().registerPlan(plan);
-    // The items' own names do not matter.
+    // The names of the items have no effect.
     InstanceData item(QStringLiteral("other"));
     item.set(QStringLiteral("number"), "abcd", 4);
     const InstanceDataCollection collection(QStringLiteral("CollectionPlan"), {item, item});

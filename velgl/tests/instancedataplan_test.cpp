@@ -72,7 +72,7 @@ TEST(InstanceDataPlanTest, MaterialOfFloatsAndColoursHasTheDefinedOffsets) {
     EXPECT_EQ(plan.stride(), 64);
 }
 
-TEST(InstanceDataPlanTest, EveryTypeIsAlignedAsStd430Asks) {
+TEST(InstanceDataPlanTest, EveryTypeIsAlignedByStd430) {
     const InstanceDataPlan plan = planOf(
         {DataType::Int, DataType::Vec2, DataType::UInt, DataType::Mat4, DataType::Float, DataType::Vec4});
     EXPECT_THAT(offsetsOf(plan), testing::ElementsAre(0, 8, 16, 32, 96, 112));
@@ -99,7 +99,7 @@ TEST(InstanceDataPlanTest, SecondMemberOfANameIsLeftOut) {
                     QStringLiteral("Plan 'Plan' has a member 'twice' already; the second one is left out")));
 }
 
-TEST(InstanceDataPlanTest, ItemsArePackedOneAfterTheOtherWithZerosForWhatIsMissing) {
+TEST(InstanceDataPlanTest, ItemsArePackedInOrderWithZerosForMissingMembers) {
     const InstanceDataPlan plan = planOf({DataType::Float, DataType::Texture, DataType::Vec2});
     InstanceData first;
     InstanceData second;
@@ -137,7 +137,7 @@ TEST(InstanceDataPlanTest, ValueOfAnotherSizeIsRefusedNamingBothSizes) {
                     "Value 'm0' has 8 bytes, but its member of plan 'Plan' has 12; it is left out")));
 }
 
-TEST(InstanceDataPlanTest, ItemsTooManyForABufferAreReportedAndNotPacked) {
+TEST(InstanceDataPlanTest, TooManyItemsAreReportedAndNotPacked) {
     InstanceDataPlan plan(QStringLiteral("Large"));
     for (int i = 0; i < 1024; ++i)
         plan.addMember(DataType::Mat4, QStringLiteral("m%1").arg(i));

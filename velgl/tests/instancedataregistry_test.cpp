@@ -27,7 +27,7 @@ int countOf(const QString& name) {
     return count;
 }
 
-// Used while the program is still being loaded.
+// Registered during static initialisation.
 const InstanceDataPlan* const registeredAtStart = [] {
     InstanceDataRegistry::Instance().registerPlan(newPlan(QStringLiteral("AtStart"), DataType::Float));
     return InstanceDataRegistry::Instance().plan(QStringLiteral("AtStart"));

@@ -23,13 +23,13 @@ using DataType = InstanceDataPlan::DataType;
 constexpr GLuint kPoint = 3;
 constexpr int kStride = 32;
 
-/// The name of a plan that is not registered: plans outlive tests.
+/// Returns: the name of a plan that is not registered. It is new in each call, because plans outlive tests.
 QString freshPlanName() {
     static int count = 0;
     return QStringLiteral("FreshPlan%1").arg(count++);
 }
 
-/// Two materials of 32 bytes each, by the plan "TestMaterial".
+/// Two materials of the plan "TestMaterial", 32 bytes each.
 class InstanceStorageTest : public FeatureFixture {
 protected:
     void SetUp() override {
@@ -67,21 +67,21 @@ TEST_P(InstanceStorageTest, HoldsTheItemsAndZerosUpToTheLargestCount) {
     ASSERT_TRUE(_materials.bindStorage(kPoint, 5));
     EXPECT_EQ(_materials.readBack(), withZeros(packed, 5));
     ASSERT_TRUE(_materials.bindStorage(kPoint, 4));
-    EXPECT_EQ(_materials.readBack(), withZeros(packed, 5)) << "it does not shrink";
-    EXPECT_EQ(boundName(), name) << "what is bound elsewhere grows as well";
+    EXPECT_EQ(_materials.readBack(), withZeros(packed, 5)) << "the buffer does not shrink";
+    EXPECT_EQ(boundName(), name) << "the binding keeps the same buffer";
 }
 
 TEST_P(InstanceStorageTest, GrowsInEachGroupOfContexts) {
     const QByteArray packed = _materials.packed();
     ASSERT_TRUE(_materials.bindStorage(kPoint));
-    const auto stranger = makeContext(options());
-    stranger->makeCurrent();
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
     ASSERT_TRUE(_materials.bindStorage(kPoint, 6));
     EXPECT_EQ(_materials.readBack(), withZeros(packed, 6));
     _context->makeCurrent();
     ASSERT_TRUE(_materials.bindStorage(kPoint, 4));
     EXPECT_EQ(_materials.readBack(), withZeros(packed, 4));
-    stranger->makeCurrent();
+    unrelated->makeCurrent();
     EXPECT_EQ(_materials.readBack(), withZeros(packed, 6));
     _context->makeCurrent();
 }
@@ -101,7 +101,7 @@ TEST_P(InstanceStorageTest, PlanMayBeRegisteredAfterTheFirstUse) {
     EXPECT_EQ(collection.readBack(), QByteArray("abcd\0\0\0\0", 8));
 }
 
-TEST_P(InstanceStorageTest, PlanWithoutValuesHasNone) {
+TEST_P(InstanceStorageTest, PlanWithoutValuesHasNoStorage) {
     auto plan = std::make_unique<InstanceDataPlan>(freshPlanName());
     plan->addMember(DataType::Texture, QStringLiteral("map"));
     InstanceDataCollection collection(plan->name(), {InstanceData()});
@@ -110,7 +110,7 @@ TEST_P(InstanceStorageTest, PlanWithoutValuesHasNone) {
     EXPECT_TRUE(collection.readBack().isEmpty());
 }
 
-TEST_P(InstanceStorageTest, WithoutItemsItIsMadeOfZerosAlone) {
+TEST_P(InstanceStorageTest, StorageWithoutItemsHoldsZeros) {
     InstanceDataCollection none(QStringLiteral("TestMaterial"), {});
     EXPECT_FALSE(none.bindStorage(kPoint));
     EXPECT_FALSE(none.bindStorage(kPoint, -1));
@@ -118,7 +118,7 @@ TEST_P(InstanceStorageTest, WithoutItemsItIsMadeOfZerosAlone) {
     EXPECT_EQ(none.readBack(), QByteArray(kStride, '\0'));
 }
 
-TEST_P(InstanceStorageTest, WithoutMemoryNothingIsBoundUntilThereIsSomeAgain) {
+TEST_P(InstanceStorageTest, NothingIsBoundUntilMemoryIsAvailable) {
     const MessageLog log;
     const QByteArray packed = _materials.packed();
     const QString warning = QStringLiteral("Storage 'TestMaterial' could not be filled (GL_OUT_OF_MEMORY)");
@@ -133,10 +133,10 @@ TEST_P(InstanceStorageTest, WithoutMemoryNothingIsBoundUntilThereIsSomeAgain) {
     EXPECT_TRUE(_materials.bindStorage(kPoint));
     {
         const FaultyDriver driver(GLFault::NoBufferMemory);
-        EXPECT_TRUE(_materials.bindStorage(kPoint, 2)) << "it is large enough";
+        EXPECT_TRUE(_materials.bindStorage(kPoint, 2)) << "the buffer is large enough";
         EXPECT_FALSE(_materials.bindStorage(kPoint, 3));
     }
-    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(warning, warning)) << "it had worked in between";
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(warning, warning)) << "there was a success in between";
     EXPECT_TRUE(_materials.bindStorage(kPoint, 1));
     EXPECT_EQ(_materials.readBack(), packed);
 }

@@ -21,7 +21,7 @@
 #include "support/sanitizer.h"
 #include "testscene.h"
 
-// How objects outlive, follow and share contexts.
+// Objects that outlive their context, move to another one, or are shared between contexts.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -120,9 +120,9 @@ TEST_F(LifetimeTest, NamesOfAnotherContextAreDeletedWhenItIsNextCurrent) {
     const Everything others;
     const int othersBefore = liveNames();
     everything.reset();
-    EXPECT_EQ(liveNames(), othersBefore) << "a stranger's objects were deleted";
+    EXPECT_EQ(liveNames(), othersBefore) << "objects of the unrelated context were deleted";
     ASSERT_TRUE(_context->makeCurrent());
-    EXPECT_EQ(liveNames(), before + 1) << "the white texture of the manager stays, nothing else";
+    EXPECT_EQ(liveNames(), before + 1) << "only the white texture of the manager remains";
     other->makeCurrent();
 }
 
@@ -139,7 +139,7 @@ TEST_F(LifetimeTest, NamesAreDeletedLaterWhenNothingIsCurrent) {
     EXPECT_EQ(liveNames(), before);
 }
 
-TEST_F(LifetimeTest, WaitingNamesAreForgottenWithTheirContext) {
+TEST_F(LifetimeTest, QueuedNamesAreDiscardedWithTheirContext) {
     auto buffer = std::make_unique<BufferObject>();
     buffer->uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
     _context->doneCurrent();
@@ -164,7 +164,7 @@ TEST_F(LifetimeTest, SharingContextsDrawTheSameModel) {
     EXPECT_EQ(firstPixel(model), QColor(Qt::red));
 }
 
-TEST_F(LifetimeTest, ModelLivesOnInTheSharingContext) {
+TEST_F(LifetimeTest, ModelRemainsUsableInASharingContext) {
     GPUModel model;
     addRow(model, {Qt::red});
     const auto sharing = sharingContext();
@@ -191,12 +191,12 @@ TEST_F(LifetimeTest, VertexArraysOfSharingContextsAreDeletedInEach) {
     EXPECT_EQ(liveNames(), before);
 }
 
-TEST_F(LifetimeTest, StrangerContextCannotUseABuffer) {
+TEST_F(LifetimeTest, UnrelatedContextCannotUseABuffer) {
     BufferObject buffer;
     buffer.setLabel(QStringLiteral("mine"));
     buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
-    const auto stranger = makeContext(options());
-    stranger->makeCurrent();
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
     const MessageLog log;
     EXPECT_EQ(buffer.name(), 0U);
     EXPECT_TRUE(buffer.readBack().isEmpty());
@@ -221,7 +221,7 @@ TEST_F(LifetimeTest, BufferCanBeFilledAgainAfterItsContextIsGone) {
     EXPECT_EQ(buffer.readBack().size(), 8);
 }
 
-TEST_F(LifetimeTest, UnbindInAnotherContextTouchesNothing) {
+TEST_F(LifetimeTest, UnbindInAnotherContextChangesNothing) {
     BufferObject buffer;
     buffer.bind();
     const auto other = makeContext(options());
@@ -235,7 +235,7 @@ TEST_F(LifetimeTest, UnbindInAnotherContextTouchesNothing) {
     others.unbind();
 }
 
-TEST_F(LifetimeTest, CommandsAndCollectionsAreMadeAnewInANewContext) {
+TEST_F(LifetimeTest, CommandsAndCollectionsAreUploadedAgainInANewContext) {
     GPUModel model;
     addRow(model, {Qt::red, Qt::green});
     const QByteArray packed = model.materials(0)->readBack();
@@ -260,7 +260,7 @@ TEST_F(LifetimeTest, SolidColoursWorkInEveryContext) {
     }
 }
 
-TEST_F(LifetimeTest, FinishedTextureDoesNotComeBackEmpty) {
+TEST_F(LifetimeTest, ReadOnlyTextureIsNotRecreatedEmpty) {
     Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
     texture.setLabel(QStringLiteral("wood"));
     { const AutoBinder binder(&texture); }
@@ -292,10 +292,10 @@ TEST_F(LifetimeTest, MaterialWithALostTextureDrawsWhite) {
     EXPECT_EQ(firstPixel(model), QColor(Qt::red));
 }
 
-TEST_F(LifetimeTest, BindingAgainAndAgainTakesNoMemory) {
+TEST_F(LifetimeTest, RepeatedBindsUseNoMemory) {
     BufferObject buffer;
     buffer.bind();
-    glFinish(); // the driver's threads allocate, too
+    glFinish(); // the threads of the driver allocate as well
     const auto before = mallinfo2().uordblks;
     for (int i = 0; i < 100000; ++i)
         buffer.bind();
@@ -312,7 +312,7 @@ TEST_F(LifetimeTest, ThousandCyclesLeaveNothingBehind) {
         Everything everything;
         everything.texture.setReadOnly();
         everything.draw();
-        glFinish(); // the driver keeps what unfinished work needs
+        glFinish(); // the driver holds memory for unfinished work
     };
     // The driver's caches fill up in the first rounds.
     for (int i = 0; i < 200; ++i)

@@ -8,7 +8,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// A buffer as a client makes it: keeps its content in memory, without OpenGL.
+/// A buffer class of a client: it keeps its content in memory and does not use OpenGL.
 class MemoryBuffer : public BufferObject {
 public:
     template<typename Element>
@@ -31,7 +31,7 @@ public:
         return _content;
     }
 
-    /// How often the content was read back.
+    /// Returns: the number of calls of readBack().
     int readCount() const { return _readCount; }
 
 private:

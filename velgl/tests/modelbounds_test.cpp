@@ -11,7 +11,7 @@
 
 #include "memorybuffer.h"
 
-// The box around what the commands of a model reach.
+// The box around the positions that the commands of a model reach.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -25,7 +25,7 @@ constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;
 constexpr unsigned int kDouble = 0x140A;
 constexpr unsigned int kHalfFloat = 0x140B;
-constexpr unsigned int kFixed = 0x140C; // no type of VelGL's
+constexpr unsigned int kFixed = 0x140C; // a type that VelGL does not read
 
 const QString kPosition = QStringLiteral("va_Vertex");
 const float kInfinity = std::numeric_limits<float>::infinity();
@@ -69,7 +69,7 @@ protected:
     QSharedPointer<MemoryBuffer> _indices;
 };
 
-/// The box of points whose elements are of some other type.
+/// Returns: the maximum of the box around one point whose elements have the type `type`.
 template<typename Element>
 QVector3D largestOf(unsigned int type, const QVector<Element>& elements) {
     auto* buffers = new DrawBuffers;
@@ -104,7 +104,7 @@ TEST_F(ModelBoundsTest, CommandsCountTogether) {
     expectBox({0, 0, 3}, {1, 2, 9});
 }
 
-TEST_F(ModelBoundsTest, CommandThatReachesBeyondTheIndicesIsPassedOver) {
+TEST_F(ModelBoundsTest, CommandBeyondTheIndicesIsSkipped) {
     setCommands({{1, 1, 0, 0, 0}, {2, 1, 3, 0, 0}, {1, 1, 4, 0, 0}, {0xFFFFFFFF, 1, 0xFFFFFFFF, 0, 0}});
     expectBox({1, 2, 3}, {1, 2, 3});
 }
@@ -114,12 +114,12 @@ TEST_F(ModelBoundsTest, BaseVertexIsAddedAndMayBeNegative) {
     expectBox({-1, -2, -3}, {4, 5, 6});
 }
 
-TEST_F(ModelBoundsTest, IndexOutsideOfThePositionsIsPassedOver) {
+TEST_F(ModelBoundsTest, IndexBeyondThePositionsIsSkipped) {
     setCommands({{4, 1, 0, 2, 0}, {1, 1, 0, static_cast<std::uint32_t>(-1), 0}});
     expectBox({-1, -2, -3}, {0, 0, 9});
 }
 
-TEST_F(ModelBoundsTest, PointThatIsNotFiniteIsPassedOver) {
+TEST_F(ModelBoundsTest, PointThatIsNotFiniteIsSkipped) {
     for (const float bad : {kInfinity, -kInfinity, kNotANumber})
         for (int component = 0; component < 3; ++component) {
             QVector<float> positions = {1, 2, 3, 100, 100, 100, 0, 0, 0, 0, 0, 9};
@@ -137,12 +137,12 @@ TEST_F(ModelBoundsTest, PointThatIsNotFiniteIsPassedOver) {
         }
 }
 
-TEST_F(ModelBoundsTest, MissingComponentsAreZeroAndFurtherOnesAreLeftOut) {
+TEST_F(ModelBoundsTest, MissingComponentsAreZero) {
     setPositions(QVector<float>{1, 2, 3, 4, 5, 6, 7, 8}, 2, kFloat);
     expectBox({1, 2, 0}, {7, 8, 0});
 }
 
-TEST_F(ModelBoundsTest, FourthComponentIsLeftOut) {
+TEST_F(ModelBoundsTest, FourthComponentIsIgnored) {
     setPositions(QVector<float>{1, 2, 3, 99, 4, 5, 6, 99, 7, 8, 9, 99, 1}, 4, kFloat);
     expectBox({1, 2, 3}, {7, 8, 9});
 }
@@ -164,7 +164,7 @@ TEST_F(ModelBoundsTest, EachScalarTypeIsReadAsItsValue) {
               QVector3D(5, 3e9F, 7));
 }
 
-TEST_F(ModelBoundsTest, EachTypeOfIndicesIsRead) {
+TEST_F(ModelBoundsTest, EachIndexTypeIsRead) {
     setIndices(QVector<unsigned char>{3, 0, 0, 3}, kUnsignedByte);
     expectBox({0, 0, 3}, {1, 2, 9});
 }
@@ -174,7 +174,7 @@ TEST_F(ModelBoundsTest, WideIndicesAreRead) {
     expectBox({0, 0, 3}, {1, 2, 9});
 }
 
-TEST_F(ModelBoundsTest, DrawableThatLacksPartsHasNone) {
+TEST_F(ModelBoundsTest, IncompleteDrawableHasNoBounds) {
     _buffers->setIndexedDraw({}, 4, kUnsignedShort);
     expectNone();
     _buffers->setIndexedDraw(_indices, 4, kFixed);
@@ -183,12 +183,12 @@ TEST_F(ModelBoundsTest, DrawableThatLacksPartsHasNone) {
     expectBox({-1, -2, -3}, {4, 5, 9});
 }
 
-TEST_F(ModelBoundsTest, DrawableWithoutAnArrayHasNone) {
+TEST_F(ModelBoundsTest, DrawableWithoutAVertexArrayHasNoBounds) {
     _buffers->setVAO({});
     expectNone();
 }
 
-TEST_F(ModelBoundsTest, StreamThatCannotBeReadHasNone) {
+TEST_F(ModelBoundsTest, UnreadableStreamHasNoBounds) {
     _buffers->VAO()->registerBO(kPosition, {}, 3, kFloat);
     expectNone();
     for (const int components : {0, -1}) {
@@ -215,14 +215,14 @@ TEST_F(ModelBoundsTest, ValidBoxIsKept) {
     EXPECT_EQ(_positions->readCount(), 0);
 }
 
-TEST_F(ModelBoundsTest, MissingBoxIsLookedForAgain) {
+TEST_F(ModelBoundsTest, InvalidBoxIsComputedAgain) {
     setPositions(QVector<float>(), 3, kFloat);
     expectNone();
     setPositions(QVector<float>{1, 1, 1}, 3, kFloat);
     expectBox({1, 1, 1}, {1, 1, 1});
 }
 
-TEST_F(ModelBoundsTest, FurtherDrawableMakesThemAnew) {
+TEST_F(ModelBoundsTest, AddedDrawableUpdatesTheBox) {
     expectBox({-1, -2, -3}, {4, 5, 9});
     auto* further = new DrawBuffers;
     further->setVAO(QSharedPointer<VertexArrayObject>::create());

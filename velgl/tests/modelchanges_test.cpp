@@ -31,7 +31,7 @@ void setCommands(DrawBuffers& buffers, const QVector<DrawElementsIndirectCommand
 
 INSTANTIATE_FOR_DRIVERS(ModelChangesTest);
 
-TEST_P(ModelChangesTest, FewerAndMoreCommandsFindTheirMaterials) {
+TEST_P(ModelChangesTest, ChangedNumberOfCommandsFindsItsMaterials) {
     GPUModel model;
     addRow(model, opaque({Qt::red, Qt::green, Qt::blue}));
     DrawBuffers& row = *model.drawable(0);
@@ -44,7 +44,7 @@ TEST_P(ModelChangesTest, FewerAndMoreCommandsFindTheirMaterials) {
     EXPECT_EQ(drawnColors(model, 3), opaque({Qt::green, Qt::red, Qt::blue}));
 }
 
-TEST_P(ModelChangesTest, CommandsBeyondTheItemsReadZerosAlsoAfterADraw) {
+TEST_P(ModelChangesTest, CommandsAddedAfterADrawReadZerosBeyondTheItems) {
     GPUModel model;
     auto* row = triangleRow(3);
     setCommands(*row, {cellCommand(0)});
@@ -59,7 +59,7 @@ TEST_P(ModelChangesTest, CommandsBeyondTheItemsReadZerosAlsoAfterADraw) {
     EXPECT_EQ(model.materials(0)->readBack().size(), 96);
 }
 
-TEST_P(ModelChangesTest, DrawableThatIsAddedAfterADrawIsDrawn) {
+TEST_P(ModelChangesTest, DrawableAddedAfterADrawIsDrawn) {
     GPUModel model;
     addRow(model, opaque({Qt::red, Qt::green}));
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::red, Qt::green}));
@@ -67,7 +67,7 @@ TEST_P(ModelChangesTest, DrawableThatIsAddedAfterADrawIsDrawn) {
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::blue, Qt::yellow})) << "it covers the first one";
 }
 
-TEST_P(ModelChangesTest, StreamThatIsReplacedAfterADrawIsRead) {
+TEST_P(ModelChangesTest, StreamReplacedAfterADrawIsRead) {
     GPUModel model;
     addRow(model, opaque({Qt::red, Qt::green}));
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::red, Qt::green}));
@@ -78,7 +78,7 @@ TEST_P(ModelChangesTest, StreamThatIsReplacedAfterADrawIsRead) {
 }
 
 // Until then the drawable leaves the binding point and the units to the client.
-TEST_P(ModelChangesTest, PlanThatIsRegisteredAfterADrawIsUsed) {
+TEST_P(ModelChangesTest, PlanRegisteredAfterADrawIsUsed) {
     static int count = 0;
     auto plan = std::make_unique<InstanceDataPlan>(QStringLiteral("LatePlan%1").arg(count++));
     plan->addMember(DataType::Float, QStringLiteral("opacity"));
@@ -98,7 +98,7 @@ TEST_P(ModelChangesTest, PlanThatIsRegisteredAfterADrawIsUsed) {
     EXPECT_EQ(drawnColors(model, 1), opaque({Qt::cyan}));
 }
 
-TEST_P(ModelChangesTest, BufferThatIsEmptiedLaterDrawsNothingUntilItIsFilledAgain) {
+TEST_P(ModelChangesTest, EmptiedBufferDrawsNothingUntilItIsFilledAgain) {
     GPUModel model;
     addRow(model, opaque({Qt::red, Qt::green}));
     EXPECT_EQ(drawnColors(model, 2), opaque({Qt::red, Qt::green}));

@@ -14,7 +14,7 @@
 #include "scenefixture.h"
 #include "support/messagelog.h"
 
-// Which textures a draw finds on which units, and what the shaders are told of them.
+// Which textures are bound to which units in a draw, and which uniforms describe them to the shaders.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -52,7 +52,8 @@ void addMaterials(GPUModel& model, const QString& plan, const QList<InstanceData
               new InstanceDataCollection(QStringLiteral("TestInstance"), instances), 0);
 }
 
-/// Registers a plan of that many textures, "t0" and so on.
+/// Registers a plan with `count` textures, "t0" and so on.
+/// Returns: its name.
 QString planOfTextures(int count) {
     auto* plan = new InstanceDataPlan(QStringLiteral("Textures%1").arg(count));
     plan->addMember(DataType::Float, QStringLiteral("opacity"));
@@ -63,7 +64,7 @@ QString planOfTextures(int count) {
     return name;
 }
 
-/// A program that has the uniform of the textures, and nothing else of interest.
+/// Returns: a program with the uniform `velgl_textures` at location 0.
 std::unique_ptr<Program> presenceProgram() {
     QString error;
     auto program = Program::fromSource("#version 430 core\nin vec3 va_Vertex;\n"
@@ -80,7 +81,7 @@ std::unique_ptr<Program> presenceProgram() {
 
 INSTANTIATE_FOR_DRIVERS(ModelTexturesTest);
 
-TEST_P(ModelTexturesTest, OfMoreThanThirtyTwoTexturesTheFirstAreBound) {
+TEST_P(ModelTexturesTest, FirstThirtyTwoTexturesAreBound) {
     _program = presenceProgram();
     const QString plan = planOfTextures(34);
     std::vector<std::unique_ptr<Texture>> textures;
@@ -115,7 +116,7 @@ TEST_P(ModelTexturesTest, OfMoreThanThirtyTwoTexturesTheFirstAreBound) {
         EXPECT_EQ(boundTexture(unit), 0) << unit;
 }
 
-TEST_P(ModelTexturesTest, ConsecutiveCommandsWithTheSameTexturesAreOneDraw) {
+TEST_P(ModelTexturesTest, ConsecutiveCommandsWithTheSameTexturesAreDrawnByOneCall) {
     const std::unique_ptr<Texture> one = Texture::ofColor(Qt::red);
     const std::unique_ptr<Texture> other = Texture::ofColor(Qt::green);
     InstanceData withOne = coloredMaterial(Qt::white);
@@ -172,10 +173,10 @@ TEST_P(ModelTexturesTest, UnitsFollowTheOrderOfThePlan) {
                                   name(*white), name(*white), 0, 0));
 }
 
-TEST_P(ModelTexturesTest, TextureThatCannotBeUsedIsWhiteAndCountsAsPresent) {
+TEST_P(ModelTexturesTest, UnusableTextureIsWhiteAndCountsAsPresent) {
     Texture cube(GL_TEXTURE_CUBE_MAP, GL_RGBA8, 1, 1, 0, nullptr);
     Texture lost(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
-    lost.setReadOnly(); // never filled, and never to be
+    lost.setReadOnly(); // it was never filled, so it cannot be made now
     InstanceData material = coloredMaterial(Qt::white);
     material.setTexture(QStringLiteral("first"), &cube);
     material.setTexture(QStringLiteral("second"), &lost);
@@ -196,8 +197,8 @@ TEST_P(ModelTexturesTest, TextureThatCannotBeUsedIsWhiteAndCountsAsPresent) {
                                                      "with the current one"));
 }
 
-// Each stage of a pipeline is a program of its own, with uniforms of its own.
-TEST_P(ModelTexturesTest, BothStagesOfAPipelineAreToldOfTexturesAndTheFirstCommand) {
+// Each stage of a pipeline is a separate program with its own uniforms.
+TEST_P(ModelTexturesTest, BothStagesOfAPipelineGetTheirUniforms) {
     const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};
     const QByteArray version = "#version 430 core\n";
     const QByteArray vertexSource =
@@ -240,7 +241,7 @@ TEST_P(ModelTexturesTest, BothStagesOfAPipelineAreToldOfTexturesAndTheFirstComma
 }
 
 // A program in use hides the pipeline.
-TEST_P(ModelTexturesTest, ProgramInUseIsToldAndThePipelineIsNot) {
+TEST_P(ModelTexturesTest, ProgramInUseGetsTheUniformsInsteadOfThePipeline) {
     const char* source = "#version 430 core\nuniform int velgl_textures;\nout vec4 pixel;\n"
                          "void main() { pixel = vec4(velgl_textures); }\n";
     const GLuint fragment = glCreateShaderProgramv(GL_FRAGMENT_SHADER, 1, &source);

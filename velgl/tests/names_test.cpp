@@ -13,7 +13,7 @@
 #include "featurefixture.h"
 #include "testscene.h"
 
-// Each name of OpenGL that is made is deleted again, once.
+// Every GL name that is made is deleted exactly once.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -23,13 +23,13 @@ protected:
     void SetUp() override {
         FeatureFixture::SetUp();
         registerTestPlans();
-        // The manager keeps it.
+        // Made before the test counts, because the manager keeps it.
         const AutoBinder binder(TextureManager::Instance().colorTexture(Qt::white));
     }
 };
 
-// Draws with a program and a texture of its own. With two collections, commands, indices, positions and a
-// vertex array these are eight names, besides those of two shaders.
+// A model with a program and a texture of its own. These and two collections, commands, indices, positions
+// and a vertex array have eight names; two shaders have two more.
 struct DrawnModel {
     std::unique_ptr<Program> program = sceneProgram();
     std::unique_ptr<Texture> texture = Texture::ofColor(Qt::green);
@@ -57,7 +57,7 @@ struct DrawnModel {
 
 INSTANTIATE_FOR_DRIVERS(NamesTest);
 
-TEST_P(NamesTest, HelperNoticesNamesThatAreKeptOrDeletedTooOften) {
+TEST_P(NamesTest, HelperDetectsLeakedAndDoublyDeletedNames) {
     NameCount count;
     GLuint names[2] = {};
     glGenTextures(2, names);
@@ -81,7 +81,7 @@ TEST_P(NamesTest, DestroyedModelDeletesItsNames) {
     EXPECT_EQ(count.imbalance(), QStringList());
 }
 
-TEST_P(NamesTest, ChangesDeleteWhatTheyReplace) {
+TEST_P(NamesTest, ReplacedNamesAreDeleted) {
     const NameCount count;
     {
         DrawnModel drawn;
@@ -113,12 +113,12 @@ TEST_P(NamesTest, ObjectsDestroyedInASharingContextDeleteTheirNames) {
     drawn->draw();
     EXPECT_EQ(count.imbalance().size(), live + 1) << "each context has a vertex array of its own";
     drawn.reset();
-    EXPECT_EQ(count.imbalance().size(), 1) << "the first context's vertex array waits for it";
+    EXPECT_EQ(count.imbalance().size(), 1) << "the vertex array of the first context is queued";
     _context->makeCurrent();
     EXPECT_EQ(count.imbalance(), QStringList());
 }
 
-TEST_P(NamesTest, ObjectsDestroyedWithoutAContextDeleteTheirNamesInTheNext) {
+TEST_P(NamesTest, ObjectsDestroyedWithoutAContextDeleteTheirNamesLater) {
     const NameCount count;
     auto drawn = std::make_unique<DrawnModel>();
     _context->doneCurrent();
@@ -149,7 +149,7 @@ TEST_P(NamesTest, RefusedDrawablesAndTheirCollectionsAreDeleted) {
     EXPECT_EQ(count.imbalance(), QStringList());
 }
 
-TEST_P(NamesTest, ProgramsThatCannotBeMadeLeaveNothing) {
+TEST_P(NamesTest, FailedProgramsLeaveNoNames) {
     const NameCount count;
     const QByteArray good = "#version 430 core\nvoid main() {}\n";
     const QByteArray bad = "#version 430 core\nvoid main() { nonsense; }\n";
@@ -161,7 +161,7 @@ TEST_P(NamesTest, ProgramsThatCannotBeMadeLeaveNothing) {
     EXPECT_EQ(Program::fromSource(good, needy, error), nullptr);
     EXPECT_EQ(count.made(), 6) << "five shaders, one program";
     EXPECT_EQ(count.imbalance(), QStringList());
-    takeSevereMessages(); // what is wrong with the shaders
+    takeSevereMessages(); // the driver reports the faulty shaders
 }
 
 TEST_P(NamesTest, LinkedProgramKeepsNoShader) {
@@ -174,7 +174,7 @@ TEST_P(NamesTest, LinkedProgramKeepsNoShader) {
     EXPECT_EQ(attached, 0);
 }
 
-TEST_P(NamesTest, ObjectsThatAreOnlyBoundDeleteTheirNames) {
+TEST_P(NamesTest, BoundObjectsDeleteTheirNames) {
     const NameCount count;
     {
         BufferObject buffer;
@@ -190,16 +190,16 @@ TEST_P(NamesTest, ObjectsThatAreOnlyBoundDeleteTheirNames) {
 }
 
 TEST_P(NamesTest, TextureOfTwoGroupsDeletesItsNameInEach) {
-    const auto stranger = makeContext(options());
+    const auto unrelated = makeContext(options());
     const NameCount count;
     std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
     { const AutoBinder binder(texture.get()); }
-    stranger->makeCurrent();
+    unrelated->makeCurrent();
     { const AutoBinder binder(texture.get()); }
     EXPECT_EQ(count.imbalance().size(), 2);
     _context->makeCurrent();
     texture.reset();
-    stranger->makeCurrent();
+    unrelated->makeCurrent();
     _context->makeCurrent();
     EXPECT_EQ(count.imbalance(), QStringList());
 }

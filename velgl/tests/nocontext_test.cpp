@@ -14,7 +14,7 @@
 #include <velgl/texturemanager.h>
 #include <velgl/vertexarrayobject.h>
 
-// Nothing needs OpenGL to be built, asked or destroyed.
+// Objects can be constructed, queried and destroyed without OpenGL.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -29,7 +29,7 @@ TEST(NoContextTest, CurrentIsNull) {
     EXPECT_FALSE(OpenGLDeviceContext::current());
 }
 
-TEST(NoContextTest, BufferRefusesAndRemembersNothing) {
+TEST(NoContextTest, BufferUploadFailsAndStoresNothing) {
     const unsigned int values[] = {1, 2};
     BufferObject buffer;
     buffer.setTarget(0x8893);
@@ -43,7 +43,7 @@ TEST(NoContextTest, BufferRefusesAndRemembersNothing) {
     EXPECT_EQ(buffer.name(), 0U);
 }
 
-TEST(NoContextTest, VertexArrayRemembersItsStreams) {
+TEST(NoContextTest, VertexArrayKeepsItsStreams) {
     VertexArrayObject vao;
     const auto buffer = QSharedPointer<BufferObject>::create();
     vao.registerBO(QStringLiteral("va_Vertex"), buffer, 3, 0x1406);
@@ -58,7 +58,7 @@ TEST(NoContextTest, VertexArrayRemembersItsStreams) {
     vao.unbind();
 }
 
-TEST(NoContextTest, TextureWorkDoesNothing) {
+TEST(NoContextTest, TextureCallsDoNothing) {
     Texture texture(kTexture2D, kRgba, 1, 1, 0, nullptr);
     const AutoBinder binder(&texture);
     glEntryPoints().pixelStorei(0x0CF5, 1);
@@ -74,7 +74,7 @@ TEST(NoContextTest, TextureWorkDoesNothing) {
     EXPECT_FALSE(TextureManager::Instance().colorTexture(Qt::red)->bind());
 }
 
-TEST(NoContextTest, ProgramSaysWhatIsMissing) {
+TEST(NoContextTest, ProgramReportsTheMissingContext) {
     QString error;
     EXPECT_FALSE(Program::fromSource("", "", error));
     EXPECT_EQ(error, QStringLiteral("No OpenGL context is current"));

@@ -10,7 +10,7 @@
 #include "support/glfixture.h"
 #include "support/messagelog.h"
 
-// A program of its own, because Mesa reads the version that it is to feign when it is used first.
+// A program of its own, because Mesa reads the version override only once.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -32,7 +32,7 @@ TEST_F(OldVersionTest, HeadlessErrorNamesTheVersionFoundAndTheOneNeeded) {
         << error.toStdString();
 }
 
-TEST_F(OldVersionTest, ContextOfSomebodyElseIsRefusedWithOneWarning) {
+TEST_F(OldVersionTest, ForeignContextIsRefusedWithOneWarning) {
     ForeignContext context;
     ASSERT_TRUE(context.makeCurrent());
     const MessageLog log;

@@ -18,7 +18,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-// A context that its tests make themselves.
+// Each test makes its contexts itself.
 class OpenGLDeviceContextTest : public ::testing::Test {
 protected:
     void TearDown() override {
@@ -88,14 +88,14 @@ TEST_F(OpenGLDeviceContextTest, OnlyTheCurrentContextCanBeReleased) {
     EXPECT_FALSE(OpenGLDeviceContext::current());
 }
 
-TEST_F(OpenGLDeviceContextTest, DroppedHeadlessContextIsCurrentNoLonger) {
+TEST_F(OpenGLDeviceContextTest, DestroyedHeadlessContextIsNotCurrent) {
     auto context = GLFixture::makeContext({});
     context->makeCurrent();
     context.reset();
     EXPECT_FALSE(OpenGLDeviceContext::current());
 }
 
-TEST_F(OpenGLDeviceContextTest, MakingAHeadlessContextLeavesTheCurrentOne) {
+TEST_F(OpenGLDeviceContextTest, CreatingAHeadlessContextKeepsTheCurrentOne) {
     const auto first = GLFixture::makeContext({});
     first->makeCurrent();
     const auto second = GLFixture::makeContext({});
@@ -150,7 +150,7 @@ TEST_F(OpenGLDeviceContextTest, ForeignContextIsRecognisedAndKeepsItsObject) {
     EXPECT_EQ(OpenGLDeviceContext::current(), firstSeen);
 }
 
-TEST_F(OpenGLDeviceContextTest, ContextsThatFollowEachOtherAreToldApart) {
+TEST_F(OpenGLDeviceContextTest, ConsecutiveContextsAreDistinguished) {
     BufferObject survivor;
     for (int round = 0; round < 20; ++round) {
         ForeignContext context;
@@ -162,7 +162,7 @@ TEST_F(OpenGLDeviceContextTest, ContextsThatFollowEachOtherAreToldApart) {
     }
 }
 
-TEST_F(OpenGLDeviceContextTest, FirstSightOfAForeignContextLeavesItsState) {
+TEST_F(OpenGLDeviceContextTest, AdoptingAForeignContextKeepsItsState) {
     ForeignContext context;
     ASSERT_TRUE(context.makeCurrent());
     const GLDEBUGPROC own = [](GLenum, GLenum, GLuint, GLenum, GLsizei, const GLchar*, const void*) {};
@@ -174,7 +174,7 @@ TEST_F(OpenGLDeviceContextTest, FirstSightOfAForeignContextLeavesItsState) {
     EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
 }
 
-// Both exist at a time, so that the second one cannot have the handle of the first.
+// Both contexts exist at the same time, so that the second cannot reuse the handle of the first.
 TEST_F(OpenGLDeviceContextTest, BufferOfADestroyedContextCanBeFilledInAnother) {
     auto first = std::make_unique<ForeignContext>();
     ForeignContext second;
@@ -187,7 +187,7 @@ TEST_F(OpenGLDeviceContextTest, BufferOfADestroyedContextCanBeFilledInAnother) {
     EXPECT_EQ(buffer.readBack().size(), 4);
 }
 
-TEST_F(OpenGLDeviceContextTest, ObjectOfADestroyedContextKnowsNothingMore) {
+TEST_F(OpenGLDeviceContextTest, ObjectOfADestroyedContextIsEmpty) {
     BufferObject buffer;
     QSharedPointer<OpenGLDeviceContext> seen;
     ForeignContext other;
@@ -202,10 +202,12 @@ TEST_F(OpenGLDeviceContextTest, ObjectOfADestroyedContextKnowsNothingMore) {
     EXPECT_EQ(seen->version(), 0);
     EXPECT_TRUE(seen->description().isEmpty());
     EXPECT_FALSE(seen->makeCurrent());
-    EXPECT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW)) << "the object keeps no names";
+    EXPECT_TRUE(buffer.uploadGLuintData(kValue, 1, GL_STATIC_DRAW))
+        << "the object of a destroyed context owns no names";
 }
 
-// VelGL does not make a foreign context current, so its names wait for VelGL to be used in it.
+// Other code makes a foreign context current, so its queued names are deleted with the next use of VelGL
+// there.
 TEST_F(OpenGLDeviceContextTest, NamesOfAForeignContextAreDeletedWhenItIsNextUsed) {
     ForeignContext context;
     ASSERT_TRUE(context.makeCurrent());
@@ -220,8 +222,8 @@ TEST_F(OpenGLDeviceContextTest, NamesOfAForeignContextAreDeletedWhenItIsNextUsed
     EXPECT_FALSE(glIsBuffer(name));
 }
 
-// Its handle may be that of a context which was there before.
-TEST_F(OpenGLDeviceContextTest, HeadlessContextsBetweenForeignOnesAreToldApart) {
+// The headless context may reuse the handle of an earlier context.
+TEST_F(OpenGLDeviceContextTest, HeadlessContextsBetweenForeignOnesAreDistinguished) {
     for (int round = 0; round < 20; ++round) {
         {
             ForeignContext context;
@@ -247,7 +249,7 @@ TEST_F(OpenGLDeviceContextTest, ForeignContextCanBeSharedWith) {
     EXPECT_EQ(buffer.readBack().size(), 4);
 }
 
-TEST_F(OpenGLDeviceContextTest, SharingBetweenForeignContextsIsNoticed) {
+TEST_F(OpenGLDeviceContextTest, SharingBetweenForeignContextsIsDetected) {
     ForeignContext first;
     ForeignContext second(ForeignContext::Api::OpenGL, &first);
     first.makeCurrent();
@@ -257,7 +259,7 @@ TEST_F(OpenGLDeviceContextTest, SharingBetweenForeignContextsIsNoticed) {
     EXPECT_EQ(buffer.readBack().size(), 4);
 }
 
-TEST_F(OpenGLDeviceContextTest, OpenGLESIsNoContextAndIsReportedOnce) {
+TEST_F(OpenGLDeviceContextTest, OpenGLESIsRefusedAndReportedOnce) {
     ForeignContext context(ForeignContext::Api::OpenGLES);
     ASSERT_TRUE(context.makeCurrent());
     const MessageLog log;
@@ -268,7 +270,7 @@ TEST_F(OpenGLDeviceContextTest, OpenGLESIsNoContextAndIsReportedOnce) {
                                              "OpenGL ES is current, but OpenGL 4.3 or later is needed")));
 }
 
-TEST_F(OpenGLDeviceContextTest, EachContextThatCannotBeUsedIsReported) {
+TEST_F(OpenGLDeviceContextTest, EachUnusableContextIsReported) {
     ForeignContext first(ForeignContext::Api::OpenGLES);
     ForeignContext second(ForeignContext::Api::OpenGLES);
     const MessageLog log;
@@ -280,7 +282,7 @@ TEST_F(OpenGLDeviceContextTest, EachContextThatCannotBeUsedIsReported) {
     EXPECT_EQ(log.texts(QtWarningMsg).size(), 2U);
 }
 
-TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceCountsForItsThreadAlone) {
+TEST_F(OpenGLDeviceContextTest, SubstituteContextIsLocalToItsThread) {
     OpenGLDeviceContext::setCurrent(QSharedPointer<StandInContext>::create());
     bool isCurrent = true;
     std::thread([&] { isCurrent = OpenGLDeviceContext::current() != nullptr; }).join();
@@ -288,7 +290,7 @@ TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceCountsForItsThreadAlone) {
     EXPECT_TRUE(OpenGLDeviceContext::current());
 }
 
-TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceIsCurrentUntilItIsTakenAway) {
+TEST_F(OpenGLDeviceContextTest, SubstituteContextIsCurrentUntilItIsRemoved) {
     const auto native = GLFixture::makeContext({});
     native->makeCurrent();
     const auto standIn = QSharedPointer<StandInContext>::create();
@@ -297,13 +299,13 @@ TEST_F(OpenGLDeviceContextTest, ObjectPutInPlaceIsCurrentUntilItIsTakenAway) {
     EXPECT_EQ(standIn->version(), 0);
     EXPECT_TRUE(standIn->description().isEmpty());
     EXPECT_TRUE(standIn->makeCurrent());
-    EXPECT_FALSE(canUpload()) << "a stand-in has no OpenGL";
+    EXPECT_FALSE(canUpload()) << "a substitute has no OpenGL";
     OpenGLDeviceContext::setCurrent({});
     EXPECT_EQ(OpenGLDeviceContext::current(), native);
     EXPECT_FALSE(standIn->makeCurrent());
 }
 
-TEST_F(OpenGLDeviceContextTest, ContextPutInPlaceButNotNativelyCurrentRefusesWork) {
+TEST_F(OpenGLDeviceContextTest, SubstituteContextThatIsNotNativelyCurrentFails) {
     const auto context = GLFixture::makeContext({});
     OpenGLDeviceContext::setCurrent(context);
     EXPECT_EQ(OpenGLDeviceContext::current(), context);
@@ -332,7 +334,7 @@ TEST_F(OpenGLDeviceContextTest, DriverMessagesGoToTheCategory) {
         << log.messages().front().text.toStdString();
 }
 
-TEST_F(OpenGLDeviceContextTest, SeverityOfAMessageIsItsLevel) {
+TEST_F(OpenGLDeviceContextTest, SeverityOfAMessageSelectsItsLevel) {
     OpenGLDeviceContext::HeadlessOptions options;
     options.debug = true;
     const auto context = GLFixture::makeContext(options);
@@ -351,29 +353,29 @@ TEST_F(OpenGLDeviceContextTest, SeverityOfAMessageIsItsLevel) {
                                      LoggedMessage{QtDebugMsg, "0 % notification", {}, false}));
 }
 
-// A driver need not end the text with a zero; a negative length says that it has.
+// The text of a message need not end with a zero, unless its length is negative.
 TEST_F(OpenGLDeviceContextTest, MessageEndsAtItsLength) {
     const auto context = GLFixture::makeContext({});
     context->makeCurrent();
-    void* receiver = nullptr;
-    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
-    ASSERT_NE(receiver, nullptr);
+    void* callback = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &callback);
+    ASSERT_NE(callback, nullptr);
     const MessageLog log;
     for (const int length : {3, 0, -1})
-        reinterpret_cast<GLDEBUGPROC>(receiver)(GL_DEBUG_SOURCE_API, GL_DEBUG_TYPE_OTHER, 1,
+        reinterpret_cast<GLDEBUGPROC>(callback)(GL_DEBUG_SOURCE_API, GL_DEBUG_TYPE_OTHER, 1,
                                                 GL_DEBUG_SEVERITY_MEDIUM, length, "abcdef", nullptr);
     EXPECT_THAT(log.texts(QtWarningMsg), testing::ElementsAre("abc", "", "abcdef"));
 }
 
-TEST_F(OpenGLDeviceContextTest, ClientsDebugReceiverStays) {
+TEST_F(OpenGLDeviceContextTest, DebugCallbackOfTheClientStays) {
     ForeignContext context;
     context.makeCurrent();
     const GLDEBUGPROC own = [](GLenum, GLenum, GLuint, GLenum, GLsizei, const GLchar*, const void*) {};
     glDebugMessageCallback(own, nullptr);
     ASSERT_TRUE(OpenGLDeviceContext::current());
-    void* receiver = nullptr;
-    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &receiver);
-    EXPECT_EQ(receiver, reinterpret_cast<void*>(own));
+    void* callback = nullptr;
+    glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &callback);
+    EXPECT_EQ(callback, reinterpret_cast<void*>(own));
 }
 
 } // namespace Atelier::Vel::Testing

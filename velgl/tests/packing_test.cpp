@@ -21,7 +21,7 @@ class PackingTest : public GLFixture {};
 constexpr DataType kTypes[] = {DataType::Texture, DataType::Int,  DataType::UInt, DataType::Float,
                                DataType::Vec2,    DataType::Vec3, DataType::Vec4, DataType::Mat4};
 
-// Reads every member, so that the driver drops none.
+// Reads every member, so that the driver removes none.
 QByteArray sumOf(const InstanceDataPlan& plan) {
     QByteArray sum = "0.0";
     for (const InstanceDataPlan::Member& member : plan.members()) {

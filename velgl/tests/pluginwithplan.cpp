@@ -5,7 +5,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-// The strings lie in this library and go with it.
+// The literals lie in this library and are unmapped with it.
 struct Registrar {
     Registrar() {
         auto* plan = new InstanceDataPlan(QStringLiteral("PlanOfAPlugin"));

@@ -53,10 +53,10 @@ TEST_P(ProgramTest, ErrorNamesTheStageAndCarriesTheDriversLog) {
     EXPECT_TRUE(error.startsWith(QStringLiteral("Fragment shader: "))) << error.toStdString();
     EXPECT_TRUE(error.contains(QStringLiteral("folly"))) << error.toStdString();
     EXPECT_EQ(error, error.trimmed());
-    takeSevereMessages(); // the driver reports the two as well
+    takeSevereMessages(); // the driver reports both errors as well
 }
 
-TEST_P(ProgramTest, StagesThatDoNotFitFailToLink) {
+TEST_P(ProgramTest, MismatchedStagesFailToLink) {
     const QByteArray needy = "#version 430 core\n"
                              "in vec4 missing;\nout vec4 pixel;\n"
                              "void main() { pixel = missing; }\n";
@@ -66,7 +66,7 @@ TEST_P(ProgramTest, StagesThatDoNotFitFailToLink) {
     EXPECT_TRUE(error.contains(QStringLiteral("missing"))) << error.toStdString();
 }
 
-TEST_P(ProgramTest, UnbindPutsBackWhatWasInUse) {
+TEST_P(ProgramTest, UnbindRestoresTheProgramInUse) {
     QString error;
     const auto outer = Program::fromSource(kVertexShader, kFragmentShader, error);
     const auto inner = Program::fromSource(kVertexShader, kFragmentShader, error);
@@ -79,7 +79,7 @@ TEST_P(ProgramTest, UnbindPutsBackWhatWasInUse) {
     EXPECT_EQ(currentProgram(), 0U);
 }
 
-TEST_P(ProgramTest, BindsAreUndoneOneByOne) {
+TEST_P(ProgramTest, BindsAreRevertedOneByOne) {
     QString error;
     const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
     ASSERT_TRUE(program->bind());
@@ -99,11 +99,11 @@ TEST_P(ProgramTest, LabelNamesTheObjectForTheDriver) {
     EXPECT_STREQ(text, "plain");
 }
 
-TEST_P(ProgramTest, StrangerContextDoesNotKnowTheProgram) {
+TEST_P(ProgramTest, UnrelatedContextDoesNotKnowTheProgram) {
     QString error;
     const auto program = Program::fromSource(kVertexShader, kFragmentShader, error);
-    const auto stranger = makeContext(options());
-    stranger->makeCurrent();
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
     watchMessages();
     EXPECT_EQ(program->name(), 0U);
     EXPECT_EQ(program->uniformLocation("place"), -1);
@@ -118,7 +118,7 @@ TEST_P(ProgramTest, StrangerContextDoesNotKnowTheProgram) {
     _context->makeCurrent();
 }
 
-TEST_P(ProgramTest, UnbindInAnotherContextTouchesNothing) {
+TEST_P(ProgramTest, UnbindInAnotherContextChangesNothing) {
     OpenGLDeviceContext::HeadlessOptions shared = options();
     shared.shareWith = _context;
     const auto sharing = makeContext(shared);
@@ -135,8 +135,8 @@ TEST_P(ProgramTest, UnbindInAnotherContextTouchesNothing) {
     _context->makeCurrent();
 }
 
-// The driver's messages of high severity fail the test. The comment keeps it from finding a shader of an
-// earlier run in its cache.
+// A driver message of high severity fails the test. The comment in the source makes it unique, so that the
+// driver does not take the shader from its cache.
 TEST_P(ProgramTest, ShaderInterfaceCompilesWithoutAMessage) {
     registerTestPlans();
     const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};

@@ -27,7 +27,7 @@ protected:
         FeatureFixture::TearDown();
     }
 
-    /// The colours of the cells of a row after `draw`, black where nothing was drawn.
+    /// Returns: the colours of the cells of a row after `draw`; black where nothing was drawn.
     QList<QColor> colorsAfter(int cells, const std::function<void()>& draw) const {
         constexpr int kCellSize = 8;
         Framebuffer picture(QSize(cells * kCellSize, kCellSize));
@@ -52,7 +52,7 @@ protected:
     std::unique_ptr<Program> _program;
 };
 
-/// Colours as pictures have them.
+/// Returns: the colours as values, for comparison with the colours of a picture.
 inline QList<QColor> opaque(std::initializer_list<Qt::GlobalColor> names) {
     QList<QColor> colors;
     for (const Qt::GlobalColor name : names)

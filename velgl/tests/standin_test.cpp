@@ -8,7 +8,7 @@
 
 #include "memorybuffer.h"
 
-// A client's own objects in place of OpenGL's.
+// Classes of a client in place of those of VelGL.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -32,12 +32,12 @@ TEST_F(StandInTest, FactoriesOfTheStandInAreUsed) {
     const auto buffer = OpenGLDeviceContext::current()->createBufferObject();
     const unsigned short indices[] = {1, 2};
     EXPECT_TRUE(buffer->uploadGLushortData(indices, 2, 0))
-        << "the index uploads end in the one that is overridden";
+        << "both index uploads call the virtual function that is overridden";
     EXPECT_EQ(buffer->byteCount(), 4U);
     EXPECT_EQ(buffer->readBack().size(), 4);
 }
 
-TEST_F(StandInTest, ModelIsBuiltAndAskedWithoutOpenGL) {
+TEST_F(StandInTest, ModelIsBuiltAndQueriedWithoutOpenGL) {
     const auto context = OpenGLDeviceContext::current();
     const float positions[] = {0, 0, 0, 1, 0, 0, 0, 2, 0};
     const unsigned int indices[] = {0, 1, 2};

@@ -25,12 +25,12 @@ namespace Atelier::Vel::Testing {
 /// "TestInstance" (a matrix "placement").
 void registerTestPlans();
 
-/// A material with that colour and no textures.
+/// Returns: a material with that colour and no textures.
 InstanceData coloredMaterial(const QColor& color);
-/// An instance that moves its command's triangles by `offset`.
+/// Returns: an instance that moves the triangles of its command by `offset`.
 InstanceData movedInstance(const QVector3D& offset);
 
-/// A buffer of the element type's bytes, uploaded in the current context.
+/// Returns: a buffer with the bytes of the elements, uploaded in the current context.
 template<typename Element>
 QSharedPointer<BufferObject> bufferOf(const QVector<Element>& elements);
 QSharedPointer<BufferObject> bufferOfBytes(const void* data, int count, int elementSize);
@@ -40,24 +40,25 @@ QSharedPointer<BufferObject> bufferOf(const QVector<Element>& elements) {
     return bufferOfBytes(elements.constData(), elements.size(), int(sizeof(Element)));
 }
 
-/// A row of `cells` right triangles side by side, each in its own cell of a picture that is `cells` wide:
-/// three vertices and three indices per triangle, one command per triangle, 16-bit indices. Attribute
+/// Returns: a row of `cells` right triangles side by side, each in its own cell of a picture that is `cells`
+/// wide: three vertices and three indices per triangle, one command per triangle, 16-bit indices. Attribute
 /// "va_Vertex".
 DrawBuffers* triangleRow(int cells);
 
-/// A command that draws triangle `cell` of a row.
+/// Returns: a command that draws triangle `cell` of a row.
 DrawElementsIndirectCommand cellCommand(int cell);
 
 extern const char* const kSceneVertexShader;
 extern const char* const kSceneFragmentShader;
-/// A program of these two: it places vertices by the instances' "placement" and paints with the materials'
-/// "color", mixed with the textures that the material has.
+/// Returns: a program of these two shaders. It moves vertices by the "placement" of their instance and paints
+/// with the "color" of their material, multiplied by the textures of the material.
 std::unique_ptr<Program> sceneProgram();
 
-/// A program that paints with the number of the command: red is 10 for the first one, 20 for the second.
+/// Returns: a program that paints the number of the command: red is 10 for the first command, 20 for the
+/// second.
 std::unique_ptr<Program> commandProgram();
 
-/// One drawable: a row with one command, material and instance per triangle.
+/// Adds one drawable: a row with one command, material and instance per triangle.
 void addRow(GPUModel& model, const QList<QColor>& colors);
 
 } // namespace Atelier::Vel::Testing

@@ -88,7 +88,7 @@ TEST_P(TextureTest, PropertiesAreWhatTheConstructorWasGiven) {
     EXPECT_TRUE(texture->readBack().isNull());
 }
 
-TEST_P(TextureTest, UnbindPutsBackTheTextureOfItsOwnUnit) {
+TEST_P(TextureTest, UnbindRestoresTheTextureOfItsUnit) {
     Texture first(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
     Texture second(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
     glActiveTexture(GL_TEXTURE2);
@@ -104,7 +104,7 @@ TEST_P(TextureTest, UnbindPutsBackTheTextureOfItsOwnUnit) {
     EXPECT_EQ(boundTexture(), first.name());
 }
 
-TEST_P(TextureTest, BindsOnSeveralUnitsAreUndoneOnEach) {
+TEST_P(TextureTest, BindsOnSeveralUnitsAreRevertedOnEach) {
     Texture texture(GL_TEXTURE_2D, GL_RGBA, 1, 1, 0, nullptr);
     for (const GLenum unit : {GL_TEXTURE1, GL_TEXTURE3}) {
         glActiveTexture(unit);
@@ -118,7 +118,7 @@ TEST_P(TextureTest, BindsOnSeveralUnitsAreUndoneOnEach) {
     EXPECT_EQ(boundTexture(), 0U);
 }
 
-TEST_P(TextureTest, UnbindInAnotherContextTouchesNothing) {
+TEST_P(TextureTest, UnbindInAnotherContextChangesNothing) {
     OpenGLDeviceContext::HeadlessOptions shared = options();
     shared.shareWith = _context;
     const auto sharing = makeContext(shared);
@@ -134,7 +134,7 @@ TEST_P(TextureTest, UnbindInAnotherContextTouchesNothing) {
     _context->makeCurrent();
 }
 
-TEST_P(TextureTest, SolidColourIsSampledAsItIs) {
+TEST_P(TextureTest, SolidColourIsSampledUnchanged) {
     const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
     const AutoBinder binder(texture.get());
     const auto parameter = [](GLenum name) {
@@ -144,7 +144,7 @@ TEST_P(TextureTest, SolidColourIsSampledAsItIs) {
     };
     EXPECT_EQ(parameter(GL_TEXTURE_MIN_FILTER), GL_NEAREST);
     EXPECT_EQ(parameter(GL_TEXTURE_MAG_FILTER), GL_NEAREST);
-    EXPECT_EQ(parameter(GL_TEXTURE_MAX_LEVEL), 0) << "it is complete with one level";
+    EXPECT_EQ(parameter(GL_TEXTURE_MAX_LEVEL), 0) << "the texture is complete with one level";
     GLint format = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
     EXPECT_EQ(format, GL_RGBA8);
@@ -166,7 +166,7 @@ TEST_P(TextureTest, LevelsThatDoNotExistReadBackAsNothing) {
     for (const int level : {-1, 1, 3, 30, 31, 1000})
         EXPECT_TRUE(texture->readBack(level).isNull()) << level;
     for (int level = 1; level <= 20; ++level)
-        EXPECT_TRUE(texture->readBack(level).isNull()) << "where the levels of the largest texture end";
+        EXPECT_TRUE(texture->readBack(level).isNull()) << "the largest texture has no such level";
     EXPECT_FALSE(texture->readBack(0).isNull());
 }
 
@@ -190,7 +190,7 @@ TEST_P(TextureTest, SmallestLevelOfTheLargestTextureCanBeRead) {
 TEST_P(TextureTest, ContentIsThatOfTheFirstLevel) {
     const unsigned char texels[3 * 4] = {};
     Texture texture(GL_TEXTURE_2D, GL_RGBA, 3, 1, 0, nullptr);
-    EXPECT_FALSE(texture.hasContent()) << "it has no name yet";
+    EXPECT_FALSE(texture.hasContent()) << "the texture has no name yet";
     {
         const AutoBinder binder(&texture);
         EXPECT_FALSE(texture.hasContent());
@@ -200,7 +200,7 @@ TEST_P(TextureTest, ContentIsThatOfTheFirstLevel) {
     EXPECT_TRUE(texture.hasContent());
     Texture cube(GL_TEXTURE_CUBE_MAP, GL_RGBA, 1, 1, 0, nullptr);
     const AutoBinder binder(&cube);
-    EXPECT_FALSE(cube.hasContent()) << "only two-dimensional textures are asked";
+    EXPECT_FALSE(cube.hasContent()) << "only two-dimensional textures are queried";
     EXPECT_TRUE(cube.readBack().isNull());
 }
 
@@ -225,7 +225,7 @@ TEST_P(TextureTest, MipmapsAreMadeWhereThereIsAnImage) {
     EXPECT_EQ(width, 1);
 }
 
-TEST_P(TextureTest, EntryPointsTakeTheirArgumentsInTheOrderOfOpenGL) {
+TEST_P(TextureTest, EntryPointsPassTheirArgumentsInOrder) {
     const QImage image = checkered();
     Texture texture(GL_TEXTURE_2D, GL_RGBA, 3, 5, 0, nullptr);
     const AutoBinder binder(&texture);
@@ -246,8 +246,8 @@ TEST_P(TextureTest, EntryPointsTakeTheirArgumentsInTheOrderOfOpenGL) {
     EXPECT_EQ(wrap, GL_MIRRORED_REPEAT);
 }
 
-// Rows as VelGL's own pixels lie, whatever the client has set; of a client's pixels, the alignment is the
-// client's.
+// Transfers use plain rows, whatever the client has set. Only the alignment of the pixels of a client is the
+// one that the client has set.
 TEST_P(TextureTest, PixelsAreTransferredAsPlainRows) {
     const BusyClient client;
     const auto value = [](GLenum name) {
@@ -274,7 +274,7 @@ TEST_P(TextureTest, PixelsAreTransferredAsPlainRows) {
     const unsigned char texel[] = {1, 2, 3, 4};
     glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texel);
     EXPECT_THAT(unpack, testing::ElementsAre(2, 0, 0, 0, 0, 0, 0, 0, 0));
-    EXPECT_NE(pack.front(), 4) << "only the direction of the transfer is set";
+    EXPECT_NE(pack.front(), 4) << "the parameters of the other direction are unchanged";
 }
 
 TEST_P(TextureTest, UnknownTargetDoesNotBind) {

@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel::Testing {
 
-TEST(TextureTokenTest, EachTokenIsItsOwn) {
+TEST(TextureTokenTest, EachTokenIsDifferent) {
     const TextureToken first;
     const TextureToken second;
     const TextureToken copy =

@@ -25,7 +25,8 @@ class VertexArrayObjectTest : public FeatureFixture {};
 const QByteArray kFragmentShader = "#version 430 core\nflat in vec4 color;\nout vec4 pixel;\n"
                                    "void main() { pixel = color; }\n";
 
-// Covers the picture with one triangle in the colour that the attribute "value" gives; `conversion` is GLSL.
+// Covers the picture with one triangle in the colour that `conversion`, in GLSL, makes of the attribute
+// "value".
 std::unique_ptr<Program> valueProgram(const QByteArray& type, const QByteArray& conversion) {
     QString error;
     auto program = Program::fromSource("#version 430 core\nin " + type +
@@ -39,7 +40,7 @@ std::unique_ptr<Program> valueProgram(const QByteArray& type, const QByteArray& 
     return program;
 }
 
-// Three vertices of a stream as one triangle.
+// Draws the three vertices of a stream as one triangle.
 std::unique_ptr<DrawBuffers> triangleOf(const QSharedPointer<BufferObject>& stream, int components,
                                         unsigned int type) {
     const QVector<unsigned int> indices = {0, 1, 2};
@@ -61,7 +62,7 @@ QColor drawn(Program& program, DrawBuffers& buffers) {
     return picture.pixels().pixelColor(1, 1);
 }
 
-/// Three vertices that have the first of these components.
+/// Returns: three vertices, each with the first `count` of `components`.
 template<typename Scalar>
 QVector<Scalar> verticesOf(const QVector<Scalar>& components, int count) {
     const QVector<Scalar> vertex = components.mid(0, count);
@@ -107,7 +108,7 @@ TEST_P(VertexArrayObjectTest, DoubleAttributeKeepsDoubles) {
     EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::white));
 }
 
-TEST_P(VertexArrayObjectTest, AttributesOfEachShapeAreReadAsTheyAreDeclared) {
+TEST_P(VertexArrayObjectTest, AttributesOfEachShapeAreReadAsDeclared) {
     struct Shape {
         const char* type;
         int components;
@@ -129,7 +130,7 @@ TEST_P(VertexArrayObjectTest, AttributesOfEachShapeAreReadAsTheyAreDeclared) {
         expectRead(shape,
                    bufferOf(verticesOf(QVector<unsigned int>{3000000000U, 8, 9, 10}, shape.components)),
                    GL_UNSIGNED_INT);
-    // Not to be told apart from 1, 2, 3 and 4 as floats.
+    // As floats they would equal 1, 2, 3 and 4.
     for (const Shape& shape :
          {Shape{"double", 1, "1.0000000000009lf"}, Shape{"dvec2", 2, "dvec2(1.0000000000009lf, 2.0lf)"},
           Shape{"dvec3", 3, "dvec3(1.0000000000009lf, 2.0lf, 3.0lf)"},
@@ -138,7 +139,7 @@ TEST_P(VertexArrayObjectTest, AttributesOfEachShapeAreReadAsTheyAreDeclared) {
                    GL_DOUBLE);
 }
 
-TEST_P(VertexArrayObjectTest, IntegerAttributeTakesEachTypeOfIntegers) {
+TEST_P(VertexArrayObjectTest, IntegerAttributeTakesEachIntegerType) {
     const auto program = valueProgram("ivec3", "vec4(value == ivec3(1, 2, 3) ? 1.0 : 0.0)");
     const auto color = [&](const QSharedPointer<BufferObject>& stream, unsigned int type) {
         return drawn(*program, *triangleOf(stream, 3, type));
@@ -193,7 +194,7 @@ TEST_P(VertexArrayObjectTest, ComponentsAndTypesThatCannotBeReadAreReported) {
                                      "Attribute 'value' cannot be read from 3 components of type 0x140B"));
 }
 
-// One location, read in three ways.
+// One location, which three programs read as three kinds.
 TEST_P(VertexArrayObjectTest, KindOfAnAttributeFollowsTheProgram) {
     const QByteArray place = "layout(location = 2) ";
     const auto programOf = [&](const QByteArray& type, const QByteArray& conversion) {
@@ -221,8 +222,9 @@ TEST_P(VertexArrayObjectTest, AttributesOfTheLastProgramAreDisabled) {
     const auto reader = valueProgram("vec3", "vec4(value, 1.0)");
     const auto other = valueProgram("vec3", "vec4(value, 1.0)");
     QString error;
-    const auto stranger = Program::fromSource("#version 430 core\nvoid main() { gl_Position = vec4(0.0); }\n",
-                                              "#version 430 core\nvoid main() {}\n", error);
+    const auto unrelated =
+        Program::fromSource("#version 430 core\nvoid main() { gl_Position = vec4(0.0); }\n",
+                            "#version 430 core\nvoid main() {}\n", error);
     const auto isEnabled = [](GLuint location) {
         GLint enabled = -1;
         glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &enabled);
@@ -235,7 +237,7 @@ TEST_P(VertexArrayObjectTest, AttributesOfTheLastProgramAreDisabled) {
         EXPECT_EQ(isEnabled(location), GL_TRUE);
     }
     {
-        const AutoBinder program(stranger.get());
+        const AutoBinder program(unrelated.get());
         const AutoBinder vao(buffers->VAO().data());
         EXPECT_EQ(isEnabled(location), GL_FALSE);
     }
@@ -244,7 +246,7 @@ TEST_P(VertexArrayObjectTest, AttributesOfTheLastProgramAreDisabled) {
     EXPECT_EQ(isEnabled(location), GL_FALSE) << "without a program there is nothing to read";
 }
 
-TEST_P(VertexArrayObjectTest, IndexBufferFollowsWhatIsSet) {
+TEST_P(VertexArrayObjectTest, IndexBufferCanBeChanged) {
     VertexArrayObject vao;
     const auto indices = bufferOf(QVector<unsigned int>{0, 1, 2});
     const auto bound = [&] {
@@ -260,7 +262,7 @@ TEST_P(VertexArrayObjectTest, IndexBufferFollowsWhatIsSet) {
     EXPECT_EQ(bound(), 0U);
 }
 
-TEST_P(VertexArrayObjectTest, LabelThatIsSetAfterABindReachesTheDriverWithTheNext) {
+TEST_P(VertexArrayObjectTest, LabelSetAfterABindReachesTheDriverWithTheNextBind) {
     VertexArrayObject vao;
     const auto label = [&] {
         const AutoBinder binder(&vao);
@@ -276,7 +278,7 @@ TEST_P(VertexArrayObjectTest, LabelThatIsSetAfterABindReachesTheDriverWithTheNex
     EXPECT_EQ(label(), "array");
 }
 
-TEST_P(VertexArrayObjectTest, BindsAreUndoneOneByOne) {
+TEST_P(VertexArrayObjectTest, BindsAreRevertedOneByOne) {
     VertexArrayObject vao;
     const auto bound = [] {
         GLint name = 0;
@@ -291,7 +293,7 @@ TEST_P(VertexArrayObjectTest, BindsAreUndoneOneByOne) {
     EXPECT_EQ(bound(), 0);
 }
 
-TEST_P(VertexArrayObjectTest, UnbindInAnotherContextTouchesNothing) {
+TEST_P(VertexArrayObjectTest, UnbindInAnotherContextChangesNothing) {
     const auto other = makeContext(options());
     VertexArrayObject vao;
     VertexArrayObject others;
@@ -342,7 +344,7 @@ TEST_P(VertexArrayObjectTest, StreamWithoutContentIsLeftOut) {
     EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::black));
 }
 
-TEST_P(VertexArrayObjectTest, UnbindPutsBackTheVertexArray) {
+TEST_P(VertexArrayObjectTest, UnbindRestoresTheVertexArray) {
     GLuint client = 0;
     glGenVertexArrays(1, &client);
     glBindVertexArray(client);
@@ -357,7 +359,7 @@ TEST_P(VertexArrayObjectTest, UnbindPutsBackTheVertexArray) {
     glDeleteVertexArrays(1, &client);
 }
 
-TEST_P(VertexArrayObjectTest, ObjectsThatHaveNoLabelGetOne) {
+TEST_P(VertexArrayObjectTest, ObjectsWithoutALabelGetOne) {
     const auto indices = QSharedPointer<BufferObject>::create();
     const auto stream = QSharedPointer<BufferObject>::create();
     const auto labelled = QSharedPointer<BufferObject>::create();
