@@ -13,6 +13,7 @@
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "objects/bufferoperations.h"
+#include "objects/glnames.h"
 #include "objects/scalartype.h"
 #include "state/programinputs.h"
 

@@ -10,6 +10,7 @@
 #include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "objects/bufferoperations.h"
+#include "objects/glnames.h"
 
 namespace Atelier::Vel {
 

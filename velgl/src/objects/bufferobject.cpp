@@ -6,7 +6,7 @@
 
 #include "context/currentcontext.h"
 #include "objects/bufferoperations.h"
-#include "objects/glname.h"
+#include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "state/bindingstack.h"
 

@@ -1,7 +1,5 @@
 #include "objects/glname.h"
 
-#include "context/currentcontext.h"
-
 namespace Atelier::Vel {
 
 GLName& GLName::operator=(GLName&& other) noexcept {
@@ -18,17 +16,6 @@ void GLName::release() {
     const std::shared_ptr<GLNameSpace> space = _space.lock();
     if (space && _name)
         space->release(_kind, _name);
-}
-
-const GLName* GLNames::find(const GLNameSpace& space) {
-    const Entry* entry = _table.find(space);
-    return entry ? &entry->name : nullptr;
-}
-
-unsigned int GLNames::inCurrentContext() {
-    const ContextGL* gl = enterCurrentContext();
-    const GLName* name = gl ? find(*gl->group()) : nullptr;
-    return name ? name->value() : 0;
 }
 
 } // namespace Atelier::Vel

@@ -6,7 +6,7 @@
 #include <initializer_list>
 
 #include "context/currentcontext.h"
-#include "objects/glname.h"
+#include "objects/glnames.h"
 #include "objects/labels.h"
 #include "state/bindingstack.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "context/currentcontext.h"
-#include "objects/glname.h"
+#include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "state/bindingstack.h"
 #include "state/pixelstore.h"

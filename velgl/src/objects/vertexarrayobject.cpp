@@ -6,7 +6,7 @@
 
 #include "context/currentcontext.h"
 #include "context/log.h"
-#include "objects/glname.h"
+#include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "objects/scalartype.h"
 #include "state/bindingstack.h"
