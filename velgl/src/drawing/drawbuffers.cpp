@@ -23,6 +23,17 @@ namespace {
 
 using Command = DrawElementsIndirectCommand;
 
+struct Range {
+    int first;
+    int end; // one beyond the last; not above `first` in an empty range
+};
+
+// The part of `first` to `first + count - 1` that exists. In 64 bits, since both may be any number.
+Range existing(int first, int count, int size) {
+    const qint64 end = std::clamp<qint64>(qint64(first) + count, 0, size);
+    return {std::max(first, 0), static_cast<int>(end)};
+}
+
 void setUniform(GLuint program, const char* name, GLint value) {
     const GLint location = glGetUniformLocation(program, name);
     if (location >= 0)
@@ -61,16 +72,18 @@ struct DrawBuffers::Data {
     unsigned int vertexCount = 0;
     unsigned int primitiveType = GL_TRIANGLES;
     QVector<Command> commands;
-    GLNames indirect;
-    quint64 checkedBytes = 0; // size of the index buffer that the commands in `indirect` were checked against
+    GLNames commandBuffers;
+    quint64 checkedBytes =
+        0; // size of the index buffer that the commands in `commandBuffers` were checked against
     FailureReport report{"Draw commands of"};
     int checkedCount = 0; // the first commands, whose draws have been checked for errors
 
     QString label() const { return vao ? vao->label() : QString(); }
     quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
-    const GLName* indirectIn(const ContextGL& gl);
+    const GLName* commandBufferIn(const ContextGL& gl);
     QVector<Command> safeCommands() const;
     bool canDraw() const;
+    void drawCommands(GLuint program, int first, int count) const;
 };
 
 // The commands, with a count of 0 for each that reaches beyond the announced indices or those in the buffer.
@@ -92,12 +105,12 @@ QVector<Command> DrawBuffers::Data::safeCommands() const {
     return safe;
 }
 
-const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
+const GLName* DrawBuffers::Data::commandBufferIn(const ContextGL& gl) {
     if (const quint64 bytes = indexBytes(); bytes != checkedBytes) {
-        indirect = {};
+        commandBuffers = {};
         checkedBytes = bytes;
     }
-    if (const GLName* name = indirect.find(*gl.group()))
+    if (const GLName* name = commandBuffers.find(*gl.group()))
         return name;
     const QVector<Command> safe = safeCommands();
     GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
@@ -108,13 +121,22 @@ const GLName* DrawBuffers::Data::indirectIn(const ContextGL& gl) {
     }
     report.succeeded();
     checkedCount = 0;
-    return &indirect.add(std::move(buffer));
+    return &commandBuffers.add(std::move(buffer));
 }
 
 bool DrawBuffers::Data::canDraw() const {
     const bool isIndexType =
         indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
     return vao && indices && isIndexType && indices->name() != 0 && indexBytes() > 0;
+}
+
+// Requires: the vertex array and the buffer of commands are bound.
+void DrawBuffers::Data::drawCommands(GLuint program, int first, int count) const {
+    setUniform(program, "velgl_firstCommand", first);
+    const auto offset = static_cast<std::uintptr_t>(first) * sizeof(Command);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL takes it
+    const auto* start = reinterpret_cast<const void*>(offset);
+    glMultiDrawElementsIndirect(primitiveType, indexType, start, count, 0);
 }
 
 DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
@@ -135,7 +157,7 @@ void DrawBuffers::setIndexedDraw(QSharedPointer<BufferObject> indices, int count
     _data->indices = std::move(indices);
     _data->indexCount = count;
     _data->indexType = type;
-    _data->indirect = {};
+    _data->commandBuffers = {};
 }
 
 QSharedPointer<BufferObject> DrawBuffers::indexBuffer() const {
@@ -170,7 +192,7 @@ void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectComm
     _data->commands.clear();
     if (commands && count > 0)
         _data->commands = QVector<Command>(commands, commands + count);
-    _data->indirect = {};
+    _data->commandBuffers = {};
 }
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands() const {
@@ -179,7 +201,7 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands()
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
     const ContextGL* gl = enterCurrentContext();
-    const GLName* indirect = gl ? _data->indirectIn(*gl) : nullptr;
+    const GLName* indirect = gl ? _data->commandBufferIn(*gl) : nullptr;
     if (!indirect)
         return {};
     const QByteArray content = readBuffer(*gl, *indirect);
@@ -190,33 +212,26 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
 
 void DrawBuffers::draw(int first, int count) {
     const ContextGL* gl = enterCurrentContext();
-    const qint64 end = std::min<qint64>(qint64(first) + count, _data->commands.size());
-    first = std::max(first, 0);
+    const Range range = existing(first, count, _data->commands.size());
     const GLuint program = gl ? currentVertexProgram() : 0;
-    if (program == 0 || end <= first || !_data->canDraw())
+    if (program == 0 || range.end <= range.first || !_data->canDraw())
         return;
-    const GLName* indirect = _data->indirectIn(*gl);
-    if (!indirect)
+    const GLName* commands = _data->commandBufferIn(*gl);
+    if (!commands)
         return;
-    count = static_cast<int>(end - first);
     // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
     std::optional<DrawCheck> check;
-    if (first + count > _data->checkedCount) {
+    if (range.end > _data->checkedCount) {
         check.emplace(_data->label());
-        _data->checkedCount = first + count;
+        _data->checkedCount = range.end;
     }
     _data->vao->setIndexBuffer(_data->indices);
     if (_data->vao->bind()) {
-        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, indirect->value());
+        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands->value());
         // Without draw parameters a shader gets the number of the command from the uniform alone.
-        const int step = gl->features().drawParameters ? count : 1;
-        for (int command = first; command < first + count; command += step) {
-            setUniform(program, "velgl_firstCommand", command);
-            const auto offset = static_cast<std::uintptr_t>(command) * sizeof(Command);
-            // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL wants it
-            const auto* start = reinterpret_cast<const void*>(offset);
-            glMultiDrawElementsIndirect(_data->primitiveType, _data->indexType, start, step, 0);
-        }
+        const int commandsPerCall = gl->features().drawParameters ? range.end - range.first : 1;
+        for (int command = range.first; command < range.end; command += commandsPerCall)
+            _data->drawCommands(program, command, commandsPerCall);
     }
     _data->vao->unbind();
 }
