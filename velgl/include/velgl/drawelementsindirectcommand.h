@@ -12,8 +12,7 @@ struct DrawElementsIndirectCommand {
     std::uint32_t instanceCount = 0; ///< number of instances; 0 draws nothing
     std::uint32_t firstIndex = 0;    ///< position of the first index in the index buffer, in indices
     std::uint32_t baseVertex = 0;    ///< added to every index; OpenGL reads it as a signed number
-    std::uint32_t baseInstance =
-        0; ///< offset of instanced attributes; gl_InstanceID starts at 0 all the same
+    std::uint32_t baseInstance = 0;  ///< offset of instanced attributes; gl_InstanceID does not include it
 };
 
 // The layout is OpenGL's: offsets in bytes.
