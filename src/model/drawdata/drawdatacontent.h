@@ -15,8 +15,9 @@
 
 namespace Atelier::Vel {
 
+/// The data that all copies of a DrawData share.
 struct DrawDataContent {
-    /// The values of an attribute. Where they lie is asked once: that may change a stream.
+    /// The values of an attribute. Their address is queried only once, because the query may change a stream.
     struct Stream {
         QString name;
         int components = 0;
@@ -25,7 +26,7 @@ struct DrawDataContent {
         quint64 bytes = 0;
 
         Stream(QString name, int components, QSharedPointer<ModelDataStream> values);
-        /// The bytes of a vertex; 0 for an attribute without any.
+        /// The bytes per vertex; 0 if the attribute has none.
         quint64 stride() const;
     };
 
@@ -39,7 +40,7 @@ struct DrawDataContent {
         WhiteMaps maps;
     };
 
-    /// What there is for each command stands in columns, since commands may be many.
+    /// The data of the commands are stored in columns, because there may be many commands.
     struct Drawable {
         quint64 key = 0;
         QVector<DrawElementsIndirectCommand> commands;
@@ -54,17 +55,17 @@ struct DrawDataContent {
 
     QSharedPointer<ModelDataStreamAllocator> allocator; ///< of all streams
     QSharedPointer<ModelDataStream> indices;
-    WordView indexWords; ///< asked once
+    WordView indexWords; ///< queried once
     std::vector<Stream> attributes;
     int position = -1; ///< the attribute with the positions
     quint64 vertexCount = 0;
     std::vector<Drawable> drawables;
 };
 
-/// Makes draw data of its content, and the other way round.
+/// Makes draw data from its content, and takes the content out of draw data.
 struct DrawDataAccess {
     static DrawData make(std::shared_ptr<DrawDataContent> content) { return DrawData(std::move(content)); }
-    /// The content, left null in `data`.
+    /// The content of `data`, which is null afterwards.
     static std::shared_ptr<DrawDataContent> take(DrawData& data) { return std::move(data._content); }
 };
 

@@ -17,7 +17,7 @@
 
 namespace Atelier::Vel {
 
-/// The attributes that one merging goes over, in their order, with the streams that hold the result.
+/// The attributes of one merging, in order, and the streams that hold the result.
 struct Preparation::StreamBuild {
     std::vector<QString> names;
     std::vector<VertexAttribute*> records;
@@ -27,7 +27,8 @@ struct Preparation::StreamBuild {
 
 namespace {
 
-/// The values of an attribute, not indexed yet. Without whole values or without bytes it has none.
+/// The values of an attribute, without indices. `valueCount` is 0 if the stream holds no complete value or
+/// values have no bytes.
 CornerAttribute valuesOf(ModelDataStream* stream, qint32 components) {
     CornerAttribute attribute;
     const ByteView view = ByteView::of(stream);
@@ -40,8 +41,8 @@ CornerAttribute valuesOf(ModelDataStream* stream, qint32 components) {
     return attribute;
 }
 
-/// Where the merging writes the vertex of each corner: an index stream's own memory, or, when a client made
-/// that stream of a narrower type and it cannot take all entries, memory beside it.
+/// The memory to which the merging writes the vertex of each corner. This is the memory of an index stream,
+/// or separate memory if a client made that stream with a narrower type, so that it cannot hold all entries.
 class CornerTarget {
 public:
     CornerTarget(ModelDataStream* stream, quint32 cornerCount)
@@ -50,7 +51,7 @@ public:
           _entries(_stream.count < cornerCount ? _beside.as<quint32>() : _stream.words) {}
 
     quint32* entries() const { return _entries; }
-    /// Hands the stream what it can take.
+    /// Copies entries from separate memory to the stream, up to its capacity.
     void finish() const {
         if (_entries != _stream.words)
             std::copy_n(_entries, _stream.count, _stream.words);
@@ -62,8 +63,8 @@ private:
     quint32* _entries;
 };
 
-/// The number of different tuples of value numbers that the corners have: vertices whose values are those
-/// numbers.
+/// The number of distinct tuples of value numbers among the corners. Merges vertices whose values are the
+/// value numbers.
 quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 cornerCount,
                     const MergeOptions& options) {
     const quint64 count = cornerCount;
@@ -80,7 +81,8 @@ quint32 countTuples(const std::vector<CornerAttribute>& attributes, quint32 corn
     return VertexMerging(numbered, cornerCount, words, options).vertexCount();
 }
 
-/// Whether an index stream has bytes for fewer entries than it says. One of another type is asserted instead.
+/// Whether an index stream has memory for fewer than `count` entries. Returns false for a stream of another
+/// type, which is reported by an assertion instead.
 bool lacksEntries(ModelDataStream& indices, quint32 count) {
     return indices.type() == kGlUnsignedInt && WordView::of(&indices).count < count;
 }
@@ -105,7 +107,8 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& mete
         mergeCorners ? countTuples(build.attributes, cornerCount, {_hashSeed, {}, {}}) : cornerCount;
 
     meter.begin(LoadPhase::Merging, qint64{cornerCount} * (1 + static_cast<qint64>(build.names.size())));
-    // Making one vertex per corner first, and merging those, would give the same vertices in the same order.
+    // Corners are merged directly. One vertex per corner, merged afterwards, gives the same vertices in the
+    // same order.
     auto target = std::make_unique<CornerTarget>(indices.data(), cornerCount);
     const auto otherTarget = [&] {
         if (overwritesInput) {
@@ -150,7 +153,7 @@ void Preparation::optimizeGPUStreams(ProgressMeter& meter) {
         build.names.push_back(name);
         build.records.push_back(&record);
         build.attributes.push_back(valuesOf(record.streams[kGPUValues].data(), record.components));
-        // One without bytes cannot tell.
+        // An attribute without bytes does not determine the vertex count.
         if (build.attributes.back().stride != 0)
             vertexCount = build.attributes.back().valueCount;
     }

@@ -28,7 +28,7 @@ void Preparation::prepareMaterialGroups(const VertexAttribute& position, Progres
     for (const GroupStore::Entry& group : groups) {
         if (!_gpuIndices.isNull() && !group->faces.isEmpty())
             prepareMaterialGroupForUpload(group.key(), *group, input);
-        // In this order, which is usually that of their making, freeing costs least.
+        // Releasing memory is cheapest in this order, which is usually the order of allocation.
         _mesh.groups.releaseFaces(*group);
     }
 }

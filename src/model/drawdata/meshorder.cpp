@@ -12,10 +12,11 @@ namespace {
 
 constexpr quint32 kNone = 0xFFFFFFFF;
 
-// Vertices that the modelled cache holds: the usual size for comparing figures with those of others.
+// The capacity of the modelled cache in vertices: the usual size, so that figures can be compared with those
+// of others.
 constexpr unsigned int kCacheSize = 16;
 
-// By what factor fewer pixels drawn twice may worsen the use of the vertex cache.
+// The maximum factor by which the reduction of overdraw may worsen the use of the vertex cache.
 constexpr float kOverdrawThreshold = 1.05F;
 
 constexpr std::size_t kAxes = 3;
@@ -24,8 +25,8 @@ bool areFinite(const std::vector<float>& values) {
     return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
 }
 
-/// Puts points into the cube from 0 to 1. Orders do not depend on place and size, but products of large
-/// coordinates would overflow.
+/// Scales the points to the cube from 0 to 1. The order does not depend on position and size, but products of
+/// large coordinates would overflow.
 void scaleToUnitCube(std::vector<float>& points) {
     float low[kAxes] = {points[0], points[1], points[2]};
     float high[kAxes] = {points[0], points[1], points[2]};
@@ -97,8 +98,8 @@ void TriangleOrder::orderTriangles() {
                              kAxes * sizeof(float), kOverdrawThreshold);
 }
 
-// meshoptimizer gives the same, but for whole triangles only, and without numbers for the vertices that are
-// not used.
+// meshoptimizer computes the same order, but only for whole triangles, and it does not number unused
+// vertices.
 std::vector<quint32> fetchOrder(const quint32* indices, quint64 count, quint64 vertexCount) {
     std::vector<quint32> order(vertexCount, kNone);
     quint32 next = 0;

@@ -1,4 +1,4 @@
-// Takes the place of optimise.cpp where the library is built without meshoptimizer.
+// Replaces optimise.cpp if the library is built without meshoptimizer.
 
 #include "drawdata/drawdatacontent.h"
 #include "drawdata/optimise.h"

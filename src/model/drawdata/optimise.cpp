@@ -70,7 +70,7 @@ void markShared(std::vector<CommandRange>& ranges) {
             sorted.push_back(&range);
     std::sort(sorted.begin(), sorted.end(),
               [](const CommandRange* a, const CommandRange* b) { return a->first < b->first; });
-    CommandRange* farthest = nullptr; // of those before, the one that ends last: it overlaps if any does
+    CommandRange* farthest = nullptr; // the earlier range that ends last; overlaps if any earlier one does
     for (CommandRange* range : sorted) {
         if (farthest != nullptr && range->first < farthest->end)
             range->isShared = farthest->isShared = true;
@@ -79,7 +79,7 @@ void markShared(std::vector<CommandRange>& ranges) {
     }
 }
 
-/// Those of all commands, in their order.
+/// The ranges of all commands, in the order of the commands.
 std::vector<CommandRange> commandRanges(const DrawDataContent& content) {
     std::vector<CommandRange> ranges;
     for (const DrawDataContent::Drawable& drawable : content.drawables)
@@ -101,7 +101,7 @@ void orderTriangles(const DrawDataContent& content, const WordView& words, const
     }
 }
 
-/// A stream of the type and size of `source`; null, after a warning, when there is none.
+/// A new stream with the type and size of `source`; null, after a warning, if no such stream is available.
 QSharedPointer<ModelDataStream> requestLike(const ModelDataStream& source,
                                             ModelDataStreamAllocator& allocator, const QString& purpose) {
     QSharedPointer<ModelDataStream> stream = requestStream(allocator, source.type(), source.size());
@@ -113,7 +113,7 @@ QSharedPointer<ModelDataStream> requestLike(const ModelDataStream& source,
     return {};
 }
 
-/// Null, after a warning, when there is no stream.
+/// The index list with reordered triangles; null, after a warning, if no stream is available.
 QSharedPointer<ModelDataStream> orderedIndices(const DrawDataContent& content, const WorkMeter& meter) {
     const WordView& source = content.indexWords;
     QSharedPointer<ModelDataStream> stream =
@@ -126,7 +126,7 @@ QSharedPointer<ModelDataStream> orderedIndices(const DrawDataContent& content, c
     return stream;
 }
 
-/// The values of all vertices at their new places, and what follows them as it is.
+/// Copies the values of all vertices to their new places, and the bytes after them unchanged.
 void moveVertices(const Stream& source, unsigned char* target, const std::vector<quint32>& places) {
     const quint64 stride = source.stride();
     const auto* const bytes = static_cast<const unsigned char*>(source.data);
@@ -137,7 +137,7 @@ void moveVertices(const Stream& source, unsigned char* target, const std::vector
         std::memcpy(target + end, bytes + end, source.bytes - end);
 }
 
-/// Returns: false, after a warning, when there is no stream.
+/// Returns: false, after a warning, if no stream is available.
 bool moveVertices(Stream& stream, ModelDataStreamAllocator& allocator, const std::vector<quint32>& places) {
     if (stream.stride() == 0 || stream.bytes == 0)
         return true;

@@ -8,8 +8,8 @@
 
 namespace Atelier::Vel {
 
-/// Puts what is appended over the elements of another stream, from its first one on. That stream keeps its
-/// size, and what would be beyond that is refused.
+/// Writes appended elements over the elements of another stream, starting at its first element. That stream
+/// keeps its size, and appending beyond its end is refused.
 class OverwritingStream final : public ModelDataStream {
 public:
     explicit OverwritingStream(QSharedPointer<ModelDataStream> target) : _target(std::move(target)) {}

@@ -35,7 +35,7 @@ DrawData Preparation::prepare(const QString& positionAttribute, ProgressMeter& m
         abandon();
         throw;
     }
-    // The attribute may be another one than before, or have been declared anew since.
+    // The attribute may differ from that of the previous call, or it may have been declared again since.
     if (_mesh.attributes[positionAttribute].streams[kGPUValues].isNull()) {
         reportMissingStream(describeAttribute(positionAttribute));
         return {};
@@ -44,13 +44,13 @@ DrawData Preparation::prepare(const QString& positionAttribute, ProgressMeter& m
 }
 
 bool Preparation::prepareStreams(const QString& positionAttribute, ProgressMeter& meter) {
-    // A preparation that gave no triangle is followed by another one.
+    // This is not always the first preparation: one without any triangle is repeated.
     _statistics.untriangulatedFaces = 0;
     buildGPUFriendlyStreams(false, meter);
     for (const VertexAttribute& record : qAsConst(_mesh.attributes.records()))
         if (!record.streams[kValues].isNull() && record.streams[kGPUValues].isNull())
             return false;
-    // A copy: makeNormals() may add an attribute.
+    // A copy, because makeNormals() may add an attribute and so invalidate references.
     const VertexAttribute position = _mesh.attributes.records().value(positionAttribute);
     if (position.streams[kGPUValues].isNull()) {
         reportMissingStream(describeAttribute(positionAttribute));

@@ -20,16 +20,16 @@ namespace Atelier::Vel {
 class TriangleWriter;
 class VertexMerging;
 
-/// Makes draw data of a mesh, once: what is asked for later shares the streams of the first time.
+/// Makes draw data from a mesh. The streams are made once; later calls return draw data that share them.
 class Preparation {
 public:
-    /// Groups whose flags agree in the bits of `materialFlagsMask` are drawn by one drawable. Messages name
-    /// the address `owner`. `mesh` must outlive the preparation.
+    /// Groups whose flags agree in the bits of `materialFlagsMask` are drawn by one drawable. Messages
+    /// contain the address `owner`. `mesh` must outlive the preparation.
     Preparation(Mesh& mesh, quint64 materialFlagsMask, const void* owner);
 
-    /// Requires: the mesh is complete and has the attribute. Throws Cancelled where `meter` does; a mesh that
-    /// keeps its input can be prepared again then.
-    /// Returns: null draw data, after a warning, when a stream cannot be had.
+    /// Requires: the mesh is complete and has the attribute.
+    /// Throws Cancelled if `meter` does; a mesh that keeps its input can then be prepared again.
+    /// Returns: null draw data, after a warning, if a stream is not available.
     DrawData prepare(const QString& positionAttribute, ProgressMeter& meter);
     void clear();
     const PreparationStatistics& statistics() const { return _statistics; }
@@ -38,21 +38,21 @@ private:
     friend struct ModelBuilderAccess;
 
     struct StreamBuild;
-    /// What the triangles of all groups are cut from, and how.
+    /// The input from which the triangles of all groups are made.
     struct TriangulationInput {
         QSharedPointer<ModelDataStream> positions;
-        QSharedPointer<ModelDataStream> corners; ///< the vertex of each
+        QSharedPointer<ModelDataStream> corners; ///< the vertex of each corner
         const QVector<unsigned int>& faceStarts;
         TriangleWriter& writer;
-        bool overwritesCorners; ///< with the triangles
+        bool overwritesCorners; ///< the triangles are written over `corners`
     };
 
     bool prepareStreams(const QString& positionAttribute, ProgressMeter& meter);
 
-    /// Gives every attribute GPU streams over one shared index stream. `mergeCorners` says only what counts
-    /// as a vertex before merging: a corner, or a distinct tuple of indices.
+    /// Makes the GPU streams of every attribute, with one shared index stream. `mergeCorners` affects only
+    /// the vertex count before merging: if true, distinct tuples of indices are counted, otherwise corners.
     void buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& meter);
-    /// Merges GPU vertices of the same bytes.
+    /// Merges GPU vertices that have the same bytes.
     void optimizeGPUStreams(ProgressMeter& meter);
     bool allHaveGPUStreams() const;
     StreamBuild collectInput(quint32 cornerCount);
@@ -66,8 +66,8 @@ private:
     void prepareMaterialGroups(const VertexAttribute& position, ProgressMeter& meter);
     void prepareMaterialGroupForUpload(const QString& groupName, const MaterialGroup& group,
                                        const TriangulationInput& input);
-    /// Whether triangles never need more room than the corners of the faces that were cut already, so that
-    /// they can be written over those.
+    /// Whether the triangles can be written over the corners: at no time do they need more space than the
+    /// corners of the faces that are already triangulated.
     bool trianglesFollowCorners(const std::vector<GroupStore::Entry>& groups) const;
     QSharedPointer<ModelDataStream> makeTriangleStream(const TriangulationInput& input) const;
     void abandon();
@@ -79,7 +79,7 @@ private:
     Mesh& _mesh;
     quint64 _materialFlagsMask;
     const void* _owner;
-    quint64 _hashSeed; ///< another one in each preparation, see MergeOptions
+    quint64 _hashSeed; ///< differs between preparations, see MergeOptions
     QSharedPointer<ModelDataStream> _gpuIndices;
     QHash<quint64, QVector<DrawElementsIndirectCommand>> _drawCommands;
     QHash<quint64, QVector<QString>> _drawGroupNames;

@@ -7,7 +7,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// A progress bar of this many steps looks smooth, and its drawing costs little beside the load of a large
+// This is enough for a smooth progress bar, and drawing the bar costs little compared with loading a large
 // file.
 constexpr qint64 kReportsPerPhase = 200;
 

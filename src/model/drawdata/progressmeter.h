@@ -6,35 +6,36 @@
 
 namespace Atelier::Vel {
 
-/// Thrown where a progress function cancels.
+/// Thrown if a progress callback cancels.
 struct Cancelled {};
 
-/// Reports the progress of some work, phase by phase, and not too often.
+/// Reports the progress of work, phase by phase, and limits the number of reports per phase.
 class ProgressMeter {
 public:
     /// `progress` may be empty.
     explicit ProgressMeter(LoadProgress progress);
-    // Meters refer to it.
+    // Not copied: meters hold a pointer to this object.
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
 
-    /// Begins a phase whose work is `total` units, and reports that. Phases without work are not reported.
+    /// Begins a phase whose work is `total` units, and reports its start. Phases without work are not
+    /// reported.
     void begin(LoadPhase phase, qint64 total);
-    /// Units of the phase.
+    /// The units of work in the phase.
     qint64 total() const { return _step.total; }
-    /// `done` units of the phase are done. Throws Cancelled when the progress function cancels.
+    /// Records that `done` units of the phase are done. Throws Cancelled if the progress callback cancels.
     void reach(qint64 done);
-    /// A meter for the next `share` units of the phase. It may be called for other units, `units` in all, and
-    /// reports what is in proportion to them. Empty without a progress function.
+    /// A meter for the next `share` units of the phase. The meter may count other units, `units` in total; it
+    /// reports the proportional part of `share`. Empty if there is no progress callback.
     WorkMeter meter(qint64 share, qint64 units);
     WorkMeter meter(qint64 share) { return meter(share, share); }
 
 private:
     LoadProgress _progress;
     LoadStep _step;
-    qint64 _interval = 0; ///< of units
+    qint64 _interval = 0; ///< in units
     qint64 _nextReport = 0;
-    qint64 _allotted = 0; ///< units that meters were made for
+    qint64 _allotted = 0; ///< units for which meters were made
 };
 
 } // namespace Atelier::Vel

@@ -13,13 +13,13 @@ namespace Atelier::Vel {
 
 namespace {
 
-// A block of indices stays in the second-level cache: 256 KiB.
+// The indices of a block. A block has 256 KiB and stays in the second-level cache.
 constexpr quint64 kBlock = 65536;
 
-// Corners between two reports of progress: less than a millisecond.
+// Corners between two reports of progress: less than a millisecond of work.
 constexpr qint64 kCornersPerReport = 16384;
 
-// More triangle indices than a stream of the library's own can hold: no polygon may need them.
+// More triangle indices than one of the library's own streams can hold. A polygon that needs them is refused.
 constexpr quint64 kTooManyIndices = quint64{1} << 29;
 
 } // namespace
@@ -28,7 +28,7 @@ TriangleWriter::TriangleWriter(quint64 expectedIndices, const WorkMeter& meter)
     : _expectedIndices(expectedIndices), _meter(meter) {
     if (meter)
         _triangulator.setMeter([this](int corners) {
-            _unreportedCorners -= corners; // they are counted again with their face
+            _unreportedCorners -= corners; // reportProgress() adds them again with their face
             _meter(corners);
         });
 }

@@ -19,17 +19,19 @@ namespace Atelier::Vel {
 
 class MergedCorners;
 
-/// Values and indices are the input; the GPU's are made from them, and one index list serves all attributes.
+/// kValues and kIndices hold the input; kGPUValues and kGPUIndices are made from them. All attributes share
+/// one GPU index list.
 enum StreamSlot { kValues, kIndices, kGPUValues, kGPUIndices, kStreamSlots };
 
+/// The streams of one vertex attribute.
 struct VertexAttribute {
     std::array<QSharedPointer<ModelDataStream>, kStreamSlots> streams;
     qint32 components;
-    /// Corners without a value at the end of the input that are not in the index list: many faces give none
-    /// for an attribute, and the end of a list means the same.
+    /// The number of corners at the end of the input that have no value and are not in the index list. Many
+    /// faces have no index for an attribute, and a corner beyond the end of the list has no value either.
     quint64 omitted = 0;
 
-    /// The whole values of a stream; 0 without one.
+    /// The number of complete values in a stream; 0 if there is no stream.
     quint64 valueCount(StreamSlot slot) const;
 };
 
@@ -43,42 +45,43 @@ public:
     void clear();
     bool isEmpty() const { return _records.isEmpty(); }
     bool contains(const QString& name) const { return _records.contains(name); }
-    /// Whether every attribute that has a stream of values has values and indices.
+    /// Whether every attribute that has a value stream has at least one value and one index.
     bool isComplete() const;
 
-    /// `type` is a GL scalar type; the counts are initial sizes in elements. Drops what the name held.
+    /// `type` is a GL scalar type; the counts are initial sizes in elements. Replaces an attribute of the
+    /// same name.
     void create(const QString& name, int components, unsigned int type, quint64 valueCount,
                 quint64 indexCount);
-    /// Does nothing when there is no such attribute or it is of another type.
+    /// Does nothing if there is no such attribute or if it has another type.
     void addValues(const QString& name, quint64 count, const void* values, unsigned int type);
-    /// Does nothing when there is no such attribute.
+    /// Does nothing if there is no such attribute.
     void addIndices(const QString& name, quint64 count, const unsigned int* indices);
-    /// Adds the indices of `count` corners to some attributes: one list for each, the positions' first. The
-    /// lists may be overwritten. Where the input is consumed and nothing else has added indices, corners are
-    /// merged as they come, in one list, as long as that saves work.
-    /// Requires: the attributes exist, and are those of the call before.
+    /// Adds the indices of `count` corners to several attributes: one list per attribute, the positions
+    /// first. The lists may be overwritten. If the input is consumed and no other function has added indices,
+    /// corners are merged into one list as they arrive, as long as that saves work.
+    /// Requires: the attributes exist and are those of the previous call.
     void addCorners(const CornerList* lists, std::size_t listCount, quint32 count);
 
     /// The attributes by name. A reference from operator[] is valid until an attribute is added.
     QHash<QString, VertexAttribute>& records() { return _records; }
     VertexAttribute& operator[](const QString& name) { return _records[name]; }
-    /// Sorted: the order of a hash differs from process to process.
+    /// Sorted, because the order of a hash differs between processes.
     QStringList names() const;
 
-    /// The corners that were merged as they came; null where each attribute has its list.
+    /// The corners that were merged as they arrived; null if each attribute has its own list.
     const MergedCorners* mergedCorners() const { return _merged.get(); }
     std::unique_ptr<MergedCorners> takeMergedCorners();
-    /// An index list of `cornerCount` entries that may be overwritten; null when there is none.
+    /// An index list of `cornerCount` entries that may be overwritten; null if there is none.
     QSharedPointer<ModelDataStream> disposableList(quint32 cornerCount) const;
 
-    // The memory that is given back early. These do nothing where the input is kept.
+    // These functions release memory early. They do nothing if the input is kept.
     void releaseValues(VertexAttribute& record) const;
     void releaseIndices(VertexAttribute& record) const;
     void releaseAll();
 
 private:
     bool merge(const CornerList* lists, std::size_t listCount, quint32 count);
-    /// Puts merged corners into the list of each attribute; from then on, all corners are listed there.
+    /// Moves the merged corners to the lists of the attributes. All later corners are added to those lists.
     void unmerge();
     void append(const QString& name, VertexAttribute& record, quint64 count,
                 const unsigned int* indices) const;
@@ -90,7 +93,7 @@ private:
     Input _input;
     QHash<QString, VertexAttribute> _records;
     bool _mergesCorners;
-    std::unique_ptr<MergedCorners> _merged; ///< in place of the attributes' lists
+    std::unique_ptr<MergedCorners> _merged; ///< replaces the attributes' lists
 };
 
 } // namespace Atelier::Vel

@@ -12,7 +12,8 @@
 
 namespace Atelier::Vel {
 
-/// The corner counts of the faces. Where the input is consumed, faces that are all alike take no list.
+/// The corner counts of the faces. If the input is consumed and all faces have the same number of corners, no
+/// list is kept.
 class FaceStore {
 public:
     /// `streams` must outlive the store.
@@ -24,9 +25,9 @@ public:
 
     /// Corners of all faces, modulo 2^32.
     quint32 cornerCount() const;
-    /// The faces when they are all alike and not listed; else without corners.
+    /// The faces if they all have the same number of corners and are not listed; otherwise `corners` is 0.
     UniformFaces uniform() const { return _uniform.value_or(UniformFaces()); }
-    /// The corner count of each face, empty while the faces are uniform. Null where the allocator gave no
+    /// The corner count of each face, empty while the faces are uniform. Null if the allocator returned no
     /// stream.
     QSharedPointer<ModelDataStream>& listed() { return _counts; }
 
@@ -37,7 +38,7 @@ private:
     StreamSource& _streams;
     Input _input;
     QSharedPointer<ModelDataStream> _counts;
-    std::optional<UniformFaces> _uniform; ///< in place of _counts
+    std::optional<UniformFaces> _uniform; ///< replaces _counts
 };
 
 } // namespace Atelier::Vel

@@ -13,34 +13,36 @@
 
 namespace Atelier::Vel {
 
-/// The face numbers of a group, in the order in which they were added: a stream of them, or runs of
-/// consecutive ones. Groups may be many, most of them of one run: that takes no memory of its own.
+/// The face numbers of a group in the order in which they were added: either a stream of numbers, or runs of
+/// consecutive numbers. A mesh may have many groups, and most of them have one run: a single run needs no
+/// allocation.
 class GroupFaces {
 public:
-    /// Adds `count` faces from number `first` on, as a run.
+    /// Adds a run of `count` faces that starts at number `first`.
     void addRun(quint32 first, quint32 count);
     void setStream(const QSharedPointer<ModelDataStream>& stream);
-    /// Null where there are runs.
+    /// Null if the faces are stored as runs.
     QSharedPointer<ModelDataStream> stream() const {
         return _earlier ? _earlier->stream : QSharedPointer<ModelDataStream>();
     }
 
     bool isEmpty() const { return _count == 0 && Vel::isEmpty(stream().data()); }
-    /// Whether the faces are one run of numbers not below `next`, which becomes the number behind the run.
+    /// Whether there are no faces, or a single run that starts at `next` or later. Raises `next` to the first
+    /// number after the last run.
     bool followsAsOneRun(quint64& next) const;
 
-    /// Calls `take(const WordView& faces)` with all face numbers, part by part. Returns: false as soon as
-    /// that returns false.
+    /// Calls `take(const WordView& faces)` with all face numbers, block by block.
+    /// Returns: false as soon as `take` returns false.
     template<typename Take>
     bool forEach(const Take& take) const;
 
 private:
-    /// In the list of runs, marks how many faces follow the one before.
+    /// In the list of runs, marks an entry that counts the faces after the preceding entry.
     static constexpr quint32 kFollow = 0x80000000;
 
     struct FaceRuns : QSharedData {
-        /// All runs but the last: the first number of each and, where it is not alone, how many follow it,
-        /// with kFollow set.
+        /// All runs except the last: the first number of each run. If the run has more than one face, the
+        /// next entry is the number of its further faces, with kFollow set.
         std::vector<quint32> runs;
         QSharedPointer<ModelDataStream> stream;
     };
@@ -49,7 +51,7 @@ private:
 
     quint32 _first = 0;                    ///< of the last run
     quint32 _count = 0;                    ///< of the last run
-    QSharedDataPointer<FaceRuns> _earlier; ///< null for one run
+    QSharedDataPointer<FaceRuns> _earlier; ///< null if one run is enough
 };
 
 template<typename Take>

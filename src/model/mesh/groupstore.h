@@ -14,6 +14,7 @@
 
 namespace Atelier::Vel {
 
+/// The faces that share one material, and what is known about them.
 struct MaterialGroup {
     InstanceData material;
     qint32 id = 0;
@@ -34,25 +35,27 @@ public:
     void clear() { _groups.clear(); }
     bool isEmpty() const { return _groups.isEmpty(); }
     bool contains(const QString& name) const { return _groups.contains(name); }
-    /// Null when there is no such group.
+    /// Null if there is no such group.
     const MaterialGroup* find(const QString& name) const;
 
-    /// A negative `id` stands for the number of groups before the call. Drops what the name held.
+    /// A negative `id` stands for the number of groups before the call. Replaces a group of the same name.
     void create(const QString& name, const InstanceData& material, int id, quint64 flags,
                 const WhiteMaps& whiteMaps = {});
-    /// Adds face numbers. The first object name that is not null stays; another one is warned about.
-    /// Returns: false when there is no such group.
+    /// Adds face numbers. The group keeps the first object name that is not null; a different name causes a
+    /// warning.
+    /// Returns: false if there is no such group.
     bool addFaces(const QString& name, quint64 count, const unsigned int* faces, const QString& objectName);
-    /// Adds `count` faces from number `first` on. Returns: false when there is no such group.
+    /// Adds `count` faces, starting at number `first`.
+    /// Returns: false if there is no such group.
     bool addFaceRun(const QString& name, quint32 first, quint32 count);
 
     QHash<QString, MaterialGroup>& records() { return _groups; }
     /// The groups by id, then by name.
     std::vector<Entry> inOrder();
 
-    /// A copy of a group; it is taken out of the store where the input is consumed.
+    /// A copy of a group. If the input is consumed, the group is removed from the store.
     MaterialGroup handOver(const QString& name);
-    /// Gives the memory of its faces back where the input is consumed.
+    /// Releases the memory of the group's faces if the input is consumed.
     void releaseFaces(MaterialGroup& group) const;
     void releaseAll();
 

@@ -2,10 +2,10 @@
 
 namespace Atelier::Vel {
 
-/// What becomes of the input of a mesh when draw data are made of it.
+/// What happens to the input of a mesh when draw data are made from it.
 enum class Input {
-    Kept,     ///< more can be added, and it can be asked for, afterwards
-    Consumed, ///< its memory is given back or used again as early as possible
+    Kept,     ///< it can be extended and read afterwards
+    Consumed, ///< its memory is released or reused as early as possible
 };
 
 } // namespace Atelier::Vel

@@ -13,13 +13,13 @@
 
 namespace Atelier::Vel {
 
-/// What a client or a file hands in. Nothing of it has to fit together.
+/// The input from a client or a file. Its parts may be inconsistent.
 struct Mesh {
     explicit Mesh(Input input, QSharedPointer<ModelDataStreamAllocator> allocator = {});
     Mesh(const Mesh&) = delete;
     Mesh& operator=(const Mesh&) = delete;
 
-    /// Back to the state after construction.
+    /// Restores the state after construction.
     void clear();
     /// Whether there are groups, faces and attributes, and every attribute has values and indices.
     bool isComplete() const;
@@ -30,7 +30,7 @@ struct Mesh {
     GroupStore groups;
     FaceStore faces;
     AttributeStore attributes;
-    QString normalsAttribute; ///< the attribute to make of smooth normals; null for none
+    QString normalsAttribute; ///< the attribute for generated smooth normals; null for none
 };
 
 } // namespace Atelier::Vel

@@ -7,7 +7,7 @@
 
 namespace Atelier::Vel {
 
-/// Texture maps of a material that are plain white. A texture takes a context to make, so an upload makes it.
+/// The texture maps of a material that are plain white. A texture needs a GL context, so the upload makes it.
 class WhiteMaps {
 public:
     static constexpr const char* kNames[] = {"map_Ka", "map_Kd", "map_Ks", "map_Ns"};
