@@ -12,8 +12,7 @@ namespace {
 
 constexpr quint32 kNone = 0xFFFFFFFF;
 
-// The capacity of the modelled cache in vertices: the usual size, so that figures can be compared with those
-// of others.
+// The capacity of the modelled cache in vertices. This is the usual size, so that results are comparable.
 constexpr unsigned int kCacheSize = 16;
 
 // The maximum factor by which the reduction of overdraw may worsen the use of the vertex cache.

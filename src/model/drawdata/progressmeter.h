@@ -14,7 +14,7 @@ class ProgressMeter {
 public:
     /// `progress` may be empty.
     explicit ProgressMeter(LoadProgress progress);
-    // Not copied: meters hold a pointer to this object.
+    // Not copyable, because meters hold a pointer to this object.
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
 

@@ -11,8 +11,7 @@ bool allBelow(const quint32* numbers, quint32 count, quint32 limit) {
         return count == 0;
     quint32 i = 0;
 #if defined(__SSE2__)
-    // SSE2 compares signed numbers only: flipping the highest bit of both sides makes the order the unsigned
-    // one.
+    // SSE2 compares only signed numbers. Flipping the highest bit of both sides gives the unsigned order.
     const __m128i half = _mm_set1_epi32(static_cast<int>(0x80000000U));
     const __m128i last = _mm_set1_epi32(static_cast<int>((limit - 1) ^ 0x80000000U));
     __m128i above = _mm_setzero_si128();

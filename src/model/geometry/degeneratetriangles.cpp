@@ -29,7 +29,7 @@ bool isDegenerate(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c)
 } // namespace
 
 int FindDegenerateTriangle(int count, const unsigned int* indices, const float* positions, int start) {
-    // A last triangle that the list cuts short is none.
+    // An incomplete triangle at the end of the list is ignored.
     for (qint64 i = std::max(start, 0); i + 2 < count; i += 3)
         if (isDegenerate(pointOf(positions, indices[i]), pointOf(positions, indices[i + 1]),
                          pointOf(positions, indices[i + 2])))

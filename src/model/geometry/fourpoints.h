@@ -34,14 +34,14 @@ inline FourPoints crossProduct(const FourPoints& p, const FourPoints& q) {
             differenceOfProducts(p.x, q.y, p.y, q.x)};
 }
 
-/// From four floats each, of which the last is not used.
+/// Makes each point from four floats. The last float is not used.
 inline FourPoints fourPoints(__m128 a, __m128 b, __m128 c, __m128 d) {
     _MM_TRANSPOSE4_PS(a, b, c, d);
     return {a, b, c};
 }
 
-/// The positions of corner `corner` of four faces that have `count` corners each and lie one after the other.
-/// Reads one float behind each position.
+/// The positions of corner `corner` of four consecutive faces with `count` corners each. Reads one float
+/// beyond each position.
 inline FourPoints pointsOfFour(const quint32* corners, int count, int corner, const float* positions) {
     const auto load = [&](int face) {
         return _mm_loadu_ps(positions + 3 * qint64(corners[face * count + corner]));

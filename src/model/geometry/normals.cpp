@@ -11,12 +11,12 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Positions of which some may lie behind the end, where they are zero.
+/// The positions of vertices. Positions beyond the end of the array are zero.
 struct Positions {
     const float* floats;
     quint64 count;
 
-    /// Positions behind which there is another one.
+    /// The number of positions that are followed by another position.
     quint64 countBeforeLast() const { return count < 3 ? 0 : count / 3 - 1; }
 
     SpacePoint operator[](quint32 vertex) const {
@@ -27,12 +27,13 @@ struct Positions {
     }
 };
 
-/// As long as the sine of the angle at `a`, and on the side from which the triangle is clockwise: meant.
+/// Its length is the sine of the angle at `a`. It points to the side from which the triangle is clockwise.
+/// This is intentional.
 SpacePoint faceNormal(const SpacePoint& a, const SpacePoint& b, const SpacePoint& c) {
     return crossProduct(normalized(c - a), normalized(b - a));
 }
 
-/// A normal per vertex, or the sum of those of its faces.
+/// One normal per vertex: first the sum of the normals of its faces, then normalised.
 class Normals {
 public:
     Normals(float* floats, quint32 count) : _floats(floats), _count(count) {
@@ -99,7 +100,7 @@ __m128 joined(__m128d low, __m128d high) {
     return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
 }
 
-/// Two masks of two lanes as one of four.
+/// Joins two masks of two lanes to one of four lanes.
 __m128 joinedMasks(__m128d low, __m128d high) {
     return _mm_shuffle_ps(_mm_castpd_ps(low), _mm_castpd_ps(high), _MM_SHUFFLE(2, 0, 2, 0));
 }
@@ -108,7 +109,8 @@ __m128 chosen(__m128 condition, __m128 yes, __m128 no) {
     return _mm_or_ps(_mm_and_ps(condition, yes), _mm_andnot_ps(condition, no));
 }
 
-/// What normalized() gives, or where null ones stay as they are, what normalize() makes.
+/// The same as normalized() for each point; if `nullStays`, the same as normalize(), which leaves null
+/// vectors unchanged.
 FourPoints normalized(const FourPoints& p, bool nullStays) {
     const Half low(p.x, p.y, p.z);
     const Half high(upper(p.x), upper(p.y), upper(p.z));
@@ -129,7 +131,7 @@ FourPoints normalized(const FourPoints& p, bool nullStays) {
     return {choose(p.x, divided.x), choose(p.y, divided.y), choose(p.z, divided.z)};
 }
 
-/// Four directions as four floats each, of which the last is zero.
+/// Four directions of four floats each. The last float is zero.
 struct FourDirections {
     __m128 each[4];
 
@@ -159,7 +161,7 @@ void addFourTriangles(const float* positions, const quint32* corners, const Norm
         addThree(sums[corners[i]], normals.each[i / 3]);
 }
 
-/// Returns: how many of the triangles were added.
+/// Returns: the number of triangles that were added.
 quint64 addTriangles(const Positions& points, const quint32* corners, quint64 count, const Normals& sums) {
     const quint64 limit = std::min<quint64>(sums.count(), points.countBeforeLast());
     quint64 done = 0;
@@ -174,10 +176,10 @@ quint64 addTriangles(const Positions& points, const quint32* corners, quint64 co
     return done;
 }
 
-/// Returns: how many of the normals were normalised.
+/// Returns: the number of normals that were normalised.
 quint32 normalizeAll(const Normals& normals) {
     quint32 vertex = 0;
-    // One more is left, since four floats are read for three.
+    // At least one normal is left, because four floats are read for three.
     for (; quint64{vertex} + 5 <= normals.count(); vertex += 4) {
         float* const first = normals[vertex];
         const FourDirections four(normalized(fourPoints(_mm_loadu_ps(first), _mm_loadu_ps(first + 3),

@@ -4,8 +4,9 @@
 
 namespace Atelier::Vel {
 
-/// The float arithmetic of the triangulation: QVector2D and QVector3D of Qt 5, operation by operation. Qt's
-/// own products and normalisations stand in its library, where no compiler can inline them.
+/// The float arithmetic of the triangulation: operation by operation the same as QVector2D and QVector3D of
+/// Qt 5. Qt's own products and normalisations are compiled into its library, so that a compiler cannot inline
+/// them.
 
 /// A point or direction in the plane of a polygon.
 struct PlanePoint {
@@ -31,7 +32,8 @@ struct SpacePoint {
     }
 };
 
-/// Squared lengths up to this count as zero, and as one when they are this close to it: qFuzzyIsNull(double).
+/// A squared length up to this counts as zero. A squared length that differs from one by up to this counts as
+/// one. This is the limit of qFuzzyIsNull(double).
 constexpr double kNullLength = 0.000000000001;
 
 inline double squaredLength(const PlanePoint& p) {
@@ -50,7 +52,7 @@ inline SpacePoint divided(const SpacePoint& p, double divisor) {
     return {float(double(p.x) / divisor), float(double(p.y) / divisor), float(double(p.z) / divisor)};
 }
 
-/// Like normalized() of Qt's vectors: one of null length becomes zero.
+/// Like normalized() of Qt's vectors: a vector of null length becomes zero.
 template<typename Point>
 Point normalized(const Point& p) {
     const double squared = squaredLength(p);
@@ -61,7 +63,7 @@ Point normalized(const Point& p) {
     return divided(p, std::sqrt(squared));
 }
 
-/// Like normalize() of Qt's vectors: one of null length stays as it is.
+/// Like normalize() of Qt's vectors: a vector of null length is unchanged.
 template<typename Point>
 void normalize(Point& p) {
     const double squared = squaredLength(p);

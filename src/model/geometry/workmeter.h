@@ -4,8 +4,8 @@
 
 namespace Atelier::Vel {
 
-/// Counts units of a long work as they are done, some ten thousand at a time. May be empty. An exception from
-/// it cancels the work.
+/// A callback that counts finished units of long work, some ten thousand per call. May be empty. An exception
+/// from it cancels the work.
 using WorkMeter = std::function<void(int units)>;
 
 } // namespace Atelier::Vel

@@ -14,7 +14,7 @@
 
 namespace Atelier::Vel {
 
-/// The faces that share one material, and what is known about them.
+/// A group of faces with one material.
 struct MaterialGroup {
     InstanceData material;
     qint32 id = 0;

@@ -10,7 +10,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// The attributes as the given corners use them, one after the other; `numbers` takes their index lists.
+/// The attributes for the given corners only, in their order. `numbers` receives the index lists.
 std::vector<CornerAttribute> attributesOf(const std::vector<CornerAttribute>& attributes,
                                           const std::vector<quint32>& corners,
                                           std::vector<quint32>& numbers) {
@@ -27,7 +27,7 @@ std::vector<CornerAttribute> attributesOf(const std::vector<CornerAttribute>& at
     return result;
 }
 
-/// Merges all corners of `remap` as `merged` merges those of them that are candidates.
+/// Merges the candidates among the corners of `remap` as in `merged`. Every other corner becomes a vertex.
 void spreadToAllCorners(const std::vector<quint32>& candidates, const VertexRemap& merged,
                         VertexRemap& remap) {
     const auto count = static_cast<quint32>(candidates.size());

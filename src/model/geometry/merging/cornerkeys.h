@@ -11,11 +11,11 @@ namespace Atelier::Vel {
 /// Corners as keys of a VertexTable: the values of all attributes, one after the other.
 class CornerKeys {
 public:
-    /// `seed` is where every hash begins.
+    /// `seed` is the initial value of every hash.
     CornerKeys(const std::vector<CornerAttribute>& attributes, quint64 seed) : _seed(seed) {
         quint64 longest = 0;
         for (const CornerAttribute& attribute : attributes) {
-            // Without a value, or without bytes, all corners are alike in this attribute.
+            // All corners are alike in an attribute without values or without bytes.
             if (attribute.valueCount == 0 || attribute.stride == 0)
                 continue;
             _attributes.push_back(attribute);
@@ -25,11 +25,11 @@ public:
         _zeros.resize(longest);
     }
 
-    /// Words of a key; 0 if keys are too wide to be copied.
+    /// The number of words of a key; 0 if keys are too wide to be copied.
     quint32 words() const { return _bytes < kTooWide ? static_cast<quint32>((_bytes + 7) / 8) : 0; }
 
-    /// Writes the hashes and, if keys are copied, the keys of `count` corners. The bytes of the last word
-    /// that a key does not use stay as they are.
+    /// Writes the hashes and, if keys are copied, the keys of `count` corners. The unused bytes of the last
+    /// word of a key are unchanged.
     void read(quint32 first, quint32 count, quint64* hashes, quint64* keys) const {
         std::fill_n(hashes, count, _seed);
         const quint64 step = words() * sizeof(quint64);
@@ -69,12 +69,13 @@ public:
     }
 
 private:
-    // Two cache lines hold a key of 128 bytes. Copying wider ones costs more than it saves.
+    // Two cache lines hold a key of 128 bytes. Copying wider keys costs more than it saves.
     static constexpr quint64 kTooWide = 129;
     // Prefetch distance in bytes along a run of values: 16 cache lines, about one memory latency.
     static constexpr quint64 kBytesAhead = 1024;
 
-    /// Calls `take` with the number, from 0, and the bytes of the value of each of `count` corners.
+    /// Calls `take(i, bytes)` for each of `count` corners. i counts from 0, and `bytes` is the value of the
+    /// corner.
     template<typename Take>
     void forCorners(const CornerAttribute& attribute, quint64 stride, quint32 first, quint32 count,
                     const Take& take) const {
@@ -92,7 +93,7 @@ private:
         }
     }
 
-    /// Whether corners use one value after the other, as those of a mesh without shared ones do.
+    /// Whether the corners use consecutive values, as in a mesh without shared values.
     static bool isRun(const CornerAttribute& attribute, quint32 first, quint32 count) {
         if (attribute.indices == nullptr || attribute.indexStep != 1 ||
             attribute.indexCount < quint64{first} + count)
@@ -111,7 +112,7 @@ private:
 
     std::vector<CornerAttribute> _attributes;
     std::vector<unsigned char> _zeros;
-    quint64 _bytes = 0; ///< of the values of a corner, up to kTooWide and more
+    quint64 _bytes = 0; ///< of the values of a corner; inexact above kTooWide
     quint64 _seed;
 };
 

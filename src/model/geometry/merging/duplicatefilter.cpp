@@ -8,7 +8,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Slots of two bits: no corner, one, or several hash to them.
+/// A table with slots of two bits: no corner, one corner or several corners hash to a slot.
 class DuplicateFilter {
 public:
     explicit DuplicateFilter(quint32 cornerCount)
@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    // One in eight corners without a duplicate shares its slot then.
+    // With 7 slots per corner, one in eight corners without a duplicate shares its slot.
     static constexpr quint64 kSlotsPerCorner = 7;
     static constexpr quint32 kSlotsPerWord = 32;
 
@@ -35,14 +35,14 @@ private:
     ScratchBlock _words;
 };
 
-/// The candidates among `count` corners, which `cornerAt` gives, written over `found`. Returns: how many
-/// there are.
+/// Writes the candidates among `count` corners to `found`. `cornerAt(i)` returns a corner. Returns: the
+/// number of candidates.
 template<typename CornerAt>
 quint32 findCandidates(const CornerAttribute& attribute, quint32 count, const CornerAt& cornerAt,
                        quint64 seed, quint32* found, const WorkMeter& meter) {
     DuplicateFilter filter(count);
-    // Slots lie anywhere, and those of a large mesh in no cache: this prefetch distance covers one memory
-    // latency.
+    // The slots of a large mesh are accessed in random order and are not in a cache. This prefetch distance
+    // covers one memory latency.
     constexpr quint32 kAhead = 32;
     withStride(attribute.stride, [&](auto value) {
         forValues(attribute, value.stride(), count, cornerAt, meter,
@@ -68,7 +68,8 @@ quint32 findCandidates(const CornerAttribute& attribute, quint32 count, const Co
 
 } // namespace
 
-// Filtered again with another seed, one in sixty of the corners without a duplicate is left.
+// The second pass filters with another seed. After it, one in sixty of the corners without a duplicate is
+// left.
 std::vector<quint32> duplicateCandidates(const CornerAttribute& attribute, quint32 cornerCount,
                                          quint64 hashSeed, quint32* slots, const WorkMeter& meter) {
     const auto itself = [](quint32 corner) { return corner; };

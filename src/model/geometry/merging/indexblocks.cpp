@@ -6,7 +6,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Whether the list has entries for all of the corners, and each of them names a value.
+/// Whether the list has an entry for each of the corners, and each entry is the number of a value.
 bool allHaveValues(const CornerAttribute& attribute, quint32 first, quint32 count) {
     return attribute.indices != nullptr && attribute.indexStep == 1 && attribute.valueCount != 0 &&
            quint64{first} + count <= attribute.indexCount &&

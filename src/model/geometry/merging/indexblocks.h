@@ -6,17 +6,17 @@
 
 namespace Atelier::Vel {
 
-/// Reads an attribute's index list a block at a time and checks the indices, so that users of a block need
-/// not.
+/// Reads the index list of an attribute block by block and checks the indices, so that callers do not have
+/// to.
 class IndexBlock {
 public:
     static constexpr quint32 kSize = 1024;
 
-    /// The numbers of the values of `count` corners from `first` on, valueCount for those that have none;
-    /// valid until the next call.
+    /// The value numbers of `count` corners, starting at `first`. The number is valueCount for a corner
+    /// without a value. Valid until the next call.
     const quint32* read(const CornerAttribute& attribute, quint32 first, quint32 count);
 
-    /// The corners without a value in all blocks so far.
+    /// The number of corners without a value in all blocks so far.
     quint64 substitutedCorners() const { return _substitutedCorners; }
 
 private:

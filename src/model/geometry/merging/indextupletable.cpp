@@ -9,8 +9,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// Finds a tuple by its first number: each has a slot, to which the slots of further tuples with the same
-/// first number are chained.
+/// Finds a tuple by its first number. Each first number has a slot. The slots of further tuples with the same
+/// first number are chained to it.
 template<std::size_t Others>
 class ChainedTable final : public IndexTupleTable {
 public:
@@ -18,8 +18,8 @@ public:
 
     void raiseLimit(quint64 limit) override {
         _slots.reserve(limit, _limit);
-        // Two tuples for each first number are enough for nearly every mesh. Moving them would cost much, and
-        // capacity that is not used costs nothing.
+        // Two tuples per first number are enough for nearly every mesh. Moving tuples is expensive, and
+        // unused capacity costs nothing.
         _tuples.reserve(2 * limit * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _limit = std::max(_limit, limit);
     }
@@ -27,13 +27,14 @@ public:
     void add(const quint32* const* numbers, quint32 count, quint32* out) override {
         _tuples.reserve((quint64{_tupleCount} + count) * (Others + 1), quint64{_tupleCount} * (Others + 1));
         _chained.reserve(quint64{_chainedCount} + count + 1, quint64{_chainedCount} + 1);
-        // Copies of members, which the compiler may keep in registers while numbers are written.
+        // Copies of members, so that the compiler can keep them in registers while it writes numbers.
         Slot* const slots = _slots.items();
         quint32 tupleCount = _tupleCount;
         std::array<quint32, Others + 1> greatest{};
         quint32* tuple = _tuples.items() + quint64{tupleCount} * (Others + 1);
         for (quint32 i = 0; i < count; ++i) {
-            // Look-ups of faces in random order would each wait for memory: this prefetch distance covers it.
+            // Without a prefetch, each look-up would wait for memory if faces are in random order. This
+            // prefetch distance covers the wait.
             constexpr quint32 kAhead = 24;
             prefetch(slots + numbers[0][std::min(i + kAhead, count - 1)]);
             const quint32 first = numbers[0][i];
@@ -67,11 +68,12 @@ private:
 
     struct Slot {
         Rest others;
-        quint32 tuple; ///< plus one; 0 is a free slot
+        quint32 tuple; ///< tuple number plus one; 0 marks a free slot
         quint32 next;  ///< number of the next slot of the chain; 0 ends it
     };
 
-    /// Word by word: two words of a tuple that was just put together cannot be loaded as one without a stall.
+    /// Compares word by word. Loading two words as one would stall, because the tuple was written just
+    /// before.
     static bool equal(const Rest& a, const Rest& b) {
         quint32 difference = 0;
         for (std::size_t i = 0; i < Others; ++i)
@@ -79,7 +81,8 @@ private:
         return difference == 0;
     }
 
-    /// The slot of the tuple, from that of its first number on; free when the tuple is new.
+    /// The slot of the tuple. The search starts at the slot of its first number. The result is free if the
+    /// tuple is new.
     Slot* find(Slot* slot, const Rest& others) {
         if (slot->tuple == 0)
             return slot;
@@ -95,7 +98,7 @@ private:
     }
 
     GrowingList<Slot> _slots;
-    GrowingList<Slot> _chained; ///< from number 1 on
+    GrowingList<Slot> _chained; ///< numbered from 1
     quint64 _limit = 0;
     quint32 _chainedCount = 0;
 };

@@ -22,22 +22,23 @@ public:
 
     /// Allows first numbers below `limit`. Requires: `limit` is not below that of an earlier call.
     virtual void raiseLimit(quint64 limit) = 0;
-    /// Writes the numbers of the tuples of `count` corners to `out`. `numbers` has a list for each place;
-    /// `out` may be one of them.
+    /// Writes the numbers of the tuples of `count` corners to `out`. `numbers` has one list per place; `out`
+    /// may be one of them.
     virtual void add(const quint32* const* numbers, quint32 count, quint32* out) = 0;
-    /// Returns the memory that only add() needs.
+    /// Releases the memory that only add() needs.
     virtual void finish() = 0;
 
     std::size_t places() const { return _places; }
     /// The number of distinct tuples so far.
     quint32 tupleCount() const { return _tupleCount; }
-    /// The numbers at one place of all tuples, places() apart; null if there are no tuples.
+    /// The numbers at one place of all tuples. The distance between two numbers is places(). Null if there
+    /// are no tuples.
     const quint32* numbersAt(std::size_t place) const {
         return _tupleCount == 0 ? nullptr : _tuples.items() + place;
     }
-    /// The greatest number at a place of the tuples; 0 if there are no tuples.
+    /// The maximum number at a place of the tuples; 0 if there are no tuples.
     quint32 greatest(std::size_t place) const { return _greatest[place]; }
-    /// What numbering has cost so far.
+    /// The cost of numbering so far.
     TupleCost cost() const { return {_places, _tupleCount, _steps}; }
 
 protected:
@@ -46,7 +47,7 @@ protected:
     std::size_t _places;
     quint32 _tupleCount = 0;
     std::array<quint32, MergePolicy::kMaxTuplePlaces> _greatest{};
-    quint64 _steps = 0; ///< tuples that were compared in vain
+    quint64 _steps = 0; ///< comparisons with a different tuple
     GrowingList<quint32> _tuples;
 };
 

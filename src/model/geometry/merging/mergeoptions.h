@@ -5,9 +5,10 @@
 
 namespace Atelier::Vel {
 
-/// How corners are merged. Nothing in it changes the result.
+/// Options of merging. None of them changes the result.
 struct MergeOptions {
-    /// Where every hash begins. A random number, so that no file can be made whose corners all hash alike.
+    /// The initial value of every hash. It should be random, so that nobody can make a file whose corners all
+    /// have the same hash.
     quint64 hashSeed = 0;
     /// Counts corners as they are merged, some of them twice. May be empty; an exception from it cancels the
     /// merging.

@@ -11,7 +11,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// The attribute with the most values: its values have the fewest tuples each.
+/// The attribute with the most values has the fewest tuples per value.
 std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
     const auto most = std::max_element(
         attributes.begin(), attributes.end(),
@@ -19,7 +19,8 @@ std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
     return static_cast<std::size_t>(most - attributes.begin());
 }
 
-/// Writes the value numbers of the first `count` corners back if their tuples were written over them.
+/// Restores the value numbers of the first `count` corners in the list that was overwritten with tuples, if
+/// any.
 void restoreList(const std::vector<CornerAttribute>& attributes, const std::vector<std::size_t>& places,
                  const IndexTupleTable& tuples, quint64 count, quint32* tupleOfCorner) {
     for (std::size_t i = 0; i < attributes.size(); ++i)
@@ -31,7 +32,7 @@ void restoreList(const std::vector<CornerAttribute>& attributes, const std::vect
         }
 }
 
-/// The corners whose tuple names no value of the attribute.
+/// The number of corners whose tuple has no valid number for the attribute.
 quint64 countSubstituted(const CornerAttribute& tuples, quint32 cornerCount, const quint32* tupleOfCorner) {
     const auto hasNone = [&tuples](quint32 tuple) { return tuples.valueOf(tuple) == tuples.valueCount; };
     return static_cast<quint64>(std::count_if(tupleOfCorner, tupleOfCorner + cornerCount, hasNone));

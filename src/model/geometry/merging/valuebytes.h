@@ -6,9 +6,9 @@
 
 namespace Atelier::Vel {
 
-// When are two values equal? When their bytes are: -0.0 and 0.0 differ, and two NaNs of the same bits do not.
-// Hash, copied key and comparison of a value stand side by side below and see it through valueWord() and
-// valueRest() only: to make other bytes equal, change these two.
+// Two values are equal if their bytes are equal: -0.0 and 0.0 differ, and two NaNs with the same bits are
+// equal. The hash, the copied key and the comparison below read a value only through valueWord() and
+// valueRest(). To make other bytes equal, change these two functions.
 
 /// A word of a value.
 template<typename Word>
@@ -38,7 +38,7 @@ struct ValueBytes {
             return mixWords(hash, valueWord<quint64>(bytes), tail(bytes));
     }
 
-    /// Copies a value to a key, which has room for its stride.
+    /// Copies a value to a key, which has capacity for its stride.
     static void copy(const unsigned char* bytes, unsigned char* key) {
         for (quint64 i = 0; i + 8 <= Stride; i += 8)
             store(valueWord<quint64>(bytes + i), key + i);
@@ -54,7 +54,7 @@ struct ValueBytes {
     }
 
 private:
-    /// What follows the first eight bytes.
+    /// The bytes after the first eight.
     static quint64 tail(const unsigned char* bytes) {
         if constexpr (Stride == 8)
             return 0;
@@ -105,7 +105,7 @@ struct AnyValueBytes {
 };
 
 /// Calls `work` with the value type of a stride.
-/// Returns: what it returns.
+/// Returns: the result of `work`.
 template<typename Work>
 auto withStride(quint64 stride, const Work& work) {
     switch (stride) {

@@ -9,15 +9,15 @@
 
 namespace Atelier::Vel {
 
-/// Calls `take` with the number, from 0, and the bytes of the value of each of `count` corners, in their
-/// order. `cornerAt` gives the corners. The values of a mesh in no order lie anywhere: a block of them is
+/// Calls `take(i, bytes)` for each of `count` corners in order. i counts from 0, and `bytes` is the value of
+/// the corner `cornerAt(i)`. The values of an unordered mesh may be anywhere in memory, so a block of them is
 /// prefetched before it is used. `meter` counts corners.
 template<typename CornerAt, typename Take>
 void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, const CornerAt& cornerAt,
                const WorkMeter& meter, const Take& take) {
     constexpr quint32 kCornersPerReport = 1 << 15; // about a millisecond
-    constexpr std::size_t kBlock = 64;             // more than one core fetches at a time
-    const std::vector<unsigned char> zeros(std::max<quint64>(stride, 1)); // a place even for no bytes
+    constexpr std::size_t kBlock = 64;             // more fetches than one core has in flight at a time
+    const std::vector<unsigned char> zeros(std::max<quint64>(stride, 1)); // never empty
     std::array<const unsigned char*, kBlock> values;
     for (quint32 first = 0; first < count;) {
         const quint32 end = first + std::min<quint32>(values.size(), count - first);
@@ -34,8 +34,8 @@ void forValues(const CornerAttribute& attribute, quint64 stride, quint32 count, 
     }
 }
 
-/// Copies the value of each of the given corners, or of the first `count` if those are null, to `out`, one
-/// after the other. `meter` counts values.
+/// Copies the values of the given corners to `out`, one after the other. If `corners` is null, copies the
+/// values of the first `count` corners. `meter` counts values.
 void gatherValues(const CornerAttribute& attribute, const quint32* corners, quint32 count, unsigned char* out,
                   const WorkMeter& meter = {});
 

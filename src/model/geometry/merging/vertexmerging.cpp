@@ -45,8 +45,8 @@ VertexMerging::VertexMerging(std::vector<CornerAttribute> attributes, TupleMergi
     mergeTuples(cornerCount, tupleOfCorner, options);
 }
 
-// Equal tuples are equal bytes, and tuples are numbered as they appear: so the vertices of the tuples are
-// those of the corners, in the same order.
+// Equal tuples have equal bytes, and tuples are numbered in the order of their appearance. So the vertices of
+// the tuples are those of the corners, in the same order.
 void VertexMerging::mergeTuples(quint32 cornerCount, quint32* vertexOfCorner, const MergeOptions& options) {
     const quint32 tupleCount = _tuples.tupleCount();
     _attributes = _tuples.tuples(_attributes);

@@ -14,21 +14,22 @@ namespace Atelier::Vel {
 /// The distinct vertices of a mesh whose attributes are indexed separately: the entry point of merging.
 ///
 /// Two corners share a vertex if their values have the same bytes in all attributes (so −0.0 and 0.0 differ,
-/// and two NaNs of the same bits do not). Vertices are numbered from 0 in the order in which they first
+/// and two NaNs with the same bits are equal). Vertices are numbered from 0 in the order in which they first
 /// appear over the corners.
 class VertexMerging {
 public:
     /// Finds the vertices and writes the vertex of each corner to `vertexOfCorner`, which has capacity for
-    /// `cornerCount` entries. The values of the attributes must stay in place while this object lives, and
-    /// their lists while needsIndices() is true. `vertexOfCorner` may be the list of one of the attributes if
-    /// `otherList` is given: if the lists turn out to be needed later, it is called and returns another list
-    /// for the vertices. Valid indices in the list are unchanged then; invalid ones may be replaced by the
-    /// number of values. Cost: one pass over the corners; working memory of at most 16 bytes per corner.
+    /// `cornerCount` entries. The values of the attributes must remain valid during the lifetime of this
+    /// object, and their lists while needsIndices() is true. `vertexOfCorner` may be the list of one of the
+    /// attributes if `otherList` is given. If the lists turn out to be needed later, `otherList` is called
+    /// and returns another list for the vertices. Then valid indices in the list are unchanged; invalid ones
+    /// may be replaced by the number of values.
+    /// Cost: one pass over the corners; working memory of at most 16 bytes per corner.
     VertexMerging(std::vector<CornerAttribute> attributes, quint32 cornerCount, quint32* vertexOfCorner,
                   const MergeOptions& options, const std::function<quint32*()>& otherList = {});
 
-    /// The same for corners whose tuples are numbered in `tupleOfCorner` already, which becomes the list of
-    /// vertices.
+    /// The same for corners whose tuples are already numbered in `tupleOfCorner`. That list becomes the list
+    /// of vertices.
     VertexMerging(std::vector<CornerAttribute> attributes, TupleMerging tuples, quint32 cornerCount,
                   quint32* tupleOfCorner, const MergeOptions& options);
 
@@ -49,7 +50,7 @@ private:
     TupleMerging _tuples;
     std::vector<quint64> _substituted;
     quint32 _vertexCount = 0;
-    std::unique_ptr<ScratchBlock> _firstCorner; ///< of each vertex; null if each corner, or tuple, is one
+    std::unique_ptr<ScratchBlock> _firstCorner; ///< of each vertex; null without merged ones
 };
 
 } // namespace Atelier::Vel

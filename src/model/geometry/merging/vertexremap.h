@@ -8,12 +8,12 @@
 namespace Atelier::Vel {
 
 /// A remap from corners to vertices: the vertex of each corner and the first corner of each vertex. Vertices
-/// are numbered from 0 in the order in which they first appear over the corners. All ways of merging write
-/// one.
+/// are numbered from 0 in the order in which they first appear over the corners. All ways of merging produce
+/// a remap.
 class VertexRemap {
 public:
-    /// The identity, until corners are merged: each corner is a vertex. `vertexOfCorner` has capacity for
-    /// `cornerCount` entries.
+    /// Constructs the identity: until corners are merged, each corner is a vertex. `vertexOfCorner` has
+    /// capacity for `cornerCount` entries.
     VertexRemap(quint32 cornerCount, quint32* vertexOfCorner)
         : _cornerCount(cornerCount), _vertexOfCorner(vertexOfCorner), _vertexCount(cornerCount) {}
 
@@ -25,13 +25,14 @@ public:
     /// The first corner of each vertex; null for the identity.
     const quint32* firstCorner() const { return isIdentity() ? nullptr : _firstCorner->as<quint32>(); }
 
-    /// Makes the list of first corners, with capacity for one per corner, and returns it to be filled.
+    /// Makes the list of first corners, with capacity for one per corner, and returns it for the caller to
+    /// fill.
     quint32* makeFirstCorner() {
         _firstCorner = std::make_unique<ScratchBlock>(quint64{_cornerCount} * sizeof(quint32),
                                                       ScratchBlock::Content::Unspecified);
         return _firstCorner->as<quint32>();
     }
-    /// Ends the use of this object.
+    /// The list of first corners. This object must not be used afterwards.
     std::unique_ptr<ScratchBlock> takeFirstCorner() { return std::move(_firstCorner); }
     void setVertexCount(quint32 count) { _vertexCount = count; }
 

@@ -12,16 +12,16 @@ namespace Atelier::Vel {
 
 /// An open-addressing hash table of corners that numbers the distinct ones in order of insertion.
 ///
-/// A slot is one 32-bit word: the number plus one, and above it as many bits of the hash as are left. So a
-/// look-up skips nearly all slots of other corners without comparing them.
+/// A slot is one 32-bit word. It contains the number plus one, and bits of the hash in the remaining high
+/// bits. So a look-up skips nearly all slots of other corners without comparing them.
 ///
-/// If corners have many equals, a look-up ends in a comparison with an earlier corner, whose indices and
-/// values lie anywhere. So the keys of the first distinct corners are kept side by side: one small area of
-/// memory instead of up to seven large ones.
+/// If many corners are equal, a look-up usually ends in a comparison with an earlier corner, whose indices
+/// and values may be anywhere in memory. So the keys of the first distinct corners are stored side by side:
+/// one small area of memory instead of up to seven large ones.
 class VertexTable {
 public:
     /// A table for at most `capacity` corners, 8 bytes for each, and keys of `keyWords` words for a quarter
-    /// of them; no keys are kept if that is 0.
+    /// of them; no keys are kept if `keyWords` is 0.
     VertexTable(quint32 capacity, quint32 keyWords)
         : _slotCount(2 * quint64{capacity} + 1),
           _scratch(_slotCount * sizeof(quint32)),
@@ -37,14 +37,14 @@ public:
 
     /// Inserts corners 0 to `count` − 1 in this order. Writes the number of each corner and the first corner
     /// of each number. `meter` counts corners. `Keys` hashes runs of corners and copies their keys, compares
-    /// two corners, and prefetches the indices and the values of one. Returns: the number of distinct
-    /// corners.
+    /// two corners, and prefetches the indices and the values of one corner.
+    /// Returns: the number of distinct corners.
     template<typename Keys>
     quint32 insertAll(const Keys& keys, quint32 count, quint32* numberOfCorner, quint32* firstCorner,
                       const WorkMeter& meter = {}) {
-        // A look-up goes from the slot to the first corner there, its indices and its values, and each of
-        // these may miss the caches. So the look-ups of a block are cut into steps that prefetch for the next
-        // one, and blocks take their steps in turn.
+        // A look-up reads the slot, the first corner there, its indices and its values, and each of these may
+        // miss the caches. So the look-ups of a block are divided into steps. Each step prefetches for the
+        // next step, and the steps of several blocks alternate.
         const quint32 blockCount = count / kBlock + (count % kBlock != 0 ? 1 : 0);
         quint32 numbers = 0;
         for (quint64 turn = 0; turn < quint64{blockCount} + kSteps - 1; ++turn) {
@@ -80,7 +80,7 @@ private:
         quint32 count = 0;
         quint32 expectedCount = 0;
         std::array<quint64, kBlock> hashes;
-        std::array<quint32, kBlock> expected; ///< numbers that corners of the block seem to have
+        std::array<quint32, kBlock> expected; ///< probable numbers of corners of the block
     };
 
     template<typename Keys>
@@ -92,7 +92,8 @@ private:
             prefetch(_slots + home(block.hashes[i]));
     }
 
-    /// Prefetches what comparing the corners of a block will need. A kept key is all of it.
+    /// Prefetches the data that the comparison of the corners of a block needs. This is the key if it is
+    /// kept.
     void expect(Block& block, const quint32* firstCorner) const {
         block.expectedCount = 0;
         for (quint32 i = 0; i < block.count; ++i) {
@@ -139,7 +140,7 @@ private:
     quint64 home(quint64 hash) const { return (hash >> 32) * _slotCount >> 32; }
     quint32 tag(quint64 hash) const { return static_cast<quint32>(hash) & ~_numberMask; }
 
-    /// Those of the corners of a block.
+    /// The keys of the corners of a block.
     quint64* keysOf(const Block& block) {
         return _blockKeys.data() + static_cast<std::size_t>(&block - _blocks.data()) * kBlock * _keyWords;
     }
@@ -151,7 +152,7 @@ private:
         return difference == 0;
     }
 
-    /// The number of the corner with that hash; takes the free slot for `next` when the corner is new.
+    /// The number of the corner with that hash; takes the free slot for `next` if the corner is new.
     template<typename IsEqual>
     quint32 find(quint64 hash, quint32 next, const IsEqual& isEqual) {
         for (quint64 slot = home(hash);; slot = slot + 1 == _slotCount ? 0 : slot + 1) {
@@ -171,7 +172,7 @@ private:
     ScratchBlock _scratch;
     quint32* _slots;
     quint32 _keyWords;
-    quint32 _keyCapacity; ///< keys that are kept are those of numbers below
+    quint32 _keyCapacity; ///< keys are kept for numbers below this
     ScratchBlock _keyScratch;
     quint64* _keys;
     std::array<Block, kSteps> _blocks;
