@@ -7,16 +7,16 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Let C be the least cross product of the two edges at a corner, D the diameter, u = 2^-24. In a convex
-// polygon the distance of the corners from the line through two of them has no minimum but at the ends of a
-// chain; so of all triangles that three of its corners make, none has less than C as its doubled area, and
-// the sine of every angle in them is at least C / D². A float cross product of normalised float offsets is
-// off by less than 6 u (two roundings of each direction and one of products, as each factor's offset is
-// rounded before it is normalised). So where C / D² is above 16 u, every defined test of three corners tells
-// their true orientation: each corner is convex, and each other corner lies beyond the side opposite to it.
+// Let C be the minimum cross product of the two edges at a corner, D the diameter and u = 2^-24. In a convex
+// polygon, along a chain of corners, the distance from the line through two corners is minimal at an end of
+// the chain. So every triangle of three corners has a doubled area of at least C, and the sine of each of its
+// angles is at least C / D². A float cross product of normalised float offsets has an error below 6 u: two
+// roundings of each direction and one of the products, because the offset of each factor is rounded before it
+// is normalised. So if C / D² exceeds 16 u, every defined test of three corners gives their true orientation:
+// each corner is convex, and every other corner lies beyond the side opposite to it.
 constexpr double kMinSine = 0x1p-20;
 
-// Offsets of up to 1e-6 normalise to zero; no two corners are closer than C / D.
+// Offsets of up to 1e-6 normalise to zero. The distance between two corners is at least C / D.
 constexpr double kMinSquaredDistance = 1.01e-12;
 
 // Above this the difference of two floats may be infinite.
@@ -44,7 +44,8 @@ struct Edge {
     Edge(const PlanePoint& from, const PlanePoint& to)
         : x(double(to.x) - double(from.x)), y(double(to.y) - double(from.y)) {}
 
-    /// One half of all directions; which of its two ends belongs to it makes it exactly a half.
+    /// Whether the direction is in the right half of all directions. Exactly one of the two vertical
+    /// directions belongs to that half.
     bool pointsRight() const { return x > 0 || (x == 0 && y > 0); }
 };
 
@@ -62,7 +63,7 @@ bool isClearlyConvex(int count, const PlanePoint* points, bool clockwise) {
         if (!(cross > 0))
             return false;
         minCross = std::min(minCross, cross);
-        // Turning by less than half a turn at a time, and always the same way, no revolution can be missed.
+        // Every turn is less than half a revolution and in the same direction, so no revolution is missed.
         revolutions += edge.pointsRight() && !previous.pointsRight() ? 1 : 0;
         bounds.include(points[k]);
         previous = edge;

@@ -13,11 +13,11 @@ namespace {
 
 constexpr int kSitesPerLeaf = 8;
 
-// A point closer than this to the start of a side has the direction zero from there, which counts as inside
-// whichever side it is on. The defined limit is 1e-6 of the rounded offset; the excess covers its rounding.
+// A point closer than this to the start of a side has a zero direction from there. It counts as inside,
+// whichever side it is on. The defined limit is 1e-6 for the rounded offset; the excess covers its rounding.
 constexpr double kNullRadius = 1.0001e-6;
 
-// The margin of the test itself, and as much again for the roundings of offset and side that it starts from.
+// The margin of the test itself, doubled to cover the rounding of the offset and of the side.
 constexpr double kRegionMargin = 2 * kCrossMargin;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -36,10 +36,9 @@ double distanceToRange(double low, double high) {
 
 } // namespace
 
-/// Where the points lie that one side of a triangle may count as inside. Rounding turns each direction by a
-/// little, so that this is not a half-plane but one widened by a wedge: the further from the start, the
-/// further outside a point may lie. The wedges of a thin triangle need not meet; what is left is then
-/// unbounded.
+/// The region of the points that the test of one side of a triangle may count as inside. Rounding turns each
+/// direction slightly, so the region is a half-plane widened by a wedge: the further a point is from the
+/// start, the further outside it may lie. The regions of a thin triangle may have an unbounded intersection.
 class EarBlockers::SideRegion {
 public:
     explicit SideRegion(const EarSide& side)
@@ -88,7 +87,7 @@ void EarBlockers::build(const PlanePoint* points, int count) {
 }
 
 void EarBlockers::collectSites(const PlanePoint* points, int count) {
-    // A point that is not finite has directions that are not numbers, and those pass no test.
+    // The directions from a point that is not finite are NaN, and they pass no test.
     std::vector<int> order;
     order.reserve(count);
     for (int corner = 0; corner < count; ++corner)

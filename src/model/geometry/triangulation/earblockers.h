@@ -6,15 +6,15 @@
 
 namespace Atelier::Vel {
 
-/// The active corners of a large polygon, sorted in space, to find those that block a candidate triangle
-/// without looking at all of them. What it answers is what a test of every active corner answers.
+/// The active corners of a large polygon, sorted in space. Decides whether one of them blocks a candidate
+/// triangle without a test of each corner. The result is the same as that of a test of every active corner.
 class EarBlockers {
 public:
-    /// Takes all corners as active.
+    /// Makes all corners active.
     /// Cost: O(count log count).
     void build(const PlanePoint* points, int count);
 
-    /// The corner is active no more.
+    /// Makes the corner inactive.
     /// Cost: O(log count).
     void remove(int corner);
 
@@ -30,7 +30,7 @@ private:
         PlanePoint high;
     };
 
-    /// All corners at one point: the test sees nothing but the point.
+    /// All corners at one point. The test depends only on the point.
     struct Site {
         PlanePoint point;
         int activeCorners;
@@ -44,8 +44,8 @@ private:
     bool leafBlocks(int leaf, const EarTriangle& triangle) const;
 
     std::vector<Site> _sites;     // in the order of the leaves
-    std::vector<int> _siteOf;     // per corner; -1 for one that blocks nothing
-    std::vector<int> _nextCorner; // per corner, the next one of its site; -1 behind the last
+    std::vector<int> _siteOf;     // per corner; -1 for a corner that blocks nothing
+    std::vector<int> _nextCorner; // per corner, the next corner of its site; -1 after the last
     std::vector<Box> _boxes; // of the active corners: node n has the children 2 n and 2 n + 1, the root is 1
     int _leafCount = 1;      // a power of two; leaf k is node _leafCount + k
 };

@@ -34,7 +34,7 @@ EarKey sharpestEar(PolygonRing& ring) {
     while (!queue.empty() && best == 0) {
         const EarKey top = queue.top();
         queue.pop();
-        best = ring.keys[cornerOf(top)] == top ? top : 0; // else it is out of date
+        best = ring.keys[cornerOf(top)] == top ? top : 0; // otherwise outdated
     }
     return best;
 }

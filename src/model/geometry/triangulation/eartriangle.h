@@ -8,14 +8,14 @@
 namespace Atelier::Vel {
 
 /// The defined test of one side of a candidate triangle is the sign of a float cross product of two
-/// normalised float vectors. With u = 2^-24, normalising rounds each component by u and each product by u,
-/// and the last subtraction keeps the sign: so the computed value differs from that of exact arithmetic on
-/// the same two vectors by less than 4 u (two roundings of directions and one of products, 3.01 u together,
-/// of which one falls away where the side is a unit vector already). Where the exact value is further from
-/// zero its sign decides, without a square root.
+/// normalised float vectors. With u = 2^-24, each component is rounded by u, each product is rounded by u,
+/// and the last subtraction keeps the sign. So the computed value differs from that of exact arithmetic on
+/// the same two vectors by less than 4 u: two roundings of directions and one of products are 3.01 u
+/// together, and one of them does not occur if the side is already a unit vector. If the exact value is
+/// further from zero, its sign decides, without a square root.
 constexpr double kCrossMargin = 0x1p-22;
 
-/// One side of a candidate triangle, and the test on which side of it a point counts as lying.
+/// One side of a candidate triangle, and the test whether a point counts as inside it.
 class EarSide {
 public:
     /// From `start` along `direction`, which is normalised already.
@@ -23,14 +23,14 @@ public:
         return {start, direction, 1.0, true};
     }
 
-    /// From `start` along any vector. One that normalises to zero has every point on its inner side.
+    /// From `start` along any vector. If the vector normalises to zero, every point counts as inside.
     static EarSide along(const PlanePoint& start, const PlanePoint& vector) {
         const double squared = squaredLength(vector);
         return {start, vector, squared > kNullLength ? squared : std::numeric_limits<double>::infinity(),
                 false};
     }
 
-    /// Whether cross(direction, direction of (point − start)) >= 0, all in floats, as it is defined.
+    /// Whether cross(direction, direction of (point − start)) >= 0, computed in floats, as defined.
     bool hasInside(const PlanePoint& point) const {
         const PlanePoint offset = point - _start;
         const double cross = double(_vector.x) * double(offset.y) - double(_vector.y) * double(offset.x);
@@ -64,11 +64,11 @@ public:
         : _sides{{EarSide::along(after, before - after), EarSide::alongUnit(corner, toAfter),
                   EarSide::alongUnit(before, -toBefore)}} {}
 
-    /// The side opposite the corner comes first: it is the one that turns away nearly every point.
+    /// The side opposite the corner comes first, because it excludes nearly every point.
     const std::array<EarSide, 3>& sides() const { return _sides; }
 
-    /// Whether a corner at `point` keeps the triangle from being clipped: inside it or on its border, and
-    /// not equal to one of its corners.
+    /// Whether a corner at `point` prevents the triangle from being clipped: the point is inside the triangle
+    /// or on its border, and it is not equal to a corner of the triangle.
     bool isBlockedBy(const PlanePoint& point) const {
         return _sides[0].hasInside(point) && _sides[1].hasInside(point) && _sides[2].hasInside(point) &&
                !(point == _sides[0].start() || point == _sides[1].start() || point == _sides[2].start());

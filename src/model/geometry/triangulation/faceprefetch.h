@@ -9,14 +9,14 @@
 
 namespace Atelier::Vel {
 
-/// Prefetches what later faces of a list need. The faces of one material may lie anywhere in the mesh;
-/// consecutive ones need no help.
+/// Prefetches the data that later faces of a list need. The faces of one material may be anywhere in the
+/// mesh; consecutive faces need no prefetch.
 class FacePrefetcher {
 public:
     FacePrefetcher(const FaceTable& table, const WordView& faces) : _table(table), _faces(faces) {}
 
-    /// To be called for each face of the list: prefetches the table entry of the furthest face ahead, the
-    /// corners of a nearer one, and the positions of one nearer still.
+    /// Must be called for each face of the list. Prefetches the table entry of a face far ahead, the corners
+    /// of a nearer face and the positions of a still nearer face.
     void prefetchFor(quint64 k) const {
         if (k + kTableAhead >= _faces.count || isNext(k + kTableAhead))
             return;
@@ -34,11 +34,11 @@ public:
 
 private:
     // Prefetch distances in faces: a face takes 10 to 20 ns, so that 8 faces cover one memory latency. Each
-    // stage needs the result of the one before.
+    // stage needs the result of the previous one.
     static constexpr quint64 kTableAhead = 24;
     static constexpr quint64 kCornersAhead = 16;
     static constexpr quint64 kPositionsAhead = 8;
-    // A larger polygon takes longer than fetching the rest of it.
+    // The triangulation of a larger polygon takes longer than fetching the rest of it.
     static constexpr quint32 kMaxCornersPrefetched = 16;
 
     bool isNext(quint64 k) const { return _faces.words[k] == _faces.words[k - 1] + 1; }
@@ -47,8 +47,8 @@ private:
     const WordView& _faces;
 };
 
-/// Whether all of `4 * Fours` vertices are so near to another one that their positions are in a cache with
-/// its own: at most 2^15 vertices away, which is 384 KiB.
+/// Whether all of `4 * Fours` vertices are so near to `other` that their positions are in the same cache as
+/// its position: at most 2^15 vertices away, which is 384 KiB.
 template<int Fours>
 bool areNear(const quint32* vertices, quint32 other) {
 #if defined(__SSE2__)
@@ -66,8 +66,8 @@ bool areNear(const quint32* vertices, quint32 other) {
 #endif
 }
 
-/// Prefetches the positions of four faces of `Count` corners that come later: where the faces of a mesh are
-/// in no order, their positions lie anywhere. `start` is the first corner of the four faces in hand.
+/// Prefetches the positions of four later faces of `Count` corners. If the faces of a mesh are in no order,
+/// their positions may be anywhere in memory. `start` is the first corner of the current four faces.
 template<int Count>
 void prefetchPositionsAhead(const FaceTable& table, quint32 start) {
     constexpr quint64 kFacesAhead = 16; // four rounds of four faces: about one memory latency

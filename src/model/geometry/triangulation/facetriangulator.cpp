@@ -21,8 +21,8 @@ unsigned int* writeFour(const int* corners, unsigned int* out) {
 
 } // namespace
 
-/// The corners of the first of four faces, from number `face` on, that are all triangles or all
-/// quadrilaterals, lie one after the other and use positions before the last one; none for any others.
+/// The corners of the first of four faces, starting at number `face`. Returns no corners unless the faces are
+/// all triangles or all quadrilaterals, their corners are consecutive, and they do not use the last position.
 FaceCorners FaceTriangulator::cornersOfFour(const FaceTable& table, quint32 face) {
     if (quint64{face} + 4 > table.faceCount())
         return {};

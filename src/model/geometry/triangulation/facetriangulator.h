@@ -9,22 +9,22 @@
 
 namespace Atelier::Vel {
 
-/// The number of indices that the triangles of a face of `corners` corners need at most.
+/// The maximum number of triangle indices for a face with `corners` corners.
 constexpr quint64 maxTriangleIndices(quint32 corners) {
     return corners < 3 ? 0 : 3 * (quint64{corners} - 2);
 }
 
-/// The faces that are triangulated in one step: one, or four that lie one after the other.
+/// The faces that are triangulated in one step: one face, or four consecutive faces.
 struct FaceBatch {
     quint32 faceCount = 1;
-    FaceCorners corners; ///< of the first face; the others have as many
+    FaceCorners corners; ///< of the first face; the others have the same number
 
     quint64 cornerCount() const { return quint64{faceCount} * corners.count; }
     quint64 maxIndices() const { return faceCount * maxTriangleIndices(corners.count); }
 };
 
-/// Triangulates faces, the entry point of triangulation for lists of faces. Keeps its working memory from
-/// call to call.
+/// Triangulates faces. This is the entry point of triangulation for lists of faces. Keeps its working memory
+/// between calls.
 ///
 ///     for (quint64 k = 0; k < faces.count;) {
 ///         const FaceBatch batch = triangulator.batchAt(table, faces, k);
@@ -33,10 +33,10 @@ struct FaceBatch {
 ///     }
 class FaceTriangulator {
 public:
-    /// Has the corners of large polygons counted while they are triangulated.
+    /// Sets the meter that counts the corners of large polygons during their triangulation.
     void setMeter(WorkMeter meter) { _polygons.setMeter(std::move(meter)); }
 
-    /// The next faces of a list, from entry `k` on.
+    /// The next faces of a list, starting at entry `k`.
     static FaceBatch batchAt(const FaceTable& table, const WordView& faces, quint64 k) {
         const quint32 face = faces.words[k];
         if (k + 4 <= faces.count && areFour(faces.words + k, face, 1)) {
@@ -48,8 +48,9 @@ public:
         return {1, table.cornersOf(face)};
     }
 
-    /// Writes the vertex numbers of the triangles of a batch to `out`, which has room for batch.maxIndices()
-    /// of them. Returns: the end of what it wrote; `out` itself for a face that has no triangles.
+    /// Writes the vertex numbers of the triangles of a batch to `out`, which has capacity for
+    /// batch.maxIndices() numbers.
+    /// Returns: the end of the output; `out` itself for a face without triangles.
     unsigned int* triangulate(const FaceTable& table, const FaceBatch& batch, unsigned int* out) {
         if (batch.faceCount == 1)
             return triangulateOne(table, batch.corners, out);
@@ -58,7 +59,7 @@ public:
     }
 
 private:
-    /// Whether four numbers are `first` and what follows it in steps.
+    /// Whether four numbers start at `first` and increase by `step`.
     static bool areFour(const quint32* numbers, quint32 first, quint32 step) {
         return ((numbers[0] ^ first) | (numbers[1] ^ (first + step)) | (numbers[2] ^ (first + 2 * step)) |
                 (numbers[3] ^ (first + 3 * step))) == 0;

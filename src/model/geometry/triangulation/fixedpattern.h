@@ -2,8 +2,8 @@
 
 namespace Atelier::Vel {
 
-/// The triangles of a triangle or quadrilateral. The latter is always cut from corner 1 to corner 3, concave
-/// or not: that is meant.
+/// The triangles of a triangle or quadrilateral. A quadrilateral is always split from corner 1 to corner 3,
+/// even if it is concave. This is intentional.
 inline constexpr int kTrianglePattern[2][3] = {{0, 1, 2}, {0, 2, 1}};
 inline constexpr int kQuadrilateralPattern[2][6] = {{0, 1, 3, 1, 2, 3}, {0, 3, 1, 1, 3, 2}};
 

@@ -5,7 +5,7 @@
 
 namespace Atelier::Vel {
 
-/// A bit for each of four faces.
+/// Each mask has one bit for each of four faces.
 struct FourWindings {
     unsigned int clockwise;
     unsigned int undecided;
@@ -19,7 +19,7 @@ inline __m128 sum(__m128 a, __m128 b, __m128 c) {
     return _mm_add_ps(_mm_add_ps(a, b), c);
 }
 
-/// As winding(), for four faces: each sum has its terms in the same order.
+/// Like winding(), but for four faces. Each sum has its terms in the same order.
 inline FourWindings windings(const FourPoints& normal, const FourPoints& area,
                              const FourPoints& squaredSizes) {
     const FourPoints squares = normal * normal;
@@ -46,8 +46,8 @@ inline FourWindings windings(const FourPoints& normal, const FourPoints& area,
 
 } // namespace WindingFilter
 
-/// The windings of four triangles that lie one after the other, as quickTriangleWinding() tells them.
-/// Requires: behind every position that they use there is another one.
+/// The windings of four consecutive triangles, as quickTriangleWinding() returns them.
+/// Requires: every position that they use is followed by another position.
 inline FourWindings quickTriangleWindings(const quint32* corners, const float* positions) {
     using namespace WindingFilter;
     const FourPoints p0 = pointsOfFour(corners, 3, 0, positions);
@@ -59,7 +59,7 @@ inline FourWindings quickTriangleWindings(const quint32* corners, const float* p
     return windings(normal, crossProduct(d1, d2), d1 * d1 + d2 * d2);
 }
 
-/// The same of four quadrilaterals, as quickQuadrilateralWinding() tells them.
+/// The same for four quadrilaterals, as quickQuadrilateralWinding() returns them.
 inline FourWindings quickQuadrilateralWindings(const quint32* corners, const float* positions) {
     using namespace WindingFilter;
     const FourPoints p0 = pointsOfFour(corners, 4, 0, positions);

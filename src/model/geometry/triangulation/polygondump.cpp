@@ -28,7 +28,7 @@ void DumpPolygonOBJ(const QString& fileName, int count, const float* points) {
         return;
     QTextStream stream(&file);
     writePoints(stream, count, points);
-    stream << "f "; // With the blank before the first number this makes two, which is meant.
+    stream << "f "; // Two spaces before the first number are intentional.
     for (int k = 1; k <= count; ++k)
         stream << " " << k;
     stream << "\n";

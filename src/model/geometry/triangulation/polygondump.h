@@ -5,8 +5,8 @@
 
 namespace Atelier::Vel {
 
-// For inspection from a debugger; nothing in the library calls the two. Both warn when the file cannot be
-// written.
+// These functions are for inspection from a debugger. The library does not call them. Both warn if the file
+// cannot be written.
 
 /// Writes a polygon as an OBJ file with one face. `points` has two floats for each of `count` corners.
 void DumpPolygonOBJ(const QString& fileName, int count, const float* points);

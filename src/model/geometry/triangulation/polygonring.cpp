@@ -9,10 +9,11 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Up to this size looking at all corners is faster than an index of them.
+// Up to this size, testing all corners is faster than an index.
 constexpr int kMaxCornersUnindexed = 64;
 
-// As many are prepared or clipped before a meter is told.
+// Corners that are prepared or clipped between two calls of the meter. Each corner counts half when it is
+// prepared and half when it is clipped.
 constexpr int kCornersPerReport = 1024;
 
 constexpr quint32 kSignBit = 0x80000000;
@@ -63,7 +64,7 @@ void reportProgress(const PolygonRing& ring, int corner) {
 void UpdateEar(PolygonRing& ring, int i) {
     PolygonCorner& corner = ring.corners[i];
     const PlanePoint toAfter = ring.directions[i];
-    const PlanePoint toBefore = -ring.directions[corner.before]; // exact: rounding is symmetrical
+    const PlanePoint toBefore = -ring.directions[corner.before]; // exact, because rounding is symmetrical
     const bool isConvex = crossProduct(toAfter, toBefore) > 0;
     corner.updatedAt = ring.clipped;
     corner.isTested = ring.scratch.search == BlockerSearch::kNone;

@@ -4,15 +4,15 @@
 
 namespace Atelier::Vel {
 
-/// The order of the ears as one number: the sharpest has the greatest key, of two equally sharp ones the
-/// lower-numbered. Zero is no ear.
+/// The rank of an ear as one number. The sharpest ear has the maximum key. Of two equally sharp ears, the one
+/// with the lower number has the greater key. Zero means no ear.
 EarKey earKey(float cosine, int corner);
 /// The corner of a key that is not zero.
 inline int cornerOf(EarKey key) {
     return static_cast<int>(~static_cast<quint32>(key));
 }
 
-/// What is left of a polygon that is being cut.
+/// The remaining corners of a polygon during ear clipping.
 struct PolygonRing {
     PolygonScratch& scratch;
     const PlanePoint* points;
@@ -23,7 +23,7 @@ struct PolygonRing {
     const bool isQueued;
     int clipped = 0;
 
-    /// Works in `memory`, whose `points` are the corners.
+    /// Uses `memory`, whose `points` are the corners.
     PolygonRing(int cornerCount, PolygonScratch& memory);
 
 private:
@@ -34,24 +34,24 @@ private:
     }
 };
 
-/// Whether another corner lay in the triangle that clipping `ear` would cut off when it got its neighbours.
-/// Corners that were clipped since then count: whether a corner is an ear is decided once.
+/// Whether another corner blocked the triangle of `ear` when `ear` got its current neighbours. Corners that
+/// were clipped since then still count, because the result applies to that time.
 bool isBlocked(const PolygonRing& ring, int ear);
 
-/// Makes two corners neighbours, `after` the one that follows `before` counter-clockwise.
+/// Makes two corners neighbours: `after` follows `before` counter-clockwise.
 void link(PolygonRing& ring, int before, int after);
 
-/// Decides again whether a corner is an ear, after its neighbours changed. Of a small polygon, a convex
-/// corner is only tested when it is the sharpest: few of them ever are.
+/// Updates whether a corner is an ear after its neighbours changed. In a small polygon, a convex corner is
+/// tested only when it is the sharpest. Few corners ever are.
 void UpdateEar(PolygonRing& ring, int i);
 
-/// Chooses how `scratch` looks for corners that block an ear.
+/// Selects the search for corners that block an ear, and prepares it in `scratch`.
 void prepareSearch(int count, bool clockwise, PolygonScratch& scratch);
 
-/// Links all corners of a polygon that is wound as `clockwise` says, and finds its ears.
+/// Links all corners of a polygon with the winding `clockwise`, and finds its ears.
 void makeCorners(bool clockwise, PolygonRing& ring);
 
-/// Reports progress every few hundred corners. To be called for each corner of a large polygon, when it is
+/// Reports progress every few hundred corners. Must be called for each corner of a large polygon when it is
 /// prepared and when it is clipped.
 void reportProgress(const PolygonRing& ring, int corner);
 

@@ -11,38 +11,38 @@
 
 namespace Atelier::Vel {
 
-/// One corner of a polygon that is being cut; its neighbours are corner numbers in counter-clockwise order.
+/// One corner of a polygon during ear clipping. Its neighbours are corner numbers in counter-clockwise order.
 struct PolygonCorner {
     int after;
     int before;
-    int updatedAt; ///< how many corners were clipped when its neighbours came to be those
-    int clippedAt; ///< how many corners were clipped with it; kNotClipped
-    bool isTested; ///< and found to be an ear
+    int updatedAt; ///< the number of clipped corners when it got its current neighbours
+    int clippedAt; ///< the number of clipped corners including it, or kNotClipped
+    bool isTested; ///< it was tested and is an ear
 
     static constexpr int kNotClipped = std::numeric_limits<int>::max();
 };
 
-/// An ear by its sharpness, the corner number included.
+/// The sharpness and the corner number of an ear in one number.
 using EarKey = quint64;
 
-/// How to look for corners that block an ear.
+/// How to search for corners that block an ear.
 enum class BlockerSearch {
-    kNone, ///< there are none, and every corner is an ear
-    kRing, ///< one after the other
-    kIndex ///< through `blockers`
+    kNone, ///< no search, because every corner is an ear
+    kRing, ///< test one corner after the other
+    kIndex ///< use `blockers`
 };
 
-/// The working memory of one cut; polygons of up to 32 corners fit in without an allocation.
+/// The working memory of one triangulation. Polygons of up to 32 corners need no allocation.
 struct PolygonScratch {
     using Triangles = QVarLengthArray<int, 96>;
 
     QVarLengthArray<PlanePoint, 32> points;
-    QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the one after it
+    QVarLengthArray<PlanePoint, 32> directions; ///< per corner, normalised, to the next corner
     QVarLengthArray<PolygonCorner, 32> corners;
-    QVarLengthArray<EarKey, 32> keys;   ///< per corner; zero for one that is known to be no ear
+    QVarLengthArray<EarKey, 32> keys;   ///< per corner; zero if it is known to be no ear
     QVarLengthArray<int, 96> triangles; ///< corner numbers, three per triangle
     BlockerSearch search = BlockerSearch::kRing;
-    std::priority_queue<EarKey> queue; ///< of a large polygon; what is out of date stays until it is met
+    std::priority_queue<EarKey> queue; ///< of a large polygon; may contain outdated keys
     EarBlockers blockers;              ///< of a large polygon
     WorkMeter meter;                   ///< of large polygons; may be empty
 };

@@ -10,23 +10,23 @@
 
 namespace Atelier::Vel {
 
-/// Cuts polygons as Triangulate3D does, one after the other, and keeps its working memory between them: once
-/// it is warm, a face costs no allocation.
+/// Triangulates polygons like Triangulate3D. Keeps its working memory between polygons, so that later
+/// polygons need no allocation.
 class PolygonTriangulator {
 public:
-    /// Has the corners of large polygons counted while they are cut.
+    /// Sets the meter that counts the corners of large polygons during their triangulation.
     void setMeter(WorkMeter meter) { _scratch.meter = std::move(meter); }
 
-    /// The cut of one polygon: corner numbers (0 to count − 1), three per triangle, valid until the next
-    /// call. Empty if the polygon has fewer than three corners or no ear is left.
+    /// The triangles of one polygon: corner numbers (0 to count − 1), three per triangle, valid until the
+    /// next call. Empty if the polygon has fewer than three corners or no ear is left.
     const PolygonScratch::Triangles& cornerTriangles(const QVector3D& normal, int count, const int* corners,
                                                      const float* positions);
-    /// The same about the polygon's own normal.
+    /// The same with the polygon's own normal.
     const PolygonScratch::Triangles& cornerTriangles(int count, const int* corners, const float* positions);
 
-    /// Writes the triangles of one polygon, cut about its own normal, as vertex numbers to `out`.
-    /// Requires: room for 3 · (count − 2) numbers; none for fewer than three corners.
-    /// Returns:  the end of what it wrote; `out` itself for a polygon that cannot be triangulated.
+    /// Triangulates one polygon with its own normal, and writes the triangles as vertex numbers to `out`.
+    /// Requires: capacity for 3 · (count − 2) numbers; none for fewer than three corners.
+    /// Returns:  the end of the output; `out` itself for a polygon that cannot be triangulated.
     /// Cost:     a few nanoseconds for nearly every triangle and quadrilateral.
     unsigned int* triangulate(int count, const int* corners, const float* positions, unsigned int* out);
 

@@ -8,37 +8,38 @@
 
 namespace Atelier::Vel {
 
-/// How a polygon is wound about its own computed normal, as far as that can be told quickly.
+/// The winding of a polygon about its own computed normal; kUndecided if a quick test cannot decide it.
 enum class Winding { kCounterClockwise, kClockwise, kUndecided };
 
-/// Tells the sign of a triangle's or quadrilateral's winding sum without projecting anything.
+/// Computes the sign of the winding sum of a triangle or quadrilateral without a projection.
 ///
-/// The winding sum is minus the dot product of the doubled area vector A and the normal n, up to rounding.
-/// With u = 2^-24, D the greatest distance of a corner from corner 0 and offsets taken as the floats that
-/// they are: n and the first axis of the plane are off by up to 1.01 u, the second axis by 4.9 u (2.83 u from
-/// its cross product, 1.01 u from each factor of that, the rest from its own normalising); so a projected x
-/// is off by up to 4.1 u D and a y by 8 u D, the three roundings of a dot product included. A term of the sum
-/// between two corners other than 0 is a product of at most 2 D and 2 D, off by up to 60.4 u D²; one that
-/// touches corner 0 by 15.1 u D². A quadrilateral has two of each, 151 u D²; adding them up makes 24 u D²,
-/// the error of n 2.1 u D². The floats below add 8 u D² for A and 6 u D² for its product with n: less than
-/// 192 u D² in all, and some u of the margin. So where that product is beyond 256 u D² = 2^-16 D², its sign
-/// is certain.
+/// Except for rounding, the winding sum is minus the dot product of the doubled area vector A and the normal
+/// n. Let u = 2^-24, let D be the maximum distance of a corner from corner 0, and take the offsets, which are
+/// floats, as exact. The error of n and of the first axis of the plane is up to 1.01 u. The error of the
+/// second axis is up to 4.9 u: 2.83 u from its cross product, 1.01 u from each factor of that, and the rest
+/// from its own normalisation. So the error of a projected x is up to 4.1 u D and the error of a projected y
+/// up to 8 u D, including the three roundings of a dot product. A term of the sum between two corners other
+/// than corner 0 is a product of at most 2 D and 2 D, with an error of up to 60.4 u D². For a term that
+/// includes corner 0, the error is up to 15.1 u D². A quadrilateral has two terms of each kind, which makes
+/// 151 u D². Their addition contributes 24 u D², and the error of n contributes 2.1 u D². The floats below
+/// contribute 8 u D² for A and 6 u D² for its product with n. The total is less than 192 u D², plus some u of
+/// the margin. So if that product exceeds 256 u D² = 2^-16 D², its sign is certain.
 namespace WindingFilter {
 
 constexpr float kMargin = 0x1p-16F;
 
-// For smaller faces underflow would have to be counted.
+// For smaller faces, the error bound would have to include underflow.
 constexpr float kMinSquaredSize = 1e-20F;
 
-// Below this D² is less than 1e31 and its product with |n| less than 1e25, so that nothing has overflown.
-// Where a sum of squares has, the margin is infinite.
+// Below this, D² is less than 1e31 and its product with |n| is less than 1e25, so nothing has overflowed. If
+// a sum of squares has overflowed, the margin is infinite.
 constexpr float kMaxMargin = 1e20F;
 
-// A normal with a squared length up to 1e-12 is null. In between, floats cannot tell.
+// A normal with a squared length of up to 1e-12 is null. Between these two limits, floats cannot decide.
 constexpr float kSurelyNull = 0.999e-12F;
 constexpr float kSurelyNotNull = 1.001e-12F;
 
-/// Three floats side by side in a register. Each lane's operations are those of the scalars, one by one.
+/// Three floats side by side in a register. Each lane performs exactly the operations of the scalar code.
 using Lanes = float __attribute__((vector_size(16)));
 
 inline Lanes positionOf(const float* positions, int vertex) {
@@ -50,7 +51,7 @@ inline Lanes rotated(const Lanes& v) {
     return __builtin_shufflevector(v, v, 1, 2, 0, 3);
 }
 
-/// The cross product with its z in front: (z, x, y).
+/// The cross product in the order (z, x, y).
 inline Lanes cross(const Lanes& p, const Lanes& q) {
     return p * rotated(q) - rotated(p) * q;
 }
@@ -59,8 +60,8 @@ inline float sum(const Lanes& v) {
     return v[0] + v[1] + v[2];
 }
 
-/// `normal` is the sum that makes it, not normalised yet; `area` the doubled area vector; the sum of the
-/// squared distances stands in for D², which is never more.
+/// `normal` is the normal before its normalisation, and `area` is the doubled area vector. The sum of the
+/// squared distances replaces D², which is never greater.
 inline Winding winding(const Lanes& normal, const Lanes& area, const Lanes& squaredSizes) {
     const float squaredNormal = sum(normal * normal);
     const float squaredSize = sum(squaredSizes);
