@@ -2,8 +2,8 @@
 
 namespace Atelier::Vel {
 
-// The OpenGL constants that VelModel uses. It includes no OpenGL header, so that clients may include theirs
-// in any order.
+// The OpenGL constants that VelModel uses. This file includes no OpenGL header, so that clients may include
+// theirs in any order.
 
 // Types of vertex data.
 constexpr unsigned int kGlByte = 0x1400;          // GL_BYTE
@@ -20,7 +20,7 @@ constexpr unsigned int kGlHalfFloat = 0x140B;     // GL_HALF_FLOAT
 constexpr unsigned int kGlArrayBuffer = 0x8892;        // GL_ARRAY_BUFFER
 constexpr unsigned int kGlElementArrayBuffer = 0x8893; // GL_ELEMENT_ARRAY_BUFFER
 
-// Textures. Values of parameters are signed, as the functions that take them want.
+// Textures. Parameter values are signed, because the functions that take them expect signed values.
 constexpr unsigned int kGlTexture2D = 0x0DE1;       // GL_TEXTURE_2D
 constexpr unsigned int kGlMaxTextureSize = 0x0D33;  // GL_MAX_TEXTURE_SIZE
 constexpr unsigned int kGlUnpackAlignment = 0x0CF5; // GL_UNPACK_ALIGNMENT

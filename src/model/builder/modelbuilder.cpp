@@ -13,7 +13,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Made in this order when the library is loaded.
+// These are constructed in this order when the library is loaded.
 [[maybe_unused]] const TextureToken builderToken;
 [[maybe_unused]] const QString planarTag = QStringLiteral("[PLANAR]");
 [[maybe_unused]] const bool isInstanceInfoRegistered = (registerInstanceInfoPlan(), true);

@@ -9,7 +9,7 @@
 
 namespace Atelier::Vel {
 
-/// What a builder is given, and what it makes of it.
+/// The input of a builder, and the draw data that it makes from it.
 struct VELMODEL_NO_EXPORT ModelBuilder::Data {
     Data(const ModelBuilder* owner, QSharedPointer<ModelDataStreamAllocator> allocator,
          quint64 materialFlagsMask, Input input = Input::Kept)

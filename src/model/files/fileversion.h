@@ -9,10 +9,11 @@
 
 namespace Atelier::Vel {
 
-/// Which file it is, and its state: device, number, size, and when its content and its properties changed.
+/// The identity and state of a file: device, file number, size, and the times of the last change of its
+/// content and of its properties.
 using FileVersion = std::tuple<quint64, quint64, qint64, qint64, qint64, qint64, qint64>;
 
-/// Nothing for what is no file on a disk.
+/// Returns: the version; nothing if `file` is not a file on a disk.
 inline std::optional<FileVersion> versionOf(const QFile& file) {
     struct stat status {};
     if (file.handle() == -1 || fstat(file.handle(), &status) != 0)

@@ -10,7 +10,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// A file that was opened by descriptor, which by itself would have no name.
+// A file that was opened by descriptor. It has a name, which a QFile opened by descriptor lacks.
 class OpenedFile : public QFile {
 public:
     OpenedFile(QString path, Descriptor descriptor)
@@ -32,7 +32,7 @@ std::unique_ptr<QFile> openDescriptor(const QString& path, QIODevice::OpenMode m
     return file->open(mode) ? std::move(file) : nullptr;
 }
 
-// Qt's resources are memory, and all regular.
+// Qt's resources are in memory, and all of them are regular files.
 std::unique_ptr<QFile> openResource(const QString& path, QIODevice::OpenMode mode) {
     auto file = std::make_unique<QFile>(path);
     return QFileInfo(path).isFile() && file->open(mode) ? std::move(file) : nullptr;
@@ -57,7 +57,7 @@ bool ModelFiles::allows(const QString& path) const {
 }
 
 std::unique_ptr<QFile> ModelFiles::open(const QString& path, QIODevice::OpenMode mode) const {
-    // To the system a name ends at its first zero.
+    // For the system, a name ends at its first null character.
     if (path.isEmpty() || path.contains(QChar(QChar::Null)))
         return nullptr;
     const auto way = _folder ? _folder->resolve(path) : QByteArrayList();

@@ -16,12 +16,12 @@ namespace Atelier::Vel {
 
 namespace {
 
-// As many as the system itself follows before it speaks of a loop.
+// The number of links that the system itself follows before it reports a loop.
 constexpr int kMaxLinks = 40;
 
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
-// The names of a path, without those that lead nowhere.
+// The names of a path, without empty names and ".".
 QByteArrayList namesIn(const QByteArray& path) {
     QByteArrayList names = path.split('/');
     names.erase(std::remove_if(names.begin(), names.end(),
@@ -48,7 +48,8 @@ ModelFolder::ModelFolder(const QString& path)
       _names(namesIn(QFile::encodeName(_path))),
       _realNames(namesIn(QFile::encodeName(QDir(path).canonicalPath()))) {}
 
-// Takes the folder itself off the front of an absolute path. Returns: false when it is not there.
+// Removes the folder from the front of an absolute path. Returns: false if the path does not start with the
+// folder.
 bool ModelFolder::takeFolder(QByteArrayList& names) const {
     for (const QByteArrayList* folder : {&_names, &_realNames})
         if (startsWith(names, *folder)) {
@@ -58,7 +59,7 @@ bool ModelFolder::takeFolder(QByteArrayList& names) const {
     return false;
 }
 
-// Null where there is no link.
+// The target of a symbolic link. Null if there is no link.
 QByteArray ModelFolder::linkTarget(const QByteArrayList& way) const {
     std::array<char, PATH_MAX> target{};
     const ssize_t size = readlinkat(_folder.value(), way.join('/').constData(), target.data(), target.size());
@@ -73,7 +74,7 @@ bool ModelFolder::isFolder(const QByteArrayList& way) const {
 
 std::optional<QByteArrayList> ModelFolder::resolve(const QString& path) const {
     QByteArrayList left = namesIn(absolutePath(path));
-    // To the system a name ends at its first zero.
+    // For the system, a name ends at its first null character.
     if (path.contains(QChar(QChar::Null)) || QFileInfo(path).isNativePath() != _isNative || !takeFolder(left))
         return std::nullopt;
     QByteArrayList way;

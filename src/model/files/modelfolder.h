@@ -9,19 +9,19 @@
 
 namespace Atelier::Vel {
 
-/// A folder, kept open, whose files are reached without ever leaving it.
+/// A folder that is kept open. Its files are opened without ever leaving the folder.
 class ModelFolder {
 public:
     explicit ModelFolder(const QString& path);
 
     const QString& path() const { return _path; }
 
-    /// The names that lead from the folder to where `path` ends, all symbolic links followed as far as there
-    /// is something to follow. Returns: none where that is not in the folder.
+    /// The way to `path`: the names from the folder to its end, with all existing symbolic links followed.
+    /// Returns: no value if the end is not in the folder.
     std::optional<QByteArrayList> resolve(const QString& path) const;
 
-    /// Opens a regular file at the end of a way. The way is gone name by name and no link is followed, so
-    /// that a link which has been put in its place meanwhile leads nowhere.
+    /// Opens a regular file at the end of a way. Opens name by name and follows no link, so that a link which
+    /// has replaced a name in the meantime makes the call fail.
     Descriptor open(const QByteArrayList& way) const;
 
 private:
@@ -30,7 +30,7 @@ private:
     bool isFolder(const QByteArrayList& way) const;
 
     QString _path;
-    bool _isNative; ///< else it is one of Qt's resources, where there are no links
+    bool _isNative; ///< otherwise one of Qt's resources, which have no links
     Descriptor _folder;
     QByteArrayList _names;     ///< the path by which it was named
     QByteArrayList _realNames; ///< the same with all links followed

@@ -13,7 +13,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Files there call themselves regular, and yet may wait for something to happen or never end.
+// Whether a file is in a file system of the kernel. Files there are reported as regular, but reading them may
+// block or never end.
 bool isOfTheKernel(int file) {
     constexpr decltype(statfs::f_type) kFileSystems[] = {PROC_SUPER_MAGIC, SYSFS_MAGIC, DEBUGFS_MAGIC,
                                                          TRACEFS_MAGIC};
@@ -44,11 +45,12 @@ void Descriptor::close() const {
 
 Descriptor openRegularFile(int folder, const char* path, LastLink link) {
     const bool follows = link == LastLink::Follow;
-    // Opening alone has effects on some devices, and on who waits at the other end of a pipe.
+    // Opening a file already has effects on some devices, and on a process that waits at the other end of a
+    // pipe.
     struct stat status {};
     if (fstatat(folder, path, &status, follows ? 0 : AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode))
         return {};
-    // By now the path may lead to something else. That is opened without waiting then, and looked at again.
+    // The path may refer to another file by now. So it is opened without waiting and checked again.
     constexpr int kWithoutWaiting = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     Descriptor file(openat(folder, path, follows ? kWithoutWaiting : kWithoutWaiting | O_NOFOLLOW));
     return file.isOpen() && isRegular(file.value()) ? std::move(file) : Descriptor();

@@ -23,13 +23,13 @@ private:
     int _value = -1;
 };
 
-/// What becomes of a path whose last name is a symbolic link.
+/// How to open a path whose last name is a symbolic link.
 enum class LastLink { Follow, Refuse };
 
-/// Opens a regular file for reading, without waiting for anyone. `path` starts from `folder`, a descriptor or
-/// AT_FDCWD. Anything else (a pipe, a device, what the kernel shows under /proc and /sys) stays unopened or,
-/// when it takes the place of the file meanwhile, unread.
-/// Returns: no open descriptor when there is no regular file or it cannot be read.
+/// Opens a regular file for reading, without blocking. `path` is relative to `folder`, a descriptor or
+/// AT_FDCWD. Anything else (a pipe, a device, a file of the kernel under /proc or /sys) is not opened. If it
+/// replaces the file in the meantime, it is opened but not read.
+/// Returns: a descriptor that is not open if there is no regular file or it cannot be read.
 Descriptor openRegularFile(int folder, const char* path, LastLink link);
 
 } // namespace Atelier::Vel

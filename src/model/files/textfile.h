@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel {
 
-/// Whether reading came to the end of the file. A stream takes a disk's error for that end.
+/// Whether reading reached the end of the file. A text stream treats a read error of the disk as the end.
 inline bool isReadToTheEnd(const QFile& file) {
     return file.error() == QFileDevice::NoError;
 }

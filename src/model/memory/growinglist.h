@@ -20,7 +20,7 @@ public:
     T* items() const { return _block ? _block->template as<T>() : nullptr; }
 
     /// Grows to hold `count` items. The first `used` items keep their values, the others become zero if the
-    /// list grows. Throws std::bad_alloc, with nothing changed.
+    /// list grows. Throws std::bad_alloc and leaves the list unchanged if there is not enough memory.
     void reserve(quint64 count, quint64 used) {
         if (count <= _capacity)
             return;
@@ -30,7 +30,7 @@ public:
                      [&](quint64 bytes) { moveTo(bytes / sizeof(T), used); });
     }
 
-    /// Returns the memory.
+    /// Releases the memory.
     void clear() {
         _block.reset();
         _capacity = 0;

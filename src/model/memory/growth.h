@@ -7,10 +7,10 @@
 
 namespace Atelier::Vel {
 
-// From here on a list lies in pages of its own: capacity that is never used takes addresses and no memory.
+// From this size on, a list has its own pages. Unused capacity then needs addresses but no memory.
 constexpr quint64 kLongListBytes = quint64{512} << 10;
 
-// The smallest capacity that a long list grows to. Fewer steps on the way to a large list save copies.
+// The minimum capacity to which a long list grows. Fewer steps to a large list save copies.
 constexpr quint64 kMinLongCapacity = quint64{16} << 20;
 
 /// The capacity, in bytes, of a list that has outgrown its block and holds `bytes` bytes now.
@@ -20,9 +20,9 @@ constexpr quint64 generousCapacity(quint64 bytes, quint64 maxBytes) {
     return std::min(wanted, maxBytes);
 }
 
-/// Grows a list to hold `bytes` bytes: calls `grow(capacity)`, in bytes, with a generous capacity first. Each
-/// std::bad_alloc from it is followed by a call with less: half more than needed, then what is needed.
-/// Throws what the last call throws.
+/// Grows a list to hold `bytes` bytes. Calls `grow(capacity)`, in bytes, first with a generous capacity.
+/// After a std::bad_alloc, it tries 1.5 times the needed capacity, and then the needed capacity. An exception
+/// of the last call is passed on.
 template<typename Grow>
 void growCapacity(quint64 bytes, quint64 maxBytes, const Grow& grow) {
     for (const quint64 capacity :

@@ -2,11 +2,11 @@
 
 namespace Atelier::Vel {
 
-/// Asks memory for what lies at `address`, which may be anything.
+/// Prefetches the data at `address`. Any address is allowed.
 inline void prefetch(const void* address) {
     __builtin_prefetch(address);
-    // Compilers take a function that does nothing but this for one without effect and drop its calls. An
-    // empty statement that they may not drop keeps them.
+    // Compilers regard a function that only prefetches as free of effects and remove its calls. This empty
+    // statement, which they must keep, prevents that.
     __asm__ volatile("" : : "r"(address));
 }
 

@@ -30,11 +30,11 @@ char* firstPageOf(void* address) {
 }
 #endif
 
-/// The innermost one of this thread.
+/// The innermost ScratchReuse of this thread.
 thread_local ScratchReuse* currentReuse = nullptr;
 
 #if defined(__linux__)
-/// Null when there is no memory.
+/// Null if there is no memory.
 void* map(std::size_t bytes) {
     void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return address == MAP_FAILED ? nullptr : address;
@@ -89,7 +89,7 @@ ScratchReuse::Mapping ScratchReuse::take(std::size_t bytes) {
 
 ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
 #if defined(__linux__)
-    // A mapping that begins on a large page takes one page fault where heap memory takes hundreds.
+    // A mapping that begins on a large page needs one page fault, while heap memory needs hundreds.
     if (bytes >= kHugePage / 2) {
         const std::size_t mapped = wholePages(bytes) + kHugePage;
         if (content == Content::Unspecified && currentReuse != nullptr)
@@ -141,7 +141,8 @@ bool ScratchBlock::grow(std::size_t bytes) {
         unmap(mapping.address, mapping.bytes);
         return false;
     }
-    // What is left of the old mapping, piece by piece: another thread may have the addresses between them.
+    // Unmaps the two remaining parts of the old mapping separately, because another thread may already use
+    // the addresses between them.
     unmap(_mapping.address, before);
     unmap(begin + room, _mapping.bytes - before - room);
     _mapping = mapping;

@@ -5,9 +5,9 @@
 
 namespace Atelier::Vel {
 
-/// While one lives, large blocks without zeros that its thread gives back are kept for those that it needs
-/// next: memory fresh from the system costs far more, since the system has to find it and to fill it with
-/// zeros.
+/// During the lifetime of this object, large blocks of unspecified content that its thread releases are kept
+/// for later blocks of that thread. New memory from the system is far more expensive, because the system has
+/// to find it and to fill it with zeros.
 class ScratchReuse {
 public:
     ScratchReuse();
@@ -23,32 +23,32 @@ private:
         std::size_t bytes = 0;
     };
 
-    /// Gives everything that is kept back to the system.
+    /// Returns all kept mappings to the system.
     void giveBack();
-    /// Returns: whether it was kept.
+    /// Keeps a mapping for later use. Returns: false if there is no free entry.
     bool keep(const Mapping& mapping);
-    /// The smallest one of at least so many bytes; null where there is none.
+    /// Takes the smallest kept mapping of at least `bytes` bytes; null if there is none.
     Mapping take(std::size_t bytes);
 
     std::array<Mapping, 16> _kept;
     ScratchReuse* _outer;
 };
 
-/// A block of memory, large ones backed by large pages. Pages of a large block are only taken from the system
-/// when they are first touched, so a generous size costs nothing by itself.
+/// A block of memory. A large block is backed by large pages. The system provides the pages of a large block
+/// only when they are first touched, so unused size costs nothing.
 class ScratchBlock {
 public:
     enum class Content { Zeros, Unspecified };
 
-    /// Throws std::bad_alloc when there is no memory.
+    /// Throws std::bad_alloc if there is no memory.
     explicit ScratchBlock(std::size_t bytes, Content content = Content::Zeros);
     ~ScratchBlock();
     ScratchBlock(const ScratchBlock&) = delete;
     ScratchBlock& operator=(const ScratchBlock&) = delete;
 
-    /// Makes a large block larger. Its pages move to other addresses and are not copied; what is new holds
-    /// zeros, or unspecified bytes in a block of such.
-    /// Returns: false, with nothing changed, for a small block and when there are no addresses.
+    /// Makes a large block larger. Its pages move to other addresses without a copy. The new part contains
+    /// zeros, or unspecified bytes in a block of unspecified content.
+    /// Returns: false, without any change, for a small block or if no addresses are available.
     bool grow(std::size_t bytes);
 
     template<typename T>
@@ -58,7 +58,7 @@ public:
 
 private:
     void* _begin = nullptr;
-    ScratchReuse::Mapping _mapping; ///< null when the block comes from the heap
+    ScratchReuse::Mapping _mapping; ///< null if the block comes from the heap
 };
 
 } // namespace Atelier::Vel

@@ -70,13 +70,13 @@ void ModelDataArray::setData(quint64 first, quint64 count, const void* src) {
 }
 
 void ModelDataArray::append(quint64 count, const void* src) {
-    // Each alone first, so that their sum cannot wrap.
+    // Checks `count` alone first, so that the sum cannot wrap.
     if (count == 0 || !canHold(_type, count) || !canHold(_type, size() + count))
         return;
     const quint64 bytes = typeSize(_type) * count;
     if (bytes == 0)
         return;
-    // The bytes may be this array's own, which move when it grows.
+    // `src` may point into this array, whose bytes move when it grows.
     const quint64 place = placeOf(src);
     ensureCapacity(_byteCount + bytes);
     std::memcpy(_block->as<char>() + _byteCount, place == kNotOwn ? src : _block->as<char>() + place, bytes);

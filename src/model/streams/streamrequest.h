@@ -9,12 +9,12 @@
 
 namespace Atelier::Vel {
 
-/// A stream of exactly `count` elements; null when the allocator gives none. Its type may be another.
+/// A stream of exactly `count` elements; null if the allocator returns none. Its type may differ from `type`.
 inline QSharedPointer<ModelDataStream> requestStream(ModelDataStreamAllocator& allocator, unsigned int type,
                                                      quint64 count) {
     QSharedPointer<ModelDataStream> stream =
         shared(std::unique_ptr<ModelDataStream>(allocator.alloc(type, count)));
-    // One of no scalar type has no elements, however many it is asked for.
+    // A stream without a scalar type always has size 0.
     if (stream.isNull() || stream->size() == count || ModelDataStream::typeSize(type) == 0)
         return stream;
     stream->resize(count);

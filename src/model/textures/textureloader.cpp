@@ -25,7 +25,7 @@ namespace {
 // Sampling uses five levels, whatever the size of the image.
 constexpr int kLastLevel = 4;
 
-// A picture that takes more memory than this, four bytes to a pixel, is not decoded.
+// An image that needs more memory than this, at four bytes per pixel, is not decoded.
 constexpr qint64 kLargestImageBytes = qint64(1) << 30;
 
 int largestSide() {
@@ -34,7 +34,7 @@ int largestSide() {
     return side;
 }
 
-// A bitmap whose rows run from the top down tells a negative height; what tells no size at all fits.
+// A bitmap whose rows run from top to bottom reports a negative height. An image without a known size fits.
 bool fits(const QSize& size) {
     const qint64 width = qAbs(qint64(size.width()));
     const qint64 height = qAbs(qint64(size.height()));
@@ -42,8 +42,8 @@ bool fits(const QSize& size) {
     return width <= side && height <= side && width * height * 4 <= kLargestImageBytes;
 }
 
-// The screen that a GIF is meant for: it is decoded to that size, but tells the one of its first picture.
-// Invalid for other files.
+// The screen size of a GIF. A GIF is decoded to that size, but its reader reports the size of the first
+// picture. Invalid for other files.
 QSize gifScreen(QFile& file) {
     const QByteArray header = file.peek(10);
     if (header.size() < 10 || !header.startsWith("GIF8"))
@@ -61,15 +61,15 @@ QByteArray iconDirectory(QFile& file) {
     return directory.size() == kDirectoryBytes && (isIcon || isCursor) ? directory : QByteArray();
 }
 
-// Whether the first picture of an icon has no more bytes than the file: its reader makes room for as many as
-// the entry claims. True for other files.
+// Whether the first picture of an icon has no more bytes than the file. The check is necessary because the
+// reader allocates the size that the entry claims. True for other files.
 bool isIconWhole(QFile& file) {
     const QByteArray directory = iconDirectory(file);
     return directory.isEmpty() || qFromLittleEndian<quint32>(directory.constData() + 14) <= file.size();
 }
 
-// The size of a PNG that the first entry of an icon or a cursor consists of: it is decoded to that size, but
-// the reader tells the one that the entry claims. Invalid for other files.
+// The size of the PNG in the first entry of an icon or a cursor. The PNG is decoded to that size, but the
+// reader reports the size that the entry claims. Invalid for other files.
 QSize pngInIcon(QFile& file) {
     const QByteArray directory = iconDirectory(file);
     if (directory.isEmpty())
@@ -82,7 +82,7 @@ QSize pngInIcon(QFile& file) {
     return {qFromBigEndian<qint32>(header.constData() + 16), qFromBigEndian<qint32>(header.constData() + 20)};
 }
 
-// Whether the pixels lie in memory as blue, green, red, alpha, eight bits each.
+// Whether the pixels are stored as blue, green, red, alpha, with eight bits each.
 bool isBgra(QImage::Format format) {
     return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
            format == QImage::Format_ARGB32_Premultiplied;
@@ -93,16 +93,16 @@ bool isOneOf(const char* const (&formats)[N], const QByteArray& format) {
     return std::find(std::begin(formats), std::end(formats), format) != std::end(formats);
 }
 
-// Vector graphics may refer to further images, which Qt opens by itself, whatever they are: it waits for
-// pipes, and reads a picture of itself until the stack ends.
+// Vector graphics may refer to further images, which Qt opens without any check. It blocks on pipes, and an
+// image that refers to itself is read until the stack overflows.
 constexpr const char* kReferringFormats[] = {"svg", "svgz"};
 
-// What other formats make their readers open is not known.
+// It is not known which files the readers of other formats open.
 constexpr const char* kSelfContainedFormats[] = {"bmp",  "cur",  "dds",  "gif",  "icns", "ico", "jp2",
                                                  "jpeg", "jpg",  "pbm",  "pgm",  "png",  "ppm", "tga",
                                                  "tif",  "tiff", "wbmp", "webp", "xbm",  "xpm"};
 
-// Requires: the device of `reader` is one of `files`, or null when it could not be opened.
+// Requires: the device of `reader` is one of `files`, or null if it could not be opened.
 bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
     if (reader.device() == nullptr)
         return false;
@@ -110,12 +110,12 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
                                    : isOneOf(kSelfContainedFormats, reader.format());
 }
 
-// Null where the file is no readable image. Rows run from the bottom up, as OpenGL takes them.
+// Reads an image; null if the file is not a readable image. Rows run from bottom to top, as OpenGL expects.
 QImage readImage(const ModelFiles& files, const QString& path) {
     const std::unique_ptr<QFile> file = files.open(path);
     const bool isSmall = file && fits(gifScreen(*file)) && isIconWhole(*file) && fits(pngInIcon(*file));
     QImageReader reader(file.get());
-    // Not every format tells its size beforehand.
+    // Not every format reports its size before it is decoded.
     if (!isSmall || !mayBeRead(reader, files) || !fits(reader.size()))
         return {};
     QImage image = reader.read();
@@ -128,7 +128,7 @@ QImage readImage(const ModelFiles& files, const QString& path) {
 
 void fill(Texture& texture, const QImage& image) {
     const GLEntryPoints& gl = glEntryPoints();
-    // The alignment stays at 1 afterwards: meant.
+    // The alignment remains 1 afterwards. This is intentional.
     gl.pixelStorei(kGlUnpackAlignment, 1);
     gl.texParameteri(kGlTexture2D, kGlMinFilter, kGlLinearMipmapLinear);
     gl.texParameteri(kGlTexture2D, kGlMagFilter, kGlLinear);
@@ -148,8 +148,8 @@ Texture* LoadTexture(const QString& path) {
 }
 
 Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
-    // Its textures are never deleted: who asked for one may hold it until the process ends. What was read for
-    // one folder is not for another.
+    // The textures are never deleted, because a caller may use one until the process ends. Textures are
+    // cached per folder: one folder does not use the textures of another.
     static QHash<QPair<QString, QString>, Texture*> cache;
     const QPair<QString, QString> key(files.folder(), path);
     if (Texture* known = cache.value(key))
@@ -161,7 +161,7 @@ Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
         std::make_unique<Texture>(kGlTexture2D, kGlRgba, image.width(), image.height(), 0, nullptr);
     const bool canBeBound = texture->bind();
     texture->unbind();
-    // The image would go to whatever texture is bound.
+    // The image would be written to whichever texture is bound.
     if (!canBeBound)
         return nullptr;
     const AutoBinder binder(texture.get());

@@ -6,7 +6,7 @@
 namespace Atelier::Vel {
 
 void registerInstanceInfoPlan() {
-    // No string literals that live in this library: the registry keeps the names when it is unloaded.
+    // No string literals of this library: the registry keeps the names after the library is unloaded.
     auto* const plan = new InstanceDataPlan(QString::fromLatin1("InstanceInfo"));
     plan->addMember(InstanceDataPlan::DataType::Mat4, QString::fromLatin1("ModelMatrix"));
     plan->addMember(InstanceDataPlan::DataType::Mat4, QString::fromLatin1("ModelNormalMatrix"));

@@ -2,7 +2,7 @@
 
 namespace Atelier::Vel {
 
-/// Registers the layout of the transforms that every uploaded model carries, "InstanceInfo".
+/// Registers "InstanceInfo", the layout of the transforms of every uploaded model.
 void registerInstanceInfoPlan();
 
 } // namespace Atelier::Vel

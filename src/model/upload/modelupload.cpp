@@ -28,11 +28,11 @@ namespace {
 // 0xFFFF is kept free: it is the usual primitive-restart index.
 constexpr quint64 kShortIndexLimit = 0xFFFF;
 
-/// Element counts go to the GL as signed 32-bit numbers.
+/// Element counts are passed to GL as signed 32-bit numbers.
 constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 
-/// A copy of the indices, each cut to 16 bits, of as many elements as the source; null when there is no such
-/// stream.
+/// A copy of the indices, each truncated to 16 bits, with the same number of elements as the source. Null if
+/// no such stream is available.
 QSharedPointer<ModelDataStream> shortened(const DrawDataContent& content) {
     const quint64 count = content.indices->size();
     QSharedPointer<ModelDataStream> result = requestStream(*content.allocator, kGlUnsignedShort, count);
@@ -135,7 +135,7 @@ bool ModelUpload::addAttribute(const DrawDataContent::Stream& stream) {
     return true;
 }
 
-// Of what stands once per group, no more is held at a time than has to be: groups may be many.
+// There may be many groups, so data per group are released as early as possible.
 void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) const {
     const QSharedPointer<VertexArrayObject> vao = _context.createVertexArrayObject();
     auto drawable = std::make_unique<DrawBuffers>(nullptr);
@@ -186,7 +186,8 @@ bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, cons
     if (data.isNull())
         return false;
     std::shared_ptr<DrawDataContent> content = DrawDataAccess::take(data);
-    // What is shared is not given back: only this copy of the pointers to it.
+    // Shared content must not be released early. The copy contains only pointers, and only these are
+    // released.
     if (content.use_count() > 1)
         content = std::make_shared<DrawDataContent>(*content);
     for (DrawDataContent::Drawable& drawable : content->drawables)

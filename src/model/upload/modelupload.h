@@ -21,8 +21,8 @@ class ModelUpload {
 public:
     ModelUpload(OpenGLDeviceContext& context, const UploadOptions& options);
 
-    /// Uploads all of `content` and leaves it without what has been uploaded.
-    /// Returns: false, after a warning and with `model` unchanged, when that cannot be done.
+    /// Uploads all of `content` and releases the uploaded parts.
+    /// Returns: false, after a warning and with `model` unchanged, if the upload fails.
     bool add(DrawDataContent& content, GPUModel& model);
 
 private:
@@ -34,10 +34,10 @@ private:
     };
 
     QSharedPointer<BufferObject> bindNewBuffer(unsigned int target) const;
-    /// Uploads the triangle indices, as 16-bit numbers where the number of vertices allows it.
-    /// Returns: false, after a warning, when that cannot be done.
+    /// Uploads the triangle indices, as 16-bit numbers if the number of vertices allows it.
+    /// Returns: false, after a warning, if the upload fails.
     bool addIndices(const DrawDataContent& content);
-    /// Returns: false, after a warning, when that cannot be done.
+    /// Returns: false, after a warning, if the upload fails.
     bool addAttribute(const DrawDataContent::Stream& stream);
     void addDrawable(GPUModel& model, DrawDataContent::Drawable drawable) const;
 
