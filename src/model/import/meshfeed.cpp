@@ -50,7 +50,7 @@ void MeshFeed::addVertex(Attribute& attribute, FixedList<float, N>& values, cons
     values.size += components;
 }
 
-// Faces from before the declaration give the attribute no indices.
+// Faces before the declaration add no indices to the attribute.
 void MeshFeed::declare(Attribute& attribute) {
     flush();
     _mesh.attributes.create(attribute.name, attribute.components, kGlFloat, 0, 0);

@@ -11,29 +11,32 @@ namespace Atelier::Vel {
 class ObjReader;
 struct Mesh;
 
-/// Hands OBJ records to a mesh, many with one call; the mesh becomes what it would record by record.
+/// Adds OBJ records to a mesh, many records per call. The result is the same as that of adding them one by
+/// one.
 class MeshFeed {
 public:
     /// `mesh` must outlive the feed. Faces join the group "<default>" until useMaterial() names another.
     explicit MeshFeed(Mesh& mesh);
 
-    /// A run with room in it, to put records into. A vertex line may go in directly only behind one of its
-    /// kind that came through addRecord().
+    /// A run that is not full, for adding records directly. A vertex line may be added directly only after
+    /// another one of its kind was added by addRecord().
     ObjRun& run();
 
-    /// Takes the vertex line or face that `reader` has read.
+    /// Adds the vertex line or face that `reader` has read.
     void addRecord(const ObjReader& reader);
-    /// The group that the faces from now on join, if it exists when they are added.
+    /// Sets the group of the following faces. The group must exist when the faces are added to it; otherwise
+    /// they have no group.
     void useMaterial(const QString& name);
-    /// Hands everything on. To be called before groups are made, too: they get no faces from before.
+    /// Adds all records of the run to the mesh. Must be called before a group is created, so that earlier
+    /// faces do not join it.
     void flush();
 
-    /// Corners handed on so far.
+    /// The number of corners added to the mesh so far.
     quint64 corners() const { return _corners; }
-    /// Faces handed on so far, and those of them whose group did not exist.
+    /// The number of faces added so far, and the number of those whose group did not exist.
     quint64 faces() const { return _faces; }
     quint64 facesWithoutGroup() const { return _facesWithoutGroup; }
-    /// Makes normals where the text gave none.
+    /// Must be called at the end. Requests generated normals if the text has no normals.
     void finish();
 
 private:
@@ -58,7 +61,7 @@ private:
     Attribute _normal;
     Attribute _texCoord;
     QString _group;
-    size_t _joined = 0; ///< faces of the run that were offered to their group
+    size_t _joined = 0; ///< faces of the run that were added to their group
     quint64 _corners = 0;
     quint64 _faces = 0;
     quint64 _facesWithoutGroup = 0;

@@ -26,7 +26,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Nothing reads these two; they keep their places among the statics.
+// Nothing reads these two. They keep their positions among the static objects.
 [[maybe_unused]] const QString planarMark(QStringLiteral("[PLANAR]"));
 [[maybe_unused]] const TextureToken spareToken;
 
@@ -46,10 +46,10 @@ ModelFiles filesOf(const QString& path, const LoadOptions& options) {
     return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
 }
 
-/// One load: the text of a file on its way into a mesh and from there into draw data.
+/// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
-    /// `libraries` are the files that the text may name.
+    /// `libraries` are the files that the text may refer to.
     ObjImport(QFile& file, ModelFiles libraries)
         : _path(file.fileName()),
           _fileSize(file.size()),
@@ -62,12 +62,12 @@ public:
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
-    /// Returns: false, and why in `error`, when a library cannot be read or the text holds more than a stream
-    /// can take. Throws Cancelled where `meter` does.
+    /// Returns: false, with the reason in `error`, if a library cannot be read or the text has more data than
+    /// a stream can hold. Throws Cancelled if `meter` does.
     bool readText(ProgressMeter& meter, QString& error);
-    /// Whether there is anything to make draw data of.
+    /// Whether the mesh is complete enough to make draw data from it.
     bool hasMesh() const;
-    /// Requires: hasMesh(). Throws Cancelled where `meter` does. Consumes the mesh.
+    /// Requires: hasMesh(). Throws Cancelled if `meter` does. Consumes the mesh.
     DrawData prepare(ProgressMeter& meter);
     LoadReport report() const;
 
@@ -149,7 +149,7 @@ LoadReport ObjImport::report() const {
     return report;
 }
 
-/// Reads a file and calls `finish` with it. On failure, `error` says why.
+/// Reads a file and calls `finish` with it. On failure, `error` contains the reason.
 template<typename Finish>
 void importFile(const QString& path, QString& error, const LoadProgress& progress, LoadReport* report,
                 const LoadOptions& options, const Finish& finish) {
@@ -215,7 +215,7 @@ InstanceData makeIdentityInstance() {
     constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     InstanceData instance(QStringLiteral("InstanceInfo"));
     instance.set(QStringLiteral("ModelMatrix"), kIdentity, sizeof kIdentity);
-    // Intentional, although it is no member of the plan.
+    // Intentional, although it is not a member of the plan.
     instance.set(QStringLiteral("PreviousModelMatrix"), kIdentity, sizeof kIdentity);
     instance.set(QStringLiteral("ModelNormalMatrix"), kIdentity, sizeof kIdentity);
     return instance;

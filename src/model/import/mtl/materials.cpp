@@ -34,7 +34,7 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
     material.set(name, rgb, 3 * sizeof *rgb);
 }
 
-/// Collects the lines of one material at a time and makes a group of each.
+/// Collects the lines of one material at a time and makes a group of each material.
 class MaterialCollector {
 public:
     MaterialCollector(GroupStore& groups, const ModelFiles& files)
@@ -52,7 +52,7 @@ private:
 
     GroupStore& _groups;
     const ModelFiles& _files;
-    InstanceData _blank; ///< what every material begins with, shared by those that stay so
+    InstanceData _blank; ///< the initial state of every material, shared by unchanged ones
     bool _isBlank = false;
     QString _name; ///< null before the first material
     InstanceData _material;
@@ -67,7 +67,7 @@ void MaterialCollector::finishMaterial() {
 
 void MaterialCollector::startMaterial(const QString& name) {
     finishMaterial();
-    // Not a copy of the blank one: QMap loses memory when there is none for making a copy its own.
+    // Not a copy of the blank one, because QMap leaks memory if an allocation fails when it detaches a copy.
     _material.clear();
     setScalar(_material, QStringLiteral("d"), 1.0F);
     _whiteMaps = WhiteMaps();
@@ -75,7 +75,7 @@ void MaterialCollector::startMaterial(const QString& name) {
     _name = name;
 }
 
-// White is what an unreadable texture is drawn with.
+// An unreadable texture is drawn as white.
 void MaterialCollector::setMap(const QString& name, const QString& path) {
     const bool isAllowed = _files.allows(path);
     if (!isAllowed)
@@ -118,7 +118,8 @@ void MaterialCollector::take(const MtlReader& line) {
 
 void registerObjMaterialPlan() {
     using DataType = InstanceDataPlan::DataType;
-    // The plan names "Ke" and "map_Ke", which no MTL keyword fills, and lacks "Ka" and "map_Ka": meant.
+    // The plan contains "Ke" and "map_Ke", which no MTL keyword sets, and lacks "Ka" and "map_Ka". This is
+    // intentional.
     auto* plan = new InstanceDataPlan(materialPlanName());
     plan->addMember(DataType::Float, QStringLiteral("Ns"));
     plan->addMember(DataType::Float, QStringLiteral("d"));

@@ -15,10 +15,10 @@ namespace Atelier::Vel {
 
 class GroupStore;
 
-/// Registers the "OBJMaterial" plan; called once, while the library is being loaded.
+/// Registers the "OBJMaterial" plan. Called once, when the library is loaded.
 void registerObjMaterialPlan();
 
-/// makeDefaultMaterial() without its white maps, which are made when there is a context.
+/// makeDefaultMaterial() without its white maps, which are made when a GL context is available.
 InstanceData makeDefaultMaterialWithoutMaps();
 WhiteMaps defaultWhiteMaps();
 
@@ -28,10 +28,11 @@ public:
     /// `groups` must outlive the libraries.
     MaterialLibraries(ModelFiles files, GroupStore& groups) : _files(std::move(files)), _groups(groups) {}
 
-    /// Reads an MTL file into material groups, in the order in which the file defines them.
-    /// Groups that exist already stay as they are, so a file that was read before and has not changed since
-    /// is not read again. A map that is none of the files is white, after a warning. Returns: false when the
-    /// file is none of the files (after a warning), no regular file, or cannot be read.
+    /// Reads an MTL file into material groups, in the order in which the file defines them. Existing groups
+    /// are unchanged, so a file that was read before and has not changed since is not read again. A map
+    /// outside of the allowed files is white, after a warning.
+    /// Returns: false if the file is outside of the allowed files (after a warning), is not a regular file,
+    /// or cannot be read.
     bool load(const QString& path);
 
 private:

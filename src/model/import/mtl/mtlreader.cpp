@@ -38,12 +38,12 @@ void MtlReader::next() {
     } while (_skipUnknown && _kind == Kind::Unknown);
 }
 
-// Puts the next line that has content into the line stream.
+// Sets the line stream to the next line that has content.
 bool MtlReader::takeLine() {
     while (_lines.next()) {
         const QString line = _lines.text(_lines.begin(), _lines.end());
         const int comment = line.indexOf(QLatin1Char('#'));
-        _line = line.left(comment).trimmed(); // all of it without a comment
+        _line = line.left(comment).trimmed(); // the whole line if there is no comment
         if (_line.isEmpty())
             continue;
         _lineStream.setString(&_line, QIODevice::ReadOnly);

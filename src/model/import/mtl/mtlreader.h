@@ -10,9 +10,9 @@ namespace Atelier::Vel {
 
 /// Reads Wavefront MTL text line by line and knows ten keywords.
 ///
-/// Construct it over an open stream, call setDirectory(), and as long as hasNext(): read(), use the line
-/// according to kind() when read() returned true, next(). The first read() comes before the first line and
-/// returns false.
+/// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
+/// the line according to kind() if read() returned true, and call next(). The first read() is before the
+/// first line and returns false.
 class MtlReader {
 public:
     enum class Kind : quint32 {
@@ -26,20 +26,20 @@ public:
         MapKs,   ///< "map_Ks"
         MapKa,   ///< "map_Ka"
         MapNs,   ///< "map_Ns"
-        End,     ///< behind the last line
+        End,     ///< after the last line
         Unknown, ///< any other keyword
     };
 
-    /// With `skipUnknown`, next() passes over lines with an unknown keyword.
+    /// If `skipUnknown` is true, next() skips lines with an unknown keyword.
     MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceLimits& limits = {});
 
-    /// Where relative map names start from.
+    /// Sets the directory for relative map names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
 
     bool hasNext() const { return _kind != Kind::End; }
     /// Advances to the next line with content.
     void next();
-    /// Parses the operands of the current line. Returns: false when one is missing or malformed.
+    /// Parses the operands of the current line. Returns: false if an operand is missing or malformed.
     bool read();
 
     Kind kind() const { return _kind; }
@@ -55,7 +55,7 @@ private:
     bool _skipUnknown;
     QDir _directory;
     LineSource _lines;
-    QString _line; ///< what _lineStream reads: no comment, no white space around it
+    QString _line; ///< the input of _lineStream, without comment and outer white space
     QTextStream _lineStream;
     bool _ok = false;
     Kind _kind = Kind::Unknown;

@@ -14,8 +14,8 @@ namespace {
 constexpr int kStreamBlockBytes = 16384;
 constexpr int kUtf8Mib = 106;
 
-// The device of a stream that reads it from its start, in text mode, as UTF-8 unless a byte-order mark says
-// otherwise; else null.
+// The device of a stream, if the stream reads it from its start, in text mode, as UTF-8 unless a byte-order
+// mark specifies another encoding. Otherwise null.
 QFileDevice* plainFile(const QTextStream& stream) {
     auto* device = qobject_cast<QFileDevice*>(stream.device());
     const bool plain = device != nullptr && device->isReadable() && device->isTextModeEnabled() &&
@@ -47,7 +47,7 @@ Content contentOf(const char* first, const char* last) {
     return {allBits >= 0x80, carriageReturns != 0};
 }
 
-// Whether the bytes hold a UTF-8 byte-order mark that begins at `cut` or is cut there.
+// Whether the bytes contain a UTF-8 byte-order mark that begins at `cut` or is divided there.
 bool isMarkAt(const char* first, const char* cut, const char* last) {
     constexpr char kMark[] = {'\xEF', '\xBB', '\xBF'};
     const char* from = std::max(first, cut - 2);
@@ -74,7 +74,7 @@ LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
 }
 
 void LineSource::skipByteOrderMark() {
-    // The beginning of the file is gone when its first line was too long.
+    // The beginning of the file is no longer in memory if its first line was too long.
     if (_blockOffset != 0)
         return;
     const QByteArray start =
@@ -118,7 +118,7 @@ bool LineSource::next() {
 bool LineSource::nextOfStream() {
     while (!_stream->atEnd()) {
         _decoded = _stream->readLine(_limits.lineBytes);
-        // Null is what a stream gives whose device has bytes left but no character, or cannot be read.
+        // The result is null if the device has bytes left but no character, or if it cannot be read.
         if (_decoded.isNull())
             return false;
         if (_decoded.size() < _limits.lineBytes) {
@@ -148,7 +148,7 @@ void LineSource::reserveBlock(qint64 bytes) {
 bool LineSource::readBlock() {
     if (_lastLineClosed)
         return false;
-    // The line that has no end yet moves to the front.
+    // The incomplete last line moves to the front.
     const qint64 carried = _blockEnd - _unread;
     _blockOffset += _unread - _block;
     std::memmove(_block, _unread, static_cast<size_t>(carried));
@@ -166,7 +166,7 @@ bool LineSource::readBlock() {
 qint64 LineSource::readBytes() {
     if (_device->atEnd())
         return 0;
-    // A small file needs no large block. One that has grown meanwhile does.
+    // A small file needs no large block, unless it has grown in the meantime.
     const qint64 left = _fileSize - _bytesRead;
     const qint64 wanted = left > 0 ? std::min(_limits.blockBytes, left) : _limits.blockBytes;
     reserveBlock(_blockEnd - _block + wanted);
@@ -232,8 +232,8 @@ void LineSource::showWithoutCarriageReturns(const char* first, const char* last)
     _lineEnd = _lineBegin + _bytes.size();
 }
 
-// Cuts the bytes where the stream cuts the file, since it shows: a sequence that is cut there and turns out
-// to be malformed is lost, anywhere else it gives replacement characters.
+// Splits the bytes at the block boundaries of the stream, because they affect the result: a malformed
+// sequence is lost at a boundary, and gives replacement characters anywhere else.
 void LineSource::decode(const char* first, const char* last) {
     QTextCodec::ConverterState state;
     const QTextCodec* utf8 = _stream->codec();
@@ -254,8 +254,8 @@ void LineSource::decode(const char* first, const char* last) {
 }
 
 // A stream drops a byte-order mark at the start of any of its blocks, not only of the first, as long as its
-// decoder has not left the fast lane for ASCII. Only decoding the file from its start tells; it is done once
-// at most, since a mark, dropped or not, is a character for which the decoder leaves that lane.
+// decoder has not left the fast path for ASCII. This can be determined only by decoding the file from its
+// start. That is done at most once, because a mark, dropped or not, makes the decoder leave the fast path.
 bool LineSource::streamDropsMark(qint64 offset) {
     if (_passedMark)
         return false;

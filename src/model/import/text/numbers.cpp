@@ -16,11 +16,11 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-// A decimal taken apart: sign, digits[.digits], exponent.
+// The parts of a decimal: sign, digits[.digits], exponent.
 struct Decimal {
     bool negative = false;
     int digits = 0;             ///< of the mantissa, leading zeros included
-    std::uint64_t mantissa = 0; ///< wrong when there are more than 19 digits
+    std::uint64_t mantissa = 0; ///< wrong if there are more than 19 digits
     int exponent = 0;
 };
 
@@ -32,7 +32,8 @@ const char* readDigits(const char* first, const char* last, Decimal& decimal) {
     return first;
 }
 
-// An integer with an optional sign. Returns: false where it is missing or has more than `maxDigits` digits.
+// Reads an integer with an optional sign. Returns: false if it is missing or has more than `maxDigits`
+// digits.
 bool readInteger(const char* first, const char* last, int maxDigits, int& value) {
     const bool negative = first != last && *first == '-';
     if (first != last && (*first == '-' || *first == '+'))
@@ -75,7 +76,7 @@ bool readDecimal(const char* first, const char* last, Decimal& decimal) {
     return (*first == 'e' || *first == 'E') && readExponent(first + 1, last, decimal.exponent);
 }
 
-// Both operands are exact, so the one operation rounds as the exact quotient or product does.
+// Both operands are exact, so the single operation gives the correctly rounded quotient or product.
 bool exactDouble(const Decimal& decimal, double& value) {
     if (decimal.digits > 19 || decimal.mantissa > kMaxExactMantissa ||
         std::abs(decimal.exponent) > kMaxExactPower)
@@ -99,7 +100,7 @@ bool parseFloat(const char* first, const char* last, float& value) {
         if (result.ec != std::errc() || result.ptr != last)
             return false;
     }
-    // Near and beyond the ends of the range of floats QString has rules of its own.
+    // QString has special rules near and beyond the ends of the range of floats.
     const bool ordinary = magnitude >= 2.0 * FLT_MIN && magnitude <= 0.5 * FLT_MAX;
     const bool zero = magnitude == 0.0 && decimal.mantissa == 0 && decimal.digits <= 19;
     if (!ordinary && !zero)

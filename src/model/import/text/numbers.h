@@ -2,8 +2,8 @@
 
 namespace Atelier::Vel {
 
-/// The number that QString::toFloat gives for an ASCII token, bit for bit, where the token is an ordinary
-/// decimal. Returns: false, and leaves `value` alone, where it is not; QString has to be asked then.
+/// Computes the same number, bit for bit, as QString::toFloat for an ASCII token that is an ordinary decimal.
+/// Returns: false, with `value` unchanged, for any other token; the caller must use QString then.
 bool parseFloat(const char* first, const char* last, float& value);
 
 /// The same for QString::toInt in base 10.
