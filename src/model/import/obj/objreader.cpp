@@ -6,14 +6,14 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Room for the corners of ordinary faces.
+// Enough capacity for the corners of ordinary faces.
 constexpr size_t kCornersReserved = 100;
 
 bool isSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-// The part of `token` up to the next slash; takes it and the slash off `token`.
+// The part of `token` up to the next slash. Removes that part and the slash from `token`.
 std::string_view takePart(std::string_view& token) {
     const size_t slash = token.find('/');
     const std::string_view part = token.substr(0, slash);
@@ -112,7 +112,7 @@ bool ObjReader::read() {
     return _ok = _stream->status() == QTextStream::Ok;
 }
 
-// Empty behind the last token.
+// The next token; empty after the last one.
 std::string_view ObjReader::nextToken() {
     const char* end = _lines.end();
     while (_unread != end && isSpace(*_unread))
@@ -170,7 +170,8 @@ bool ObjReader::readCorner(std::string_view token) {
     return true;
 }
 
-// 1 is the first line of its kind, -1 the last one of the `count` so far; there is no range check.
+// 1 is the first line of its kind, and -1 is the last one of the `count` lines so far. There is no range
+// check.
 bool ObjReader::toIndex(std::string_view number, quint32 count, quint32& index) const {
     int value = 0;
     if (!parseInt(number.data(), number.data() + number.size(), value)) {

@@ -19,10 +19,10 @@ struct ObjCorner {
     quint32 texCoord;
 };
 
-/// Reads Wavefront OBJ text line by line and knows six keywords; all other lines are passed over.
+/// Reads Wavefront OBJ text line by line and knows six keywords. All other lines are skipped.
 ///
-/// Construct it over an open stream, call setDirectory(), and as long as hasNext(): read(), use the record
-/// according to kind() when read() returned true, next().
+/// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
+/// the record according to kind() if read() returned true, and call next().
 class ObjReader {
 public:
     enum class Kind : quint32 {
@@ -32,35 +32,35 @@ public:
         Face,            ///< "f"
         MaterialLibrary, ///< "mtllib"
         UseMaterial,     ///< "usemtl"
-        End,             ///< behind the last line
-        None,            ///< no line that is known
+        End,             ///< after the last line
+        None,            ///< no known line
     };
 
-    /// Advances to the first known line. `stream` must outlive the reader. `wideParser`, or none where it is
-    /// null, is what next(ObjRun&) parses plain lines with.
+    /// Advances to the first known line. `stream` must outlive the reader. next(ObjRun&) parses plain lines
+    /// with `wideParser`, which may be null.
     explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {},
                        WideParser* wideParser = findWideParser());
 
-    /// Where relative library names start from.
+    /// Sets the directory for relative library names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
 
     bool hasNext() const { return _kind != Kind::End; }
     /// Advances to the next known line.
     void next();
-    /// The same, except that the lines that come first are put straight into `run` where that is quicker,
-    /// read() included. Returns with kind() None when the run is full or a block of text is used up;
+    /// The same, except that the next lines are parsed and added to `run` directly if that is faster; these
+    /// lines need no read(). Returns with kind() None if the run is full or a block of text is finished;
     /// values(), corner() and text() are unspecified until the next read().
     void next(ObjRun& run);
-    /// Parses the operands of the current line. Returns: false for a face with a corner that is no integer,
-    /// behind the last line, and when the stream is in an error state.
+    /// Parses the operands of the current line. Returns: false for a face with a corner that is not an
+    /// integer, after the last line, and if the stream is in an error state.
     bool read();
 
     Kind kind() const { return _kind; }
-    /// x, y and z of a vertex line; a line without z leaves the last one in place.
+    /// x, y and z of a vertex line. A line without z leaves the previous z unchanged.
     const float* values() const { return _values; }
     int cornerCount() const { return static_cast<int>(_corners.size()); }
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
-    /// Bytes of the file read so far.
+    /// The number of bytes of the file read so far.
     qint64 bytesRead() const { return _lines.bytesRead(); }
     /// The path of a material library, or the name of a material.
     const QString& text() const { return _text; }
@@ -81,8 +81,8 @@ private:
     QTextStream* _stream;
     LineSource _lines;
     WideParser* _wideParser;
-    const char* _operands = nullptr; ///< behind the keyword of the current line
-    const char* _unread = nullptr;   ///< behind the last token taken
+    const char* _operands = nullptr; ///< after the keyword of the current line
+    const char* _unread = nullptr;   ///< after the last token that was read
     bool _ok = false;
     Kind _kind = Kind::None;
     float _values[3] = {};

@@ -9,7 +9,7 @@
 
 namespace Atelier::Vel {
 
-/// A list in place, with room for `N` items that are not initialised.
+/// A list with a capacity of `N` items, stored in place. The items are not initialised.
 template<typename T, size_t N>
 struct FixedList {
     size_t size = 0;
@@ -19,9 +19,9 @@ struct FixedList {
     void push(T item) { items[size++] = item; }
 };
 
-/// Records of an OBJ file that were read and not handed on yet: kind by kind, each in file order.
+/// Records of an OBJ file that were read and not yet added to a mesh: one list per kind, in file order.
 struct ObjRun {
-    // Enough to make the handing on cheap, few enough to stay in the nearest caches.
+    // Enough records to make adding them cheap, and few enough to stay in the nearest caches.
     static constexpr size_t kRecords = 1024;
     static constexpr size_t kCorners = 4 * kRecords;
     static constexpr size_t kPlainCorners = 64;
@@ -31,19 +31,19 @@ struct ObjRun {
     FixedList<float, 2 * kRecords> texCoords; ///< two per "vt" line
 
     FixedList<quint32, kRecords> cornerCounts; ///< one per face
-    // One entry per corner in each, kNoIndex where the face gives none.
+    // One entry per corner in each list; kNoIndex if the face has no index.
     FixedList<quint32, kCorners> positionIndices;
     FixedList<quint32, kCorners> normalIndices;
     FixedList<quint32, kCorners> texCoordIndices;
 
-    /// The number of lines that fit, whatever vertex lines or faces of up to kPlainCorners they are.
+    /// The number of lines that fit, if they are any vertex lines or faces of up to kPlainCorners corners.
     size_t lineCapacityLeft() const {
         return std::min({positions.room() / 3, normals.room() / 3, texCoords.room() / 2, cornerCounts.room(),
                          positionIndices.room() / kPlainCorners});
     }
     bool isFull() const { return lineCapacityLeft() == 0; }
 
-    /// Adds the face whose corners lie behind those that count.
+    /// Adds the face whose corners were written after the end of the corner lists.
     void addFace(size_t corners) {
         cornerCounts.push(static_cast<quint32>(corners));
         positionIndices.size += corners;

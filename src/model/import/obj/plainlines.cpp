@@ -11,7 +11,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-// Up to eight characters at once, one to a byte, the first in the lowest. As digits, they are their values.
+// Up to eight characters at once, one per byte, the first in the lowest byte. A digit is represented by its
+// value.
 struct Digits {
     std::uint64_t values; ///< of the characters, '0' being 0
     int count;            ///< of digits before the first other character
@@ -31,10 +32,10 @@ struct Digits {
 constexpr int kMaxIntegerDigits = 7;
 constexpr std::uint64_t kIntegerPowersOfTen[] = {1,      10,      100,      1000,     10000,
                                                  100000, 1000000, 10000000, 100000000};
-// Seven, eight and four digits are 19, which fit 64 bits.
+// Seven, eight and four digits are 19 digits, which fit into 64 bits.
 constexpr int kMaxLateDigits = 4;
 
-/// Walks over one line. Each step returns false where the line is not plain.
+/// Parses one line step by step. Each step returns false if the line is not plain.
 class PlainLine {
 public:
     PlainLine(const char* at, const char* last) : _at(at), _last(last) {}
@@ -78,7 +79,7 @@ public:
         return true;
     }
 
-    /// A short number as the index that it means.
+    /// Reads a short number and converts it to an index.
     bool takeIndex(quint32 lineCount, quint32& index) {
         const bool negative = takeSign();
         const Digits digits(_at);
@@ -90,7 +91,7 @@ public:
         return true;
     }
 
-    /// Leaves the line. Behind a blank there are only operands that nobody reads.
+    /// Skips the rest of the line. After a blank, there are only operands that are ignored.
     bool takeRest() {
         if (*_at == ' ')
             _at = static_cast<const char*>(std::memchr(_at, '\n', static_cast<size_t>(_last - _at)));
@@ -101,7 +102,7 @@ public:
     }
 
 private:
-    // Takes the point and the digits behind it.
+    // Reads the point and the digits after it.
     bool takeFraction(std::uint64_t& mantissa, int& fractionDigits) {
         const Digits fraction(_at + 1);
         if (fraction.count == 0)
@@ -112,7 +113,7 @@ private:
         return fraction.count < 8 || takeLateDigits(mantissa, fractionDigits);
     }
 
-    // The ninth digit of a fraction and those after it.
+    // Reads the ninth digit of a fraction and the digits after it.
     bool takeLateDigits(std::uint64_t& mantissa, int& fractionDigits) {
         const Digits late(_at);
         if (late.count > kMaxLateDigits)
@@ -140,7 +141,7 @@ bool takeVertex(PlainLine& line, FixedList<float, N>& values) {
     return true;
 }
 
-// Writes the corner behind the `taken` ones that the face has so far.
+// Writes a corner after the `taken` corners that the face has so far.
 bool takeCorner(PlainLine& line, const ObjLineCounts& counts, ObjRun& run, size_t taken) {
     const size_t at = run.positionIndices.size + taken;
     quint32& texCoord = run.texCoordIndices.items[at] = kNoIndex;
@@ -173,7 +174,7 @@ bool takeFace(PlainLine& line, const ObjLineCounts& counts, ObjRun& run) {
     return line.takeRest();
 }
 
-// `line` is behind the "v".
+// `line` is after the "v".
 bool takeVertexLine(PlainLine& line, ObjLineCounts& counts, ObjRun& run) {
     switch (*line.at()) {
     case ' ':
@@ -189,7 +190,7 @@ bool takeVertexLine(PlainLine& line, ObjLineCounts& counts, ObjRun& run) {
     }
 }
 
-// Takes one line. Returns: the line behind it, or `first` where it is not plain.
+// Parses one line. Returns: the next line, or `first` if the line is not plain.
 const char* parsePlainLine(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
     PlainLine line(first, last);
     const char keyword = *line.at();

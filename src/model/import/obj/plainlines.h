@@ -4,30 +4,30 @@
 
 namespace Atelier::Vel {
 
-/// Lines of each kind so far; what negative corner numbers count back from.
+/// The number of lines of each kind so far. Negative corner numbers count back from these.
 struct ObjLineCounts {
     quint32 positions = 0;
     quint32 texCoords = 0;
     quint32 normals = 0;
 };
 
-/// Parses plain lines as parsePlainLines() does, but may leave a line to the one-by-one way at any time.
+/// Parses plain lines like parsePlainLines(), but may stop before any line and leave it to the scalar parser.
 using WideParser = const char*(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run);
 
-/// The parsers that use instructions of some processors; null on the others.
+/// The parsers that use instructions of certain processors; null on other processors.
 WideParser* findSse41Parser();
 WideParser* findAvx512Parser();
-/// The fastest of them; null where the processor runs none.
+/// The fastest of them; null if the processor supports none.
 WideParser* findWideParser();
 
-/// Parses plain OBJ lines into `run` and counts them, until it meets a line that is not plain or the run
-/// lacks room. Plain are "v", "vn" and "vt" lines of short decimals behind another line of their kind, and
-/// "f" lines of up to ObjRun::kPlainCorners corners with short numbers, all with blanks between their tokens.
-/// What it takes is what an ObjReader reads from the same lines. `wideParser` may be null.
+/// Parses plain OBJ lines into `run` and counts them, until it finds a line that is not plain or the run is
+/// full. Plain lines are "v", "vn" and "vt" lines of short decimals after another line of their kind, and "f"
+/// lines of up to ObjRun::kPlainCorners corners with short numbers. Their tokens are separated by blanks. The
+/// result is the same as that of an ObjReader for these lines. `wideParser` may be null.
 ///
-/// Requires: `first` to `last` are whole lines, each with its line feed, and the bytes around them are as a
-/// LineSource has them, see LineSource::kPadding.
-/// Returns:  the beginning of the first line that was not taken, or `last`.
+/// Requires: `first` to `last` are complete lines, each with its line feed, and the bytes around them are
+/// readable as in a LineSource, see LineSource::kPadding.
+/// Returns:  the beginning of the first line that was not parsed, or `last`.
 const char* parsePlainLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run,
                             WideParser* wideParser);
 

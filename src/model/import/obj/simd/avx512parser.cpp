@@ -10,13 +10,13 @@
 #include "import/text/digits.h"
 
 #if !defined(__clang__)
-// GCC's own definitions of the instructions leave a value undefined on purpose, and it warns of them.
+// GCC's definitions of the instructions leave a value undefined intentionally, but GCC warns about them.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
-// Byte permutations, compressions and expansions of whole registers are not in every x86-64 processor: what
-// uses them is compiled for these features and only called where all of them are there. With AVX-512F, a
-// compiler uses AVX2, too.
+// Not every x86-64 processor has byte permutations, compressions and expansions of whole registers. Functions
+// that use them are compiled for these features and called only if all of the features are available. AVX2 is
+// listed because a compiler uses it together with AVX-512F.
 #define VELMODEL_FEATURES(first, further)                                                                    \
     first("sse4.1") further("popcnt") further("bmi") further("bmi2") further("avx2") further("avx512f")      \
         further("avx512bw") further("avx512vl") further("avx512vbmi") further("avx512vbmi2")
@@ -25,22 +25,22 @@
 #define VELMODEL_HAS(feature) __builtin_cpu_supports(feature)
 #define VELMODEL_HAS_FURTHER(feature) &&__builtin_cpu_supports(feature)
 #define VELMODEL_AVX512 __attribute__((target(VELMODEL_FEATURES(VELMODEL_NAME, VELMODEL_FURTHER_NAME))))
-// One step of a line. Registers hold on to a line only if every step is inlined.
+// One step of a line. The data of a line stay in registers only if every step is inlined.
 #define VELMODEL_STEP VELMODEL_AVX512 __attribute__((always_inline)) inline
 
 namespace Atelier::Vel {
 
 namespace {
 
-/// A bit for each of 64 characters, the first in the lowest.
+/// One bit for each of 64 characters. The first character has the lowest bit.
 using Bits = std::uint64_t;
 
 constexpr unsigned int kWindow = 64;
 
-// A double is exact up to fifteen digits.
+// A double represents up to fifteen digits exactly.
 constexpr Bits kMaxDecimalDigits = 15;
 
-// Corners are taken four at a time, of up to three numbers each.
+// Corners are parsed four at a time, with up to three numbers each.
 constexpr unsigned int kStepCorners = 4;
 
 /// The bytes of a register.
@@ -64,7 +64,7 @@ constexpr Bytes counted() {
     return result;
 }
 
-/// In every `width` bytes: how far they are from their end.
+/// For each byte, its distance from the end of its group of `width` bytes.
 constexpr Bytes fromEnd(unsigned int width) {
     Bytes result;
     for (unsigned int i = 0; i < 64; ++i)
@@ -72,8 +72,8 @@ constexpr Bytes fromEnd(unsigned int width) {
     return result;
 }
 
-/// The numbers of `corners` corners, eight bytes for each: first their positions, then what else they have,
-/// kind by kind.
+/// The order of the numbers of `corners` corners, eight bytes for each number: first the positions, then the
+/// other numbers, kind by kind.
 constexpr Bytes cornerOrder(unsigned int numbers, unsigned int firstCorner, unsigned int corners) {
     Bytes result;
     for (unsigned int i = 0; i < corners * numbers * 8; ++i)
@@ -82,7 +82,7 @@ constexpr Bytes cornerOrder(unsigned int numbers, unsigned int firstCorner, unsi
     return result;
 }
 
-/// For each of four parts of a register the number of every other byte.
+/// For each of four parts of a register, the number of every second byte.
 constexpr Bytes countOrder() {
     Bytes result;
     for (unsigned int i = 0; i < 64; ++i)
@@ -90,7 +90,7 @@ constexpr Bytes countOrder() {
     return result;
 }
 
-/// A constant in a register. Compilers would rather make it anew for each line than keep it.
+/// Keeps a constant in a register. Without this, compilers load it again for each line.
 VELMODEL_STEP __m512i keep(const Bytes& constant) {
     __m512i value = constant.load();
     __asm__("" : "+v"(value));
@@ -130,33 +130,33 @@ VELMODEL_STEP Bits findAll(const __m512i& text, char character) {
     return _mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8(character));
 }
 
-/// Where the numbers of up to four corners lie, and which corners they are.
+/// The places of the numbers of up to four corners, and the index of the first corner.
 struct CornersTask {
     const char* at;
     size_t corner;
-    __m128i places;    ///< of what follows the numbers
-    __m128i distances; ///< from what precedes them
+    __m128i places;    ///< of the stops after the numbers
+    __m128i distances; ///< from the stops before the numbers
 };
 
-/// Corners that were found and whose indices are still to be made. Finding and making is each a long chain of
-/// steps. A processor works on several lines at once, but only as far as it sees ahead: on twice as many when
-/// it does one of the two at a time.
+/// Corners that were found and whose indices are not yet computed. Finding corners and computing indices are
+/// both long chains of dependent steps. A processor executes several lines at once, limited by its
+/// instruction window. It can overlap twice the number of lines if the two chains are executed separately.
 struct CornerTasks {
     static constexpr size_t kLines = 64;
     static constexpr size_t kStepsOfFace = ObjRun::kPlainCorners / kStepCorners;
 
     FixedList<CornersTask, kLines + kStepsOfFace> list;
     unsigned int numbers =
-        0; ///< of each corner, the same for all: four corners are made even where fewer are
+        0; ///< per corner, the same for all: a task always makes four corners, even if there are fewer
 
     bool hasRoom() const { return list.size <= kLines; }
 };
 
-/// Sixty-four characters.
+/// A window of 64 characters of the text.
 struct Window {
     __m512i text;
-    Bits stops;    ///< what is no digit
-    Bits lineEnds; ///< line feeds, carriage returns and their neighbours, which are not plain
+    Bits stops;    ///< characters that are not digits
+    Bits lineEnds; ///< control characters below 16; all but line feeds and carriage returns are not plain
 
     VELMODEL_STEP Window(const char* at, const Constants& constants)
         : text(_mm512_loadu_si512(at)),
@@ -164,39 +164,40 @@ struct Window {
           lineEnds(_mm512_cmplt_epu8_mask(text, constants.controls)) {}
 };
 
-/// The line behind a line's end; null where that is none.
+/// The next line after a line end; null if `end` is not a line end.
 VELMODEL_STEP const char* lineBehind(const char* end) {
     if (*end == '\n')
         return end + 1;
     return *end == '\r' && end[1] == '\n' ? end + 2 : nullptr;
 }
 
-/// Digits as numbers of four.
+/// Joins digits to numbers of four digits.
 VELMODEL_STEP __m512i joinFours(const __m512i& digits) {
     const __m512i pairs = _mm512_maddubs_epi16(digits, _mm512_set1_epi16(10 + (1 << 8)));
     return _mm512_madd_epi16(pairs, _mm512_set1_epi32(100 + (1 << 16)));
 }
 
-/// Numbers of four digits as numbers of eight: in each part of the register two of `low`, then two of `high`.
+/// Joins numbers of four digits to numbers of eight digits. Each part of the register contains two from
+/// `low`, then two from `high`.
 VELMODEL_STEP __m512i joinEights(const __m512i& low, const __m512i& high) {
     return _mm512_madd_epi16(_mm512_packus_epi32(low, high), _mm512_set1_epi32(10000 + (1 << 16)));
 }
 
 /// The decimals of a vertex line.
 struct Decimals {
-    Bits lengths; ///< two bytes for each: the digits before its point and behind it
-    Bits signs;   ///< a bit for each
+    Bits lengths; ///< two bytes per decimal: the number of digits before and after its point
+    Bits signs;   ///< one bit per decimal
 };
 
-/// The lowest bit of the two bytes of each of the decimals.
+/// The lowest bit of the two bytes of each decimal.
 template<size_t Count>
 constexpr Bits kEachLength = Count == 2 ? 0x0001'0001 : 0x0001'0001'0001;
 
-/// Finds decimals that all have a point and follow each other with one blank between them, the last of them
-/// before the end of its line. Returns: whether that is what they do.
+/// Finds decimals in the usual form: all have a point, they are separated by one blank, and the last one is
+/// at the end of its line. Returns: false if they have another form.
 template<size_t Count>
 VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& constants, Decimals& decimals) {
-    constexpr unsigned int kBits = 16 * Count;                       // of two bytes for each
+    constexpr unsigned int kBits = 16 * Count;                       // two bytes per decimal
     constexpr Bits kShape = Count == 2 ? 0x2E'202E : 0x2E'202E'202E; // ". . .", read backwards
     constexpr Bits kBlanks = Count == 2 ? 0b0010 : 0b001010;
     constexpr Bits kLengths = kEachLength<Count> * 0x0101;
@@ -209,7 +210,7 @@ VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& cons
     const Bits starts = _pdep_u64(kBlanks, stops) << 1 | 1;
     const Bits line = window.lineEnds ^ (window.lineEnds - 1); // up to the end
     decimals.signs = _pext_u64(minuses, starts);
-    // The distances of the stops, without themselves and without the signs.
+    // The distances between the stops, excluding the stops themselves and the signs.
     decimals.lengths = _bzhi_u64(ends - (ends << 8) - (0x0101010101010101 - 1), kBits) -
                        _pdep_u64(decimals.signs, kEachLength<Count>);
     const Bits empty = (decimals.lengths - kLengths) & (kLengths << 7);
@@ -218,7 +219,7 @@ VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& cons
             (lastStop ^ firstOf(window.lineEnds))) == 0;
 }
 
-/// Finds decimals with or without a point, and with anything behind the last of them.
+/// Finds decimals with or without a point. Anything may follow the last one.
 template<size_t Count>
 VELMODEL_STEP bool findDecimals(const Window& window, Decimals& decimals) {
     const Bits digits = ~window.stops;
@@ -230,7 +231,7 @@ VELMODEL_STEP bool findDecimals(const Window& window, Decimals& decimals) {
         stops = _blsr_u64(stops);
     }
     const Bits line = bitsBelow(ends[Count - 1]);
-    // Behind two blanks, the last token is empty and starts where it ends.
+    // After two blanks, the last token is empty: it starts at its end.
     const Bits starts = (blanks << 1 | 1) & (line << 1 | 1);
     const Bits minuses = findAll(window.text, '-') & starts;
     const Bits points = findAll(window.text, '.') & line;
@@ -241,28 +242,28 @@ VELMODEL_STEP bool findDecimals(const Window& window, Decimals& decimals) {
         const Bits token = bitsBelow(ends[i]) & ~before;
         before = bitsBelow(ends[i]);
         const Bits point = points & token;
-        const Bits behindPoint = ~(point - 1); // nothing where there is no point
+        const Bits behindPoint = ~(point - 1); // no bits if there is no point
         doubled |= point & (point - 1);
         const Bits count = countOf(digits & token);
         const Bits fraction = countOf(digits & token & behindPoint);
         decimals.lengths |= (count - fraction) << 16 * i | fraction << (16 * i + 8);
     }
     decimals.signs = _pext_u64(minuses, starts);
-    // Each begins with a digit, behind its sign, and so it goes on behind its point.
+    // Each decimal must have a digit at its start, after its sign, and after its point.
     const Bits mustBeDigits = (starts & ~minuses) | minuses << 1 | points << 1;
     const Bits strangers = line & ~(digits | blanks | points | minuses);
     return ends[Count - 1] < kWindow && ((mustBeDigits & ~digits) | strangers | doubled) == 0;
 }
 
-/// The digits of each decimal, `digitCounts` has how many, as a number in the lower half of a part of the
-/// register.
+/// Converts the digits of each decimal to a number in the lower half of a part of the register. `digitCounts`
+/// contains the number of digits of each decimal.
 VELMODEL_STEP __m512i mantissasOf(const Window& window, const Constants& constants, Bits digitCounts) {
     static constexpr Bytes kFromSixteenth = fromEnd(16);
     static constexpr Bytes kCountOrder = countOrder();
     const __m512i counts = _mm512_permutexvar_epi8(
         kCountOrder.load(), _mm512_castsi128_si512(_mm_cvtsi64_si128(static_cast<long long>(digitCounts))));
     const __m512i values = _mm512_sub_epi8(window.text, constants.zeros);
-    // The digits without what is between them, then each decimal's at the end of sixteen bytes.
+    // Compresses the digits, then expands them so that those of each decimal are at the end of sixteen bytes.
     const __m512i digits = _mm512_maskz_expand_epi8(_mm512_cmple_epu8_mask(kFromSixteenth.load(), counts),
                                                     _mm512_maskz_compress_epi8(~window.stops, values));
     const __m512i fours = joinFours(digits);
@@ -271,14 +272,15 @@ VELMODEL_STEP __m512i mantissasOf(const Window& window, const Constants& constan
                             _mm512_srli_epi64(eights, 32));
 }
 
-/// Numbers below 2^52 as doubles: behind the bits of 2^52 they are what exceeds it.
+/// Converts numbers below 2^52 to doubles. As the low bits of 2^52, a number is the amount by which the
+/// double exceeds 2^52.
 VELMODEL_STEP __m128d toDoubles(__m128i numbers) {
     const __m128d base = _mm_set1_pd(0x1p52);
     return _mm_sub_pd(_mm_castsi128_pd(_mm_or_si128(numbers, _mm_castpd_si128(base))), base);
 }
 
 constexpr std::uint32_t kMinus = 0x80000000;
-// Row n has the sign bits for three bits.
+// Row n has the sign bits for the three bits of n.
 alignas(16) constexpr std::uint32_t kSigns[8][4] = {
     {0, 0, 0, 0},      {kMinus, 0, 0, 0},      {0, kMinus, 0, 0},      {kMinus, kMinus, 0, 0},
     {0, 0, kMinus, 0}, {kMinus, 0, kMinus, 0}, {0, kMinus, kMinus, 0}, {kMinus, kMinus, kMinus, 0},
@@ -303,7 +305,8 @@ VELMODEL_STEP void storeValues(const __m512i& mantissas, const Decimals& decimal
     }
 }
 
-/// Takes a vertex line; `at` is behind the keyword and a blank.
+/// Parses a vertex line; `at` is after the keyword and a blank. Returns: the next line; null if the line is
+/// not plain.
 template<size_t Count, size_t N>
 VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants, FixedList<float, N>& values,
                                      quint32& lineCount) {
@@ -314,7 +317,7 @@ VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants,
     if (lineCount == 0 || window.lineEnds == 0 ||
         (!findUsualDecimals<Count>(window, constants, decimals) && !findDecimals<Count>(window, decimals)))
         return nullptr;
-    // What may stand before the line's end are operands that nobody reads.
+    // Any characters left before the line end are operands that are ignored.
     const char* const next = lineBehind(at + firstOf(window.lineEnds));
     const Bits digitCounts = (decimals.lengths + (decimals.lengths >> 8)) & kEachLength<Count> * 0xFF;
     const Bits tooMany =
@@ -327,12 +330,12 @@ VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants,
     return next;
 }
 
-/// The first sixteen characters of a line that are no digits, as far as they are among 128.
+/// The first sixteen characters of a line that are not digits, if they are among the first 128 characters.
 struct Stops {
-    unsigned int lineEnd; ///< the place of the first
-    unsigned int last;    ///< the number of the stop that it is
+    unsigned int lineEnd; ///< the place of the first line end
+    unsigned int last;    ///< the number of that stop
     __m128i places;
-    __m128i distances; ///< from the stop before each
+    __m128i distances; ///< of each stop from the previous one
     __m128i characters;
 
     VELMODEL_STEP Stops(const char* at, const Constants& constants) {
@@ -357,8 +360,8 @@ struct Stops {
     }
 };
 
-/// The digits before some stops, each number's at the end of eight bytes. `order` has the number of the stop
-/// for each byte.
+/// The digits before some stops. The digits of each number are at the end of eight bytes. `order` contains
+/// the number of the stop for each byte.
 VELMODEL_STEP __m512i digitsBefore(const CornersTask& task, const Bytes& order) {
     const __m512i fromEighth = kFromEighth.load();
     const __m512i numbers = order.load();
@@ -383,7 +386,7 @@ VELMODEL_STEP __m512i numbersOfFour(const CornersTask& task) {
         return joinEights(joinFours(digitsBefore(task, kFirstCorners)),
                           joinFours(digitsBefore(task, kOtherCorners)));
     } else {
-        // All of them fit into one register, of which each part comes out twice.
+        // All of them fit into one register. joinEights() returns each part twice.
         const __m512i everyOther = _mm512_set_epi64(6, 4, 2, 0, 6, 4, 2, 0);
         static constexpr Bytes kAllCorners = cornerOrder(Numbers, 0, 4);
         const __m512i fours = joinFours(digitsBefore(task, kAllCorners));
@@ -391,14 +394,14 @@ VELMODEL_STEP __m512i numbersOfFour(const CornersTask& task) {
     }
 }
 
-/// Makes the indices of corners of `Numbers` numbers each.
+/// Computes the indices of corners with `Numbers` numbers each.
 template<unsigned int Numbers>
 VELMODEL_AVX512 void makeIndices(const CornerTasks& tasks, ObjRun& run) {
     const __m128i none = _mm_set1_epi32(static_cast<int>(kNoIndex));
     for (size_t i = 0; i < tasks.list.size; ++i) {
         const CornersTask& task = tasks.list.items[i];
         const __m512i numbers = numbersOfFour<Numbers>(task);
-        // What was 0 is the highest number now, and all others are below kNoIndex.
+        // A number 0 is now the maximum number, and all others are below kNoIndex.
         const __m512i indices = _mm512_min_epu32(_mm512_sub_epi32(numbers, _mm512_set1_epi32(1)),
                                                  _mm512_set1_epi32(static_cast<int>(kNoIndex)));
         store(_mm512_castsi512_si128(indices), run.positionIndices.items + task.corner);
@@ -409,12 +412,12 @@ VELMODEL_AVX512 void makeIndices(const CornerTasks& tasks, ObjRun& run) {
     }
 }
 
-/// Corners of one, two or three numbers.
+/// The expected form of corners with one, two or three numbers.
 struct CornerShape {
-    alignas(16) char stops[17];             ///< what follows the numbers
-    alignas(16) std::uint8_t distances[16]; ///< the least of two stops
-    alignas(16) std::uint8_t more[16];      ///< by how much they may exceed that
-    std::uint64_t counts; ///< four bits for each count of numbers: the corners that it makes, if it does
+    alignas(16) char stops[17];             ///< the stops after the numbers
+    alignas(16) std::uint8_t distances[16]; ///< the minimum distance of two stops
+    alignas(16) std::uint8_t more[16];      ///< the maximum excess over that
+    std::uint64_t counts; ///< four bits per count of numbers: the number of complete corners, or 0
 };
 
 // Texture coordinates may be empty between two slashes.
@@ -437,15 +440,15 @@ VELMODEL_STEP __m128i loadPart(const void* bytes) {
     return _mm_load_si128(static_cast<const __m128i*>(bytes));
 }
 
-/// Takes up to four corners of `Numbers` numbers each, of as many as there are up to the line's end. Returns:
-/// how many; 0 where they are not plain.
+/// Checks up to four corners with `Numbers` numbers each. `numbers` is the count of numbers up to the line
+/// end. Returns: the number of corners; 0 if they are not plain.
 template<unsigned int Numbers>
 VELMODEL_STEP unsigned int countCorners(const Stops& stops, unsigned int numbers) {
     constexpr const CornerShape& kShape = kCornerShapes[Numbers - 1];
     constexpr unsigned int kMax = kStepCorners * Numbers;
     __mmask16 strangers = _mm_cmpneq_epi8_mask(stops.characters, loadPart(kShape.stops));
     strangers =
-        _mm_mask_cmpge_epu8_mask(strangers, stops.characters, _mm_set1_epi8(16)); // but for the line's end
+        _mm_mask_cmpge_epu8_mask(strangers, stops.characters, _mm_set1_epi8(16)); // except at the line end
     const __mmask16 wrong =
         _mm_cmpgt_epu8_mask(_mm_sub_epi8(stops.distances, loadPart(kShape.distances)), loadPart(kShape.more));
     const unsigned int taken = std::min(numbers, kMax);
@@ -453,8 +456,8 @@ VELMODEL_STEP unsigned int countCorners(const Stops& stops, unsigned int numbers
     return isPlain ? static_cast<unsigned int>(kShape.counts >> 4 * taken & 0xF) : 0;
 }
 
-/// The numbers of each corner, by what follows the first two: 1 for "1 ", 2 for "1/2 ", 3 for "1/2/" and
-/// "1//".
+/// The count of numbers per corner, derived from the first two stops: 1 for "1 ", 2 for "1/2 ", 3 for "1/2/"
+/// and "1//".
 VELMODEL_STEP unsigned int numbersOf(const __m128i& characters) {
     const int two = _mm_cvtsi128_si32(characters);
     if ((two & 0xFF) != '/')
@@ -462,7 +465,8 @@ VELMODEL_STEP unsigned int numbersOf(const __m128i& characters) {
     return (two >> 8 & 0xFF) == '/' ? 3 : 2;
 }
 
-/// Takes a face; `at` is behind the keyword and a blank.
+/// Parses a face; `at` is after the keyword and a blank. Returns: the next line; null if the line is not
+/// plain.
 VELMODEL_STEP const char* takeFace(const char* at, const Constants& constants, ObjRun& run,
                                    CornerTasks& tasks) {
     while (*at == ' ')
@@ -470,7 +474,7 @@ VELMODEL_STEP const char* takeFace(const char* at, const Constants& constants, O
     size_t corners = 0;
     while (corners + kStepCorners <= ObjRun::kPlainCorners) {
         const Stops stops(at, constants);
-        // Behind a blank at the line's end there is no number.
+        // There is no number after a blank at the line end.
         const unsigned int left = stops.last + ((at + stops.lineEnd)[-1] == ' ' ? 0 : 1);
         const unsigned int numbers = numbersOf(stops.characters);
         if (tasks.list.size == 0)
@@ -478,7 +482,7 @@ VELMODEL_STEP const char* takeFace(const char* at, const Constants& constants, O
         const unsigned int count = numbers == 1   ? countCorners<1>(stops, left)
                                    : numbers == 2 ? countCorners<2>(stops, left)
                                                   : countCorners<3>(stops, left);
-        // Corners of another shape have to wait for the next lines to be taken.
+        // Corners of another form must wait for the next call of takeLines().
         if (count == 0 || numbers != tasks.numbers)
             return nullptr;
         tasks.list.push({at, run.positionIndices.size + corners, stops.places, stops.distances});
@@ -512,7 +516,7 @@ VELMODEL_STEP const char* takeLine(const char* first, const Constants& constants
     return first[1] == 't' ? takeVertex<2>(first + 3, constants, run.texCoords, counts.texCoords) : nullptr;
 }
 
-/// Takes some lines, none where the first is not plain. Returns: the first that it did not take.
+/// Parses some lines; none if the first line is not plain. Returns: the first line that was not parsed.
 VELMODEL_AVX512 const char* takeLines(const char* first, const char* last, ObjLineCounts& counts,
                                       ObjRun& run) {
     const Constants constants;

@@ -11,10 +11,11 @@
 
 #include "import/text/digits.h"
 
-// SSE4.1 is not in every x86-64 processor: what uses it is compiled for it and only called where it is there.
+// Not every x86-64 processor has SSE4.1. Functions that use it are compiled for it and called only if it is
+// available.
 #define VELMODEL_FEATURE "sse4.1"
 #define VELMODEL_SSE41 __attribute__((target(VELMODEL_FEATURE)))
-// One step of the walk. Where it is in the text stays in registers only if every step is inlined.
+// One parsing step. The position in the text stays in registers only if every step is inlined.
 #define VELMODEL_STEP VELMODEL_SSE41 __attribute__((always_inline)) inline
 
 namespace Atelier::Vel {
@@ -23,14 +24,14 @@ namespace {
 
 using Word = std::uint64_t;
 
-// A double is exact up to fifteen digits. With their point, they fill a vector.
+// A double represents up to fifteen digits exactly. Together with their point, they fill a vector.
 constexpr unsigned int kMaxDecimalDigits = 15;
 constexpr unsigned int kMaxIndexDigits = 7;
-// Digits that make one 32-bit number.
+// The number of digits that are joined to one 32-bit number.
 constexpr unsigned int kEight = 8;
 
-// Row n takes the point out of a decimal with n digits behind it, that ends with the row: what is before the
-// point moves up by one.
+// Row n removes the point from a decimal that has n digits after the point and ends at the end of the vector.
+// The digits before the point move up by one byte.
 struct PointTable {
     alignas(16) std::uint8_t rows[16][16];
 
@@ -42,7 +43,8 @@ struct PointTable {
 };
 constexpr PointTable kPointTable;
 
-// Sixteen bytes from position n on keep the last n bytes of a vector; eight from 8 + n on, of half a vector.
+// The sixteen bytes from position n keep the last n bytes of a vector. The eight bytes from position 8 + n do
+// the same for half a vector.
 alignas(16) constexpr std::uint8_t kKeepTable[32] = {
     0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
@@ -51,32 +53,32 @@ VELMODEL_STEP __m128i loadBytes(const void* bytes) {
     return _mm_loadu_si128(static_cast<const __m128i*>(bytes));
 }
 
-/// Eight bytes from each place.
+/// Loads eight bytes from each of two addresses.
 VELMODEL_STEP __m128i loadHalves(const void* low, const void* high) {
     const __m128i half = _mm_loadl_epi64(static_cast<const __m128i*>(low));
     return _mm_unpacklo_epi64(half, _mm_loadl_epi64(static_cast<const __m128i*>(high)));
 }
 
-/// Sixteen digits as four numbers of four.
+/// Joins sixteen digits to four numbers of four digits.
 VELMODEL_STEP __m128i joinFours(__m128i digits) {
     const __m128i pairs =
         _mm_maddubs_epi16(digits, _mm_setr_epi8(10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1));
     return _mm_madd_epi16(pairs, _mm_setr_epi16(100, 1, 100, 1, 100, 1, 100, 1));
 }
 
-/// Twice four numbers of four digits as four numbers of eight.
+/// Joins two times four numbers of four digits to four numbers of eight digits.
 VELMODEL_STEP __m128i joinEights(__m128i low, __m128i high) {
     return _mm_madd_epi16(_mm_packus_epi32(low, high),
                           _mm_setr_epi16(10000, 1, 10000, 1, 10000, 1, 10000, 1));
 }
 
-/// Walks over text from one character that is no digit to the next. Those of 64 characters are bits in a
-/// word, so that where a token ends does not wait for where the one before it ended.
+/// Iterates over the stops of a text: the characters that are not digits. The stops among 64 characters are
+/// bits of a word, so that finding the end of a token does not depend on the end of the previous token.
 class Stops {
 public:
     VELMODEL_STEP explicit Stops(const char* at) : _at(at), _stops(look(at)) {}
 
-    /// The next one; it stays the next until it is passed.
+    /// The next stop. It remains the next stop until it is passed.
     VELMODEL_STEP const char* next() {
         while (_stops == 0) {
             _at += 64;
@@ -84,9 +86,10 @@ public:
         }
         return _at + qCountTrailingZeroBits(_stops);
     }
-    /// Passes the one that next() gave.
+    /// Passes the stop that next() returned.
     VELMODEL_STEP void pass() { _stops &= _stops - 1; }
-    /// Passes it if `condition` is 1 and not if it is 0, without a branch: signs come in no order.
+    /// Passes the stop if `condition` is 1, and does nothing if it is 0. Uses no branch, because the CPU
+    /// cannot predict signs.
     VELMODEL_STEP void passIf(Word condition) { _stops &= _stops - condition; }
     VELMODEL_STEP const char* take() {
         const char* const stop = next();
@@ -109,12 +112,12 @@ private:
     Word _stops;
 };
 
-/// A decimal in the text: `fraction` of its `digits` stand behind the point.
+/// A decimal in the text. `fraction` of its `digits` are after the point.
 struct Decimal {
     const char* end;
     unsigned int digits;
     unsigned int fraction;
-    quint32 sign; ///< the bit that a float has for it
+    quint32 sign; ///< the sign bit of a float
 };
 
 VELMODEL_STEP bool takeDecimal(Stops& stops, const char* at, Decimal& decimal) {
@@ -127,19 +130,19 @@ VELMODEL_STEP bool takeDecimal(Stops& stops, const char* at, Decimal& decimal) {
     decimal.fraction = static_cast<unsigned int>(decimal.end - point - 1);
     decimal.digits = integers + decimal.fraction;
     decimal.sign = static_cast<quint32>(negative) << 31;
-    // Numbers below 1 wrap around.
+    // A count of 0 wraps around and fails the comparison.
     return *point == '.' && integers - 1 < kMaxDecimalDigits && decimal.fraction - 1 < kMaxDecimalDigits &&
            decimal.digits <= kMaxDecimalDigits;
 }
 
-/// The digits without their point, four by four; those that are not there are 0.
+/// The digits without their point, joined to numbers of four digits. Missing digits are 0.
 VELMODEL_STEP __m128i foursOf(const Decimal& decimal) {
     __m128i values = _mm_sub_epi8(loadBytes(decimal.end - 16), _mm_set1_epi8('0'));
     values = _mm_shuffle_epi8(values, loadBytes(kPointTable.rows[decimal.fraction]));
     return joinFours(_mm_and_si128(values, loadBytes(kKeepTable + decimal.digits)));
 }
 
-/// `magnitudes` with the signs of the decimals.
+/// Converts `magnitudes` to floats with the signs of the decimals.
 VELMODEL_STEP __m128 withSigns(__m128d magnitudes, const Decimal& low, const Decimal& high) {
     const __m128i signs =
         _mm_insert_epi32(_mm_cvtsi32_si128(static_cast<int>(low.sign)), static_cast<int>(high.sign), 1);
@@ -175,7 +178,7 @@ VELMODEL_STEP void storeValues(const Decimal* decimals, float* values) {
             storeLong(decimals[i], values + i);
         return;
     }
-    // The upper halves of the fours hold all there is.
+    // All digits are in the upper halves of the fours.
     const __m128i low = _mm_unpackhi_epi64(foursOf(decimals[0]), foursOf(decimals[1]));
     const __m128i high = Count == 2 ? low : _mm_srli_si128(foursOf(last), 8);
     const __m128i mantissas = joinEights(low, high);
@@ -188,7 +191,8 @@ VELMODEL_STEP bool isLineEnd(const char* at) {
     return *at == '\n' || (*at == '\r' && at[1] == '\n');
 }
 
-/// Leaves the line whose last token ended at `end`. Returns: the next line; null where this one is not plain.
+/// Skips the rest of the line after its last token, which ends at `end`. Returns: the next line; null if this
+/// line is not plain.
 VELMODEL_STEP const char* leaveLine(Stops& stops, const char* end) {
     if (*end == '\n')
         return end + 1;
@@ -196,7 +200,7 @@ VELMODEL_STEP const char* leaveLine(Stops& stops, const char* end) {
         return stops.take() + 1;
     if (*end != ' ')
         return nullptr;
-    // Operands that nobody reads.
+    // Skips operands that are ignored.
     do
         end = stops.take();
     while (*end != '\n');
@@ -227,7 +231,7 @@ VELMODEL_STEP const char* takeVertex(Stops& stops, const char* at, FixedList<flo
     return next;
 }
 
-/// Digits in the text.
+/// A number without a sign in the text.
 struct Number {
     const char* end;
     unsigned int digits;
@@ -245,15 +249,15 @@ VELMODEL_STEP __m128i foursOf(const Number& low, const Number& high) {
     return joinFours(_mm_and_si128(values, kept));
 }
 
-/// The number as an index: what it says, counted from 0.
+/// Converts the number to an index, which counts from 0.
 VELMODEL_STEP quint32 indexOf(const Number& number, bool negative, quint32 lineCount) {
-    // The digits lie at the top; what comes before them is shifted out and zeros in.
+    // The digits are in the highest bytes. The shifts replace the characters before them by zeros.
     const unsigned int others = 64 - 8 * number.digits;
     const auto value = static_cast<quint32>(joinDigits(digitValues(number.end - kEight) >> others << others));
     return value == 0 ? kNoIndex : negative ? lineCount - value : value - 1;
 }
 
-/// The indices of three numbers without signs, in the lower lanes.
+/// Converts three numbers without signs to indices in the lower lanes.
 VELMODEL_STEP __m128i indicesOf(const Number& first, const Number& second, const Number& third) {
     const __m128i numbers = joinEights(foursOf(first, second), foursOf(third, third));
     const __m128i areZero = _mm_cmpeq_epi32(numbers, _mm_setzero_si128());
@@ -261,8 +265,8 @@ VELMODEL_STEP __m128i indicesOf(const Number& first, const Number& second, const
     return _mm_andnot_si128(_mm_slli_epi32(areZero, 31), _mm_add_epi32(numbers, _mm_set1_epi32(-1)));
 }
 
-/// A corner of one or three numbers without signs, which most are. Returns: its end; null for any other
-/// corner.
+/// Parses the usual form of a corner: one or three numbers without signs. Returns: its end; null for any
+/// other form.
 VELMODEL_STEP const char* takeUsualCorner(Stops& stops, const char* at, ObjRun& run, size_t corner) {
     Number position;
     Number texCoord;
