@@ -44,7 +44,7 @@ DrawData Preparation::prepare(const QString& positionAttribute, ProgressMeter& m
 }
 
 bool Preparation::prepareStreams(const QString& positionAttribute, ProgressMeter& meter) {
-    // This is not always the first preparation: one without any triangle is repeated.
+    // This may not be the first preparation: one without any triangle is repeated.
     _statistics.untriangulatedFaces = 0;
     buildGPUFriendlyStreams(false, meter);
     for (const VertexAttribute& record : qAsConst(_mesh.attributes.records()))

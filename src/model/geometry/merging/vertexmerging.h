@@ -50,7 +50,7 @@ private:
     TupleMerging _tuples;
     std::vector<quint64> _substituted;
     quint32 _vertexCount = 0;
-    std::unique_ptr<ScratchBlock> _firstCorner; ///< of each vertex; null without merged ones
+    std::unique_ptr<ScratchBlock> _firstCorner; ///< of each vertex; null if the remap is the identity
 };
 
 } // namespace Atelier::Vel
