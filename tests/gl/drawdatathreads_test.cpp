@@ -84,7 +84,7 @@ QByteArray stripeMaterials() {
     return text;
 }
 
-/// A wavy square without normals, whose rows of quadrilaterals take turns with the materials.
+/// A wavy square without normals; its rows of quadrilaterals use the materials in turn.
 QByteArray wavySquare() {
     constexpr int kCells = 60;
     QByteArray text = "mtllib stripes.mtl\n";
@@ -145,7 +145,7 @@ int shownPixels(const QImage& picture) {
 
 class DrawDataThreadsTest : public Testing::GLFixture {
 protected:
-    /// A file, and what a thread alone makes of it.
+    /// A file, and what a single thread makes of it.
     struct Model {
         QString path;
         int commands = 0;
@@ -198,7 +198,8 @@ private:
         QFile file(_folder.filePath(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
     }
-    // Each test has copies of its own: LoadTexture() keeps textures by path, even when their context is gone.
+    // Each test has its own copies: LoadTexture() keeps textures by path, even after their context is
+    // destroyed.
     void addSample(const QString& name) {
         const QDir samples(QStringLiteral(VELMODEL_SOURCE_DIR "/samples/") + name);
         for (const QString& file : samples.entryList(QDir::Files))
@@ -217,7 +218,7 @@ private:
     std::unique_ptr<Program> _program;
 };
 
-/// Reads files one after the other on a thread of its own. Each result is available as soon as it is read.
+/// Reads files one after the other on its own thread. Each result is available as soon as it is read.
 class Reader {
 public:
     explicit Reader(const std::vector<QString>& paths) {
@@ -242,7 +243,7 @@ private:
 
 } // namespace
 
-// In even rounds the threads read different files, in odd ones all of them read the same.
+// In even rounds the threads read different files; in odd rounds all threads read the same file.
 TEST_F(DrawDataThreadsTest, ModelsAreDrawnAndDestroyedWhileOthersAreRead) {
     const MessageLog log;
     const std::size_t rounds = static_cast<std::size_t>(Testing::scaled(2)) * _models.size();
@@ -266,7 +267,7 @@ TEST_F(DrawDataThreadsTest, ModelsAreDrawnAndDestroyedWhileOthersAreRead) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_F(DrawDataThreadsTest, DrawDataIsLookedAtWhileItIsDrawn) {
+TEST_F(DrawDataThreadsTest, DrawDataIsReadWhileItIsDrawn) {
     const MessageLog log;
     for (const Model& expected : _models) {
         const DrawData data = read(expected.path);

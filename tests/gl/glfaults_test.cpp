@@ -1,4 +1,4 @@
-// Loads and textures with a driver that fails, and contexts that go between a load and a draw.
+// Loads and textures with a driver that fails, and contexts that are destroyed between a load and a draw.
 
 #include "glfaults.h"
 
@@ -107,13 +107,13 @@ private:
 
 } // namespace
 
-TEST_F(LoadWithGLFaultsTest, SoundDriverDraws) {
+TEST_F(LoadWithGLFaultsTest, WorkingDriverDraws) {
     const MessageLog log;
     EXPECT_EQ(drawn(*load()), QColor(Qt::black));
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
-TEST_F(LoadWithGLFaultsTest, ModelWithoutBuffersDrawsNothingAndEachBufferIsToldOnce) {
+TEST_F(LoadWithGLFaultsTest, ModelWithoutBuffersDrawsNothingAndReportsEachBufferOnce) {
     for (const GLFault fault : {GLFault::NoBufferNames, GLFault::NoBufferMemory}) {
         const MessageLog log;
         {
@@ -130,11 +130,11 @@ TEST_F(LoadWithGLFaultsTest, ModelWithoutBuffersDrawsNothingAndEachBufferIsToldO
                                    .arg(label, fault == GLFault::NoBufferNames ? "made" : "filled"));
         expected.push_back(QStringLiteral("Storage 'OBJMaterial' could not be filled (GL_OUT_OF_MEMORY)"));
         EXPECT_THAT(log.texts(QtWarningMsg), testing::UnorderedElementsAreArray(expected));
-        EXPECT_EQ(drawn(*load()), QColor(Qt::black)) << "memory is back";
+        EXPECT_EQ(drawn(*load()), QColor(Qt::black)) << "memory is available again";
     }
 }
 
-TEST_F(LoadWithGLFaultsTest, TextureWithoutANameIsNullAndTouchesNoOther) {
+TEST_F(LoadWithGLFaultsTest, TextureWithoutANameIsNullAndChangesNoOther) {
     Texture clients(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
     ASSERT_TRUE(clients.bind());
     const MessageLog log;
@@ -144,10 +144,10 @@ TEST_F(LoadWithGLFaultsTest, TextureWithoutANameIsNullAndTouchesNoOther) {
     }
     EXPECT_FALSE(clients.hasContent());
     clients.unbind();
-    EXPECT_NE(LoadTexture(path("black.png")), nullptr) << "it is tried again";
+    EXPECT_NE(LoadTexture(path("black.png")), nullptr) << "the second load reads the file again";
 }
 
-TEST_F(LoadWithGLFaultsTest, TextureWithoutMemoryIsToldOnceAndDrawnWhite) {
+TEST_F(LoadWithGLFaultsTest, TextureWithoutMemoryIsReportedOnceAndDrawnWhite) {
     const std::unique_ptr<GPUModel> model = load();
     TextureManager::Instance().colorTexture(Qt::white)->bind();
     TextureManager::Instance().colorTexture(Qt::white)->unbind();
@@ -161,7 +161,7 @@ TEST_F(LoadWithGLFaultsTest, TextureWithoutMemoryIsToldOnceAndDrawnWhite) {
             QStringLiteral("Texture '%1' could not be filled (GL_OUT_OF_MEMORY)").arg(path("black.png"))));
 }
 
-TEST_F(LoadWithGLFaultsTest, ModelOfAContextThatIsGoneDrawsNothing) {
+TEST_F(LoadWithGLFaultsTest, ModelOfADestroyedContextDrawsNothing) {
     const std::unique_ptr<GPUModel> model = load();
     EXPECT_EQ(drawn(*model), QColor(Qt::black));
     _context.reset();
@@ -179,7 +179,7 @@ TEST_F(LoadWithGLFaultsTest, ModelOfAContextThatIsGoneDrawsNothing) {
                                 .arg(path("black.png"))));
 }
 
-TEST_F(LoadWithGLFaultsTest, ContextMayGoBetweenTheLoadAndTheFirstDraw) {
+TEST_F(LoadWithGLFaultsTest, ContextMayBeDestroyedBetweenTheLoadAndTheFirstDraw) {
     const std::unique_ptr<GPUModel> model = load();
     _context.reset();
     model->draw();
@@ -188,7 +188,7 @@ TEST_F(LoadWithGLFaultsTest, ContextMayGoBetweenTheLoadAndTheFirstDraw) {
     ASSERT_TRUE(_context && _context->makeCurrent());
     watchMessages();
     EXPECT_EQ(drawn(*model), QColor(Qt::blue));
-    EXPECT_EQ(drawn(*load()), QColor(Qt::black)) << "a new load serves the new context";
+    EXPECT_EQ(drawn(*load()), QColor(Qt::black)) << "a new load works in the new context";
 }
 
 } // namespace Atelier::Vel

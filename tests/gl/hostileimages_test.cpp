@@ -1,4 +1,4 @@
-// Images of extreme sizes, cut off and damaged, of every format that Qt reads here.
+// Images of extreme sizes, truncated and damaged images, in every format that this Qt reads.
 
 #include <velmodel/textureloader.h>
 
@@ -34,7 +34,7 @@ using Testing::scaled;
 
 int standInSide = 0;
 
-/// Lets OpenGL say that a texture may have so many pixels on a side.
+/// Replaces the maximum texture size that OpenGL reports.
 class LargestSide {
 public:
     explicit LargestSide(int side) : _real(glEntryPoints().getIntegerv) {
@@ -57,7 +57,7 @@ QImage gradient(int width, int height) {
     return image;
 }
 
-/// An image file of some format; empty where Qt cannot write it.
+/// An image file of a format; empty if Qt cannot write it.
 QByteArray encoded(const QImage& image, const QByteArray& format) {
     if (format == "gif" && image.size() == QSize(2, 2))
         return QByteArray::fromHex("474946383961020002008000000000"
@@ -68,7 +68,7 @@ QByteArray encoded(const QImage& image, const QByteArray& format) {
     return bytes;
 }
 
-/// The checksum at the end of a part of a PNG.
+/// The checksum at the end of a PNG chunk.
 quint32 checksum(const QByteArray& bytes) {
     quint32 sum = ~quint32{0};
     for (const char byte : bytes) {
@@ -91,17 +91,17 @@ QByteArray bigEndian(quint32 value) {
     return bytes;
 }
 
-/// A JPEG of 8 by 8 pixels that claims to have others.
+/// A JPEG of 8 by 8 pixels that claims another size.
 QByteArray jpegOf(quint16 width, quint16 height) {
     QByteArray jpeg = encoded(gradient(8, 8), "jpeg");
-    // In a frame header, the height and the width come behind its length and the bits of a sample.
+    // In a frame header, the height and the width follow the length and the bits per sample.
     char* const sizes = jpeg.data() + jpeg.indexOf(QByteArray::fromHex("ffc0")) + 5;
     qToBigEndian(height, sizes);
     qToBigEndian(width, sizes + 2);
     return jpeg;
 }
 
-/// An icon, or a cursor, of one picture, whose entry claims sixteen pixels by sixteen.
+/// An icon or a cursor with one picture; its entry claims 16 by 16 pixels.
 QByteArray icon(const char* kind, const QByteArray& picture, quint32 claimedBytes) {
     return QByteArray::fromHex(kind) + QByteArray::fromHex("0100101000000100") + QByteArray::fromHex("2000") +
            littleEndian(claimedBytes) + littleEndian(22) + picture;
@@ -146,7 +146,7 @@ QList<HugeImage> hugeImages(quint16 side) {
 
 class HostileImagesTest : public Testing::GLFixture {
 protected:
-    /// The texture of an image file with this content, under a name of its own.
+    /// The texture of a new image file with this content.
     Texture* load(const QByteArray& bytes) { return LoadTexture(write(bytes)); }
     QString write(const QByteArray& bytes) {
         QFile file(_directory.filePath(QString::number(++_count)));
@@ -155,7 +155,7 @@ protected:
     }
     QString folder() const { return _directory.path(); }
 
-    MessageLog _log; // what is wrong with the images
+    MessageLog _log; // errors in the images
 
 private:
     QTemporaryDir _directory;
@@ -173,7 +173,7 @@ TEST_F(HostileImagesTest, OnePixelIsATexture) {
     }
 }
 
-TEST_F(HostileImagesTest, SideAtTheDriversLimitIsATextureAndOneBeyondIsNull) {
+TEST_F(HostileImagesTest, SideAtTheDriversLimitIsATextureAndALargerSideIsNull) {
     GLint side = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
     EXPECT_NE(load(encoded(QImage(side, 1, QImage::Format_Grayscale8), "png")), nullptr);
@@ -181,8 +181,8 @@ TEST_F(HostileImagesTest, SideAtTheDriversLimitIsATextureAndOneBeyondIsNull) {
     EXPECT_EQ(load(encoded(QImage(1, side + 1, QImage::Format_Grayscale8), "png")), nullptr);
 }
 
-TEST_F(HostileImagesTest, TensOfThousandsOfPixelsOnASideInAFewBytesAreNull) {
-    // The headers are sound: such a size is one that Qt takes in every format.
+TEST_F(HostileImagesTest, SmallFilesThatClaimHugeImagesAreNull) {
+    // The headers are valid: Qt accepts this size in every format.
     constexpr quint16 kPossible = 16'000;
     for (const HugeImage& image : hugeImages(kPossible)) {
         QBuffer buffer;
@@ -198,7 +198,7 @@ TEST_F(HostileImagesTest, TensOfThousandsOfPixelsOnASideInAFewBytesAreNull) {
     }
 }
 
-TEST_F(HostileImagesTest, ImageCutOffAnywhereIsNullOrOfItsSize) {
+TEST_F(HostileImagesTest, TruncatedImageIsNullOrHasItsFullSize) {
     for (const QByteArray& format : QImageReader::supportedImageFormats()) {
         const QSize size(2, 2);
         const QByteArray whole = encoded(gradient(2, 2), format);
@@ -231,7 +231,7 @@ TEST_F(HostileImagesTest, DamagedImageIsNullOrNoLargerThanAllowed) {
     }
 }
 
-TEST_F(HostileImagesTest, EveryFormatThatHoldsItsPixelsLoadsFromAFolderToo) {
+TEST_F(HostileImagesTest, EveryFormatWithPixelsLoadsFromAFolderToo) {
     for (const QByteArray& format : QImageReader::supportedImageFormats()) {
         const QByteArray bytes = encoded(gradient(2, 2), format);
         if (bytes.isEmpty())
@@ -245,7 +245,7 @@ TEST_F(HostileImagesTest, EveryFormatThatHoldsItsPixelsLoadsFromAFolderToo) {
     }
 }
 
-// Of a table that is missing, the reader complains when it decodes, before it makes room for the pixels.
+// The reader reports a missing table when it decodes, before it allocates the pixels.
 TEST_F(HostileImagesTest, ImageOfAGibibyteIsDecodedAndALargerOneIsNot) {
     const LargestSide limit(100'000);
     const struct {
@@ -263,8 +263,8 @@ TEST_F(HostileImagesTest, ImageOfAGibibyteIsDecodedAndALargerOneIsNot) {
     }
 }
 
-// What an icon claims of its first picture is not what is decoded.
-TEST_F(HostileImagesTest, SizeOfThePngInAnIconCounts) {
+// The decoder ignores the size that the icon's entry claims.
+TEST_F(HostileImagesTest, SizeOfThePngInAnIconIsChecked) {
     const LargestSide limit(16);
     for (const char* kind : {"00000100", "00000200"})
         for (const QSize& size : {QSize(16, 16), QSize(17, 1), QSize(1, 17), QSize(16, 1), QSize(1, 16)}) {
@@ -277,9 +277,9 @@ TEST_F(HostileImagesTest, SizeOfThePngInAnIconCounts) {
         }
 }
 
-TEST_F(HostileImagesTest, ScreenOfAGifCounts) {
+TEST_F(HostileImagesTest, ScreenSizeOfAGifIsChecked) {
     const LargestSide limit(255);
-    // Two pixels by two, on a screen whose sides have two bytes each.
+    // A picture of 2 by 2 pixels; each side of the screen is stored in two bytes.
     const auto gif = [](const char* screen) {
         return QByteArray::fromHex(QByteArray("474946383961") + screen +
                                    "8000000000 00ffffff2c00000000020002000002028451003b");
@@ -290,19 +290,19 @@ TEST_F(HostileImagesTest, ScreenOfAGifCounts) {
         EXPECT_EQ(load(gif(screen)), nullptr) << screen;
 }
 
-TEST_F(HostileImagesTest, IconMayClaimTheBytesOfItsFileAndNoMore) {
+TEST_F(HostileImagesTest, IconThatClaimsMoreBytesThanItsFileIsNull) {
     const QByteArray png = encoded(gradient(2, 2), "png");
     const auto bytesOfFile = static_cast<quint32>(icon("00000100", png).size());
     EXPECT_NE(load(icon("00000100", png, bytesOfFile)), nullptr);
     EXPECT_EQ(load(icon("00000100", png, bytesOfFile + 1)), nullptr);
 }
 
-TEST_F(HostileImagesTest, EveryFormatThatQtReadsHereIsTested) {
+TEST_F(HostileImagesTest, EveryFormatThatQtReadsIsTested) {
     QByteArrayList untested;
     for (const QByteArray& format : QImageReader::supportedImageFormats())
         if (encoded(gradient(2, 2), format).isEmpty())
             untested << format;
-    // Vector graphics are refused, see the texture loader's own tests.
+    // Vector graphics are rejected; see textureloader_test.cpp.
     EXPECT_THAT(untested, testing::IsSubsetOf({QByteArray("svg"), QByteArray("svgz")}));
 }
 

@@ -64,12 +64,12 @@ out vec4 pixel;
 void main() { pixel = vec4(float(velglInstance(command).group) / 255.0, shade / 255.0, 0.0, 1.0); }
 )";
 
-/// The colour of the cell that the group of that id fills.
+/// The colour of the cell that the group with this id fills.
 QColor groupColor(int id) {
     return QColor(40 * id % 256, 90 * id % 256, 255 - 30 * id);
 }
 
-/// A row of cells, each one quadrilateral with a group of its own, and vertices that nothing draws.
+/// A row of cells and vertices that nothing draws. Each cell is one quadrilateral with its own group.
 class ModelBuilderGLTest : public Testing::GLFixture {
 protected:
     void SetUp() override {
@@ -93,7 +93,7 @@ protected:
         return result;
     }
 
-    /// Every vertex is different, so `vertexCount` is the number of vertices after merging as well.
+    /// All vertices differ, so `vertexCount` is also the number of vertices after merging.
     void makeMesh(quint32 vertexCount) {
         Literal::Attribute positions;
         Literal::Attribute shades;
@@ -117,7 +117,8 @@ protected:
         ASSERT_EQ(mesh.newVertexCount, static_cast<int>(vertexCount));
     }
 
-    /// Groups in the order of their ids, which is not that of the cells; odd ids have another draw key.
+    /// Groups in the order of their ids, which differs from the order of the cells. Odd ids have another draw
+    /// key.
     void feed(ModelBuilder& builder) {
         builder.addVertexCountsToFaces(mesh.verticesPerFace.size(), mesh.verticesPerFace.data());
         addAttribute(builder, kPosition, 3, kFloat);
@@ -178,7 +179,7 @@ protected:
         EXPECT_EQ(streams[1].buffer->readBack(), mesh.attributes[kPosition].gpuValues);
     }
 
-    /// One command per group of the drawable's key, over its part of the one index buffer.
+    /// One command per group with the drawable's key, over its part of the common index buffer.
     static void expectCommands(DrawBuffers& drawable, quint64 key) {
         const QVector<DrawElementsIndirectCommand> commands = drawable.readBackCommands();
         ASSERT_EQ(commands.size(), kCells / 2);

@@ -34,7 +34,7 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// The calls that go through the entry points while one of these lives; they reach OpenGL all the same.
+/// Records the calls through the entry points during its lifetime and passes them on to OpenGL.
 class EntryPointLog {
 public:
     EntryPointLog() : _real(glEntryPoints()) {
@@ -80,7 +80,7 @@ public:
     EntryPointLog& operator=(const EntryPointLog&) = delete;
 
     QStringList calls;
-    int largestSide = 0; ///< stands in for the driver's limit where it is not 0
+    int largestSide = 0; ///< replaces the driver's limit unless 0
 
 private:
     static void note(const QString& call) { current->calls.append(call); }
@@ -97,12 +97,12 @@ protected:
         return path(name);
     }
 
-    /// For images beyond the usual limit of a driver whose pixels take much memory.
+    /// For images that exceed a driver's usual limit and whose pixels take much memory.
     static void expectRefusalWithoutDecoding(const QString& file) {
         constexpr long kFewKilobytes = 40'000;
         EntryPointLog log;
         log.largestSide = 16'384;
-        // The peak of memory so far is to be forgotten.
+        // Resets the peak of memory.
         QFile peak(QStringLiteral("/proc/self/clear_refs"));
         ASSERT_TRUE(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1);
         rusage before{};
@@ -118,7 +118,7 @@ private:
     QTemporaryDir _directory;
 };
 
-// Every pixel of another colour: its place in the image.
+// Each pixel has its own colour, which encodes its place in the image.
 QImage numbered(int width, int height, QImage::Format format = QImage::Format_ARGB32) {
     QImage image(width, height, QImage::Format_ARGB32);
     for (int y = 0; y < height; ++y)
@@ -129,7 +129,7 @@ QImage numbered(int width, int height, QImage::Format format = QImage::Format_AR
 
 } // namespace
 
-TEST_F(TextureLoaderTest, SamePathIsTheSameTextureAndIsNotReadAgain) {
+TEST_F(TextureLoaderTest, SamePathGivesTheSameTextureWithoutASecondRead) {
     const QString file = save(numbered(4, 4), QStringLiteral("a.png"));
     Texture* first = LoadTexture(file);
     ASSERT_NE(first, nullptr);
@@ -152,7 +152,7 @@ TEST_F(TextureLoaderTest, MissingFileIsTriedAgain) {
     EXPECT_NE(LoadTexture(file), nullptr);
 }
 
-TEST_F(TextureLoaderTest, WhatIsNoImageFileIsNull) {
+TEST_F(TextureLoaderTest, FileThatIsNoImageIsNull) {
     EXPECT_EQ(LoadTexture(QString()), nullptr);
     EXPECT_EQ(LoadTexture(path(QString())), nullptr);
     EXPECT_EQ(LoadTexture(QStringLiteral("/dev/zero")), nullptr);
@@ -165,7 +165,7 @@ TEST_F(TextureLoaderTest, WhatIsNoImageFileIsNull) {
     EXPECT_EQ(LoadTexture(text.fileName()), nullptr);
 }
 
-TEST_F(TextureLoaderTest, TruncatedImageIsNullOrWholeButNeverACrash) {
+TEST_F(TextureLoaderTest, TruncatedImageIsNullOrWhole) {
     const QString file = save(numbered(10, 8), QStringLiteral("whole.png"));
     QFile whole(file);
     ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
@@ -217,7 +217,7 @@ TEST_F(TextureLoaderTest, UnpackAlignmentStaysAtOne) {
     EXPECT_EQ(alignment, 1);
 }
 
-TEST_F(TextureLoaderTest, TextureIsNotLeftBound) {
+TEST_F(TextureLoaderTest, TextureIsUnboundAfterTheLoad) {
     ASSERT_NE(LoadTexture(save(numbered(3, 3), QStringLiteral("bound.png"))), nullptr);
     GLint bound = -1;
     glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
@@ -235,7 +235,7 @@ TEST_F(TextureLoaderTest, OtherPixelFormatsAreConverted) {
     }
 }
 
-// Readers of icons multiply colours by their alpha. The bytes are taken as they are.
+// Readers of icons premultiply colours by alpha. The bytes are used unchanged.
 TEST_F(TextureLoaderTest, MultipliedColoursAreNotConvertedBack) {
     QImage image(4, 2, QImage::Format_ARGB32);
     image.fill(QColor(200, 100, 50, 128));
@@ -257,10 +257,10 @@ TEST_F(TextureLoaderTest, FurtherFileFormatsLoad) {
     }
 }
 
-// Qt would read the picture in the picture by itself, on and on, until the stack ends.
+// Qt would read the picture inside the picture recursively until the stack overflows.
 TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
     if (!QImageReader::supportedImageFormats().contains("svg"))
-        GTEST_SKIP() << "Qt reads no SVG here";
+        GTEST_SKIP() << "this Qt reads no SVG";
     const QByteArray text = "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='8' "
                             "xmlns:xlink='http://www.w3.org/1999/xlink'>"
                             "<image width='8' height='8' xlink:href='%1'/></svg>";
@@ -276,7 +276,7 @@ TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
     }
 }
 
-TEST_F(TextureLoaderTest, SizeOfABitmapFromTheTopDownIsItsSizeAllTheSame) {
+TEST_F(TextureLoaderTest, SizeOfATopDownBitmapIsPositive) {
     const QString name = save(numbered(4, 2, QImage::Format_RGB32), "down.bmp");
     QFile file(name);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(22));
@@ -287,7 +287,7 @@ TEST_F(TextureLoaderTest, SizeOfABitmapFromTheTopDownIsItsSizeAllTheSame) {
     EXPECT_NE(LoadTexture(name), nullptr);
 }
 
-TEST_F(TextureLoaderTest, FilesOfAFolderLoadFromThereAndFromNowhereElse) {
+TEST_F(TextureLoaderTest, OnlyFilesInsideTheFolderAreLoaded) {
     ASSERT_TRUE(QDir(path(QString())).mkpath("model"));
     const ModelFiles files(path("model"));
     const QString outside = save(numbered(4, 2), "out.png");
@@ -300,7 +300,7 @@ TEST_F(TextureLoaderTest, FilesOfAFolderLoadFromThereAndFromNowhereElse) {
         EXPECT_EQ(readTextureSize(files, inside), QSize(4, 2)) << suffix;
     }
     EXPECT_NE(LoadTexture(outside), nullptr);
-    EXPECT_EQ(loadTextureFrom(files, outside), nullptr) << "known, but not from this folder";
+    EXPECT_EQ(loadTextureFrom(files, outside), nullptr) << "cached, but not in this folder";
     EXPECT_EQ(loadTextureFrom(files, path("model/../out.png")), nullptr);
     EXPECT_FALSE(readTextureSize(files, outside).isValid());
 }
@@ -349,7 +349,7 @@ TEST_F(TextureLoaderTest, SideAboveTheDriversLimitIsNull) {
     EXPECT_TRUE(log.calls.isEmpty());
 }
 
-// A sparse file that takes no room on the disk; decoded, it would take 1.6 GB.
+// A sparse file takes no disk space; the decoded image would take 1.6 GB.
 TEST_F(TextureLoaderTest, HugeImageIsNullBeforeItIsDecoded) {
     EntryPointLog log;
     log.largestSide = 100'000;
@@ -362,7 +362,7 @@ TEST_F(TextureLoaderTest, HugeImageIsNullBeforeItIsDecoded) {
     EXPECT_TRUE(log.calls.isEmpty());
 }
 
-// Such a bitmap tells a negative height. The file is sparse; its pixels would take 80 MB.
+// A top-down bitmap has a negative height. The file is sparse; its pixels would take 80 MB.
 TEST_F(TextureLoaderTest, HugeTopDownBitmapIsNullBeforeItIsDecoded) {
     const qint32 info[] = {40, 1000, -20'000, 1 | 32 << 16, 0, 0, 0, 0, 0, 0};
     constexpr qint32 kHeaderBytes = 14 + sizeof info;
@@ -377,7 +377,7 @@ TEST_F(TextureLoaderTest, HugeTopDownBitmapIsNullBeforeItIsDecoded) {
     expectRefusalWithoutDecoding(file.fileName());
 }
 
-// An icon tells the size that its entry claims, sixteen by sixteen pixels; the PNG in it has 1000 by 20000.
+// Qt reports the size that the icon's entry claims, 16 by 16 pixels; the PNG in it has 1000 by 20000.
 TEST_F(TextureLoaderTest, IconWithAHugePngIsNullBeforeItIsDecoded) {
     QImage image(1000, 20'000, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
@@ -398,7 +398,7 @@ TEST_F(TextureLoaderTest, IconWithAHugePngIsNullBeforeItIsDecoded) {
     }
 }
 
-// A GIF tells the size of its first picture, two by two pixels; its screen of 1000 by 20000 would take 80 MB.
+// Qt reports the size of a GIF's first picture, 2 by 2 pixels; the screen of 1000 by 20000 would take 80 MB.
 TEST_F(TextureLoaderTest, GifWithAHugeScreenIsNullBeforeItIsDecoded) {
     QFile file(path(QStringLiteral("huge.gif")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -410,10 +410,10 @@ TEST_F(TextureLoaderTest, GifWithAHugeScreenIsNullBeforeItIsDecoded) {
     expectRefusalWithoutDecoding(file.fileName());
 }
 
-// The reader of icons makes room for two gigabytes, though the file has only a few bytes.
+// The icon reader would allocate the two gigabytes that the entry claims; the file has only a few bytes.
 TEST_F(TextureLoaderTest, IconThatClaimsMoreThanTheFileIsNullBeforeItIsRead) {
     if (VELMODEL_ADDRESS_SANITIZER != 0)
-        GTEST_SKIP() << "the sanitizer takes more address space than can be limited";
+        GTEST_SKIP() << "the sanitizer needs more address space than the limit allows";
     QFile file(path(QStringLiteral("claim.ico")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(QByteArray::fromHex("000001000100"
