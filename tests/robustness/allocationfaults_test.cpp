@@ -23,14 +23,14 @@ using Testing::SummedLoad;
 using Testing::summedLoad;
 
 constexpr std::size_t kNever = ~std::size_t{0};
-// A load makes hundreds; where a sanitizer hides those of the heap, tens are left.
+// A load makes hundreds of requests. If a sanitizer hides those of the heap, tens remain.
 constexpr std::size_t kFewRequests = 20;
 
 int openFiles() {
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size();
 }
 
-/// Messages go nowhere: what keeps them would have to allocate.
+/// Discards messages: a log would have to allocate.
 class Silence {
 public:
     Silence()
@@ -43,11 +43,11 @@ private:
     QtMessageHandler _previous;
 };
 
-/// How a load went that was denied memory.
+/// The result of a load that was denied memory.
 struct DeniedLoad {
     bool isBadAlloc = false;
-    bool isAsExpected = false; ///< loaded, to the last byte
-    std::size_t requests = 0;  ///< that it made in all
+    bool isAsExpected = false; ///< loaded, with all bytes correct
+    std::size_t requests = 0;  ///< the total number that the load made
 };
 
 DeniedLoad loadDenied(const QString& path, const SummedLoad& expected, std::size_t first, FaultKind kind) {
@@ -85,15 +85,15 @@ protected:
         return _folder.filePath(QStringLiteral("nasty.obj"));
     }
 
-    /// Denies each request in turn and expects that the load says so, and that the next load gives the right
-    /// bytes and keeps no more memory than any.
+    /// Denies each request in turn. Expects that the load reports it, and that the next load gives the
+    /// correct bytes and leaks no memory.
     void denyEach(FaultKind kind) const {
         const Silence silence;
         const QString path = model();
         const QString other = sample(QStringLiteral("oddities"));
         const SummedLoad expected = summedLoad(path);
         ASSERT_TRUE(expected.isLoaded);
-        // The first exception of a process takes memory that is kept.
+        // The first exception of a process allocates memory that stays allocated.
         EXPECT_TRUE(loadDenied(path, expected, 0, kind).isBadAlloc);
         const DeniedLoad granted = loadDenied(path, expected, kNever, kind);
         EXPECT_TRUE(granted.isAsExpected);
@@ -114,7 +114,7 @@ protected:
     }
 
 private:
-    /// A load that does not fail gives the right bytes: a stream that gets no generous room makes do with
+    /// A load that does not fail gives the correct bytes: a stream that gets no spare capacity works with
     /// less.
     static bool isFailure(const DeniedLoad& denied) {
         EXPECT_TRUE(denied.isBadAlloc || denied.isAsExpected);
@@ -131,11 +131,11 @@ private:
 
 } // namespace
 
-TEST_P(AllocationFaultsTest, OneDeniedRequestIsAnErrorAndLeavesNothing) {
+TEST_P(AllocationFaultsTest, OneDeniedRequestIsAnErrorWithoutALeak) {
     denyEach(FaultKind::One);
 }
 
-TEST_P(AllocationFaultsTest, NoMemoryFromSomeRequestOnIsAnErrorAndLeavesNothing) {
+TEST_P(AllocationFaultsTest, ExhaustedMemoryIsAnErrorWithoutALeak) {
     denyEach(FaultKind::All);
 }
 

@@ -26,7 +26,7 @@ namespace {
 constexpr unsigned int kPatienceSeconds = 3600;
 constexpr double kMiB = 1024.0 * 1024.0;
 
-/// The value of a line of /proc/self/status, which is in kilobytes.
+/// The value, in kilobytes, of a line of /proc/self/status.
 quint64 statusBytes(const char* key) {
     QFile status(QStringLiteral("/proc/self/status"));
     status.open(QIODevice::ReadOnly);

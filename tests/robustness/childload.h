@@ -9,9 +9,9 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What a load gave that ran in a process of its own.
+/// The result of a load that ran in its own process.
 struct ChildLoad {
-    bool hasEnded = false; ///< neither crashed nor was stopped
+    bool hasEnded = false; ///< without a crash and without being stopped
     bool isLoaded = false;
     bool isBadAlloc = false;
     QString error;
@@ -19,12 +19,12 @@ struct ChildLoad {
     LoadReport report;
     int commands = 0;
     int indexCount = 0;
-    quint64 peakBytes = 0; ///< by how much the load raised the peak of resident memory
+    quint64 peakBytes = 0; ///< increase of the peak of resident memory by the load
     double seconds = 0;
 };
 
-/// Loads a model with a context that keeps nothing, in a child process that `prepare` may put limits on. A
-/// child that takes an hour is stopped. The figures are printed, too.
+/// Loads a model in a child process, with a context that keeps nothing; `prepare` may limit the child's
+/// resources. A child that takes an hour is stopped. Also prints the figures.
 ChildLoad loadInChild(const QString& path, const std::function<void()>& prepare = {});
 
 } // namespace Atelier::Vel::Testing

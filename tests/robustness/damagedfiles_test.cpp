@@ -33,7 +33,7 @@ using Testing::RecordingContext;
 using Testing::scaled;
 using Testing::unsoundness;
 
-// Far more than any load of a small file takes, on the slowest machine and under a sanitizer.
+// Far longer than any load of a small file, even on the slowest machine and under a sanitizer.
 constexpr unsigned int kPatienceSeconds = 60;
 constexpr qint64 kMaxBytesForAllPrefixes = qint64(64) * 1024;
 
@@ -49,7 +49,7 @@ QString sharedModels() {
                            : QFile::decodeName(named);
 }
 
-/// All OBJ files below a folder up to a size, in order.
+/// All OBJ files below a folder, up to a size, sorted.
 QStringList objFiles(const QString& folder, qint64 maxBytes) {
     QStringList files;
     for (QDirIterator entries(folder, {QStringLiteral("*.obj")}, QDir::Files, QDirIterator::Subdirectories);
@@ -60,7 +60,7 @@ QStringList objFiles(const QString& folder, qint64 maxBytes) {
     return files;
 }
 
-/// A copy of a model and of the libraries beside it, to be damaged.
+/// A copy of a model and of the libraries beside it, for damaging.
 class ModelCopy {
 public:
     explicit ModelCopy(const QString& path) : _name(QFileInfo(path).fileName()), _text(contentOf(path)) {
@@ -74,8 +74,7 @@ public:
     QString path(const QString& name) const { return _folder.filePath(name); }
     QString path() const { return path(_name); }
     void write(const QString& name, const QByteArray& content) const {
-        // A file that is cut down to nothing may be written to the disk when it is closed: a new one is
-        // faster.
+        // Closing a file that was truncated to zero may flush it to the disk; a new file is faster.
         QFile::remove(path(name));
         QFile file(path(name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -89,7 +88,7 @@ private:
     QTemporaryDir _folder;
 };
 
-/// Everything that a load gave.
+/// Everything that a load returned.
 struct Loaded {
     QString error;
     QStringList facts;
@@ -124,30 +123,30 @@ Loaded loadLiterally(const QString& path) {
                 [](const QString& file, QString& error) { return Testing::literalLoadModel(file, error); });
 }
 
-/// Loads beginnings of a model, from the longest to the shortest, each `step` bytes shorter.
+/// Loads prefixes of a model, from the longest to the shortest, each `step` bytes shorter.
 void expectPrefixesLoad(const QString& path, int step) {
-    const MessageLog log; // full of corners without a value
+    const MessageLog log; // many corners without a value
     const ModelCopy copy(path);
     copy.write(copy.text());
     for (qint64 length = copy.text().size(); length >= 0; length -= step) {
         ASSERT_TRUE(QFile::resize(copy.path(), length));
         const Loaded loaded = load(copy.path());
-        ASSERT_EQ(loaded.unsoundness, QString()) << path.toStdString() << " cut at " << length;
-        ASSERT_TRUE(loaded == loadLiterally(copy.path())) << path.toStdString() << " cut at " << length;
+        ASSERT_EQ(loaded.unsoundness, QString()) << path.toStdString() << " truncated to " << length;
+        ASSERT_TRUE(loaded == loadLiterally(copy.path())) << path.toStdString() << " truncated to " << length;
     }
 }
 
-/// Every prefix is loaded, every copy made, with VELMODEL_TEST_SCALE only.
+/// Only runs with VELMODEL_TEST_SCALE load every prefix and every copy.
 bool isLongRun() {
     return scaled(1) > 1;
 }
 
-/// Gives about `count` prefixes. Odd, to meet all places in a token.
+/// Gives about `count` prefixes. The step is odd, so that prefixes end at all places in a token.
 int stepFor(const QString& path, qint64 count) {
     return static_cast<int>(QFileInfo(path).size() / count) | 1;
 }
 
-/// Copies of a model with a few bits turned over, in its own file or in a library.
+/// Makes copies of a model with a few flipped bits, in the model file or in a library.
 class BitFlipper {
 public:
     BitFlipper(const ModelCopy& copy, unsigned int seed) : _copy(copy), _random(seed) {}
@@ -192,7 +191,7 @@ TEST_P(DamagedSampleTest, PrefixesLoadAsLiterally) {
     ASSERT_NO_FATAL_FAILURE(expectPrefixesLoad(sample(), step));
 }
 
-TEST_P(DamagedSampleTest, CopiesWithBitsTurnedOverLoadSoundly) {
+TEST_P(DamagedSampleTest, CopiesWithFlippedBitsLoadAsValidModels) {
     const MessageLog log;
     const ModelCopy copy(sample());
     BitFlipper flipper(copy, 1906);

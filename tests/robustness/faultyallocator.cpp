@@ -26,10 +26,10 @@ std::size_t firstDenied = 0;
 std::size_t requestCount = 0;
 std::size_t inUse = 0;
 
-// Functions of Qt 5 that crash or leave a wreck behind when they get no memory: nothing that a library on top
-// of it can mend. What they ask for is given.
+// Functions of Qt 5 that crash or leave invalid objects when they get no memory. A library that uses Qt
+// cannot prevent that, so their requests are never denied.
 constexpr const char* kHeedless[] = {
-    "_ZN7QObject7connect", // does not look at what it got; a QTextStream connects itself to its device
+    "_ZN7QObject7connect", // does not check its memory; a QTextStream connects itself to its device
 };
 
 bool isHeedless(const void* function) {
@@ -54,7 +54,7 @@ bool isDenied() {
     const bool isMeant = armedKind == FaultKind::One ? request == firstDenied : request >= firstDenied;
     if (!isMeant)
         return false;
-    // Looking at the callers may take memory itself.
+    // The inspection of the callers may allocate.
     isArmed = false;
     const bool isGiven = isCalledHeedlessly();
     isArmed = true;
@@ -73,7 +73,7 @@ void* counted(void* block) {
 
 } // namespace
 
-// The libraries see these, although the project hides its symbols.
+// The libraries use these functions, although the project hides its symbols.
 #pragma GCC visibility push(default)
 
 #if VELMODEL_ADDRESS_SANITIZER
@@ -159,7 +159,7 @@ void* mmap(void* address, size_t bytes, int protection, int flags, int file, off
     inUse += begin != -1 ? pagesOf(bytes) : 0;
     return reinterpret_cast<void*>(begin);
 }
-// The library moves pages over other pages of its own.
+// The library moves pages over other pages that it owns.
 void* mremap(void* address, size_t bytes, size_t newBytes, int flags, ...) noexcept {
     std::va_list arguments;
     va_start(arguments, flags);

@@ -4,16 +4,16 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What an AllocationFault makes fail.
+/// Which requests an AllocationFault denies.
 enum class FaultKind {
-    One, ///< one request, as when a large block does not fit
-    All  ///< a request and all behind it, as when memory is used up
+    One, ///< one request, as if a large block does not fit
+    All  ///< a request and all later ones, as if memory is exhausted
 };
 
-/// While it lives, this process is denied memory from the request numbered `first` on, the next one being 0.
-/// In the way of all heap memory, Qt's strings and arrays included, and of mappings. Only one may live at a
-/// time. Code of Qt that crashes without memory gets what it requests. Where a sanitizer wants the heap for
-/// itself, in the way of `operator new` and of mappings.
+/// Denies memory to this process during its lifetime, from the request numbered `first` on; the next request
+/// has number 0. Covers all heap memory, including Qt's strings and arrays, and mappings; under a sanitizer,
+/// only `operator new` and mappings. Qt functions that crash without memory always get it. Only one
+/// AllocationFault may exist at a time.
 class AllocationFault {
 public:
     AllocationFault(std::size_t first, FaultKind kind);
@@ -21,11 +21,11 @@ public:
     AllocationFault(const AllocationFault&) = delete;
     AllocationFault& operator=(const AllocationFault&) = delete;
 
-    /// Requests since construction, the denied ones included.
+    /// Requests since construction, including denied ones.
     static std::size_t requests();
 };
 
-/// The blocks of memory and the pages of mappings that are taken and not given back.
+/// The number of allocated memory blocks and mapped pages that are not released.
 std::size_t memoryInUse();
 
 } // namespace Atelier::Vel::Testing

@@ -44,7 +44,7 @@ std::size_t FileFault::reads() {
 
 } // namespace Atelier::Vel::Testing
 
-// Qt reads files through this function, although the project hides its symbols.
+// Qt uses this function to read files, although the project hides its symbols.
 #pragma GCC visibility push(default)
 extern "C" ssize_t read(int file, void* bytes, size_t count) { // NOLINT
     using namespace Atelier::Vel::Testing;

@@ -7,11 +7,12 @@
 
 namespace Atelier::Vel::Testing {
 
-/// While it lives, this process reads one file with difficulties. Only one may live at a time.
+/// Makes reads of one file by this process fail or fall short during its lifetime. Only one may exist at a
+/// time.
 class FileFault {
 public:
-    /// What happens to a read at `offset` of up to `bytes` bytes: how many it may take, or a negative error
-    /// number with which it fails.
+    /// The result of a read at `offset` of up to `bytes` bytes: the maximum number of bytes to read, or a
+    /// negative error number.
     using Answer = std::function<long(long offset, std::size_t bytes)>;
 
     FileFault(const QString& path, Answer answer);

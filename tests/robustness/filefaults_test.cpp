@@ -25,7 +25,7 @@ using Testing::MessageLog;
 using Testing::SummedLoad;
 using Testing::summedLoad;
 
-// More than is read at a time.
+// More than the library reads at a time.
 constexpr int kManyLines = 40'000;
 
 class FileFaultsTest : public testing::Test {
@@ -37,7 +37,7 @@ protected:
         return path(name);
     }
 
-    /// A model of some megabytes whose every part is drawn.
+    /// A model of some megabytes; every part of it is drawn.
     static QByteArray longText() {
         QByteArray text;
         for (int i = 0; i < kManyLines; ++i)
@@ -46,14 +46,14 @@ protected:
         return text;
     }
 
-    /// What the first `bytes` bytes of the long model load as.
+    /// The result of loading the first `bytes` bytes of the long model.
     SummedLoad loadBeginning(qint64 bytes) const {
         return summedLoad(write("beginning.obj", longText().left(static_cast<int>(bytes))));
     }
 
 private:
     QTemporaryDir _folder;
-    MessageLog _log; // what is odd in the samples is logged
+    MessageLog _log; // the samples contain lines that are logged
 };
 
 QString failure(const char* kind, const QString& path) {
@@ -76,7 +76,7 @@ TEST_F(FileFaultsTest, ShortReadsChangeNothing) {
     }
 }
 
-TEST_F(FileFaultsTest, InterruptedReadsAreMadeAgain) {
+TEST_F(FileFaultsTest, InterruptedReadsAreRepeated) {
     const QString file = write("long.obj", longText());
     const SummedLoad expected = summedLoad(file);
     const FileFault fault(file,
@@ -139,7 +139,7 @@ TEST_F(FileFaultsTest, LibraryThatChangesIsReadAgain) {
     EXPECT_EQ(summedLoad(file).commands, 2);
 }
 
-// The end of the file is where a read finds it, whatever its size was when it was opened.
+// The reads determine the end of the file, not its size when it was opened.
 TEST_F(FileFaultsTest, FileThatShrinksIsReadToItsNewEnd) {
     for (const qint64 rest : {0, 1, 1000, 300'000, 500'001}) {
         const QString file = write("long.obj", longText());
@@ -157,7 +157,7 @@ TEST_F(FileFaultsTest, FileThatShrinksIsReadToItsNewEnd) {
     }
 }
 
-TEST_F(FileFaultsTest, LibraryThatVanishesWhileItIsReadIsReadToItsEnd) {
+TEST_F(FileFaultsTest, LibraryTruncatedDuringTheReadEndsThere) {
     const QString library = write("a.mtl", "newmtl red\nKd 1 0 0\n");
     const QString file = write("a.obj", "mtllib a.mtl\nv 0 0 0\nusemtl red\nf 1 1 1\n");
     const FileFault fault(library, [&](long, std::size_t bytes) {

@@ -9,12 +9,12 @@
 
 namespace Atelier::Vel::Testing {
 
-/// A folder for large files, which are written piece by piece.
+/// A folder for large files that are written piece by piece.
 class LargeFiles {
 public:
     QString path(const char* name) const { return _folder.filePath(QString::fromLatin1(name)); }
 
-    /// Writes `head`, `count` times what `line` gives for 0 and so on, and `tail`. Returns: the path.
+    /// Writes `head`, the results of `line` for 0 to `count` - 1, and `tail`. Returns: the path.
     template<typename Line>
     QString write(const char* name, const QByteArray& head, int count, Line line,
                   const QByteArray& tail = {}) const {

@@ -25,7 +25,7 @@ using Testing::scaled;
 
 const QByteArray kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
 
-/// The sizes that are promised are reached with VELMODEL_TEST_SCALE only.
+/// Only runs with VELMODEL_TEST_SCALE reach the documented sizes.
 bool isLongRun() {
     return scaled(1) > 1;
 }
@@ -105,7 +105,7 @@ TEST_F(LimitsTest, LibraryNameOfManyMegabytesIsAMissingLibrary) {
     EXPECT_TRUE(load.error.startsWith(QLatin1String("Failed to load MTL file '")));
 }
 
-TEST_F(LimitsTest, FaceOfMillionsOfCornersAtOnePlaceIsNotCut) {
+TEST_F(LimitsTest, FaceOfMillionsOfEqualCornersIsNotTriangulated) {
     const int count = withScale(1'000'000, 5'000'000);
     const ChildLoad load = loadRepeated(kTriangle + "f", " 1", count, "\n");
     EXPECT_TRUE(load.isLoaded);
@@ -114,12 +114,12 @@ TEST_F(LimitsTest, FaceOfMillionsOfCornersAtOnePlaceIsNotCut) {
     EXPECT_THAT(load.warnings, ElementsAre(QStringLiteral("Unable to triangulate polygon.")));
 }
 
-TEST_F(LimitsTest, PolygonOfMillionsOfCornersIsCut) {
+TEST_F(LimitsTest, PolygonOfMillionsOfCornersIsTriangulatedOrReported) {
     const int count = withScale(20'000, 5'000'000);
     const auto corner = [count](int i) {
         if (i >= count)
             return (i == count ? "f " : "") + QByteArray::number(i - count + 1) + ' ';
-        // A comb: every other corner lies on a long line, the others on a curve above.
+        // A comb: every other corner lies on a long line; the others lie on a curve above it.
         const double x = i;
         return "v " + QByteArray::number(x) + ' ' +
                QByteArray::number(i % 2 == 0 ? 0.0 : 1000.0 + std::sin(x) * 100, 'f', 3) + " 0\n";
@@ -131,7 +131,7 @@ TEST_F(LimitsTest, PolygonOfMillionsOfCornersIsCut) {
               static_cast<quint64>(count - 2));
 }
 
-TEST_F(LimitsTest, ListsBeyondWhatAStreamHoldsAreRefusedUnread) {
+TEST_F(LimitsTest, ListsBeyondTheCapacityOfAStreamAreRefusedUnread) {
     const MessageLog log;
     const QString name = QStringLiteral("va_Vertex");
     const unsigned int few[] = {1, 2, 3};
@@ -150,7 +150,7 @@ TEST_F(LimitsTest, ListsBeyondWhatAStreamHoldsAreRefusedUnread) {
 
 TEST_F(LimitsTest, SparseFilesOfGigabytesAreReadToTheirEnd) {
     if (!isLongRun())
-        GTEST_SKIP() << "takes gigabytes of reading; set VELMODEL_TEST_SCALE";
+        GTEST_SKIP() << "reads gigabytes; set VELMODEL_TEST_SCALE to run it";
     for (const qint64 size : {(qint64{1} << 31) - 1, (qint64{1} << 31) + 1, (qint64{1} << 32) + 1}) {
         const QByteArray tail = "\nf 1 2 3\n";
         const QString path = _files.repeat("a.obj", kTriangle, "f 1 2 3\n", 1);
@@ -166,9 +166,9 @@ TEST_F(LimitsTest, SparseFilesOfGigabytesAreReadToTheirEnd) {
     }
 }
 
-TEST_F(LimitsTest, TextBeyondWhatAStreamHoldsFailsTheLoad) {
+TEST_F(LimitsTest, TextBeyondTheCapacityOfAStreamFailsTheLoad) {
     if (!isLongRun())
-        GTEST_SKIP() << "takes gigabytes of memory; set VELMODEL_TEST_SCALE";
+        GTEST_SKIP() << "takes gigabytes of memory; set VELMODEL_TEST_SCALE to run it";
     for (const char* line : {"v\n", "f 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n"}) {
         const bool isVertex = line[0] == 'v';
         const ChildLoad load = loadRepeated("v\n", line, isVertex ? 180'000'000 : 23'000'000);

@@ -28,11 +28,11 @@ QByteArray coordinates(int i) {
 
 constexpr bool kIsSanitized = VELMODEL_ADDRESS_SANITIZER == 1;
 
-/// What a load may take: six times its text, of which there may be several files, and 64 MB.
+/// The maximum memory of a load: six times the size of all its files, plus 64 MB.
 void expectModestPeak(const ChildLoad& load, qint64 textBytes) {
     ASSERT_TRUE(load.hasEnded);
     ASSERT_TRUE(load.isLoaded) << load.error.toStdString();
-    // A sanitizer's own memory is not the load's.
+    // A sanitizer's own memory does not count.
     if (!kIsSanitized) {
         EXPECT_LE(load.peakBytes, 6 * static_cast<quint64>(textBytes) + (quint64{64} << 20));
     }
@@ -42,7 +42,7 @@ void expectModestPeak(const QString& path) {
     expectModestPeak(loadInChild(path), QFileInfo(path).size());
 }
 
-/// Peaks of memory, and of the stack, of loads of text of tens of megabytes; ten times as much and more with
+/// Peaks of memory and of the stack for loads of tens of megabytes of text; ten times the text and more with
 /// VELMODEL_TEST_SCALE.
 class MemoryTest : public testing::Test {
 protected:
@@ -74,7 +74,7 @@ TEST_F(MemoryTest, TrianglesOfTheShortestText) {
         _files.repeat("b.obj", kTriangle + "vt 0 0\nvn 0 0 1\n", "f 1 2 3\n", scaled(3'000'000)));
 }
 
-// Streams ask for more addresses than they use, and make do with fewer.
+// Streams reserve more addresses than they use, and also work with fewer.
 TEST_F(MemoryTest, FewAddressesAreEnough) {
     if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
@@ -87,7 +87,7 @@ TEST_F(MemoryTest, FewAddressesAreEnough) {
     EXPECT_EQ(load.report.statistics.triangles, 3'000'000u);
 }
 
-TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {
+TEST_F(MemoryTest, LoadWithoutAddressesReportsTheError) {
     if (kIsSanitized)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     const ChildLoad load = loadInChild(_files.repeat("a.obj", kTriangle, "f 1 2 3 1\n", 5'000'000), [] {
@@ -98,10 +98,10 @@ TEST_F(MemoryTest, WithoutAddressesALoadSaysSo) {
     EXPECT_TRUE(load.isBadAlloc);
 }
 
-// Enough for all recursion and all arrays on the stack, whatever the text.
+// Enough for all recursion and all arrays on the stack, for any text.
 TEST_F(MemoryTest, HalfAMegabyteOfStackIsEnough) {
     if (kIsSanitized)
-        GTEST_SKIP() << "a sanitizer makes frames larger";
+        GTEST_SKIP() << "a sanitizer enlarges stack frames";
     const auto little = [] {
         constexpr rlimit kLimit = {quint64{512} << 10, quint64{512} << 10};
         setrlimit(RLIMIT_STACK, &kLimit);
@@ -132,7 +132,7 @@ TEST_F(MemoryTest, FacesWithoutTriangles) {
     expectModestPeak(_files.repeat("a.obj", kTriangle, "f\n", scaled(8'000'000)));
 }
 
-TEST_F(MemoryTest, LinesThatMeanNothing) {
+TEST_F(MemoryTest, LinesWithoutMeaning) {
     expectModestPeak(_files.repeat("a.obj", kTriangle, "# a comment\n", scaled(2'000'000)));
     expectModestPeak(_files.repeat("b.obj", kTriangle, "\n", scaled(20'000'000)));
     expectModestPeak(_files.repeat("c.obj", kTriangle, "usemtl a\nusemtl b\n", scaled(1'000'000)));
@@ -176,8 +176,7 @@ TEST_F(MemoryTest, GroupsOfOneFace) {
     expectModestPeak(load, QFileInfo(model).size() + QFileInfo(library).size());
 }
 
-// As little text as a group can be made of: nothing in the library may stand there once per group that could
-// do without.
+// The shortest text of a group: shows any memory that the library wastes per group.
 TEST_F(MemoryTest, GroupsOfOneFaceOfTheShortestText) {
     const int count = scaled(500'000);
     const QString library =

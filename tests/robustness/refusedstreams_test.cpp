@@ -1,5 +1,5 @@
-// Loads whose builder gets streams that hold less than the text has: a program of its own, since it makes the
-// streams of the library's own builders.
+// Loads whose builder gets streams that are too small for the text. A separate program, because it replaces
+// the streams of the library's own builders.
 
 #include <velmodel/objloader.h>
 

@@ -45,7 +45,7 @@ QString unsoundness(const GPUModel& model, const Recording& recording) {
     for (int i = 0; i < model.drawableCount(); ++i)
         if (QString command = unsoundCommand(*model.drawable(i)); !command.isNull())
             return command;
-    // The indices are the first buffer. An attribute has at most as many components as a position.
+    // The first buffer holds the indices. Each of the others holds two or three components per vertex.
     const quint64 vertexCount = model.drawable(0)->vertexCount();
     const Recording::Upload& indices = recording.uploads.front();
     const bool isBelow = indices.elementSize == sizeof(quint16)

@@ -6,8 +6,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What is wrong with a model that was uploaded into `recording`: indices that name no vertex, commands
-/// beyond the index buffer, buffers that are not as long as they say. Null when all is well.
+/// The error in a model that was uploaded into `recording`: indices without a vertex, commands beyond the
+/// index buffer, or buffers of another length than they report. Null for a valid model.
 QString unsoundness(const GPUModel& model, const Recording& recording);
 
 } // namespace Atelier::Vel::Testing

@@ -19,10 +19,10 @@ constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kDouble = 0x140A;
 
 constexpr quint64 kFew = 5;
-/// So many elements lie in a mapping of their own.
+/// This number of elements gets its own mapping.
 constexpr quint64 kMany = 300'000;
 
-/// A short array has no room to spare.
+/// A short array has no spare capacity.
 ModelDataArray filled(quint64 count) {
     std::vector<quint32> values(count);
     for (quint64 i = 0; i < count; ++i)
@@ -35,7 +35,7 @@ ModelDataArray filled(quint64 count) {
     return array;
 }
 
-/// Whether it is what filled() gave; asking must not detach it.
+/// Whether the array equals the result of filled(). Does not detach the array.
 bool isAsFilled(const ModelDataArray& array, quint64 count) {
     ModelDataArray copy(array);
     const auto* const values = static_cast<const quint32*>(copy.data(0));
@@ -45,8 +45,9 @@ bool isAsFilled(const ModelDataArray& array, quint64 count) {
     return copy.size() == count && copy.type() == kUnsignedInt;
 }
 
-/// Changes one of two arrays that share their elements, with no memory from one of its requests on, the first
-/// one to begin with: expects std::bad_alloc, and both arrays as they were. Returns: the number of requests.
+/// Changes one of two arrays that share their elements, once for each request of memory; that request and all
+/// later ones are denied. Expects std::bad_alloc and that both arrays are unchanged. Returns: the number of
+/// requests.
 std::size_t denyEach(quint64 count, const std::function<void(ModelDataArray&)>& change) {
     for (std::size_t first = 0;; ++first) {
         const ModelDataArray source = filled(count);
@@ -67,7 +68,7 @@ std::size_t denyEach(quint64 count, const std::function<void(ModelDataArray&)>& 
 
 } // namespace
 
-TEST(StreamFaultsTest, ArrayThatGetsNoMemoryStaysAsItWas) {
+TEST(StreamFaultsTest, ArrayThatGetsNoMemoryIsUnchanged) {
     const quint32 more[] = {1, 2, 3};
     const std::vector<quint32> many(kMany);
     using Change = std::function<void(ModelDataArray&)>;
@@ -85,8 +86,8 @@ TEST(StreamFaultsTest, ArrayThatGetsNoMemoryStaysAsItWas) {
         EXPECT_GT(denyEach(kFew, change), 0U);
 }
 
-// One mapping that is denied is followed by another try.
-TEST(StreamFaultsTest, LongArrayGrowsThoughAMappingIsDenied) {
+// After one denied mapping, the array tries again.
+TEST(StreamFaultsTest, LongArrayGrowsDespiteADeniedMapping) {
     const std::vector<quint32> more(30 * kMany);
     for (std::size_t first = 0; first < 2; ++first) {
         ModelDataArray array = filled(kMany);

@@ -10,7 +10,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What a load gave, in few words, so that two loads can be compared.
+/// A summary of the result of a load, for comparing two loads.
 struct SummedLoad {
     bool isLoaded = false;
     QString error;
@@ -24,7 +24,7 @@ struct SummedLoad {
     }
 };
 
-/// Loads a model with a context that keeps nothing of what it is given; `load` takes the path and an error.
+/// Loads a model with a context that discards its uploads; `load` takes the path and an error.
 SummedLoad summedLoad(
     const QString& path,
     const std::function<GPUModel*(const QString&, QString&)>& load = [](const QString& file, QString& error) {
