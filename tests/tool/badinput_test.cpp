@@ -71,7 +71,7 @@ TEST(BadInputTest, FileOfTheKernel) {
     expectCannotLoad("/proc/version", "Failed to load OBJ file '/proc/version': Cannot be read");
 }
 
-TEST(BadInputTest, NameWithApostrophesIsFoundInTheMessage) {
+TEST(BadInputTest, NameWithApostrophesAppearsInTheMessage) {
     expectCannotLoad("/no/Anna's 'ship'.obj",
                      "Failed to load OBJ file '/no/Anna's 'ship'.obj': No such file");
 }
@@ -80,7 +80,7 @@ TEST(BadInputTest, NameWithALineBreakStaysOnOneLine) {
     expectCannotLoad("/no/such\nmodel.obj", "Failed to load OBJ file '/no/such\\x0amodel.obj': No such file");
 }
 
-TEST(BadInputTest, NameWithPercentSignsStaysAsItIs) {
+TEST(BadInputTest, NameWithPercentSignsIsUnchanged) {
     expectCannotLoad("/no/%1%2.obj", "Failed to load OBJ file '/no/%1%2.obj': No such file");
 }
 
@@ -100,7 +100,7 @@ TEST(BadInputTest, MaterialLibraryThatIsAFifo) {
                                .arg(path, folder.path("m.mtl")));
 }
 
-TEST(BadInputTest, TextureThatIsAFifoIsOnlyMissing) {
+TEST(BadInputTest, TextureThatIsAFifoCountsAsMissing) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo(qPrintable(folder.path("t.png")), 0600), 0);
     folder.write("m.mtl", "newmtl m\nKd 1 1 1\nmap_Kd t.png\n");
@@ -112,7 +112,7 @@ TEST(BadInputTest, TextureThatIsAFifoIsOnlyMissing) {
     EXPECT_TRUE(result.errors.contains("t.png' cannot be loaded"));
 }
 
-TEST(BadInputTest, EmptyFileIsAModelWithNothingInIt) {
+TEST(BadInputTest, EmptyFileIsAnEmptyModel) {
     const TemporaryFolder folder;
     const QString path = folder.write("empty.obj", "");
     EXPECT_EQ(runProgram({"info", path}).exitCode, 0);
@@ -141,7 +141,7 @@ TEST(BadInputTest, RandomBytesNeverCrashTheProgram) {
     }
 }
 
-TEST(ProgressTest, LargeFileShowsABarOnATerminalAndNowhereElse) {
+TEST(ProgressTest, LargeFileShowsABarOnlyOnATerminal) {
     const TemporaryFolder folder;
     const QString large = folder.write("large.obj", triangleText() + QByteArray(17 << 20, '#') + '\n');
     const QString small = folder.write("small.obj", triangleText());

@@ -104,7 +104,7 @@ TEST_P(UpAxisTest, ElevationMovesTheCameraUp) {
     expectVector(orientation(looking(axis.name, 0, -90)).back, -axis.up);
 }
 
-TEST_P(UpAxisTest, AnglesAreTakenTogether) {
+TEST_P(UpAxisTest, AnglesAreCombined) {
     const UpAxis& axis = GetParam();
     const Orientation camera = orientation(looking(axis.name, 30, 60));
     const auto half = 0.5F;
@@ -126,7 +126,7 @@ TEST(CameraTest, AxesAreListedInTheirOrder) {
     EXPECT_EQ(upDirections(), QStringList({"+X", "-X", "+Y", "-Y", "+Z", "-Z"}));
 }
 
-TEST(CameraTest, UnknownAxisIsTakenAsTheDefault) {
+TEST(CameraTest, UnknownAxisGivesTheDefault) {
     expectVector(orientation(looking("W", 0, 0)).up, {0, 1, 0});
 }
 
@@ -137,7 +137,7 @@ struct Framing {
 
 class FramingTest : public testing::TestWithParam<Framing> {};
 
-TEST_P(FramingTest, HasTheWholeModelInThePictureAndFillsIt) {
+TEST_P(FramingTest, ShowsTheWholeModelAndFillsThePicture) {
     const Framing& framing = GetParam();
     for (const QString& up : upDirections())
         for (const double elevation : {-90.0, -20.0, 0.0, 20.0, 90.0}) {
@@ -172,7 +172,7 @@ TEST(CameraTest, ModelIsMovedAndScaledIntoACubeFromMinusOneToOne) {
 // The unit cube is seen from here.
 const double kDistance = std::sqrt(3.0) / std::sin(qDegreesToRadians(15.0));
 
-TEST(CameraTest, FarThingsLookSmallerAsInAFieldOfViewOf30Degrees) {
+TEST(CameraTest, FieldOfViewIs30Degrees) {
     const GPUModel::Bounds cube = box({-1, -1, -1}, {1, 1, 1});
     const QVector<QVector3D> corners = cornersInPicture(cube, framed(cube, looking("+Y", 0, 0), {0}).first());
     const double far = double(corners[1].x()) - double(corners[0].x());

@@ -117,7 +117,7 @@ TEST_F(ConfinedTest, LibraryOutsideIsNotOpened) {
     }
 }
 
-TEST_F(ConfinedTest, LibraryOutsideIsAnErrorThatSaysSo) {
+TEST_F(ConfinedTest, LibraryOutsideIsReportedAsAnError) {
     const QString model = write("model/library.obj", "mtllib ../outside/secret.mtl\n" + faces());
     const QString library = path("model/../outside/secret.mtl");
     for (const QStringList& command : commands(model, path("picture.png"))) {
@@ -132,7 +132,7 @@ TEST_F(ConfinedTest, LibraryOutsideIsAnErrorThatSaysSo) {
     EXPECT_EQ(runProgram({"info", model}).exitCode, 0);
 }
 
-TEST_F(ConfinedTest, MapsOutsideAreWarnedOfAndTheOthersAreDrawn) {
+TEST_F(ConfinedTest, MapsOutsideAreReportedAndTheOthersAreDrawn) {
     const ProgramResult result = runProgram({"info", "--confined", path("model/maps.obj")});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.errors.count("is not read: it lies outside of the model's folder"), 5);

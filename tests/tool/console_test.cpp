@@ -18,7 +18,7 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-TEST(ConsoleTest, OrdinaryTextStaysAsItIs) {
+TEST(ConsoleTest, OrdinaryTextIsUnchanged) {
     EXPECT_EQ(onOneLine("models/Gebäude Süd.obj: 100 %"), "models/Gebäude Süd.obj: 100 %");
 }
 
@@ -31,7 +31,7 @@ TEST(ConsoleTest, ControlCharactersAreSpelledOut) {
     EXPECT_EQ(onOneLine(QString(QChar(0x7F))), "\\x7f");
 }
 
-TEST(ConsoleTest, LevelsGoFromMostToFewestMessages) {
+TEST(ConsoleTest, LevelsAreOrderedByTheNumberOfMessages) {
     EXPECT_EQ(verbosityLevels(), QStringList({"debug", "info", "warning", "error"}));
 }
 
@@ -67,7 +67,7 @@ TEST(ConsoleTest, WarningsAreTheDefaultLevel) {
     EXPECT_EQ(errors.text(), "velmodel: warning: three\n");
 }
 
-TEST(ConsoleTest, ErrorsArePrintedWhateverTheLevel) {
+TEST(ConsoleTest, ErrorsArePrintedAtEveryLevel) {
     printedFrom("error");
     Testing::CapturedStream errors(STDERR_FILENO);
     reportError("a\tb: 100 %");
@@ -104,7 +104,7 @@ private:
     qint64 _room;
 };
 
-TEST(ConsoleTest, FileThatTakesAPartIsGivenTheRest) {
+TEST(ConsoleTest, PartialWritesAreContinued) {
     const QTemporaryDir folder;
     SlowFile file(folder.filePath("a"), 100);
     EXPECT_TRUE(writeAll(file, "eleven bytes"));
@@ -112,14 +112,14 @@ TEST(ConsoleTest, FileThatTakesAPartIsGivenTheRest) {
     EXPECT_TRUE(writeAll(file, ""));
 }
 
-TEST(ConsoleTest, FileThatTakesNoMoreIsAFailure) {
+TEST(ConsoleTest, FileThatAcceptsNoMoreBytesIsAFailure) {
     const QTemporaryDir folder;
     SlowFile file(folder.filePath("a"), 11);
     EXPECT_FALSE(writeAll(file, "eleven bytes"));
     EXPECT_EQ(file.content(), "eleven byte");
 }
 
-TEST(ConsoleTest, WhatWaitsInABufferIsWrittenAtOnce) {
+TEST(ConsoleTest, BufferedTextIsWrittenAtOnce) {
     const QTemporaryDir folder;
     QFile file(folder.filePath("a"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));

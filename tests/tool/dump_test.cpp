@@ -97,7 +97,7 @@ TEST(DumpTest, TextureSetAsAnObjectShowsAsNull) {
     EXPECT_EQ(textures, (QJsonObject{{"map_Kd", QJsonValue()}, {"map_Ks", QJsonValue()}}));
 }
 
-TEST(DumpTest, NumbersThatJsonLacksAreStrings) {
+TEST(DumpTest, NumbersUnknownToJsonAreStrings) {
     const TemporaryFolder folder;
     folder.write("odd.mtl", "newmtl odd\nKd nan inf -inf\nKs -0 0.1 1e-40\n");
     const QString path = folder.write("t.obj", "mtllib odd.mtl\nusemtl odd\n" + triangleText());
@@ -106,7 +106,7 @@ TEST(DumpTest, NumbersThatJsonLacksAreStrings) {
     EXPECT_TRUE(text.contains("\"Ks\": [ -0.0, 0.1, 1e-40 ]")) << text.toStdString();
 }
 
-TEST(DumpTest, ModelWithNothingToDrawHasZeroCountsAndEmptyLists) {
+TEST(DumpTest, ModelWithoutTrianglesHasZeroCountsAndEmptyLists) {
     const TemporaryFolder folder;
     const QString path = folder.write("empty.obj", "# nothing\n");
     EXPECT_EQ(dumped(path), (QJsonObject{{"file", path},
@@ -118,7 +118,7 @@ TEST(DumpTest, ModelWithNothingToDrawHasZeroCountsAndEmptyLists) {
                                          {"drawables", QJsonArray()}}));
 }
 
-TEST(DumpTest, NoDataLeavesOutOnlyTheContents) {
+TEST(DumpTest, NoDataOmitsOnlyTheContents) {
     QJsonObject full = dumped(samplePath("stairs"));
     full.remove("indices");
     QJsonArray attributes;
@@ -183,7 +183,7 @@ TEST(DumpTest, OptimisedModelWithNothingToDrawStaysEmpty) {
     EXPECT_EQ(dumped(path, {"--optimise"}), dumped(path));
 }
 
-TEST(DumpTest, TellsItsOpenGLWhenAsked) {
+TEST(DumpTest, ReportsItsOpenGLOnRequest) {
     const QStringList dump = {"dump", "--no-data", samplePath("gear")};
     EXPECT_FALSE(runProgram(dump).errors.contains("OpenGL: "));
     EXPECT_TRUE(runProgram(dump + QStringList{"--verbose", "info"}).errors.contains("velmodel: OpenGL: "));

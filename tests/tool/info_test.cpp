@@ -49,14 +49,14 @@ TEST(InfoTest, CountsWhatIsUploaded) {
     EXPECT_EQ(info["notes"], QJsonArray());
 }
 
-TEST(InfoTest, BytesOnTheGPUAreThoseOfTheBuffers) {
+TEST(InfoTest, BytesOnTheGPUEqualTheSizeOfTheBuffers) {
     const TemporaryFolder folder;
     const QJsonObject info = informed({folder.write("t.obj", triangleText())})[0].toObject();
     // Three indices, three positions and normals, a command, a material and an instance.
     EXPECT_EQ(info["gpuBytes"].toInt(), 3 * 2 + 3 * 24 + 20 + 64 + 128);
 }
 
-TEST(InfoTest, BoundsAreThoseOfThePositions) {
+TEST(InfoTest, BoundsEncloseThePositions) {
     const QJsonObject bounds = informed({samplePath("oddities")})[0]["bounds"].toObject();
     EXPECT_EQ(bounds["minimum"], (QJsonArray{-1, -1, -1}));
     EXPECT_EQ(bounds["maximum"], (QJsonArray{1, 2.2, 1}));
@@ -83,21 +83,21 @@ TEST(InfoTest, TexturesAreFoundMissingOrUnreadable) {
     EXPECT_TRUE(text.contains("none.png (missing)\n"));
 }
 
-TEST(InfoTest, BackslashesInTexturePathsAreUnderstood) {
+TEST(InfoTest, BackslashesInTexturePathsAreSeparators) {
     const TemporaryFolder folder;
     folder.write("m.mtl", QByteArray("newmtl m\nmap_Kd " VELMODEL_SOURCE_DIR "\\samples\\vase\\glaze.png\n"));
     const QString path = folder.write("m.obj", "mtllib m.mtl\nusemtl m\n" + triangleText());
     EXPECT_EQ(informed({path})[0]["materials"][0]["textures"][0]["status"], "found");
 }
 
-TEST(InfoTest, SaysWhenFacesWereDropped) {
+TEST(InfoTest, ReportsDroppedFaces) {
     EXPECT_EQ(notes(triangleText() + "f 1 x 3\n"),
               QStringList("1 face was dropped, because one of its corners is no integer."));
     EXPECT_EQ(notes(triangleText() + "f 1 x 3\nf 1 2.0 3\n"),
               QStringList("2 faces were dropped, because one of their corners is no integer."));
 }
 
-TEST(InfoTest, SaysWhenFacesBelongToNoMaterial) {
+TEST(InfoTest, ReportsFacesWithoutAMaterial) {
     EXPECT_EQ(notes(triangleText() + "usemtl gone\nf 1 2 3\n"),
               QStringList("1 face belongs to no material: its material was not known when it was read. "
                           "It is not drawn."));
@@ -106,14 +106,14 @@ TEST(InfoTest, SaysWhenFacesBelongToNoMaterial) {
                           "They are not drawn."));
 }
 
-TEST(InfoTest, SaysWhenFacesCouldNotBeCut) {
+TEST(InfoTest, ReportsFacesThatCouldNotBeTriangulated) {
     EXPECT_EQ(notes(triangleText() + "f 1 2\n"),
               QStringList("1 face could not be cut into triangles. It is not drawn."));
     EXPECT_EQ(notes(triangleText() + "f 1 2\nf 1\n"),
               QStringList("2 faces could not be cut into triangles. They are not drawn."));
 }
 
-TEST(InfoTest, SaysWhenCornersNameWhatDoesNotExist) {
+TEST(InfoTest, ReportsCornersWithoutAValue) {
     EXPECT_EQ(
         notes(triangleText() + "f 1 2 9\n"),
         QStringList("1 corner names a position, normal or texture coordinate that does not exist, and got "
@@ -124,11 +124,11 @@ TEST(InfoTest, SaysWhenCornersNameWhatDoesNotExist) {
                     "zeros."));
 }
 
-TEST(InfoTest, SaysWhenThereIsNothingToDraw) {
+TEST(InfoTest, ReportsThatThereIsNothingToDraw) {
     EXPECT_EQ(notes("v 1 2 3\n"), QStringList("There is nothing to draw: the model has no triangles."));
 }
 
-TEST(InfoTest, NamesWithPercentSignsStayAsTheyAre) {
+TEST(InfoTest, NamesWithPercentSignsAreUnchanged) {
     const TemporaryFolder folder;
     folder.write("m.mtl", "newmtl 100%1%2\nmap_Kd %1%3.png\n");
     const QString path = folder.write("%1 %2.obj", "mtllib m.mtl\nusemtl 100%1%2\n" + triangleText());
@@ -138,7 +138,7 @@ TEST(InfoTest, NamesWithPercentSignsStayAsTheyAre) {
     EXPECT_TRUE(text.contains(folder.path("%1%3.png") + " (missing)\n")) << text.toStdString();
 }
 
-TEST(InfoTest, SeveralFilesAreToldOneAfterTheOther) {
+TEST(InfoTest, SeveralFilesAreReportedInTheirOrder) {
     const QJsonValue all = informed({samplePath("gear"), samplePath("stairs")});
     ASSERT_EQ(all.toArray().size(), 2);
     EXPECT_EQ(all[0]["file"], samplePath("gear"));
@@ -147,7 +147,7 @@ TEST(InfoTest, SeveralFilesAreToldOneAfterTheOther) {
     EXPECT_TRUE(text.contains("\n\nsamples/stairs/stairs.obj\n"));
 }
 
-TEST(InfoTest, OneBadFileOfSeveralIsReportedAndTheOthersAreTold) {
+TEST(InfoTest, BadFileIsReportedAndTheOthersAreSummarised) {
     const ProgramResult result =
         runProgram({"info", "--json", samplePath("gear"), "/no/such.obj", samplePath("vase")});
     EXPECT_EQ(result.exitCode, 1);
@@ -211,7 +211,7 @@ QByteArray stripedGrid() {
     return text;
 }
 
-TEST(InfoTest, OptimisingServesTheVertexCacheAndChangesNothingElse) {
+TEST(InfoTest, OptimisingImprovesTheVertexCacheAndChangesNothingElse) {
     if (!DrawData::canOptimise())
         GTEST_SKIP() << "this build cannot optimise";
     const TemporaryFolder folder;
@@ -228,7 +228,7 @@ TEST(InfoTest, OptimisingServesTheVertexCacheAndChangesNothingElse) {
     EXPECT_EQ(after, before);
 }
 
-TEST(InfoTest, OptimiseIsUnknownWhereTheBuildCannotDoIt) {
+TEST(InfoTest, OptimiseIsUnknownIfTheBuildDoesNotSupportIt) {
     if (DrawData::canOptimise())
         GTEST_SKIP() << "this build can optimise";
     const ProgramResult result = runProgram({"info", "--optimise", samplePath("gear")});

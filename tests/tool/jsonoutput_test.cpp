@@ -44,7 +44,7 @@ TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
     EXPECT_EQ(printed(std::numeric_limits<float>::denorm_min()), "1e-45");
 }
 
-TEST(JsonOutputTest, SpellingIsReadAlikeAtOnceAndThroughADouble) {
+TEST(JsonOutputTest, SpellingGivesTheSameFloatDirectlyAndThroughADouble) {
     // "7.038531e-26" is the one float when it is read at once, and the next when it is rounded twice.
     EXPECT_EQ(printed(fromBits(0x15AE43FD)), "7.0385307e-26");
     EXPECT_EQ(printed(fromBits(0x15AE43FE)), "7.0385313e-26");
@@ -55,13 +55,13 @@ TEST(JsonOutputTest, ZeroKeepsItsSign) {
     EXPECT_EQ(printed(-0.0F), "-0.0");
 }
 
-TEST(JsonOutputTest, WhatJsonHasNoNumberForIsAString) {
+TEST(JsonOutputTest, NotANumberAndInfinityAreStrings) {
     EXPECT_EQ(printed(std::numeric_limits<float>::quiet_NaN()), "\"nan\"");
     EXPECT_EQ(printed(std::numeric_limits<float>::infinity()), "\"inf\"");
     EXPECT_EQ(printed(-std::numeric_limits<float>::infinity()), "\"-inf\"");
 }
 
-TEST(JsonOutputTest, TextThatLooksLikeTheStandInForMinusZeroStays) {
+TEST(JsonOutputTest, TextLikeThePlaceholderForMinusZeroIsUnchanged) {
     const QJsonObject object{{"5e-324", "5e-324"},
                              {"values", QJsonArray{jsonFloat(-0.0F), "5e-324", "\n5e-324"}}};
     const QByteArray text = jsonText(QJsonDocument(object));
@@ -70,7 +70,7 @@ TEST(JsonOutputTest, TextThatLooksLikeTheStandInForMinusZeroStays) {
     EXPECT_EQ(text.count("5e-324"), 4);
 }
 
-TEST(JsonOutputTest, RandomBitsReadBackAsTheyWere) {
+TEST(JsonOutputTest, RandomBitsReadBackUnchanged) {
     std::mt19937 random(20240611);
     const int count = Testing::scaled(20000);
     for (int n = 0; n < count; ++n) {
@@ -85,7 +85,7 @@ TEST(JsonOutputTest, RandomBitsReadBackAsTheyWere) {
     }
 }
 
-TEST(JsonOutputTest, BytesAreReadAsFloatsAndARemainderIsLeftOut) {
+TEST(JsonOutputTest, BytesAreReadAsFloatsWithoutTheRemainder) {
     const float values[] = {1.5F, -2};
     QByteArray bytes(reinterpret_cast<const char*>(values), sizeof(values));
     EXPECT_EQ(jsonFloats(bytes), (QJsonArray{1.5, -2}));

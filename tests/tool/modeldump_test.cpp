@@ -59,7 +59,7 @@ TEST_F(ModelDumpTest, EveryDrawableHasItsOwnKeyCommandsAndData) {
     EXPECT_EQ(drawables[1], lines);
 }
 
-TEST_F(ModelDumpTest, BuffersAreThoseThatAllDrawablesShare) {
+TEST_F(ModelDumpTest, BuffersAreSharedByAllDrawables) {
     const QJsonObject dump = dumpModel(*mixedModel(), {true});
     EXPECT_EQ(dump["vertexCount"], 12);
     EXPECT_EQ(dump["indexCount"], 12);
@@ -78,7 +78,7 @@ TEST_F(ModelDumpTest, BuffersAreThoseThatAllDrawablesShare) {
     EXPECT_EQ(attributes[1]["type"], "GL_FLOAT");
 }
 
-TEST_F(ModelDumpTest, BytesAreThoseOfIndicesAndAttributes) {
+TEST_F(ModelDumpTest, BytesIncludeIndicesAndAttributes) {
     EXPECT_EQ(dumpedByteCount(*mixedModel()), 12U * 2 + 12 * 12 + 12 * 4);
     EXPECT_EQ(dumpedByteCount(GPUModel()), 0U);
 }
@@ -143,7 +143,7 @@ TEST_F(DumpLimitTest, BuffersOf256MegabytesAreDumped) {
     EXPECT_EQ(_output.count("\"data\": \"YWJj\""), 2);
 }
 
-TEST_F(DumpLimitTest, OneByteMoreIsAnErrorUnlessTheDataIsLeftOut) {
+TEST_F(DumpLimitTest, OneByteMoreIsAnErrorUnlessTheDataIsOmitted) {
     EXPECT_EQ(dump(kLimit + 1), ExitCode::CannotWrite);
     EXPECT_EQ(_output, "");
     EXPECT_TRUE(

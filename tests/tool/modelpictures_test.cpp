@@ -130,7 +130,7 @@ TEST_F(ModelPicturesTest, ExponentTextureWidensTheHighlight) {
     EXPECT_GT(largestStep(textured, shining("Ks 1 1 1\nNs 100\n")), 10);
 }
 
-TEST_F(ModelPicturesTest, TexturesAreFoundBehindBackslashes) {
+TEST_F(ModelPicturesTest, TexturesAreFoundByPathsWithBackslashes) {
     ASSERT_TRUE(QDir(_folder.path("")).mkdir("maps"));
     writeTexture("maps/kd.png", QColor(250, 80, 10));
     const MessageLog log;

@@ -47,7 +47,7 @@ TEST_F(ModelPointsTest, PointsOnTheBoundsAreInside) {
     EXPECT_EQ(pointsInBounds(*model), (QVector<QVector3D>{{0, 0, 0}, {4, 0, 2}, {0, 3, 1}}));
 }
 
-TEST_F(ModelPointsTest, PointsThatNothingDrawsAreLeftOutUnlessTheyAreInside) {
+TEST_F(ModelPointsTest, UnusedPointsAreOmittedUnlessTheyAreInside) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const auto model =
         modelOf<float>({0,     0,     0, 4,    4,    4, 0, 4, 0, // drawn

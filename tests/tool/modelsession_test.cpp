@@ -46,7 +46,7 @@ TEST(ModelSessionTest, ContextThatCannotBeUsedIsReported) {
     EXPECT_EQ(errors.text(), "velmodel: No OpenGL: the context cannot be used\n");
 }
 
-TEST(ModelSessionTest, LoadTellsWhatItMetAndHowLongItTook) {
+TEST(ModelSessionTest, LoadReportsWhatItFoundAndItsDuration) {
     const TemporaryFolder folder;
     ModelSession session({});
     ASSERT_TRUE(session.open());
@@ -74,7 +74,7 @@ TEST(ModelSessionTest, ConfinedModelMayNameFilesOfItsFolderOnly) {
     EXPECT_FALSE(loaded.files.allows("/etc/passwd"));
 }
 
-TEST(ModelSessionTest, OptimisedLoadTellsTheSameFacts) {
+TEST(ModelSessionTest, OptimisedLoadReportsTheSameFacts) {
     if (!DrawData::canOptimise())
         GTEST_SKIP() << "this build cannot optimise";
     LoadFlags flags;

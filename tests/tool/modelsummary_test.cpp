@@ -74,14 +74,14 @@ TEST(ModelSummaryTest, AddsUpAllDrawables) {
     EXPECT_EQ(summary.notes, QStringList());
 }
 
-TEST(ModelSummaryTest, BoundsAreThoseOfAllCommands) {
+TEST(ModelSummaryTest, BoundsEncloseAllCommands) {
     const DrawData::Box bounds = summaryOf(mixedData()).bounds;
     EXPECT_TRUE(bounds.isValid);
     EXPECT_EQ(bounds.minimum, QVector3D(-4, -3, -2));
     EXPECT_EQ(bounds.maximum, QVector3D(29, 30, 31));
 }
 
-TEST(ModelSummaryTest, CacheIsThatOfAllTriangles) {
+TEST(ModelSummaryTest, CacheStatisticsCoverAllTriangles) {
     const auto cache = summaryOf(mixedData()).cache;
     ASSERT_EQ(cache.has_value(), DrawData::canOptimise());
     if (cache) {
@@ -101,7 +101,7 @@ TEST(ModelSummaryTest, AttributesAreSortedAndNamedOnce) {
     EXPECT_EQ(summary.attributes[1].type, "GL_FLOAT");
 }
 
-TEST(ModelSummaryTest, MaterialsAreThoseOfTheCommands) {
+TEST(ModelSummaryTest, MaterialsAreTakenFromTheCommands) {
     const ModelSummary summary = summaryOf(mixedData());
     ASSERT_EQ(summary.materials.size(), 3);
     EXPECT_EQ(summary.materials[0].name, "metal");
@@ -119,7 +119,7 @@ TEST(ModelSummaryTest, MaterialsAreThoseOfTheCommands) {
     EXPECT_TRUE(summary.materials[2].textures.isEmpty());
 }
 
-TEST(ModelSummaryTest, EmptyModelHasNothingToSumUp) {
+TEST(ModelSummaryTest, EmptyModelHasAnEmptySummary) {
     const ModelSummary summary = summaryOf(DrawData());
     EXPECT_EQ(summary.draws, 0);
     EXPECT_EQ(summary.commands, 0);

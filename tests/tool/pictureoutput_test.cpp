@@ -80,7 +80,7 @@ TEST(PictureOutputTest, PipeIsWrittenToAndStaysAPipe) {
     EXPECT_TRUE(S_ISFIFO(information.st_mode));
 }
 
-TEST(PictureOutputTest, DeviceIsWrittenToAndItsFailureTold) {
+TEST(PictureOutputTest, DeviceIsWrittenToAndItsFailureReported) {
     const QTemporaryDir folder;
     const QString path = folder.filePath("full.png");
     ASSERT_TRUE(QFile::link("/dev/full", path));

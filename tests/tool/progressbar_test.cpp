@@ -12,18 +12,18 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-TEST(ProgressLineTest, GrowsWithTheShareThatIsDone) {
+TEST(ProgressLineTest, GrowsWithTheCompletedShare) {
     EXPECT_EQ(progressLine("cow.obj", 0, 100, 80), "[                              ]   0 % cow.obj");
     EXPECT_EQ(progressLine("cow.obj", 50, 100, 80), "[###############               ]  50 % cow.obj");
     EXPECT_EQ(progressLine("cow.obj", 100, 100, 80), "[##############################] 100 % cow.obj");
 }
 
-TEST(ProgressLineTest, NeverLeavesItsWidthOrItsLine) {
+TEST(ProgressLineTest, KeepsItsWidthOnOneLine) {
     EXPECT_EQ(progressLine(QString(200, 'x'), 1, 3, 50).size(), 50);
     EXPECT_EQ(progressLine("a\nb", 1, 3, 80), "[##########                    ]  33 % a\\x0ab");
 }
 
-TEST(ProgressLineTest, OddNumbersStayBetweenNothingAndAll) {
+TEST(ProgressLineTest, SharesOutOfRangeAreClamped) {
     EXPECT_TRUE(progressLine("a", 200, 100, 80).contains(" 100 %"));
     EXPECT_TRUE(progressLine("a", -5, 100, 80).contains("   0 %"));
     EXPECT_TRUE(progressLine("a", 0, 0, 80).contains(" 100 %"));
@@ -36,7 +36,7 @@ TEST(ProgressLineTest, SharesAreRoundedDown) {
 
 using Testing::Terminal;
 
-TEST(ProgressBarTest, EachLineIsShownOnceAndWipedOut) {
+TEST(ProgressBarTest, EachLineIsShownOnceAndErased) {
     Terminal terminal;
     QByteArray shown;
     {
@@ -63,7 +63,7 @@ TEST(ProgressBarTest, EachPhaseHasItsName) {
         << "spaces wipe out the end of a longer name";
 }
 
-TEST(ProgressBarTest, LongNamesAreCutToALine) {
+TEST(ProgressBarTest, LongNamesAreTruncatedToALine) {
     Terminal terminal;
     ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
     bar.show({LoadPhase::Reading, 0, 1});
@@ -80,7 +80,7 @@ TEST(ProgressBarTest, SmallFilesShowNothing) {
     EXPECT_EQ(terminal.text(), "");
 }
 
-TEST(ProgressBarTest, BarThatHasShownNothingWipesNothing) {
+TEST(ProgressBarTest, BarThatHasShownNothingErasesNothing) {
     Terminal terminal;
     { const ProgressBar bar("cow.obj", ProgressBar::kSmallestFile); }
     EXPECT_EQ(terminal.text(), "");

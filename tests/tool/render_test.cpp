@@ -81,14 +81,14 @@ std::vector<StoredPicture> storedPictures() {
 
 class StoredPictureTest : public testing::TestWithParam<StoredPicture> {};
 
-TEST_P(StoredPictureTest, LooksAsItDid) {
+TEST_P(StoredPictureTest, LooksUnchanged) {
     const StoredPicture& picture = GetParam();
     expectTheSame(rendered(picture.arguments.first(), picture.arguments.mid(1)), stored(picture.name));
 }
 
 INSTANTIATE_TEST_SUITE_P(Samples, StoredPictureTest, testing::ValuesIn(storedPictures()));
 
-TEST(RenderTest, ComparisonTellsModelsApart) {
+TEST(RenderTest, ComparisonDistinguishesModels) {
     EXPECT_FALSE(lookTheSame(difference(rendered(samplePath("gear")), stored("mosaic"))));
     EXPECT_FALSE(lookTheSame(difference(rendered(samplePath("gear")), stored("gear-wireframe"))));
     EXPECT_FALSE(lookTheSame(
@@ -122,13 +122,13 @@ TEST(RenderTest, EndingChoosesTheFormat) {
     EXPECT_FALSE(QImage(file, "BMP").isNull());
 }
 
-TEST(RenderTest, ResolutionIsThatOfThePicture) {
+TEST(RenderTest, PictureHasTheRequestedResolution) {
     EXPECT_EQ(rendered(samplePath("gear"), {}).size(), QSize(1280, 720));
     EXPECT_EQ(rendered(samplePath("gear"), {"--resolution", "31,17"}).size(), QSize(31, 17));
     EXPECT_EQ(rendered(samplePath("gear"), {"--resolution", "1,1"}).size(), QSize(1, 1));
 }
 
-TEST(RenderTest, BackgroundIsTheColourAsked) {
+TEST(RenderTest, BackgroundHasTheRequestedColour) {
     const QStringList small = {"--resolution", "40,30", "--background"};
     EXPECT_EQ(rendered(samplePath("gear"), small + QStringList("#20242a")).pixelColor(0, 0),
               QColor("#20242a"));
@@ -160,7 +160,7 @@ TEST(RenderTest, EdgesWithoutABackgroundKeepTheirColour) {
     EXPECT_GT(edges, 20);
 }
 
-TEST(RenderTest, SurfaceIsLitAlikeWhicheverWayItsNormalsPoint) {
+TEST(RenderTest, LightingDoesNotDependOnTheSignOfTheNormals) {
     const TemporaryFolder folder;
     const QStringList options = frontView() + QStringList{"--resolution", "32,32"};
     const QByteArray outward = "vn 0 0 1\n";
@@ -176,7 +176,7 @@ TEST(RenderTest, SurfaceIsLitAlikeWhicheverWayItsNormalsPoint) {
     EXPECT_GT(generated.lightness(), 60);
 }
 
-TEST(RenderTest, NormalsOfZeroLengthAreReplacedByThoseOfTheTriangles) {
+TEST(RenderTest, NormalsOfZeroLengthAreReplacedByTriangleNormals) {
     const TemporaryFolder folder;
     const QStringList options = frontView() + QStringList{"--resolution", "32,32"};
     const QByteArray face = "f 1//1 2//1 3//1 4//1\n";
@@ -224,7 +224,7 @@ TEST(RenderTest, MissingTextureIsOneWarningAndThePlainColour) {
         QStringLiteral("velmodel: warning: Texture '%1' cannot be loaded\n").arg(folder.path("none.png")));
 }
 
-TEST(RenderTest, HolesOfATextureShowWhatIsBehind) {
+TEST(RenderTest, HolesOfATextureShowTheSurfaceBehind) {
     const TemporaryFolder folder;
     QImage texture(1, 1, QImage::Format_ARGB32);
     texture.fill(Qt::transparent);
@@ -249,7 +249,7 @@ QColor throughGlass(const TemporaryFolder& folder, const QByteArray& faces) {
     return middle(rendered(path, frontView() + QStringList{"--resolution", "32,32"}));
 }
 
-TEST(RenderTest, GlassMixesWithWhatIsBehindInAnyOrder) {
+TEST(RenderTest, GlassBlendsInAnyDrawOrder) {
     const TemporaryFolder folder;
     const QByteArray glass = "usemtl glass\nf 1 2 3 4\n";
     const QByteArray wall = "usemtl wall\nf 5 6 7 8\n";

@@ -110,7 +110,7 @@ protected:
 
 } // namespace
 
-TEST_F(RendererTest, PictureOfSeveralRowsAndColumnsOfTilesHasEveryPixelInItsPlace) {
+TEST_F(RendererTest, PictureOfSeveralTilesHasEveryPixelInItsPlace) {
     constexpr int kSide = 2400;
     constexpr int kCell = 100; // no divisor of a tile's side
     std::vector<Area> areas;
@@ -126,7 +126,7 @@ TEST_F(RendererTest, PictureOfSeveralRowsAndColumnsOfTilesHasEveryPixelInItsPlac
     EXPECT_EQ(viewport(), QRect(0, 0, kSide - 2048, kSide - 2048)) << "the last tile's";
 }
 
-TEST_F(RendererTest, EdgesOfTilesAreNoEdgesOfThePicture) {
+TEST_F(RendererTest, EdgesOfTilesAreInvisibleInThePicture) {
     for (const int length : {2047, 2048, 2049, 4096, 4097}) {
         expectMarksInTheirPlaces({length, 1}, {1, 0});
         expectMarksInTheirPlaces({1, length}, {0, 1});
@@ -144,7 +144,7 @@ TEST_F(RendererTest, FramesOfOneSizeShareTheirTarget) {
     EXPECT_EQ(driver.watch().maxFramebuffersAlive, 3) << "one target goes before the next is made";
 }
 
-TEST_F(RendererTest, PicturesDoNotDependOnThoseBefore) {
+TEST_F(RendererTest, PicturesDoNotDependOnEarlierOnes) {
     struct Frame {
         std::vector<Area> areas;
         QSize size;
@@ -169,7 +169,7 @@ TEST_F(RendererTest, PicturesDoNotDependOnThoseBefore) {
     }
 }
 
-TEST_F(RendererTest, PictureWithNothingInItAfterOneWithAModelHasDrawnNothing) {
+TEST_F(RendererTest, EmptyPictureAfterAModelHasDrawnNothing) {
     EXPECT_FALSE(_renderer->hasDrawn()) << "no picture yet";
     drawn({{{0, 0, 1, 1}, Qt::red}}, {8, 8});
     EXPECT_TRUE(_renderer->hasDrawn());
@@ -192,7 +192,7 @@ TEST_F(RendererTest, GlassAloneIsDrawn) {
     EXPECT_TRUE(_renderer->hasDrawn());
 }
 
-TEST_F(RendererTest, OfSurfacesInOnePlaceTheLastIsSeen) {
+TEST_F(RendererTest, LastOfSeveralCoplanarSurfacesIsVisible) {
     const QImage picture = drawn({{{0, 0, 2, 2}, Qt::red}, {{0, 0, 2, 2}, Qt::blue}}, {2, 2});
     EXPECT_EQ(qRed(picture.pixel(0, 0)), 0);
     EXPECT_GT(qBlue(picture.pixel(0, 0)), 100);
@@ -219,7 +219,7 @@ TEST_F(RendererTest, EdgesOfSurfacesAreSmooth) {
     EXPECT_LE(largestStep(picture.pixel(1, 4) | 0xFF000000, picture.pixel(4, 4)), 1) << "of the same colour";
 }
 
-TEST_F(RendererTest, WhatWasSetInTheContextBeforeChangesNoPicture) {
+TEST_F(RendererTest, EarlierStateOfTheContextChangesNoPicture) {
     const std::vector<Area> areas = {{{2, 2, 10, 10}, Qt::red}, {{4, 4, 20, 20}, QColor(0, 255, 0, 90)}};
     const QImage expected = drawn(areas, {33, 31});
     drawn({{{0, 0, 31, 31}, Qt::blue}}, {33, 31}); // nothing is left of the first one
@@ -238,7 +238,7 @@ TEST_F(RendererTest, WhatWasSetInTheContextBeforeChangesNoPicture) {
     EXPECT_EQ(drawn(areas, {33, 31}), expected);
 }
 
-TEST_F(RendererTest, ContextIsLeftAsItIsMostlyUsed) {
+TEST_F(RendererTest, ContextIsLeftInItsUsualState) {
     Tool::Scene wires = scene({8, 8});
     wires.wireframe = true;
     rendered(*modelOf({{{0, 0, 4, 4}, QColor(0, 255, 0, 90)}}), wires);
@@ -291,7 +291,7 @@ TEST_F(RendererTest, NothingIsLeftInTheContext) {
     EXPECT_EQ(objectCounts(), before);
 }
 
-TEST_F(RendererTest, ProgramsThatAreRefusedAreTheCause) {
+TEST_F(RendererTest, RefusedProgramIsReportedAsTheCause) {
     glDisable(GL_DEBUG_OUTPUT);
     {
         const FaultyDriver driver(GLFault::NoPrograms);
@@ -305,7 +305,7 @@ TEST_F(RendererTest, ProgramsThatAreRefusedAreTheCause) {
     glEnable(GL_DEBUG_OUTPUT);
 }
 
-TEST_F(RendererTest, PictureThatIsTooLargeIsTheCause) {
+TEST_F(RendererTest, TooLargePictureIsReportedAsTheCause) {
     const std::unique_ptr<GPUModel> model = modelOf({{{0, 0, 1, 1}, Qt::red}});
     QString error;
     // Refused before memory is asked for, which a sanitizer would not survive.
@@ -313,7 +313,7 @@ TEST_F(RendererTest, PictureThatIsTooLargeIsTheCause) {
     EXPECT_EQ(error, "there is no memory for the picture");
 }
 
-TEST_F(RendererTest, TargetThatIsRefusedIsTheCauseAndIsTriedAgain) {
+TEST_F(RendererTest, RefusedTargetIsReportedAsTheCauseAndRetried) {
     const std::unique_ptr<GPUModel> model = modelOf({{{0, 0, 1, 1}, Qt::red}});
     WatchedDriver driver;
     for (const int refused : {0, 1, 2}) {
@@ -335,7 +335,7 @@ struct SampleLimits {
 
 class SamplesOfPicturesTest : public RendererTest, public testing::WithParamInterface<SampleLimits> {};
 
-TEST_P(SamplesOfPicturesTest, AreTheMostThatTexturesAndDepthBuffersHaveUpToEight) {
+TEST_P(SamplesOfPicturesTest, AreTheMaximumOfTexturesAndDepthBuffersUpToEight) {
     WatchedDriver driver;
     driver.watch().textureSampleLimit = GetParam().ofTextures;
     driver.watch().depthSampleLimit = GetParam().ofDepthBuffers;

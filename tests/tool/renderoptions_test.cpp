@@ -41,7 +41,7 @@ void expectMistake(const QStringList& arguments, const QString& message) {
     EXPECT_FALSE(reading.options.has_value());
 }
 
-TEST(RenderOptionsTest, DefaultsAreThoseOfTheDocumentation) {
+TEST(RenderOptionsTest, DefaultsAreAsDocumented) {
     const RenderOptions defaults = options({});
     EXPECT_EQ(defaults.file, "m.obj");
     EXPECT_EQ(defaults.output, "m.png");
@@ -70,7 +70,7 @@ TEST(RenderOptionsTest, EveryOptionIsRead) {
     EXPECT_EQ(readExactly({"m.obj", "--output", "long.png"}).options->output, "long.png");
 }
 
-TEST(RenderOptionsTest, NoBackgroundIsAnInvalidColourAndLooksAtNoOther) {
+TEST(RenderOptionsTest, NoBackgroundIsAnInvalidColourAndIgnoresTheBackground) {
     EXPECT_FALSE(options({"--no-background"}).background.isValid());
     EXPECT_FALSE(options({"--no-background", "--background", "greenish"}).background.isValid());
 }
@@ -96,7 +96,7 @@ struct OutOfRange {
 
 class OutOfRangeTest : public testing::TestWithParam<OutOfRange> {};
 
-TEST_P(OutOfRangeTest, IsRefusedInWords) {
+TEST_P(OutOfRangeTest, IsRejectedWithAMessage) {
     const OutOfRange& mistake = GetParam();
     expectMistake({mistake.option, mistake.value},
                   QStringLiteral("%1 takes %2; '%3' is not that.")
@@ -197,7 +197,7 @@ TEST(RenderOptionsTest, StandardOutputTakesOnePictureOnly) {
                   "--turntable makes several pictures, which cannot all go to standard output.");
 }
 
-TEST(RenderOptionsTest, FirstOfSeveralMistakesIsNamed) {
+TEST(RenderOptionsTest, FirstOfSeveralMistakesIsReported) {
     const char* const mistakes[][2] = {
         {"--resolution", "1"},     {"--background", "greenish"}, {"--up", "W"},
         {"--camera-azimuth", "x"}, {"--camera-elevation", "x"},  {"--camera-zoom", "x"},

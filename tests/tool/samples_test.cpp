@@ -39,7 +39,7 @@ QByteArray content(const QString& path) {
     return file.readAll();
 }
 
-TEST(SamplesTest, AreWhatTheScriptWritesEveryTime) {
+TEST(SamplesTest, AreReproducedByTheScript) {
     const QTemporaryDir folder;
     const QTemporaryDir again;
     ASSERT_TRUE(makeSamples(folder.path()) && makeSamples(again.path()));

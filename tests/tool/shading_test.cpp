@@ -216,7 +216,7 @@ TEST_F(ShadingTest, TextureReplacesABlackColourOnly) {
                          Qt::black);
 }
 
-TEST_F(ShadingTest, NormalsThatAreNoneGiveWayToTheTriangles) {
+TEST_F(ShadingTest, InvalidNormalsAreReplacedByTriangleNormals) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
                              const double inf = std::numeric_limits<double>::infinity();
                              const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -254,7 +254,7 @@ TEST_F(ShadingTest, NegativeExponentsGiveNoHighlight) {
                          Qt::black);
 }
 
-TEST_F(ShadingTest, OpacityIsThatOfMaterialAndTexture) {
+TEST_F(ShadingTest, OpacityCombinesMaterialAndTexture) {
     const std::vector<Cell> panes = surfaces([this](Fragment& fragment) {
         fragment.diffuse = colour(0, 1);
         fragment.opacity = between(-0.2, 1.3);

@@ -37,7 +37,7 @@ void expectDoneOrRefusedInOneLine(const ProgramResult& result, const QString& mo
     }
 }
 
-TEST(SharedModelsTest, AreToldDumpedAndDrawnOrRefusedInOneLine) {
+TEST(SharedModelsTest, AreReportedDumpedAndDrawnOrRejectedInOneLine) {
     const QStringList models = sharedModels();
     if (models.isEmpty())
         GTEST_SKIP() << "no shared models here";

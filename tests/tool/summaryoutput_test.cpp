@@ -113,7 +113,7 @@ TEST(SummaryOutputTest, JsonHasAKeyForEachFact) {
                            {"notes", QJsonArray{"One thing.", "Another."}}}));
 }
 
-TEST(SummaryOutputTest, CacheThatIsNotKnownIsLeftOut) {
+TEST(SummaryOutputTest, UnknownCacheStatisticsAreOmitted) {
     ModelSummary summary = fullSummary();
     summary.cache.reset();
     EXPECT_FALSE(summaryText(summary).contains("ACMR"));
@@ -122,7 +122,7 @@ TEST(SummaryOutputTest, CacheThatIsNotKnownIsLeftOut) {
     EXPECT_FALSE(summaryJson(summary).contains("atvr"));
 }
 
-TEST(SummaryOutputTest, JsonOfABoxThatIsNoneIsNull) {
+TEST(SummaryOutputTest, JsonOfAnInvalidBoxIsNull) {
     EXPECT_EQ(summaryJson(ModelSummary())["bounds"], QJsonValue());
     EXPECT_TRUE(summaryJson(ModelSummary()).contains("bounds"));
 }

@@ -13,13 +13,13 @@ namespace {
 
 using Testing::TemporaryFolder;
 
-TEST(TextureFilesTest, FileThatExistsIsTheOneThatIsMeant) {
+TEST(TextureFilesTest, ExistingFileKeepsItsPath) {
     const TemporaryFolder folder;
     const QString path = folder.write("a.png", "");
     EXPECT_EQ(textureFile(path), path);
 }
 
-TEST(TextureFilesTest, BackslashesStandForSlashesWhereThereIsSuchAFile) {
+TEST(TextureFilesTest, BackslashesAreReadAsSlashesIfThatFileExists) {
     const TemporaryFolder folder;
     ASSERT_TRUE(QDir(folder.path("")).mkpath("maps/wood"));
     const QString path = folder.write("maps/wood/a.png", "");

@@ -62,7 +62,7 @@ protected:
 
 } // namespace
 
-TEST_F(TurntableTest, FramesThatSeeAFlatModelFromItsEdgeShowTheBackground) {
+TEST_F(TurntableTest, FramesOfAFlatModelSeenFromItsEdgeShowTheBackground) {
     const ProgramResult result = turn(standingSquare(), {"--camera-azimuth", "0", "--turntable", "4"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.errors, QString());
@@ -82,7 +82,7 @@ TEST_F(TurntableTest, FirstFrameMayShowNothing) {
     EXPECT_FALSE(isBackground("003"));
 }
 
-TEST_F(TurntableTest, EmptyFramesInFrontAreWrittenInOrder) {
+TEST_F(TurntableTest, LeadingEmptyFramesAreWrittenInOrder) {
     const ProgramResult result = turn(twoPosts(), {"--camera-azimuth", "0", "--turntable", "8",
                                                    "--camera-zoom", "20", "--verbose", "info"});
     EXPECT_EQ(result.exitCode, 0);

@@ -155,7 +155,7 @@ TEST(UsageTest, HelpThatCannotBeWrittenIsExitCodeFour) {
     EXPECT_EQ(result.errors, "velmodel: standard output: cannot be written: No space left on device\n");
 }
 
-TEST(UsageTest, WithoutAnyOpenGLTheExitCodeIsThree) {
+TEST(UsageTest, WithoutOpenGLTheExitCodeIsThree) {
     ProgramSurroundings surroundings;
     surroundings.environment.insert("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent");
     for (const QStringList& arguments :

@@ -90,7 +90,7 @@ TEST_P(ClosedOutputTest, IsExitCodeFourAndTheCause) {
     }
 }
 
-TEST_P(ClosedOutputTest, ComplaintsThatCannotBeWrittenEitherChangeNothing) {
+TEST_P(ClosedOutputTest, UnwritableErrorMessagesDoNotChangeTheExitCode) {
     ProgramSurroundings surroundings;
     surroundings.beforeStart = [] {
         GetParam().close();
@@ -143,7 +143,7 @@ TEST_F(PictureFileTest, FullDiskLeavesNoFile) {
     EXPECT_EQ(files(), QStringList());
 }
 
-TEST_F(PictureFileTest, DiskThatFillsUpUnderStandardOutputIsTheCause) {
+TEST_F(PictureFileTest, DiskThatFillsUpUnderStandardOutputIsReportedAsTheCause) {
     ProgramSurroundings surroundings = fullDisk();
     surroundings.outputFile = _folder.path("output");
     for (const Output& output : outputs()) {
@@ -182,7 +182,7 @@ TEST_F(PictureFileTest, UnwritableFolderIsExitCodeFour) {
     ASSERT_EQ(chmod(qPrintable(_folder.path(QString())), 0755), 0);
 }
 
-TEST_F(PictureFileTest, UnwritableFileStaysAsItIs) {
+TEST_F(PictureFileTest, UnwritableFileIsUnchanged) {
     const QString file = _folder.write("a.png", "an earlier picture");
     ASSERT_EQ(chmod(qPrintable(file), 0444), 0);
     const ProgramResult result = runProgram(arguments(), withoutPrivileges());
