@@ -142,7 +142,7 @@ public:
 
 } // namespace
 
-TEST_F(BuilderReuseTest, ClearedBuilderUploadsWhatANewOneDoes) {
+TEST_F(BuilderReuseTest, ClearedBuilderUploadsTheSameAsANewOne) {
     const auto feeds = {+[](ModelBuilder& fed) { feedGrid(fed, 20); },
                         +[](ModelBuilder& fed) { feedSquare(fed); },
                         +[](ModelBuilder& fed) { feedGrid(fed, 0x10000); }};
@@ -174,7 +174,7 @@ TEST_F(BuilderReuseTest, FurtherUploadsAreAllTheSame) {
     }
 }
 
-TEST_F(BuilderReuseTest, StreamsThatCannotBeHadLeaveNothingBehind) {
+TEST_F(BuilderReuseTest, MissingStreamsLeaveNoTrianglesOrCommands) {
     const QString missing[] = {"the corner indices", "vertex attribute 'position'", "the triangle indices",
                                "vertex attribute 'normal'"};
     for (int streams = 0; streams < 4; ++streams) {
@@ -187,7 +187,7 @@ TEST_F(BuilderReuseTest, StreamsThatCannotBeHadLeaveNothingBehind) {
     }
 }
 
-TEST_F(BuilderReuseTest, TrianglesThatAreRefusedLeaveNothingBehind) {
+TEST_F(BuilderReuseTest, RefusedTrianglesLeaveNoTrianglesOrCommands) {
     // The first group has two faces of 3 and 5 corners, the others have more.
     for (const quint64 elements : {quint64{0}, quint64{3}, quint64{12}, quint64{24}}) {
         SCOPED_TRACE(elements);
@@ -199,7 +199,7 @@ TEST_F(BuilderReuseTest, TrianglesThatAreRefusedLeaveNothingBehind) {
     }
 }
 
-TEST_F(BuilderReuseTest, BuffersThatCannotBeMadeAreMadeByTheNextUpload) {
+TEST_F(BuilderReuseTest, NextUploadCreatesTheMissingBuffers) {
     class EmptyContext : public OpenGLDeviceContext {
         QSharedPointer<BufferObject> createBufferObject() override { return {}; }
     };
@@ -264,7 +264,7 @@ TEST_F(BuilderReuseTest, NullNameTurnsNormalsOff) {
     EXPECT_FALSE(builder.hasVertexAttribute(QStringLiteral("normal")));
 }
 
-TEST_F(BuilderReuseTest, RefusalsAreNamedAgainAfterClear) {
+TEST_F(BuilderReuseTest, RefusalsAreReportedAgainAfterClear) {
     const unsigned int count = 3;
     allocator->limit(1 << 30, 0);
     const MessageLog log;

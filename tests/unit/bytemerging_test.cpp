@@ -129,7 +129,7 @@ TEST(ByteMergingTest, CornersWithTheSameBytesAreOneVertex) {
             }
 }
 
-TEST(ByteMergingTest, FilteredCornersMergeAsAllDo) {
+TEST(ByteMergingTest, FilteredCornersMergeLikeAllCorners) {
     std::mt19937 random(61);
     for (const quint32 differentValues : {1U, 3U, 1000U, 100000U, 100000000U})
         for (const quint32 cornerCount : {1U, 2U, 40U, 5000U}) {
@@ -226,7 +226,7 @@ TEST(ByteMergingTest, RunsOfIndicesEndWithTheValues) {
     }
 }
 
-TEST(ByteMergingTest, IndicesApartAreNoRun) {
+TEST(ByteMergingTest, ScatteredIndicesAreNoRun) {
     const TestAttribute attribute = numberedValues(128, 12, 0);
     CornerAttribute everyOther = attribute.view();
     everyOther.indexCount = 64;

@@ -81,7 +81,7 @@ private:
 
 } // namespace
 
-TEST_F(ConfinementTest, LibraryOutsideFailsTheLoadAndAWarningSaysWhy) {
+TEST_F(ConfinementTest, LibraryOutsideFailsTheLoadWithAWarning) {
     const QString outside = write("out.mtl", "newmtl red\n");
     link("../out.mtl", "model/link.mtl");
     const QString meant[] = {path("model/../out.mtl"), outside, path("model/link.mtl")};
@@ -108,7 +108,7 @@ TEST_F(ConfinementTest, LibraryInASubfolderIsRead) {
     EXPECT_EQ(material().texturePath("map_Ks"), path("model/sub/sub.png"));
 }
 
-TEST_F(ConfinementTest, MapOutsideIsWhiteAndAWarningSaysWhy) {
+TEST_F(ConfinementTest, MapOutsideIsWhiteWithAWarning) {
     link(path("out.png"), "model/link.png");
     write("model/in.mtl", "newmtl red\nmap_Kd ../out.png\nmap_Ks link.png\nmap_Ka /out.png\nmap_Ns in.png\n");
     EXPECT_EQ(load("in.mtl"), QString());
@@ -138,7 +138,7 @@ TEST_F(ConfinementTest, ModelItselfMayBeALinkOutOfTheFolder) {
     EXPECT_THAT(warnings(), IsEmpty());
 }
 
-TEST_F(ConfinementTest, FolderOfARelativePathIsTheModelsToo) {
+TEST_F(ConfinementTest, RelativePathIsConfinedToTheModelsFolder) {
     write("model/in.mtl", "newmtl red\n");
     write("model/model.obj", "mtllib in.mtl\n" + kTriangle);
     write("model/hostile.obj", "mtllib ../out.mtl\n" + kTriangle);
@@ -150,7 +150,7 @@ TEST_F(ConfinementTest, FolderOfARelativePathIsTheModelsToo) {
     ASSERT_TRUE(QDir::setCurrent(before));
 }
 
-TEST_F(ConfinementTest, ResourcesAreAFolderLikeAnyOther) {
+TEST_F(ConfinementTest, ResourcesAreConfinedLikeFolders) {
     for (const LoadOptions& options : {LoadOptions(), kConfined}) {
         EXPECT_EQ(loadFile(":/models/red.obj", options), QString());
         EXPECT_THAT(warnings(), IsEmpty());
@@ -161,7 +161,7 @@ TEST_F(ConfinementTest, ResourcesAreAFolderLikeAnyOther) {
     EXPECT_THAT(warnings(), ElementsAre(outsideWarning(":/blue.mtl")));
 }
 
-TEST_F(ConfinementTest, SearchPathsLeadToTheFolderThatHoldsTheModel) {
+TEST_F(ConfinementTest, SearchPathsResolveToTheFolderOfTheModel) {
     write("model/in.mtl", "newmtl red\n");
     write("model/model.obj", "mtllib in.mtl\n" + kTriangle);
     QDir::setSearchPaths("models", {path("model")});
@@ -170,7 +170,7 @@ TEST_F(ConfinementTest, SearchPathsLeadToTheFolderThatHoldsTheModel) {
 }
 
 // Folders on the way to a file are opened one after the other.
-TEST_F(ConfinementTest, NoLoadLeavesADescriptorBehind) {
+TEST_F(ConfinementTest, SuccessfulLoadClosesItsDescriptors) {
     ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c/d"));
     write("model/a/b/c/d/in.mtl", "newmtl red\nmap_Kd ../../x.png\nmap_Ks ../../../../../out.png\n");
     const QString outside = write("out.mtl", "newmtl red\n");
@@ -205,7 +205,7 @@ TEST_F(ConfinementTest, NoLoadLeavesADescriptorBehind) {
     }
 }
 
-TEST_F(ConfinementTest, NoModelThatFailsLeavesADescriptorBehind) {
+TEST_F(ConfinementTest, FailedLoadClosesItsDescriptors) {
     ASSERT_EQ(mkfifo(qPrintable(path("model/pipe.obj")), 0600), 0);
     write("model/good.obj", kTriangle);
     const std::vector<int> before = openDescriptors();
@@ -223,7 +223,7 @@ TEST_F(ConfinementTest, NoModelThatFailsLeavesADescriptorBehind) {
     }
 }
 
-TEST_F(ConfinementTest, NoImageLeavesADescriptorBehind) {
+TEST_F(ConfinementTest, ImageClosesItsDescriptors) {
     ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c"));
     ASSERT_TRUE(QImage(2, 3, QImage::Format_ARGB32).save(path("model/a/b/c/in.png")));
     ASSERT_TRUE(QImage(2, 3, QImage::Format_ARGB32).save(path("out.png")));

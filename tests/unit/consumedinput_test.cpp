@@ -181,7 +181,7 @@ void expectTheSame(const Mesh& mesh) {
     }
 }
 
-TEST(ConsumedInputTest, GivesWhatAnOrdinaryUploadGives) {
+TEST(ConsumedInputTest, GivesTheSameAsAnOrdinaryUpload) {
     for (unsigned int seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
         RandomMesh random(seed);
@@ -192,7 +192,7 @@ TEST(ConsumedInputTest, GivesWhatAnOrdinaryUploadGives) {
 }
 
 // Face counts and corners are handed on in blocks.
-TEST(ConsumedInputTest, ManyFacesGiveWhatAnOrdinaryUploadGives) {
+TEST(ConsumedInputTest, ManyFacesGiveTheSameAsAnOrdinaryUpload) {
     for (unsigned int seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);
         RandomMesh random(seed + 1000);

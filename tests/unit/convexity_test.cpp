@@ -51,7 +51,7 @@ std::vector<PlanePoint> square(float side) {
 }
 
 // Sines above 2^-20, distances above 1e-6, diameters below 1e38.
-TEST(TriangulationConvexityTest, LimitsAreThoseOfTheProof) {
+TEST(TriangulationConvexityTest, LimitsMatchTheProof) {
     const auto withNearlyStraightCorner = [](float height) {
         return std::vector<PlanePoint>{{0, 0}, {1, -height}, {2, 0}, {2, 2}, {0, 2}};
     };
@@ -63,7 +63,7 @@ TEST(TriangulationConvexityTest, LimitsAreThoseOfTheProof) {
     EXPECT_FALSE(isClearlyConvex(square(7.08e37F)));
 }
 
-TEST(TriangulationConvexityTest, SizeBeyondWhatDifferencesHoldIsNot) {
+TEST(TriangulationConvexityTest, SizeThatOverflowsDifferencesIsNot) {
     const std::vector<PlanePoint> points = {
         {-2e38F, -2e38F}, {2e38F, -2e38F}, {3e38F, 0}, {2e38F, 2e38F}, {-2e38F, 2e38F}};
     EXPECT_FALSE(isClearlyConvex(points));

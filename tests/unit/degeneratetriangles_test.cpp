@@ -39,7 +39,7 @@ TEST_F(DegenerateTriangleTest, StartNeedNotBeAMultipleOfThree) {
     EXPECT_EQ(find({0, 0, 1, 0, 2, 0, 0, 1}, {3, 0, 1, 2}, 1), 1);
 }
 
-TEST_F(DegenerateTriangleTest, StartAtTheEndOrBehindItFindsNothing) {
+TEST_F(DegenerateTriangleTest, StartAtOrAfterTheEndFindsNothing) {
     EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, 3), -1);
     EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, std::numeric_limits<int>::max()), -1);
     EXPECT_EQ(FindDegenerateTriangle(0, nullptr, nullptr, 0), -1);
@@ -49,7 +49,7 @@ TEST_F(DegenerateTriangleTest, NegativeStartCountsAsZero) {
     EXPECT_EQ(find({0, 0, 1, 0, 2, 0}, {0, 1, 2}, -7), 0);
 }
 
-TEST_F(DegenerateTriangleTest, TriangleCutShortByTheListIsNotLookedAt) {
+TEST_F(DegenerateTriangleTest, IncompleteTriangleIsIgnored) {
     EXPECT_EQ(find({0, 0, 1, 0, 0, 1, 2, 0}, {0, 1, 2, 0, 1}), -1);
 }
 

@@ -18,7 +18,7 @@ TEST(DiagnosticsTest, AssertionsAreCriticalWithAFixedPlaceAndPercentSignsEscaped
     EXPECT_FALSE(log.messages()[0].hasContext);
 }
 
-TEST(DiagnosticsTest, WarningsNameWhatTheyAreAbout) {
+TEST(DiagnosticsTest, WarningsNameTheirSubject) {
     const Testing::MessageLog log;
     const QString purpose = QStringLiteral("die Fläche %1");
     reportMissingStream(purpose);

@@ -158,7 +158,7 @@ TEST_F(DrawDataTest, WithoutAValidBuilderItIsNull) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST_F(DrawDataTest, StreamThatCannotBeHadMakesItNull) {
+TEST_F(DrawDataTest, MissingStreamMakesItNull) {
     const auto allocator = QSharedPointer<Testing::LyingAllocator<Testing::PlainStream>>::create();
     makeBuilder(allocator);
     allocator->lie(allocator->requests().size(), Testing::Lie::Missing);
@@ -166,7 +166,7 @@ TEST_F(DrawDataTest, StreamThatCannotBeHadMakesItNull) {
     EXPECT_EQ(log.texts(QtWarningMsg).size(), 1U);
 }
 
-TEST_F(DrawDataTest, OutlivesItsBuilderAndWhatIsDoneToIt) {
+TEST_F(DrawDataTest, OutlivesItsBuilderAndLaterChanges) {
     const DrawData data = builder->prepare(kPosition);
     const std::vector<quint32> before = indices(data);
     const std::vector<float> positions = values<float>(data.attributes()[1]);
@@ -180,7 +180,7 @@ TEST_F(DrawDataTest, OutlivesItsBuilderAndWhatIsDoneToIt) {
     EXPECT_EQ(data.group(0, 0).material.name(), QStringLiteral("material of first"));
 }
 
-TEST_F(DrawDataTest, SecondCallSharesTheStreamsAndSeesTheGroupsOfToday) {
+TEST_F(DrawDataTest, SecondCallSharesTheStreamsAndUsesTheCurrentGroups) {
     const DrawData first = builder->prepare(kPosition);
     const float more[] = {9, 9, 9};
     builder->addValuesToVertexAttribute(kPosition, 3, more, kFloat);
@@ -207,7 +207,7 @@ TEST_F(DrawDataTest, CancelledPreparationCanBeRepeated) {
     EXPECT_EQ(afterCancelling, uploadedByTheBuilder());
 }
 
-TEST_F(DrawDataTest, AttributeDeclaredAnewIsLeftOut) {
+TEST_F(DrawDataTest, RedeclaredAttributeIsOmitted) {
     builder->prepare(kPosition);
     const unsigned char value = 1;
     const unsigned int index = 0;
@@ -220,7 +220,7 @@ TEST_F(DrawDataTest, AttributeDeclaredAnewIsLeftOut) {
     EXPECT_EQ(data.vertexCount(), 5U);
 }
 
-TEST_F(DrawDataTest, UploadsWhatTheBuilderUploads) {
+TEST_F(DrawDataTest, UploadsTheSameAsTheBuilder) {
     for (const QString& member : {QString(), QStringLiteral("id")}) {
         const QStringList expected = uploadedByTheBuilder(member);
         ASSERT_GT(expected.size(), 20);
@@ -236,7 +236,7 @@ TEST_F(DrawDataTest, UploadsWhatTheBuilderUploads) {
     }
 }
 
-TEST_F(DrawDataTest, UploadGivesUpWhatIsHandedOverAndLeavesCopiesAlone) {
+TEST_F(DrawDataTest, UploadReleasesMovedDataAndKeepsCopies) {
     DrawData data = builder->prepare(kPosition);
     const DrawData copy(data);
     const QStringList expected = uploadedByTheBuilder();
@@ -259,7 +259,7 @@ TEST_F(DrawDataTest, UploadNeedsDataAndAContext) {
     EXPECT_EQ(model.drawableCount(), 2);
 }
 
-TEST_F(DrawDataTest, UploadSaysThatABufferCannotBeHad) {
+TEST_F(DrawDataTest, UploadReportsAMissingBuffer) {
     const auto allocator = QSharedPointer<Testing::LyingAllocator<Testing::PlainStream>>::create();
     makeBuilder(allocator);
     const DrawData data = builder->prepare(kPosition);
@@ -274,7 +274,7 @@ TEST_F(DrawDataTest, UploadSaysThatABufferCannotBeHad) {
         ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the index buffer")));
 }
 
-TEST_F(DrawDataTest, DefaultOptionsAreThoseOfALoad) {
+TEST_F(DrawDataTest, DefaultOptionsMatchThoseOfALoad) {
     const RecordingContext context;
     GPUModel model;
     upload(builder->prepare(kPosition), model, {});
@@ -283,7 +283,7 @@ TEST_F(DrawDataTest, DefaultOptionsAreThoseOfALoad) {
     EXPECT_NE(model.materials(0), nullptr);
 }
 
-TEST_F(DrawDataTest, BoxIsThatOfTheFinitePositionsOfACommand) {
+TEST_F(DrawDataTest, BoxEnclosesTheFinitePositionsOfACommand) {
     const DrawData data = builder->prepare(kPosition);
     const DrawData::Box box = data.commandBox(0, 0);
     EXPECT_TRUE(box.isValid);
@@ -317,7 +317,7 @@ TEST_F(DrawDataTest, BoxWithoutThreeFloatsIsNotValid) {
     EXPECT_FALSE(data.commandBox(0, 0).isValid);
 }
 
-TEST_F(DrawDataTest, OptimisedDataIsNewWhereTheBuildCanMakeIt) {
+TEST_F(DrawDataTest, OptimisedDataIsNewIfTheBuildSupportsIt) {
     const DrawData data = builder->prepare(kPosition);
     const DrawData optimised = data.optimised();
     EXPECT_EQ(optimised.indices().data != data.indices().data, DrawData::canOptimise());

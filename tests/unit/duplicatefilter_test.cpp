@@ -52,11 +52,11 @@ TEST(DuplicateFilterTest, EveryCornerWithADuplicateIsACandidateInTheirOrder) {
     }
 }
 
-TEST(DuplicateFilterTest, CornersThatAreAllAlikeAreAllCandidates) {
+TEST(DuplicateFilterTest, EqualCornersAreAllCandidates) {
     EXPECT_THAT(candidatesOf({7, 7, 7, 7}), ElementsAre(0, 1, 2, 3));
 }
 
-TEST(DuplicateFilterTest, OneOfFiftyDistinctCornersIsACandidateAtMost) {
+TEST(DuplicateFilterTest, AtMostOneOfFiftyDistinctCornersIsACandidate) {
     for (const quint64 seed : {quint64{1}, quint64{0xFEDCBA9876543210}})
         EXPECT_LT(candidatesOf(distinctValues(100'000), seed).size(), 2000U) << seed;
 }

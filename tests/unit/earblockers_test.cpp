@@ -119,7 +119,7 @@ private:
     int _found = 0;
 };
 
-TEST_F(EarBlockersTest, AnswerAsATestOfAllActiveCornersDoes) {
+TEST_F(EarBlockersTest, AnswersEqualATestOfAllActiveCorners) {
     for (int round = 0; round < 3'000; ++round)
         compareWithAllCorners(randomPoints(8 + static_cast<int>(random()() % 150), random()));
     EXPECT_GT(found(), 1000);
@@ -175,7 +175,7 @@ TEST_F(EarBlockersTest, CornersEqualToOneOfTheTriangleDoNotBlock) {
     EXPECT_FALSE(blockers.block(earTriangle(points[0], points[1], points[2])));
 }
 
-TEST_F(EarBlockersTest, RebuildingForgetsTheOldCorners) {
+TEST_F(EarBlockersTest, RebuildingRemovesTheOldCorners) {
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     std::vector<PlanePoint> points = {{0, 0}, {4, 0}, {0, 4}, {1, 1}, {9, 9}, {8, 9}};
     const EarTriangle triangle = earTriangle(points[0], points[1], points[2]);
@@ -198,7 +198,7 @@ TEST_F(EarBlockersTest, RebuildingForgetsTheOldCorners) {
     }
 }
 
-TEST_F(EarBlockersTest, RebuiltForPolygonsOfAnySizeTheyAnswerAsATestOfAllActiveCornersDoes) {
+TEST_F(EarBlockersTest, AnswersAfterRebuildingEqualATestOfAllActiveCorners) {
     for (int round = 0; round < 300; ++round)
         compareWithAllCorners(
             randomPoints(5 + static_cast<int>(random()() % (round % 2 == 0 ? 400 : 20)), random()));

@@ -32,7 +32,7 @@ private:
 
 } // namespace
 
-TEST_F(FileVersionTest, IsWhatTheSystemSaysOfTheFile) {
+TEST_F(FileVersionTest, MatchesTheFilesSystemMetadata) {
     const QString name = write("a", "content");
     const timespec times[] = {{1, 2}, {1'000'000'003, 4}};
     ASSERT_EQ(utimensat(AT_FDCWD, qPrintable(name), times, 0), 0);

@@ -74,7 +74,7 @@ TEST_F(GPUStreamsTest, WithoutAttributesNothingIsMade) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST_F(GPUStreamsTest, CompleteStreamsAreLeftAlone) {
+TEST_F(GPUStreamsTest, CompleteStreamsAreUnchanged) {
     faces({3});
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1, 0});
     build(false);
@@ -184,7 +184,7 @@ TEST_F(GPUStreamsTest, AllCornersAlikeGiveOneVertex) {
     EXPECT_THAT(log.texts(QtDebugMsg), ElementsAre(summary(4, 1, 25)));
 }
 
-TEST_F(GPUStreamsTest, OneByteMakesAVertexOfItsOwn) {
+TEST_F(GPUStreamsTest, OneDifferentByteMakesANewVertex) {
     faces({3});
     attribute<float>("position", 1, kFloat, {1}, {0, 0, 0});
     attribute<unsigned char>("uv", 4, kUnsignedByte, {1, 2, 3, 4, 1, 2, 3, 5}, {0, 1, 0});
@@ -194,7 +194,7 @@ TEST_F(GPUStreamsTest, OneByteMakesAVertexOfItsOwn) {
     EXPECT_THAT(values("position"), ElementsAre(1, 1));
 }
 
-TEST_F(GPUStreamsTest, BytesCountAndNotNumbers) {
+TEST_F(GPUStreamsTest, BytesAreComparedRatherThanNumbers) {
     faces({6});
     // Zero of both signs; twice the same NaN and another one; zero again.
     attribute<quint32>("a", 1, kUnsignedInt,
@@ -310,7 +310,7 @@ TEST_F(GPUStreamsTest, AttributeOfNoScalarTypeHasNoValues) {
     EXPECT_THAT(values("c"), ElementsAre(1, 2));
 }
 
-TEST_F(GPUStreamsTest, AttributeWithoutStreamsIsPassedOver) {
+TEST_F(GPUStreamsTest, AttributeWithoutStreamsIsSkipped) {
     faces({2});
     attribute<float>("c", 1, kFloat, {1, 2}, {0, 1});
     access().attribute("absent").components = 3;
@@ -327,7 +327,7 @@ TEST_F(GPUStreamsTest, CornerCountWraps) {
     EXPECT_THAT(indices("a"), ElementsAre(0, 1));
 }
 
-TEST_F(GPUStreamsTest, MoreCornersThanAStreamHoldsMakeNothing) {
+TEST_F(GPUStreamsTest, MoreCornersThanTheCapacityOfAStreamMakeNothing) {
     faces({0xFFFFFFFF});
     attribute<float>("a", 1, kFloat, {1, 2}, {0, 1});
     build(false);
@@ -477,7 +477,7 @@ TEST_F(OptimizeGPUStreamsTest, RunningTwiceChangesNothingMore) {
     EXPECT_THAT(log.texts(QtDebugMsg), ElementsAre(summary(3, 2, 66), summary(2, 2, 100)));
 }
 
-TEST_F(OptimizeGPUStreamsTest, IndicesOfNoVertexStay) {
+TEST_F(OptimizeGPUStreamsTest, IndicesWithoutAVertexAreUnchanged) {
     const quint32 list[] = {0, 3, 0xFFFFFFFF};
     shared->append(3, list);
     gpuAttribute("a", 1, {5, 5, 5});
@@ -539,7 +539,7 @@ TEST_F(OptimizeGPUStreamsTest, ListOfShortsIsAssertedAndRewrittenByWholeWords) {
     EXPECT_THAT(log.texts(QtCriticalMsg), testing::SizeIs(1));
 }
 
-TEST_F(OptimizeGPUStreamsTest, AllocatorThatGivesNothingLeavesStreamsAsTheyWere) {
+TEST_F(OptimizeGPUStreamsTest, FailingAllocatorLeavesTheStreamsUnchanged) {
     useAllocator(QSharedPointer<Testing::NullAllocator>::create());
     const quint32 list[] = {1, 0};
     shared->append(2, list);

@@ -158,7 +158,7 @@ void compare(const Recipe& recipe, unsigned int seed) {
     }
 }
 
-TEST(GPUStreamsComparisonTest, AnyAttributesMergeAsTheStepsSay) {
+TEST(GPUStreamsComparisonTest, AnyAttributesMergeAsDefined) {
     std::mt19937 random(1);
     for (unsigned int seed = 0; seed < static_cast<unsigned int>(Testing::scaled(400)); ++seed) {
         Recipe recipe;
@@ -173,7 +173,7 @@ TEST(GPUStreamsComparisonTest, AnyAttributesMergeAsTheStepsSay) {
     }
 }
 
-TEST(GPUStreamsComparisonTest, MeshesOfManyBlocksMergeAsTheStepsSay) {
+TEST(GPUStreamsComparisonTest, MeshesOfManyBlocksMergeAsDefined) {
     std::mt19937 random(2);
     for (unsigned int seed = 0; seed < static_cast<unsigned int>(Testing::scaled(12)); ++seed) {
         Recipe recipe;
@@ -187,7 +187,7 @@ TEST(GPUStreamsComparisonTest, MeshesOfManyBlocksMergeAsTheStepsSay) {
     }
 }
 
-TEST(GPUStreamsComparisonTest, CornersThatShareNothingMergeAsTheStepsSay) {
+TEST(GPUStreamsComparisonTest, CornersThatShareNothingMergeAsDefined) {
     Recipe recipe;
     recipe.corners = 30000;
     recipe.values = 30000;
@@ -198,7 +198,7 @@ TEST(GPUStreamsComparisonTest, CornersThatShareNothingMergeAsTheStepsSay) {
     ASSERT_NO_FATAL_FAILURE(compare(recipe, 2));
 }
 
-TEST(GPUStreamsComparisonTest, FewCornersOfManyValuesMergeAsTheStepsSay) {
+TEST(GPUStreamsComparisonTest, FewCornersOfManyValuesMergeAsDefined) {
     Recipe recipe;
     recipe.corners = 60;
     recipe.values = 5000;
@@ -207,7 +207,7 @@ TEST(GPUStreamsComparisonTest, FewCornersOfManyValuesMergeAsTheStepsSay) {
         ASSERT_NO_FATAL_FAILURE(compare(recipe, seed));
 }
 
-TEST(GPUStreamsComparisonTest, OneValueWithVeryManyTuplesMergesAsTheStepsSay) {
+TEST(GPUStreamsComparisonTest, OneValueWithVeryManyTuplesMergesAsDefined) {
     Literal::Mesh mesh;
     QMap<QString, unsigned int> types;
     mesh.verticesPerFace.assign(1, 40000);

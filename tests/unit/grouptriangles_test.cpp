@@ -115,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(GroupTrianglesTest, AnyRunsOfFacesGiveWhatListedFacesGive) {
+TEST_F(GroupTrianglesTest, AnyRunsOfFacesGiveTheSameAsListedFaces) {
     constexpr quint32 kFaces = 6000;
     std::mt19937 random(4);
     ModelBuilder listed;

@@ -62,7 +62,7 @@ TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
     EXPECT_EQ(list.items(), nullptr);
 }
 
-TEST(GrowingListTest, ShortListsGrowToFourTimesWhatTheyHold) {
+TEST(GrowingListTest, ShortListsGrowToFourTimesTheirSize) {
     List list;
     list.reserve(10, 0);
     EXPECT_TRUE(hasCapacityFor(list, 10)) << "an empty list takes what is needed";
@@ -72,7 +72,7 @@ TEST(GrowingListTest, ShortListsGrowToFourTimesWhatTheyHold) {
     EXPECT_TRUE(hasCapacityFor(list, 40'000));
 }
 
-TEST(GrowingListTest, LongListsGrowToTwiceWhatTheyHold) {
+TEST(GrowingListTest, LongListsGrowToTwiceTheirSize) {
     List list;
     list.reserve(kMebibyte / 2 - 1, 0);
     EXPECT_TRUE(hasCapacityFor(list, kMebibyte / 2 - 1));
@@ -91,7 +91,7 @@ TEST(GrowingListTest, OnlyItemsInUseAreKept) {
     EXPECT_THAT(std::vector<quint32>(list.items(), list.items() + 5), testing::ElementsAre(9, 9, 9, 0, 0));
 }
 
-TEST(GrowingListTest, ClearedListStartsWithoutRoom) {
+TEST(GrowingListTest, ClearedListHasNoCapacity) {
     List list;
     list.reserve(100, 0);
     list.items()[0] = 1;
@@ -102,7 +102,7 @@ TEST(GrowingListTest, ClearedListStartsWithoutRoom) {
 }
 
 // Four times the room has no addresses then; one and a half times what is asked for has.
-TEST(GrowingListTest, WhereAddressesAreScarceThereIsLessRoomToSpare) {
+TEST(GrowingListTest, ScarceAddressesReduceTheSpareCapacity) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     constexpr quint64 kLong = 10 * kMebibyte;

@@ -97,7 +97,7 @@ TEST_F(HostilePathsTest, AsModelsFailWithThePathAsGiven) {
     });
 }
 
-TEST_F(HostilePathsTest, AsLibrariesFailWithThePathThatWasMeant) {
+TEST_F(HostilePathsTest, AsLibrariesFailWithTheResolvedPath) {
     forEveryPath([this](const QString& hostile) {
         if (!isOneToken(hostile))
             return;
@@ -120,7 +120,7 @@ TEST_F(HostilePathsTest, AsMapsAreKeptAndAreNoImages) {
     });
 }
 
-TEST_F(HostilePathsTest, AreNoneOfAFoldersFilesEither) {
+TEST_F(HostilePathsTest, AreRejectedInsideAFolderToo) {
     forEveryPath([this](const QString& hostile) {
         EXPECT_EQ(ModelFiles("/").open(hostile), nullptr);
         EXPECT_EQ(ModelFiles(path(QString())).open(hostile), nullptr);

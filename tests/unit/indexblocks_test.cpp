@@ -41,7 +41,7 @@ TEST_F(IndexBlockTest, EntriesThatNameNoValueBecomeTheNumberOfValues) {
     EXPECT_EQ(indices[2], 0xFFFFFFFF) << "the list itself stays";
 }
 
-TEST_F(IndexBlockTest, CornersBehindTheListHaveNoValue) {
+TEST_F(IndexBlockTest, CornersAfterTheListHaveNoValue) {
     const GuardedArray<quint32> indices{1, 0};
     EXPECT_THAT(read(attribute(indices, 2), 1, 3), ElementsAre(0, 2, 2));
     EXPECT_THAT(read(attribute(indices, 2), 7, 2), ElementsAre(2, 2));

@@ -154,7 +154,7 @@ protected:
     }
 };
 
-TEST_P(IndexBoundariesTest, TheLastValueIsThereAndThoseBehindItAreZeros) {
+TEST_P(IndexBoundariesTest, LastValueExistsAndLaterValuesAreZeros) {
     for (std::size_t i = 0; i < 3; ++i)
         for (const std::size_t corner : {std::size_t{0}, std::size_t{35}}) {
             const quint32 count = Mesh().attributes[i].valueCount;

@@ -141,7 +141,7 @@ std::vector<Tuple> withEqualFirstNumbers(quint32 count, std::size_t places) {
     return corners;
 }
 
-TEST_F(IndexTupleTableTest, PaysForEightStepsPerCornerAndSixtyFourThousandMore) {
+TEST_F(IndexTupleTableTest, AllowsEightStepsPerCornerPlusSixtyFourThousand) {
     constexpr quint64 kEnough = 1'000'000;
     make(2);
     raiseLimit(1);
@@ -167,7 +167,7 @@ TEST_F(IndexTupleTableTest, EachWidthCountsItsSteps) {
     }
 }
 
-TEST_F(IndexTupleTableTest, PaysForSixteenBytesPerExpectedCorner) {
+TEST_F(IndexTupleTableTest, AllowsSixteenBytesPerExpectedCorner) {
     // Per tuple: its numbers, and the larger one of its slot and the memory for merging it.
     constexpr quint64 kBytesOfATuple[] = {4 + 16, 8 + 16, 12 + 16, 16 + 20, 20 + 24, 24 + 28};
     for (std::size_t places = 1; places <= MergePolicy::kMaxTuplePlaces; ++places) {

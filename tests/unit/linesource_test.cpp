@@ -82,7 +82,7 @@ TEST_F(LineSourceTest, BytesOfADecodedLineStandForItsCharacters) {
     EXPECT_FALSE(source.next());
 }
 
-TEST_F(LineSourceTest, WhiteSpaceIsWhatTheExpressionForItMatches) {
+TEST_F(LineSourceTest, WhiteSpaceMatchesItsRegularExpression) {
     const QRegExp whiteSpace(QStringLiteral("\\s"));
     QString text;
     for (int code = 1; code < 0x10000; ++code)
@@ -115,7 +115,7 @@ TEST_F(LineSourceTest, SecondMarkAtTheStartOfABlockOfTheStreamStays) {
     EXPECT_EQ(lines(), streamLines());
 }
 
-TEST_F(LineSourceTest, WideEncodingsAreKnownByTheirMark) {
+TEST_F(LineSourceTest, WideEncodingsAreDetectedByTheirMark) {
     for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
         QTextCodec::ConverterState state; // which writes the mark
         const QString text = QString::fromUtf8("v 1\r\nr\xC3\xA9"
@@ -129,7 +129,7 @@ TEST_F(LineSourceTest, WideEncodingsAreKnownByTheirMark) {
     }
 }
 
-TEST_F(LineSourceTest, UnfinishedSequenceAtTheEndVanishes) {
+TEST_F(LineSourceTest, UnfinishedSequenceAtTheEndIsDropped) {
     for (const char* end : {"\xE2", "\xE2\x98", "\xF0\x9F\x98", "x\xC3"}) {
         write(QByteArray("a\nb") + end);
         EXPECT_EQ(lines(), streamLines());
@@ -157,7 +157,7 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDropped) {
             << blockBytes;
 }
 
-TEST_F(LineSourceTest, ByteOrderMarkBehindADroppedLineDoesNotCount) {
+TEST_F(LineSourceTest, ByteOrderMarkAfterADroppedLineDoesNotCount) {
     write(QByteArray(4096, 'x') + "\xEF\xBB\xBF\nb\n");
     EXPECT_EQ(lines(limitsOf(4096, 1000)), QStringList({"b"}));
 }
@@ -204,7 +204,7 @@ TEST_F(LineSourceTest, LastLineBeyondTheLimitIsDroppedWithoutALineFeed) {
     }
 }
 
-TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
+TEST_F(LineSourceTest, SkippedLinesAreNotReturned) {
     write("a\nb\nc\nd");
     QTextStream stream(&reopened());
     LineSource source(&stream);
@@ -215,7 +215,7 @@ TEST_F(LineSourceTest, LinesThatWerePassedOverAreNotHandedOut) {
     EXPECT_FALSE(source.fill());
 }
 
-TEST_F(LineSourceTest, StreamsThatAreNoPlainFilesAreReadThroughTheStream) {
+TEST_F(LineSourceTest, StreamsOverOtherDevicesAreReadThroughTheStream) {
     write("a\r\nb\xE9\n");
     {
         QTextStream binary(&reopened(QIODevice::ReadOnly));
@@ -267,7 +267,7 @@ TEST_F(LineSourceTest, CodecOfTheLocaleIsRespected) {
 }
 
 // A stream finds a pipe at its end before anything was read from it.
-TEST_F(LineSourceTest, PipesHaveTheLinesThatTheStreamFinds) {
+TEST_F(LineSourceTest, PipesHaveTheLinesOfTheStream) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_EQ(::write(ends[1], "a\nb", 3), 3);

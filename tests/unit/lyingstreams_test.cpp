@@ -335,7 +335,7 @@ private:
     }
 };
 
-TEST_P(LyingStreamsTest, NoLieTouchesMemoryBeyondOrGivesAnotherModelUnsaid) {
+TEST_P(LyingStreamsTest, NoLieReadsBeyondMemoryOrSilentlyChangesTheModel) {
     expectLiesAreSurvived<PlainStream>();
 }
 
@@ -395,7 +395,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class LyingArraysTest : public LyingStreamsTest {};
 
-TEST_P(LyingArraysTest, NoLieGivesAnotherModelUnsaid) {
+TEST_P(LyingArraysTest, NoLieSilentlyChangesTheModel) {
     expectLiesAreSurvived<ModelDataArray>();
 }
 

@@ -72,7 +72,7 @@ public:
     MessageLog log;
 };
 
-TEST_F(MaterialGroupsTest, CutsTheFacesOfAGroupInTheirOrder) {
+TEST_F(MaterialGroupsTest, TriangulatesTheFacesOfAGroupInTheirOrder) {
     square();
     faces({3, 4, 5});
     fill(corners, {0, 1, 2, 0, 1, 2, 3, 0, 1, 2, 4, 3});
@@ -206,7 +206,7 @@ TEST_F(MaterialGroupsTest, NegativeCornerCountGivesNothing) {
     EXPECT_THAT(triangles(), IsEmpty());
 }
 
-TEST_F(MaterialGroupsTest, PositionsBehindTheEndAreZero) {
+TEST_F(MaterialGroupsTest, PositionsAfterTheEndAreZero) {
     // Vertex 4 has no z, vertices 5 and 0x80000000 nothing at all: where they were, the ear of vertex 3 would
     // be another one.
     fillPositions({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1});
@@ -296,7 +296,7 @@ TEST_F(MaterialGroupsTest, MoreIndicesThanABlockStayInOrder) {
     EXPECT_EQ(command(0, 0).count, kFaces / 2 * 9);
 }
 
-TEST_F(MaterialGroupsTest, PolygonLargerThanABlockIsCut) {
+TEST_F(MaterialGroupsTest, PolygonLargerThanABlockIsTriangulated) {
     constexpr int kCorners = 30000;
     constexpr float kHalf = 15000.0F;
     faces({kCorners, 3});
@@ -317,7 +317,7 @@ TEST_F(MaterialGroupsTest, PolygonLargerThanABlockIsCut) {
     EXPECT_TRUE(std::equal(expected.begin(), expected.end(), triangles().begin()));
 }
 
-TEST_F(MaterialGroupsTest, WithoutAnIndexStreamTheGroupIsGivenUp) {
+TEST_F(MaterialGroupsTest, WithoutAnIndexStreamTheGroupIsDropped) {
     const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
     ModelBuilder limited(allocator);
     const ModelBuilderAccess limitedAccess(limited);
@@ -341,7 +341,7 @@ public:
     }
 };
 
-TEST_F(MaterialGroupsTest, IndicesThatAreRefusedGiveTheGroupUp) {
+TEST_F(MaterialGroupsTest, RefusedIndicesDropTheGroup) {
     square();
     faces({4, 4});
     fill(corners, {0, 1, 2, 3, 0, 1, 2, 3});
@@ -386,7 +386,7 @@ struct LongMesh {
 };
 
 // Indices are handed on many at a time: the first are refused while faces are left.
-TEST_F(MaterialGroupsTest, IndicesThatAreRefusedEarlyGiveTheGroupUpToo) {
+TEST_F(MaterialGroupsTest, IndicesRefusedEarlyDropTheGroupToo) {
     square();
     for (const quint32 count : {3U, 4U, 5U})
         for (const bool uploadsOnce : {false, true}) {
@@ -398,7 +398,7 @@ TEST_F(MaterialGroupsTest, IndicesThatAreRefusedEarlyGiveTheGroupUpToo) {
         }
 }
 
-TEST_F(MaterialGroupsTest, FacesInRunsGiveWhatListedOnesGive) {
+TEST_F(MaterialGroupsTest, FacesInRunsGiveTheSameAsListedFaces) {
     square();
     for (const quint32 count : {3U, 4U, 5U}) {
         LongMesh listed(count, false);

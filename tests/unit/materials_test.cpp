@@ -116,7 +116,7 @@ TEST_F(MaterialLibraryTest, EmptyLibraryHasNoMaterials) {
     }
 }
 
-TEST_F(MaterialLibraryTest, MaterialHoldsWhatItWasGivenAndIsOpaque) {
+TEST_F(MaterialLibraryTest, MaterialHasItsGivenValuesAndIsOpaque) {
     load("newmtl red\nKd 1 0 0");
     EXPECT_EQ(names(), QStringList({"red"}));
     EXPECT_EQ(material().name(), "OBJMaterial");
@@ -150,7 +150,7 @@ TEST_F(MaterialLibraryTest, ValuesBeforeTheFirstMaterialAreDiscarded) {
     EXPECT_THAT(floats(material(), "d"), ElementsAre(1));
 }
 
-TEST_F(MaterialLibraryTest, MaterialWithoutANameGoesOnWithTheLast) {
+TEST_F(MaterialLibraryTest, MaterialWithoutANameContinuesTheLast) {
     load("newmtl red\nKd 1 0 0\nnewmtl\nKs 0 1 0\n");
     EXPECT_EQ(material().valueNames(), QStringList({"Kd", "Ks", "d"}));
 }

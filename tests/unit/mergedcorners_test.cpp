@@ -107,7 +107,7 @@ public:
     }
 };
 
-TEST_F(MergedCornersTest, RefusedCornersAreRemembered) {
+TEST_F(MergedCornersTest, RefusalOfCornersIsPermanent) {
     make(QSharedPointer<FullList>::create());
     EXPECT_TRUE(add({0, 1}, {0, 0}, 2));
     EXPECT_FALSE(_merged->isRefused());

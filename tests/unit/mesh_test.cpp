@@ -69,7 +69,7 @@ TEST_P(MeshTest, FacesOfAGroupKeepTheirOrderHoweverTheyAreAdded) {
     EXPECT_FALSE(mesh.groups.addFaceRun(kPosition, 0, 1)) << "there is no such group";
 }
 
-TEST_P(MeshTest, CornersOfFacesThatAreNotAlikeAreCounted) {
+TEST_P(MeshTest, CornersOfFacesOfDifferentSizesAreCounted) {
     const unsigned int triangles[] = {3, 3, 3};
     const unsigned int others[] = {3, 4, 0};
     mesh.faces.add(3, triangles);

@@ -46,7 +46,7 @@ TEST(ModelBuilderTest, ConstantsAreThoseOfUnsignedInt) {
     static_assert(!std::is_copy_constructible_v<ModelBuilder> && !std::is_polymorphic_v<ModelBuilder>);
 }
 
-TEST(ModelBuilderTest, IsValidOnceGroupFaceValueAndIndexAreThere) {
+TEST(ModelBuilderTest, IsValidWithAGroupAFaceAValueAndAnIndex) {
     ModelBuilder builder;
     EXPECT_FALSE(builder.isValid());
     const float value = 1.0F;
@@ -65,7 +65,7 @@ TEST(ModelBuilderTest, IsValidOnceGroupFaceValueAndIndexAreThere) {
     EXPECT_FALSE(builder.isValid());
 }
 
-TEST(ModelBuilderTest, AttributeWithoutInputStreamIsNoObstacle) {
+TEST(ModelBuilderTest, AttributeWithoutInputStreamKeepsTheBuilderValid) {
     ModelBuilder builder;
     makeValid(builder);
     ModelBuilderAccess(builder).attribute("generated");
@@ -137,7 +137,7 @@ TEST(ModelBuilderTest, ReusedGroupNameDropsItsFacesAndObjectName) {
     EXPECT_TRUE(group.objectName.isNull());
 }
 
-TEST(ModelBuilderTest, FirstObjectNameStaysAndAnotherIsWarnedAbout) {
+TEST(ModelBuilderTest, FirstObjectNameStaysAndAnotherGivesAWarning) {
     ModelBuilder builder;
     const MessageLog log;
     const unsigned int faces[] = {3, 4};
@@ -155,7 +155,7 @@ TEST(ModelBuilderTest, FirstObjectNameStaysAndAnotherIsWarnedAbout) {
     EXPECT_THAT(elements<quint32>(group.faces.stream()), ElementsAre(3, 4));
 }
 
-TEST(ModelBuilderTest, NullObjectNameIsNotSetYet) {
+TEST(ModelBuilderTest, NullObjectNameCountsAsUnset) {
     ModelBuilder builder;
     const MessageLog log;
     const unsigned int face = 0;
@@ -169,7 +169,7 @@ TEST(ModelBuilderTest, NullObjectNameIsNotSetYet) {
                 ElementsAre(QStringLiteral("adding object 'late'' to material group for object ''")));
 }
 
-TEST(ModelBuilderTest, NullObjectNameAfterAnotherIsWarnedAbout) {
+TEST(ModelBuilderTest, NullObjectNameAfterAnotherGivesAWarning) {
     ModelBuilder builder;
     const MessageLog log;
     const unsigned int face = 0;
@@ -206,7 +206,7 @@ TEST(ModelBuilderTest, CreatingAnAttributeSizesItsStreams) {
     EXPECT_TRUE(record.streams[kGPUIndices].isNull());
 }
 
-TEST(ModelBuilderTest, ReusedAttributeNameDropsWhatItHeld) {
+TEST(ModelBuilderTest, ReusedAttributeNameDropsItsContents) {
     ModelBuilder builder;
     makeValid(builder);
     const ModelBuilderAccess access(builder);
@@ -261,7 +261,7 @@ TEST(ModelBuilderTest, LastNormalsAttributeCounts) {
     EXPECT_TRUE(access.normalsAttributeName().isNull());
 }
 
-TEST(ModelBuilderTest, ClearGoesBackToTheStart) {
+TEST(ModelBuilderTest, ClearRestoresTheInitialState) {
     const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
     ModelBuilder builder(allocator, 1);
     makeValid(builder);
@@ -301,7 +301,7 @@ TEST(ModelBuilderTest, EveryStreamComesFromTheAllocator) {
     EXPECT_EQ(allocator->count(), 5);
 }
 
-TEST(ModelBuilderTest, AllocatorThatGivesNothingLeavesNullStreams) {
+TEST(ModelBuilderTest, FailingAllocatorLeavesNullStreams) {
     ModelBuilder builder(QSharedPointer<Testing::NullAllocator>::create());
     makeValid(builder);
     const unsigned int face = 0;
@@ -314,7 +314,7 @@ TEST(ModelBuilderTest, AllocatorThatGivesNothingLeavesNullStreams) {
     EXPECT_TRUE(access.attribute("va_Vertex").streams[kValues].isNull());
 }
 
-TEST(ModelBuilderTest, DataThatNoStreamCanHoldIsRefusedWholeAndNamedOnce) {
+TEST(ModelBuilderTest, DataBeyondTheCapacityOfAStreamIsRefusedAndReportedOnce) {
     ModelBuilder builder;
     makeValid(builder);
     const MessageLog log;
@@ -342,7 +342,7 @@ TEST(ModelBuilderTest, DataThatNoStreamCanHoldIsRefusedWholeAndNamedOnce) {
     EXPECT_THAT(builder.refusedStreams(), IsEmpty());
 }
 
-TEST(ModelBuilderTest, InitialSizesThatNoStreamCanHoldAreRefused) {
+TEST(ModelBuilderTest, InitialSizesBeyondTheCapacityOfAStreamAreRefused) {
     ModelBuilder builder;
     const MessageLog log;
     builder.createVertexAttribute(kName, 1, kDouble, ~quint64{0} / 8, 0);

@@ -129,7 +129,7 @@ TEST(ModelDataArrayTest, SetTypeToTheSameTypeChangesNothing) {
     EXPECT_THAT(words(array), testing::ElementsAre(7, 8));
 }
 
-TEST(ModelDataArrayTest, AppendsBehindTheLastElement) {
+TEST(ModelDataArrayTest, AppendsAfterTheLastElement) {
     ModelDataArray array(kDouble);
     const double values[] = {1.0, 2.0};
     array.append(0, nullptr);
@@ -179,7 +179,7 @@ TEST(ModelDataArrayTest, ShrinkingKeepsTheLeadingElements) {
     EXPECT_THAT(words(array), testing::ElementsAre(1, 2));
 }
 
-TEST(ModelDataArrayTest, CopiesPartWhenOneIsWritten) {
+TEST(ModelDataArrayTest, WritingDetachesACopy) {
     ModelDataArray source(kUnsignedInt, 1);
     const quint32 values[] = {1, 2};
     source.setData(0, 1, values);
@@ -212,7 +212,7 @@ TEST(ModelDataArrayTest, SetTypeToNoScalarTypeEmptiesIt) {
     EXPECT_EQ(array.byteCount(), 0U);
 }
 
-TEST(ModelDataArrayTest, WhatIsTooLongIsRefusedWhole) {
+TEST(ModelDataArrayTest, DataBeyondTheCapacityIsRefusedAsAWhole) {
     const quint64 tooMany[] = {0x20000000U, 0x40000000U, 0x4000000000000000U, ~quint64{0}};
     for (const quint64 count : tooMany) {
         SCOPED_TRACE(count);
@@ -235,7 +235,7 @@ TEST(ModelDataArrayTest, AppendRefusedForItsLengthChangesNoByte) {
     EXPECT_EQ(array.byteCount(), 4U);
 }
 
-TEST(ModelDataArrayTest, KeepsItsElementsWhileItOutgrowsItsBlocks) {
+TEST(ModelDataArrayTest, KeepsItsElementsWhileItGrows) {
     ModelDataArray array(kUnsignedInt);
     constexpr quint32 kPieces = 2000;
     std::vector<quint32> piece(1000);
@@ -249,7 +249,7 @@ TEST(ModelDataArrayTest, KeepsItsElementsWhileItOutgrowsItsBlocks) {
         ASSERT_EQ(data[i], i / piece.size());
 }
 
-TEST(ModelDataArrayTest, ReservedRoomIsFilledInPlace) {
+TEST(ModelDataArrayTest, ReservedCapacityIsFilledInPlace) {
     constexpr float kOne = 1.0F;
     ModelDataArray array(0x1406, 0); // GL_FLOAT
     array.append(1, &kOne);
@@ -273,7 +273,7 @@ TEST(ModelDataArrayTest, ReservingTooMuchOrTooLittleChangesNothing) {
     EXPECT_EQ(*static_cast<const float*>(array.data(0)), kOne);
 }
 
-TEST(ModelDataArrayTest, RoomThatIsThereIsNotMadeAgain) {
+TEST(ModelDataArrayTest, ExistingCapacityIsNotAllocatedAgain) {
     ModelDataArray array(kUnsignedInt, 3);
     const void* const begin = array.data(0);
     array.resize(3);
@@ -283,7 +283,7 @@ TEST(ModelDataArrayTest, RoomThatIsThereIsNotMadeAgain) {
     EXPECT_EQ(array.data(0), begin);
 }
 
-TEST(ModelDataArrayTest, AppendsMoveALongArraySeldom) {
+TEST(ModelDataArrayTest, AppendsRarelyMoveALongArray) {
     const std::vector<quint32> piece(1000, 7);
     ModelDataArray array(kUnsignedInt);
     const int moves = movesOf(array, 20'000, [&] { array.append(piece.size(), piece.data()); });
@@ -291,7 +291,7 @@ TEST(ModelDataArrayTest, AppendsMoveALongArraySeldom) {
     EXPECT_LE(moves, 12);
 }
 
-TEST(ModelDataArrayTest, ArrayThatGrowsByOneElementMovesSeldom) {
+TEST(ModelDataArrayTest, ArrayThatGrowsByOneElementRarelyMoves) {
     ModelDataArray array(kUnsignedInt);
     quint32 number = 0;
     const int moves = movesOf(array, 80'000, [&] {
@@ -306,7 +306,7 @@ TEST(ModelDataArrayTest, ArrayThatGrowsByOneElementMovesSeldom) {
         ASSERT_EQ(all[i], i);
 }
 
-TEST(ModelDataArrayTest, FirstSizeIsTakenExactly) {
+TEST(ModelDataArrayTest, FirstSizeIsAllocatedExactly) {
     ModelDataArray array(kUnsignedInt);
     array.resize(100);
     const void* const begin = array.data(0);
@@ -324,7 +324,7 @@ TEST(ModelDataArrayTest, ManyLongArraysTakeFewAddresses) {
 }
 
 // It is written where there is room for its bytes, and for no more.
-TEST(ModelDataArrayTest, CopyIsWrittenWhereAddressesAreScarce) {
+TEST(ModelDataArrayTest, CopyIsWrittenWithScarceAddresses) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     for (const quint64 bytes : {quint64{800'000}, quint64{80'000'000}})
@@ -333,7 +333,7 @@ TEST(ModelDataArrayTest, CopyIsWrittenWhereAddressesAreScarce) {
     EXPECT_EXIT(writeACopyWithin(80'000'000, 79'000'000), testing::ExitedWithCode(1), "");
 }
 
-TEST(ModelDataArrayTest, GrowsWhereAddressesAreScarce) {
+TEST(ModelDataArrayTest, GrowsWithScarceAddresses) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     constexpr quint64 kBytes = 80'000'000;
@@ -366,7 +366,7 @@ TEST(ModelDataArrayTest, GrowingKeepsTheElements) {
     EXPECT_THAT(words(array), testing::ElementsAre(1, 2, 3));
 }
 
-TEST(ModelDataArrayTest, DataThatOverlapsItselfIsCopiedAsItWas) {
+TEST(ModelDataArrayTest, OverlappingDataIsCopiedCorrectly) {
     ModelDataArray array(kUnsignedInt);
     const quint32 values[] = {1, 2, 3, 4};
     array.append(4, values);
@@ -416,7 +416,7 @@ TEST(ModelDataArrayTest, AppendsUpToTheLastByte) {
     EXPECT_EQ(array.byteCount(), kMax - 1);
 }
 
-TEST(ModelDataArrayTest, CopiesPartWhenOneIsAppendedTo) {
+TEST(ModelDataArrayTest, AppendingDetachesACopy) {
     ModelDataArray source(kUnsignedInt);
     const quint32 values[] = {1, 2, 3};
     source.append(1, values);
@@ -443,7 +443,7 @@ TEST(ModelDataArrayAllocatorTest, MakesArrays) {
     EXPECT_EQ(stream->size(), 3U);
 }
 
-TEST(ModelDataArrayAllocatorTest, GivesNullForWhatNoStreamCanHold) {
+TEST(ModelDataArrayAllocatorTest, GivesNullForSizesBeyondTheCapacityOfAStream) {
     ModelDataArrayAllocator allocator;
     EXPECT_EQ(allocator.alloc(kUnsignedInt, 0x20000000), nullptr);
     EXPECT_EQ(allocator.alloc(kDouble, ~quint64{0}), nullptr);

@@ -9,7 +9,7 @@
 namespace Atelier::Vel {
 namespace {
 
-TEST(ModelDataStreamTest, TypeSizeIsThatOfTheScalarType) {
+TEST(ModelDataStreamTest, TypeSizeIsTheSizeOfTheScalarType) {
     const struct {
         unsigned int type;
         quint64 size;
@@ -24,7 +24,7 @@ TEST(ModelDataStreamTest, TypeSizeIsZeroForCodesThatAreNoScalarType) {
         EXPECT_EQ(ModelDataStream::typeSize(type), 0U) << type;
 }
 
-TEST(ModelDataStreamTest, PlainStreamGetsTheRestFromTheBase) {
+TEST(ModelDataStreamTest, PlainStreamInheritsTheOtherFunctions) {
     Testing::PlainStream stream(0x1403, 0);
     EXPECT_TRUE(stream.isEmpty());
     EXPECT_EQ(stream.byteCount(), 0U);
@@ -38,7 +38,7 @@ TEST(ModelDataStreamTest, PlainStreamGetsTheRestFromTheBase) {
     EXPECT_THAT(std::vector<quint16>(data, data + stream.size()), testing::ElementsAre(1, 2, 3, 1));
 }
 
-TEST(ModelDataStreamTest, NothingIsAppendedWhereResizingIsRefused) {
+TEST(ModelDataStreamTest, NothingIsAppendedIfResizingIsRefused) {
     using Testing::Lie;
     Testing::LyingStream<Testing::PlainStream> stream(Lie::NoResize, 0x1403, 2);
     const quint16 before[] = {1, 2};

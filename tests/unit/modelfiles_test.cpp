@@ -156,7 +156,7 @@ TEST_F(ModelFilesTest, AnywhereIsAnyRegularFile) {
     EXPECT_EQ(read(files, "/no/such/file"), QByteArray());
 }
 
-TEST_F(ModelFilesTest, FolderHoldsWhatLiesInItAndBelow) {
+TEST_F(ModelFilesTest, FolderHoldsTheFilesInItAndBelow) {
     const ModelFiles files(path("model"));
     EXPECT_EQ(files.folder(), path("model"));
     for (const char* name :
@@ -187,7 +187,7 @@ TEST_F(ModelFilesTest, FolderHoldsNothingElse) {
     }
 }
 
-TEST_F(ModelFilesTest, WhatIsNoFileMayLieInAFolderAndIsNotOpened) {
+TEST_F(ModelFilesTest, FolderMayHoldOtherItemsWhichAreNotOpened) {
     const ModelFiles files(path("model"));
     for (const char* name :
          {"model", "model/", "model/sub", "model/folder", "model/missing", "model/missing/in", "model/in/x",
@@ -197,7 +197,7 @@ TEST_F(ModelFilesTest, WhatIsNoFileMayLieInAFolderAndIsNotOpened) {
     }
 }
 
-TEST_F(ModelFilesTest, FolderIsKnownByEveryName) {
+TEST_F(ModelFilesTest, FolderIsRecognisedByEveryName) {
     for (const char* folder : {"other-name", "model/", "model/sub/..", "./model/."}) {
         const ModelFiles files(path(folder));
         EXPECT_EQ(read(files, path("model/in")), "model/in") << folder;
@@ -207,7 +207,7 @@ TEST_F(ModelFilesTest, FolderIsKnownByEveryName) {
     EXPECT_EQ(read(ModelFiles("/"), path("out")), "out");
 }
 
-TEST_F(ModelFilesTest, RelativeFolderIsTheOneThatWasMeantThen) {
+TEST_F(ModelFilesTest, RelativeFolderIsResolvedAtConstruction) {
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(path("model")));
     const ModelFiles files(".");
@@ -232,7 +232,7 @@ TEST_F(ModelFilesTest, FolderStaysTheSameWhenItsNameChanges) {
     EXPECT_EQ(read(files, path("model/in")), "model/in");
 }
 
-TEST_F(ModelFilesTest, FileIsReadAsTextWhereAskedFor) {
+TEST_F(ModelFilesTest, FileIsReadAsTextOnRequest) {
     QFile made(path("model/lines"));
     ASSERT_TRUE(made.open(QIODevice::WriteOnly) && made.write("a\r\nb") == 4);
     made.close();
@@ -246,7 +246,7 @@ TEST_F(ModelFilesTest, FileIsReadAsTextWhereAskedFor) {
     }
 }
 
-TEST_F(ModelFilesTest, NoDescriptorStaysBehind) {
+TEST_F(ModelFilesTest, DescriptorsAreClosed) {
     ASSERT_TRUE(QDir(path("model")).mkpath("a/b/c/d"));
     write("model/a/b/c/d/in");
     link("a/b/c/d/in", "model/deep-link");
@@ -282,7 +282,7 @@ TEST_F(ModelFilesTest, NamesAreOpenedOneByOneAndForReadingOnly) {
 }
 
 // Opening a pipe or a device has effects by itself.
-TEST_F(ModelFilesTest, WhatIsNoRegularFileIsNotOpenedAtAll) {
+TEST_F(ModelFilesTest, OnlyRegularFilesAreOpened) {
     ASSERT_EQ(mkfifo(qPrintable(path("model/pipe")), 0600), 0);
     const ModelFiles folder(path("model"));
     const Openings openings;
@@ -339,7 +339,7 @@ TEST_F(ModelFilesTest, FortyLinksAreFollowedAndNoMore) {
     }
 }
 
-TEST_F(ModelFilesTest, NameWithAZeroIsNone) {
+TEST_F(ModelFilesTest, NameWithAZeroByteIsInvalid) {
     const QString name = path("model/in") + QChar(QChar::Null) + "x";
     EXPECT_EQ(ModelFiles().open(name), nullptr);
     const ModelFiles files(path("model"));

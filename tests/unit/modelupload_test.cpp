@@ -206,7 +206,7 @@ TEST_F(ModelUploadTest, DrawableHoldsTheWholeIndexBufferAndTheCommands) {
     EXPECT_THAT(uploaded<float>(context, 1), ElementsAre(0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0));
 }
 
-TEST_F(ModelUploadTest, GroupsGoByIdAndThenByName) {
+TEST_F(ModelUploadTest, GroupsAreOrderedByIdAndThenByName) {
     group("also eight", 8, 0, 0);
     upload();
     EXPECT_EQ(model.materialName(0, 0), QStringLiteral("first"));
@@ -217,7 +217,7 @@ TEST_F(ModelUploadTest, GroupsGoByIdAndThenByName) {
     EXPECT_TRUE(model.materialName(0, 3).isNull()) << "a group without faces is not drawn";
 }
 
-TEST_F(ModelUploadTest, NullGroupIdMemberHandsTheMaterialsOver) {
+TEST_F(ModelUploadTest, NullGroupIdMemberPassesTheMaterialsOn) {
     upload();
     ASSERT_NE(model.materials(0), nullptr);
     EXPECT_EQ(model.materials(0)->name(), QStringLiteral("material of first"));
@@ -252,7 +252,7 @@ TEST_F(ModelUploadTest, MaskOfZeroDrawsAllGroupsWithKeyZero) {
     EXPECT_EQ(model.drawable(0)->drawElementsIndirectCommands().size(), 3);
 }
 
-TEST_F(ModelUploadTest, DrawKeysGoUpAndGetADrawableEach) {
+TEST_F(ModelUploadTest, DrawKeysAscendAndGetADrawableEach) {
     makeBuilder({}, 0x0F);
     upload();
     ASSERT_EQ(model.drawableCount(), 2);
@@ -354,7 +354,7 @@ TEST_F(ModelUploadTest, GroupsWithoutFacesUploadBuffersAndNoDrawable) {
     EXPECT_EQ(context.recording().uploads[1].count, 12);
 }
 
-TEST_F(ModelUploadTest, NormalsGetAnAttributeOfTheirOwn) {
+TEST_F(ModelUploadTest, NormalsGetTheirOwnAttribute) {
     builder->generateNormals(kNormal);
     upload();
     ASSERT_TRUE(builder->hasVertexAttribute(kNormal));
@@ -368,7 +368,7 @@ TEST_F(ModelUploadTest, NormalsGetAnAttributeOfTheirOwn) {
     EXPECT_TRUE(builder->isValid()) << "nothing was appended";
 }
 
-TEST_F(ModelUploadTest, NormalsReplaceThoseOfADeclaredAttribute) {
+TEST_F(ModelUploadTest, NormalsReplaceADeclaredAttribute) {
     const float normal[] = {7, 8, 9};
     const unsigned int zeros[] = {0, 0, 0, 0, 0, 0};
     builder->createVertexAttribute(kNormal, 3, kFloat, 0, 0);
@@ -437,7 +437,7 @@ protected:
     }
 };
 
-TEST_F(IndexWidthTest, BelowTheRestartIndexSixteenBitsDo) {
+TEST_F(IndexWidthTest, BelowTheRestartIndexTheyAreShort) {
     uploadVertices(65534);
     EXPECT_EQ(model.drawable(0)->indexType(), kUnsignedShort);
     EXPECT_EQ(model.drawable(0)->vertexCount(), 65534U);
@@ -496,7 +496,7 @@ TEST_F(ModelUploadTest, ShortIndexStreamsOfManyVerticesStayInsideTheirBytes) {
     EXPECT_EQ(model.drawable(0)->indexType(), kUnsignedShort) << "the type that the stream says";
 }
 
-TEST_F(ModelUploadTest, AllocatorThatRunsOutLeavesTheModelUnchangedWithOneWarning) {
+TEST_F(ModelUploadTest, FailingAllocatorLeavesTheModelUnchangedWithOneWarning) {
     for (int streams = 0;; ++streams) {
         SCOPED_TRACE(streams);
         const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
@@ -521,7 +521,7 @@ TEST_F(ModelUploadTest, AllocatorThatRunsOutLeavesTheModelUnchangedWithOneWarnin
     }
 }
 
-TEST_F(ModelUploadTest, ContextThatRunsOutOfObjectsIsSurvivedWithOneWarning) {
+TEST_F(ModelUploadTest, ContextWithoutFurtherObjectsGivesOneWarning) {
     const QString missing[] = {"the index buffer", "the buffer of vertex attribute 'normal'",
                                "the buffer of vertex attribute 'position'",
                                "the vertex array of a drawable, which draws nothing"};
@@ -552,7 +552,7 @@ TEST_F(ModelUploadTest, PositionsWithoutStreamsStopTheUpload) {
 }
 
 // What the first upload made of them is gone with the attribute.
-TEST_F(ModelUploadTest, PositionsDeclaredAnewAfterAnUploadStopTheNextOne) {
+TEST_F(ModelUploadTest, PositionsRedeclaredAfterAnUploadStopTheNextOne) {
     upload();
     const float values[] = {1, 2, 3};
     const unsigned int zero = 0;
@@ -569,13 +569,13 @@ TEST_F(ModelUploadTest, PositionsDeclaredAnewAfterAnUploadStopTheNextOne) {
                     "Unable to upload: no stream could be made for vertex attribute 'position'")));
 }
 
-TEST_F(ModelUploadTest, AbsentTriangleStreamIsMadeAgain) {
+TEST_F(ModelUploadTest, MissingTriangleStreamIsAllocatedAgain) {
     access().gpuIndices().reset();
     upload();
     EXPECT_EQ(model.drawableCount(), 1);
 }
 
-TEST_F(ModelUploadTest, AbsentTriangleStreamThatCannotBeMadeStopsTheUpload) {
+TEST_F(ModelUploadTest, MissingTriangleStreamThatCannotBeAllocatedStopsTheUpload) {
     const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
     makeBuilder(allocator, 0);
     access().gpuIndices().reset();
@@ -588,7 +588,7 @@ TEST_F(ModelUploadTest, AbsentTriangleStreamThatCannotBeMadeStopsTheUpload) {
         ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the triangle indices")));
 }
 
-TEST_F(ModelUploadTest, AttributeLongerThanOpenGLCanCountStopsTheUpload) {
+TEST_F(ModelUploadTest, AttributeBeyondTheMaximumCountStopsTheUpload) {
     const auto allocator = QSharedPointer<BoastingAllocator>::create();
     makeBuilder(allocator, 0);
     upload();
@@ -602,7 +602,7 @@ TEST_F(ModelUploadTest, AttributeLongerThanOpenGLCanCountStopsTheUpload) {
                                    "attribute 'position'")));
 }
 
-TEST_F(ModelUploadTest, AsManyElementsAsOpenGLCanCountAreUploaded) {
+TEST_F(ModelUploadTest, MaximumCountOfElementsIsUploaded) {
     const auto allocator = QSharedPointer<BoastingAllocator>::create();
     makeBuilder(allocator, 0);
     upload();
@@ -628,7 +628,7 @@ TEST_F(ModelUploadTest, AsManyElementsAsOpenGLCanCountAreUploaded) {
         ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the index buffer")));
 }
 
-TEST_F(ModelUploadTest, AttributeDeclaredAfterAnUploadIsPassedOver) {
+TEST_F(ModelUploadTest, AttributeDeclaredAfterAnUploadIsSkipped) {
     upload();
     const float value = 1;
     const unsigned int zero = 0;
@@ -641,7 +641,7 @@ TEST_F(ModelUploadTest, AttributeDeclaredAfterAnUploadIsPassedOver) {
     EXPECT_EQ(model.drawableCount(), 2);
 }
 
-TEST_F(ModelUploadTest, StatisticsTellWhatWasFound) {
+TEST_F(ModelUploadTest, StatisticsReportWhatWasFound) {
     const unsigned int counts[] = {2, 3};
     const unsigned int corners[] = {0, 1, 0, 99, 99};
     builder->addVertexCountsToFaces(2, counts);
@@ -657,7 +657,7 @@ TEST_F(ModelUploadTest, StatisticsTellWhatWasFound) {
     EXPECT_EQ(statistics.untriangulatedFaces, 1U);
 }
 
-TEST_F(ModelUploadTest, StatisticsCountTheUncutFacesOfEachGroupOnce) {
+TEST_F(ModelUploadTest, StatisticsCountUntriangulatedFacesOncePerGroup) {
     const unsigned int counts[] = {2, 1, 0};
     const unsigned int corners[] = {0, 1, 2};
     builder->addVertexCountsToFaces(3, counts);

@@ -101,7 +101,7 @@ TEST(MtlReaderTest, UnknownKeywordsAreSkippedOnRequest) {
     EXPECT_FALSE(lines[0].ok);
 }
 
-TEST(MtlReaderTest, LinesWithoutContentAreNoLines) {
+TEST(MtlReaderTest, EmptyLinesAreSkipped) {
     EXPECT_TRUE(read("# Kd 1 0 0\n#Kd 1 0 0\n#\n \t # Kd 1 0 0\n\n   \n\r\n\xC2\xA0\n", false).empty());
     const std::vector<Line> lines = read("x#\n#x\ny #", false);
     EXPECT_EQ(lines.size(), 2u);
@@ -113,7 +113,7 @@ TEST(MtlReaderTest, MissingOrMalformedOperandsFailTheLine) {
         EXPECT_FALSE(readOne(line).ok) << line;
 }
 
-TEST(MtlReaderTest, NumbersEndAtTheFirstCharacterThatCannotBelong) {
+TEST(MtlReaderTest, NumbersEndAtTheFirstInvalidCharacter) {
     EXPECT_THAT(readOne("Kd 1-2-3").values, ElementsAre(1, -2, -3));
     EXPECT_EQ(readOne("Ns 0x10").values[0], 0.0F);
     EXPECT_EQ(readOne("Ns 1,5").values[0], 1.0F);
@@ -132,7 +132,7 @@ TEST(MtlReaderTest, WhiteSpaceAroundALineIsDropped) {
                                 "d"));
 }
 
-TEST(MtlReaderTest, FilesReadAsStringsDo) {
+TEST(MtlReaderTest, FilesReadLikeStrings) {
     const QByteArray text = "\xEF\xBB\xBFnewmtl r\xC3\xA9"
                             "d\r\nKd 1 0 0\r\n# x\r\n\r\nmap_Kd a.png\r\nd 0.5";
     const QTemporaryDir directory;

@@ -31,7 +31,7 @@ std::vector<float> normals(const std::vector<float>& positions, const std::vecto
     return result.items();
 }
 
-TEST(NormalsTest, PointAwayFromTheSideThatIsSeenCounterClockwise) {
+TEST(NormalsTest, PointToTheSideWithClockwiseWinding) {
     EXPECT_THAT(normals({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}, 3),
                 ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1));
 }
@@ -41,16 +41,16 @@ TEST(NormalsTest, VertexOfNoTriangleKeepsTheZeroNormal) {
                 ElementsAre(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0));
 }
 
-TEST(NormalsTest, TriangleWithoutAreaAddsNothing) {
+TEST(NormalsTest, DegenerateTriangleAddsNothing) {
     EXPECT_THAT(normals({0, 0, 0, 1, 0, 0, 2, 0, 0}, {0, 1, 2, 0, 0, 0}, 3),
                 ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
 }
 
-TEST(NormalsTest, UnfinishedTriangleIsPassedOver) {
+TEST(NormalsTest, IncompleteTriangleIsSkipped) {
     EXPECT_THAT(normals({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1}, 3), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
 }
 
-TEST(NormalsTest, PositionsBehindTheEndAreZero) {
+TEST(NormalsTest, PositionsAfterTheEndAreZero) {
     // Vertex 1 is (0, 1, 0), and the others are not there; three times the last one has the lowest bits of 2.
     EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 7}, 2), ElementsAre(0, 0, -1, 0, 0, -1));
     EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 1431655766U}, 2), ElementsAre(0, 0, -1, 0, 0, -1));

@@ -273,7 +273,7 @@ TEST_F(ObjLoaderTest, FacesJoinTheGroupNamedLast) {
     EXPECT_EQ(loaded.report.facesWithoutGroup, 1u);
 }
 
-TEST_F(ObjLoaderTest, LibraryNamedLateCatchesTheFacesBehindIt) {
+TEST_F(ObjLoaderTest, LibraryNamedLateAppliesToTheFacesAfterIt) {
     write(QStringLiteral("colours.mtl"), "newmtl red\n");
     const Loaded loaded = load(kTriangle + "usemtl red\nf 1 2 3\nmtllib colours.mtl\nf 1 2 3\nf 1 2 3\n");
     EXPECT_THAT(loaded.commands(), ElementsAre(std::make_pair("red", 6u)));
@@ -295,13 +295,13 @@ TEST_F(ObjLoaderTest, NormalsAfterFacesAreNotAlignedWithThem) {
     EXPECT_EQ(loaded.report.statistics.substitutedCorners, 3u);
 }
 
-TEST_F(ObjLoaderTest, CornersWithoutANormalPassOnNoIndex) {
+TEST_F(ObjLoaderTest, CornersWithoutANormalAddNoIndex) {
     const Loaded loaded = load(kTriangle + "vn 0 0 1\nf 1 2 3\n");
     EXPECT_THAT(loaded.values(QStringLiteral("va_Normal")), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0));
     EXPECT_EQ(loaded.report.statistics.substitutedCorners, 3u);
 }
 
-TEST_F(ObjLoaderTest, DroppedFaceFreesItsNumber) {
+TEST_F(ObjLoaderTest, DroppedFaceReleasesItsNumber) {
     const Loaded loaded = load(kTriangle + "v 5 5 5\nf 1 x 3\nf 1 2 3\nf 1/y 2 3\nf 2 3 4\n");
     EXPECT_EQ(loaded.report.faces, 2u);
     EXPECT_EQ(loaded.report.droppedFaces, 2u);
@@ -317,7 +317,7 @@ TEST_F(ObjLoaderTest, ReportCountsFacesThatGiveNoTriangle) {
     EXPECT_EQ(loaded.report.bytesRead, kTriangle.size() + 20);
 }
 
-TEST_F(ObjLoaderTest, ReportCountsEverythingForItself) {
+TEST_F(ObjLoaderTest, ReportCountsEachKindSeparately) {
     const MessageLog log;
     const QByteArray text = "v 0 0 0\nv 2 0 0\nv 2 2 0\nv 0 2 0\nv 9 9 9\nvt 3 3\nvt 1 1\n"
                             "f 1/1 2/1 3/1 4/1\n" // two triangles of four vertices
@@ -337,7 +337,7 @@ TEST_F(ObjLoaderTest, ReportCountsEverythingForItself) {
     EXPECT_EQ(loaded.report.statistics.triangles, 3u);
 }
 
-TEST_F(ObjLoaderTest, ReportAndProgressMayBeLeftOut) {
+TEST_F(ObjLoaderTest, ReportAndProgressAreOptional) {
     write(QStringLiteral("model.obj"), kCube);
     QString error;
     const RecordingContext context;
@@ -383,7 +383,7 @@ TEST_F(ObjLoaderTest, FacesOfVeryManyCornersLoadAsLiterally) {
     ASSERT_NO_FATAL_FAILURE(expectAsLiterally(path(QStringLiteral("model.obj"))));
 }
 
-TEST_F(ObjLoaderTest, CancellingGivesNoModelAndSaysSo) {
+TEST_F(ObjLoaderTest, CancellingGivesNoModelAndReportsIt) {
     const Loaded loaded = load(kCube, [](const LoadStep&) { return false; });
     EXPECT_EQ(loaded.model, nullptr);
     EXPECT_EQ(loaded.error,
@@ -420,14 +420,14 @@ QByteArray triangleAndComments(int bytes) {
     return text + comments.left(bytes - text.size() - 1) + '\n';
 }
 
-TEST_F(ObjLoaderTest, ProgressIsToldForEachBlockOfTheText) {
+TEST_F(ObjLoaderTest, ProgressIsReportedForEachBlockOfTheText) {
     const std::vector<qint64> told = progressOf(triangleAndComments(3 * kBlockBytes + 10'000));
     EXPECT_THAT(told,
                 ElementsAre(0, kBlockBytes, 2 * kBlockBytes, 3 * kBlockBytes, 3 * kBlockBytes + 10'000));
 }
 
 // The last block counts where it is at least such a step behind the one before.
-TEST_F(ObjLoaderTest, ProgressIsToldInStepsOfATwoHundredth) {
+TEST_F(ObjLoaderTest, ProgressIsReportedInStepsOfATwoHundredth) {
     constexpr int kStep = 3952;
     static_assert((3 * kBlockBytes + kStep) / 200 + 1 == kStep);
     EXPECT_EQ(progressOf(triangleAndComments(3 * kBlockBytes + kStep)).size(), 5u);
@@ -491,13 +491,13 @@ TEST_F(CancelledCutTest, OfManySmallPolygons) {
     expectCancelledAfter(5, polygons(3000, 30));
 }
 
-TEST_F(CancelledCutTest, OfPolygonsThatCannotBeCut) {
+TEST_F(CancelledCutTest, OfPolygonsThatCannotBeTriangulated) {
     const MessageLog log; // full of them
     const QByteArray face = "f" + QByteArray(" 1 2").repeated(20) + '\n';
     expectCancelledAfter(5, kTriangle + face.repeated(2500));
 }
 
-TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
+TEST_F(CancelledCutTest, ReportsOnePolygonAFewHundredTimes) {
     for (const QByteArray& text : {polygons(1, 20'000), polygons(20'000, 5)}) {
         const std::vector<qint64> done = progressOf(text, LoadPhase::Triangulating);
         EXPECT_THAT(done.size(), AllOf(testing::Ge(2u), Le(300u)));
@@ -506,7 +506,7 @@ TEST_F(CancelledCutTest, TellsOfACutAFewHundredTimes) {
 }
 
 // Corners are counted in portions of 16,384; a step is more than one of them and less than two.
-TEST_F(CancelledCutTest, TellsOfManyPortionsInStepsOfATwoHundredthOfTheWork) {
+TEST_F(CancelledCutTest, ReportsManyPortionsInStepsOfATwoHundredth) {
     if (VELMODEL_ADDRESS_SANITIZER != 0)
         GTEST_SKIP() << "millions of corners take long under the sanitizer";
     constexpr int kCorners = 4'800'000;
@@ -531,7 +531,7 @@ TEST_F(ObjLoaderTest, DecimalCommasChangeNothing) {
     EXPECT_EQ(german.facts, before.facts);
 }
 
-TEST_F(ObjLoaderTest, MaterialPlanIsRegisteredBehindTheInstancePlan) {
+TEST_F(ObjLoaderTest, MaterialPlanIsRegisteredAfterTheInstancePlan) {
     QStringList names;
     for (const InstanceDataPlan* plan : InstanceDataRegistry::Instance().plans())
         names << plan->name();
@@ -624,7 +624,7 @@ QByteArray objects(NastyText& nasty, int count, unsigned int positions, int face
 
 // Corners are merged as they come, as long as each has a position by then and all attributes were declared
 // before the first.
-TEST_F(ObjLoaderTest, MergingAsCornersComeLoadsAsLiterally) {
+TEST_F(ObjLoaderTest, MergingWhileReadingLoadsAsLiterally) {
     NastyText nasty(14);
     const QByteArray few = objects(nasty, 20, 60, 300, 50);
     const QByteArray faces = few.mid(few.lastIndexOf("vt") + 7);
@@ -724,7 +724,7 @@ TEST_F(ObjLoaderTest, ReportCountsCornersWithoutAValueHoweverMerged) {
 }
 
 // Numbers in a file begin with 1.
-TEST_F(ObjLoaderTest, TheLastValueIsThereAndThoseBehindItAreZeros) {
+TEST_F(ObjLoaderTest, LastValueExistsAndLaterValuesAreZeros) {
     const QByteArray values =
         "v 1 1 1\nv 2 1 1\nv 2 2 1\nv 1 9 1\nvt 1 1\nvt 2 1\nvt 1 9\nvn 1 0 0\nvn 9 0 0\n";
     const struct {

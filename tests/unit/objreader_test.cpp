@@ -111,7 +111,7 @@ std::array<quint32, 3> corner(quint32 position, quint32 texCoord = kNoIndex, qui
 
 } // namespace
 
-TEST_F(ObjReaderTest, CommentsAndBlankLinesAreNoRecords) {
+TEST_F(ObjReaderTest, CommentsAndBlankLinesGiveNoRecords) {
     EXPECT_TRUE(read("# a comment\n\n   \t\n  # another\n").empty());
     EXPECT_TRUE(read("").empty());
 }
@@ -123,7 +123,7 @@ TEST_F(ObjReaderTest, PositionMayBeIndentedAndSpacedFreely) {
     EXPECT_TRUE(record.ok);
 }
 
-TEST_F(ObjReaderTest, KeywordsInAnotherCaseArePassedOver) {
+TEST_F(ObjReaderTest, KeywordsInAnotherCaseAreSkipped) {
     EXPECT_TRUE(read("V 1 2 3\nVN 1 2 3\nF 1 2 3\nUseMtl red\n").empty());
 }
 
@@ -145,7 +145,7 @@ TEST_F(ObjReaderTest, MissingNumbersAreZeros) {
     EXPECT_THAT(records[3].values, ElementsAre(1, 0, 0));
 }
 
-TEST_F(ObjReaderTest, TextureCoordinateLeavesZAlone) {
+TEST_F(ObjReaderTest, TextureCoordinateDoesNotSetZ) {
     const std::vector<Record> records = read("v 7 8 9\nvt 0.5 0.25 1\n");
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(records[1].kind, Kind::TexCoord);
@@ -167,7 +167,7 @@ TEST_F(ObjReaderTest, NegativeIndicesCountBackFromTheFace) {
     EXPECT_THAT(records[10].corners, ElementsAre(corner(9), corner(8), corner(7)));
 }
 
-TEST_F(ObjReaderTest, NegativeIndicesCountEachKindForItself) {
+TEST_F(ObjReaderTest, NegativeIndicesCountEachKindSeparately) {
     const std::vector<Record> records =
         read("v 0 0 0\nvt 0 0\nvt 0 0\nvn 0 0 0\nvn 0 0 0\nvn 0 0 0\nf -1/-1/-1\n");
     EXPECT_THAT(records.back().corners, ElementsAre(corner(0, 1, 2)));
@@ -224,7 +224,7 @@ TEST_F(ObjReaderTest, MaterialNameIsOneToken) {
     EXPECT_EQ(readOne("usemtl").text, "");
 }
 
-TEST_F(ObjReaderTest, OtherStatementsNeverComeUp) {
+TEST_F(ObjReaderTest, OtherStatementsAreSkipped) {
     EXPECT_TRUE(read("o cube\ng a b\ns off\nl 1 2\np 1\nvp 0 0\ncurv2 1 2\nf1 2 3\nvnormal\n").empty());
 }
 
@@ -235,7 +235,7 @@ TEST_F(ObjReaderTest, BackslashDoesNotContinueALine) {
     EXPECT_EQ(records[1].kind, Kind::Position);
 }
 
-TEST_F(ObjReaderTest, CarriageReturnsVanish) {
+TEST_F(ObjReaderTest, CarriageReturnsAreRemoved) {
     EXPECT_THAT(readOne("v 1 2 3\r\n").values, ElementsAre(1, 2, 3));
     EXPECT_THAT(readOne("f 1 2\r3\n").corners, ElementsAre(corner(0), corner(22)));
     EXPECT_THAT(readOne("v 1 2 3\rv 4 5 6\r").values, ElementsAre(1, 2, 0)); // "3v" is no number
@@ -299,7 +299,7 @@ TEST_F(ObjReaderTest, PlainLinesGoStraightIntoARun) {
     EXPECT_FALSE(reader.read());
 }
 
-TEST_F(ObjReaderTest, FullRunComesBackBeforeTheNextLine) {
+TEST_F(ObjReaderTest, FullRunIsReturnedBeforeTheNextLine) {
     write("vt 1 2\n" + QByteArray("vt 1.0 2.0\n").repeated(ObjRun::kRecords + 1));
     QFile file(path());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
@@ -317,7 +317,7 @@ TEST_F(ObjReaderTest, FullRunComesBackBeforeTheNextLine) {
     EXPECT_EQ(reader.kind(), Kind::End);
 }
 
-TEST_F(ObjReaderTest, StreamsOverAnythingElseReadTheSame) {
+TEST_F(ObjReaderTest, StreamsOverOtherDevicesReadTheSame) {
     QString text = QString::fromUtf8("v 1 2 3\r\nusemtl r\xC3\xA9"
                                      "d\nf 1 2\xC2\xA0"
                                      "3\n");
@@ -342,7 +342,7 @@ TEST_F(ObjReaderTest, StreamsOwnCodecIsRespected) {
                                                                 "d"));
 }
 
-TEST_F(ObjReaderTest, StreamThatWasReadFromGoesOnWhereItIs) {
+TEST_F(ObjReaderTest, PartlyReadStreamContinuesAtItsPosition) {
     write("v 1 2 3\nv 4 5 6\n");
     QFile file(path());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));

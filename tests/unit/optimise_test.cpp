@@ -322,7 +322,7 @@ TEST(OptimiseTest, ShuffledGridFillsTheVertexCacheWell) {
     EXPECT_LT(after.vertexCacheStatistics().atvr, 1.6);
 }
 
-TEST(OptimiseTest, SecondTimeKeepsWhatTheFirstGained) {
+TEST(OptimiseTest, SecondTimeKeepsTheImprovement) {
     const DrawData once = dataOf(shuffledGrid(40)).optimised();
     EXPECT_LE(once.optimised().vertexCacheStatistics().acmr, once.vertexCacheStatistics().acmr * 1.05F);
 }
@@ -345,7 +345,7 @@ TEST(OptimiseTest, VerticesAreNumberedByFirstUseAndUnusedOnesFollowInTheirOldOrd
 }
 
 // The plain version: what the library gives for a whole command, with the numbers of all vertices.
-TEST(OptimiseTest, OrderIsThatOfTheVertexCacheAndThenOfOverdraw) {
+TEST(OptimiseTest, OrderServesTheVertexCacheAndThenOverdraw) {
     for (const int components : {3, 4}) {
         const Mesh mesh = shuffledSpheres(32, components);
         const std::size_t count = mesh.indices.size();
@@ -376,7 +376,7 @@ TEST(OptimiseTest, OrderDoesNotDependOnTheSizeOfTheMesh) {
     }
 }
 
-TEST(OptimiseTest, OrderDoesNotDependOnThePlaceOfTheMesh) {
+TEST(OptimiseTest, OrderDoesNotDependOnThePositionOfTheMesh) {
     Mesh mesh = shuffledSpheres(32, 3);
     for (float& coordinate : mesh.points) // few bits, so that a shift rounds nothing
         coordinate = std::round(coordinate * 1024) / 1024;
@@ -386,14 +386,14 @@ TEST(OptimiseTest, OrderDoesNotDependOnThePlaceOfTheMesh) {
     EXPECT_EQ(indicesOf(dataOf(mesh).optimised()), expected);
 }
 
-TEST(OptimiseTest, PointsAtOnePlaceAreNoTrouble) {
+TEST(OptimiseTest, EqualPointsAreAccepted) {
     Mesh mesh = shuffledGrid(8);
     std::fill(mesh.points.begin(), mesh.points.end(), 5.0F);
     const DrawData before = dataOf(mesh);
     EXPECT_EQ(triangles(before.optimised(), mesh.drawables[0][0]), triangles(before, mesh.drawables[0][0]));
 }
 
-TEST(OptimiseTest, OriginalStaysAsItIs) {
+TEST(OptimiseTest, OriginalIsUnchanged) {
     const DrawData data = dataOf(randomMesh(2));
     const DrawData copy(data);
     const QByteArray before = everything(data);
@@ -445,7 +445,7 @@ TEST(OptimiseTest, IndexOutOfRangeLeavesTheDataUnchanged) {
     }
 }
 
-TEST(OptimiseTest, CommandThatIsDrawnFromAnotherVertexLeavesTheDataUnchanged) {
+TEST(OptimiseTest, CommandWithABaseVertexLeavesTheDataUnchanged) {
     Mesh mesh = randomMesh(0);
     mesh.drawables[1][0].baseVertex = 1;
     const DrawData data = dataOf(mesh);
@@ -465,7 +465,7 @@ TEST(OptimiseTest, StreamShorterThanTheVerticesLeavesTheDataUnchanged) {
     EXPECT_TRUE(isShared(fewer.optimised(), fewer));
 }
 
-TEST(OptimiseTest, ValuesBehindTheLastVertexStay) {
+TEST(OptimiseTest, ValuesAfterTheLastVertexStay) {
     const auto content = contentOf(randomMesh(0));
     DrawDataContent::Stream& weights = content->attributes[2];
     const double extra[] = {-1, -2};
@@ -571,7 +571,7 @@ TEST_F(OddCommandTest, CommandWithAPositionThatIsNotFiniteKeepsItsOrder) {
         }
 }
 
-TEST(OptimiseTest, StreamThatCannotBeHadLeavesTheDataUnchanged) {
+TEST(OptimiseTest, MissingStreamLeavesTheDataUnchanged) {
     const char* const purposes[] = {"triangle indices", "vertex attribute 'colour'",
                                     "vertex attribute 'position'", "vertex attribute 'weight'"};
     for (std::size_t request = 0; request < std::size(purposes); ++request)
@@ -665,7 +665,7 @@ TEST(OptimiseTest, OptimisedDataIsUploadedLikeAnyOther) {
     }
 }
 
-TEST(VertexCacheStatisticsTest, AreThoseOfSixteenVertices) {
+TEST(VertexCacheStatisticsTest, SimulateACacheOfSixteenVertices) {
     for (unsigned int seed = 0; seed < 10; ++seed) {
         Mesh mesh = randomMesh(seed);
         mesh.indices.resize(mesh.indices.size() / 3 * 3);

@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-TEST_F(OverwritingStreamTest, WhatIsAppendedTakesThePlaceOfWhatWasThere) {
+TEST_F(OverwritingStreamTest, AppendsOverwriteTheOtherStream) {
     EXPECT_EQ(_stream.type(), kIndexType);
     EXPECT_EQ(_stream.size(), 0u);
     const quint32 first[] = {1, 2};
@@ -40,7 +40,7 @@ TEST_F(OverwritingStreamTest, WhatIsAppendedTakesThePlaceOfWhatWasThere) {
     EXPECT_THAT(contentOf(*_target), testing::ElementsAre(1, 2, 1, 13, 14));
 }
 
-TEST_F(OverwritingStreamTest, WhatIsBeyondTheOtherStreamIsRefused) {
+TEST_F(OverwritingStreamTest, AppendsBeyondTheOtherStreamAreRefused) {
     const quint32 many[] = {1, 2, 3, 4, 5, 6};
     _stream.append(4, many);
     _stream.append(2, many);
@@ -53,7 +53,7 @@ TEST_F(OverwritingStreamTest, WhatIsBeyondTheOtherStreamIsRefused) {
     EXPECT_THAT(contentOf(_stream), testing::ElementsAre(1, 6));
 }
 
-TEST_F(OverwritingStreamTest, DataAndTypeAreThoseOfTheOtherStream) {
+TEST_F(OverwritingStreamTest, DataAndTypeBelongToTheOtherStream) {
     EXPECT_EQ(_stream.data(3), _target->data(3));
     const quint32 one = 1;
     _stream.setData(3, 1, &one);

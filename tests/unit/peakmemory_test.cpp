@@ -208,7 +208,7 @@ public:
 } // namespace
 
 // The faces, the values given, triangle indices to come, and one list for all corners.
-TEST_F(PeakMemoryTest, ListsAreGoneBeforeVerticesAreMade) {
+TEST_F(PeakMemoryTest, ListsAreReleasedBeforeVerticesAreMade) {
     addSmallMesh(4);
     upload();
     ASSERT_EQ(streamsAtFloats.size(), 3U);
@@ -220,7 +220,7 @@ TEST_F(PeakMemoryTest, ListsAreGoneBeforeVerticesAreMade) {
 }
 
 // Where each corner uses a value of its own, merging reads the lists until the vertices are made.
-TEST_F(PeakMemoryTest, ListsThatAreNeededAreGoneBehindTheVertices) {
+TEST_F(PeakMemoryTest, NeededListsAreReleasedAfterTheVertices) {
     addSmallMesh(11);
     upload();
     ASSERT_EQ(streamsAtFloats.size(), 3U);
@@ -231,7 +231,7 @@ TEST_F(PeakMemoryTest, ListsThatAreNeededAreGoneBehindTheVertices) {
     EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt));
 }
 
-TEST_F(PeakMemoryTest, ShortIndicesAreGoneBeforeTheNextBuffer) {
+TEST_F(PeakMemoryTest, ShortIndicesAreReleasedBeforeTheNextBuffer) {
     addSmallMesh(4);
     std::vector<std::ptrdiff_t> shortStreams;
     witness.bufferAskedFor = [&] {
@@ -242,7 +242,7 @@ TEST_F(PeakMemoryTest, ShortIndicesAreGoneBeforeTheNextBuffer) {
     EXPECT_THAT(shortStreams, ElementsAre(1, 0, 0, 0));
 }
 
-TEST_F(PeakMemoryTest, ValuesAreGoneWhenTheirBufferHasThem) {
+TEST_F(PeakMemoryTest, ValuesAreReleasedOnceTheirBufferHasThem) {
     addSmallMesh(4);
     std::vector<std::ptrdiff_t> floatStreams;
     witness.bufferAskedFor = [&] {
@@ -255,7 +255,7 @@ TEST_F(PeakMemoryTest, ValuesAreGoneWhenTheirBufferHasThem) {
 
 // Look-up tables of several megabytes are needed while corners come, and no longer; the tuples themselves
 // are.
-TEST_F(PeakMemoryTest, TablesOfTuplesAreGoneBeforeVerticesAreMade) {
+TEST_F(PeakMemoryTest, TablesOfTuplesAreReleasedBeforeVerticesAreMade) {
     constexpr quint32 kValues = 100'000;
     constexpr quint32 kCornersAtATime = 30'000;
     // Two words each and room for twice as many as values: a large page, and another one to begin with one.
@@ -285,7 +285,7 @@ TEST_F(PeakMemoryTest, TablesOfTuplesAreGoneBeforeVerticesAreMade) {
 }
 
 // What a group's runs of faces and the cutter have taken.
-TEST_F(PeakMemoryTest, FacesOfGroupsAndTheCutterAreGoneBeforeNormalsAreMade) {
+TEST_F(PeakMemoryTest, FacesOfGroupsAndTheTriangulatorAreReleasedBeforeNormalsAreMade) {
     constexpr quint32 kFaces = 100'000;
     constexpr quint32 kCorners = 3'000;
     addValues(kPosition, 3, 4);
@@ -311,7 +311,7 @@ TEST_F(PeakMemoryTest, FacesOfGroupsAndTheCutterAreGoneBeforeNormalsAreMade) {
 }
 
 // The commands of a drawable stand once, in the drawable, when it gets its attributes.
-TEST_F(PeakMemoryTest, CommandsAreGoneFromTheDrawDataWhereTheDrawableHasThem) {
+TEST_F(PeakMemoryTest, DrawDataReleasesTheCommandsThatTheDrawableHas) {
     constexpr quint32 kGroups = 20'000;
     addValues(kPosition, 3, 4);
     addFaces(std::vector<unsigned int>(kGroups, 3));
@@ -329,7 +329,7 @@ TEST_F(PeakMemoryTest, CommandsAreGoneFromTheDrawDataWhereTheDrawableHasThem) {
 }
 
 // Arrays of the library's own get all addresses there are where they do not know how long they become.
-TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
+TEST_F(PeakMemoryTest, TrianglesTakeOnlyTheCapacityTheyNeed) {
     class SampledArrays : public ModelDataArrayAllocator {
     public:
         ModelDataStream* alloc(unsigned int type, quint64 count) override {
@@ -367,7 +367,7 @@ TEST_F(PeakMemoryTest, TrianglesTakeNoMoreRoomThanTheyNeed) {
     EXPECT_EQ(model.drawableCount(), 2);
 }
 
-TEST_F(PeakMemoryTest, GroupsAreGoneFromTheMeshBeforeTheFirstDrawable) {
+TEST_F(PeakMemoryTest, MeshReleasesTheGroupsBeforeTheFirstDrawable) {
     addSmallMesh(4);
     addGroup(QStringLiteral("other"), 1, 1, 1);
     std::vector<std::pair<bool, bool>> groups;

@@ -130,7 +130,7 @@ TEST_P(PlainLinesTest, OrdinaryLinesArePlain) {
         EXPECT_TRUE(isPlain(line, _wideParser)) << line;
 }
 
-TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
+TEST_P(PlainLinesTest, OtherLinesAreNotTaken) {
     for (const char* line :
          {"",          " v 1 2 3",   "v\t1 2 3",  "v 1 2",      "v 1 2 x",     "v 1 2 3x",
           "v 1 2 3#",  "v 1 2 3\r4", "v 1e5 2 3", "v +1 2 3",   "v .5 2 3",    "v 1. 2 3",
@@ -143,7 +143,7 @@ TEST_P(PlainLinesTest, OtherLinesAreLeftAlone) {
         EXPECT_FALSE(isPlain(line, _wideParser)) << line;
 }
 
-TEST_P(PlainLinesTest, FirstLineOfAKindIsLeftAlone) {
+TEST_P(PlainLinesTest, FirstLineOfAKindIsNotTaken) {
     const struct {
         const char* line;
         ObjLineCounts counts;
@@ -179,7 +179,7 @@ TEST_P(PlainLinesTest, IndicesCountBackFromTheLinesSoFar) {
     EXPECT_THAT(bitsOf(parsed.run->cornerCounts), ElementsAre(2));
 }
 
-TEST_P(PlainLinesTest, LongFacesAreLeftAlone) {
+TEST_P(PlainLinesTest, LongFacesAreNotTaken) {
     EXPECT_TRUE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners), _wideParser));
     EXPECT_FALSE(isPlain("f" + QByteArray(" 1").repeated(ObjRun::kPlainCorners + 1), _wideParser));
 }

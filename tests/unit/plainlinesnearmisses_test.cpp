@@ -206,7 +206,7 @@ TEST_P(NearMissTest, DecimalsOfEveryLengthReadAsLiterally) {
             }
 }
 
-TEST_P(NearMissTest, OperandsBehindThoseThatCountMayHaveAnyLength) {
+TEST_P(NearMissTest, IgnoredOperandsMayHaveAnyLength) {
     for (const QByteArray line : {"v 1.0 -2.0 3.0", "vn 1 2 3", "vt 0.5 -0.25"})
         for (int length = 0; length < 200; ++length)
             for (const QByteArray end : {"\n", "\r\n", " \n", "\r \n", "\r1\n"})
@@ -218,7 +218,7 @@ TEST_P(NearMissTest, BytesAroundTheLinesDoNotMatter) {
         expectNearMissesAsLiterally(kVertexLines + kFaceLines, " -./1\r\n", around);
 }
 
-TEST_P(LinePlaceTest, LinesReadTheSameWhereverTheyLie) {
+TEST_P(LinePlaceTest, LinesReadTheSameAtAnyPlace) {
     for (int shift = 4; shift < 4 + 64; shift += scaledStep()) {
         const QByteArray before =
             "f" + QByteArray(" 1").repeated(shift / 2 - 1) + (shift % 2 == 0 ? "\n" : "2\n");

@@ -52,7 +52,7 @@ TEST_F(PolygonDumpTest, FileIsTruncated) {
     EXPECT_EQ(written(), "v 0 0\nf  1\n");
 }
 
-TEST_F(PolygonDumpTest, UnopenableFileIsWarnedAbout) {
+TEST_F(PolygonDumpTest, UnopenableFileGivesAWarning) {
     const QString missing = path() + QStringLiteral("/none/dump.obj");
     Testing::MessageLog log;
     DumpPolygonOBJ(missing, 3, kPoints);

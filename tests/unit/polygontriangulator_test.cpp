@@ -68,7 +68,7 @@ protected:
 };
 
 // Polygons share working memory: what a larger one leaves in it must not change the next cut.
-TEST_F(PolygonTriangulatorTest, PolygonsOfFallingSizeAreCutAsEachByItself) {
+TEST_F(PolygonTriangulatorTest, PolygonsOfFallingSizeAreTriangulatedIndependently) {
     std::mt19937 random(1);
     int cuts = 0;
     for (int round = 0; round < 12; ++round)
@@ -79,7 +79,7 @@ TEST_F(PolygonTriangulatorTest, PolygonsOfFallingSizeAreCutAsEachByItself) {
     EXPECT_GT(cuts, 50);
 }
 
-TEST_F(PolygonTriangulatorTest, PolygonsOfAnySizeInTurnAreCutAsEachByItself) {
+TEST_F(PolygonTriangulatorTest, PolygonsOfAnySizeAreTriangulatedIndependently) {
     std::mt19937 random(2);
     int cuts = 0;
     for (int round = 0; round < 600; ++round) {
@@ -91,7 +91,7 @@ TEST_F(PolygonTriangulatorTest, PolygonsOfAnySizeInTurnAreCutAsEachByItself) {
     EXPECT_GT(cuts, 100);
 }
 
-TEST_F(PolygonTriangulatorTest, ShapesOfFallingSizeAreCutAsEachByItself) {
+TEST_F(PolygonTriangulatorTest, ShapesOfFallingSizeAreTriangulatedIndependently) {
     using Testing::combShape;
     using Testing::convexShape;
     using Testing::spiralShape;
@@ -119,7 +119,7 @@ TestPolygon crossed(int count) {
     return flatPolygon(shape);
 }
 
-TEST_F(PolygonTriangulatorTest, PolygonThatCannotBeCutDoesNotChangeTheNextCut) {
+TEST_F(PolygonTriangulatorTest, PolygonThatCannotBeTriangulatedDoesNotChangeTheNextResult) {
     for (const int uncut : {2, 5, 64, 65, 200})
         for (const int next : {3, 4, 5, 64, 65, 150})
             for (const auto makeBad : {line, crossed}) {
@@ -132,7 +132,7 @@ TEST_F(PolygonTriangulatorTest, PolygonThatCannotBeCutDoesNotChangeTheNextCut) {
             }
 }
 
-TEST_F(PolygonTriangulatorTest, CornersThatAreNotNumbersDoNotChangeTheNextCut) {
+TEST_F(PolygonTriangulatorTest, CornersThatAreNotNumbersDoNotChangeTheNextResult) {
     for (const int count : {64, 65, 120}) {
         TestPolygon polygon = flatPolygon(Testing::combShape(count));
         for (const std::size_t spoilt : {3U, 10U, 11U, 62U}) {
@@ -166,7 +166,7 @@ TEST_F(PolygonTriangulatorTest, MeterIsCalledForEachThousandCornersTwice) {
             << count;
 }
 
-TEST_F(PolygonTriangulatorTest, CutCancelledByTheMeterDoesNotChangeTheNextCut) {
+TEST_F(PolygonTriangulatorTest, CancellationByTheMeterDoesNotChangeTheNextResult) {
     const TestPolygon large = flatPolygon(Testing::combShape(3000));
     for (const int calls : {0, 1, 2, 3}) {
         int left = calls;
@@ -213,7 +213,7 @@ private:
     SparseArray<float> _positions{3 * (std::size_t{kFirst} + 1000)};
 };
 
-TEST_F(FarVerticesTest, PolygonsAreCutAsNearOnes) {
+TEST_F(FarVerticesTest, PolygonsAreTriangulatedLikeNearOnes) {
     std::mt19937 random(3);
     for (int count = 3; count < 100; count += count < 8 ? 1 : 31)
         for (int round = 0; round < 20; ++round) {
@@ -238,7 +238,7 @@ TEST_F(FarVerticesTest, PolygonsAreCutAsNearOnes) {
         }
 }
 
-TEST_F(FarVerticesTest, WindingsOfFourFacesAreThoseOfNearOnes) {
+TEST_F(FarVerticesTest, WindingsOfFourFacesMatchThoseOfNearOnes) {
     std::mt19937 random(4);
     for (const int count : {3, 4})
         for (unsigned int unsureFace = 0; unsureFace < 4; ++unsureFace) {

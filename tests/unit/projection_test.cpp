@@ -26,7 +26,7 @@ bool isCounterClockwise(const std::vector<PlanePoint>& points) {
     return IsCounterClockwise(static_cast<int>(points.size()), points.data());
 }
 
-TEST(PolygonNormalTest, PointsToWhereThePolygonIsCounterClockwise) {
+TEST(PolygonNormalTest, PointsToTheSideWithCounterClockwiseWinding) {
     const float positions[] = {0, 0, 5, 2, 0, 5, 0, 3, 5};
     const int corners[] = {0, 1, 2};
     const SpacePoint normal = PolygonNormal(3, corners, positions);
@@ -42,7 +42,7 @@ TEST(PolygonNormalTest, ZeroSumStaysZero) {
     EXPECT_EQ(squaredLength(normal), 0);
 }
 
-TEST(PolygonNormalTest, TinySumStaysAsItIs) {
+TEST(PolygonNormalTest, TinySumIsUnchanged) {
     const float positions[] = {0, 0, 0, 1e-4F, 0, 0, 0, 1e-4F, 0};
     const int corners[] = {0, 1, 2};
     EXPECT_EQ(PolygonNormal(3, corners, positions).z, 1e-4F * 1e-4F);

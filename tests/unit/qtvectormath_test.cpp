@@ -58,7 +58,7 @@ private:
     std::mt19937 _random{17};
 };
 
-TEST(TriangulationMathTest, PlaneVectorsComputeAsQtsDo) {
+TEST(TriangulationMathTest, PlaneVectorsComputeLikeQt) {
     Numbers numbers;
     for (int round = 0; round < Testing::scaled(kRounds); ++round) {
         const PlanePoint p = {numbers.next(), numbers.next()};
@@ -72,7 +72,7 @@ TEST(TriangulationMathTest, PlaneVectorsComputeAsQtsDo) {
     }
 }
 
-TEST(TriangulationMathTest, SpaceVectorsComputeAsQtsDo) {
+TEST(TriangulationMathTest, SpaceVectorsComputeLikeQt) {
     Numbers numbers;
     for (int round = 0; round < Testing::scaled(kRounds); ++round) {
         const SpacePoint p = {numbers.next(), numbers.next(), numbers.next()};

@@ -97,13 +97,13 @@ QByteArray contentOf(const DrawData& data) {
 
 } // namespace
 
-TEST_F(ReadDrawDataTest, GivesWhatALoadUploads) {
+TEST_F(ReadDrawDataTest, GivesTheSameAsALoad) {
     const MessageLog log;
     for (const QString& model : nastyModels(20))
         EXPECT_EQ(readAndUploaded(model), loaded(model)) << model.toStdString();
 }
 
-TEST_F(ReadDrawDataTest, CanBeLookedAtBeforeTheUpload) {
+TEST_F(ReadDrawDataTest, CanBeReadBeforeTheUpload) {
     write(QStringLiteral("m.mtl"), "newmtl red\nKd 1 0 0\nmap_Kd red.png\n");
     QString error;
     LoadReport report;
@@ -123,7 +123,7 @@ TEST_F(ReadDrawDataTest, CanBeLookedAtBeforeTheUpload) {
     EXPECT_EQ(report.statistics.vertices, 3U);
 }
 
-TEST_F(ReadDrawDataTest, FailsAsALoadDoes) {
+TEST_F(ReadDrawDataTest, FailsLikeALoad) {
     const QString withoutLibrary = write(QStringLiteral("m.obj"), "mtllib none.mtl\n");
     for (const QString& model : {path(QStringLiteral("none.obj")), withoutLibrary}) {
         QString error;
@@ -177,7 +177,7 @@ protected:
     }
 };
 
-TEST_F(ReadProgressTest, PhasesFollowEachOtherAndEachRises) {
+TEST_F(ReadProgressTest, PhasesFollowInOrderAndEachRises) {
     for (const MergingWay& way : ways()) {
         SCOPED_TRACE(way.name);
         std::vector<LoadStep> steps;
@@ -208,7 +208,7 @@ TEST_F(ReadProgressTest, PhasesFollowEachOtherAndEachRises) {
     }
 }
 
-TEST_F(ReadProgressTest, EachPhaseCanBeCancelledInItsMiddle) {
+TEST_F(ReadProgressTest, EachPhaseCanBeCancelled) {
     for (const MergingWay& way : ways())
         for (const LoadPhase phase :
              {LoadPhase::Reading, LoadPhase::Merging, LoadPhase::Triangulating, LoadPhase::MakingNormals}) {
@@ -240,7 +240,7 @@ TEST_F(ReadProgressTest, ExceptionOfTheProgressFunctionReachesTheCaller) {
     EXPECT_TRUE(error.isNull());
 }
 
-TEST_F(ReadDrawDataTest, MapsThatMayNotBeReadAreWhiteOnceUploaded) {
+TEST_F(ReadDrawDataTest, ForbiddenMapsAreWhiteAfterTheUpload) {
     const MessageLog log;
     const LoadOptions confined{LoadOptions::Files::InOwnFolder};
     write(QStringLiteral("m.mtl"),
@@ -272,7 +272,7 @@ TEST_F(ReadDrawDataTest, MapsThatMayNotBeReadAreWhiteOnceUploaded) {
 }
 
 // Each thread reads all files, so that they read the same one at a time as well as different ones.
-TEST_F(ReadDrawDataTest, SeveralThreadsReadAtATime) {
+TEST_F(ReadDrawDataTest, SeveralThreadsReadAtTheSameTime) {
     const MessageLog log;
     const QStringList models = nastyModels(12);
     std::vector<QByteArray> expected;

@@ -121,7 +121,7 @@ TEST(ScratchBlockTest, GrowingMovesThePagesToALargePage) {
     }
 }
 
-TEST(ScratchBlockTest, NoAddressStaysBehindWhenABlockGrows) {
+TEST(ScratchBlockTest, GrowingReleasesTheOldAddresses) {
     ScratchBlock block(kLarge);
     const quint64 before = Testing::addressesTaken();
     for (std::size_t size = 2 * kLarge; size <= 8 * kLarge; size += kLarge)
@@ -149,7 +149,7 @@ TEST(ScratchBlockTest, SmallBlocksDoNotGrow) {
     EXPECT_EQ(placeOf(block), place);
 }
 
-TEST(ScratchBlockTest, BlockThatCannotGrowStaysAsItIs) {
+TEST(ScratchBlockTest, BlockThatCannotGrowIsUnchanged) {
     MappingWatch watch;
     ScratchBlock block(kLarge);
     std::memset(block.as<char>(), 7, kLarge);
@@ -196,7 +196,7 @@ TEST(ScratchReuseTest, LargerBlocksGetANewMapping) {
     EXPECT_EQ(watch.bytesMapped(), 2 * kLarge + 3 * kLargePage);
 }
 
-TEST(ScratchReuseTest, TheSmallestThatFitsIsTaken) {
+TEST(ScratchReuseTest, SmallestBlockThatFitsIsTaken) {
     for (const bool isSmallFirst : {false, true}) {
         const ScratchReuse reuse;
         auto small = std::make_unique<ScratchBlock>(kLarge, kUnspecified);
@@ -218,7 +218,7 @@ TEST(ScratchReuseTest, BlocksOfZerosAreZeros) {
     EXPECT_TRUE(areZeros(ScratchBlock(kLarge, kZeros), kLarge));
 }
 
-TEST(ScratchReuseTest, MoreBlocksThanAreKeptAreGivenBack) {
+TEST(ScratchReuseTest, BlocksBeyondTheLimitAreReleased) {
     const MappingWatch watch;
     {
         const ScratchReuse reuse;
@@ -245,7 +245,7 @@ TEST(ScratchReuseTest, WithoutReuseBlocksAreUnmappedAtOnce) {
     EXPECT_TRUE(watch.mappings().empty());
 }
 
-TEST(ScratchReuseTest, OneInsideAnotherKeepsToItself) {
+TEST(ScratchReuseTest, NestedScopesAreIndependent) {
     const MappingWatch watch;
     const ScratchReuse outer;
     void* const outerPlace = placeOfABlock(kLarge);

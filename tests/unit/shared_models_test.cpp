@@ -99,7 +99,7 @@ protected:
     MessageLog _log; // what is odd in the models is logged
 };
 
-TEST_F(SharedModelsTest, CatalogueIsWhole) {
+TEST_F(SharedModelsTest, CatalogueIsComplete) {
     EXPECT_EQ(_models.size(), 38u);
 }
 

@@ -18,7 +18,7 @@ constexpr unsigned int kUnsignedShort = 0x1403;
 constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kDouble = 0x140A;
 
-TEST(WordViewTest, HasTheWholeWordsOfABytesAtMostOnePerElement) {
+TEST(WordViewTest, HasTheWholeWordsOfTheBytesAndAtMostOnePerElement) {
     const struct {
         unsigned int type;
         quint64 elements;
@@ -57,7 +57,7 @@ TEST(ByteViewTest, NullEmptyAndUnreachableBytesAreNone) {
     EXPECT_FALSE(isEmpty(&one));
 }
 
-TEST(AppendToTest, PutsElementsBehindTheLastOne) {
+TEST(AppendToTest, PutsElementsAfterTheLastOne) {
     PlainStream stream(kUnsignedInt, 0);
     const quint32 words[] = {1, 2, 3};
     EXPECT_TRUE(appendTo(stream, 2, words, sizeof *words));
@@ -66,7 +66,7 @@ TEST(AppendToTest, PutsElementsBehindTheLastOne) {
     EXPECT_EQ(WordView::of(&stream).words[2], 3U);
 }
 
-TEST(AppendToTest, TellsWhatWasRefused) {
+TEST(AppendToTest, ReportsWhatWasRefused) {
     const quint32 words[] = {1, 2};
     for (const Lie lie : {Lie::NoAppend, Lie::NoResize, Lie::NoData, Lie::NoType}) {
         Liar stream(lie, kUnsignedInt, 0);

@@ -184,7 +184,7 @@ std::vector<quint32> randomFaces(std::mt19937& random, quint32 faceCount, quint3
     return faces;
 }
 
-TEST_F(TriangleWriterTest, FacesAreCutAsTheLiteralCutDoes) {
+TEST_F(TriangleWriterTest, FacesEqualTheLiteralTriangulation) {
     std::mt19937 random(1);
     for (int round = 0; round < 300; ++round) {
         const quint32 faceCount = 1 + static_cast<quint32>(random() % 60);
@@ -201,7 +201,7 @@ TEST_F(TriangleWriterTest, FacesAreCutAsTheLiteralCutDoes) {
     }
 }
 
-TEST_F(TriangleWriterTest, UniformFacesAreCutAsTheLiteralCutDoes) {
+TEST_F(TriangleWriterTest, UniformFacesEqualTheLiteralTriangulation) {
     std::mt19937 random(2);
     for (int round = 0; round < 200; ++round) {
         const quint32 count = 1 + static_cast<quint32>(round % 6);
@@ -215,7 +215,7 @@ TEST_F(TriangleWriterTest, UniformFacesAreCutAsTheLiteralCutDoes) {
 }
 
 // Far from the origin, the normal of a small face is a rounding error, and some are clockwise about it.
-TEST_F(TriangleWriterTest, RunsWithClockwiseFacesAreCutAsTheLiteralCutDoes) {
+TEST_F(TriangleWriterTest, RunsWithClockwiseFacesEqualTheLiteralTriangulation) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> number(-1, 1);
     int clockwise = 0;
@@ -240,7 +240,7 @@ TEST_F(TriangleWriterTest, RunsWithClockwiseFacesAreCutAsTheLiteralCutDoes) {
     EXPECT_GT(clockwise, 20);
 }
 
-TEST_F(TriangleWriterTest, RunsOfFacesAreCutWhateverTheirLength) {
+TEST_F(TriangleWriterTest, RunsOfAnyLengthAreTriangulated) {
     std::mt19937 random(3);
     for (const quint32 count : {3U, 4U})
         for (quint32 faceCount = 1; faceCount <= 13; ++faceCount)
@@ -262,7 +262,7 @@ TEST_F(TriangleWriterTest, RunsOfFacesAreCutWhateverTheirLength) {
 }
 
 // Faces that are cut four at a time read one float behind each position.
-TEST_F(TriangleWriterTest, NothingBehindTheLastPositionIsRead) {
+TEST_F(TriangleWriterTest, NothingAfterTheLastPositionIsRead) {
     for (const quint32 count : {3U, 4U})
         for (const std::size_t missingFloats : {0U, 1U, 2U, 3U}) {
             Mesh mesh;
@@ -312,7 +312,7 @@ TEST_F(TriangleWriterTest, FacesWithFewerStartsThanCountsEndWithTheStarts) {
     ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {0, 1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(TriangleWriterTest, FacesThatReachBeyondTheCornersAreNotCut) {
+TEST_F(TriangleWriterTest, FacesThatReachBeyondTheCornersAreNotTriangulated) {
     Mesh mesh;
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1};
     for (quint32 face = 0; face < 8; ++face)
@@ -340,7 +340,7 @@ TEST_F(TriangleWriterTest, NumbersAtTheEndOfTheirTypeDoNotWrap) {
     }
 }
 
-TEST_F(TriangleWriterTest, FacesOfDifferentSizesOrWithGapsAreCutOneByOne) {
+TEST_F(TriangleWriterTest, FacesOfDifferentSizesOrWithGapsAreTriangulatedOneByOne) {
     for (quint32 other = 0; other < 4; ++other)
         for (const quint32 count : {2U, 3U, 4U, 5U}) {
             Mesh mesh;
@@ -363,7 +363,7 @@ TEST_F(TriangleWriterTest, FacesOfDifferentSizesOrWithGapsAreCutOneByOne) {
 }
 
 // Positions of later faces are prefetched.
-TEST_F(TriangleWriterTest, FacesOverPositionsFarApartAreCut) {
+TEST_F(TriangleWriterTest, FacesOverDistantPositionsAreTriangulated) {
     constexpr quint32 kFar = 200'000;
     for (const quint32 count : {3U, 4U}) {
         Mesh mesh;
@@ -428,7 +428,7 @@ TEST_F(TriangleWriterTest, IndicesAreAppendedInFullBlocks) {
     EXPECT_THAT(_stream.appended, ElementsAre(65'529, 65'529, 3'942)) << "7281 faces";
 }
 
-TEST_F(TriangleWriterTest, BlockOfASmallMeshIsAsLargeAsItsTriangles) {
+TEST_F(TriangleWriterTest, BlockOfASmallMeshFitsItsTriangles) {
     Mesh mesh = meshOfEqual(10, 5);
     ASSERT_TRUE(triangulate(mesh.table(), everyFace(10)));
     EXPECT_THAT(_stream.appended, ElementsAre(90));
@@ -474,7 +474,7 @@ TEST_F(TriangleWriterTest, EmptyModelDataArrayReservesTheExpectedIndices) {
     EXPECT_NE(begun.data(0), placeAfter) << "an array that is not empty reserves nothing";
 }
 
-TEST_F(TriangleWriterTest, RefusedIndicesEndTheCut) {
+TEST_F(TriangleWriterTest, RefusedIndicesEndTheTriangulation) {
     for (const quint32 count : {3U, 4U, 5U}) {
         _stream.isFull = true;
         _stream.appended.clear();
@@ -497,7 +497,7 @@ TEST_F(TriangleWriterTest, WithoutFacesNothingIsAppended) {
     EXPECT_EQ(_writer.untriangulatedFaces(), 1U);
 }
 
-TEST_F(TriangleWriterTest, PolygonOfMoreIndicesThanAStreamHoldsIsRefused) {
+TEST_F(TriangleWriterTest, PolygonBeyondTheCapacityOfAStreamIsRefused) {
     constexpr quint32 kTooMany = 178'956'973; // 3 * (corners - 2) reaches 2^29
     const Testing::SparseArray<quint32> corners(kTooMany);
     if (!corners.isThere())
@@ -526,7 +526,7 @@ TEST_F(TriangleWriterTest, MeterIsCalledEverySixteenThousandCorners) {
     EXPECT_THAT(calls, ElementsAre(16'384, 16'384, 16'388, 16'384));
 }
 
-TEST_F(TriangleWriterTest, CornersOfLargePolygonsAreMeteredWhileTheyAreCut) {
+TEST_F(TriangleWriterTest, CornersOfLargePolygonsAreMeteredDuringTriangulation) {
     int calls = 0;
     int sum = 0;
     TriangleWriter metered(0, [&](int corners) {
@@ -551,7 +551,7 @@ TEST_F(TriangleWriterTest, CornersOfLargePolygonsAreMeteredWhileTheyAreCut) {
     EXPECT_EQ(sum, 16'384 + 15'872 + 16'384);
 }
 
-TEST_F(TriangleWriterTest, CutCancelledByTheMeterLeavesNothingBehind) {
+TEST_F(TriangleWriterTest, CancellationByTheMeterLeavesNoState) {
     bool goesOn = false;
     TriangleWriter metered(0, [&goesOn](int) {
         if (!goesOn)
@@ -566,7 +566,7 @@ TEST_F(TriangleWriterTest, CutCancelledByTheMeterLeavesNothingBehind) {
     EXPECT_EQ(_stream.size(), 18U);
 }
 
-TEST_F(TriangleWriterTest, IndexLimitIsThreePerCornerButTwo) {
+TEST_F(TriangleWriterTest, IndexLimitIsThreePerCornerExceptTwo) {
     GuardedArray<quint32> counts{0, 1, 2, 3, 4, 5, 0, 0x80000000};
     EXPECT_EQ(maxTriangleIndices(WordView{counts.data(), 7}), 3U + 6U + 9U);
     EXPECT_EQ(maxTriangleIndices(WordView{counts.data(), 8}), 18U + 3 * (quint64{0x80000000} - 2));

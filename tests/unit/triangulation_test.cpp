@@ -91,7 +91,7 @@ TEST(TriangulationTest, CounterClockwiseTriangleKeepsItsOrder) {
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 0, 1}).triangulated({0, 0, 1}), ElementsAre(0, 1, 2));
 }
 
-TEST(TriangulationTest, TriangleClockwiseAboutTheNormalIsTurnedRound) {
+TEST(TriangulationTest, TriangleClockwiseAboutTheNormalIsReversed) {
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 0, 1}).triangulated({0, 0, -1}), ElementsAre(0, 2, 1));
 }
 
@@ -156,7 +156,7 @@ TEST(TriangulationTest, LowestNumberedOfEquallySharpEarsIsClippedFirst) {
     EXPECT_THAT((FlatPolygon{1, 0, 2, 0, 2, 2, 0, 2, 0, 0}).triangulated().mid(0, 3), ElementsAre(0, 1, 2));
 }
 
-TEST(TriangulationTest, OppositeNormalTurnsEveryTriangleRound) {
+TEST(TriangulationTest, OppositeNormalReversesEveryTriangle) {
     for (const FlatPolygon* polygon : {&kPentagon, &kRegularPentagon, &kLShape}) {
         const QVector<unsigned int> upright = polygon->triangulated(kUp);
         EXPECT_FALSE(upright.isEmpty());
@@ -220,7 +220,7 @@ TEST(TriangulationTest, ShortOverloadsKeepTheLowSixteenBits) {
     EXPECT_THAT(polygon.triangulated(), ElementsAre(0U, kVertex, 2U));
 }
 
-TEST(TriangulationTest, VertexNumbersAreThoseOfTheCorners) {
+TEST(TriangulationTest, VertexNumbersAreTakenFromTheCorners) {
     const FlatPolygon source{9, 9, 0, 1, 9, 9, 1, 0, 0, 0};
     const std::vector<int> corners = {4, 3, 1};
     QVector<unsigned int> triangles;
@@ -228,7 +228,7 @@ TEST(TriangulationTest, VertexNumbersAreThoseOfTheCorners) {
     EXPECT_THAT(triangles, ElementsAre(4, 3, 1));
 }
 
-TEST(TriangulationTest, OutputKeepsWhatItHeld) {
+TEST(TriangulationTest, OutputKeepsItsContents) {
     QVector<unsigned int> triangles{9, 8};
     Triangulate3D(5, kPentagon.corners.data(), kPentagon.positions.data(), triangles);
     Triangulate3D(kUp, 5, kPentagon.corners.data(), kPentagon.positions.data(), triangles);
@@ -237,7 +237,7 @@ TEST(TriangulationTest, OutputKeepsWhatItHeld) {
     EXPECT_EQ(triangles.mid(2, 9), kPentagon.triangulated());
 }
 
-TEST(TriangulationTest, CollinearPentagonCannotBeCut) {
+TEST(TriangulationTest, CollinearPentagonCannotBeTriangulated) {
     const FlatPolygon line{0, 0, 1, 0, 2, 0, 3, 0, 4, 0};
     MessageLog log;
     QVector<unsigned int> triangles{1};
@@ -247,7 +247,7 @@ TEST(TriangulationTest, CollinearPentagonCannotBeCut) {
     EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft, kNoEarLeft));
 }
 
-TEST(TriangulationTest, CollinearTriangleAndQuadrilateralAreCutAllTheSame) {
+TEST(TriangulationTest, CollinearTriangleAndQuadrilateralAreTriangulated) {
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 2, 0}).triangulated(), ElementsAre(0, 1, 2));
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, 2, 0, 3, 0}).triangulated(), ElementsAre(0, 1, 3, 1, 2, 3));
 }
@@ -282,7 +282,7 @@ TEST(TriangulationTest, PointsThatAreNotNumbersMakeATriangleClockwise) {
     EXPECT_THAT((FlatPolygon{0, 0, 1, 0, kNan, 1, 0, 1}).triangulated(), ElementsAre(0, 3, 1, 1, 3, 2));
 }
 
-TEST(TriangulationTest, PolygonOfTinyAreaCannotBeCutButQuadrilateralsCan) {
+TEST(TriangulationTest, TinyPolygonCannotBeTriangulatedButTinyQuadrilateralCan) {
     FlatPolygon pentagon = kPentagon;
     for (float& value : pentagon.positions)
         value *= 1e-5F;

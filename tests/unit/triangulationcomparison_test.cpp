@@ -47,27 +47,27 @@ int compareRandomPolygons(int rounds, int least, int most, unsigned int seed) {
     return cuts;
 }
 
-TEST(TriangulationComparisonTest, TrianglesAndQuadrilateralsEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, TrianglesAndQuadrilateralsEqualTheLiteralTriangulation) {
     const int rounds = scaled(200'000);
     EXPECT_EQ(compareRandomPolygons(rounds, 3, 4, 1), rounds);
 }
 
-TEST(TriangulationComparisonTest, SmallPolygonsEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, SmallPolygonsEqualTheLiteralTriangulation) {
     const int rounds = scaled(150'000);
     EXPECT_GT(compareRandomPolygons(rounds, 5, 12, 2), rounds / 4);
 }
 
-TEST(TriangulationComparisonTest, PolygonsOfUpToSixtyFourCornersEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, PolygonsOfUpToSixtyFourCornersEqualTheLiteralTriangulation) {
     const int rounds = scaled(12'000);
     EXPECT_GT(compareRandomPolygons(rounds, 13, 64, 3), rounds / 8);
 }
 
-TEST(TriangulationComparisonTest, IndexedPolygonsEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, IndexedPolygonsEqualTheLiteralTriangulation) {
     const int rounds = scaled(1'000);
     EXPECT_GT(compareRandomPolygons(rounds, 65, 200, 4), rounds / 8);
 }
 
-TEST(TriangulationComparisonTest, MediumPolygonsOfEachShapeEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, MediumPolygonsOfEachShapeEqualTheLiteralTriangulation) {
     MessageLog log;
     std::mt19937 random(5);
     for (const auto makeShape : {convexShape, combShape, starShape, spiralShape})
@@ -83,7 +83,7 @@ TEST(TriangulationComparisonTest, MediumPolygonsOfEachShapeEqualTheLiteralCut) {
         }
 }
 
-TEST(TriangulationComparisonTest, MediumNastyPolygonsEqualTheLiteralCut) {
+TEST(TriangulationComparisonTest, MediumNastyPolygonsEqualTheLiteralTriangulation) {
     EXPECT_GT(compareRandomPolygons(std::max(60, scaled(60)), 300, 1200, 6), 0);
 }
 
@@ -123,7 +123,7 @@ private:
     std::vector<float> _positions;
 };
 
-TEST(TriangulationComparisonTest, OneTriangulatorCutsFacesAsSingleCallsDo) {
+TEST(TriangulationComparisonTest, OneTriangulatorGivesTheSameAsSingleCalls) {
     MessageLog log;
     std::mt19937 random(7);
     std::discrete_distribution<int> counts({0, 1, 1, 40, 40, 10, 10, 5, 5, 5, 5});
@@ -149,7 +149,7 @@ TEST(TriangulationComparisonTest, OneTriangulatorCutsFacesAsSingleCallsDo) {
     }
 }
 
-TEST(TriangulationComparisonTest, DegenerateTrianglesAreThoseOfTheLiteralSearch) {
+TEST(TriangulationComparisonTest, DegenerateTrianglesEqualTheLiteralSearch) {
     std::mt19937 random(8);
     std::uniform_real_distribution<float> number(-1, 1);
     std::vector<float> points(60);
@@ -180,7 +180,7 @@ struct LargeShape {
 
 class LargePolygonTest : public testing::TestWithParam<LargeShape> {};
 
-TEST_P(LargePolygonTest, IsCutIntoTrianglesThatAddUpToIt) {
+TEST_P(LargePolygonTest, TrianglesAddUpToThePolygon) {
     const int count = std::min(GetParam().count, scaled(GetParam().count));
     const TestPolygon polygon = flatPolygon(GetParam().make(count));
     const float* positions = polygon.positions.data();

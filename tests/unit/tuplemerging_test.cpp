@@ -94,7 +94,7 @@ TEST(TupleMergingTest, CornersMergeByTheNumbersOfTheirValues) {
                     << attributeCount << " attributes, " << cornerCount << " corners";
 }
 
-TEST(TupleMergingTest, CornersBehindAListUseOneMoreValue) {
+TEST(TupleMergingTest, CornersAfterAListUseOneMoreValue) {
     std::vector<TestAttribute> attributes;
     attributes.push_back(attributeOf(10, {0, 1, 0}));
     attributes.push_back(attributeOf(5, std::vector<quint32>(40, 3)));
@@ -145,7 +145,7 @@ std::vector<TestAttribute> oneValueWithManyTuples() {
     return attributes;
 }
 
-TEST(TupleMergingTest, IsGivenUpWhereOneValueHasVeryManyTuples) {
+TEST(TupleMergingTest, StopsIfOneValueHasVeryManyTuples) {
     const std::vector<TestAttribute> attributes = oneValueWithManyTuples();
     const GuardedArray<quint32> out(40'000);
     EXPECT_FALSE(TupleMerging(views(attributes), 40'000, out.data(), {}).isDone());
@@ -154,7 +154,7 @@ TEST(TupleMergingTest, IsGivenUpWhereOneValueHasVeryManyTuples) {
     EXPECT_EQ(out[1024], 0U);
 }
 
-TEST(TupleMergingTest, ListThatWasOverwrittenIsRestoredWhenItIsGivenUp) {
+TEST(TupleMergingTest, OverwrittenListIsRestoredWhenMergingStops) {
     for (const std::size_t target : {0U, 1U, 2U}) {
         const std::vector<TestAttribute> attributes = oneValueWithManyTuples();
         std::vector<quint32> expected = attributes[target].indices.items();
@@ -166,7 +166,7 @@ TEST(TupleMergingTest, ListThatWasOverwrittenIsRestoredWhenItIsGivenUp) {
     }
 }
 
-TEST(TupleMergingTest, TuplesThatWereNumberedBeforeAreTakenOver) {
+TEST(TupleMergingTest, ExistingTupleNumbersAreReused) {
     std::mt19937 random(72);
     const std::vector<std::size_t> places = {2, 0, 1};
     for (const quint32 valid : {20U, 19U}) { // with 19, number 19 names no value

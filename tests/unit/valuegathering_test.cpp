@@ -47,7 +47,7 @@ TEST(ValueGatheringTest, ValuesAreGatheredByteByByte) {
         }
 }
 
-TEST(ValueGatheringTest, IndicesMayBeApart) {
+TEST(ValueGatheringTest, IndicesMayBeScattered) {
     const TestAttribute attribute({10, 11, 12, 13}, {3, 0, 2, 0, 1, 0}, 1);
     CornerAttribute everyOther = attribute.view();
     everyOther.indexCount = 3;

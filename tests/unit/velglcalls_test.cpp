@@ -177,7 +177,7 @@ TEST_F(UploadCallsTest, EachDrawKeyGetsADrawableWithMaterials) {
             "model 0: addObjectName 11, 0, 'upper'\n");
 }
 
-TEST_F(UploadCallsTest, GroupIdMemberTakesThePlaceOfTheMaterials) {
+TEST_F(UploadCallsTest, GroupIdMemberReplacesTheMaterials) {
     makeBuilder({}, 0x0F);
     addBothGroups();
     EXPECT_EQ(
@@ -390,7 +390,7 @@ TEST_F(UploadCallsTest, ResultsOfBindsAndUploadsAreIgnored) {
     EXPECT_EQ(uploadCalls(), sound);
 }
 
-TEST_F(UploadCallsTest, MissingStreamsCallNothingButForTheContext) {
+TEST_F(UploadCallsTest, MissingStreamsOnlyCallTheContext) {
     const auto allocator = QSharedPointer<Testing::CountingAllocator>::create();
     makeBuilder(allocator, 0);
     addBothGroups();

@@ -129,7 +129,7 @@ TEST(VertexMergingTest, ListThatIsOverwrittenGivesTheSameVertices) {
     EXPECT_LT(otherCalls, 25);
 }
 
-TEST(VertexMergingTest, ListsAreNotNeededWhereTuplesWereMerged) {
+TEST(VertexMergingTest, ListsAreNotNeededIfTuplesWereMerged) {
     std::mt19937 random(83);
     for (const quint32 values : {50U, 2000U}) {
         const std::vector<TestAttribute> attributes = randomMesh(random, {2, 3000, values, 9});
@@ -139,7 +139,7 @@ TEST(VertexMergingTest, ListsAreNotNeededWhereTuplesWereMerged) {
     }
 }
 
-TEST(VertexMergingTest, TuplesThatWereNumberedBeforeBecomeVertices) {
+TEST(VertexMergingTest, ExistingTupleNumbersBecomeVertices) {
     std::mt19937 random(84);
     for (const quint32 differentValues : {4U, 60000U}) {
         std::vector<TestAttribute> attributes = randomMesh(random, {2, 3000, 60, differentValues});
@@ -187,7 +187,7 @@ std::vector<MergePolicy> forcingPolicies() {
     return policies;
 }
 
-TEST(VertexMergingTest, EveryWayGivesTheSameVertices) {
+TEST(VertexMergingTest, EveryMethodGivesTheSameVertices) {
     std::mt19937 random(86);
     for (const Recipe& recipe : kRecipes)
         for (const MergePolicy& policy : forcingPolicies()) {

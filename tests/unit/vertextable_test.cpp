@@ -129,7 +129,7 @@ TEST(VertexTableStepsTest, CornersWithOtherHashesAreNotCompared) {
     EXPECT_EQ(keys.comparisons(), 0);
 }
 
-TEST(VertexTableStepsTest, CornersThatAreAlikeAreComparedOnce) {
+TEST(VertexTableStepsTest, EqualCornersAreComparedOnce) {
     TestKeys keys;
     for (quint64 corner = 0; corner < 1000; ++corner)
         keys.add(mixWords(0, corner % 10, 0), {corner % 10, 0, 0});

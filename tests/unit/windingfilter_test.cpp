@@ -39,7 +39,7 @@ TEST(TriangulationWindingTest, OrdinaryFacesAreDecided) {
     EXPECT_EQ(quickWinding(triangle(1e3F, 10)), Winding::kCounterClockwise);
 }
 
-TEST(TriangulationWindingTest, SliversAndNumbersOutOfRangeAreNot) {
+TEST(TriangulationWindingTest, SliversAndNumbersOutOfRangeAreNotDecided) {
     constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     TestPolygon sliver = triangle(10, 0);
     sliver.positions[7] = 1e-5F;
@@ -84,7 +84,7 @@ TEST(TriangulationWindingTest, FacesWhoseProductsUnderflowAreNotDecided) {
     EXPECT_GT(notNull, scaled(1000));
 }
 
-TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
+TEST(TriangulationWindingTest, DecidedWindingEqualsTheDefinition) {
     std::mt19937 random(51);
     int decided[3] = {};
     for (int round = 0; round < scaled(400'000); ++round) {
@@ -100,7 +100,7 @@ TEST(TriangulationWindingTest, WhatIsDecidedIsTheDefinedWinding) {
     EXPECT_GT(decided[static_cast<int>(Winding::kUndecided)], scaled(1'000));
 }
 
-TEST(TriangulationWindingTest, SliversFarFromTheOriginAreDecidedRightOrNotAtAll) {
+TEST(TriangulationWindingTest, SliversFarFromTheOriginAreNeverDecidedWrongly) {
     std::mt19937 random(52);
     std::uniform_real_distribution<float> number(-1, 1);
     std::uniform_real_distribution<float> exponent(-7, 0);
@@ -131,7 +131,7 @@ Winding windingOf(const FourWindings& windings, unsigned int face) {
     return (windings.clockwise >> face & 1) != 0 ? Winding::kClockwise : Winding::kCounterClockwise;
 }
 
-TEST(TriangulationWindingTest, FourFacesAtOnceAreDecidedLikeEachByItself) {
+TEST(TriangulationWindingTest, FourFacesAtOnceAreDecidedLikeSingleFaces) {
 #if !defined(__SSE2__)
     GTEST_SKIP() << "faces are taken one by one";
 #endif
