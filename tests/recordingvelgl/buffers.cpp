@@ -67,7 +67,7 @@ bool BufferObject::uploadGLushortData(const unsigned short* data, int count, uns
     return CallRecord::instance().succeeds;
 }
 
-// Elements of four bytes are taken for floats.
+// Elements of four bytes are recorded as floats.
 bool BufferObject::uploadArbitraryData(const void* data, int count, unsigned int usage,
                                        unsigned long long elementSize) {
     const QString content = elementSize == sizeof(float)

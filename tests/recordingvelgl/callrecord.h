@@ -9,23 +9,22 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What a program has asked of VelGL. The VelGL of this folder has the headers of the real one and makes no
-/// OpenGL call: it writes down each call with its arguments. It defines the operations that VelModel uses and
-/// no others, so a program that needs a further one does not link.
-///
-/// Instance data are values, and most of them are copies: only those that are made with a name appear, and
-/// what is put into them appears where a collection is made of them.
+/// The calls of a program to VelGL. The VelGL in this folder has the headers of the real one but makes no
+/// OpenGL calls: it records each call with its arguments. It defines only the operations that VelModel uses,
+/// so a program that needs another one does not link. Instance data are values, and most of them are copies.
+/// The record contains only those created with a name; their contents appear when a collection is created
+/// from them.
 class CallRecord {
 public:
     static CallRecord& instance();
 
     void add(const QString& call) { _calls.append(call); }
-    /// The calls since the last time, one per line, in order.
+    /// The calls since the last use of this function, one per line, in order.
     std::string take();
 
-    /// Forgets all calls and objects, and numbers objects from 0 again.
+    /// Removes all calls and objects, and numbers objects from 0 again.
     void restart();
-    /// Gives an object the name that stands for it in calls: `kind` and a number.
+    /// Gives an object its name in the record: `kind` and a number.
     QString number(const void* object, const QString& kind);
     void setName(const void* object, const QString& name) { _names.insert(object, name); }
     /// Its name; "null" for null, and the address of an object that is not alive.
@@ -36,7 +35,7 @@ public:
 
     /// Whether binds and uploads succeed; they are recorded in any case.
     bool succeeds = true;
-    /// How many more objects the factories of a context make.
+    /// The number of further objects that the factories of a context make.
     int objectsLeft = 0;
 
 private:
@@ -55,8 +54,8 @@ void recordCall(const Object* object, const QString& call) {
 /// Text for arguments.
 QString quoted(const QString& text);
 QString hexadecimal(unsigned int value);
-/// Values of a numeric type in brackets. Of more than 32, the first three, the last one and the number of
-/// them.
+/// Values of a numeric type in brackets. If there are more than 32: the first three, the number of values and
+/// the last one.
 template<typename Number>
 QString listed(const Number* values, int count) {
     constexpr int kMaxShown = 32;

@@ -83,7 +83,7 @@ GPUModel::~GPUModel() {
     CallRecord::instance().forget(this);
 }
 
-// The numbers of drawables do not begin at 0, so that a caller who counts by itself is seen.
+// The numbers of drawables do not begin at 0, which detects a caller that counts by itself.
 int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollection* materials,
                   InstanceDataCollection* instances, const quint64& key) {
     constexpr int kFirstNumber = 10;

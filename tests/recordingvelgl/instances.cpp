@@ -15,8 +15,7 @@ using Testing::recordCall;
 
 namespace {
 
-// Words of 32 bits: small ones are integers, others floats, of which the numbers in tests are never that
-// small.
+// Small 32-bit words are integers, others are floats: the floats in tests are never that small.
 QString wordText(const char* bytes) {
     constexpr quint32 kIntegers = 0x10000;
     quint32 word = 0;

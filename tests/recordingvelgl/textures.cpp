@@ -52,8 +52,7 @@ void Texture::unbind() {
     recordCall(this, QStringLiteral("unbind"));
 }
 
-// VelModel hands colour textures on and does not look behind the pointer: the address of a number does for
-// one.
+// VelModel passes colour textures on without dereferencing the pointer, so the address of a number suffices.
 struct TextureManager::Data {
     std::map<QRgb, quint64> colors;
 };
@@ -92,7 +91,7 @@ void texParameteri(unsigned int target, unsigned int name, int value) {
             .arg(hexadecimal(target), hexadecimal(name), hexadecimal(unsigned(value))));
 }
 
-// Of the pixels, 32-bit ones, that are few.
+// For a few pixels of 32 bits.
 void texImage2D(unsigned int target, int level, int internalFormat, int width, int height, int border,
                 unsigned int format, unsigned int type, const void* pixels) {
     CallRecord::instance().add(

@@ -9,7 +9,7 @@
 /// Streams and allocators as clients write them.
 namespace Atelier::Vel::Testing {
 
-/// Implements nothing but what it has to. `Bytes` is resized, written, asked for its size and for its data.
+/// Implements only the required functions. `Bytes` provides resize(), write(), size() and data().
 template<typename Bytes>
 class StreamOver : public ModelDataStream {
 public:
@@ -29,7 +29,7 @@ private:
     Bytes _bytes;
 };
 
-/// Ends at a guard page: a step beyond its end crashes the process, also without a sanitizer.
+/// Ends at a guard page: an access beyond its end crashes the process, even without a sanitizer.
 class PlainStream : public StreamOver<GuardedBytes> {
 public:
     using StreamOver::StreamOver;
@@ -40,13 +40,13 @@ public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override { return new PlainStream(type, count); }
 };
 
-/// Never has a stream to give.
+/// Never returns a stream.
 class NullAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int /*type*/, quint64 /*count*/) override { return nullptr; }
 };
 
-/// Counts what it gives, and can stop giving.
+/// Counts its allocations and can be limited.
 class CountingAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
@@ -55,7 +55,7 @@ public:
     }
 
     int count() const { return _count; }
-    /// How many more streams it gives.
+    /// Sets the number of further streams.
     void limit(int streams) { _left = streams; }
 
 private:
@@ -63,7 +63,7 @@ private:
     int _left = 1 << 30;
 };
 
-/// Gives 16-bit streams where 32-bit indices are asked for.
+/// Returns 16-bit streams for requests of 32-bit indices.
 class ShortIndexAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
@@ -71,10 +71,10 @@ public:
     }
 };
 
-/// In what a stream differs from the one that was asked for.
+/// How a stream differs from the requested one.
 enum class Lie {
     None,
-    Missing,      ///< there is none
+    Missing,      ///< no stream
     Short,        ///< one element less
     Long,         ///< one element more
     ShortForGood, ///< one element less, and it cannot be resized
@@ -83,8 +83,8 @@ enum class Lie {
     WideType,     ///< elements of twice the bytes
     OtherType,    ///< elements of the same bytes
     NoType,       ///< elements of no scalar type
-    NoData,       ///< its bytes cannot be had
-    NoAppend,     ///< refuses what is appended
+    NoData,       ///< data() returns null
+    NoAppend,     ///< ignores appends
     NoResize      ///< keeps its size
 };
 
@@ -128,7 +128,7 @@ private:
     Lie _lie;
 };
 
-/// Gives a `Stream` each time, one of them with a lie.
+/// Returns a `Stream` for each request; one of them has a lie.
 template<typename Stream>
 class LyingAllocator : public ModelDataStreamAllocator {
 public:
@@ -143,12 +143,12 @@ public:
         return lie == Lie::Missing ? nullptr : new LyingStream<Stream>(lie, type, count);
     }
 
-    /// The stream of request number `liar`, from 0 on, lies.
+    /// Sets the lie of the stream of request number `liar`, counted from 0.
     void lie(std::size_t liar, Lie lie) {
         _liar = liar;
         _lie = lie;
     }
-    /// All that were made so far.
+    /// All requests so far.
     const std::vector<Request>& requests() const { return _requests; }
 
 private:

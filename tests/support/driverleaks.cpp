@@ -1,6 +1,7 @@
-// What the software driver and its loader keep to the end of the process is not this project's leak, and the
-// cache of LoadTexture is meant to keep its textures that long. The sanitizer's runtime finds these functions
-// by name, so they have to be visible; it shall not talk about them, since tests compare what programs print.
+// Suppresses leak reports for memory that the software driver and its loader keep until the process ends, and
+// for the cache of LoadTexture, which intentionally keeps its textures. The sanitizer's runtime finds these
+// functions by name, so they have to be visible. It prints no list of suppressions, because tests compare the
+// output of programs.
 #define VISIBLE extern "C" __attribute__((visibility("default")))
 
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the sanitizer's names

@@ -31,7 +31,7 @@ Framebuffer::Framebuffer(const QSize& size) : _size(size) {
 
 Framebuffer::~Framebuffer() {
     if (!OpenGLDeviceContext::current())
-        return; // it went with its context
+        return; // it was destroyed with its context
     glDeleteFramebuffers(1, &_framebuffer);
     glDeleteRenderbuffers(2, _renderbuffers);
 }

@@ -15,8 +15,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An off-screen picture to draw into: colour and depth. Requires: while it lives, no context is current but
-/// its own.
+/// An off-screen picture with colour and depth. Requires: during its lifetime, no other context is current.
 class Framebuffer {
 public:
     explicit Framebuffer(const QSize& size);
@@ -24,7 +23,7 @@ public:
     Framebuffer(const Framebuffer&) = delete;
     Framebuffer& operator=(const Framebuffer&) = delete;
 
-    /// Makes it the target of draws, sets the viewport to it and clears colour and depth.
+    /// Makes the picture the target of draws, sets the viewport to it and clears colour and depth.
     void begin(const QColor& background = Qt::black);
     /// The picture, top row first, as Format_RGBA8888.
     QImage pixels() const;
@@ -35,25 +34,25 @@ private:
     unsigned int _renderbuffers[2] = {};
 };
 
-/// A test with a headless OpenGL context of its own, current from SetUp() to TearDown(). A debug message of
-/// high severity and a GL error that nobody has asked for fail the test.
+/// A test with its own headless OpenGL context, current from SetUp() to TearDown(). An unread debug message
+/// of high severity or GL error fails the test.
 class GLFixture : public ::testing::Test {
 public:
     ~GLFixture() override;
 
-    /// A further headless context, not made current; a failure and null when there is none.
+    /// A further headless context, not made current. On failure, fails the test and returns null.
     static QSharedPointer<OpenGLDeviceContext>
     makeContext(const OpenGLDeviceContext::HeadlessOptions& options);
-    /// Has the context that is current report its messages to this test.
+    /// Makes the current context report its messages to this test.
     void watchMessages();
-    /// The messages of high severity so far, which then fail the test no longer.
+    /// Returns the messages of high severity so far; they no longer fail the test.
     std::vector<QString> takeSevereMessages();
 
 protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// How the test's own context is made; a debug context unless overridden.
+    /// The options of the test's own context; a debug context unless overridden.
     virtual OpenGLDeviceContext::HeadlessOptions options() const;
     QSharedPointer<OpenGLDeviceContext> _context;
 

@@ -10,7 +10,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An array of exactly its size, behind which nothing can be accessed.
+/// An array of exactly its size; memory after its end cannot be accessed.
 template<typename T>
 class GuardedArray {
     static_assert(std::is_trivially_copyable_v<T>);

@@ -11,8 +11,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Bytes that data() hands out in guarded memory of exactly their number. New ones are anything but zero.
-/// Where they do not fill the last word, a write to the rest of it ends the process, too.
+/// Bytes that data() returns in guarded memory of exactly their size. New bytes are not zero. If they do not
+/// fill the last word, a write to the rest of it also ends the process.
 class GuardedBytes {
 public:
     ~GuardedBytes() { takeBack(); }
@@ -38,7 +38,7 @@ public:
 private:
     static constexpr unsigned char kFiller = 0xA5;
 
-    // Words have to be aligned.
+    // Rounds up to whole words, which have to be aligned.
     std::size_t withTail() const { return (_bytes.size() + 3) / 4 * 4; }
     unsigned char* handedOut() const { return _handedOut->as<unsigned char>(); }
     void takeBack() {
@@ -54,7 +54,7 @@ private:
     }
 
     std::vector<unsigned char> _bytes;
-    std::unique_ptr<GuardedMemory> _handedOut; ///< what counts while there is one
+    std::unique_ptr<GuardedMemory> _handedOut; ///< holds the current bytes if it exists
 };
 
 } // namespace Atelier::Vel::Testing

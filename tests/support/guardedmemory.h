@@ -10,7 +10,7 @@
 namespace Atelier::Vel::Testing {
 
 /// Zeroed memory that ends directly before an inaccessible page: an access beyond its end crashes the
-/// process, also without a sanitizer.
+/// process, even without a sanitizer.
 class GuardedMemory {
 public:
     explicit GuardedMemory(std::size_t bytes) {

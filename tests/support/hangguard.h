@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Ends the process when what happens in its life takes long enough to be called a hang.
+/// Ends the process if its lifetime exceeds the given time: detects hangs.
 class HangGuard {
 public:
     explicit HangGuard(unsigned int seconds) { alarm(seconds); }

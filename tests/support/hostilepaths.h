@@ -7,13 +7,13 @@
 
 namespace Atelier::Vel::Testing {
 
-/// A path that leads to nothing that can be read, and what is wrong with it.
+/// A path without a readable file, and the reason.
 struct HostilePath {
     const char* kind;
     QString path;
 };
 
-/// Paths of every hostile kind, and what they lead to, in a folder of their own.
+/// Paths of every hostile kind and their targets, in a separate folder.
 class HostilePaths {
 public:
     HostilePaths();

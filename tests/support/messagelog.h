@@ -8,7 +8,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// One message as Qt's logger delivered it.
+/// One message from Qt's logger.
 struct LoggedMessage {
     QtMsgType level = QtDebugMsg;
     QString text;
@@ -23,8 +23,8 @@ struct LoggedMessage {
     }
 };
 
-/// Collects every message that is logged while it lives, by any thread; it is read when those have ended.
-/// Only one may live at a time.
+/// Collects the messages that any thread logs during its lifetime. Requires: it is read after the other
+/// threads have ended, and only one exists at a time.
 class MessageLog {
 public:
     MessageLog();

@@ -7,11 +7,11 @@
 
 namespace Atelier::Vel {
 
-/// Lets tests look into a builder and run its private steps by themselves.
+/// Gives tests access to a builder's data and private steps.
 struct ModelBuilderAccess {
     explicit ModelBuilderAccess(ModelBuilder& builder) : data(*builder._data) {}
 
-    /// Makes a new builder consume its input, as loads do. It can prepare once then.
+    /// Makes a new builder consume its input, as loads do. It can then prepare only once.
     static void consumeInput(ModelBuilder& builder,
                              const QSharedPointer<ModelDataStreamAllocator>& allocator = {}) {
         builder._data = std::make_unique<ModelBuilder::Data>(&builder, allocator, 0, Input::Consumed);

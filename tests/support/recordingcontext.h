@@ -25,8 +25,8 @@ struct Recording {
     std::vector<Upload> uploads; ///< in order, one per buffer
 };
 
-/// Stands in for an OpenGL context: accepts every upload, keeps it and says in which order calls came. It is
-/// the thread's current context while it lives.
+/// Replaces an OpenGL context: accepts and keeps every upload and records the order of the calls. It is the
+/// thread's current context during its lifetime.
 class RecordingContext {
 public:
     RecordingContext();

@@ -1,7 +1,6 @@
 #pragma once
 
-// 1 where the address sanitizer watches this program, which takes the heap and much memory for itself; else
-// 0.
+// 1 if this program runs under the address sanitizer, which replaces the heap and takes much memory; else 0.
 #if defined(__SANITIZE_ADDRESS__)
 #define VELMODEL_ADDRESS_SANITIZER 1
 #elif defined(__has_feature)

@@ -22,7 +22,7 @@ public:
             munmap(_mapping, _bytes);
     }
 
-    /// False if the system has no such range of addresses.
+    /// False if the system cannot provide the range of addresses.
     bool isThere() const { return _mapping != MAP_FAILED; }
     T* data() const { return static_cast<T*>(_mapping); }
     T& operator[](std::size_t i) const { return data()[i]; }

@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Makes root anybody while it lives: root may read every file.
+/// Drops root's rights during its lifetime, because root may read every file.
 class WithoutRootsRights {
 public:
     WithoutRootsRights() : _user(geteuid()) {
