@@ -19,7 +19,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-// All commands meet the same files.
+// All commands get the same files.
 void expectCannotLoad(const QString& path, const QString& message,
                       const ProgramSurroundings& surroundings = {}) {
     const TemporaryFolder folder;
@@ -154,7 +154,7 @@ TEST(ProgressTest, LargeFileShowsABarOnlyOnATerminal) {
     const QByteArray shown = terminal.text();
     EXPECT_TRUE(shown.startsWith("\r[")) << shown.left(200).toStdString();
     EXPECT_TRUE(shown.contains(" % large.obj"));
-    EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is wiped out at the end";
+    EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is erased at the end";
     EXPECT_EQ(runProgram({"info", large}).errors, QString());
 }
 

@@ -43,7 +43,7 @@ QVector<Camera> framed(const GPUModel::Bounds& bounds, const CameraOptions& opti
     return framingCameras(bounds, cornersOf(bounds), options, azimuths, size);
 }
 
-// The corners of the box in the picture, from -1 to 1 when they are inside.
+// The corners of the box in the picture; coordinates from -1 to 1 are inside.
 QVector<QVector3D> cornersInPicture(const GPUModel::Bounds& bounds, const Camera& camera) {
     QVector<QVector3D> corners;
     for (const QVector3D& corner : cornersOf(bounds))
@@ -58,7 +58,7 @@ float largestOffset(const QVector<QVector3D>& corners) {
     return largest;
 }
 
-// In the picture, of what the points cover.
+// The middle of the area that the points cover in the picture.
 std::vector<float> middleOf(const QVector<QVector3D>& points) {
     std::vector<float> middle;
     for (int axis = 0; axis < 2; ++axis) {
@@ -261,7 +261,7 @@ TEST(CameraTest, TurntableKeepsItsSizeAndPlace) {
         EXPECT_EQ(camera.projection, cameras.first().projection);
         largest = std::max(largest, largestOffset(cornersInPicture(plank, camera)));
     }
-    EXPECT_NEAR(largest, 1 / 1.04, 1e-4) << "all of them together fill the picture";
+    EXPECT_NEAR(largest, 1 / 1.04, 1e-4) << "all frames together fill the picture";
 }
 
 TEST(CameraTest, EachFrameOfATurntableHasItsOwnAzimuth) {

@@ -5,7 +5,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Keeps what this process writes to a standard stream while it lives.
+/// Captures what this process writes to a standard stream during its lifetime.
 class CapturedStream {
 public:
     /// `descriptor` is STDOUT_FILENO or STDERR_FILENO.
@@ -14,7 +14,7 @@ public:
     CapturedStream(const CapturedStream&) = delete;
     CapturedStream& operator=(const CapturedStream&) = delete;
 
-    /// All that was written so far.
+    /// Everything written so far.
     QByteArray text();
 
 private:

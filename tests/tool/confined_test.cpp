@@ -1,4 +1,4 @@
-// --confined, seen from the outside: what the program opens.
+// --confined, observed from outside: the files that the program opens.
 
 #include <QtCore/QDir>
 #include <QtCore/QProcess>
@@ -19,7 +19,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// A model that names files outside of its folder in every way there is.
+/// A model that names files outside of its folder in every possible way.
 class ConfinedTest : public testing::Test {
 protected:
     ConfinedTest() {
@@ -48,8 +48,8 @@ protected:
     QString path(const QString& name) const { return _top.path(name); }
     QString write(const QString& name, const QByteArray& text) const { return _top.write(name, text); }
 
-    /// What a run opens, as far as it lies in the test's folders: real paths, also of what the program asked
-    /// for relative to an open folder.
+    /// The files in the test's folders that a run opens, as real paths; includes files opened relative to an
+    /// open folder.
     QStringList opened(const QStringList& arguments) const {
         const QString trace = _top.path("trace");
         QStringList command{"-f", "-qq", "-y", "-s", "4096", "-e", "trace=open,openat,openat2", "-o", trace};
@@ -78,7 +78,7 @@ private:
     TemporaryFolder _top;
 };
 
-// Every way to look at a model.
+// Every command that reads a model.
 std::vector<QStringList> commands(const QString& model, const QString& picture) {
     return {{"info", model}, {"dump", model}, {"render", model, "-o", picture, "--resolution", "16,16"}};
 }
@@ -91,12 +91,12 @@ TEST_F(ConfinedTest, NothingOutsideIsOpened) {
     const QString picture = path("picture.png");
     for (const QStringList& command : commands(path("model/maps.obj"), picture)) {
         const QStringList files = opened(command + QStringList("--confined"));
-        EXPECT_THAT(files, Contains(QString("model/maps.mtl"))) << "the trace shows what is opened";
+        EXPECT_THAT(files, Contains(QString("model/maps.mtl"))) << "the trace shows the opened files";
         EXPECT_THAT(files.filter("outside"), IsEmpty()) << command.first().toStdString();
     }
     EXPECT_THAT(opened({"render", path("model/maps.obj"), "-o", picture}),
                 Contains(QString("outside/secret.png")))
-        << "without the option it is read";
+        << "without the option, the file is read";
     EXPECT_THAT(opened({"render", path("model/maps.obj"), "-o", picture, "--confined"}),
                 Contains(QString("model/own.png")));
 }

@@ -82,7 +82,7 @@ TEST(ConsoleTest, TextGoesToStandardOutputWhole) {
     EXPECT_EQ(output.text(), text + "end\n");
 }
 
-/// A file that takes a few bytes at a time, and after some of them no more.
+/// A file that accepts a few bytes at a time, up to a maximum.
 class SlowFile : public QFile {
 public:
     SlowFile(const QString& path, qint64 room) : QFile(path), _room(room) {
@@ -141,7 +141,7 @@ bool isReadOnlyNullDevice(int stream) {
            (fcntl(stream, F_GETFL) & O_ACCMODE) == O_RDONLY;
 }
 
-// In a process of its own: which of the standard streams it closes are the bits of `closed`.
+// Runs in its own process. The bits of `closed` select the standard streams that it closes.
 bool standardStreamsArePrepared(int closed) {
     const int other = open("/dev/zero", O_RDWR);
     for (int stream = 0; stream < 3; ++stream)

@@ -1,4 +1,4 @@
-// Every example of docs/velmodel.md does what it says.
+// Every example of docs/velmodel.md works as documented.
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

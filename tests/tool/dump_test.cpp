@@ -1,4 +1,4 @@
-// The JSON of `velmodel dump`, byte by byte where it can be foretold.
+// The JSON of `velmodel dump`, compared byte by byte if the bytes are predictable.
 
 #include <algorithm>
 
@@ -144,7 +144,8 @@ TEST_P(EveryDumpTest, IsTheSameBytesTenTimes) {
 INSTANTIATE_TEST_SUITE_P(Samples, EveryDumpTest,
                          testing::Values("showpiece", "gear", "mosaic", "vase", "stairs", "oddities"));
 
-/// The positions of each triangle that the first command draws, beginning with the smallest, and sorted.
+/// The positions of the triangles that the first command draws, sorted. Each triangle begins with its
+/// smallest position.
 QVector<QVector<QVector<float>>> firstTriangles(const QJsonObject& dump) {
     const QVector<float> positions = floats(decoded(dump["attributes"].toArray().last()["data"]));
     const QByteArray indices = decoded(dump["indices"]);

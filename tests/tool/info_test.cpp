@@ -1,4 +1,4 @@
-// What `velmodel info` says. Nothing here needs OpenGL.
+// The output of `velmodel info`. These tests need no OpenGL.
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
@@ -182,7 +182,7 @@ QString timeless(const QString& sample, const ProgramSurroundings& surroundings)
 TEST(InfoTest, NeedsNoOpenGL) {
     ProgramSurroundings surroundings;
     surroundings.environment.insert("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent");
-    ASSERT_EQ(runProgram({"dump", samplePath("vase")}, surroundings).exitCode, 3) << "there is OpenGL";
+    ASSERT_EQ(runProgram({"dump", samplePath("vase")}, surroundings).exitCode, 3) << "OpenGL is available";
     for (const char* sample : {"showpiece", "vase"}) {
         EXPECT_TRUE(timeless(sample, surroundings).startsWith(samplePath(sample) + "\n  vertices "));
         EXPECT_EQ(timeless(sample, surroundings), timeless(sample, {}));
@@ -192,7 +192,7 @@ TEST(InfoTest, NeedsNoOpenGL) {
     EXPECT_EQ(missing.errors, "velmodel: Failed to load OBJ file '/no/such.obj': No such file\n");
 }
 
-/// A flat grid of 40 times 40 squares, every other row of it behind all the others.
+/// A flat grid of 40 times 40 squares; every other row follows after all the others.
 QByteArray stripedGrid() {
     constexpr int kSide = 40;
     QByteArray text;

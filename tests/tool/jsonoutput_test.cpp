@@ -37,7 +37,7 @@ TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
     EXPECT_EQ(printed(0.7F), "0.7");
     EXPECT_EQ(printed(0.1F), "0.1");
     EXPECT_EQ(printed(1.0F / 3), "0.33333334");
-    EXPECT_EQ(printed(-103.217316F), "-103.217316") << "nine digits at the most";
+    EXPECT_EQ(printed(-103.217316F), "-103.217316") << "at most nine digits";
     EXPECT_EQ(printed(10), "10");
     EXPECT_EQ(printed(16777216), "16777216");
     EXPECT_EQ(printed(std::numeric_limits<float>::max()), "3.4028235e+38");
@@ -45,7 +45,7 @@ TEST(JsonOutputTest, FloatsHaveTheirShortestSpelling) {
 }
 
 TEST(JsonOutputTest, SpellingGivesTheSameFloatDirectlyAndThroughADouble) {
-    // "7.038531e-26" is the one float when it is read at once, and the next when it is rounded twice.
+    // "7.038531e-26" gives this float if it is read directly, and the next one if it is rounded twice.
     EXPECT_EQ(printed(fromBits(0x15AE43FD)), "7.0385307e-26");
     EXPECT_EQ(printed(fromBits(0x15AE43FE)), "7.0385313e-26");
 }

@@ -16,7 +16,7 @@ struct Triple {
     double z = 0;
 };
 
-/// What a fragment of a model knows: its material, the texels there, and the place in view space.
+/// The data of a fragment of a model: its material, its texels and its place in view space.
 struct Fragment {
     Triple diffuse;         ///< Kd
     Triple specular;        ///< Ks
@@ -33,23 +33,23 @@ struct Fragment {
     bool isWireframe = false;
 };
 
-/// What is seen of a fragment by itself.
+/// The appearance of a single fragment.
 struct Shade {
     bool isOpaque = false;
     bool isVisible = false;
     Triple colour;     ///< linear light; premultiplied for glass
-    double hidden = 1; ///< of what is behind, from 0 to 1
-    double weight = 0; ///< of glass among other glass
+    double hidden = 1; ///< the share of the background that it hides, from 0 to 1
+    double weight = 0; ///< of glass relative to other glass
 };
 
-/// How docs/velmodel.md says that surfaces are shaded, one formula at a time and in double precision: what
-/// the shaders of the program are compared with.
+/// The shading of surfaces as docs/velmodel.md defines it, formula by formula and in double precision. The
+/// reference for the shaders of the program.
 Shade shaded(const Fragment& fragment);
 
 /// A pixel from 0 to 255, not premultiplied and not rounded: red, green, blue, opacity.
 using Pixel = std::array<double, 4>;
 
-/// The pixel that `fragments` give over `background`; an invalid colour stands for none.
+/// The pixel that `fragments` give over `background`; an invalid colour means no background.
 Pixel composed(const std::vector<Fragment>& fragments, const QColor& background);
 
 } // namespace Atelier::Vel::Testing

@@ -1,4 +1,4 @@
-// Decimals have a point, whatever the user's locale makes of them.
+// Decimals have a point in every locale.
 
 #include <clocale>
 #include <cstdlib>
@@ -49,7 +49,7 @@ protected:
         if (QStandardPaths::findExecutable("localedef").isEmpty() ||
             !QFile::exists("/usr/share/i18n/locales/POSIX"))
             GTEST_SKIP() << "localedef or the definitions of locales are missing";
-        QProcess maker; // which also complains of categories that nothing here needs
+        QProcess maker; // also reports categories that these tests do not need
         maker.start("localedef", {"-c", "-i", _folder.write("definition", kDefinition), "-f",
                                   "ANSI_X3.4-1968", _folder.path("comma")});
         ASSERT_TRUE(maker.waitForFinished());

@@ -85,8 +85,8 @@ TEST_F(ModelDumpTest, BytesIncludeIndicesAndAttributes) {
 
 quint64 claimedBytes = 0;
 
-/// Takes what it is given and claims to hold as much as the test says; the first one does, the others hold
-/// a byte each.
+/// Accepts any data and claims the size that the test sets. The first buffer holds its data; the others hold
+/// one byte each.
 class BoastfulBuffer : public BufferObject {
 public:
     explicit BoastfulBuffer(bool isFirst) : _isFirst(isFirst) {}
@@ -114,7 +114,7 @@ private:
     bool _isFirst = true;
 };
 
-/// `velmodel dump` in this process, with a model of three buffers that claims to be of `bytes` bytes.
+/// `velmodel dump` in this process, with a model of three buffers that claims a size of `bytes` bytes.
 class DumpLimitTest : public testing::Test {
 protected:
     ExitCode dump(quint64 bytes, const QStringList& options = {}) {

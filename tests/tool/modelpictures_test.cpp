@@ -1,4 +1,4 @@
-// Pictures of loaded files in process: from where they are seen, and what of their materials is shown.
+// Pictures of loaded files, drawn in this process: the direction of the view and the effects of materials.
 
 #include <QtCore/QDir>
 

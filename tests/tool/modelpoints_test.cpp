@@ -72,7 +72,7 @@ TEST_F(ModelPointsTest, PositionsOfOtherKindsAreNotRead) {
 
 TEST_F(ModelPointsTest, PositionsAreFoundAmongOtherStreams) {
     const QVector<QVector3D> points = pointsInBounds(*Testing::mixedModel());
-    ASSERT_EQ(points.size(), 8) << "the four first ones are not drawn";
+    ASSERT_EQ(points.size(), 8) << "the first four points are not drawn";
     EXPECT_EQ(points.first(), QVector3D(8, 9, 10));
 }
 

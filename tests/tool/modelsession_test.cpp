@@ -39,7 +39,7 @@ TEST(ModelSessionTest, ContextIsCurrentUntilTheSessionEnds) {
 TEST(ModelSessionTest, ContextThatCannotBeUsedIsReported) {
     CapturedStream errors(STDERR_FILENO);
     {
-        const Testing::RefusedContext refused(1); // it is tried once when it is made
+        const Testing::RefusedContext refused(1); // its creation makes it current once
         ModelSession session({});
         EXPECT_FALSE(session.open());
     }
@@ -59,7 +59,7 @@ TEST(ModelSessionTest, LoadReportsWhatItFoundAndItsDuration) {
     EXPECT_EQ(loaded.report.bytesRead, Testing::triangleText().size());
     EXPECT_GT(loaded.seconds, 0);
     EXPECT_LE(loaded.seconds, atMost);
-    EXPECT_TRUE(loaded.files.folder().isNull()) << "it may name files anywhere";
+    EXPECT_TRUE(loaded.files.folder().isNull()) << "the model may name files anywhere";
 }
 
 TEST(ModelSessionTest, ConfinedModelMayNameFilesOfItsFolderOnly) {
@@ -101,7 +101,7 @@ protected:
         EXPECT_FALSE(QFile::exists(picture));
     }
 
-    const Testing::MessageLog _log; // gives the handler of messages back
+    const Testing::MessageLog _log; // restores the message handler
     TemporaryFolder _folder;
     const QString _model = _folder.write("m.obj", Testing::triangleText());
 };

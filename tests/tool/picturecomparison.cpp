@@ -15,7 +15,7 @@ constexpr double kMaxChangedShare = 0.02;
 PictureDifference difference(const QImage& a, const QImage& b) {
     if (a.isNull() || a.size() != b.size())
         return {};
-    // Where nothing covers a pixel its colour means nothing; premultiplied, it is nothing.
+    // The colour of an uncovered pixel is undefined; premultiplied, it is zero.
     const QImage first = a.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
     const QImage second = b.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
     double sum = 0;

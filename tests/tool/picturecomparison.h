@@ -4,7 +4,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// How far two pictures of the same size are apart, on a scale from 0 to 255, opacity included.
+/// The difference of two pictures of the same size, on a scale from 0 to 255, including opacity.
 struct PictureDifference {
     double mean = 255;       ///< over all channels of all pixels
     double changedShare = 1; ///< of the pixels, those with a channel that is more than kVisibleStep off
@@ -14,11 +14,11 @@ constexpr int kVisibleStep = 24;
 
 PictureDifference difference(const QImage& a, const QImage& b);
 
-/// By how much the channel that differs most does.
+/// The maximum difference of a channel.
 int largestStep(QRgb a, QRgb b);
 
-/// The tolerance for pictures of another driver or another version of one: rasterisers place samples a little
-/// differently, which shows along edges, and filter textures a little differently, which shows nowhere.
+/// The tolerance for pictures of another driver or driver version. Rasterisers place samples slightly
+/// differently, which is visible along edges, and filter textures slightly differently, which is invisible.
 bool lookTheSame(const PictureDifference& difference);
 
 } // namespace Atelier::Vel::Testing

@@ -9,7 +9,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What the velmodel program left behind.
+/// The result of a run of the velmodel program.
 struct ProgramResult {
     int exitCode = -1; ///< -1 when it crashed or did not end
     QByteArray output;
@@ -18,13 +18,13 @@ struct ProgramResult {
 
 struct ProgramSurroundings {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    QString outputFile; ///< where standard output goes instead
-    QString errorFile;  ///< where standard error goes instead
-    /// What happens in the new process before the program starts; not to allocate.
+    QString outputFile; ///< replaces standard output
+    QString errorFile;  ///< replaces standard error
+    /// Runs in the new process before the program starts. Requires: it does not allocate.
     std::function<void()> beforeStart;
 };
 
-/// Nobody may read and write where permissions forbid it, not even root.
+/// Enforces file permissions for root, too.
 ProgramSurroundings withoutPrivileges();
 
 /// Runs velmodel in the source directory and waits for its end.

@@ -60,7 +60,7 @@ TEST(ProgressBarTest, EachPhaseHasItsName) {
     const QByteArray full = "\r[##############################] 100 % a: ";
     EXPECT_EQ(terminal.text(), full + "reading" + full + "merging vertices" + full + "triangulating   " +
                                    full + "making normals  " + full + "optimising      ")
-        << "spaces wipe out the end of a longer name";
+        << "spaces erase the end of a longer name";
 }
 
 TEST(ProgressBarTest, LongNamesAreTruncatedToALine) {

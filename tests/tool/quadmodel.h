@@ -12,14 +12,13 @@
 
 namespace Atelier::Vel::Testing {
 
-/// A square with a material of its own. Its middle, its normal and the plane that it lies in are those of
-/// `look`, in view space.
+/// A square with its own material. `look` defines its middle, its normal and its plane, in view space.
 struct Quad {
     Fragment look;
     double halfSide = 1;
 };
 
-/// From where a model is seen, and how its instances are placed in the world.
+/// The view of a model, and the placement of its instances in the world.
 struct Placement {
     Tool::Camera camera;
     QMatrix4x4 model;

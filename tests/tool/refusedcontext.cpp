@@ -12,7 +12,7 @@ int granted = std::numeric_limits<int>::max();
 
 } // namespace
 
-// In the way of the library's own, for this whole program.
+// Replaces the library's own function in this whole program.
 extern "C" __attribute__((visibility("default"))) EGLBoolean
 eglMakeCurrent(EGLDisplay display, EGLSurface draw, EGLSurface read, EGLContext context) {
     static const auto real = reinterpret_cast<decltype(&eglMakeCurrent)>(dlsym(RTLD_NEXT, "eglMakeCurrent"));

@@ -2,8 +2,8 @@
 
 namespace Atelier::Vel::Testing {
 
-/// While it lives, EGL makes contexts current `granted` more times and then refuses; giving a context up
-/// always works. Only one may live at a time.
+/// During its lifetime, EGL makes contexts current `granted` more times and then refuses; releasing a context
+/// always works. Only one may exist at a time.
 class RefusedContext {
 public:
     explicit RefusedContext(int granted);

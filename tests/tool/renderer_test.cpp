@@ -1,4 +1,4 @@
-// One renderer and what it leaves behind: for itself, for the next picture and for the context.
+// One renderer and the state that it leaves: its own, that of the next picture and that of the context.
 
 #include "renderer.h"
 
@@ -25,7 +25,7 @@ struct Area {
     QColor colour;
 };
 
-// Pictures of one colour at right angles to the view: light makes of each colour the same everywhere.
+// Surfaces of one colour at right angles to the view: the light is the same everywhere.
 Fragment look(const QColor& colour, double distance) {
     Fragment result;
     result.diffuse = {colour.redF(), colour.greenF(), colour.blueF()};
@@ -75,10 +75,10 @@ protected:
         return rendered(*modelOf(areas), scene(size));
     }
 
-    // Where tiles may meet, and the beginning.
+    // Possible borders of tiles, and the first pixel.
     static bool isMarked(int place) { return place % 2048 < 3 || place % 2048 >= 2045; }
 
-    /// A row or a column of pixels, with a colour of its own for each that is marked.
+    /// A row or a column of pixels; each marked pixel has its own colour.
     void expectMarksInTheirPlaces(QSize size, QPoint step) {
         const int length = std::max(size.width(), size.height());
         std::vector<Area> areas;
@@ -141,7 +141,7 @@ TEST_F(RendererTest, FramesOfOneSizeShareTheirTarget) {
     EXPECT_EQ(driver.watch().framebuffersMade, 3) << "drawn, resolved and composed";
     drawn({{{0, 0, 1, 1}, Qt::red}}, {30, 21});
     EXPECT_EQ(driver.watch().framebuffersMade, 6);
-    EXPECT_EQ(driver.watch().maxFramebuffersAlive, 3) << "one target goes before the next is made";
+    EXPECT_EQ(driver.watch().maxFramebuffersAlive, 3) << "one target is destroyed before the next is made";
 }
 
 TEST_F(RendererTest, PicturesDoNotDependOnEarlierOnes) {
@@ -222,7 +222,7 @@ TEST_F(RendererTest, EdgesOfSurfacesAreSmooth) {
 TEST_F(RendererTest, EarlierStateOfTheContextChangesNoPicture) {
     const std::vector<Area> areas = {{{2, 2, 10, 10}, Qt::red}, {{4, 4, 20, 20}, QColor(0, 255, 0, 90)}};
     const QImage expected = drawn(areas, {33, 31});
-    drawn({{{0, 0, 31, 31}, Qt::blue}}, {33, 31}); // nothing is left of the first one
+    drawn({{{0, 0, 31, 31}, Qt::blue}}, {33, 31}); // nothing of the first picture remains
     glDisable(GL_MULTISAMPLE);
     glDisable(GL_DEPTH_TEST);
     glDepthFunc(GL_NEVER);
@@ -260,7 +260,7 @@ TEST_F(RendererTest, ContextIsLeftInItsUsualState) {
     EXPECT_EQ(modes[0], GL_FILL);
 }
 
-/// The numbers of a context's objects: names are small and used again.
+/// The numbers of objects of each kind in a context: names are small and reused.
 std::vector<int> objectCounts() {
     std::vector<int> counts(5);
     for (GLuint name = 1; name < 1000; ++name) {
@@ -308,7 +308,7 @@ TEST_F(RendererTest, RefusedProgramIsReportedAsTheCause) {
 TEST_F(RendererTest, TooLargePictureIsReportedAsTheCause) {
     const std::unique_ptr<GPUModel> model = modelOf({{{0, 0, 1, 1}, Qt::red}});
     QString error;
-    // Refused before memory is asked for, which a sanitizer would not survive.
+    // Refused before the allocation, which would fail under a sanitizer.
     EXPECT_TRUE(_renderer->render(*model, scene({1 << 30, 1}), error).isNull());
     EXPECT_EQ(error, "there is no memory for the picture");
 }

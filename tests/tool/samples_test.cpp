@@ -1,4 +1,4 @@
-// The models in samples/ are what scripts/make-samples writes.
+// The models in samples/ equal the output of scripts/make-samples.
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
@@ -49,7 +49,7 @@ TEST(SamplesTest, AreReproducedByTheScript) {
     for (const QString& file : files) {
         const QString made = folder.filePath(file);
         EXPECT_TRUE(content(made) == content(again.filePath(file))) << file.toStdString();
-        // Another version of zlib may pack the same pixels into other bytes.
+        // Another version of zlib may compress the same pixels to other bytes.
         if (file.endsWith(".png"))
             EXPECT_EQ(QImage(made), QImage(committed(file))) << file.toStdString();
         else

@@ -1,4 +1,4 @@
-// The colour of single pixels, compared with what the formulas of the shading give.
+// The colour of single pixels, compared with the formulas of the shading.
 
 #include <algorithm>
 #include <cmath>
@@ -22,13 +22,13 @@ constexpr double kTangent = 0.6; // of half the field of view
 constexpr double kNear = 0.5;
 constexpr double kFar = 20;
 
-// Half a step is lost in rounding to bytes. Layers have half-precision floats.
+// Rounding to bytes loses half a step. Layers have half-precision floats.
 constexpr double kTolerance = 0.75;
 
-/// What is seen through the middle of one cell, in the order of drawing.
+/// The surfaces in the middle of one cell, in the order of drawing.
 using Cell = std::vector<Fragment>;
 
-/// Places nothing where it would be right by chance.
+/// A placement without values that could hide an error.
 Placement oddPlacement() {
     Placement result;
     result.camera.centre = {3, -5, 7};
@@ -75,7 +75,7 @@ protected:
         }
     }
 
-    /// A surface at `distance` in front of the camera, with a plane and a normal that go their own ways.
+    /// A surface at `distance` in front of the camera, with an independent plane and normal.
     Fragment surface(int column, int row, double distance) {
         Fragment result;
         result.position = {inPicture(column) * kTangent * distance, inPicture(row) * kTangent * distance,
@@ -141,7 +141,7 @@ protected:
         });
     }
 
-    /// A normal with which the light from `direction` is reflected to the eye, or nearly so.
+    /// A normal that reflects the light from `direction` to the eye, or nearly so.
     Triple mirroring(const Fragment& fragment, const Triple& direction) {
         const Triple& p = fragment.position;
         const double size = std::hypot(p.x, p.y, p.z);
@@ -198,7 +198,7 @@ TEST_F(ShadingTest, DullSurfacesAreLitBySkyGroundAndTwoLamps) {
 
 TEST_F(ShadingTest, ColoursOfMaterialsAndTexturesAreDecodedAndMultiplied) {
     expectLiteralColours(surfaces([this](Fragment& fragment) {
-                             // Dark texels under bright colours show the foot of the curve.
+                             // Dark texels under bright colours test the start of the curve.
                              const bool isDark = oneOf(2) == 0;
                              fragment.diffuse = colour(-0.1, isDark ? 12 : 1);
                              fragment.hasMap = true;
@@ -281,7 +281,7 @@ TEST_F(ShadingTest, OpacityOf996ThousandthsIsOpaqueAndOf2ThousandthsVisible) {
     EXPECT_EQ(qAlpha(middleOf(picture, 0)), 254) << "glass";
     EXPECT_EQ(qAlpha(middleOf(picture, 1)), 255) << "opaque";
     EXPECT_EQ(qAlpha(middleOf(picture, 2)), 255) << "opaque";
-    EXPECT_EQ(middleOf(picture, 3), qRgba(0, 0, 0, 0)) << "left out";
+    EXPECT_EQ(middleOf(picture, 3), qRgba(0, 0, 0, 0)) << "not drawn";
     EXPECT_EQ(qAlpha(middleOf(picture, 4)), 1) << "glass";
     EXPECT_EQ(qAlpha(middleOf(picture, 5)), 1) << "glass";
 }
@@ -316,7 +316,7 @@ TEST_F(ShadingTest, TwoPanesLookTheSameInBothOrders) {
     for (int y = 0; y < kSide; ++y)
         for (int x = 0; x < kSide; ++x)
             apart = std::max(apart, largestStep(picture.pixel(x, y), swapped.pixel(x, y)));
-    EXPECT_LE(apart, 1) << "more than the sum of two half-precision floats can be off";
+    EXPECT_LE(apart, 1) << "exceeds the error of a sum of two half-precision floats";
 }
 
 TEST_F(ShadingTest, WiresHaveHalfTheirColourAndNoHighlight) {

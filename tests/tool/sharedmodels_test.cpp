@@ -1,4 +1,4 @@
-// Models from elsewhere, where they are at hand: each is told and drawn, or refused in one line.
+// Shared models, if available: each is summarised and drawn, or rejected with one line.
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
@@ -26,7 +26,7 @@ QStringList sharedModels() {
     return models;
 }
 
-// `isThere` is whether the result of the command is.
+// `isThere`: whether the result of the command exists.
 void expectDoneOrRefusedInOneLine(const ProgramResult& result, const QString& model, bool isThere) {
     EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 1) << result.exitCode;
     EXPECT_EQ(isThere, result.exitCode == 0);
@@ -40,7 +40,7 @@ void expectDoneOrRefusedInOneLine(const ProgramResult& result, const QString& mo
 TEST(SharedModelsTest, AreReportedDumpedAndDrawnOrRejectedInOneLine) {
     const QStringList models = sharedModels();
     if (models.isEmpty())
-        GTEST_SKIP() << "no shared models here";
+        GTEST_SKIP() << "the shared models are not available";
     const TemporaryFolder folder;
     for (const QString& model : models) {
         SCOPED_TRACE(model.toStdString());

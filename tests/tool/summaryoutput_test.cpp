@@ -14,7 +14,7 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-// No two numbers are alike.
+// All numbers differ.
 ModelSummary fullSummary() {
     ModelSummary summary;
     summary.file = "ship\n.obj";

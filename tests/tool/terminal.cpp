@@ -25,7 +25,7 @@ Terminal::~Terminal() {
     close(_master);
 }
 
-// Output arrives asynchronously: it is read up to a mark that is written behind it.
+// Output arrives asynchronously: it is read up to a mark that is written after it.
 QByteArray Terminal::text() {
     constexpr char kMark = '\x1e';
     std::fflush(stderr);
@@ -35,7 +35,7 @@ QByteArray Terminal::text() {
         char part[4096];
         const ssize_t count = read(_master, part, sizeof part);
         if (count <= 0) {
-            ADD_FAILURE() << "the terminal has gone";
+            ADD_FAILURE() << "the terminal is closed";
             return result;
         }
         result.append(part, static_cast<int>(count));

@@ -5,7 +5,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// A terminal that standard error goes to while this lives.
+/// A terminal that receives standard error during its lifetime.
 class Terminal {
 public:
     Terminal();

@@ -1,4 +1,4 @@
-// Turntables: which frames are written, what they show and what is left behind when they cannot be.
+// Turntables: which frames are written, what they show, and which files remain after a failure.
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -41,11 +41,11 @@ protected:
         return picture == background;
     }
 
-    /// Upright and without thickness: seen from the sides it is gone.
+    /// Upright and without thickness: invisible from the sides.
     QString standingSquare() const {
         return _folder.write("standing.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
     }
-    /// Flat on the ground: gone from everywhere.
+    /// Flat on the ground: invisible from every direction.
     QString lyingSquare() const {
         return _folder.write("lying.obj", "v -1 0 -1\nv 1 0 -1\nv 1 0 1\nv -1 0 1\nf 1 2 3 4\n");
     }
@@ -144,7 +144,7 @@ TEST_F(TurntableTest, EmptyFrameThatCannotBeWrittenIsExitCodeFour) {
 }
 
 TEST_F(TurntableTest, FramesAreEvenlySpacedAndStartAtTheAzimuth) {
-    // Four walls of four colours, as large from each side.
+    // Four walls of four colours, equally large from each side.
     _folder.write("m.mtl",
                   "newmtl r\nKd 1 0 0\nnewmtl g\nKd 0 1 0\nnewmtl b\nKd 0 0 1\nnewmtl w\nKd 1 1 1\n");
     const QString cross = _folder.write(

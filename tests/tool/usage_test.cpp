@@ -1,4 +1,4 @@
-// The command line itself: nothing here needs OpenGL.
+// The command line itself. These tests need no OpenGL.
 
 #include <gmock/gmock.h>
 

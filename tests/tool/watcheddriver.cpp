@@ -20,13 +20,13 @@ namespace {
 
 DriverWatch watched;
 
-// libepoxy looks a function up, and overwrites what stands for it, when it is called first.
+// libepoxy looks a function up on its first call and overwrites its placeholder.
 void callEverythingOnce() {
     QString error;
     Tool::PictureTarget::create({1, 1}, error);
 }
 
-// A driver that claims many samples need not have them.
+// A driver may claim more samples than it supports.
 GLsizei available(GLsizei samples) {
     return std::min(samples, 4);
 }

@@ -6,7 +6,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// What a driver is asked for, and answers, while a WatchedDriver lives.
+/// Requests to a driver, and replacements of its answers, during the lifetime of a WatchedDriver.
 struct DriverWatch {
     int framebuffersMade = 0;
     int framebuffersAlive = 0;
@@ -19,8 +19,8 @@ struct DriverWatch {
     int checksUntilIncomplete = -1; ///< further checks of framebuffers until one fails; never when negative
 };
 
-/// Counts what a program asks the driver for, and lets it answer as another one would. Only one may live at a
-/// time. Requires: a current context.
+/// Counts a program's requests to the driver and replaces its answers with those of another driver. Only one
+/// may exist at a time. Requires: a current context.
 class WatchedDriver {
 public:
     WatchedDriver();

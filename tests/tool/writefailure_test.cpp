@@ -1,4 +1,4 @@
-// Outputs that cannot be written: exit code 4, the cause in one line, and no half of a file.
+// Outputs that cannot be written: exit code 4, the cause in one line, and no partial file.
 
 #include <csignal>
 
@@ -21,7 +21,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-/// A way in which standard output cannot be written to, and what the system says of it.
+/// A reason why standard output cannot be written, and the system's message.
 struct ClosedOutput {
     const char* name;
     void (*close)();
@@ -61,7 +61,7 @@ constexpr ClosedOutput kClosedOutputs[] = {
     {"ReadOnly", giveReadOnly, "Bad file descriptor"},
 };
 
-/// A command that writes to standard output, and how its complaint begins.
+/// A command that writes to standard output, and the start of its error message.
 struct Output {
     const char* name;
     QStringList arguments;
@@ -109,7 +109,7 @@ std::string nameOf(const testing::TestParamInfo<ClosedOutput>& information) {
 
 INSTANTIATE_TEST_SUITE_P(Outputs, ClosedOutputTest, testing::ValuesIn(kClosedOutputs), nameOf);
 
-/// Pictures into a folder of their own.
+/// Pictures in a separate folder.
 class PictureFileTest : public testing::Test {
 protected:
     QStringList arguments() const {
@@ -126,7 +126,7 @@ protected:
     TemporaryFolder _folder;
 };
 
-/// No file may become longer than this: like a disk that fills up in the middle of what is written.
+/// The maximum length of files: simulates a disk that fills up during a write.
 ProgramSurroundings fullDisk() {
     ProgramSurroundings surroundings;
     surroundings.beforeStart = [] {
