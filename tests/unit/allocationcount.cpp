@@ -76,7 +76,7 @@ void* mmap(void* address, size_t bytes, int protection, int flags, int file, off
     inUse += begin == -1 ? 0 : bytes;
     return reinterpret_cast<void*>(begin);
 }
-// The library moves pages over other pages of its own.
+// The library moves pages over other pages that it owns.
 void* mremap(void* address, size_t bytes, size_t newBytes, int flags, ...) noexcept {
     std::va_list arguments;
     va_start(arguments, flags);

@@ -4,10 +4,10 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Whether allocations can be counted here: a sanitizer wants them for itself.
+/// Whether allocations can be counted: not under a sanitizer, which replaces them.
 bool countsAllocations();
 
-/// All allocations of the process so far, Qt's strings and arrays included.
+/// All allocations of the process so far, including Qt's strings and arrays.
 std::size_t allocationCount();
 
 /// The bytes of all blocks and mappings that the process has at the moment.

@@ -21,7 +21,8 @@ namespace {
 using Testing::allocationCount;
 using Testing::RecordingContext;
 
-// What doubles with the input grows its arrays once more: so many allocations for a hundred times the input.
+// Arrays grow once more each time the input doubles: the maximum of allocations for a hundred times the
+// input.
 constexpr size_t kFurtherAllocations = 400;
 
 class AllocationsTest : public testing::Test {
@@ -90,7 +91,7 @@ TEST_F(AllocationsTest, AsciiLinesReadOneByOneAllocateNothing) {
                              "v\t1e-1  2.5E0 -3.\t# note\r\nvn +1 .5 12345678901234567890\n# comment\n\n"
                              "g group\ns off\nf 1/1/1\t2/1/1 -1//1 # note\nf 1 2 3#x\nf\n";
     ofReading(lines);
-    // A dropped face asks QString about the bad corner; nothing else does.
+    // Only a dropped face uses QString, for the bad corner.
     const size_t few = ofReading(QByteArray(lines).replace("f 1 2 3#x\n", ""));
     EXPECT_LE(ofReading(QByteArray(lines).replace("f 1 2 3#x\n", "").repeated(20'000)), few + 40);
 }

@@ -77,13 +77,13 @@ Uploaded upload(ModelBuilder& builder) {
     return Testing::upload(builder, kPosition);
 }
 
-/// Makes streams that can be told to take no more than so many elements, or not to be made.
+/// Makes streams with an optional maximum of elements, and can refuse to make streams.
 class TightAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
         return _left-- > 0 ? new Stream(type, count, _max) : nullptr;
     }
-    /// How many more streams there are, and how many elements are appended to each of them.
+    /// Sets the number of further streams, and the number of elements that each of them accepts.
     void limit(int streams, quint64 elements) {
         _left = streams;
         *_max = elements;
@@ -110,8 +110,8 @@ private:
 
 class BuilderReuseTest : public testing::Test {
 protected:
-    /// A preparation that fails has to leave neither triangles nor commands, and the next one to succeed as
-    /// if it were the first.
+    /// A failed preparation must leave no triangles and no commands; the next one must succeed as if it were
+    /// the first.
     void expectNothingLeft(const QString& warning) {
         const Uploaded failed = upload(builder);
         EXPECT_THAT(failed.facts, IsEmpty());
@@ -212,7 +212,7 @@ TEST_F(BuilderReuseTest, NextUploadCreatesTheMissingBuffers) {
     expectUploadedAsByANewOne();
 }
 
-// Vertices that are gone are not counted any more.
+// Released vertices are not counted any more.
 TEST_F(BuilderReuseTest, VerticesThatCannotBeMadeAgainAreNotCounted) {
     const float positions[] = {0, 0, 0, 1, 0, 0};
     const unsigned int corners[] = {0, 1, 7};
@@ -228,7 +228,7 @@ TEST_F(BuilderReuseTest, VerticesThatCannotBeMadeAgainAreNotCounted) {
     builder.createMaterialGroup(QStringLiteral("lines"), InstanceData(), -1, 0);
     builder.addFacesToMaterialGroup(QStringLiteral("lines"), 2, faces, QString());
     EXPECT_THAT(upload(builder).statistics, ElementsAre(3, 2, 0, 2, 1))
-        << "without triangles, it prepares again";
+        << "without triangles, the builder prepares again";
     EXPECT_THAT(upload(builder).statistics, ElementsAre(3, 2, 0, 2, 1));
     declare();
     allocator->limit(0, 0);

@@ -23,7 +23,7 @@ using Testing::views;
 
 const MergeOptions kOptions{0x5EED, {}, {}};
 
-/// The lists of a remap, those of the identity included.
+/// The lists of a remap, including an identity.
 Merged listsOf(const VertexRemap& remap, const GuardedArray<quint32>& vertexOfCorner) {
     if (!remap.isIdentity())
         return {vertexOfCorner.items(), {remap.firstCorner(), remap.firstCorner() + remap.vertexCount()}};
@@ -60,7 +60,7 @@ void expectSame(const Merged& merged, const Merged& expected) {
 /// Corners with a position and a colour, drawn from few or many different values; some have no value.
 std::vector<TestAttribute> sparseMesh(std::mt19937& random, quint32 cornerCount, quint32 differentValues) {
     const auto below = [&random](quint32 limit) { return static_cast<quint32>(random() % limit); };
-    // Enough that corners rarely share one by chance: otherwise nothing would be filtered.
+    // Enough values that corners rarely share one by chance: otherwise the filter would remove nothing.
     const quint32 valueCount = cornerCount * 32;
     std::vector<unsigned char> positions(valueCount * 3 * sizeof(float));
     std::vector<unsigned char> colours(valueCount * sizeof(quint32));
@@ -150,7 +150,7 @@ TestAttribute numberedValues(quint32 count, quint64 stride, quint64 place) {
     return {values, indices, stride};
 }
 
-// All corners but two differ. Any two: the filter works in blocks, and each place in them is tried.
+// All corners differ except two. Tests all places of these two, because the filter works in blocks.
 TEST(ByteMergingTest, TwoEqualCornersAreFoundAtEveryPlace) {
     for (const quint32 count : {8U, 32U, 33U, 65U})
         for (quint32 second = 1; second < count; ++second)
@@ -167,7 +167,7 @@ TEST(ByteMergingTest, TwoEqualCornersAreFoundAtEveryPlace) {
             }
 }
 
-// If a byte were left out of the hash, all corners would be suspects, and suspects need the list.
+// If the hash omitted a byte, all corners would be candidates, and candidates need the list.
 TEST(ByteMergingTest, DistinctCornersNeedNoListOfFirstCorners) {
     constexpr quint32 kCount = 3000;
     for (const quint64 stride : {2U, 4U, 8U, 12U, 13U, 16U, 20U, 30U, 33U, 40U})
@@ -211,7 +211,7 @@ TEST(ByteMergingTest, ManyCornersWithEqualSlotsAreComparedByTheirBytes) {
     EXPECT_EQ(mergedByBytes({same.view(), different.view()}, kCount).firstCorner.size(), kCount);
 }
 
-// Lists that look like a run of consecutive values but are none.
+// Lists that resemble a run of consecutive values.
 TEST(ByteMergingTest, RunsOfIndicesEndWithTheValues) {
     TestAttribute attribute = numberedValues(100, 12, 0);
     std::iota(attribute.indices.begin(), attribute.indices.end(), 0xFFFFFFF0U);

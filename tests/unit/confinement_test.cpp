@@ -1,4 +1,4 @@
-// Loads that read nothing outside of the model's own folder.
+// Confined loads: they read nothing outside of the model's own folder.
 
 #include <memory>
 #include <vector>
@@ -38,7 +38,7 @@ constexpr LoadOptions kConfined{LoadOptions::Files::InOwnFolder};
 
 const QByteArray kTriangle = "usemtl red\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
 
-/// A model in a folder of its own, with something beside that folder.
+/// A model in its own folder, with files beside that folder.
 class ConfinementTest : public testing::Test {
 protected:
     ConfinementTest() { EXPECT_TRUE(QDir(_top.path()).mkpath("model/sub")); }
@@ -129,7 +129,7 @@ TEST_F(ConfinementTest, DefaultKeepsMapsAnywhere) {
     EXPECT_EQ(material().texturePath("map_Kd"), path("model/../out.png"));
 }
 
-// Whoever asks for a model by a link means what it leads to; names start from where the link lies.
+// A link to a model is followed; names in the model are relative to the folder of the link.
 TEST_F(ConfinementTest, ModelItselfMayBeALinkOutOfTheFolder) {
     write("out.obj", "mtllib in.mtl\n" + kTriangle);
     write("model/in.mtl", "newmtl red\n");

@@ -30,7 +30,7 @@ struct Attribute {
     std::vector<unsigned int> indices;
 };
 
-/// What is added at a time: all corners of some faces.
+/// The part that is added at a time: all corners of some faces.
 struct Part {
     std::size_t firstFace;
     std::size_t faces;
@@ -51,7 +51,7 @@ class RandomMesh {
 public:
     explicit RandomMesh(unsigned int seed) : _random(seed) {}
 
-    /// All faces have as many corners up to the one from which `others` on they are of any size.
+    /// Faces before `others` have equal numbers of corners; later faces have any number.
     Mesh make(unsigned int corners, std::size_t faceCount, std::size_t others) {
         Mesh mesh;
         for (std::size_t face = 0; face < faceCount; ++face)
@@ -73,7 +73,7 @@ private:
 
     Attribute attribute(const QString& name, int components, std::size_t cornerCount) {
         Attribute attribute{name, components, {}, {}};
-        // Few values, which come again, or many.
+        // Few values, which repeat, or many.
         const unsigned int valueCount = 4 + (below(2) == 0 ? below(20) : below(2 * cornerCount + 1));
         for (std::size_t i = 0; i < valueCount * static_cast<std::size_t>(components); ++i)
             attribute.values.push_back(static_cast<float>(below(5)));
@@ -191,7 +191,7 @@ TEST(ConsumedInputTest, GivesTheSameAsAnOrdinaryUpload) {
     }
 }
 
-// Face counts and corners are handed on in blocks.
+// Face counts and corners are passed on in blocks.
 TEST(ConsumedInputTest, ManyFacesGiveTheSameAsAnOrdinaryUpload) {
     for (unsigned int seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);

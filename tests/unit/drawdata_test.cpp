@@ -32,7 +32,7 @@ constexpr quint64 kMask = 0xF0;
 const QString kPosition = QStringLiteral("position");
 const QString kColor = QStringLiteral("color");
 
-/// A square of two triangles, each a group with a draw key of its own, and a group without faces.
+/// A square of two triangles and a group without faces. Each triangle is a group with its own draw key.
 class DrawDataTest : public testing::Test {
 protected:
     DrawDataTest() { makeBuilder({}); }
@@ -61,7 +61,7 @@ protected:
         builder->addFacesToMaterialGroup(QString::fromLatin1(name), 1, &face, objectName);
     }
 
-    /// Everything that an upload gives: the calls, the bytes and what the model holds.
+    /// The results of an upload: the calls, the bytes and the contents of the model.
     template<typename Upload>
     static QStringList uploaded(const Upload& upload) {
         const RecordingContext context;
@@ -192,7 +192,7 @@ TEST_F(DrawDataTest, SecondCallSharesTheStreamsAndUsesTheCurrentGroups) {
     EXPECT_EQ(second.group(0, 0).material.name(), QStringLiteral("new"));
 }
 
-// A builder keeps its input: it can prepare it later.
+// A builder keeps its input, so it can prepare it later.
 TEST_F(DrawDataTest, CancelledPreparationCanBeRepeated) {
     builder->generateNormals(QStringLiteral("normal"));
     for (const LoadPhase phase : {LoadPhase::Merging, LoadPhase::Triangulating, LoadPhase::MakingNormals}) {
@@ -241,7 +241,7 @@ TEST_F(DrawDataTest, UploadReleasesMovedDataAndKeepsCopies) {
     const DrawData copy(data);
     const QStringList expected = uploadedByTheBuilder();
     EXPECT_EQ(uploaded([&](GPUModel& model) { upload(std::move(data), model, options()); }), expected);
-    EXPECT_TRUE(data.isNull()); // NOLINT(bugprone-use-after-move): what an upload promises
+    EXPECT_TRUE(data.isNull()); // NOLINT(bugprone-use-after-move): an upload guarantees it
     EXPECT_EQ(indices(copy).size(), 6U);
     EXPECT_EQ(copy.group(1, 0).objectName, QStringLiteral("object"));
     EXPECT_EQ(uploaded([&](GPUModel& model) { upload(copy, model, options()); }), expected);

@@ -81,7 +81,7 @@ TEST(EarTriangleTest, FilterAgreesWithTheDefinedTestBesideTheBorder) {
 
 class EarBlockersTest : public testing::Test {
 protected:
-    /// Asks for random triangles of the polygon's corners, after each of which some corners are removed.
+    /// Tests random triangles of the polygon's corners and removes some corners after each.
     void compareWithAllCorners(const std::vector<PlanePoint>& points) {
         const int count = static_cast<int>(points.size());
         std::vector<bool> active(count, true);
@@ -126,7 +126,7 @@ TEST_F(EarBlockersTest, AnswersEqualATestOfAllActiveCorners) {
 }
 
 TEST_F(EarBlockersTest, FindCornersThatRoundingPutsInsideAThinTriangle) {
-    // All on a line but for rounding: thin triangles whose widened sides never meet again.
+    // All on a line except for rounding: thin triangles whose widened sides never meet again.
     std::uniform_real_distribution<float> number(-1, 1);
     for (int round = 0; round < 1'000; ++round) {
         const float slope = number(random());
@@ -192,7 +192,7 @@ TEST_F(EarBlockersTest, RebuildingRemovesTheOldCorners) {
         some[spoilt] = {kNan, 1};
         blockers.build(some.data(), 6);
         blockers.remove(static_cast<int>(spoilt));
-        EXPECT_TRUE(blockers.block(triangle)) << "corner " << spoilt << " is at no site";
+        EXPECT_TRUE(blockers.block(triangle)) << "corner " << spoilt << " has no site";
         blockers.remove(4);
         EXPECT_FALSE(blockers.block(triangle));
     }

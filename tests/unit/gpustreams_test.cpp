@@ -26,7 +26,7 @@ constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;
 constexpr unsigned int kDouble = 0x140A;
 
-/// A builder that is fed in one line per attribute.
+/// A builder with one function call per attribute.
 class GPUStreamsTest : public testing::Test {
 protected:
     template<typename T>
@@ -134,7 +134,7 @@ TEST_F(GPUStreamsTest, CornersOfOnePositionAndDifferentNormalsStayApart) {
         EXPECT_THAT(indices("position"), ElementsAre(0, 1, 0, 1, 2, 0));
         EXPECT_THAT(values("position"), ElementsAre(20, 20, 21));
         EXPECT_THAT(values("normal"), ElementsAre(10, 11, 10));
-        // Different indices, though of equal values, are different tuples.
+        // Different indices are different tuples, even if their values are equal.
         EXPECT_THAT(log.texts(QtDebugMsg), ElementsAre(mergeCorners ? summary(4, 3, 75) : summary(6, 3, 50)));
     }
 }
@@ -250,7 +250,7 @@ TEST_F(GPUStreamsTest, InvalidIndicesStandForZeros) {
                 ElementsAre(QStringLiteral(
                     "3 corners have no valid index into vertex attribute 'a' and take a value of zeros")));
     EXPECT_THAT(elements<quint32>(stream("a", kIndices)), ElementsAre(0, 2, 0x7FFFFFFF, 1))
-        << "the list itself stays";
+        << "the list itself is unchanged";
     EXPECT_EQ(builder->statistics().substitutedCorners, 3U);
 }
 

@@ -19,7 +19,7 @@ using Testing::MessageLog;
 
 const unsigned int kTypes[] = {0x1400, 0x1401, 0x1402, 0x1403, 0x1404, 0x1405, 0x1406, 0x140A, 0x140B};
 
-/// How a random mesh is made up; the odds are in percent.
+/// The composition of a random mesh; the odds are in percent.
 struct Recipe {
     int attributes = 3;
     quint32 corners = 300;
@@ -90,7 +90,7 @@ private:
 
     QByteArray value(int stride, unsigned int type) {
         if (type == 0x1406) {
-            // Equal as numbers, or not even that, and yet other bytes.
+            // Different bytes, with equal numbers or with NaN.
             const quint32 patterns[] = {0x00000000, 0x80000000, 0x7FC00000, 0x7FC00001,
                                         0xFFC00000, 0x7F800001, 0x3F800000, 0x00000001};
             QByteArray bytes;

@@ -26,7 +26,7 @@ constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;
 const QString kGroup = QStringLiteral("group");
 
-/// Faces over the corners of a unit square, which are cut by themselves.
+/// Faces over the corners of a unit square, triangulated directly.
 class GroupTrianglesTest : public testing::Test {
 protected:
     GroupTrianglesTest() {
@@ -62,7 +62,7 @@ public:
 /// Runs of consecutive faces, each a first one and a number of them.
 using Runs = std::vector<std::pair<quint32, quint32>>;
 
-/// Short and long ones, at the lengths where they are handed on in parts, too.
+/// Short and long runs, including the lengths at which they are passed on in parts.
 Runs randomRuns(std::mt19937& random, quint32 faceCount) {
     const quint32 lengths[] = {1, 1, 1, 2, 2, 3, 7, 2047, 2048, 2049};
     Runs runs;
@@ -76,7 +76,7 @@ Runs randomRuns(std::mt19937& random, quint32 faceCount) {
     return runs;
 }
 
-/// What a meter is told while a group of faces is cut.
+/// The numbers that a meter receives during the triangulation of a group.
 class TriangleWriterMeterTest : public testing::Test {
 protected:
     static std::vector<int> told(quint32 cornerCount, std::vector<unsigned int> faces,
@@ -149,7 +149,7 @@ TEST_F(GroupTrianglesTest, FacesInARunOfAnUnknownGroupAreNotTaken) {
     EXPECT_TRUE(ModelBuilderAccess(builder).addFaceRun(kGroup, 0, 1));
 }
 
-// More than fit into a stream: no memory is taken for them.
+// More than the capacity of a stream: no memory is allocated for them.
 TEST_F(GroupTrianglesTest, PolygonOfTooManyTrianglesIsRefused) {
     constexpr quint32 kCorners = 178'956'973;
     ModelBuilder builder;

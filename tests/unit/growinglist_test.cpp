@@ -19,7 +19,7 @@ using List = GrowingList<quint32>;
 
 constexpr quint64 kMebibyte = (quint64{1} << 20) / sizeof(quint32);
 
-/// Whether the list has room for exactly `count` items. Grows it by one more.
+/// Whether the capacity of the list is exactly `count` items. Grows the list beyond it by one item.
 bool hasCapacityFor(List& list, quint64 count) {
     const quint32* const items = list.items();
     list.reserve(count, 0);
@@ -65,7 +65,7 @@ TEST(GrowingListTest, ItemsAreZerosAndKeepTheirValues) {
 TEST(GrowingListTest, ShortListsGrowToFourTimesTheirSize) {
     List list;
     list.reserve(10, 0);
-    EXPECT_TRUE(hasCapacityFor(list, 10)) << "an empty list takes what is needed";
+    EXPECT_TRUE(hasCapacityFor(list, 10)) << "an empty list allocates exactly the requested capacity";
     EXPECT_TRUE(hasCapacityFor(list, 44));
     EXPECT_TRUE(hasCapacityFor(list, 180));
     list.reserve(10'000, 0);
@@ -98,10 +98,10 @@ TEST(GrowingListTest, ClearedListHasNoCapacity) {
     list.clear();
     list.reserve(50, 50);
     EXPECT_EQ(list.items()[0], 0U);
-    EXPECT_TRUE(hasCapacityFor(list, 50)) << "the old room is gone";
+    EXPECT_TRUE(hasCapacityFor(list, 50)) << "the old capacity is released";
 }
 
-// Four times the room has no addresses then; one and a half times what is asked for has.
+// Then there are no addresses for four times the capacity, but for one and a half times the request.
 TEST(GrowingListTest, ScarceAddressesReduceTheSpareCapacity) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";

@@ -1,4 +1,4 @@
-// Whatever a path leads to: a defined error, at once.
+// Any hostile path gives a defined error at once.
 
 #include "support/hostilepaths.h"
 
@@ -36,16 +36,16 @@ using Testing::MessageLog;
 using Testing::RecordingContext;
 using Testing::WithoutRootsRights;
 
-// Far more than the 100 ms that an error may take, since the machine may be busy.
+// Far more than the 100 ms allowed for an error, because the machine may be busy.
 constexpr unsigned int kPatienceSeconds = 5;
 
 class HostilePathsTest : public testing::Test {
 protected:
     HostilePathsTest() {
-        EXPECT_EQ(chmod(qPrintable(_folder.path()), 0777), 0) << "for whoever root becomes";
+        EXPECT_EQ(chmod(qPrintable(_folder.path()), 0777), 0) << "for the user that replaces root";
     }
 
-    /// Calls `use` with every path, as somebody who is not root.
+    /// Calls `use` with every path, as a user other than root.
     template<typename Use>
     void forEveryPath(Use use) {
         qint64 slowest = 0;

@@ -20,7 +20,7 @@ using Testing::PlainStream;
 
 constexpr unsigned int kFloat = 0x1406;
 
-/// By which way indices come to the vertices that they name.
+/// The way in which indices are merged.
 enum class Path { KeptLists, OverwrittenLists, MergedCorners };
 
 /// A vertex attribute with the index of each corner; value v has the components v + 1.

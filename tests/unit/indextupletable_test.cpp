@@ -90,7 +90,7 @@ TEST_F(IndexTupleTableTest, TuplesAreNumberedAsTheyAppear) {
                 }
                 ASSERT_NO_FATAL_FAILURE(expectTuples());
                 tuples().finish();
-                ASSERT_NO_FATAL_FAILURE(expectTuples()) << "they stay";
+                ASSERT_NO_FATAL_FAILURE(expectTuples()) << "the stored tuples are unchanged";
             }
 }
 

@@ -25,12 +25,12 @@ std::string nameOf(const testing::TestParamInfo<LineParser>& parser);
 
 /// The AVX-512 parser twice: with the processor's instructions, and with emulated ones.
 std::vector<LineParser> wideParsers();
-/// The portable way, and what uses the processor's own instructions.
+/// The portable parser, and the parsers that use the processor's own instructions.
 std::vector<LineParser> nativeParsers();
 /// Those, and the emulated parser.
 std::vector<LineParser> allParsers();
 
-/// A test with one way to parse; skipped where the processor lacks its instructions.
+/// A test with one parser; skipped if the processor lacks its instructions.
 class LineParserTest : public testing::TestWithParam<LineParser> {
 protected:
     void SetUp() override;
@@ -51,7 +51,7 @@ private:
     int _size;
 };
 
-/// What a parser made of a text.
+/// The result of parsing a text.
 struct ParsedLines {
     std::unique_ptr<ObjRun> run{new ObjRun};
     ObjLineCounts counts = {1, 1, 1}; ///< as behind the first line of each kind

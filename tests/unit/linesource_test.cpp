@@ -28,8 +28,7 @@ using Testing::withoutEmptyEnd;
 class LineSourceTest : public testing::Test {
 protected:
     void write(const QByteArray& bytes) {
-        // A file that is cut down to nothing may be written to the disk when it is closed: a new one is
-        // faster.
+        // Closing a file that was truncated to zero may flush it to the disk; a new file is faster.
         _file.remove();
         ASSERT_TRUE(_file.open(QIODevice::WriteOnly));
         _file.write(bytes);
@@ -170,7 +169,7 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDroppedFromStreamsToo) {
     EXPECT_EQ(linesOf(source), QStringList({"a", "b"}));
 }
 
-// A file's line may have as many bytes as the limit says; a stream's line has to be shorter.
+// A line of a file may reach the limit; a line of a stream has to be shorter.
 TEST_F(LineSourceTest, LimitOfLinesIsExact) {
     constexpr int kLimit = 100;
     QStringList ofFile;

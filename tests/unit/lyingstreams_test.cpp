@@ -27,14 +27,14 @@ constexpr unsigned int kFloat = 0x1406;
 const QString kPosition = QStringLiteral("position");
 const QString kUv = QStringLiteral("uv");
 
-/// In which way a builder gets a mesh, and which mesh it is.
+/// A mesh, and the way in which a builder gets it.
 struct Way {
     const char* name;
     bool keepsInput;
     bool mergesCorners;
     std::vector<unsigned int> counts; ///< of corners, by face; the first face is in no group
     quint32 positions;
-    /// What the streams are for, in the order in which they are asked for.
+    /// The purposes of the streams, in the order of the requests.
     std::vector<const char*> purposes;
 
     bool isUniform() const {
@@ -46,7 +46,7 @@ struct Way {
     friend void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
 };
 
-/// A copy that ends before a page that cannot be touched: a stream that reads too much of it ends the test.
+/// A copy that ends before an inaccessible page: a stream that reads beyond it ends the test.
 template<typename T>
 std::unique_ptr<GuardedMemory> guarded(const std::vector<T>& values) {
     std::unique_ptr<GuardedMemory> memory(new GuardedMemory(values.size() * sizeof(T)));
@@ -113,14 +113,14 @@ private:
     ModelBuilder& _builder;
 };
 
-/// What came of an upload.
+/// The result of an upload.
 struct Outcome {
     QStringList facts;
     std::vector<QByteArray> uploads;
     QString unsoundness;
     std::vector<QString> warnings;
     std::vector<QString> assertions;
-    std::vector<quint64> counts; ///< of elements in the streams that were asked for
+    std::vector<quint64> counts; ///< of elements in the requested streams
 };
 
 template<typename Stream>
@@ -147,7 +147,7 @@ Outcome upload(const Way& way, std::size_t liar, Lie lie) {
     return outcome;
 }
 
-/// What a lie is to come to.
+/// The expected effect of a lie.
 struct Expectation {
     enum Model { Right, None, Partial } model = Right;
     std::vector<QString> warnings;
@@ -179,7 +179,7 @@ QString faceTypeAssertion(unsigned int type) {
                              type);
 }
 
-/// What a lie of a stream of `count` elements comes to. One that is too short or too long is resized.
+/// The expected effect of a lie of a stream of `count` elements. A stream of a wrong length is resized.
 template<typename Stream>
 Lie seenAs(Lie lie, quint64 count) {
     constexpr bool kGrowsByResize = !std::is_base_of_v<ModelDataArray, Stream>;
@@ -299,8 +299,7 @@ constexpr const char* kPassedOver = nullptr;
 
 class LyingStreamsTest : public testing::TestWithParam<Way> {
 protected:
-    /// Lets each stream lie in each way and expects that no memory beyond is touched, and that the model is
-    /// as it has to be.
+    /// Lets each stream lie in each way. Expects no access beyond its memory, and the expected model.
     template<typename Stream>
     void expectLiesAreSurvived() const {
         const Way& way = GetParam();
@@ -360,7 +359,7 @@ std::vector<const char*> purposes(std::initializer_list<const char*> followers) 
     return all;
 }
 
-/// Lies of the input come to the same, however many vertices there are.
+/// Lies of the input have the same effect for any number of vertices.
 std::vector<const char*> purposesBehindTheInput(std::size_t inputs,
                                                 std::initializer_list<const char*> followers) {
     std::vector<const char*> all(inputs, kPassedOver);
@@ -399,7 +398,7 @@ TEST_P(LyingArraysTest, NoLieSilentlyChangesTheModel) {
     expectLiesAreSurvived<ModelDataArray>();
 }
 
-// An index list of the library's own becomes the list of corners, unless the merging goes on to need it.
+// The library's own index list becomes the list of corners unless merging still needs it.
 INSTANTIATE_TEST_SUITE_P(
     Ways, LyingArraysTest,
     testing::Values(Way{"CornersOverwriteAList", false, false, kMixed, 9,

@@ -67,7 +67,7 @@ void* MappingWatch::move(void* address, std::size_t bytes, std::size_t newBytes,
         return MAP_FAILED;
     }
     ++_moves;
-    // The mapping that the pages leave is none any more.
+    // The old mapping of moved pages no longer exists.
     const auto behind = _mappings.upper_bound(reinterpret_cast<std::uintptr_t>(address));
     if (behind != _mappings.begin())
         _mappings.erase(std::prev(behind));

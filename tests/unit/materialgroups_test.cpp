@@ -182,7 +182,7 @@ TEST_F(MaterialGroupsTest, FacesOutsideTheTablesGiveNothing) {
     EXPECT_EQ(builder.statistics().untriangulatedFaces, 3U + 4U + 4U);
 }
 
-// Memory is asked for faces far ahead, whether they are there or not.
+// Faces far ahead are prefetched, even if they do not exist.
 TEST_F(MaterialGroupsTest, ManyFacesOutsideTheTablesGiveNothing) {
     square();
     faces({3, 3, 3});
@@ -207,8 +207,9 @@ TEST_F(MaterialGroupsTest, NegativeCornerCountGivesNothing) {
 }
 
 TEST_F(MaterialGroupsTest, PositionsAfterTheEndAreZero) {
-    // Vertex 4 has no z, vertices 5 and 0x80000000 nothing at all: where they were, the ear of vertex 3 would
-    // be another one.
+    // Vertex 4 has no z, vertices 5 and 0x80000000 do not exist: with other values, the ear of vertex 3 would
+    // be
+    // different.
     fillPositions({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1});
     faces({5, 5, 4});
     fill(corners, {0, 1, 2, 3, 5, 3, 4, 0x80000000, 0, 1, 0, 1, 3, 5});
@@ -228,7 +229,7 @@ TEST_F(MaterialGroupsTest, PositionsAfterTheEndAreZero) {
     EXPECT_NE(triangles(), expected({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1, 0, 9, -9, 0}));
     positions.reset();
     prepare("a");
-    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft, kNoEarLeft)) << "all at one place";
+    EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(kNoEarLeft, kNoEarLeft)) << "all corners are equal";
     EXPECT_EQ(triangles().size(), 24U + 6U);
 }
 
@@ -331,7 +332,7 @@ TEST_F(MaterialGroupsTest, WithoutAnIndexStreamTheGroupIsDropped) {
         ElementsAre(QStringLiteral("Unable to upload: no stream could be made for the triangle indices")));
 }
 
-/// Takes the first ten elements and no more.
+/// Accepts only the first ten elements.
 class FullStream : public Testing::PlainStream {
 public:
     using PlainStream::PlainStream;
@@ -385,7 +386,7 @@ struct LongMesh {
     }
 };
 
-// Indices are handed on many at a time: the first are refused while faces are left.
+// Indices are passed on in blocks: the first block is refused while faces remain.
 TEST_F(MaterialGroupsTest, IndicesRefusedEarlyDropTheGroupToo) {
     square();
     for (const quint32 count : {3U, 4U, 5U})

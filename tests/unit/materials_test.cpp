@@ -108,7 +108,7 @@ TEST(MaterialPlanTest, DeclaresNineMembersInOrder) {
 }
 
 TEST_F(MaterialLibraryTest, EmptyLibraryHasNoMaterials) {
-    // A group that is made all the same could have the empty name, or one from before.
+    // A wrongly created group could have the empty name or an earlier one.
     for (const char* library : {"", "# comments\n\n  # only\n", "Kd 1 0 0\nillum 2\n"}) {
         load(library, {"", "red"});
         EXPECT_THAT(names(), IsEmpty()) << library;

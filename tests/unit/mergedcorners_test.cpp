@@ -97,7 +97,7 @@ TEST_F(MergedCornersTest, CornersAreUnmergedBlockByBlock) {
     }
 }
 
-/// Takes two corners and no more.
+/// Accepts only two corners.
 class FullList : public Testing::PlainStream {
 public:
     FullList() : PlainStream(kUnsignedInt, 0) {}

@@ -99,7 +99,7 @@ TEST_P(MeshTest, MeshWithoutIndicesIsNotComplete) {
     EXPECT_FALSE(mesh.isComplete());
 }
 
-// Where corners are merged no more, the end of a list says the same as corners without a value.
+// After merging has stopped, missing entries at the end of a list equal corners without a value.
 TEST_P(MeshTest, CornersWithoutAValueAreListedWhenOneWithAValueFollows) {
     mesh.attributes.addIndices(kPosition, 0, nullptr); // from here on, corners are listed
     addCorners({0, 1, 2}, {kNoIndex, kNoIndex, kNoIndex});

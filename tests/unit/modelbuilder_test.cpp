@@ -24,7 +24,7 @@ constexpr unsigned int kDouble = 0x140A;
 const QString kName = QStringLiteral("va_Vertex");
 const QString kGroup = QStringLiteral("group");
 
-/// A builder with the least that is valid: one group, one face count, one value and one index.
+/// A minimal valid builder: one group, one face count, one value and one index.
 void makeValid(ModelBuilder& builder) {
     const float value = 1.0F;
     const unsigned int zero = 0;
@@ -56,7 +56,7 @@ TEST(ModelBuilderTest, IsValidWithAGroupAFaceAValueAndAnIndex) {
     builder.addVertexCountsToFaces(1, &zero);
     EXPECT_FALSE(builder.isValid());
     builder.createVertexAttribute(kName, 1, kFloat, 0, 0);
-    EXPECT_FALSE(builder.isValid()) << "an attribute that was never given anything";
+    EXPECT_FALSE(builder.isValid()) << "an attribute without data";
     builder.addValuesToVertexAttribute(kName, 1, &value, kFloat);
     EXPECT_FALSE(builder.isValid());
     builder.addIndicesToVertexAttribute(kName, 1, &zero);
@@ -90,7 +90,7 @@ TEST(ModelBuilderTest, UnknownNamesAreNoErrors) {
     EXPECT_FALSE(builder.hasVertexAttribute(kName));
     builder.addValuesToVertexAttribute(kName, 1, &zero, kFloat);
     builder.addIndicesToVertexAttribute(kName, 1, &zero);
-    EXPECT_FALSE(builder.hasMaterialGroup(kGroup)) << "asking inserts nothing";
+    EXPECT_FALSE(builder.hasMaterialGroup(kGroup)) << "the query inserts nothing";
     EXPECT_FALSE(builder.hasVertexAttribute(kName));
     EXPECT_THAT(log.messages(), IsEmpty());
 }
@@ -337,7 +337,7 @@ TEST(ModelBuilderTest, DataBeyondTheCapacityOfAStreamIsRefusedAndReportedOnce) {
     EXPECT_THAT(builder.refusedStreams(),
                 ElementsAre(QStringLiteral("vertex attribute 'va_Vertex'"), QStringLiteral("the faces"),
                             QStringLiteral("material group 'group'")));
-    EXPECT_TRUE(builder.isValid()) << "what was there before is still there";
+    EXPECT_TRUE(builder.isValid()) << "earlier data are kept";
     builder.clear();
     EXPECT_THAT(builder.refusedStreams(), IsEmpty());
 }

@@ -10,7 +10,7 @@
 /// is not linked to the library.
 namespace Atelier::Vel::Testing {
 
-/// What the static objects of the library made and registered, in that order.
+/// The objects that the library's static objects made and registered, in order.
 inline QStringList& staticEvents() {
     static QStringList list;
     return list;

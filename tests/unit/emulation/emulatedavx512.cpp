@@ -8,7 +8,7 @@ namespace {
 
 const char* missingFeature = "";
 
-// What is not emulated, but run as it is.
+// Instructions that run natively, without emulation.
 bool hasSse41() {
 #if defined(__x86_64__)
     return __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("popcnt");

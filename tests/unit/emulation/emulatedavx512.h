@@ -4,8 +4,8 @@
 
 namespace Atelier::Vel {
 
-/// The AVX-512 parser with its instructions emulated; null where it is not compiled, or while the emulated
-/// processor lacks a feature.
+/// The AVX-512 parser with emulated instructions; null if it is not compiled or the emulated processor lacks
+/// a feature.
 WideParser* findEmulatedAvx512Parser();
 
 namespace Testing {
@@ -13,7 +13,7 @@ namespace Testing {
 /// Whether the emulated processor has a feature, by the compilers' name for it.
 bool isEmulated(const char* feature);
 
-/// Takes a feature from the emulated processor while it lives.
+/// Removes a feature from the emulated processor during its lifetime.
 class WithoutFeature {
 public:
     explicit WithoutFeature(const char* feature);

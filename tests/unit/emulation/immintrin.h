@@ -1,8 +1,7 @@
 #pragma once
 
-// Stands in for the compiler's header of this name: the AVX-512 and BMI instructions of the AVX-512 parser as
-// plain C++, after their definitions in the processors' manual. So the parser runs on processors that lack
-// them.
+// Replaces the compiler's header of this name: the AVX-512 and BMI instructions of the AVX-512 parser in
+// plain C++, as the processors' manual defines them. The parser then runs on processors that lack them.
 
 #include <array>
 #include <cstddef>
@@ -67,7 +66,7 @@ std::uint64_t comparedBytes(const __m512i& a, const __m512i& b, Comparison compa
     return mask;
 }
 
-/// A register whose lower part is given. What the upper parts hold is not defined.
+/// A register with a given lower part. The upper parts are undefined.
 inline __m512i widened(const __m128i& part) {
     __m512i value = repeated<unsigned char>(0xA5);
     std::memcpy(&value, &part, sizeof part);
@@ -316,7 +315,8 @@ inline __mmask16 _mm_mask_cmpge_epu8_mask(__mmask16 mask, const __m128i& a, cons
     return mask & Atelier::Vel::Testing::comparedBytes(a, b, [](auto x, auto y) { return x >= y; });
 }
 
-// What the parser is compiled for, what it asks the processor for, and how it keeps a constant in a register.
+// The features that the parser is compiled for, its test of the processor, and its way to keep a constant in
+// a register.
 #define target(features) __target__("sse4.1,popcnt")
 #define __builtin_cpu_supports(feature) Atelier::Vel::Testing::isEmulated(feature)
 #define __asm__(...)

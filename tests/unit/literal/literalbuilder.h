@@ -7,9 +7,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-/// The way from separately indexed attributes to unique vertices and normals, step by step as it is defined:
-/// one vertex per corner first, a byte array as the key of each. What the library is compared with; nothing
-/// here is shared with it.
+/// Makes unique vertices and normals from separately indexed attributes, step by step as defined: first one
+/// vertex per corner, with a byte array as its key. The reference for the library; shares no code with it.
 namespace Atelier::Vel::Literal {
 
 struct Attribute {

@@ -8,7 +8,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// An ObjReader made of Qt's own calls, line by line: what the real one has to agree with.
+/// An ObjReader made of Qt's own calls, line by line. The real one has to agree with it.
 class LiteralObjReader {
 public:
     using Kind = ObjReader::Kind;

@@ -6,8 +6,8 @@
 #include <QtGui/QVector2D>
 #include <QtGui/QVector3D>
 
-/// The cut of a polygon, step by step as it is defined: quadratic, with Qt's own vectors. What the library is
-/// compared with; nothing here is shared with it.
+/// The triangulation of a polygon, step by step as defined: quadratic, with Qt's own vectors. The reference
+/// for the library; shares no code with it.
 namespace Atelier::Vel::Literal {
 
 struct Corner {

@@ -78,7 +78,7 @@ PlaneShape onGrid(int count, std::mt19937& random) {
     return shape;
 }
 
-/// A closed walk along grid lines: straight corners, exact ties, and now and then a crossing.
+/// A closed walk along grid lines: straight corners, exact ties, and some crossings.
 PlaneShape staircase(int count, std::mt19937& random) {
     PlaneShape shape;
     int x = 0;

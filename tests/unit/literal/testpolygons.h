@@ -5,7 +5,7 @@
 
 #include <QtGui/QVector3D>
 
-/// Polygons to cut: well-behaved ones, and every kind of nasty one.
+/// Polygons to triangulate: well-behaved ones, and every kind of nasty one.
 namespace Atelier::Vel::Testing {
 
 struct TestPolygon {
