@@ -32,7 +32,7 @@ std::vector<quint32> words(ModelDataArray& array) {
 
 static_assert(std::is_convertible_v<unsigned int, ModelDataArray>);
 
-/// Makes a change again and again. Returns: how often the elements got another place.
+/// Repeats a change. Returns: how often the elements moved.
 int movesOf(ModelDataArray& array, int changes, const std::function<void()>& change) {
     int moves = 0;
     for (int i = 0; i < changes; ++i) {
@@ -43,7 +43,7 @@ int movesOf(ModelDataArray& array, int changes, const std::function<void()>& cha
     return moves;
 }
 
-/// An array of so many bytes that are all 7.
+/// An array of `bytes` bytes with the value 7.
 ModelDataArray sevens(quint64 bytes) {
     const std::vector<unsigned char> values(bytes, 7);
     ModelDataArray array(kUnsignedByte);
@@ -57,7 +57,7 @@ bool areSevens(ModelDataArray& array, quint64 count) {
            std::all_of(data, data + count, [](unsigned char byte) { return byte == 7; });
 }
 
-/// Makes a change with addresses for so many more bytes. Ends the process with 0 if it is made, 1 if it
+/// Makes a change with a limited number of further addresses. Ends the process with 0 if it succeeds, 1 if it
 /// throws std::bad_alloc, 2 if the array does not keep its `kept` bytes.
 [[noreturn]] void changeWithin(ModelDataArray& array, quint64 kept, quint64 addresses,
                                const std::function<void()>& change) {
@@ -323,7 +323,7 @@ TEST(ModelDataArrayTest, ManyLongArraysTakeFewAddresses) {
     EXPECT_LE(Testing::addressesTaken() - before, quint64{500} << 20);
 }
 
-// It is written where there is room for its bytes, and for no more.
+// The write succeeds if there are addresses only for the bytes of the copy.
 TEST(ModelDataArrayTest, CopyIsWrittenWithScarceAddresses) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
@@ -337,9 +337,12 @@ TEST(ModelDataArrayTest, GrowsWithScarceAddresses) {
     if (VELMODEL_ADDRESS_SANITIZER)
         GTEST_SKIP() << "a sanitizer needs the addresses for itself";
     constexpr quint64 kBytes = 80'000'000;
-    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 2), testing::ExitedWithCode(0), "") << "generously";
-    EXPECT_EXIT(growWithin(kBytes, kBytes * 7 / 4), testing::ExitedWithCode(0), "") << "modestly";
-    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 4), testing::ExitedWithCode(0), "") << "by what is needed";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 2), testing::ExitedWithCode(0), "")
+        << "with much spare capacity";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 7 / 4), testing::ExitedWithCode(0), "")
+        << "with little spare capacity";
+    EXPECT_EXIT(growWithin(kBytes, kBytes * 5 / 4), testing::ExitedWithCode(0), "")
+        << "without spare capacity";
     EXPECT_EXIT(growWithin(kBytes, kBytes * 3 / 4), testing::ExitedWithCode(1), "");
 }
 
@@ -393,7 +396,7 @@ TEST(ModelDataArrayTest, HoldsUpTo2147483647Bytes) {
     EXPECT_TRUE(ModelDataArray::canHold(kNoType, ~quint64{0}));
 }
 
-// Pages that nothing is written to take no memory.
+// Unwritten pages take no memory.
 TEST(ModelDataArrayTest, AppendsUpToTheLastByte) {
     constexpr quint64 kMax = 2147483647;
     const unsigned char values[] = {1, 2, 3};

@@ -68,7 +68,7 @@ protected:
     void link(const QString& target, const QString& name) const {
         EXPECT_EQ(symlink(qPrintable(target), qPrintable(path(name))), 0);
     }
-    /// What `files` give to read under a path; null when they do not open it.
+    /// What `files` read under a path; null if they do not open it.
     static QByteArray read(const ModelFiles& files, const QString& path) {
         const std::unique_ptr<QFile> file = files.open(path);
         return file ? file->readAll() : QByteArray();
@@ -78,7 +78,7 @@ private:
     QTemporaryDir _top;
 };
 
-/// The names that are opened while it lives, and how.
+/// Records the opened names and the flags during its lifetime.
 class Openings {
 public:
     using Opening = std::pair<QByteArray, int>;
@@ -100,7 +100,7 @@ private:
     std::vector<Opening> _all;
 };
 
-/// Lets every file seem to lie on a file system of this kind while it lives.
+/// Makes every file seem to lie on a file system of this kind during its lifetime.
 class FileSystem {
 public:
     explicit FileSystem(long kind) { standIn = kind; }
@@ -108,12 +108,12 @@ public:
     FileSystem(const FileSystem&) = delete;
     FileSystem& operator=(const FileSystem&) = delete;
 
-    /// Asking for the file system fails.
+    /// The query of the file system fails.
     static constexpr long kUnknown = -1;
     static inline long standIn = 0;
 };
 
-/// Does something between the library's looking at a file and its opening it, the first time that a name is
+/// Runs an action between the library's check of a file and its opening, the first time that a name is
 /// opened.
 class BeforeOpening {
 public:
@@ -169,7 +169,7 @@ TEST_F(ModelFilesTest, FolderHoldsTheFilesInItAndBelow) {
     EXPECT_EQ(read(files, path("model/folder/in")), "model/sub/in");
 }
 
-// An absolute path has to begin with the folder's, as it was given or without its links.
+// An absolute path has to begin with the folder's path, as given or with its links resolved.
 TEST_F(ModelFilesTest, FolderHoldsNothingElse) {
     const ModelFiles files(path("model"));
     for (const char* name :
@@ -380,7 +380,7 @@ TEST_F(ModelFilesTest, FolderThatBecomesALinkOutOfItsFolderIsNotEntered) {
 
 } // namespace Atelier::Vel
 
-// Stands in for the C library's function, also for the library's calls.
+// Replaces the C library's function, also for the library's calls.
 extern "C" __attribute__((visibility("default"))) int openat(int folder, const char* name, int flags, ...) {
     Atelier::Vel::BeforeOpening::notice(name);
     Atelier::Vel::Openings::notice(name, flags);

@@ -44,7 +44,7 @@ std::vector<T> uploaded(const RecordingContext& context, std::size_t upload) {
     return result;
 }
 
-/// Makes some objects, none of which can be filled, and then no more.
+/// Makes a limited number of objects; filling them fails.
 class ScarceContext : public OpenGLDeviceContext {
 public:
     explicit ScarceContext(int objects) : _left(objects) {}
@@ -61,7 +61,7 @@ private:
     int _left;
 };
 
-/// Its streams of one type can be made to say that they are longer than they are.
+/// Its streams of one type can report a larger size than they have.
 class BoastingAllocator : public ModelDataStreamAllocator {
 public:
     ModelDataStream* alloc(unsigned int type, quint64 count) override {
@@ -88,7 +88,7 @@ private:
     QSharedPointer<Boast> _boast = QSharedPointer<Boast>::create();
 };
 
-/// Its buffers look at the number of elements only.
+/// Its buffers use only the number of elements.
 class CountingContext : public OpenGLDeviceContext {
 public:
     QSharedPointer<BufferObject> createBufferObject() override {
@@ -443,7 +443,7 @@ TEST_F(IndexWidthTest, BelowTheRestartIndexTheyAreShort) {
     EXPECT_EQ(model.drawable(0)->vertexCount(), 65534U);
     EXPECT_THAT(uploaded<quint16>(context, 0), testing::UnorderedElementsAre(0, 1, 65533));
     EXPECT_EQ(context.recording().uploads[0].elementSize, 2U);
-    EXPECT_EQ(access().gpuIndices()->type(), kUnsignedInt) << "the builder's own stay wide";
+    EXPECT_EQ(access().gpuIndices()->type(), kUnsignedInt) << "the builder's own indices stay wide";
 }
 
 TEST_F(IndexWidthTest, FromTheRestartIndexOnTheyAreWide) {
@@ -493,7 +493,7 @@ TEST_F(ModelUploadTest, ShortIndexStreamsOfManyVerticesStayInsideTheirBytes) {
     builder->addIndicesToVertexAttribute(kPosition, list.size(), list.data());
     upload();
     EXPECT_GT(model.drawableCount(), 0);
-    EXPECT_EQ(model.drawable(0)->indexType(), kUnsignedShort) << "the type that the stream says";
+    EXPECT_EQ(model.drawable(0)->indexType(), kUnsignedShort) << "the type that the stream reports";
 }
 
 TEST_F(ModelUploadTest, FailingAllocatorLeavesTheModelUnchangedWithOneWarning) {
@@ -512,7 +512,7 @@ TEST_F(ModelUploadTest, FailingAllocatorLeavesTheModelUnchangedWithOneWarning) {
         }
         ASSERT_EQ(log.texts(QtWarningMsg).size(), 1U);
         EXPECT_TRUE(log.texts(QtWarningMsg)[0].startsWith("Unable to upload: no stream could be made for "));
-        // Given streams again, the next upload works.
+        // With streams available again, the next upload works.
         allocator->limit(100);
         GPUModel other;
         builder->upload(&other, InstanceData(), kPosition, QString(), kStaticDraw, kTriangles);
@@ -551,7 +551,7 @@ TEST_F(ModelUploadTest, PositionsWithoutStreamsStopTheUpload) {
                     "Unable to upload: no stream could be made for vertex attribute 'position'")));
 }
 
-// What the first upload made of them is gone with the attribute.
+// The results of the first upload are released with the attribute.
 TEST_F(ModelUploadTest, PositionsRedeclaredAfterAnUploadStopTheNextOne) {
     upload();
     const float values[] = {1, 2, 3};
@@ -613,7 +613,7 @@ TEST_F(ModelUploadTest, MaximumCountOfElementsIsUploaded) {
     EXPECT_EQ(model.drawableCount(), 2);
     EXPECT_THAT(*counting->counts, ElementsAre(6, 2147483647));
     counting->counts->clear();
-    // With as many vertices as boasted, indices are wide.
+    // With the claimed number of vertices, indices are wide.
     allocator->boast(kUnsignedInt, 2147483647);
     access().attribute("position").streams[kGPUValues]->resize(3 * 0xFFFF);
     upload();
@@ -670,7 +670,7 @@ TEST_F(ModelUploadTest, StatisticsCountUntriangulatedFacesOncePerGroup) {
     EXPECT_EQ(builder->statistics().triangles, 2U);
 }
 
-// 16-bit streams hold half of the entries; what is not there is vertex 0.
+// 16-bit streams hold half of the entries; missing entries are vertex 0.
 TEST_F(ModelUploadTest, ShortIndicesWithoutAnEntryAreZeros) {
     makeBuilder(QSharedPointer<Testing::LyingAllocator<Testing::PlainStream>>::create(), 0);
     upload();

@@ -148,7 +148,7 @@ QByteArray NastyText::name() {
     return all[static_cast<int>(below(static_cast<unsigned int>(all.size())))];
 }
 
-// As programs write lines.
+// Lines as programs write them.
 QByteArray NastyText::plainLine() {
     const auto decimal = [this] {
         return QByteArray::number((static_cast<double>(below(2'000'000'001)) - 1e9) / 1e7, 'f',
@@ -246,7 +246,7 @@ QByteArray NastyText::mtl(unsigned int lines) {
     return text;
 }
 
-// Mostly bytes that mean something somewhere.
+// Mostly bytes with a meaning in some context.
 QByteArray NastyText::noise(unsigned int bytes) {
     static const char kFavouriteBytes[] =
         "\n\n\r \t\0#/v f-+.0123456789e\xC2\xA0\x85\xE2\x80\xE3\xEF\xBB\xBF\xFE\xFF\xF0\x9F";

@@ -51,7 +51,7 @@ TEST(NormalsTest, IncompleteTriangleIsSkipped) {
 }
 
 TEST(NormalsTest, PositionsAfterTheEndAreZero) {
-    // Vertex 1 is (0, 1, 0), and the others are not there; three times the last one has the lowest bits of 2.
+    // Vertex 1 is (0, 1, 0); the others do not exist. Three times the last one has the lowest bits of 2.
     EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 7}, 2), ElementsAre(0, 0, -1, 0, 0, -1));
     EXPECT_THAT(normals({1, 0, 0, 0, 1}, {0, 1, 1431655766U}, 2), ElementsAre(0, 0, -1, 0, 0, -1));
     EXPECT_THAT(normals({}, {0, 1, 2}, 1), ElementsAre(0, 0, 0));
@@ -63,7 +63,7 @@ quint32 bitsOf(float value) {
     return bits;
 }
 
-/// The same bits, except that one NaN is as good as another.
+/// Whether the bits are equal; all NaNs count as equal.
 testing::AssertionResult sameFloats(const std::vector<float>& a, const std::vector<float>& b) {
     if (a.size() != b.size())
         return testing::AssertionFailure() << a.size() << " and " << b.size() << " floats";

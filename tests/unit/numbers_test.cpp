@@ -31,7 +31,7 @@ float parsedFloat(const std::string& token) {
     return QString::fromLatin1(token.data(), static_cast<int>(token.size())).toFloat();
 }
 
-// What an ObjReader makes of a token is QString's number, whether parseFloat knows the spelling or not.
+// An ObjReader gives QString's number for every token, including spellings that parseFloat does not accept.
 void expectSameFloat(const std::string& token) {
     const float expected = QString::fromLatin1(token.data(), static_cast<int>(token.size())).toFloat();
     ASSERT_EQ(bitsOf(parsedFloat(token)), bitsOf(expected)) << '"' << token << '"';

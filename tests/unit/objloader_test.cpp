@@ -45,7 +45,7 @@ using Testing::RecordingContext;
 using Testing::scaled;
 using Testing::WithoutRootsRights;
 
-/// What one load gave.
+/// The result of a load.
 struct Loaded {
     std::unique_ptr<GPUModel> model;
     QString error;
@@ -104,8 +104,7 @@ class ObjLoaderTest : public testing::Test {
 protected:
     QString path(const QString& name) const { return _directory.filePath(name); }
     void write(const QString& name, const QByteArray& text) {
-        // A file that is cut down to nothing may be written to the disk when it is closed: a new one is
-        // faster.
+        // Closing a file that was truncated to zero may flush it to the disk; a new file is faster.
         QFile::remove(path(name));
         QFile file(path(name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -178,7 +177,7 @@ TEST_F(ObjLoaderTest, DirectoryFails) {
     EXPECT_EQ(loaded.error, QStringLiteral("Failed to load OBJ file '%1'").arg(path(QString())));
 }
 
-// Opening a pipe that nobody writes to would wait for ever.
+// Opening a pipe without a writer would wait for ever.
 TEST_F(ObjLoaderTest, PipeFailsAtOnce) {
     const QString pipe = path(QStringLiteral("pipe"));
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
@@ -411,9 +410,9 @@ TEST_F(ObjLoaderTest, ProgressRisesToTheEndInAFewHundredCalls) {
     EXPECT_LE(done.back(), text.size());
 }
 
-constexpr int kBlockBytes = 256 * 1024; // of the text, that are read at a time
+constexpr int kBlockBytes = 256 * 1024; // of text, read at a time
 
-/// A triangle and comments: text of so many bytes.
+/// A triangle and comments: text of the given size in bytes.
 QByteArray triangleAndComments(int bytes) {
     const QByteArray text = kTriangle + "f 1 2 3\n";
     const QByteArray comments = QByteArray("# comment\n").repeated(bytes / 10);
@@ -426,7 +425,7 @@ TEST_F(ObjLoaderTest, ProgressIsReportedForEachBlockOfTheText) {
                 ElementsAre(0, kBlockBytes, 2 * kBlockBytes, 3 * kBlockBytes, 3 * kBlockBytes + 10'000));
 }
 
-// The last block counts where it is at least such a step behind the one before.
+// The last block is reported if it is at least one step after the previous report.
 TEST_F(ObjLoaderTest, ProgressIsReportedInStepsOfATwoHundredth) {
     constexpr int kStep = 3952;
     static_assert((3 * kBlockBytes + kStep) / 200 + 1 == kStep);
@@ -452,7 +451,7 @@ TEST_F(ObjLoaderTest, CancellingAnywhereGivesNothing) {
     }
 }
 
-/// Polygons of so many corners each, on a parabola: convex, and no two corners alike.
+/// Polygons with the given numbers of corners, on a parabola: convex, with distinct corners.
 QByteArray polygons(int count, int corners) {
     QByteArray text;
     for (int i = 0; i < corners; ++i) {
@@ -465,16 +464,16 @@ QByteArray polygons(int count, int corners) {
     return text + (face + '\n').repeated(count);
 }
 
-/// Loads until all of the text has been read and progress has been told so many times after that.
+/// Loads until all of the text has been read and progress has been reported a number of times after that.
 class CancelledCutTest : public ObjLoaderTest {
 protected:
-    void expectCancelledAfter(int tellings, const QByteArray& text) {
-        int told = 0;
+    void expectCancelledAfter(int reports, const QByteArray& text) {
+        int count = 0;
         const Loaded loaded = load(text, [&](const LoadStep& step) {
-            told += step.phase == LoadPhase::Triangulating ? 1 : 0;
-            return told < tellings;
+            count += step.phase == LoadPhase::Triangulating ? 1 : 0;
+            return count < reports;
         });
-        EXPECT_EQ(told, tellings);
+        EXPECT_EQ(count, reports);
         EXPECT_EQ(loaded.model, nullptr);
         EXPECT_EQ(
             loaded.error,
@@ -492,12 +491,12 @@ TEST_F(CancelledCutTest, OfManySmallPolygons) {
 }
 
 TEST_F(CancelledCutTest, OfPolygonsThatCannotBeTriangulated) {
-    const MessageLog log; // full of them
+    const MessageLog log; // a warning for each polygon
     const QByteArray face = "f" + QByteArray(" 1 2").repeated(20) + '\n';
     expectCancelledAfter(5, kTriangle + face.repeated(2500));
 }
 
-TEST_F(CancelledCutTest, ReportsOnePolygonAFewHundredTimes) {
+TEST_F(CancelledCutTest, ReportsProgressAFewHundredTimes) {
     for (const QByteArray& text : {polygons(1, 20'000), polygons(20'000, 5)}) {
         const std::vector<qint64> done = progressOf(text, LoadPhase::Triangulating);
         EXPECT_THAT(done.size(), AllOf(testing::Ge(2u), Le(300u)));
@@ -508,7 +507,7 @@ TEST_F(CancelledCutTest, ReportsOnePolygonAFewHundredTimes) {
 // Corners are counted in portions of 16,384; a step is more than one of them and less than two.
 TEST_F(CancelledCutTest, ReportsManyPortionsInStepsOfATwoHundredth) {
     if (VELMODEL_ADDRESS_SANITIZER != 0)
-        GTEST_SKIP() << "millions of corners take long under the sanitizer";
+        GTEST_SKIP() << "millions of corners take too long under the sanitizer";
     constexpr int kCorners = 4'800'000;
     static_assert(kCorners / 200 > 16'384 && kCorners / 200 < 2 * 16'384);
     const std::vector<qint64> done = progressOf(polygons(kCorners / 6, 6), LoadPhase::Triangulating);
@@ -540,7 +539,7 @@ TEST_F(ObjLoaderTest, MaterialPlanIsRegisteredAfterTheInstancePlan) {
 
 TEST_F(ObjLoaderTest, NastyModelsLoadAsLiterally) {
     NastyText nasty(11);
-    const MessageLog log; // full of faces that cannot be cut
+    const MessageLog log; // many faces that cannot be triangulated
     for (int i = scaled(400); i > 0; --i) {
         write(QStringLiteral("lib.mtl"), nasty.mtl(20));
         QByteArray text = kTriangle + "mtllib lib.mtl\n" + nasty.obj(60);
@@ -578,7 +577,7 @@ TEST_F(ObjLoaderTest, ModelsWhoseCornersStopSharingLoadAsLiterally) {
     for (int face = 0; face < 12'000; ++face) {
         text += 'f';
         for (int corner = 0; corner < 3; ++corner) {
-            // Some name no value.
+            // Some indices name no value.
             const unsigned int range = face < 1000 ? 10 : kValues + 20;
             text +=
                 ' ' + QByteArray::number(nasty.below(range)) + '/' + QByteArray::number(nasty.below(range));
@@ -648,10 +647,10 @@ TEST_F(ObjLoaderTest, MergingWhileReadingLoadsAsLiterally) {
     }
 }
 
-// Indices that a face does not give are handed on when one follows that does, and else not at all.
+// Missing indices of a face are passed on only if a later face has such indices.
 TEST_F(ObjLoaderTest, ManyCornersWithoutAnIndexLoadAsLiterally) {
     const MessageLog log;
-    // A position that is not there ends the merging.
+    // A missing position ends the merging.
     const QByteArray listed = kTriangle + "vt 1 1\nvn 0 0 1\nf 1 2 9\n";
     for (const int corners : {1, 1023, 1024, 1025, 4095, 4096, 4097, 8191, 8192, 8193, 12'289})
         for (const QByteArray end :
@@ -684,7 +683,7 @@ TEST_F(ObjLoaderTest, MergingThatStopsPayingLoadsAsLiterally) {
     }
 }
 
-// Where groups take faces in their order, triangles take the place of the corners that they are made of.
+// If groups take faces in their order, triangles overwrite the corners that they are made of.
 TEST_F(ObjLoaderTest, GroupsInAnyOrderLoadAsLiterally) {
     NastyText nasty(16);
     const MessageLog log;

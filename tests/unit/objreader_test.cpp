@@ -35,12 +35,11 @@ using Testing::takeAll;
 
 constexpr qint64 kBlockBytes = qint64(256) * 1024;
 
-/// A file on disk, since that is what the readers read best.
+/// A file on disk, because readers have a fast path for files.
 class ObjReaderTest : public testing::Test {
 protected:
     void write(const QByteArray& text) {
-        // A file that is cut down to nothing may be written to the disk when it is closed: a new one is
-        // faster.
+        // Closing a file that was truncated to zero may flush it to the disk; a new file is faster.
         QFile::remove(path());
         QFile file(path());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -75,7 +74,7 @@ protected:
         LiteralObjReader reader(&stream);
         return takeAll(reader);
     }
-    /// By every parser that the processor runs; its tests name the others.
+    /// Uses every parser that the processor runs and names it on failure.
     void expectRunsAsLiterally(const LineSourceLimits& limits, const std::vector<Record>& expected) {
         for (const LineParser& parser : allParsers()) {
             WideParser* const wideParser = parser.find == nullptr ? nullptr : parser.find();
@@ -378,7 +377,7 @@ TEST_F(ObjReaderTest, NoiseReadsAsLiterally) {
         expectAsLiterally(nasty.noise(200), {4, 33, kBlockBytes});
 }
 
-// The stream decodes 16 KiB at a time, and malformed text that is cut there decodes differently.
+// The stream decodes 16 KiB at a time; malformed text that is split there decodes differently.
 TEST_F(ObjReaderTest, TextAcrossTheStreamsBlocksReadsAsLiterally) {
     NastyText nasty(5);
     for (int i = scaled(600); i > 0; --i) {

@@ -10,7 +10,7 @@
 
 #include "import/obj/objreader.h"
 
-/// What OBJ readers make of a text, to compare one with another.
+/// The results of OBJ readers for a text, for comparing readers.
 namespace Atelier::Vel::Testing {
 
 /// One record as a reader gives it.
@@ -21,7 +21,7 @@ struct Record {
     std::vector<std::array<quint32, 3>> corners; ///< position, texture coordinate, normal
     QString text;
 
-    // Values by their bits, so that zeros have signs and a number that is none equals itself.
+    // Compares values by their bits, so that zeros have signs and a NaN equals itself.
     friend bool operator==(const Record& a, const Record& b) {
         return a.kind == b.kind && a.ok == b.ok && a.corners == b.corners && a.text == b.text &&
                a.valueBits() == b.valueBits();

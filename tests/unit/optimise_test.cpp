@@ -40,7 +40,7 @@ constexpr unsigned int kDouble = 0x140A;
 using Commands = QVector<DrawElementsIndirectCommand>;
 using Points = std::vector<float>;
 
-/// What draw data is made of. The weight of a vertex is its number, so that no two vertices have the same
+/// The contents of draw data. The weight of a vertex is its number, so that all vertices have different
 /// bytes.
 struct Mesh {
     std::vector<quint32> indices;
@@ -129,7 +129,7 @@ std::vector<QByteArray> corners(const DrawData& data, const DrawElementsIndirect
     return result;
 }
 
-/// The triangles of a command, whatever their order. Each begins with its smallest vertex, and keeps its
+/// The triangles of a command, independent of their order. Each begins with its smallest vertex and keeps its
 /// winding.
 std::multiset<std::vector<QByteArray>> triangles(const DrawData& data,
                                                  const DrawElementsIndirectCommand& drawn) {
@@ -229,7 +229,7 @@ Mesh shuffledSpheres(quint32 side, int components) {
     return mesh;
 }
 
-/// A cache that forgets the vertex that it has held longest.
+/// A first-in, first-out vertex cache.
 quint64 literalTransforms(const std::vector<quint32>& indices, std::size_t size) {
     std::deque<quint32> cache;
     quint64 transforms = 0;
@@ -547,7 +547,7 @@ TEST_F(OddCommandTest, CommandThatExceedsTheIndicesKeepsItsOrder) {
     odd.drawables = {{kReordered, command(count - 300, 300)}};
     const DrawData data = dataOf(odd);
     EXPECT_NE(corners(data.optimised(), odd.drawables[0][1]), corners(data, odd.drawables[0][1]))
-        << "it fits";
+        << "the command fits";
 }
 
 TEST_F(OddCommandTest, CommandWithAPartOfATriangleKeepsItsOrder) {

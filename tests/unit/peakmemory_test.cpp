@@ -28,7 +28,7 @@ constexpr unsigned int kUnsignedShort = 0x1403;
 constexpr unsigned int kUnsignedInt = 0x1405;
 constexpr unsigned int kFloat = 0x1406;
 
-// What nobody has to account for: names, tables of a few entries.
+// Memory that is not accounted for: names, tables of a few entries.
 constexpr std::size_t kLittle = std::size_t{64} << 10;
 
 const QString kPosition = QStringLiteral("position");
@@ -37,7 +37,7 @@ const QString kUv = QStringLiteral("uv");
 /// The bytes of all streams.
 std::size_t streamBytes = 0;
 
-/// Bytes of a stream that are counted apart.
+/// Bytes of a stream that are counted separately.
 class CountedBytes {
 public:
     ~CountedBytes() { streamBytes -= _bytes.capacity(); }
@@ -58,7 +58,7 @@ private:
     std::vector<unsigned char> _bytes;
 };
 
-/// Sees what there is at the moments when something is asked for.
+/// Records the existing memory at each request.
 class Witness {
 public:
     /// The memory of everything but streams.
@@ -152,7 +152,7 @@ std::vector<unsigned int> cyclic(quint32 corners, quint32 values) {
     return indices;
 }
 
-/// A mesh that gives up its input, and a witness of its upload.
+/// A mesh that releases its input, and a witness of its upload.
 class PeakMemoryTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -214,12 +214,12 @@ TEST_F(PeakMemoryTest, ListsAreReleasedBeforeVerticesAreMade) {
     ASSERT_EQ(streamsAtFloats.size(), 3U);
     EXPECT_THAT(streamsAtFloats[0], ElementsAre(kUnsignedInt, kFloat, kFloat, kUnsignedInt, kUnsignedInt));
     EXPECT_THAT(streamsAtFloats[1], ElementsAre(kUnsignedInt, kFloat, kUnsignedInt, kUnsignedInt, kFloat))
-        << "the positions given have made room for those of the vertices";
+        << "the given positions were released before those of the vertices were made";
     EXPECT_THAT(streamsAtFloats[2], ElementsAre(kUnsignedInt, kUnsignedInt, kFloat, kFloat, kUnsignedInt))
-        << "where normals are made, nothing of the input is left but the faces";
+        << "when normals are made, only the faces of the input remain";
 }
 
-// Where each corner uses a value of its own, merging reads the lists until the vertices are made.
+// If each corner uses its own value, merging reads the lists until the vertices are made.
 TEST_F(PeakMemoryTest, NeededListsAreReleasedAfterTheVertices) {
     addSmallMesh(11);
     upload();
@@ -284,7 +284,7 @@ TEST_F(PeakMemoryTest, TablesOfTuplesAreReleasedBeforeVerticesAreMade) {
     EXPECT_LE(atFloats[0], before + kTupleBytes + kLittle);
 }
 
-// What a group's runs of faces and the cutter have taken.
+// The memory of a group's runs of faces and of the triangulator.
 TEST_F(PeakMemoryTest, FacesOfGroupsAndTheTriangulatorAreReleasedBeforeNormalsAreMade) {
     constexpr quint32 kFaces = 100'000;
     constexpr quint32 kCorners = 3'000;
@@ -310,7 +310,7 @@ TEST_F(PeakMemoryTest, FacesOfGroupsAndTheTriangulatorAreReleasedBeforeNormalsAr
     EXPECT_LE(atNormals, withoutRuns + kLittle);
 }
 
-// The commands of a drawable stand once, in the drawable, when it gets its attributes.
+// When a drawable gets its attributes, its commands exist only once, in the drawable.
 TEST_F(PeakMemoryTest, DrawDataReleasesTheCommandsThatTheDrawableHas) {
     constexpr quint32 kGroups = 20'000;
     addValues(kPosition, 3, 4);
@@ -328,7 +328,7 @@ TEST_F(PeakMemoryTest, DrawDataReleasesTheCommandsThatTheDrawableHas) {
     static_assert(kGroups * sizeof(DrawElementsIndirectCommand) > 4 * kLittle);
 }
 
-// Arrays of the library's own get all addresses there are where they do not know how long they become.
+// The library's own arrays reserve all available addresses if their final length is unknown.
 TEST_F(PeakMemoryTest, TrianglesTakeOnlyTheCapacityTheyNeed) {
     class SampledArrays : public ModelDataArrayAllocator {
     public:

@@ -59,7 +59,7 @@ void expectSame(const ParsedLines& a, const ParsedLines& b, const QByteArray& te
     ASSERT_EQ(bitsOf(a), bitsOf(b)) << text.toStdString();
 }
 
-// The wide ways take longer decimals. What both take has to be the same.
+// The wide parsers accept longer decimals. Text that both accept must give the same result.
 void expectAgreement(const QByteArray& text, WideParser* wideParser, char around) {
     const int portable = parse(text, nullptr).taken;
     ASSERT_GE(parse(text, wideParser, around).taken, portable) << text.toStdString();
@@ -185,7 +185,7 @@ TEST_P(PlainLinesTest, LongFacesAreNotTaken) {
 }
 
 TEST_P(PlainLinesTest, FullRunStops) {
-    // A face may have up to kPlainCorners corners, which have to fit behind those that are there.
+    // A face may have up to kPlainCorners corners, which have to fit after the existing ones.
     constexpr size_t kFacesOfEight = (ObjRun::kCorners - ObjRun::kPlainCorners) / 8 + 1;
     const struct {
         QByteArray line;
@@ -207,7 +207,7 @@ TEST(LineParsersTest, WidestParserThatTheProcessorRunsIsUsed) {
         EXPECT_EQ(findWideParser(), findSse41Parser());
 }
 
-// What a wide parser leaves, the portable way takes: that costs time only, and shows in no result.
+// The portable parser takes the rest that a wide parser leaves: this costs only time and changes no result.
 TEST_P(WideParserTest, TakesOrdinaryLinesByItself) {
     for (const QByteArray line :
          {"v 1.5 -2.25 0.125", "v 123456.789012 0.1 0.000001", "v 1.0 2.0 3.0 1.0", "vn 0.0 -0.5 1.0",

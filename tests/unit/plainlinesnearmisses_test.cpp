@@ -1,4 +1,4 @@
-// Lines that are plain but for one byte, by every parser against the literal reader.
+// Lines that are plain except for one byte: compares every parser with the literal reader.
 
 #include <memory>
 
@@ -32,7 +32,7 @@ using Testing::ParsedLines;
 using Testing::scaledStep;
 using Testing::takeAll;
 
-// Only behind such lines others of their kinds are plain.
+// Only after such lines are other lines of their kinds plain.
 const QByteArray kFirstLines = "v\nvn\nvt\n";
 const QByteArray kNextLine = "vt 0.5 0.25\n";
 
@@ -76,7 +76,7 @@ QByteArray everyByte() {
     return bytes;
 }
 
-/// Bytes that mean something in such lines, and their neighbours.
+/// Bytes with a meaning in such lines, and their neighbours.
 QByteArray meaningfulBytes() {
     return QByteArray(" -./019:,vf\r\n\t\0\x80", 16) + '\x0F';
 }
@@ -232,7 +232,7 @@ TEST_P(LinePlaceTest, LinesReadTheSameAtAnyPlace) {
     }
 }
 
-// What is not taken is left to the one-by-one way.
+// The rest is left to the reader of single records.
 TEST_P(NearMissTest, FilesOfNearMissesReadAsLiterally) {
     QByteArray text = kFirstLines;
     for (const QByteArray& line : kVertexLines + kFaceLines)

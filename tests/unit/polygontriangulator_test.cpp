@@ -67,7 +67,7 @@ protected:
     PolygonTriangulator _triangulator;
 };
 
-// Polygons share working memory: what a larger one leaves in it must not change the next cut.
+// Polygons share working memory: data left by a larger one must not change the next result.
 TEST_F(PolygonTriangulatorTest, PolygonsOfFallingSizeAreTriangulatedIndependently) {
     std::mt19937 random(1);
     int cuts = 0;

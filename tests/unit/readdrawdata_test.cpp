@@ -160,7 +160,7 @@ QByteArray mesh(int triangles, int positions) {
     return text;
 }
 
-/// The ways in which corners come to be merged.
+/// The ways in which corners are merged.
 struct MergingWay {
     const char* name;
     QByteArray text;

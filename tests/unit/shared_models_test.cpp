@@ -96,7 +96,7 @@ protected:
     }
 
     std::map<int, Model> _models;
-    MessageLog _log; // what is odd in the models is logged
+    MessageLog _log; // the models contain lines that are logged
 };
 
 TEST_F(SharedModelsTest, CatalogueIsComplete) {

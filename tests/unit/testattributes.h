@@ -10,7 +10,7 @@
 #include "geometry/merging/cornerattribute.h"
 #include "support/guardedarray.h"
 
-/// Attributes of a mesh for the tests of merging, and what the corners of one merge to by definition.
+/// Attributes of a mesh for the tests of merging, and the defined result of merging its corners.
 namespace Atelier::Vel::Testing {
 
 /// Values and a list of exactly their size.

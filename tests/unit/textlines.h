@@ -5,7 +5,7 @@
 
 #include "import/text/linesource.h"
 
-/// The lines of a text, by a line source and by the stream that it has to agree with.
+/// The lines of a text, from a line source and from the stream that it has to agree with.
 namespace Atelier::Vel::Testing {
 
 inline QStringList linesOf(LineSource& source) {

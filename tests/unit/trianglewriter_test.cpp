@@ -86,7 +86,7 @@ private:
     GuardedArray<float> _positions{};
 };
 
-/// The result of cutting faces, by definition.
+/// The defined result of triangulating faces.
 struct Expected {
     std::vector<quint32> indices;
     quint64 untriangulatedFaces = 0;
@@ -124,7 +124,7 @@ protected:
         const GuardedArray<quint32> list(faces);
         return _writer.append(table, {list.data(), list.size()}, _stream);
     }
-    /// Cuts the faces and compares with the definition, messages included.
+    /// Triangulates the faces and compares with the definition, including messages.
     void expectCut(const FaceTable& table, const std::vector<quint32>& faces) {
         MessageLog log;
         Expected expected;
@@ -261,7 +261,7 @@ TEST_F(TriangleWriterTest, RunsOfAnyLengthAreTriangulated) {
             }
 }
 
-// Faces that are cut four at a time read one float behind each position.
+// Triangulating four faces at a time reads one float after each position.
 TEST_F(TriangleWriterTest, NothingAfterTheLastPositionIsRead) {
     for (const quint32 count : {3U, 4U})
         for (const std::size_t missingFloats : {0U, 1U, 2U, 3U}) {
@@ -433,7 +433,7 @@ TEST_F(TriangleWriterTest, BlockOfASmallMeshFitsItsTriangles) {
     ASSERT_TRUE(triangulate(mesh.table(), everyFace(10)));
     EXPECT_THAT(_stream.appended, ElementsAre(90));
     ASSERT_TRUE(triangulate(mesh.table(), std::vector<quint32>(20, 0)));
-    EXPECT_THAT(_stream.appended, ElementsAre(90, 144, 36)) << "there is room for 150";
+    EXPECT_THAT(_stream.appended, ElementsAre(90, 144, 36)) << "the capacity is 150";
 }
 
 TEST_F(TriangleWriterTest, LargePolygonGetsABlockOfItsSize) {
@@ -480,7 +480,7 @@ TEST_F(TriangleWriterTest, RefusedIndicesEndTheTriangulation) {
         _stream.appended.clear();
         Mesh mesh = meshOfEqual(50'000, count);
         EXPECT_FALSE(triangulate(mesh.table(), everyFace(50'000))) << count;
-        EXPECT_EQ(_stream.appended.size(), 1U) << "cutting stops";
+        EXPECT_EQ(_stream.appended.size(), 1U) << "triangulation stops";
         EXPECT_FALSE(triangulate(mesh.table(), {0}));
         EXPECT_EQ(_stream.appended.back(), 3 * (count - 2)) << "refused indices are dropped";
         _stream.isFull = false;

@@ -18,7 +18,7 @@ namespace {
 
 using namespace Testing;
 
-/// What the polygon is, so that a failure can be run again.
+/// A description of the polygon for reproducing a failure.
 std::string described(const TestPolygon& polygon) {
     std::string text;
     for (int vertex : polygon.corners)
@@ -28,7 +28,8 @@ std::string described(const TestPolygon& polygon) {
     return text;
 }
 
-/// How many of the polygons could be cut about their own normal: a comparison of failures proves little.
+/// The number of polygons that were triangulated about their own normal: comparing only failures proves
+/// little.
 int compareRandomPolygons(int rounds, int least, int most, unsigned int seed) {
     MessageLog log;
     std::mt19937 random(seed);
@@ -201,7 +202,7 @@ TEST_P(LargePolygonTest, TrianglesAddUpToThePolygon) {
     std::vector<int> uses(count);
     for (int k = 0; k < triangles.size(); k += 3) {
         const double area = cross(triangles[k], triangles[k + 1], triangles[k + 2]);
-        // All wound like the polygon, but for slivers where rounding decides.
+        // All triangles are wound like the polygon, except slivers that depend on rounding.
         ASSERT_GT(area / polygonArea, -1e-9);
         triangleArea += area;
         for (int corner = 0; corner < 3; ++corner)

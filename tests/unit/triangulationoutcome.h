@@ -11,7 +11,7 @@
 #include "support/guardedarray.h"
 #include "support/messagelog.h"
 
-/// What the overloads of Triangulate3D make of a polygon, the library's and the literal ones.
+/// The results of the overloads of Triangulate3D for a polygon, of the library's and of the literal ones.
 namespace Atelier::Vel::Testing {
 
 struct TriangulationOutcome {

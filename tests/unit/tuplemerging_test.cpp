@@ -17,12 +17,13 @@ using Testing::Merged;
 using Testing::TestAttribute;
 using Testing::views;
 
-/// An attribute of so many values of four bytes.
+/// An attribute with values of four bytes.
 TestAttribute attributeOf(quint32 valueCount, const std::vector<quint32>& indices) {
     return {std::vector<unsigned char>(valueCount * std::size_t{4}), indices, 4};
 }
 
-/// There are about a quarter as many tuples as corners; unless all are valid, some entries name no value.
+/// The number of tuples is about a quarter of the number of corners. Unless all are valid, some entries name
+/// no value.
 std::vector<TestAttribute> randomMesh(std::mt19937& random, std::size_t attributeCount, quint32 cornerCount,
                                       bool areValid) {
     std::vector<quint32> tuples(cornerCount);

@@ -11,7 +11,7 @@
 
 namespace Atelier::Vel::Testing {
 
-/// Everything that an upload gives.
+/// All results of an upload.
 struct Uploaded {
     QStringList calls; ///< of the context and its objects
     std::vector<QByteArray> buffers;
@@ -26,7 +26,7 @@ struct Uploaded {
 /// Corners, vertices, triangles, faces without one, and values taken as zero.
 std::vector<quint64> listed(const ModelBuilder::Statistics& statistics);
 
-/// Uploads into a new model, with a context that keeps what it is given.
+/// Uploads into a new model, with a context that keeps its uploads.
 Uploaded upload(ModelBuilder& builder, const QString& positionAttribute);
 
 } // namespace Atelier::Vel::Testing

@@ -85,7 +85,7 @@ protected:
         addGroup(QStringLiteral("second"), 8, 0x12, 1, QStringLiteral("upper"));
         addGroup(QStringLiteral("first"), 3, 0x21, 0, QStringLiteral("lower"));
     }
-    /// What an upload calls, to the end of the model.
+    /// The calls of an upload, including the destruction of the model.
     std::string uploadCalls(const QString& groupIdMember = QString(), const QString& position = kPosition) {
         GPUModel model;
         const InstanceData instance(QStringLiteral("instance"));
@@ -588,7 +588,7 @@ TEST_F(TextureCallsTest, TextureIsFilledFromTheBottomRowUpAndMarkedFinal) {
                            "texture 0: setReadOnly\n"
                            "texture 0: unbind\n");
     EXPECT_NE(LoadTexture(picture), nullptr);
-    EXPECT_EQ(calls(), "") << "it is known already";
+    EXPECT_EQ(calls(), "") << "the texture is cached";
 }
 
 TEST_F(TextureCallsTest, TextureThatCannotBeBoundIsNotFilled) {

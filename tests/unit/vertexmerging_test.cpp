@@ -21,12 +21,12 @@ using Testing::views;
 
 const MergeOptions kOptions{0x5EED, {}, {}};
 
-/// What a random mesh consists of.
+/// The composition of a random mesh.
 struct Recipe {
     std::size_t attributes;
     quint32 corners;
     quint32 values;
-    quint32 differentValues; ///< 0 where no two are alike
+    quint32 differentValues; ///< 0 if all values differ
 };
 
 std::vector<TestAttribute> randomMesh(std::mt19937& random, const Recipe& recipe) {
@@ -48,7 +48,7 @@ std::vector<TestAttribute> randomMesh(std::mt19937& random, const Recipe& recipe
     return attributes;
 }
 
-/// What a merging gave, to be compared with the definition.
+/// The result of a merging, for comparing it with the definition.
 struct Outcome {
     Merged merged;
     std::vector<quint64> substituted;

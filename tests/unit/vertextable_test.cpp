@@ -76,7 +76,7 @@ constexpr quint64 kPlaces[] = {0, 1, 0xFFFFFFFF00000000, 0xFFFFFFFFFFFFFFFF, 0x8
 
 } // namespace
 
-// Good hashes decide nearly everything: only poor ones show a wrong comparison.
+// Good hashes decide nearly everything: only poor ones reveal a wrong comparison.
 TEST_P(VertexTableTest, CornersWithEqualHashesAreComparedByTheirKeys) {
     std::mt19937 random(5);
     for (const quint32 cornerCount : {1U, 2U, 3U, 4U, 7U, 8U, 31U, 32U, 33U, 64U, 400U})
