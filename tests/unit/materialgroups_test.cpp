@@ -208,8 +208,7 @@ TEST_F(MaterialGroupsTest, NegativeCornerCountGivesNothing) {
 
 TEST_F(MaterialGroupsTest, PositionsAfterTheEndAreZero) {
     // Vertex 4 has no z, vertices 5 and 0x80000000 do not exist: with other values, the ear of vertex 3 would
-    // be
-    // different.
+    // be different.
     fillPositions({4, 0, 0, 4, 4, 0, 1, 5, 0, -2, 3, 0, -1, 1});
     faces({5, 5, 4});
     fill(corners, {0, 1, 2, 3, 5, 3, 4, 0x80000000, 0, 1, 0, 1, 3, 5});

@@ -123,14 +123,14 @@ protected:
     }
     /// What is reported as done in a phase.
     std::vector<qint64> progressOf(const QByteArray& text, LoadPhase phase = LoadPhase::Reading) {
-        std::vector<qint64> told;
+        std::vector<qint64> reported;
         const Loaded loaded = load(text, [&](const LoadStep& step) {
             if (step.phase == phase)
-                told.push_back(step.done);
+                reported.push_back(step.done);
             return true;
         });
         EXPECT_NE(loaded.model, nullptr);
-        return told;
+        return reported;
     }
     static Loaded loadLiterally(const QString& file) {
         const RecordingContext context;
@@ -420,8 +420,8 @@ QByteArray triangleAndComments(int bytes) {
 }
 
 TEST_F(ObjLoaderTest, ProgressIsReportedForEachBlockOfTheText) {
-    const std::vector<qint64> told = progressOf(triangleAndComments(3 * kBlockBytes + 10'000));
-    EXPECT_THAT(told,
+    const std::vector<qint64> reported = progressOf(triangleAndComments(3 * kBlockBytes + 10'000));
+    EXPECT_THAT(reported,
                 ElementsAre(0, kBlockBytes, 2 * kBlockBytes, 3 * kBlockBytes, 3 * kBlockBytes + 10'000));
 }
 
@@ -439,9 +439,9 @@ TEST_F(ObjLoaderTest, CancellingAnywhereGivesNothing) {
     ASSERT_NE(load(text, [&](const LoadStep&) { return ++calls > 0; }).model, nullptr);
     ASSERT_EQ(calls, 8) << "four while reading, two while making normals, one in each other phase";
     for (int last = 1; last <= calls; ++last) {
-        int told = 0;
-        const Loaded loaded = load(text, [&](const LoadStep&) { return ++told < last; });
-        EXPECT_EQ(told, last);
+        int reported = 0;
+        const Loaded loaded = load(text, [&](const LoadStep&) { return ++reported < last; });
+        EXPECT_EQ(reported, last);
         EXPECT_EQ(loaded.model, nullptr);
         EXPECT_EQ(
             loaded.error,
