@@ -25,7 +25,7 @@ struct Placement {
     QMatrix4x4 normals;
 };
 
-/// A model that shows `quads`, drawn in this order, where `placement` puts it.
+/// A model that shows `quads`, drawn in this order, at `placement`.
 /// Requires: a current context; matrices that can be inverted.
 std::unique_ptr<GPUModel> quadModel(const std::vector<Quad>& quads, const Placement& placement);
 

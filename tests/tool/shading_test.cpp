@@ -63,7 +63,7 @@ protected:
     }
     QColor texel() { return {oneOf(256), oneOf(256), oneOf(256)}; }
 
-    // Seen from the front or from behind, never from the edge.
+    // Seen from the front or the back, never from the edge.
     Triple planeFacing(const Triple& position) {
         const double size = std::hypot(position.x, position.y, position.z);
         for (;;) {
@@ -170,7 +170,7 @@ protected:
         return fragment;
     }
 
-    /// Up to four surfaces in each cell, at distances where depth and weights differ.
+    /// Up to four surfaces in each cell, at distances with different depths and weights.
     std::vector<Cell> layers() {
         return cells([this](int column, int row) {
             constexpr double kDistances[] = {0.55, 0.8, 1.3, 3, 9, 15, 19.9};

@@ -123,7 +123,7 @@ protected:
         EXPECT_TRUE(access.drawGroupNames().isEmpty());
         EXPECT_TRUE(access.gpuIndices().isNull() || access.gpuIndices()->isEmpty());
     }
-    /// As a new builder would give it, but for warnings, which may have been given already.
+    /// Expects the results of a new builder. Ignores warnings, which may have been given before.
     void expectUploadedAsByANewOne() {
         allocator->endLimit();
         ModelBuilder other(QSharedPointer<TightAllocator>::create(), 1);

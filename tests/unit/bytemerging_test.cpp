@@ -140,7 +140,7 @@ TEST(ByteMergingTest, FilteredCornersMergeLikeAllCorners) {
         }
 }
 
-/// Corner k uses value k, which is all zeros but for the number k at byte `place`.
+/// Corner k uses value k, which consists of zeros except for the number k at byte `place`.
 TestAttribute numberedValues(quint32 count, quint64 stride, quint64 place) {
     std::vector<unsigned char> values(count * stride);
     for (quint32 k = 0; k < count; ++k)

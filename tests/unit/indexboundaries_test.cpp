@@ -44,7 +44,7 @@ struct Attribute {
     }
 };
 
-/// Many triangles over three attributes, of which positions come first where corners are merged.
+/// Many triangles over three attributes; positions come first if corners are merged.
 struct Mesh {
     static constexpr quint32 kFaces = 12;
     static constexpr quint32 kCorners = 3 * kFaces;

@@ -38,7 +38,7 @@ protected:
     WideParser* _wideParser = nullptr;
 };
 
-/// A text as a line source lays it out, with other bytes around it. Digits behind it end somewhere.
+/// A text as a line source stores it, with other bytes around it. Digits after the text end at some byte.
 class LaidOutText {
 public:
     explicit LaidOutText(const QByteArray& text, char around = '7');
@@ -54,7 +54,7 @@ private:
 /// The result of parsing a text.
 struct ParsedLines {
     std::unique_ptr<ObjRun> run{new ObjRun};
-    ObjLineCounts counts = {1, 1, 1}; ///< as behind the first line of each kind
+    ObjLineCounts counts = {1, 1, 1}; ///< the state after the first line of each kind
     int taken = 0;                    ///< bytes
 };
 

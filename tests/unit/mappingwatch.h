@@ -37,7 +37,7 @@ public:
     void fail(int count) { _failures = count; }
     /// Fails the next `count` moves of pages.
     void failMoves(int count) { _moveFailures = count; }
-    /// Places mappings this number of bytes behind the start of a large page.
+    /// Places mappings this number of bytes after the start of a large page.
     void placeBehindLargePages(std::size_t bytes) { _offset = bytes; }
 
     void* map(void* address, std::size_t bytes, int protection, int flags, int file, long offset);

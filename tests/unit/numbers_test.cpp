@@ -199,7 +199,8 @@ TEST(NumbersTest, OddSpellingsReadAsQStringReadsThem) {
     expectSameFloat(std::string("\0", 1));
 }
 
-// Where a float lies halfway between two, rounding the double again differs from rounding the decimal once.
+// For a decimal near the middle of two floats, rounding to a double and then to a float differs from rounding
+// once.
 TEST(NumbersTest, FloatsAreRoundedThroughDouble) {
     expectSameFloat("1.00000005960464477540");
     expectSameFloat("1.000000059604644775390624999999");

@@ -83,7 +83,7 @@ struct Content {
 };
 
 Content contentOf(const std::vector<Record>& records);
-/// Moves what a run holds behind the content.
+/// Moves the contents of a run to the end of the content.
 void take(ObjRun& run, Content& content);
 /// Through runs, the way that a loader takes it. `run`, which is large, is empty before and after.
 Content contentInRuns(ObjReader& reader, ObjRun& run);

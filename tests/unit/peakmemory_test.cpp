@@ -258,7 +258,7 @@ TEST_F(PeakMemoryTest, ValuesAreReleasedOnceTheirBufferHasThem) {
 TEST_F(PeakMemoryTest, TablesOfTuplesAreReleasedBeforeVerticesAreMade) {
     constexpr quint32 kValues = 100'000;
     constexpr quint32 kCornersAtATime = 30'000;
-    // Two words each and room for twice as many as values: a large page, and another one to begin with one.
+    // Two words for each of twice the number of values: one large page, and another one for the alignment.
     constexpr std::size_t kTupleBytes = std::size_t{4} << 20;
     static_assert(std::size_t{kValues} * 4 * sizeof(quint32) <= kTupleBytes / 2);
     addValues(kPosition, 3, kValues);
@@ -339,9 +339,10 @@ TEST_F(PeakMemoryTest, TrianglesTakeOnlyTheCapacityTheyNeed) {
         std::vector<std::size_t> samples;
     };
     constexpr quint32 kFaces = 60'000;
-    // In whole large pages, and one to begin with one.
-    constexpr std::size_t kRoom = std::size_t{4} << 20;
-    static_assert(kFaces * 6 * sizeof(quint32) <= kRoom / 2 && kFaces * 9 * sizeof(quint32) > kRoom / 2);
+    // In whole large pages, and another one for the alignment.
+    constexpr std::size_t kCapacity = std::size_t{4} << 20;
+    static_assert(kFaces * 6 * sizeof(quint32) <= kCapacity / 2 &&
+                  kFaces * 9 * sizeof(quint32) > kCapacity / 2);
     for (const bool isUniform : {false, true}) {
         const auto arrays = QSharedPointer<SampledArrays>::create();
         Mesh other(isUniform ? Input::Consumed : Input::Kept, arrays);
@@ -362,7 +363,7 @@ TEST_F(PeakMemoryTest, TrianglesTakeOnlyTheCapacityTheyNeed) {
         // The last three streams: triangles, normals, short indices.
         ASSERT_GT(arrays->samples.size(), 3U);
         const std::size_t* const last = &arrays->samples.back();
-        EXPECT_LE(last[-1], last[-2] + kRoom + kLittle) << isUniform;
+        EXPECT_LE(last[-1], last[-2] + kCapacity + kLittle) << isUniform;
     }
     EXPECT_EQ(model.drawableCount(), 2);
 }

@@ -96,7 +96,7 @@ void forEachNearMiss(const QByteArray& text, const QByteArray& bytes, Use use) {
 }
 
 /// A face whose corners are all alike. Each % becomes a number; the numbers have `digits` digits together,
-/// each about as many.
+/// distributed about equally.
 QByteArray face(const QByteArray& corner, int corners, int digits) {
     QByteArray line = "f" + (' ' + corner).repeated(corners);
     for (int numbers = line.count('%'); numbers > 0; --numbers) {
@@ -139,7 +139,8 @@ protected:
                     expectAsLiterally(nearMiss + kNextLine, around);
             });
     }
-    /// Expects that a text is parsed behind other lines as it is by itself. `before` is what they hold.
+    /// Expects that a text gives the same result after other lines as by itself. `before` is the content of
+    /// `lines`.
     void expectSameBehind(const QByteArray& lines, const Content& before, const QByteArray& text) {
         parse(text, _wideParser, '7', _parsed);
         const int taken = _parsed.taken;
@@ -258,7 +259,7 @@ TEST_P(NearMissTest, FilesOfNearMissesReadAsLiterally) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Parsers, NearMissTest, testing::ValuesIn(allParsers()), nameOf);
-// Without the emulated one, which takes long and looks at each line from where that begins.
+// Without the emulated parser, which is slow and reads each line from its beginning.
 INSTANTIATE_TEST_SUITE_P(Parsers, LinePlaceTest, testing::ValuesIn(nativeParsers()), nameOf);
 
 } // namespace Atelier::Vel

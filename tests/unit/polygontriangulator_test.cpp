@@ -145,7 +145,7 @@ TEST_F(PolygonTriangulatorTest, CornersThatAreNotNumbersDoNotChangeTheNextResult
     }
 }
 
-/// The calls of a meter while one polygon is cut.
+/// The calls of a meter during the triangulation of one polygon.
 std::vector<int> meterCalls(PolygonTriangulator& triangulator, int count) {
     std::vector<int> steps;
     triangulator.setMeter([&steps](int corners) { steps.push_back(corners); });

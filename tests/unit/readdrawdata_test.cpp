@@ -146,7 +146,7 @@ TEST_F(ReadDrawDataTest, FileWithoutFacesGivesNullAndNoError) {
     EXPECT_EQ(report.bytesRead, 8);
 }
 
-/// So many triangles; corner k uses position k % `positions`, and each third vertex line is its own.
+/// Triangles over a number of positions; corner k uses position k % `positions`. All vertex lines differ.
 QByteArray mesh(int triangles, int positions) {
     QByteArray text;
     for (int i = 0; i < positions; ++i)

@@ -42,7 +42,7 @@ std::uintptr_t placeOf(const ScratchBlock& block) {
 }
 
 /// Grows a block of `size` bytes whose n-th large part holds the number n, from 1 on. Expects those parts,
-/// and zeros behind them.
+/// and zeros after them.
 void growByALargePart(ScratchBlock& block, std::size_t size) {
     EXPECT_TRUE(block.grow(size + kLarge));
     EXPECT_EQ(placeOf(block) % kLargePage, 0U);

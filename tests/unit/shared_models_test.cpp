@@ -44,8 +44,7 @@ std::map<int, Model> catalogue() {
     std::map<int, Model> models;
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return models;
-    // Number and file come first; the size of the largest polygon and the triangles stand behind the line
-    // counts.
+    // Number and file come first; the size of the largest polygon and the triangles follow the line counts.
     const QRegularExpression row(QStringLiteral(
         "^\\| (\\d\\d) \\| `([^`]+)` \\|.*\\| \\d+ / \\d+ / \\d+ / \\d+ \\| \\d+ \\| (\\d+) \\|"));
     QTextStream stream(&file);
@@ -62,7 +61,7 @@ std::map<int, Model> catalogue() {
 /// otherwise.
 struct Exception {
     int number;
-    const char* missingLibrary; ///< the load fails and names this file; null where it succeeds
+    const char* missingLibrary; ///< the load fails and names this file; null if it succeeds
     quint64 triangles;
     const char* reason;
 };

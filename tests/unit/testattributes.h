@@ -59,7 +59,7 @@ Merged numbered(quint32 cornerCount, const KeyOf& keyOf) {
     return merged;
 }
 
-/// All bytes of all values of a corner, zeros where it has none.
+/// All bytes of all values of a corner; zeros if it has no value.
 inline std::string bytesOfCorner(const std::vector<CornerAttribute>& attributes, quint32 corner) {
     std::string bytes;
     for (const CornerAttribute& attribute : attributes) {
@@ -76,7 +76,7 @@ inline Merged mergedPlainly(const std::vector<CornerAttribute>& attributes, quin
     return numbered(cornerCount, [&](quint32 corner) { return bytesOfCorner(attributes, corner); });
 }
 
-/// The numbers of all values of a corner, that of values where it has none.
+/// The numbers of all values of a corner; the number of values if it has no value.
 inline std::vector<quint64> tupleOfCorner(const std::vector<CornerAttribute>& attributes, quint32 corner) {
     std::vector<quint64> tuple;
     for (const CornerAttribute& attribute : attributes)

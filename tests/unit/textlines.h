@@ -22,7 +22,7 @@ inline QStringList linesOf(QTextStream& stream) {
     return lines;
 }
 
-/// Where bytes are left that give no character, a stream has an empty line more at its end, or one less.
+/// If bytes without a character remain, a stream has one empty line more or less at its end.
 inline QStringList withoutEmptyEnd(QStringList lines) {
     while (!lines.isEmpty() && lines.last().isEmpty())
         lines.removeLast();

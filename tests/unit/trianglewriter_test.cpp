@@ -70,7 +70,7 @@ public:
                 {_corners.data(), _corners.size()},
                 {reinterpret_cast<unsigned char*>(_positions.data()), _positions.size() * sizeof(float)}};
     }
-    /// The same, with faces that all have so many corners.
+    /// The same, with faces of equal numbers of corners.
     FaceTable uniformTable(quint32 count) {
         FaceTable uniform = table();
         uniform.uniform = {count, corners.size() / count};
@@ -304,7 +304,7 @@ TEST_F(TriangleWriterTest, FacesWithFewerStartsThanCountsEndWithTheStarts) {
     mesh.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1};
     for (quint32 face = 0; face < 9; ++face)
         mesh.addFace({0, 1, 2});
-    mesh.starts.resize(6); // the memory behind still holds the others
+    mesh.starts.resize(6); // the memory after them still holds the others
     ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {0, 1, 2, 3, 4, 5, 6, 7, 8}));
     ASSERT_NO_FATAL_FAILURE(expectCut(mesh.table(), {3, 4, 5, 6, 8}));
     mesh.starts.resize(9);

@@ -168,7 +168,7 @@ TEST(TriangulationTest, ClockwisePolygonIsCounterClockwiseAboutItsOwnNormal) {
     FlatPolygon reversed = kLShape;
     std::reverse(reversed.corners.begin(), reversed.corners.end());
     for (const Triangle& triangle : trianglesOf(reversed, reversed.triangulated()))
-        EXPECT_LT(triangle.doubledArea(), 0) << "seen from above, that is from behind";
+        EXPECT_LT(triangle.doubledArea(), 0) << "seen from above, which is the back";
     for (const Triangle& triangle : trianglesOf(reversed, reversed.triangulated(kUp)))
         EXPECT_GT(triangle.doubledArea(), 0);
 }
