@@ -69,10 +69,11 @@ Testing::TestPolygon polygonFrom(Fuzzing::ByteSource& source) {
 bool cutsAgain(const Testing::TestPolygon& polygon, const QVector<unsigned int>& expected) {
     PolygonTriangulator triangulator;
     for (int round = 0; round < 2; ++round) {
-        std::vector<unsigned int> room(3 * polygon.corners.size());
+        std::vector<unsigned int> triangles(3 * polygon.corners.size());
         unsigned int* const end = triangulator.triangulate(polygon.count(), polygon.corners.data(),
-                                                           polygon.positions.data(), room.data());
-        if (!std::equal(expected.begin(), expected.end(), room.begin(), room.begin() + (end - room.data())))
+                                                           polygon.positions.data(), triangles.data());
+        if (!std::equal(expected.begin(), expected.end(), triangles.begin(),
+                        triangles.begin() + (end - triangles.data())))
             return false;
     }
     return true;

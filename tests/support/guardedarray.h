@@ -41,17 +41,17 @@ private:
 
 /// Reusable memory for one guarded array after the other: cheaper than a GuardedArray for each.
 template<typename T>
-class GuardedRoom {
+class GuardedScratch {
 public:
     /// Returns: a copy of the items that ends at the guard page, valid until the next call.
     T* place(const std::vector<T>& items) {
-        if (items.size() > _room.size())
-            _room = GuardedArray<T>(2 * items.size());
-        return std::copy(items.begin(), items.end(), _room.end() - items.size()) - items.size();
+        if (items.size() > _memory.size())
+            _memory = GuardedArray<T>(2 * items.size());
+        return std::copy(items.begin(), items.end(), _memory.end() - items.size()) - items.size();
     }
 
 private:
-    GuardedArray<T> _room{1024};
+    GuardedArray<T> _memory{1024};
 };
 
 } // namespace Atelier::Vel::Testing

@@ -28,10 +28,10 @@ struct TriangulationOutcome {
 };
 
 inline TriangulationOutcome libraryOutcome(const TestPolygon& p, MessageLog& log) {
-    static GuardedRoom<int> cornerRoom;
-    static GuardedRoom<float> positionRoom;
-    const int* const corners = cornerRoom.place(p.corners);
-    const float* const positions = positionRoom.place(p.positions);
+    static GuardedScratch<int> cornerScratch;
+    static GuardedScratch<float> positionScratch;
+    const int* const corners = cornerScratch.place(p.corners);
+    const float* const positions = positionScratch.place(p.positions);
     TriangulationOutcome outcome;
     log.clear();
     Triangulate3D(p.count(), corners, positions, outcome.own);

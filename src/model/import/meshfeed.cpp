@@ -44,7 +44,7 @@ void MeshFeed::addVertex(Attribute& attribute, FixedList<float, N>& values, cons
     const auto components = static_cast<size_t>(attribute.components);
     if (!attribute.declared)
         declare(attribute);
-    if (values.room() < components)
+    if (values.freeCapacity() < components)
         flush();
     std::copy_n(operands, components, values.items + values.size);
     values.size += components;
@@ -58,12 +58,12 @@ void MeshFeed::declare(Attribute& attribute) {
 }
 
 void MeshFeed::addFace(const ObjReader& reader) {
-    if (_run->cornerCounts.room() == 0)
+    if (_run->cornerCounts.freeCapacity() == 0)
         flush();
     const int count = reader.cornerCount();
     _run->cornerCounts.push(static_cast<quint32>(count));
     for (int i = 0; i < count; ++i) {
-        if (_run->positionIndices.room() == 0)
+        if (_run->positionIndices.freeCapacity() == 0)
             flush();
         const ObjCorner corner = reader.corner(i);
         _run->positionIndices.push(corner.position);

@@ -59,10 +59,10 @@ ScratchReuse::ScratchReuse() : _outer(currentReuse) {
 
 ScratchReuse::~ScratchReuse() {
     currentReuse = _outer;
-    giveBack();
+    unmapAll();
 }
 
-void ScratchReuse::giveBack() {
+void ScratchReuse::unmapAll() {
     for (Mapping& mapping : _kept) {
         if (mapping.address != nullptr)
             unmap(mapping.address, mapping.bytes);
@@ -98,7 +98,7 @@ ScratchBlock::ScratchBlock(std::size_t bytes, Content content) {
         if (isFresh) {
             _mapping = {map(mapped), mapped};
             if (_mapping.address == nullptr && currentReuse != nullptr) {
-                currentReuse->giveBack();
+                currentReuse->unmapAll();
                 _mapping.address = map(_mapping.bytes);
             }
             if (_mapping.address == nullptr)
@@ -129,22 +129,22 @@ bool ScratchBlock::grow(std::size_t bytes) {
         return false;
     auto* const begin = static_cast<char*>(_begin);
     const auto before = static_cast<std::size_t>(begin - static_cast<char*>(_mapping.address));
-    const std::size_t room = _mapping.bytes - kHugePage;
+    const std::size_t usable = _mapping.bytes - kHugePage;
     const std::size_t wanted = wholePages(bytes);
-    if (wanted <= room)
+    if (wanted <= usable)
         return true;
     const ScratchReuse::Mapping mapping{map(wanted + kHugePage), wanted + kHugePage};
     if (mapping.address == nullptr)
         return false;
     char* const target = firstPageOf(mapping.address);
-    if (mremap(begin, room, wanted, MREMAP_MAYMOVE | MREMAP_FIXED, target) == MAP_FAILED) {
+    if (mremap(begin, usable, wanted, MREMAP_MAYMOVE | MREMAP_FIXED, target) == MAP_FAILED) {
         unmap(mapping.address, mapping.bytes);
         return false;
     }
     // Unmaps the two remaining parts of the old mapping separately, because another thread may already use
     // the addresses between them.
     unmap(_mapping.address, before);
-    unmap(begin + room, _mapping.bytes - before - room);
+    unmap(begin + usable, _mapping.bytes - before - usable);
     _mapping = mapping;
     _begin = target;
     return true;

@@ -24,7 +24,7 @@ private:
     };
 
     /// Returns all kept mappings to the system.
-    void giveBack();
+    void unmapAll();
     /// Keeps a mapping for later use. Returns: false if there is no free entry.
     bool keep(const Mapping& mapping);
     /// Takes the smallest kept mapping of at least `bytes` bytes; null if there is none.

@@ -16,6 +16,9 @@ namespace Atelier::Vel {
 
 namespace {
 
+// Elements that are appended with one call: 16 KiB, which stay in the first-level cache.
+constexpr quint64 kBlock = 4096;
+
 bool isWithout(const QSharedPointer<ModelDataStream>& stream, unsigned int type, quint64 count) {
     return stream.isNull() && !ModelDataArray::canHold(type, count);
 }
@@ -91,7 +94,7 @@ void AttributeStore::append(const QString& name, VertexAttribute& record, quint6
 }
 
 void AttributeStore::listOmitted(const QString& name, VertexAttribute& record) const {
-    const std::vector<quint32> none(std::min<quint64>(record.omitted, 4096), kNoIndex);
+    const std::vector<quint32> none(std::min<quint64>(record.omitted, kBlock), kNoIndex);
     while (record.omitted != 0) {
         const quint64 count = std::min<quint64>(record.omitted, none.size());
         append(name, record, count, none.data());

@@ -9,6 +9,13 @@
 
 namespace Atelier::Vel {
 
+namespace {
+
+// Elements that are appended with one call: 16 KiB, which stay in the first-level cache.
+constexpr quint64 kBlock = 4096;
+
+} // namespace
+
 FaceStore::FaceStore(StreamSource& streams, Input input) : _streams(streams), _input(input) {
     clear();
 }
@@ -48,7 +55,7 @@ bool FaceStore::addUniform(quint64 count, const unsigned int* cornerCounts) {
 void FaceStore::listUniform() {
     const UniformFaces faces = *_uniform;
     _uniform.reset();
-    const std::vector<unsigned int> counts(std::min<quint64>(faces.count, 4096), faces.corners);
+    const std::vector<unsigned int> counts(std::min<quint64>(faces.count, kBlock), faces.corners);
     for (quint64 left = faces.count; left != 0; left -= std::min<quint64>(left, counts.size()))
         add(std::min<quint64>(left, counts.size()), counts.data());
 }

@@ -71,7 +71,10 @@ public:
     }
 
 private:
+    // More look-ups than a core can have cache misses outstanding, few enough for the blocks to stay in the
+    // first-level cache.
     static constexpr quint32 kBlock = 32;
+    // Slot, first corner, its indices, its values, comparison: each needs what the step before has fetched.
     static constexpr quint32 kSteps = 5;
     static constexpr quint32 kBlocksPerReport = 1024; // about a millisecond
 

@@ -11,6 +11,8 @@ namespace Atelier::Vel {
 
 namespace {
 
+// The sites of a leaf are tested one after the other. Smaller leaves make a tree that takes more memory and
+// steps.
 constexpr int kSitesPerLeaf = 8;
 
 // A point closer than this to the start of a side has a zero direction from there. It counts as inside,

@@ -33,8 +33,8 @@ public:
     }
 
 private:
-    // Prefetch distances in faces: a face takes 10 to 20 ns, so that 8 faces cover one memory latency. Each
-    // stage needs the result of the previous one.
+    // Prefetch distances in faces. Each stage needs what the previous one fetched, so the stages are eight
+    // faces apart: enough work to cover one memory latency.
     static constexpr quint64 kTableAhead = 24;
     static constexpr quint64 kCornersAhead = 16;
     static constexpr quint64 kPositionsAhead = 8;

@@ -15,7 +15,7 @@ struct FixedList {
     size_t size = 0;
     T items[N];
 
-    size_t room() const { return N - size; }
+    size_t freeCapacity() const { return N - size; }
     void push(T item) { items[size++] = item; }
 };
 
@@ -38,8 +38,9 @@ struct ObjRun {
 
     /// The number of lines that fit, if they are any vertex lines or faces of up to kPlainCorners corners.
     size_t lineCapacityLeft() const {
-        return std::min({positions.room() / 3, normals.room() / 3, texCoords.room() / 2, cornerCounts.room(),
-                         positionIndices.room() / kPlainCorners});
+        return std::min({positions.freeCapacity() / 3, normals.freeCapacity() / 3,
+                         texCoords.freeCapacity() / 2, cornerCounts.freeCapacity(),
+                         positionIndices.freeCapacity() / kPlainCorners});
     }
     bool isFull() const { return lineCapacityLeft() == 0; }
 

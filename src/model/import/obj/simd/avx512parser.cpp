@@ -149,7 +149,7 @@ struct CornerTasks {
     unsigned int numbers =
         0; ///< per corner, the same for all: a task always makes four corners, even if there are fewer
 
-    bool hasRoom() const { return list.size <= kLines; }
+    bool hasCapacity() const { return list.size <= kLines; }
 };
 
 /// A window of 64 characters of the text.
@@ -522,7 +522,7 @@ VELMODEL_AVX512 const char* takeLines(const char* first, const char* last, ObjLi
     const Constants constants;
     CornerTasks tasks;
     size_t lines = std::min(run.lineCapacityLeft(), CornerTasks::kLines);
-    for (; lines != 0 && first != last && tasks.hasRoom(); --lines) {
+    for (; lines != 0 && first != last && tasks.hasCapacity(); --lines) {
         const char* const next = takeLine(first, constants, counts, run, tasks);
         if (next == nullptr)
             break;
