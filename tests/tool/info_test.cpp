@@ -92,17 +92,17 @@ TEST(InfoTest, BackslashesInTexturePathsAreSeparators) {
 
 TEST(InfoTest, ReportsDroppedFaces) {
     EXPECT_EQ(notes(triangleText() + "f 1 x 3\n"),
-              QStringList("1 face was dropped, because one of its corners is no integer."));
+              QStringList("1 face was dropped, because one of its corners is not an integer."));
     EXPECT_EQ(notes(triangleText() + "f 1 x 3\nf 1 2.0 3\n"),
-              QStringList("2 faces were dropped, because one of their corners is no integer."));
+              QStringList("2 faces were dropped, because one of their corners is not an integer."));
 }
 
 TEST(InfoTest, ReportsFacesWithoutAMaterial) {
     EXPECT_EQ(notes(triangleText() + "usemtl gone\nf 1 2 3\n"),
-              QStringList("1 face belongs to no material: its material was not known when it was read. "
+              QStringList("1 face belongs to no material, because its material was unknown when it was read. "
                           "It is not drawn."));
     EXPECT_EQ(notes(triangleText() + "usemtl gone\nf 1 2 3\nf 3 2 1\n"),
-              QStringList("2 faces belong to no material: theirs was not known when they were read. "
+              QStringList("2 faces belong to no material, because theirs was unknown when they were read. "
                           "They are not drawn."));
 }
 

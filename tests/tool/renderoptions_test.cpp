@@ -99,7 +99,7 @@ class OutOfRangeTest : public testing::TestWithParam<OutOfRange> {};
 TEST_P(OutOfRangeTest, IsRejectedWithAMessage) {
     const OutOfRange& mistake = GetParam();
     expectMistake({mistake.option, mistake.value},
-                  QStringLiteral("%1 takes %2; '%3' is not that.")
+                  QStringLiteral("%1 takes %2, not '%3'.")
                       .arg(QLatin1String(mistake.option), QLatin1String(mistake.expected),
                            QLatin1String(mistake.value)));
 }
@@ -179,8 +179,9 @@ TEST(RenderOptionsTest, UpDirectionsMayLackTheirSignAndBeSmall) {
 }
 
 TEST(RenderOptionsTest, OneFileIsNeeded) {
-    EXPECT_EQ(readExactly({"-o", "m.png"}).error, "One file is needed; 0 are given.");
-    EXPECT_EQ(readExactly({"a.obj", "b.obj", "-o", "m.png"}).error, "One file is needed; 2 are given.");
+    EXPECT_EQ(readExactly({"-o", "m.png"}).error, "Exactly one file is required; 0 are given.");
+    EXPECT_EQ(readExactly({"a.obj", "b.obj", "-o", "m.png"}).error,
+              "Exactly one file is required; 2 are given.");
 }
 
 TEST(RenderOptionsTest, OutputIsNeededAndNamesAFormat) {

@@ -34,9 +34,8 @@ constexpr WrongUsage kProgram[] = {
     {"", "velmodel: A command is missing. Try 'velmodel --help'."},
     {"paint", "velmodel: There is no command 'paint'. Try 'velmodel --help'."},
     {"--frobnicate", "velmodel: Unknown option 'frobnicate'. Try 'velmodel --help'."},
-    {"--verbose loud info a.obj",
-     "velmodel: --verbose takes debug, info, warning, error; 'loud' is none of them. "
-     "Try 'velmodel --help'."},
+    {"--verbose loud info a.obj", "velmodel: --verbose takes debug, info, warning, error, not 'loud'. "
+                                  "Try 'velmodel --help'."},
     {"--verbose", "velmodel: Missing value after '--verbose'. Try 'velmodel --help'."},
 };
 INSTANTIATE_TEST_SUITE_P(Program, WrongUsageTest, testing::ValuesIn(kProgram));
@@ -45,18 +44,18 @@ constexpr WrongUsage kInfoAndDump[] = {
     {"info", "velmodel: A file is missing. Try 'velmodel info --help'."},
     {"info --json", "velmodel: A file is missing. Try 'velmodel info --help'."},
     {"info --jason a.obj", "velmodel: Unknown option 'jason'. Try 'velmodel info --help'."},
-    {"info --verbose 3 a.obj", "velmodel: --verbose takes debug, info, warning, error; '3' is none of them. "
+    {"info --verbose 3 a.obj", "velmodel: --verbose takes debug, info, warning, error, not '3'. "
                                "Try 'velmodel info --help'."},
-    {"dump", "velmodel: One file is needed; 0 are given. Try 'velmodel dump --help'."},
-    {"dump a.obj b.obj", "velmodel: One file is needed; 2 are given. Try 'velmodel dump --help'."},
+    {"dump", "velmodel: Exactly one file is required; 0 are given. Try 'velmodel dump --help'."},
+    {"dump a.obj b.obj", "velmodel: Exactly one file is required; 2 are given. Try 'velmodel dump --help'."},
     {"dump --data a.obj", "velmodel: Unknown option 'data'. Try 'velmodel dump --help'."},
 };
 INSTANTIATE_TEST_SUITE_P(InfoAndDump, WrongUsageTest, testing::ValuesIn(kInfoAndDump));
 
 constexpr WrongUsage kRender[] = {
-    {"render -o a.png", "velmodel: One file is needed; 0 are given. Try 'velmodel render --help'."},
+    {"render -o a.png", "velmodel: Exactly one file is required; 0 are given. Try 'velmodel render --help'."},
     {"render a.obj b.obj -o a.png",
-     "velmodel: One file is needed; 2 are given. Try 'velmodel render --help'."},
+     "velmodel: Exactly one file is required; 2 are given. Try 'velmodel render --help'."},
     {"render a.obj", "velmodel: --output is missing. Try 'velmodel render --help'."},
     {"render a.obj -o", "velmodel: Missing value after '-o'. Try 'velmodel render --help'."},
     {"render a.obj -o a.docx",
@@ -68,32 +67,32 @@ constexpr WrongUsage kRender[] = {
     {"render a.obj -o - --turntable 3",
      "velmodel: --turntable makes several pictures, which cannot all go to "
      "standard output. Try 'velmodel render --help'."},
-    {"render a.obj -o a.png --turntable 0", "velmodel: --turntable takes a whole number from 1 to 100000; "
-                                            "'0' is not that. Try 'velmodel render --help'."},
-    {"render a.obj -o a.png --turntable many", "velmodel: --turntable takes a whole number from 1 to 100000; "
-                                               "'many' is not that. Try 'velmodel render --help'."},
+    {"render a.obj -o a.png --turntable 0", "velmodel: --turntable takes a whole number from 1 to 100000, "
+                                            "not '0'. Try 'velmodel render --help'."},
+    {"render a.obj -o a.png --turntable many", "velmodel: --turntable takes a whole number from 1 to 100000, "
+                                               "not 'many'. Try 'velmodel render --help'."},
     {"render a.obj -o a.png --up W",
-     "velmodel: --up takes +X, -X, +Y, -Y, +Z, -Z; 'W' is not that. Try 'velmodel render --help'."},
+     "velmodel: --up takes +X, -X, +Y, -Y, +Z, -Z, not 'W'. Try 'velmodel render --help'."},
     {"render a.obj -o a.png --camera-azimuth east",
-     "velmodel: --camera-azimuth takes a number from -36000 to 36000; 'east' is not that. "
+     "velmodel: --camera-azimuth takes a number from -36000 to 36000, not 'east'. "
      "Try 'velmodel render --help'."},
     {"render a.obj -o a.png --camera-azimuth 1,5",
-     "velmodel: --camera-azimuth takes a number from -36000 to 36000; '1,5' is not that. "
+     "velmodel: --camera-azimuth takes a number from -36000 to 36000, not '1,5'. "
      "Try 'velmodel render --help'."},
     {"render a.obj -o a.png --camera-elevation 91", "velmodel: --camera-elevation takes a number from -90 to "
-                                                    "90; '91' is not that. Try 'velmodel render --help'."},
-    {"render a.obj -o a.png --camera-zoom 0", "velmodel: --camera-zoom takes a number from 0.001 to 1000; "
-                                              "'0' is not that. Try 'velmodel render --help'."},
-    {"render a.obj -o a.png --camera-zoom nan", "velmodel: --camera-zoom takes a number from 0.001 to 1000; "
-                                                "'nan' is not that. Try 'velmodel render --help'."},
+                                                    "90, not '91'. Try 'velmodel render --help'."},
+    {"render a.obj -o a.png --camera-zoom 0", "velmodel: --camera-zoom takes a number from 0.001 to 1000, "
+                                              "not '0'. Try 'velmodel render --help'."},
+    {"render a.obj -o a.png --camera-zoom nan", "velmodel: --camera-zoom takes a number from 0.001 to 1000, "
+                                                "not 'nan'. Try 'velmodel render --help'."},
     {"render a.obj -o a.png --background greenish",
-     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3; 'greenish' is not that. "
+     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3, not 'greenish'. "
      "Try 'velmodel render --help'."},
     {"render a.obj -o a.png --background 1,2,3",
-     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3; '1,2,3' is not that. "
+     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3, not '1,2,3'. "
      "Try 'velmodel render --help'."},
     {"render a.obj -o a.png --background 1,1",
-     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3; '1,1' is not that. "
+     "velmodel: --background takes a colour such as white, #20242a or 0.1,0.2,0.3, not '1,1'. "
      "Try 'velmodel render --help'."},
 };
 INSTANTIATE_TEST_SUITE_P(Render, WrongUsageTest, testing::ValuesIn(kRender));
@@ -104,8 +103,8 @@ TEST_P(WrongResolutionTest, IsNamedInTheError) {
     const QString value = QString::fromLatin1(GetParam());
     expectWrongUsage(
         {"render", "a.obj", "-o", "a.png", "--resolution", value},
-        QStringLiteral("velmodel: --resolution takes two whole numbers from 1 to 16384, as in 1280,720; "
-                       "'%1' is not that. Try 'velmodel render --help'.")
+        QStringLiteral("velmodel: --resolution takes two whole numbers from 1 to 16384, as in 1280,720, "
+                       "not '%1'. Try 'velmodel render --help'.")
             .arg(value));
 }
 

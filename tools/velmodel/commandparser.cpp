@@ -23,7 +23,7 @@ CommandParser::CommandParser(const QString& command, const QString& description)
       _help(QStringLiteral("help"), QStringLiteral("Print this text.")),
       _version(QStringLiteral("version"), QStringLiteral("Print the version.")),
       _verbose(QStringLiteral("verbose"),
-               QStringLiteral("Log from this level upwards to standard error: %1 (default warning).")
+               QStringLiteral("Lowest level of the messages on standard error: %1 (default warning).")
                    .arg(verbosityLevels().join(QStringLiteral(", "))),
                QStringLiteral("level"), QStringLiteral("warning")) {
     _parser.setApplicationDescription(description);
@@ -38,7 +38,7 @@ std::optional<ExitCode> CommandParser::parse(const QStringList& arguments) {
     if (_parser.isSet(_version))
         return print(QStringLiteral("velmodel " VELMODEL_VERSION "\n"));
     if (!verbosityLevels().contains(_parser.value(_verbose)))
-        return wrongUsage(QStringLiteral("--verbose takes %1; '%2' is none of them.")
+        return wrongUsage(QStringLiteral("--verbose takes %1, not '%2'.")
                               .arg(verbosityLevels().join(QStringLiteral(", ")), _parser.value(_verbose)));
     if (_command.isNull() || _parser.isSet(_verbose))
         installMessageLog(_parser.value(_verbose));

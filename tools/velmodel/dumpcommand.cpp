@@ -30,7 +30,8 @@ ExitCode runDump(const QStringList& arguments) {
         return *exitCode;
     const QStringList files = parser.options().positionalArguments();
     if (files.size() != 1)
-        return parser.wrongUsage(QStringLiteral("One file is needed; %1 are given.").arg(files.size()));
+        return parser.wrongUsage(
+            QStringLiteral("Exactly one file is required; %1 are given.").arg(files.size()));
 
     ModelSession session(readLoadFlags(parser.options()));
     if (!session.open())

@@ -38,7 +38,9 @@ QByteArray asJson(const QVector<ModelSummary>& summaries) {
 } // namespace
 
 ExitCode runInfo(const QStringList& arguments) {
-    CommandParser parser(QStringLiteral("info"), QStringLiteral("Says what models hold and what they cost."));
+    CommandParser parser(
+        QStringLiteral("info"),
+        QStringLiteral("Prints the contents of models, and what loading and drawing them costs."));
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Print a JSON array with one object per model."));
     parser.options().addOption(json);

@@ -16,7 +16,7 @@ QString optimise() {
 
 void addLoadFlags(QCommandLineParser& parser) {
     parser.addOption(
-        {confined(), QStringLiteral("Read no libraries and textures from outside of the model's folder.")});
+        {confined(), QStringLiteral("Read libraries and textures only from the model's folder.")});
     if (DrawData::canOptimise())
         parser.addOption(
             {optimise(), QStringLiteral("Reorder triangles and vertices for the GPU's caches.")});

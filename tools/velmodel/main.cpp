@@ -15,8 +15,8 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", "what a model holds and what it costs", runInfo},
-    {"dump", "a model's draw data as JSON, as OpenGL has it", runDump},
+    {"info", "the contents of models and their cost", runInfo},
+    {"dump", "a model's draw data as JSON, read back from OpenGL", runDump},
     {"render", "a picture of a model", runRender},
 };
 
@@ -26,7 +26,7 @@ QString description() {
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.name), -8)
                     .arg(QLatin1String(command.summary));
-    return text + QStringLiteral("'velmodel COMMAND --help' tells more.");
+    return text + QStringLiteral("'velmodel COMMAND --help' describes a command.");
 }
 
 ExitCode run(const QStringList& arguments) {

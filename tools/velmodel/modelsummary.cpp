@@ -79,11 +79,11 @@ void note(QStringList& notes, quint64 count, const char* one, const char* many) 
 
 QStringList notesOn(const LoadReport& report) {
     QStringList notes;
-    note(notes, report.droppedFaces, " face was dropped, because one of its corners is no integer.",
-         " faces were dropped, because one of their corners is no integer.");
+    note(notes, report.droppedFaces, " face was dropped, because one of its corners is not an integer.",
+         " faces were dropped, because one of their corners is not an integer.");
     note(notes, report.facesWithoutGroup,
-         " face belongs to no material: its material was not known when it was read. It is not drawn.",
-         " faces belong to no material: theirs was not known when they were read. They are not drawn.");
+         " face belongs to no material, because its material was unknown when it was read. It is not drawn.",
+         " faces belong to no material, because theirs was unknown when they were read. They are not drawn.");
     note(notes, report.statistics.untriangulatedFaces,
          " face could not be cut into triangles. It is not drawn.",
          " faces could not be cut into triangles. They are not drawn.");

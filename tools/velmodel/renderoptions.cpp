@@ -67,8 +67,7 @@ public:
 
     void complain(const QString& name, const QString& expected) {
         if (_error.isNull())
-            _error =
-                QStringLiteral("--%1 takes %2; '%3' is not that.").arg(name, expected, _parser.value(name));
+            _error = QStringLiteral("--%1 takes %2, not '%3'.").arg(name, expected, _parser.value(name));
     }
 
 private:
@@ -92,7 +91,7 @@ private:
 
 QString findMistake(const RenderOptions& options, const QStringList& files) {
     if (files.size() != 1)
-        return QStringLiteral("One file is needed; %1 are given.").arg(files.size());
+        return QStringLiteral("Exactly one file is required; %1 are given.").arg(files.size());
     if (options.output.isEmpty())
         return QStringLiteral("--output is missing.");
     if (!canWritePicture(options.output))
@@ -115,17 +114,17 @@ void addRenderOptions(QCommandLineParser& parser) {
          "colour", backgroundDefault()},
         {"no-background", "Leave the background transparent."},
         {"up",
-         QStringLiteral("Which way is up: %1 (default +Y).").arg(upDirections().join(QStringLiteral(", "))),
+         QStringLiteral("Up direction: %1 (default +Y).").arg(upDirections().join(QStringLiteral(", "))),
          "axis", camera.up},
         {"camera-azimuth", "Angle around the model, from the front to the right (default 30).", "degrees",
          QString::number(camera.azimuth)},
         {"camera-elevation", "Angle above the horizon (default 20).", "degrees",
          QString::number(camera.elevation)},
-        {"camera-zoom", "2 shows the model twice as large as 1, which fills the picture.", "factor",
+        {"camera-zoom", "Magnification; at 1 the model fills the picture.", "factor",
          QString::number(camera.zoom)},
         {"wireframe", "Draw the edges of the triangles."},
         {"turntable",
-         "Write so many pictures from all around; picture.png becomes picture-000.png and so on.", "N"},
+         "Write N pictures from all around the model; picture.png becomes picture-000.png and so on.", "N"},
     });
 }
 
