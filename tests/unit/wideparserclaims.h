@@ -31,18 +31,16 @@ protected:
         const ParsedLines parsed = parsedByItself(
             _parser, "v 1.5 -2.0 0.25\nvn 0.0 -0.0 1.0\nvt 0.5 0.125\nf 1/2/1 2/1/1 1/1/2\nv 7.0 8.0 9.0\n");
         const ObjRun& run = *parsed.run;
-        ASSERT_EQ(run.positions.size, 6U);
-        EXPECT_EQ(run.positions.items[1], -2.0F);
-        EXPECT_EQ(run.positions.items[5], 9.0F);
-        ASSERT_EQ(run.normals.size, 3U);
-        EXPECT_TRUE(std::signbit(run.normals.items[1])) << "-0 keeps its sign";
-        ASSERT_EQ(run.texCoords.size, 2U);
-        EXPECT_EQ(run.texCoords.items[1], 0.125F);
+        const std::vector<float> positions(run.positions.items, run.positions.items + run.positions.size);
+        EXPECT_EQ(positions, (std::vector<float>{1.5F, -2, 0.25F, 7, 8, 9}));
+        const std::vector<float> texCoords(run.texCoords.items, run.texCoords.items + run.texCoords.size);
+        EXPECT_EQ(texCoords, (std::vector<float>{0.5F, 0.125F}));
+        EXPECT_TRUE(run.normals.size == 3 && std::signbit(run.normals.items[1])) << "-0 keeps its sign";
         EXPECT_EQ(parsed.counts.positions, 3U) << "one line before, two here";
-        ASSERT_EQ(run.cornerCounts.size, 1U);
-        EXPECT_EQ(run.positionIndices.items[1], 1U) << "numbers count from 1 in the text, from 0 here";
-        EXPECT_EQ(run.texCoordIndices.items[0], 1U);
-        EXPECT_EQ(run.normalIndices.items[2], 1U);
+        // Numbers count from 1 in the text, from 0 here.
+        EXPECT_EQ(cornersOf(run, run.positionIndices), (std::vector<quint32>{0, 1, 0}));
+        EXPECT_EQ(cornersOf(run, run.texCoordIndices), (std::vector<quint32>{1, 0, 0}));
+        EXPECT_EQ(cornersOf(run, run.normalIndices), (std::vector<quint32>{0, 0, 1}));
     }
 
     /// Of each line, whether it stops there.
@@ -72,6 +70,13 @@ protected:
     void expectNothingOfAnEmptyText() const { EXPECT_EQ(parsedByItself(_parser, "").taken, 0); }
 
     WideParser* _parser;
+
+private:
+    /// The numbers of one kind at the corners of all faces.
+    template<typename List>
+    static std::vector<quint32> cornersOf(const ObjRun& run, const List& list) {
+        return {list.items, list.items + run.positionIndices.size};
+    }
 };
 
 } // namespace Atelier::Vel::Testing
