@@ -7,6 +7,7 @@
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the sanitizer's names
 VISIBLE const char* __lsan_default_suppressions();
 VISIBLE const char* __lsan_default_options();
+VISIBLE const char* __asan_default_options();
 
 const char* __lsan_default_suppressions() {
     return "leak:libEGL_mesa.so\n"
@@ -19,5 +20,11 @@ const char* __lsan_default_suppressions() {
 
 const char* __lsan_default_options() {
     return "print_suppressions=0";
+}
+
+// AddressSanitizer's record of thread-local memory is wrong for some threads of the driver, and its check for
+// leaks then crashes. Without the record, that memory counts as the thread's own.
+const char* __asan_default_options() {
+    return "intercept_tls_get_addr=0";
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
