@@ -63,8 +63,8 @@ public:
     QVector<DrawElementsIndirectCommand> drawElementsIndirectCommands() const;
     /// Reads the commands back from the indirect buffer; uploads them first if no draw has done so. No
     /// binding changes.
-    /// Returns: one entry for each command that was set. The count of a command that reaches beyond the indices is 0
-    /// there. Empty when there is no context and when the driver cannot store the commands.
+    /// Returns: one entry for each command that was set. The count of a command that reaches beyond the
+    /// indices is 0 there. Empty when there is no context and when the driver cannot store the commands.
     /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
     QVector<DrawElementsIndirectCommand> readBackCommands();
 

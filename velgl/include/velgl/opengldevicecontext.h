@@ -42,8 +42,8 @@ public:
 
     /// Finds the context of the calling thread: the object given to setCurrent() if there is one, else the
     /// object of the native context that is current. The first call for a native context sends the messages
-    /// of the driver to the logging category "velgl" if they have no other receiver. If the context shares with
-    /// none that VelGL knows, that call also makes a small labelled buffer, by which VelGL recognises
+    /// of the driver to the logging category "velgl" if they have no other receiver. If the context shares
+    /// with none that VelGL knows, that call also makes a small labelled buffer, by which VelGL recognises
     /// contexts that share.
     /// Returns: the same object for the same native context. Null when none is current, and when it is older
     /// than OpenGL 4.3 or is OpenGL ES; one warning then says what was found and what is needed.
