@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include "emulation/emulatedavx512.h"
 #include "lineparsers.h"
 #include "nastytext.h"
 #include "support/scale.h"

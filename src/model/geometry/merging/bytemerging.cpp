@@ -64,13 +64,11 @@ void mergeByBytes(const std::vector<CornerAttribute>& attributes, const MergeOpt
 
 void mergeMostlyDistinct(const std::vector<CornerAttribute>& attributes, const MergeOptions& options,
                          VertexRemap& remap) {
-    const auto key = std::max_element(
-        attributes.begin(), attributes.end(),
-        [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
-    if (key == attributes.end() || !options.policy.canFilter(*key, remap.cornerCount()))
+    const std::size_t key = largestAttribute(attributes);
+    if (attributes.empty() || !options.policy.canFilter(attributes[key], remap.cornerCount()))
         return mergeByBytes(attributes, options, remap);
-    const std::vector<quint32> candidates = duplicateCandidates(*key, remap.cornerCount(), options.hashSeed,
-                                                                remap.vertexOfCorner(), options.meter);
+    const std::vector<quint32> candidates = duplicateCandidates(
+        attributes[key], remap.cornerCount(), options.hashSeed, remap.vertexOfCorner(), options.meter);
     const auto count = static_cast<quint32>(candidates.size());
     if (!options.policy.areFewCandidates(count, remap.cornerCount()))
         return mergeByBytes(attributes, options, remap);

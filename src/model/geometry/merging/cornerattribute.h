@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <vector>
 
 #include <QtCore/QtGlobal>
 
@@ -33,5 +35,15 @@ struct CornerAttribute {
             prefetch(indices + corner * indexStep);
     }
 };
+
+/// The number of the attribute with the most values, the first of several; 0 if there are no attributes. Its
+/// values are used by the fewest corners each, so they separate the corners best.
+inline std::size_t largestAttribute(const std::vector<CornerAttribute>& attributes) {
+    const auto hasFewer = [](const CornerAttribute& a, const CornerAttribute& b) {
+        return a.valueCount < b.valueCount;
+    };
+    const auto largest = std::max_element(attributes.begin(), attributes.end(), hasFewer);
+    return static_cast<std::size_t>(largest - attributes.begin());
+}
 
 } // namespace Atelier::Vel

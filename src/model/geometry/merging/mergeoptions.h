@@ -7,8 +7,8 @@ namespace Atelier::Vel {
 
 /// Options of merging. None of them changes the result.
 struct MergeOptions {
-    /// The initial value of every hash. It should be random, so that nobody can make a file whose corners all
-    /// have the same hash.
+    /// The initial value of every hash. It should be random: otherwise a file could be designed whose corners
+    /// all have the same hash.
     quint64 hashSeed = 0;
     /// Counts corners as they are merged, some of them twice. May be empty; an exception from it cancels the
     /// merging.

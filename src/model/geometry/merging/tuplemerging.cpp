@@ -11,14 +11,6 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// The attribute with the most values has the fewest tuples per value.
-std::size_t pivotOf(const std::vector<CornerAttribute>& attributes) {
-    const auto most = std::max_element(
-        attributes.begin(), attributes.end(),
-        [](const CornerAttribute& a, const CornerAttribute& b) { return a.valueCount < b.valueCount; });
-    return static_cast<std::size_t>(most - attributes.begin());
-}
-
 /// Restores the value numbers of the first `count` corners in the list that was overwritten with tuples, if
 /// any.
 void restoreList(const std::vector<CornerAttribute>& attributes, const std::vector<std::size_t>& places,
@@ -45,7 +37,7 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
     : _places(attributes.size()) {
     if (!options.policy.mayNumberTuples(attributes, cornerCount))
         return;
-    const std::size_t pivot = pivotOf(attributes);
+    const std::size_t pivot = largestAttribute(attributes);
     std::iota(_places.begin(), _places.end(), std::size_t{0});
     std::swap(_places[0], _places[pivot]);
     auto tuples = IndexTupleTable::make(attributes.size());
