@@ -159,6 +159,11 @@ struct UploadOptions {
     QString groupIdMember = {};
     unsigned int usage = 0x88E4;    ///< a GL usage hint, GL_STATIC_DRAW
     unsigned int primitiveType = 4; ///< a GL primitive mode, GL_TRIANGLES
+    /// Whether the model keeps the streams of the draw data, so that it can be drawn in a window that does
+    /// not share with the first one, and after its context is gone: it sets GPUModel::setRefill(), which
+    /// first calls the function that was set before. Else the streams are freed and such a model is not
+    /// drawn.
+    bool keepData = false;
 };
 
 /// Adds draw data to `model`: one drawable per draw key. All drawables share one index buffer, and one vertex
@@ -169,8 +174,8 @@ struct UploadOptions {
 /// Cost:     the indices of fewer than 65,535 vertices are copied to 16 bits; all other data is handed to
 ///           VelGL without a copy.
 VELMODEL_EXPORT bool upload(const DrawData& data, GPUModel& model, const UploadOptions& options);
-/// The same, and frees each stream as soon as VelGL has its content, unless another copy shares it. `data` is
-/// null afterwards if a context is current.
+/// The same, and frees each stream as soon as VelGL has its content, unless another copy shares it or the
+/// model keeps it. `data` is null afterwards if a context is current.
 VELMODEL_EXPORT bool upload(DrawData&& data, GPUModel& model, const UploadOptions& options);
 
 } // namespace Atelier::Vel

@@ -52,7 +52,7 @@ struct LoadOptions {
     /// The material libraries and textures that may be read. Any other one counts as unreadable, after a
     /// warning: a library makes the load fail, and a texture is replaced by a white one. The OBJ file itself
     /// may lie anywhere, and may be a link. Textures are opened later, when they are drawn: see
-    /// loadTextureFrom().
+    /// makeTextureLoader().
     Files files = Files::Anywhere;
 };
 

@@ -3,6 +3,7 @@
 #include <QtCore/QSize>
 #include <QtCore/QString>
 
+#include <velgl/gpumodel.h>
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
@@ -15,15 +16,23 @@ class Texture;
 /// Returns:  the same object for the same path. It is never deleted, and must not be deleted. Null if the
 ///           file is not a readable image, if it is an SVG, which could refer to further files, or if it is
 ///           too large: more than 1 GiB decoded, or a side above the limit of the driver.
-/// Threads:  one thread at a time, that of the context.
-/// Cost:     linear in the pixels; a hash look-up if the path was loaded before.
+///           The texture is filled again, from the file, in each further group of sharing contexts; where the
+///           file is gone or its picture has another size, it is white there, after a warning.
+///
+/// The first upload installs this function as the loader of the TextureManager, unless the program has set
+/// one. Threads:  one thread at a time, that of the context. Cost:     linear in the pixels; a hash look-up
+/// if the path was loaded before.
 VELMODEL_EXPORT Texture* LoadTexture(const QString& path);
 
-/// The same for a file that is one of `files`; null for any other file. If `files` are those of one folder,
-/// only image formats that contain all their pixels are read; docs/velmodel.md lists them.
-VELMODEL_EXPORT Texture* loadTextureFrom(const ModelFiles& files, const QString& path);
+/// Makes a function for GPUModel::setTextureLoader(): it loads the textures that materials name, as
+/// LoadTexture() does, from `files` only, and makes a new texture with each call. A path with backslashes
+/// that is not there is read with slashes instead. If `files` are those of one folder, only image formats
+/// that contain all their pixels are read; docs/velmodel.md lists them. Threads:  the function is called on
+/// the thread of the context. It may be copied on any.
+VELMODEL_EXPORT GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files);
 
-/// Reads the size of an image in pixels from the header of its file, without decoding it.
+/// Reads the size of an image in pixels from the header of its file, without decoding it. Backslashes in
+/// `path` are treated as by makeTextureLoader().
 /// Returns: an invalid size if the file is not a readable image or not one of `files`.
 /// Threads: any thread, without a context.
 VELMODEL_EXPORT QSize readTextureSize(const ModelFiles& files, const QString& path);

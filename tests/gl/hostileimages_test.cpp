@@ -237,7 +237,7 @@ TEST_F(HostileImagesTest, EveryFormatWithPixelsLoadsFromAFolderToo) {
         if (bytes.isEmpty())
             continue;
         const QString file = write(bytes);
-        const Texture* texture = loadTextureFrom(ModelFiles(folder()), file);
+        const std::shared_ptr<Texture> texture = makeTextureLoader(ModelFiles(folder()))(file);
         ASSERT_NE(texture, nullptr) << format.constData();
         EXPECT_EQ(QSize(texture->width(), texture->height()), QSize(2, 2)) << format.constData();
         EXPECT_EQ(readTextureSize(ModelFiles(folder()), file), QImageReader(file).size())

@@ -19,9 +19,7 @@
 #include <velgl/glentrypoints.h>
 #include <velgl/gpumodel.h>
 #include <velgl/texture.h>
-#include <velgl/texturemanager.h>
 #include <velmodel/modelfiles.h>
-#include <velmodel/objloader.h>
 
 #include "support/glfixture.h"
 #include "support/hangguard.h"
@@ -271,7 +269,7 @@ TEST_F(TextureLoaderTest, SvgIsNullSinceItMayReferToItself) {
         file.close();
         EXPECT_EQ(QImageReader(file.fileName()).format(), "svg");
         EXPECT_EQ(LoadTexture(file.fileName()), nullptr);
-        EXPECT_EQ(loadTextureFrom(ModelFiles(path(QString())), file.fileName()), nullptr);
+        EXPECT_EQ(makeTextureLoader(ModelFiles(path(QString())))(file.fileName()), nullptr);
         EXPECT_FALSE(readTextureSize(ModelFiles(), file.fileName()).isValid());
     }
 }
@@ -290,44 +288,19 @@ TEST_F(TextureLoaderTest, SizeOfATopDownBitmapIsPositive) {
 TEST_F(TextureLoaderTest, OnlyFilesInsideTheFolderAreLoaded) {
     ASSERT_TRUE(QDir(path(QString())).mkpath("model"));
     const ModelFiles files(path("model"));
+    const GPUModel::TextureLoader load = makeTextureLoader(files);
     const QString outside = save(numbered(4, 2), "out.png");
     for (const char* suffix : {"png", "bmp", "ppm", "xpm", "jpg"}) {
         const QString inside = save(numbered(4, 2, QImage::Format_RGB32), QString("model/in.") + suffix);
-        const Texture* texture = loadTextureFrom(files, inside);
+        const std::shared_ptr<Texture> texture = load(inside);
         ASSERT_NE(texture, nullptr) << suffix;
         EXPECT_EQ(texture->readBack().pixelColor(0, 1), QImage(inside).pixelColor(0, 0)) << suffix;
-        EXPECT_EQ(loadTextureFrom(files, inside), texture) << suffix;
         EXPECT_EQ(readTextureSize(files, inside), QSize(4, 2)) << suffix;
     }
     EXPECT_NE(LoadTexture(outside), nullptr);
-    EXPECT_EQ(loadTextureFrom(files, outside), nullptr) << "cached, but not in this folder";
-    EXPECT_EQ(loadTextureFrom(files, path("model/../out.png")), nullptr);
+    EXPECT_EQ(load(outside), nullptr) << "cached, but not in this folder";
+    EXPECT_EQ(load(path("model/../out.png")), nullptr);
     EXPECT_FALSE(readTextureSize(files, outside).isValid());
-}
-
-// The program of docs/velmodel.md.
-TEST_F(TextureLoaderTest, ConfinedModelIsDrawnWithItsOwnFilesOnly) {
-    ASSERT_TRUE(QDir(path(QString())).mkpath("model"));
-    const QString inside = save(numbered(4, 2), "model/in.png");
-    const QString outside = save(numbered(4, 2), "out.png");
-    const QString path = this->path("model/model.obj");
-    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
-    QString error;
-
-    LoadOptions options;
-    options.files = LoadOptions::Files::InOwnFolder;
-    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, {}, nullptr, options));
-    const ModelFiles files(QFileInfo(path).path());
-    TextureManager::Instance().setLoader(
-        [files](const QString& texture) { return loadTextureFrom(files, texture); });
-
-    EXPECT_NE(model, nullptr);
-    EXPECT_NE(TextureManager::Instance().texture(inside, nullptr), nullptr);
-    const Testing::MessageLog log;
-    EXPECT_EQ(TextureManager::Instance().texture(outside, nullptr), nullptr);
-    EXPECT_THAT(log.texts(QtWarningMsg),
-                testing::ElementsAre(QString("Texture '%1' cannot be loaded").arg(outside)));
-    TextureManager::Instance().setLoader({});
 }
 
 TEST_F(TextureLoaderTest, HostilePathsAreNull) {

@@ -23,6 +23,8 @@ void CallRecord::restart() {
 }
 
 QString CallRecord::number(const void* object, const QString& kind) {
+    if (isPaused)
+        return kind;
     const QString name = QStringLiteral("%1 %2").arg(kind).arg(_counts[kind]++);
     _names.insert(object, name);
     return name;

@@ -18,7 +18,10 @@ class CallRecord {
 public:
     static CallRecord& instance();
 
-    void add(const QString& call) { _calls.append(call); }
+    void add(const QString& call) {
+        if (!isPaused)
+            _calls.append(call);
+    }
     /// The calls since the last use of this function, one per line, in order.
     std::string take();
 
@@ -35,6 +38,8 @@ public:
 
     /// Whether binds and uploads succeed; they are recorded in any case.
     bool succeeds = true;
+    /// Whether calls and new objects are left out.
+    bool isPaused = false;
     /// The number of further objects that the factories of a context make.
     int objectsLeft = 0;
 

@@ -72,6 +72,7 @@ void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectComm
 struct GPUModel::Data {
     std::vector<std::unique_ptr<DrawBuffers>> drawables;
     std::vector<std::unique_ptr<InstanceDataCollection>> collections;
+    Refill refill;
 };
 
 GPUModel::GPUModel() : _data(std::make_unique<Data>()) {
@@ -99,6 +100,19 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
                          .arg(key)
                          .arg(number));
     return number;
+}
+
+void GPUModel::setLabel(const QString& label) {
+    recordCall(this, QStringLiteral("setLabel ") + quoted(label.section(QLatin1Char('/'), -1)));
+}
+
+void GPUModel::setRefill(Refill refill) {
+    recordCall(this, refill ? QStringLiteral("setRefill") : QStringLiteral("setRefill null"));
+    _data->refill = std::move(refill);
+}
+
+GPUModel::Refill GPUModel::refill() const {
+    return _data->refill;
 }
 
 void GPUModel::addMaterialName(int drawable, int command, const QString& name) {

@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include <velgl/texture.h>
+
 #include "callrecord.h"
 
 namespace Atelier::Vel {
@@ -77,7 +79,7 @@ void InstanceData::set(const QString& member, const void* data, unsigned long lo
 }
 
 void InstanceData::setTexture(const QString& member, const QString& path) {
-    ownContent().textures.insert(member, {path, nullptr});
+    ownContent().textures.insert(member, {path, {}});
     recordInstanceCall(*this, QStringLiteral("setTexture %1, %2").arg(quoted(member), quoted(path)));
 }
 
@@ -86,6 +88,10 @@ void InstanceData::setTexture(const QString& member, Texture* texture) {
     recordInstanceCall(
         *this,
         QStringLiteral("setTexture %1, %2").arg(quoted(member), CallRecord::instance().nameOf(texture)));
+}
+
+Texture* InstanceData::texture(const QString& member) const {
+    return content().textures.value(member).object;
 }
 
 void InstanceData::clear() {
@@ -119,7 +125,11 @@ void InstanceDataPlan::addMember(DataType type, const QString& name) {
         QStringLiteral("plan %1: addMember %2, %3").arg(quoted(_name)).arg(int(type)).arg(quoted(name)));
 }
 
-InstanceDataRegistry::InstanceDataRegistry() = default;
+struct InstanceDataRegistry::Data {
+    QList<const InstanceDataPlan*> plans;
+};
+
+InstanceDataRegistry::InstanceDataRegistry() : _data(std::make_unique<Data>()) {}
 
 InstanceDataRegistry& InstanceDataRegistry::Instance() {
     static auto* const registry = new InstanceDataRegistry;
@@ -127,7 +137,7 @@ InstanceDataRegistry& InstanceDataRegistry::Instance() {
 }
 
 void InstanceDataRegistry::registerPlan(InstanceDataPlan* plan) {
-    _plans.append(plan);
+    _data->plans.append(plan);
     CallRecord::instance().add(QStringLiteral("registerPlan ") + quoted(plan->name()));
 }
 

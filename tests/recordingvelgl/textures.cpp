@@ -15,11 +15,15 @@ using Testing::recordCall;
 
 struct Texture::Data {
     unsigned int target = 0;
+    int width = 0;
+    int height = 0;
 };
 
 Texture::Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent)
     : QObject(parent), _data(std::make_unique<Data>()) {
     _data->target = target;
+    _data->width = width;
+    _data->height = height;
     CallRecord& record = CallRecord::instance();
     record.add(QStringLiteral("new %1, target %2, format %3, %4 x %5 x %6, %7")
                    .arg(record.number(this, QStringLiteral("texture")), hexadecimal(target),
@@ -39,6 +43,20 @@ unsigned int Texture::target() const {
     return _data->target;
 }
 
+int Texture::width() const {
+    recordCall(this, QStringLiteral("width"));
+    return _data->width;
+}
+
+int Texture::height() const {
+    recordCall(this, QStringLiteral("height"));
+    return _data->height;
+}
+
+void Texture::setRefill(Refill refill) {
+    recordCall(this, refill ? QStringLiteral("setRefill") : QStringLiteral("setRefill null"));
+}
+
 void Texture::setReadOnly() {
     recordCall(this, QStringLiteral("setReadOnly"));
 }
@@ -52,9 +70,8 @@ void Texture::unbind() {
     recordCall(this, QStringLiteral("unbind"));
 }
 
-// VelModel passes colour textures on without dereferencing the pointer, so the address of a number suffices.
 struct TextureManager::Data {
-    std::map<QRgb, quint64> colors;
+    std::map<QRgb, std::unique_ptr<Texture>> colors;
 };
 
 TextureManager::TextureManager() : _data(std::make_unique<Data>()) {}
@@ -67,10 +84,20 @@ TextureManager& TextureManager::Instance() {
 Texture* TextureManager::colorTexture(const QColor& color) {
     CallRecord& record = CallRecord::instance();
     const QString name = color.name(QColor::HexArgb);
-    auto* const texture = reinterpret_cast<Texture*>(&_data->colors[color.rgba()]);
     record.add(QStringLiteral("colorTexture ") + name);
-    record.setName(texture, QStringLiteral("texture of ") + name);
-    return texture;
+    std::unique_ptr<Texture>& texture = _data->colors[color.rgba()];
+    if (!texture) {
+        record.isPaused = true; // VelModel asks for a colour and does not make an object
+        texture = std::make_unique<Texture>(0, 0, 1, 1, 0, nullptr);
+        record.isPaused = false;
+    }
+    record.setName(texture.get(), QStringLiteral("texture of ") + name);
+    return texture.get();
+}
+
+void TextureManager::setDefaultLoader(Loader loader) {
+    CallRecord::instance().add(loader ? QStringLiteral("setDefaultLoader")
+                                      : QStringLiteral("setDefaultLoader null"));
 }
 
 TextureToken::TextureToken() {

@@ -22,7 +22,7 @@ MODEL = {
     "textures": ["files", "."],
     "mesh": ["geometry", "geometry/merging", "geometry/triangulation", "streams", "memory", "."],
     "drawdata": ["mesh", "geometry", "geometry/merging", "geometry/triangulation", "streams", "memory", "."],
-    "upload": ["drawdata", "mesh", "streams", "memory", "."],
+    "upload": ["textures", "drawdata", "mesh", "streams", "memory", "."],
     "builder": ["upload", "drawdata", "mesh", "streams", "memory", "."],
     "import/text": [],
     "import/obj": ["import/text", "mesh"],

@@ -15,7 +15,7 @@ const char* __lsan_default_suppressions() {
            "leak:libLLVM\n"
            "leak:swrast_dri.so\n"
            "leak:__argz_add_sep\n" // LOCPATH, by the C library
-           "leak:Atelier::Vel::loadTextureFrom\n";
+           "leak:Atelier::Vel::LoadTexture\n";
 }
 
 const char* __lsan_default_options() {

@@ -4,16 +4,16 @@
 
 #include <gmock/gmock.h>
 
-#include <velgl/texturemanager.h>
+#include <velgl/gpumodel.h>
 #include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
+#include <velmodel/textureloader.h>
 
 #include "modelpoints.h"
 #include "picturecomparison.h"
 #include "rendererfixture.h"
 #include "support/messagelog.h"
 #include "temporarymodel.h"
-#include "texturefiles.h"
 
 namespace Atelier::Vel::Testing {
 
@@ -26,19 +26,11 @@ constexpr QSize kSize(33, 33);
 
 class ModelPicturesTest : public RendererFixture {
 protected:
-    void SetUp() override {
-        RendererFixture::SetUp();
-        Tool::installTextureLoader(ModelFiles());
-    }
-    void TearDown() override {
-        TextureManager::Instance().setLoader({});
-        RendererFixture::TearDown();
-    }
-
     QImage picture(const QString& path, const Tool::CameraOptions& options) {
         QString error;
         const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error));
         EXPECT_NE(model, nullptr) << error.toStdString();
+        model->setTextureLoader(makeTextureLoader(_textureFiles));
         const Tool::Camera camera =
             framingCameras(model->bounds(), Tool::pointsInBounds(*model), options, {options.azimuth}, kSize)
                 .first();
@@ -88,6 +80,7 @@ protected:
     }
 
     TemporaryFolder _folder;
+    ModelFiles _textureFiles;
 };
 
 } // namespace
@@ -143,10 +136,9 @@ TEST_F(ModelPicturesTest, TexturesAreFoundByPathsWithBackslashes) {
 TEST_F(ModelPicturesTest, TexturesOutsideOfTheAllowedFolderAreNotLoaded) {
     ASSERT_TRUE(QDir(_folder.path("")).mkdir("inside"));
     writeTexture("kd.png", QColor(250, 80, 10));
-    Tool::installTextureLoader(ModelFiles(_folder.path("inside")));
+    _textureFiles = ModelFiles(_folder.path("inside"));
     const MessageLog log;
     const QRgb refused = shining("map_Kd kd.png\n");
-    Tool::installTextureLoader(ModelFiles());
     EXPECT_EQ(refused, shining(""));
     EXPECT_THAT(log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral("Texture '%1' cannot be loaded").arg(_folder.path("kd.png"))));

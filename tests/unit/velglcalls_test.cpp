@@ -97,6 +97,9 @@ protected:
     std::unique_ptr<ModelBuilder> _builder;
 };
 
+/// Those before the first buffer.
+const std::string kStartCalls = "current -> context\nsetDefaultLoader\n";
+
 std::string bufferCalls(int number, const std::string& target, const std::string& upload) {
     const std::string buffer = "buffer " + std::to_string(number);
     return "context: createBufferObject -> " + buffer + "\n" + //
@@ -116,7 +119,7 @@ std::string positionCalls() {
 
 /// The guards, and the two buffers of the square with a group for each triangle.
 std::string squareCalls() {
-    return "current -> context\n" + indexCalls("[0 1 2 0 2 3]") + positionCalls();
+    return kStartCalls + indexCalls("[0 1 2 0 2 3]") + positionCalls();
 }
 
 /// What makes a drawable of the square, up to its collections.
@@ -201,7 +204,7 @@ TEST_F(UploadCallsTest, EachCommandGetsItsMaterialNameAndThenItsObjectName) {
     addGroup(QStringLiteral("third"), 9, 0, 0, QStringLiteral("lower"));
     EXPECT_EQ(
         uploadCalls(),
-        "current -> context\n" + indexCalls("[0 1 2 0 2 3 0 1 2]") + positionCalls() +
+        kStartCalls + indexCalls("[0 1 2 0 2 3 0 1 2]") + positionCalls() +
             drawableCalls(0, 9, "(3 1 0 0 0) (3 1 3 0 0) (3 1 6 0 0)") +
             "new collection 0, 'material of first', {material of first, shine = 3.5} "
             "{material of second, shine = 8.5} {material of third, shine = 9.5}\n"
@@ -243,7 +246,7 @@ TEST_F(UploadCallsTest, EachAttributeIsRegisteredWithTheArrayThatTheDrawableRetu
     addGroup(QStringLiteral("first"), 0, 0, 0, QString());
     EXPECT_EQ(
         uploadCalls(),
-        "current -> context\n" + indexCalls("[0 1 2]") +
+        kStartCalls + indexCalls("[0 1 2]") +
             bufferCalls(1, "0x8892",
                         "uploadArbitraryData [1 2 3 4 1 2 3 4 1 2 3 4 1 2 3 4], 16 elements of 1 bytes") +
             bufferCalls(2, "0x8892",
@@ -289,7 +292,7 @@ TEST_F(UploadCallsTest, IndicesOfManyVerticesAreUploadedAsThirtyTwoBits) {
     addGroup(QStringLiteral("first"), 0, 0, 1, QString());
     EXPECT_EQ(
         uploadCalls(QStringLiteral("group")),
-        "current -> context\n" + bufferCalls(0, "0x8893", "uploadGLuintData [0 1 65534]") +
+        kStartCalls + bufferCalls(0, "0x8893", "uploadGLuintData [0 1 65534]") +
             bufferCalls(1, "0x8892",
                         "uploadArbitraryData [0 0 0 ... 196605 values ... 0], 196605 elements of 4 bytes") +
             "context: createVertexArrayObject -> array 0\n"
@@ -317,7 +320,7 @@ TEST_F(UploadCallsTest, SecondUploadCallsTheSameWithNewObjects) {
 
 TEST_F(UploadCallsTest, GroupsWithoutFacesMakeBuffersAndNoDrawable) {
     _builder->createMaterialGroup(QStringLiteral("empty"), InstanceData(), 0, 0);
-    EXPECT_EQ(uploadCalls(), "current -> context\n" + indexCalls("[]") + positionCalls());
+    EXPECT_EQ(uploadCalls(), kStartCalls + indexCalls("[]") + positionCalls());
 }
 
 TEST_F(UploadCallsTest, WithoutAContextNothingElseIsCalled) {
@@ -338,8 +341,7 @@ TEST_F(UploadCallsTest, InvalidBuilderAndUnknownPositionsCallNothing) {
 TEST_F(UploadCallsTest, MissingIndexBufferStopsTheUpload) {
     addBothGroups();
     CallRecord::instance().objectsLeft = 0;
-    EXPECT_EQ(uploadCalls(), "current -> context\n"
-                             "context: createBufferObject -> null\n");
+    EXPECT_EQ(uploadCalls(), kStartCalls + "context: createBufferObject -> null\n");
     EXPECT_THAT(
         _log.texts(QtWarningMsg),
         ElementsAre(QStringLiteral("Unable to upload: the context made no object for the index buffer")));
@@ -349,7 +351,7 @@ TEST_F(UploadCallsTest, MissingVertexBufferStopsTheUpload) {
     addBothGroups();
     CallRecord::instance().objectsLeft = 1;
     EXPECT_EQ(uploadCalls(),
-              "current -> context\n" + indexCalls("[0 1 2 0 2 3]") + "context: createBufferObject -> null\n");
+              kStartCalls + indexCalls("[0 1 2 0 2 3]") + "context: createBufferObject -> null\n");
     EXPECT_THAT(_log.texts(QtWarningMsg),
                 ElementsAre(QStringLiteral("Unable to upload: the context made no object for the buffer of "
                                            "vertex attribute 'position'")));
@@ -457,6 +459,7 @@ TEST_F(LoadCallsTest, LoadOfAModelWithALibrary) {
             "instance data 'OBJMaterial': clear\n"
             "instance data 'OBJMaterial': set 'd' = 1\n"
             "new model 0\n"
+            "model 0: setLabel 'm.obj'\n"
             "new instance data 'InstanceInfo'\n"
             "instance data 'InstanceInfo': set 'ModelMatrix' = " +
             kIdentity +
@@ -468,6 +471,7 @@ TEST_F(LoadCallsTest, LoadOfAModelWithALibrary) {
             kIdentity +
             "\n"
             "current -> context\n"
+            "setDefaultLoader\n"
             "colorTexture #ffffffff\n"
             "instance data 'OBJMaterial': setTexture 'map_Kd', texture of #ffffffff\n"
             "instance data 'OBJMaterial': setTexture 'map_Ks', texture of #ffffffff\n" +
@@ -541,6 +545,7 @@ TEST_F(LoadCallsTest, LoadWithoutFacesMakesAnEmptyModel) {
     EXPECT_TRUE(std::unique_ptr<GPUModel>(loadModelFromOBJFile(write("m.obj", "v 0 0 0\n"), error)));
     EXPECT_EQ(calls(), kDefaultMaterialCalls +
                            "new model 0\n"
+                           "model 0: setLabel 'm.obj'\n"
                            "new instance data 'InstanceInfo'\n"
                            "instance data 'InstanceInfo': set 'ModelMatrix' = " +
                            kIdentity +
@@ -586,6 +591,7 @@ TEST_F(TextureCallsTest, TextureIsFilledFromTheBottomRowUpAndMarkedFinal) {
                            "texture 0: target\n"
                            "generateMipmap 0xde1\n"
                            "texture 0: setReadOnly\n"
+                           "texture 0: setRefill\n"
                            "texture 0: unbind\n");
     EXPECT_NE(LoadTexture(picture), nullptr);
     EXPECT_EQ(calls(), "") << "the texture is cached";

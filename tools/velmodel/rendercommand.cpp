@@ -1,3 +1,5 @@
+#include <velmodel/textureloader.h>
+
 #include "commandparser.h"
 #include "commands.h"
 #include "console.h"
@@ -7,7 +9,6 @@
 #include "pictureoutput.h"
 #include "renderer.h"
 #include "renderoptions.h"
-#include "texturefiles.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -115,7 +116,7 @@ ExitCode runRender(const QStringList& arguments) {
     const LoadedModel loaded = session.load(options->file);
     if (!loaded.model)
         return ExitCode::CannotLoad;
-    installTextureLoader(loaded.files);
+    loaded.model->setTextureLoader(makeTextureLoader(loaded.files));
     if (loaded.report.statistics.triangles == 0 || !loaded.model->bounds().isValid)
         return fail(ExitCode::CannotLoad, options->file,
                     QStringLiteral("There is nothing to draw: the model has no triangles"));

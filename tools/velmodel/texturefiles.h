@@ -2,17 +2,10 @@
 
 #include <QtCore/QString>
 
-namespace Atelier::Vel {
-class ModelFiles;
-}
-
 namespace Atelier::Vel::Tool {
 
 /// The file that a material refers to by `path`: `path` itself, or, if there is no such file, `path` with
 /// slashes instead of the backslashes that other systems write. Returns `path` if neither exists.
 QString textureFile(const QString& path);
-
-/// Lets the TextureManager load textures from the files that materials refer to, if they are among `files`.
-void installTextureLoader(const ModelFiles& files);
 
 } // namespace Atelier::Vel::Tool

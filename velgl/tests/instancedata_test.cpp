@@ -1,17 +1,18 @@
 #include <velgl/instancedata.h>
 
 #include <limits>
+#include <memory>
 #include <type_traits>
 
 #include <gmock/gmock.h>
+
+#include <velgl/texture.h>
 
 #include "support/messagelog.h"
 
 namespace Atelier::Vel::Testing {
 
 namespace {
-
-Texture* const kSomeTexture = reinterpret_cast<Texture*>(8);
 
 const QString kName = QStringLiteral("Material");
 const QString kMember = QStringLiteral("Kd");
@@ -87,10 +88,23 @@ TEST(InstanceDataTest, TextureIsAPathOrAnObject) {
     EXPECT_TRUE(data.hasTexture(kMember));
     EXPECT_EQ(data.texturePath(kMember), QStringLiteral("/a.png"));
     EXPECT_EQ(data.texture(kMember), nullptr);
-    data.setTexture(kMember, kSomeTexture);
+    const std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
+    data.setTexture(kMember, texture.get());
     EXPECT_TRUE(data.texturePath(kMember).isNull());
-    EXPECT_EQ(data.texture(kMember), kSomeTexture);
+    EXPECT_EQ(data.texture(kMember), texture.get());
     EXPECT_FALSE(data.hasValue(kMember));
+}
+
+TEST(InstanceDataTest, DeletedTextureIsNullButStillAMember) {
+    InstanceData data(kName);
+    std::unique_ptr<Texture> texture = Texture::ofColor(Qt::red);
+    data.setTexture(kMember, texture.get());
+    const InstanceData copy = data;
+    texture.reset();
+    for (const InstanceData& item : {data, copy}) {
+        EXPECT_TRUE(item.hasTexture(kMember));
+        EXPECT_EQ(item.texture(kMember), nullptr);
+    }
 }
 
 TEST(InstanceDataTest, ClearKeepsTheName) {
@@ -108,7 +122,7 @@ TEST(InstanceDataTest, CopiesAreIndependent) {
     data.set(kMember, "x", 1);
     InstanceData copy = data;
     copy.set(kMember, "y", 1);
-    copy.setTexture(QStringLiteral("map"), kSomeTexture);
+    copy.setTexture(QStringLiteral("map"), Texture::ofColor(Qt::red).get());
     EXPECT_EQ(data.value(kMember), QByteArray("x"));
     EXPECT_FALSE(data.hasTexture(QStringLiteral("map")));
 }
@@ -117,7 +131,7 @@ TEST(InstanceDataTest, NamesAreSorted) {
     InstanceData data(kName);
     for (const char* member : {"b", "a", "c"}) {
         data.set(QLatin1String(member), "x", 1);
-        data.setTexture(QLatin1String(member), kSomeTexture);
+        data.setTexture(QLatin1String(member), Texture::ofColor(Qt::red).get());
     }
     const QStringList sorted = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
     EXPECT_EQ(data.valueNames(), sorted);

@@ -201,13 +201,44 @@ TEST_F(LifetimeTest, UnrelatedContextCannotUseABuffer) {
     EXPECT_EQ(buffer.name(), 0U);
     EXPECT_TRUE(buffer.readBack().isEmpty());
     EXPECT_FALSE(buffer.bind());
-    EXPECT_FALSE(buffer.uploadGLuintData(kValues, 1, GL_STATIC_DRAW));
-    const QString warning =
-        QStringLiteral("Buffer 'mine' belongs to a context that does not share with the current one");
-    EXPECT_THAT(log.texts(QtWarningMsg), testing::ElementsAre(warning, warning));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(QStringLiteral(
+                    "Buffer 'mine' belongs to a context that does not share with the current one")));
     _context->makeCurrent();
     buffer.unbind();
     EXPECT_EQ(buffer.readBack().size(), 12);
+}
+
+TEST_F(LifetimeTest, UploadFillsTheBufferInUnrelatedContextsAsWell) {
+    BufferObject buffer;
+    buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
+    const unsigned int name = buffer.name();
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
+    const MessageLog log;
+    EXPECT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    EXPECT_EQ(buffer.readBack().size(), 12);
+    _context->makeCurrent();
+    EXPECT_EQ(buffer.name(), name);
+    EXPECT_EQ(buffer.readBack().size(), 12);
+    EXPECT_THAT(log.texts(QtWarningMsg), testing::IsEmpty());
+    unrelated->makeCurrent();
+}
+
+// Draws rely on the size of a buffer, which is one for all groups.
+TEST_F(LifetimeTest, UploadOfAnotherSizeDropsTheContentInUnrelatedContexts) {
+    BufferObject buffer;
+    buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
+    const unsigned int name = buffer.name();
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
+    EXPECT_TRUE(buffer.uploadGLuintData(kValues, 2, GL_STATIC_DRAW));
+    EXPECT_EQ(buffer.byteCount(), 8U);
+    EXPECT_EQ(buffer.readBack().size(), 8);
+    _context->makeCurrent();
+    EXPECT_EQ(buffer.name(), 0U);
+    EXPECT_FALSE(glIsBuffer(name)) << "deleted with the next use of VelGL";
+    unrelated->makeCurrent();
 }
 
 TEST_F(LifetimeTest, BufferCanBeFilledAgainAfterItsContextIsGone) {

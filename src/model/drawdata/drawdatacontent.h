@@ -67,6 +67,8 @@ struct DrawDataAccess {
     static DrawData make(std::shared_ptr<DrawDataContent> content) { return DrawData(std::move(content)); }
     /// The content of `data`, which is null afterwards.
     static std::shared_ptr<DrawDataContent> take(DrawData& data) { return std::move(data._content); }
+    /// Requires: `data` is not null.
+    static const DrawDataContent& content(const DrawData& data) { return *data._content; }
 };
 
 } // namespace Atelier::Vel

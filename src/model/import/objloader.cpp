@@ -191,6 +191,7 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
     std::unique_ptr<GPUModel> model;
     importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
         auto loaded = std::make_unique<GPUModel>();
+        loaded->setLabel(path);
         const UploadOptions uploadOptions{makeIdentityInstance()};
         if (import.hasMesh()) {
             const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();

@@ -1,6 +1,7 @@
 #include <velmodel/textureloader.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -17,6 +18,7 @@
 #include <velmodel/modelfiles.h>
 
 #include "glconstants.h"
+#include "textures/materialtextures.h"
 
 namespace Atelier::Vel {
 
@@ -110,9 +112,17 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
                                    : isOneOf(kSelfContainedFormats, reader.format());
 }
 
+// Opens the file that a material refers to by `path`. Other systems write backslashes: if there is no such
+// file, they are read as slashes.
+std::unique_ptr<QFile> openMaterialFile(const ModelFiles& files, const QString& path) {
+    std::unique_ptr<QFile> file = files.open(path);
+    if (file || !path.contains(QLatin1Char('\\')))
+        return file;
+    return files.open(QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')));
+}
+
 // Reads an image; null if the file is not a readable image. Rows run from bottom to top, as OpenGL expects.
-QImage readImage(const ModelFiles& files, const QString& path) {
-    const std::unique_ptr<QFile> file = files.open(path);
+QImage readImage(const std::unique_ptr<QFile>& file, const ModelFiles& files) {
     const bool isSmall = file && fits(gifScreen(*file)) && isIconWhole(*file) && fits(pngInIcon(*file));
     QImageReader reader(file.get());
     // Not every format reports its size before it is decoded.
@@ -141,20 +151,10 @@ void fill(Texture& texture, const QImage& image) {
     gl.generateMipmap(texture.target());
 }
 
-} // namespace
-
-Texture* LoadTexture(const QString& path) {
-    return loadTextureFrom(ModelFiles(), path);
-}
-
-Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
-    // The textures are never deleted, because a caller may use one until the process ends. Textures are
-    // cached per folder: one folder does not use the textures of another.
-    static QHash<QPair<QString, QString>, Texture*> cache;
-    const QPair<QString, QString> key(files.folder(), path);
-    if (Texture* known = cache.value(key))
-        return known;
-    const QImage image = readImage(files, path);
+// Makes a texture, which calls `read` now and again in each further group of contexts.
+// Returns: null if there is no image, or no texture can be bound.
+std::unique_ptr<Texture> makeTexture(const std::function<QImage()>& read) {
+    const QImage image = read();
     if (image.isNull())
         return nullptr;
     auto texture =
@@ -166,13 +166,47 @@ Texture* loadTextureFrom(const ModelFiles& files, const QString& path) {
         return nullptr;
     const AutoBinder binder(texture.get());
     fill(*texture, image);
-    cache.insert(key, texture.get());
     texture->setReadOnly();
+    texture->setRefill([read](Texture& lost) {
+        const QImage again = read();
+        const bool isSame = again.size() == QSize(lost.width(), lost.height());
+        if (isSame)
+            fill(lost, again);
+        return isSame;
+    });
+    return texture;
+}
+
+} // namespace
+
+Texture* LoadTexture(const QString& path) {
+    // The textures are never deleted, because a caller may use one until the process ends.
+    static QHash<QString, Texture*> cache;
+    if (Texture* known = cache.value(path))
+        return known;
+    const ModelFiles files;
+    std::unique_ptr<Texture> texture =
+        makeTexture([files, path] { return readImage(files.open(path), files); });
+    if (texture)
+        cache.insert(path, texture.get());
     return texture.release();
 }
 
+Texture* loadMaterialTexture(const QString& path) {
+    Texture* texture = LoadTexture(path);
+    if (texture || !path.contains(QLatin1Char('\\')))
+        return texture;
+    return LoadTexture(QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')));
+}
+
+GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files) {
+    return [files](const QString& path) -> std::shared_ptr<Texture> {
+        return makeTexture([files, path] { return readImage(openMaterialFile(files, path), files); });
+    };
+}
+
 QSize readTextureSize(const ModelFiles& files, const QString& path) {
-    const std::unique_ptr<QFile> file = files.open(path);
+    const std::unique_ptr<QFile> file = openMaterialFile(files, path);
     const QImageReader reader(file.get());
     const QSize size = mayBeRead(reader, files) ? reader.size() : QSize();
     return size.width() < 0 ? QSize() : QSize(size.width(), qAbs(size.height()));

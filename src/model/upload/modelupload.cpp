@@ -20,6 +20,7 @@
 #include "glconstants.h"
 #include "streams/streamrequest.h"
 #include "streams/streamview.h"
+#include "textures/materialtextures.h"
 
 namespace Atelier::Vel {
 
@@ -46,6 +47,44 @@ QSharedPointer<ModelDataStream> shortened(const DrawDataContent& content) {
     std::fill(shorts + source.count, shorts + count, quint16{0});
     return result;
 }
+
+/// Fills `buffer` with the indices, which `shorts` has if it is not null.
+bool fillIndices(BufferObject& buffer, const DrawDataContent& content, ModelDataStream* shorts, int count,
+                 unsigned int usage) {
+    return shorts != nullptr
+               ? buffer.uploadGLushortData(static_cast<const unsigned short*>(shorts->data(0)), count, usage)
+               : buffer.uploadGLuintData(content.indexWords.words, count, usage);
+}
+
+bool fillAttribute(BufferObject& buffer, const DrawDataContent::Stream& stream, unsigned int usage) {
+    return buffer.uploadArbitraryData(stream.data, static_cast<int>(stream.values->size()), usage,
+                                      ModelDataStream::typeSize(stream.values->type()));
+}
+
+/// The buffers of an upload with the draw data that fills them.
+struct KeptUpload {
+    DrawData data;
+    QSharedPointer<BufferObject> indexBuffer;
+    int indexCount = 0;
+    unsigned int indexType = 0;
+    std::vector<QSharedPointer<BufferObject>>
+        attributeBuffers; ///< in the order of the draw data's attributes
+    unsigned int usage = 0;
+
+    bool fill() const {
+        const DrawDataContent& content = DrawDataAccess::content(data);
+        const bool isShort = indexType == kGlUnsignedShort;
+        const QSharedPointer<ModelDataStream> shorts =
+            isShort ? shortened(content) : QSharedPointer<ModelDataStream>();
+        if ((isShort && shorts.isNull()) ||
+            !fillIndices(*indexBuffer, content, shorts.data(), indexCount, usage))
+            return false;
+        for (std::size_t i = 0; i < attributeBuffers.size(); ++i)
+            if (!fillAttribute(*attributeBuffers[i], content.attributes[i], usage))
+                return false;
+        return true;
+    }
+};
 
 std::unique_ptr<InstanceDataCollection> makeCollection(const QString& name,
                                                        const QList<InstanceData>& items) {
@@ -80,6 +119,15 @@ bool ModelUpload::add(DrawDataContent& content, GPUModel& model) {
     return true;
 }
 
+void ModelUpload::keep(const DrawData& data, GPUModel& model) const {
+    KeptUpload kept{data, _indexBuffer, _indexCount, _indexType, {}, _options.usage};
+    for (const Attribute& attribute : _attributes)
+        kept.attributeBuffers.push_back(attribute.buffer);
+    model.setRefill([kept, fillOthers = model.refill()](GPUModel& lost) {
+        return (!fillOthers || fillOthers(lost)) && kept.fill();
+    });
+}
+
 QSharedPointer<BufferObject> ModelUpload::bindNewBuffer(unsigned int target) const {
     QSharedPointer<BufferObject> buffer = _context.createBufferObject();
     if (!buffer.isNull()) {
@@ -106,11 +154,7 @@ bool ModelUpload::addIndices(const DrawDataContent& content) {
         reportMissingObject(QStringLiteral("the index buffer"));
         return false;
     }
-    if (isShort)
-        _indexBuffer->uploadGLushortData(static_cast<const unsigned short*>(shorts->data(0)), _indexCount,
-                                         _options.usage);
-    else
-        _indexBuffer->uploadGLuintData(content.indexWords.words, _indexCount, _options.usage);
+    fillIndices(*_indexBuffer, content, shorts.data(), _indexCount, _options.usage);
     _indexBuffer->unbind();
     return true;
 }
@@ -128,8 +172,7 @@ bool ModelUpload::addAttribute(const DrawDataContent::Stream& stream) {
         reportMissingObject(purpose);
         return false;
     }
-    attribute.buffer->uploadArbitraryData(stream.data, static_cast<int>(count), _options.usage,
-                                          ModelDataStream::typeSize(type));
+    fillAttribute(*attribute.buffer, stream, _options.usage);
     attribute.buffer->unbind();
     _attributes.push_back(attribute);
     return true;
@@ -185,6 +228,8 @@ void fillWhites(DrawDataContent::Drawable& drawable) {
 bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, const UploadOptions& options) {
     if (data.isNull())
         return false;
+    TextureManager::Instance().setDefaultLoader(loadMaterialTexture);
+    const DrawData kept = options.keepData ? data : DrawData();
     std::shared_ptr<DrawDataContent> content = DrawDataAccess::take(data);
     // Shared content must not be released early. The copy contains only pointers, and only these are
     // released.
@@ -192,7 +237,11 @@ bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, cons
         content = std::make_shared<DrawDataContent>(*content);
     for (DrawDataContent::Drawable& drawable : content->drawables)
         fillWhites(drawable);
-    return ModelUpload(context, options).add(*content, model);
+    ModelUpload upload(context, options);
+    const bool isAdded = upload.add(*content, model);
+    if (isAdded && options.keepData)
+        upload.keep(kept, model);
+    return isAdded;
 }
 
 bool upload(const DrawData& data, GPUModel& model, const UploadOptions& options) {

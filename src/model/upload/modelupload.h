@@ -24,6 +24,9 @@ public:
     /// Uploads all of `content` and releases the uploaded parts.
     /// Returns: false, after a warning and with `model` unchanged, if the upload fails.
     bool add(DrawDataContent& content, GPUModel& model);
+    /// Has `model` fill the buffers of this upload again from a copy of the draw data.
+    /// Requires: add() has succeeded, with the same content.
+    void keep(const DrawData& data, GPUModel& model) const;
 
 private:
     struct Attribute {

@@ -11,9 +11,13 @@ namespace Atelier::Vel {
 
 /// One OpenGL buffer. It can be constructed without a context: the first bind or upload makes the GL buffer.
 ///
-/// The GL buffer lives as long as a context of its group. A buffer whose contexts are gone can be uploaded
-/// again in another context. Its destructor deletes the GL buffer at once if a context of its group is
-/// current, and otherwise with the next use of VelGL in such a context.
+/// The GL buffer lives as long as a context of its group. An upload in a context of another group makes a GL
+/// buffer there as well; each group keeps its own content, as long as the contents have the same size. The
+/// destructor deletes the GL buffer at once if a context of its group is current, and otherwise with the next
+/// use of VelGL in such a context.
+///
+/// Threads: the destructor may run on any thread; see Bindable. All other functions that need a context are
+/// called on its thread.
 ///
 /// Most operations are virtual: a client or a test may return a class of its own from the factory of
 /// OpenGLDeviceContext.
@@ -41,11 +45,11 @@ public:
     /// Replaces the content by `count` 32-bit indices. `data` is copied, and may be null if `count` is 0.
     /// `usage` is a GL usage hint such as GL_STATIC_DRAW. No binding changes.
     /// Requires: a current context.
+    /// Content of another size drops the content that the buffer has in other groups of contexts.
     /// Returns: false, with the content unchanged, when there is no such context, `count` is negative, `data`
-    /// is missing, or the size in bytes exceeds 2^63 - 1; also, after a warning, when the buffer belongs to a
-    /// context that does not share with the current one. False, with no usable content, when the driver
-    /// cannot make the buffer or store the data. A warning names the buffer then, once until an upload
-    /// succeeds; for a buffer without a label the warning waits until it gets one.
+    /// is missing, or the size in bytes exceeds 2^63 - 1. False, with no usable content in this group, when
+    /// the driver cannot make the buffer or store the data. A warning names the buffer then, once until an
+    /// upload succeeds; for a buffer without a label the warning waits until it gets one.
     /// Cost: one copy to the driver and one query of the buffer's size.
     virtual bool uploadGLuintData(const unsigned int* data, int count, unsigned int usage);
     /// Replaces the content by `count` 16-bit indices; otherwise as uploadGLuintData().
@@ -56,7 +60,8 @@ public:
                                      unsigned long long elementSize);
 
     /// Returns: the size of the content in bytes; 0 before the first upload and after one that the driver
-    /// could not store. Needs no context and makes no OpenGL call.
+    /// could not store. It is that of the last upload also where the current context does not know the
+    /// buffer, see name(). Needs no context and makes no OpenGL call.
     virtual quint64 byteCount() const;
     /// Reads the content back from OpenGL. No binding changes.
     /// Returns: the bytes; empty when there are none, when they are more than a QByteArray holds (about 2

@@ -18,7 +18,8 @@ class VertexArrayObject;
 ///
 /// The setters upload nothing: the buffer of commands is made and filled with the first draw in each group of
 /// contexts. The getters return what was set and make no OpenGL call.
-/// Threads: draw() and readBackCommands() are called on the thread of the current context; see Bindable.
+/// Threads: draw() and readBackCommands() are called on the thread of the current context. The destructor may
+/// run on any thread; see Bindable.
 class VELGL_EXPORT DrawBuffers : public QObject {
     Q_OBJECT
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <QtCore/QString>
@@ -11,13 +12,18 @@ namespace Atelier::Vel {
 
 class DrawBuffers;
 class InstanceDataCollection;
+class Texture;
 
 /// A model on the GPU: drawables, each with its collections of materials and instances and the names of its
 /// commands. Drawables are numbered from 0 in the order in which they are added, commands of a drawable from
 /// 0 in the order of its command list.
 ///
-/// Threads: draw() and bounds() are called on the thread of the current context; see Bindable. All other
-/// functions need no context.
+/// A model belongs to the contexts that share with the one in which its buffers were filled. In others, and
+/// when those are gone, it can be drawn again after its buffers were filled again, see setRefill().
+///
+/// Threads: the destructor may run on any thread, with or without a context, while no other function of the
+/// model runs. draw(), bounds() and isUsable() are called on the thread of the current context, all other
+/// functions on that thread or before a context is there.
 class VELGL_EXPORT GPUModel {
 public:
     /// An axis-aligned box, in the units of the positions.
@@ -26,6 +32,14 @@ public:
         QVector3D maximum;    ///< largest coordinate on each axis
         bool isValid = false; ///< false when the box encloses no position; both corners are 0 then
     };
+
+    /// Fills the existing buffers of the drawables in the current context, by their upload functions, with
+    /// content of the same size.
+    /// Returns: whether it did.
+    using Refill = std::function<bool(GPUModel& model)>;
+
+    /// Makes the texture for a path, or null if there is none. The model keeps it as long as it lives.
+    using TextureLoader = std::function<std::shared_ptr<Texture>(const QString& path)>;
 
     /// Makes a model without drawables.
     GPUModel();
@@ -47,6 +61,30 @@ public:
     void addMaterialName(int drawable, int command, const QString& name);
     /// Sets the name of the object that a command belongs to; otherwise as addMaterialName().
     void addObjectName(int drawable, int command, const QString& name);
+
+    /// Sets the name under which warnings mention this model; null by default.
+    void setLabel(const QString& label);
+    /// Returns: the name that setLabel() set.
+    QString label() const;
+
+    /// Sets the function that draw() calls when a buffer of the model has no content in the current context:
+    /// it belongs to contexts that are gone, or to others that do not share. Buffers that the drawables have
+    /// in several groups of contexts stay filled in each. The function has to restore the client's state and
+    /// the current context; what it throws passes through draw(). An empty function for none.
+    void setRefill(Refill refill);
+    /// Returns: the function that setRefill() set, for example to be called by a further one.
+    Refill refill() const;
+    /// Returns: whether a context is current in which every buffer that was filled has its content.
+    bool isUsable() const;
+
+    /// Sets the function that loads the textures of this model's materials by path, in place of the loader of
+    /// the TextureManager; an empty function for none. It is called once for each path, by the first draw(),
+    /// with the context current. The textures are shared by the materials of the model and released with it,
+    /// or with the next setTextureLoader(), which also has all paths loaded again. A texture without a label
+    /// is labelled with its path. A path for which the function returns null is drawn white, after one
+    /// warning. The unpack settings of the client are restored after it; other state, and the current
+    /// context, are the function's to restore. What it throws passes through draw().
+    void setTextureLoader(TextureLoader loader);
 
     /// Returns: the number of drawables.
     int drawableCount() const;
@@ -76,11 +114,13 @@ public:
     /// docs/velgl.md for what a shader finds where. All bindings are put back; the uniforms
     /// `velgl_firstCommand` and `velgl_textures` of the program are set. A drawable whose indices, commands,
     /// materials or instances the driver could not store draws nothing, after one warning, and tries again
-    /// with the next call. A texture that cannot be used is drawn as white.
-    /// Requires: a current context and program; else it draws nothing.
-    /// Cost: for each run of consecutive commands with the same textures, one glMultiDrawElementsIndirect, or
-    /// one for each command where the driver has no shader draw parameters. The first call uploads commands
-    /// and collections, and loads textures.
+    /// with the next call. A texture that cannot be used is drawn as white. A model whose buffers have lost
+    /// their content draws nothing, after one warning for each group of contexts, unless its refill function
+    /// fills them. A path is looked up once for each loader, not for each draw. Whatever is thrown on the
+    /// way, by a client's function or for lack of memory, the state of the client is restored. Requires: a
+    /// current context and program; else it draws nothing. Cost: for each run of consecutive commands with
+    /// the same textures, one glMultiDrawElementsIndirect, or one for each command where the driver has no
+    /// shader draw parameters. The first call uploads commands and collections, and loads textures.
     void draw();
 
 private:

@@ -2,6 +2,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
+#include <QtCore/QPointer>
 #include <QtCore/QSharedData>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -18,7 +19,8 @@ class Texture;
 ///
 /// A plain value: copies share their content until one of them is changed, so a copy costs one counter.
 /// Lookups are logarithmic in the number of members.
-/// Threads: each thread may use copies of its own, at the same time as others. No context is needed.
+/// Threads: each thread may use copies of its own, at the same time as others; a texture object is not
+/// deleted meanwhile. No context is needed.
 class VELGL_EXPORT InstanceData {
 public:
     /// Makes data without values and textures. `name` may be null.
@@ -36,7 +38,7 @@ public:
     /// loads it when it is first drawn.
     void setTexture(const QString& member, const QString& path);
     /// Stores a texture object under `member`, in place of an earlier texture; null is allowed. The object is
-    /// not owned: it must outlive all copies of this data.
+    /// not owned. After it is deleted, the member still counts as a texture, which is drawn white.
     void setTexture(const QString& member, Texture* texture);
     /// Removes all values and textures; the name stays.
     void clear();
@@ -52,15 +54,16 @@ public:
     bool hasTexture(const QString& member) const { return content().textures.contains(member); }
     /// Returns: the path stored under `member`; null when there is none or a texture object is stored.
     QString texturePath(const QString& member) const { return content().textures.value(member).path; }
-    /// Returns: the texture object stored under `member`; null when there is none or a path is stored.
-    Texture* texture(const QString& member) const { return content().textures.value(member).object; }
+    /// Returns: the texture object stored under `member`; null when there is none, when a path is stored, and
+    /// after the object was deleted.
+    Texture* texture(const QString& member) const;
     /// Returns: the names of all textures, sorted.
     QStringList textureNames() const { return content().textures.keys(); }
 
 private:
     struct TextureReference {
         QString path;
-        Texture* object = nullptr;
+        QPointer<Texture> object;
     };
 
     struct Content : QSharedData {

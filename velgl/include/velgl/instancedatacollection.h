@@ -18,7 +18,8 @@ class InstanceDataPlan;
 ///
 /// The items do not change. The plan must be registered before the collection is drawn first, see
 /// InstanceDataRegistry.
-/// Threads: functions that need a context are called on its thread; see Bindable.
+/// Threads: functions that need a context are called on its thread. The destructor may run on any; see
+/// Bindable.
 class VELGL_EXPORT InstanceDataCollection {
 public:
     /// `name` is that of the plan; the names of the items do not count. Makes no OpenGL call.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -11,7 +13,7 @@ class InstanceDataPlan;
 
 /// The plans of the process, by name. A library registers its plans when it is loaded; collections find
 /// theirs here when they are packed or drawn.
-/// Threads: no locks; use it from one thread at a time. No context is needed.
+/// Threads: all functions may be called on any thread, several at a time. No context is needed.
 class VELGL_EXPORT InstanceDataRegistry {
 public:
     /// Returns: the registry of the process. It is made by the first call and never destroyed, so static
@@ -36,7 +38,8 @@ private:
     InstanceDataRegistry();
     ~InstanceDataRegistry();
 
-    QList<const InstanceDataPlan*> _plans;
+    struct Data;
+    std::unique_ptr<Data> _data;
 };
 
 } // namespace Atelier::Vel

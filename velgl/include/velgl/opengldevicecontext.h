@@ -19,8 +19,10 @@ class VertexArrayObject;
 /// The factories and makeCurrent() are virtual: a client or a test can derive a class and put an object of it
 /// in place with setCurrent().
 ///
-/// Threads: an OpenGL context is current on one thread. The table of known contexts has no lock: use VelGL
-/// from one thread at a time.
+/// Threads: an OpenGL context is current on one thread at a time, and its functions are called there. Threads
+/// with contexts of their own may use VelGL at the same time, also with contexts that share, as long as no
+/// two use the same object; current(), setCurrent(), forget() and createHeadless() may be called on any
+/// thread.
 class VELGL_EXPORT OpenGLDeviceContext {
 public:
     /// How to make a context without a window.
@@ -42,17 +44,27 @@ public:
 
     /// Finds the context of the calling thread: the object given to setCurrent() if there is one, else the
     /// object of the native context that is current. The first call for a native context sends the messages
-    /// of the driver to the logging category "velgl" if they have no other receiver. If the context shares
-    /// with none that VelGL knows, that call also makes a small labelled buffer, by which VelGL recognises
-    /// contexts that share.
+    /// of the driver to the logging category "velgl" if they have no other receiver. Where neither Qt nor
+    /// VelGL made the context, that call also makes a small labelled vertex array, by which VelGL recognises
+    /// the context, and a buffer, by which it recognises those that share with it.
     /// Returns: the same object for the same native context. Null when none is current, and when it is older
     /// than OpenGL 4.3 or is OpenGL ES; one warning then says what was found and what is needed.
-    /// Cost: a search among the known contexts, and two queries of the driver for one that VelGL did not
-    /// make.
+    /// Cost: a search among the known contexts; for one that neither Qt nor VelGL made two queries of the
+    /// driver, see forget().
     static QSharedPointer<OpenGLDeviceContext> current();
     /// Makes current() return `context` on the calling thread, whatever native context is current there; null
     /// ends that. OpenGL is not called. The thread keeps a reference to the object until then.
     static void setCurrent(QSharedPointer<OpenGLDeviceContext> context);
+
+    /// Tells VelGL that the current context of the calling thread is about to be destroyed: VelGL deletes the
+    /// names that are queued for it and knows it no more. This is for contexts of GLFW, SDL, EGL or GLX;
+    /// those of Qt and of createHeadless() are known to end.
+    ///
+    /// Without this call, a later context with the same handle is recognised by a small labelled object that
+    /// VelGL puts into each such context, at two queries of the driver for each operation and each
+    /// GPUModel::draw(). The first call, also one without a current context, is a promise to call this for
+    /// each such context: from then on the driver is not asked.
+    static void forget();
 
     /// Makes a core-profile context without a window, through EGL: on the devices whose description contains
     /// `options.device`, or on any device and Mesa's surfaceless platform if that is empty; the first that

@@ -11,6 +11,9 @@ namespace Atelier::Vel {
 
 /// A program of one vertex and one fragment shader. It is compiled once and can be used in all contexts that
 /// share with the one in which it was made; elsewhere, and when those contexts are gone, bind() fails.
+///
+/// Threads: the destructor may run on any thread; all other functions are called on the thread of the current
+/// context.
 class VELGL_EXPORT Program : public Bindable {
 public:
     /// Compiles both shaders and links them. Both sources are GLSL with their #version line; what GPUModel

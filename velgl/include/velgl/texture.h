@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <QtCore/QObject>
@@ -13,10 +14,13 @@ namespace Atelier::Vel {
 /// One OpenGL texture. The first bind makes the GL texture; it has no image then. Its owner fills it while it
 /// is bound, through glEntryPoints() or OpenGL itself.
 ///
-/// A texture can be used in all contexts that share with the one in which it was made. In another context
-/// bind() fails, with one warning. When the sharing contexts are gone, the next bind makes a GL texture
-/// without an image, which its owner can fill again. A texture of ofColor() works in any context: each group
-/// of sharing contexts gets a GL texture of its own.
+/// A texture can be used in all contexts that share with the one in which it was made. One with a refill
+/// function, see setRefill(), works in any context: each group of sharing contexts gets a GL texture of its
+/// own. For other textures bind() fails in another group, with one warning; when no context of theirs is
+/// left, the next bind makes a GL texture without an image, which its owner can fill again.
+///
+/// Threads: the destructor may run on any thread, with or without a context; all other functions are called
+/// on the thread of the current context.
 class VELGL_EXPORT Texture : public QObject, public Bindable {
     Q_OBJECT
 public:
@@ -34,6 +38,17 @@ public:
     /// the colour as "#AARRGGBB". Needs no context: the first bind in each group of contexts fills it.
     static std::unique_ptr<Texture> ofColor(const QColor& color);
 
+    /// Fills the bound texture `texture` through glEntryPoints() or OpenGL itself, with the size and the
+    /// format that it has. Returns: whether the texture has its content now.
+    using Refill = std::function<bool(Texture& texture)>;
+
+    /// Sets the function that fills the texture in each group of contexts in which it has no GL texture yet:
+    /// the next bind there makes one and calls the function. An empty function for none. When the function
+    /// returns false, the texture is white there, after one warning. The unpack settings of the client, and
+    /// what was bound to the active texture unit, are restored afterwards; other state, and the current
+    /// context, are the function's to restore. What it throws passes through bind(), with nothing bound.
+    void setRefill(Refill refill);
+
     /// The values that the constructor was given. They describe what the owner stores; OpenGL is not asked.
     unsigned int target() const;
     int internalFormat() const;
@@ -41,15 +56,16 @@ public:
     int height() const;
     int depth() const;
 
-    /// Declares the content final, for good. A read-only texture whose contexts are gone is not made again,
-    /// because nothing would fill it.
+    /// Declares the content final, for good. Without a refill function, a read-only texture whose contexts
+    /// are gone is not made again, because nothing would fill it.
     void setReadOnly();
     /// Returns: whether setReadOnly() was called.
     bool isReadOnly() const;
 
     /// Binds the texture to its target on the texture unit that is active.
     /// Returns: false, besides the cases of Bindable::bind(), when the target is unknown (buffer and
-    /// multisample textures are), and when the texture is read-only and has no GL texture.
+    /// multisample textures are), and when the texture is read-only, has no GL texture and cannot be filled
+    /// again.
     bool bind() override;
     /// Puts back the binding of the unit that was active at the matching bind(). The active unit stays.
     void unbind() override;

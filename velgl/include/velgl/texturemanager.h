@@ -15,7 +15,8 @@ namespace Atelier::Vel {
 class Texture;
 
 /// Gives access to shared textures: of one solid colour, by path through the program's loader, and by token.
-/// Threads: no locks; use it from one thread at a time.
+/// Threads: all functions may be called on any thread, several at a time, except for the texture by path,
+/// which is asked for on the thread of a current context. The textures are used on that thread, see Texture.
 class VELGL_EXPORT TextureManager {
 public:
     /// Makes a texture from the file at `path`, or returns the one that it has made before.
@@ -36,21 +37,26 @@ public:
     /// Sets the function that loads textures; an empty function for none. Paths that could not be loaded
     /// before are tried again.
     void setLoader(Loader loader);
+    /// The same for a library that brings a loader: changes nothing after the program has called setLoader(),
+    /// with an empty function included.
+    void setDefaultLoader(Loader loader);
     /// Asks the loader for the texture of `path`. A texture without a label is labelled with the path.
     /// Requires: what the loader requires, as a rule a current context.
     /// Returns: the loader's texture. `fallback`, which may be null, when there is no loader, when it returns
-    /// null, and when OpenGL had no memory for the image of a new texture. A warning says so once; the path
-    /// is not tried again before the next setLoader().
-    /// Cost: one call of the loader, which is expected to keep its textures by path.
+    /// null, and when OpenGL had no memory for the image of a new texture. A warning says which, once for
+    /// each path; the path is not tried again before the next setLoader(). Cost: one call of the loader,
+    /// which is expected to keep its textures by path.
     Texture* texture(const QString& path, Texture* fallback);
 
     /// Files `texture` under `token` in place of an earlier one; null removes that one. The texture is not
-    /// owned: it must be removed before it is deleted.
+    /// owned.
     void setTexture(TextureToken token, Texture* texture);
-    /// Returns: the texture filed under `token`; null when there is none.
+    /// Returns: the texture filed under `token`; null when there is none, or it was deleted.
     Texture* texture(TextureToken token) const;
 
 private:
+    friend struct TextureManagerAccess;
+
     TextureManager();
     ~TextureManager();
 

@@ -20,6 +20,9 @@ class BufferObject;
 ///
 /// Contexts do not share vertex arrays: each context in which this object is bound gets a GL object of its
 /// own. The buffers of the streams are shared as BufferObject says.
+///
+/// Threads: the destructor may run on any thread; all other functions are called on the thread of the current
+/// context, or before there is one.
 class VELGL_EXPORT VertexArrayObject : public Bindable {
 public:
     /// One registered stream: the values of one attribute, vertex after vertex without gaps.

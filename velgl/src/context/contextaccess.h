@@ -11,6 +11,8 @@ namespace Atelier::Vel {
 /// Gives VelGL access to the private part of a device context.
 struct ContextAccess {
     static std::unique_ptr<ContextGL>& gl(OpenGLDeviceContext& context);
+    /// The same as OpenGLDeviceContext::current(), but null for a native context that VelGL has not met.
+    static QSharedPointer<OpenGLDeviceContext> known() noexcept;
 };
 
 } // namespace Atelier::Vel

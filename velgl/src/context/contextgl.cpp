@@ -14,7 +14,7 @@ QString driverText(GLenum name) {
 }
 
 quint64 nextSerial() {
-    static quint64 last = 0;
+    static std::atomic<quint64> last{0};
     return ++last;
 }
 
@@ -34,9 +34,15 @@ ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> gr
     _features.drawParameters =
         wanted.drawParameters && (_version >= 46 || epoxy_has_gl_extension("GL_ARB_shader_draw_parameters"));
     logDebugMessages();
+    _group->addContext();
 }
 
-void ContextGL::deleteQueuedNames() {
+ContextGL::~ContextGL() {
+    _ownNameSpace->close();
+    _group->removeContext();
+}
+
+void ContextGL::deleteQueuedNames() noexcept {
     _group->deleteQueuedNames();
     _ownNameSpace->deleteQueuedNames();
 }

@@ -21,6 +21,10 @@ public:
     /// Requires: `native` is current and belongs to `group`. A feature in `wanted` is used if the driver has
     /// it.
     ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> group, const ContextFeatures& wanted);
+    /// The names of this context alone are gone with it.
+    ~ContextGL();
+    ContextGL(const ContextGL&) = delete;
+    ContextGL& operator=(const ContextGL&) = delete;
 
     /// A number that no other context has, even one that reuses the native handle of an earlier context.
     quint64 serial() const { return _serial; }
@@ -38,7 +42,7 @@ public:
         return &space == _group.get() || &space == _ownNameSpace.get();
     }
     /// Requires: this context is natively current.
-    void deleteQueuedNames();
+    void deleteQueuedNames() noexcept;
 
 private:
     quint64 _serial;

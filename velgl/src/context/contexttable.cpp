@@ -8,10 +8,15 @@
 
 #include "context/glversion.h"
 #include "context/log.h"
+#include "context/qtcontext.h"
 
 namespace Atelier::Vel {
 
 namespace {
+
+// Groups that no object uses any more, and of which no context is known, are kept up to this number: a
+// context of theirs may come back and delete the names that are queued.
+constexpr int kMaxSleepingGroups = 64;
 
 // The object of a context that other code made.
 class AdoptedContext : public OpenGLDeviceContext {
@@ -19,17 +24,10 @@ public:
     explicit AdoptedContext(std::unique_ptr<ContextGL> gl) { ContextAccess::gl(*this) = std::move(gl); }
 };
 
-ContextGL* knownGL(const QWeakPointer<OpenGLDeviceContext>& context) {
-    const QSharedPointer<OpenGLDeviceContext> strong = context.toStrongRef();
-    return strong ? ContextAccess::gl(*strong).get() : nullptr;
-}
-
-// GLX has no query for whether a context still exists. A QOpenGLContext reports its own destruction.
-void removeWithQtContext(const NativeContext& native) {
-    const QOpenGLContext* context = QOpenGLContext::currentContext();
-    if (native.api == NativeContext::Api::Glx && context)
-        QObject::connect(context, &QOpenGLContext::aboutToBeDestroyed,
-                         [native] { ContextTable::instance().remove(native); });
+template<typename Entries>
+auto findNative(Entries& entries, const NativeContext& native) {
+    return std::find_if(entries.begin(), entries.end(),
+                        [&](const auto& entry) { return entry.native == native; });
 }
 
 } // namespace
@@ -44,39 +42,75 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::current() {
     const NativeContext native = currentNativeContext();
     if (native.api == NativeContext::Api::None)
         return {};
-    const auto isCurrent = [&](const Entry& entry) { return entry.native == native; };
-    const auto entry = std::find_if(_entries.begin(), _entries.end(), isCurrent);
-    if (entry == _entries.end())
-        return adopt(native);
-    // A new context may reuse the handle of a destroyed one; the labelled buffer of the group distinguishes
-    // them.
-    if (entry->adopted && !ContextAccess::gl(*entry->adopted)->group()->isCurrent()) {
-        remove(native);
-        return adopt(native);
+    const Found found = find(native);
+    return found.isEntry ? found.context : adopt(native);
+}
+
+QSharedPointer<OpenGLDeviceContext> ContextTable::known() noexcept {
+    const NativeContext native = currentNativeContext();
+    return native.api == NativeContext::Api::None ? nullptr : find(native).context;
+}
+
+ContextTable::Found ContextTable::find(const NativeContext& native) noexcept {
+    Found found;
+    std::optional<ContextMark> mark;
+    {
+        const std::lock_guard lock(_mutex);
+        const auto entry = findNative(_entries, native);
+        if (entry == _entries.end())
+            return {};
+        found = {true, entry->context.toStrongRef()};
+        mark = entry->mark;
     }
-    return entry->context.toStrongRef();
+    if (!mark || _isTold || mark->isCurrent())
+        return found;
+    remove(native); // the handle is that of another context now
+    return {};
 }
 
 void ContextTable::add(const QSharedPointer<OpenGLDeviceContext>& context) {
     const NativeContext native = ContextAccess::gl(*context)->native();
     remove(native);
-    _entries.push_back({native, context, {}});
+    const std::lock_guard lock(_mutex);
+    _entries.push_back({native, context, {}, {}});
 }
 
-void ContextTable::remove(const NativeContext& native) {
-    for (Entry& entry : _entries)
-        if (entry.native == native && entry.adopted)
-            ContextAccess::gl(*entry.adopted).reset();
-    const auto isRemoved = [&](const Entry& entry) { return entry.native == native; };
-    _entries.erase(std::remove_if(_entries.begin(), _entries.end(), isRemoved), _entries.end());
+void ContextTable::remove(const NativeContext& native) noexcept {
+    Entry removed;
+    {
+        const std::lock_guard lock(_mutex);
+        const auto entry = findNative(_entries, native);
+        if (entry == _entries.end())
+            return;
+        removed = std::move(*entry);
+        _entries.erase(entry);
+    }
+    if (removed.adopted)
+        ContextAccess::gl(*removed.adopted).reset();
 }
 
-std::shared_ptr<ShareGroup> ContextTable::currentGroup() const {
-    for (const Entry& entry : _entries)
-        if (const ContextGL* gl = knownGL(entry.context))
-            if (gl->group()->isCurrent())
-                return gl->group();
-    return std::make_shared<ShareGroup>();
+void ContextTable::forgetCurrent() {
+    const NativeContext native = currentNativeContext();
+    const QSharedPointer<OpenGLDeviceContext> context = known();
+    _isTold = true;
+    ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
+    if (!gl)
+        return;
+    gl->deleteQueuedNames();
+    const bool isAdopted = [&] {
+        const std::lock_guard lock(_mutex);
+        const auto entry = findNative(_entries, native);
+        return entry != _entries.end() && entry->adopted;
+    }();
+    if (isAdopted)
+        remove(native);
+}
+
+std::shared_ptr<ShareGroup> ContextTable::makeGroup(ShareGroup::Origin origin) {
+    auto group = std::make_shared<ShareGroup>(origin);
+    const std::lock_guard lock(_mutex);
+    _groups.push_back({group, nullptr});
+    return group;
 }
 
 QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& native) {
@@ -86,17 +120,81 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& nat
         return {};
     }
     removeDestroyed();
-    auto gl = std::make_unique<ContextGL>(native, currentGroup(), ContextFeatures());
+    const QOpenGLContext* qt = qtContextOf(native);
+    auto gl = std::make_unique<ContextGL>(native, groupOf(qt), ContextFeatures());
     QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));
-    _entries.push_back({native, context, context});
-    removeWithQtContext(native);
+    Entry entry{native, context, context, {}};
+    if (qt)
+        QObject::connect(qt, &QOpenGLContext::aboutToBeDestroyed,
+                         [native] { ContextTable::instance().remove(native); });
+    else
+        entry.mark.emplace(ContextMark::Of::Context);
+    const std::lock_guard lock(_mutex);
+    _entries.push_back(std::move(entry));
     return context;
 }
 
+// What Qt knows comes first. Marks also find the group of a context of Qt that wraps one of another library.
+std::shared_ptr<ShareGroup> ContextTable::groupOf(const QOpenGLContext* context) {
+    const QOpenGLContextGroup* qt = context ? context->shareGroup() : nullptr;
+    std::shared_ptr<ShareGroup> group = qt ? findGroup(qt) : nullptr;
+    if (group)
+        return group;
+    group = findMarkedGroup();
+    removeUnusedGroups();
+    if (!group)
+        group = makeGroup(qt ? ShareGroup::Origin::Qt : ShareGroup::Origin::Other);
+    if (qt)
+        setQtGroup(group, qt);
+    return group;
+}
+
+std::shared_ptr<ShareGroup> ContextTable::findGroup(const QOpenGLContextGroup* qt) {
+    const std::lock_guard lock(_mutex);
+    for (const Group& known : _groups)
+        if (known.qt == qt)
+            return known.group;
+    return nullptr;
+}
+
+std::shared_ptr<ShareGroup> ContextTable::findMarkedGroup() {
+    std::vector<Group> groups;
+    {
+        const std::lock_guard lock(_mutex);
+        groups = _groups;
+    }
+    for (const Group& known : groups)
+        if (!known.group->isClosed() && known.group->isMarkCurrent())
+            return known.group;
+    return nullptr;
+}
+
+void ContextTable::setQtGroup(const std::shared_ptr<ShareGroup>& group, const QOpenGLContextGroup* qt) {
+    {
+        const std::lock_guard lock(_mutex);
+        _groups.push_back({group, qt});
+    }
+    QObject::connect(qt, &QObject::destroyed, [qt] { ContextTable::instance().endQtGroup(qt); });
+}
+
+void ContextTable::endQtGroup(const QOpenGLContextGroup* qt) noexcept {
+    const std::lock_guard lock(_mutex);
+    for (Group& known : _groups) {
+        if (known.qt != qt)
+            continue;
+        known.qt = nullptr;
+        if (!known.group->hasMark())
+            known.group->close();
+    }
+}
+
 void ContextTable::warnOfVersionOnce(const NativeContext& native, int version) {
-    if (std::find(_tooOld.cbegin(), _tooOld.cend(), native) != _tooOld.cend())
-        return;
-    _tooOld.push_back(native);
+    {
+        const std::lock_guard lock(_mutex);
+        if (std::find(_tooOld.cbegin(), _tooOld.cend(), native) != _tooOld.cend())
+            return;
+        _tooOld.push_back(native);
+    }
     if (version == 0)
         qCWarning(velglLog, "OpenGL ES is current, but OpenGL %d.%d or later is needed", kMinVersion / 10,
                   kMinVersion % 10);
@@ -106,12 +204,28 @@ void ContextTable::warnOfVersionOnce(const NativeContext& native, int version) {
 }
 
 void ContextTable::removeDestroyed() {
-    std::vector<NativeContext> destroyed;
-    for (const Entry& entry : _entries)
-        if (entry.adopted && isDestroyed(entry.native))
-            destroyed.push_back(entry.native);
-    for (const NativeContext& native : destroyed)
-        remove(native);
+    std::vector<NativeContext> adopted;
+    {
+        const std::lock_guard lock(_mutex);
+        for (const Entry& entry : _entries)
+            if (entry.adopted)
+                adopted.push_back(entry.native);
+    }
+    for (const NativeContext& native : adopted)
+        if (isDestroyed(native))
+            remove(native);
+}
+
+void ContextTable::removeUnusedGroups() {
+    const std::lock_guard lock(_mutex);
+    const auto isUnused = [](const Group& known) {
+        return !known.qt && !known.group->isAwake() && known.group.use_count() == 1;
+    };
+    auto sleeping = std::count_if(_groups.cbegin(), _groups.cend(), isUnused);
+    const auto isDropped = [&](const Group& known) {
+        return known.group->isClosed() || (isUnused(known) && sleeping-- > kMaxSleepingGroups);
+    };
+    _groups.erase(std::remove_if(_groups.begin(), _groups.end(), isDropped), _groups.end());
 }
 
 } // namespace Atelier::Vel

@@ -25,19 +25,38 @@ void deleteName(GLKind kind, unsigned int name) {
     }
 }
 
-} // namespace
-
-void GLNameSpace::release(GLKind kind, unsigned int name) {
-    const ContextGL* gl = enterCurrentContext();
-    if (gl && gl->knows(*this))
+void deleteNames(const GLNameNode& names) {
+    for (const auto& [kind, name] : names)
         deleteName(kind, name);
-    else
-        _queued.emplace_back(kind, name);
 }
 
-void GLNameSpace::deleteQueuedNames() {
-    for (const auto& [kind, name] : std::exchange(_queued, {}))
-        deleteName(kind, name);
+} // namespace
+
+void GLNameSpace::release(GLNameNode& name) noexcept {
+    const ContextGL* gl = findKnownContext();
+    if (gl && gl->knows(*this)) {
+        deleteNames(name);
+        return;
+    }
+    const std::lock_guard lock(_mutex);
+    if (!_isClosed)
+        _queued.splice(_queued.end(), name);
+}
+
+void GLNameSpace::deleteQueuedNames() noexcept {
+    GLNameNode names;
+    {
+        const std::lock_guard lock(_mutex);
+        names.swap(_queued);
+    }
+    deleteNames(names);
+}
+
+void GLNameSpace::close() noexcept {
+    GLNameNode names;
+    const std::lock_guard lock(_mutex);
+    _isClosed = true;
+    names.swap(_queued);
 }
 
 } // namespace Atelier::Vel

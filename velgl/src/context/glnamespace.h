@@ -1,27 +1,43 @@
 #pragma once
 
+#include <atomic>
+#include <list>
+#include <mutex>
 #include <utility>
-#include <vector>
 
 namespace Atelier::Vel {
 
 enum class GLKind { Buffer, Texture, Program, VertexArray };
 
+/// A list of one GL name. Such a list moves into a queue without an allocation.
+using GLNameNode = std::list<std::pair<GLKind, unsigned int>>;
+
 /// The set of GL names that a group of sharing contexts has in common, or that one context has alone, and the
-/// queue of those that wait to be deleted. When it is destroyed, its names are gone with their contexts.
+/// queue of those that wait to be deleted.
+/// Threads: all functions may be called on any thread.
 class GLNameSpace {
 public:
     GLNameSpace() = default;
+    virtual ~GLNameSpace() = default;
     GLNameSpace(const GLNameSpace&) = delete;
     GLNameSpace& operator=(const GLNameSpace&) = delete;
 
-    /// Deletes the name at once if a context of this space is current; otherwise queues it until one is.
-    void release(GLKind kind, unsigned int name);
+    /// Deletes the name in `name` at once if a context of this space is current, and otherwise queues it
+    /// until one is. Allocates no memory.
+    void release(GLNameNode& name) noexcept;
     /// Requires: a context of this space is natively current.
-    void deleteQueuedNames();
+    void deleteQueuedNames() noexcept;
+
+    /// Declares that the contexts of this space are gone, and all names with them.
+    void close() noexcept;
+    bool isClosed() const { return _isClosed; }
+    /// Returns: whether a context of this space exists, as far as is known.
+    virtual bool isAwake() const { return !_isClosed; }
 
 private:
-    std::vector<std::pair<GLKind, unsigned int>> _queued;
+    std::mutex _mutex;
+    GLNameNode _queued;
+    std::atomic<bool> _isClosed{false};
 };
 
 } // namespace Atelier::Vel

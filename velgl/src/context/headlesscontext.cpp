@@ -67,11 +67,11 @@ private:
 class HeadlessContext : public OpenGLDeviceContext {
 public:
     // Requires: `context` is current.
-    HeadlessContext(std::unique_ptr<EglContext> context, const ContextFeatures& features)
+    HeadlessContext(std::unique_ptr<EglContext> context, std::shared_ptr<ShareGroup> group,
+                    const ContextFeatures& features)
         : _context(std::move(context)) {
-        ContextTable& table = ContextTable::instance();
         ContextAccess::gl(*this) =
-            std::make_unique<ContextGL>(_context->native(), table.currentGroup(), features);
+            std::make_unique<ContextGL>(_context->native(), std::move(group), features);
     }
     ~HeadlessContext() override {
         ContextTable::instance().remove(_context->native());
@@ -144,8 +144,12 @@ QSharedPointer<OpenGLDeviceContext> createOn(EGLDisplay display, const Options& 
         return {};
     }
     const ContextFeatures features{options.directStateAccess, options.drawParameters};
-    QSharedPointer<OpenGLDeviceContext> created(new HeadlessContext(std::move(context), features));
-    ContextTable::instance().add(created);
+    ContextTable& table = ContextTable::instance();
+    auto group = options.shareWith ? ContextAccess::gl(*options.shareWith)->group()
+                                   : table.makeGroup(ShareGroup::Origin::VelGL);
+    QSharedPointer<OpenGLDeviceContext> created(
+        new HeadlessContext(std::move(context), std::move(group), features));
+    table.add(created);
     enableDebugMessages(options.debug ? DebugDelivery::Synchronous : DebugDelivery::Asynchronous);
     created->doneCurrent();
     return created;

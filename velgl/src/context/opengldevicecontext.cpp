@@ -37,6 +37,16 @@ QSharedPointer<OpenGLDeviceContext> OpenGLDeviceContext::current() {
     return ContextTable::instance().current();
 }
 
+QSharedPointer<OpenGLDeviceContext> ContextAccess::known() noexcept {
+    if (!substituteIsDestroyed && substitute.context)
+        return substitute.context;
+    return ContextTable::instance().known();
+}
+
+void OpenGLDeviceContext::forget() {
+    ContextTable::instance().forgetCurrent();
+}
+
 void OpenGLDeviceContext::setCurrent(QSharedPointer<OpenGLDeviceContext> context) {
     if (!substituteIsDestroyed)
         substitute.context.swap(context);

@@ -1,24 +1,47 @@
 #pragma once
 
-#include <QtCore/QByteArray>
+#include <memory>
+#include <optional>
 
+#include <QtCore/QtGlobal>
+
+#include "context/contextmark.h"
 #include "context/glnamespace.h"
 
 namespace Atelier::Vel {
 
-/// The name space of a group of sharing contexts. A labelled buffer identifies the group, because not every
-/// window system reports which contexts share.
+/// The name space of a group of sharing contexts.
+///
+/// VelGL does not know all contexts of a group: it sees those in which it is used. So a group may live on
+/// while none of its known contexts does. Who made the contexts decides how much is known.
 class ShareGroup : public GLNameSpace {
 public:
-    /// Requires: one of the new group's contexts is natively current.
-    ShareGroup();
+    enum class Origin {
+        VelGL, ///< ends with the last of its contexts
+        Qt,    ///< ends when Qt says so
+        Other, ///< never known to end; its mark identifies it when a context of the group comes back
+    };
 
-    /// Whether the context that is natively current belongs to this group.
-    bool isCurrent() const;
+    /// Requires: one of the new group's contexts is natively current. A group that Qt knows gets no mark.
+    explicit ShareGroup(Origin origin);
+
+    /// A number that no other group has.
+    quint64 serial() const { return _serial; }
+    /// Returns: whether Qt has the group, or a known context of it exists.
+    bool isAwake() const override { return !isClosed() && (_origin == Origin::Qt || _contextCount > 0); }
+    /// Returns: whether the group has a mark, and the natively current context sees it.
+    bool isMarkCurrent() const noexcept { return _mark && _mark->isCurrent(); }
+    bool hasMark() const { return _mark.has_value(); }
+
+    /// Count the known contexts of the group.
+    void addContext() { ++_contextCount; }
+    void removeContext() noexcept;
 
 private:
-    unsigned int _tag = 0;
-    QByteArray _label;
+    quint64 _serial;
+    Origin _origin;
+    std::optional<ContextMark> _mark;
+    std::atomic<int> _contextCount{0};
 };
 
 } // namespace Atelier::Vel

@@ -4,7 +4,9 @@
 
 #include <velgl/vertexarrayobject.h>
 
+#include "context/currentcontext.h"
 #include "drawing/modelbounds.h"
+#include "drawing/modelcontent.h"
 #include "drawing/modeldrawable.h"
 #include "drawing/modeldrawing.h"
 
@@ -25,6 +27,9 @@ void multiplyInstances(DrawBuffers& buffers, int times) {
 struct GPUModel::Data {
     ModelDrawables drawables;
     QHash<QString, Bounds> bounds; // valid ones only, by attribute
+    ModelTextures textures;
+    ModelContent content;
+    QString label;
 
     ModelDrawable* find(int index) const {
         const bool isKnown = index >= 0 && static_cast<std::size_t>(index) < drawables.size();
@@ -114,9 +119,37 @@ GPUModel::Bounds GPUModel::bounds(const QString& positionAttribute) {
     return bounds;
 }
 
+void GPUModel::setLabel(const QString& label) {
+    _data->label = label;
+}
+
+QString GPUModel::label() const {
+    return _data->label;
+}
+
+void GPUModel::setRefill(Refill refill) {
+    _data->content.setRefill(std::move(refill));
+}
+
+GPUModel::Refill GPUModel::refill() const {
+    return _data->content.refill();
+}
+
+void GPUModel::setTextureLoader(TextureLoader loader) {
+    _data->textures.setLoader(std::move(loader));
+}
+
+bool GPUModel::isUsable() const {
+    const ContextScope scope;
+    return scope.gl() && ModelContent::isComplete(_data->drawables);
+}
+
 void GPUModel::draw() {
+    const ContextScope scope;
+    if (!scope.gl() || !_data->content.isReady(*scope.gl(), *this, _data->drawables))
+        return;
     for (const std::unique_ptr<ModelDrawable>& drawable : _data->drawables)
-        drawDrawable(*drawable);
+        drawDrawable(*drawable, _data->textures);
 }
 
 } // namespace Atelier::Vel

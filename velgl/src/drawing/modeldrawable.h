@@ -9,26 +9,15 @@
 #include <velgl/instancedatacollection.h>
 
 #include "drawing/commandnames.h"
+#include "drawing/modeltextures.h"
 
 namespace Atelier::Vel {
-
-class Texture;
-
-/// Where the texture of a material comes from: an object or a path; neither if the material has no texture.
-struct TextureSource {
-    QString path;
-    Texture* object = nullptr;
-
-    friend bool operator==(const TextureSource& a, const TextureSource& b) {
-        return a.object == b.object && a.path == b.path;
-    }
-};
 
 /// Consecutive commands whose materials have the same textures.
 struct TextureRun {
     int first = 0;
     int count = 0;
-    std::vector<TextureSource> textures; ///< by texture unit
+    std::vector<ModelTexture> textures; ///< by texture unit
 };
 
 /// One drawable of a model with all that belongs to it.

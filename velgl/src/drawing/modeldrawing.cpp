@@ -20,11 +20,23 @@ namespace {
 // The uniform `velgl_textures` has one bit for each texture.
 constexpr int kMaxTextures = 32;
 
-std::vector<TextureSource> texturesOf(const InstanceData& material, const QStringList& members) {
-    std::vector<TextureSource> sources;
+ModelTexture textureOf(const InstanceData& material, const QString& member) {
+    ModelTexture texture;
+    texture.isPresent = material.hasTexture(member);
+    texture.path = material.texturePath(member);
+    texture.object = material.texture(member);
+    return texture;
+}
+
+std::vector<ModelTexture> texturesOf(const InstanceData& material, const QStringList& members) {
+    std::vector<ModelTexture> textures;
     for (const QString& member : members)
-        sources.push_back({material.texturePath(member), material.texture(member)});
-    return sources;
+        textures.push_back(textureOf(material, member));
+    return textures;
+}
+
+bool haveSameSources(const std::vector<ModelTexture>& a, const std::vector<ModelTexture>& b) {
+    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), haveSameSource);
 }
 
 std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
@@ -34,9 +46,9 @@ std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceData
         drawable.materials ? drawable.materials->items() : QList<InstanceData>();
     std::vector<TextureRun> runs;
     for (int command = 0; command < commandCount; ++command) {
-        std::vector<TextureSource> textures =
+        std::vector<ModelTexture> textures =
             texturesOf(command < items.size() ? items[command] : InstanceData(), members);
-        if (runs.empty() || !(runs.back().textures == textures))
+        if (runs.empty() || !haveSameSources(runs.back().textures, textures))
             runs.push_back({command, 0, std::move(textures)});
         ++runs.back().count;
     }
@@ -59,21 +71,21 @@ void updateRuns(ModelDrawable& drawable) {
 // Binds a texture, and no sampler, to a unit; restores the unit on destruction.
 class TextureOnUnit {
 public:
-    TextureOnUnit(GLuint unit, const TextureSource& source) : _unit(unit) {
+    // Binds `white` if `texture` is not two-dimensional or cannot be bound.
+    TextureOnUnit(GLuint unit, Texture& texture, Texture& white) : _unit(unit), _texture(&texture) {
         const ScopedTextureUnit active(unit);
         _sampler = currentName(GL_SAMPLER_BINDING);
+        if (texture.target() != GL_TEXTURE_2D || !texture.bind()) {
+            if (texture.target() == GL_TEXTURE_2D)
+                texture.unbind();
+            _texture = &white;
+            white.bind();
+        }
         glBindSampler(unit, 0);
-        Texture* fallback = TextureManager::Instance().colorTexture(Qt::white);
-        _texture = source.object;
-        if (!_texture && !source.path.isEmpty())
-            _texture = TextureManager::Instance().texture(source.path, fallback);
-        if (_texture && _texture->target() == GL_TEXTURE_2D && _texture->bind())
-            return;
-        _texture = fallback;
-        _texture->bind();
     }
     ~TextureOnUnit() {
-        _texture->unbind();
+        if (_texture)
+            _texture->unbind();
         glBindSampler(_unit, glIsSampler(_sampler) ? _sampler : 0);
     }
     TextureOnUnit(const TextureOnUnit&) = delete;
@@ -82,13 +94,13 @@ public:
 private:
     GLuint _unit;
     GLuint _sampler = 0;
-    Texture* _texture = nullptr;
+    QPointer<Texture> _texture; // a client's function may delete it while the next unit is bound
 };
 
-void setTexturePresence(const std::vector<TextureSource>& textures) {
+void setTexturePresence(const std::vector<ModelTexture>& textures) {
     GLuint present = 0;
     for (std::size_t unit = 0; unit < textures.size(); ++unit)
-        if (!(textures[unit] == TextureSource()))
+        if (textures[unit].isPresent)
             present |= 1U << unit;
     for (const GLuint program : {currentVertexProgram(), currentFragmentProgram()}) {
         const GLint location = program ? glGetUniformLocation(program, "velgl_textures") : -1;
@@ -105,18 +117,22 @@ bool bindCollection(InstanceDataCollection* collection, GLuint point, int count)
     return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
 }
 
-void drawRun(DrawBuffers& buffers, const TextureRun& run) {
+void drawRun(DrawBuffers& buffers, TextureRun& run, ModelTextures& textures) {
+    Texture* const white = TextureManager::Instance().colorTexture(Qt::white);
     std::vector<std::unique_ptr<TextureOnUnit>> bound;
-    for (std::size_t unit = 0; unit < run.textures.size(); ++unit)
-        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), run.textures[unit]));
+    for (std::size_t unit = 0; unit < run.textures.size(); ++unit) {
+        Texture* const texture = textures.find(run.textures[unit], white);
+        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), *texture, *white));
+    }
     setTexturePresence(run.textures);
     buffers.draw(run.first, run.count);
 }
 
 } // namespace
 
-void drawDrawable(ModelDrawable& drawable) {
-    if (!enterCurrentContext())
+void drawDrawable(ModelDrawable& drawable, ModelTextures& textures) {
+    const ContextScope scope;
+    if (!scope.gl())
         return;
     updateRuns(drawable);
     const int count = commandCount(drawable.runs);
@@ -125,8 +141,8 @@ void drawDrawable(ModelDrawable& drawable) {
     if (!bindCollection(drawable.materials.get(), kMaterialsBinding, count) ||
         !bindCollection(drawable.instances.get(), kInstancesBinding, count))
         return;
-    for (const TextureRun& run : drawable.runs)
-        drawRun(*drawable.buffers, run);
+    for (TextureRun& run : drawable.runs)
+        drawRun(*drawable.buffers, run, textures);
 }
 
 } // namespace Atelier::Vel

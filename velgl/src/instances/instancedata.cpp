@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include <velgl/texture.h>
+
 #include "context/log.h"
 
 namespace Atelier::Vel {
@@ -38,6 +40,10 @@ void InstanceData::setTexture(const QString& member, const QString& path) {
 
 void InstanceData::setTexture(const QString& member, Texture* texture) {
     ownContent().textures.insert(member, {QString(), texture});
+}
+
+Texture* InstanceData::texture(const QString& member) const {
+    return content().textures.value(member).object;
 }
 
 void InstanceData::clear() {

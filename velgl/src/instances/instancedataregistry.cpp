@@ -1,7 +1,7 @@
 #include <velgl/instancedataregistry.h>
 
 #include <algorithm>
-#include <memory>
+#include <mutex>
 
 #include <velgl/instancedataplan.h>
 
@@ -21,7 +21,19 @@ bool sameMembers(const InstanceDataPlan& a, const InstanceDataPlan& b) {
 
 } // namespace
 
-InstanceDataRegistry::InstanceDataRegistry() = default;
+struct InstanceDataRegistry::Data {
+    std::mutex mutex;
+    QList<const InstanceDataPlan*> plans;
+
+    const InstanceDataPlan* find(const QString& name) const {
+        for (const InstanceDataPlan* plan : plans)
+            if (plan->name() == name)
+                return plan;
+        return nullptr;
+    }
+};
+
+InstanceDataRegistry::InstanceDataRegistry() : _data(std::make_unique<Data>()) {}
 
 InstanceDataRegistry::~InstanceDataRegistry() = default;
 
@@ -32,25 +44,30 @@ InstanceDataRegistry& InstanceDataRegistry::Instance() {
 }
 
 void InstanceDataRegistry::registerPlan(InstanceDataPlan* plan) {
-    if (!plan || _plans.contains(plan))
+    if (!plan)
         return;
-    std::unique_ptr<InstanceDataPlan> owned(plan);
-    const InstanceDataPlan* known = this->plan(owned->name());
-    if (!known)
-        _plans.append(owned.release());
-    else if (!sameMembers(*known, *owned))
+    const InstanceDataPlan* known = nullptr;
+    {
+        const std::lock_guard lock(_data->mutex);
+        known = _data->find(plan->name());
+        if (!known)
+            _data->plans.append(plan);
+    }
+    if (!known || known == plan)
+        return;
+    const std::unique_ptr<InstanceDataPlan> second(plan);
+    if (!sameMembers(*known, *second))
         qCWarning(velglLog, "A second plan '%s' with other members is left out", qPrintable(known->name()));
 }
 
 const InstanceDataPlan* InstanceDataRegistry::plan(const QString& name) const {
-    for (const InstanceDataPlan* plan : _plans)
-        if (plan->name() == name)
-            return plan;
-    return nullptr;
+    const std::lock_guard lock(_data->mutex);
+    return _data->find(name);
 }
 
 QList<const InstanceDataPlan*> InstanceDataRegistry::plans() const {
-    return _plans;
+    const std::lock_guard lock(_data->mutex);
+    return _data->plans;
 }
 
 } // namespace Atelier::Vel

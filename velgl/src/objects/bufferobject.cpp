@@ -20,19 +20,25 @@ struct BufferObject::Data {
     BindingStack bindings;
 
     const GLName* nameIn(const ContextGL& gl);
+    const GLName* makeIn(const ContextGL& gl);
     bool upload(const void* data, int count, unsigned int usage, unsigned long long elementSize);
 };
 
-// A name whose contexts are gone is replaced. One in a context that does not share with this one stays there:
-// its content exists nowhere else.
+// For a bind, which gives no content: a buffer whose content is in contexts of another group stays there. One
+// whose contexts are gone begins anew.
 const GLName* BufferObject::Data::nameIn(const ContextGL& gl) {
     if (const GLName* name = names.find(*gl.group()))
         return name;
-    if (names.isAlive()) {
+    if (names.isAwake()) {
         record.warnOfForeignContext();
         return nullptr;
     }
+    names.removeAllBut(*gl.group());
     byteCount = 0;
+    return makeIn(gl);
+}
+
+const GLName* BufferObject::Data::makeIn(const ContextGL& gl) {
     GLName name = makeBuffer(gl, record.label());
     if (!name.isAlive()) {
         record.failed("made");
@@ -48,17 +54,27 @@ bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
         return false;
     if (count > 0 && elementSize > quint64(std::numeric_limits<qint64>::max()) / quint64(count))
         return false;
-    const GLName* name = nameIn(*gl);
+    const GLNameSpace& group = *gl->group();
+    const GLName* name = names.find(group);
+    if (!name)
+        name = makeIn(*gl);
     if (!name)
         return false;
     const qint64 size = static_cast<qint64>(elementSize * quint64(count));
-    const bool filled = fillBuffer(*gl, *name, data, size, usage);
-    byteCount = filled ? quint64(size) : 0;
-    if (filled)
-        record.succeeded();
-    else
+    if (!fillBuffer(*gl, *name, data, size, usage)) {
         record.failed("filled");
-    return filled;
+        if (names.isAwakeBut(group))
+            names.remove(group);
+        else
+            byteCount = 0;
+        return false;
+    }
+    record.succeeded();
+    // Each group with content has as much of it as the others, so a draw can rely on the size.
+    if (byteCount != quint64(size))
+        names.removeAllBut(group);
+    byteCount = quint64(size);
+    return true;
 }
 
 BufferObject::BufferObject() : _data(std::make_unique<Data>()) {}
@@ -90,7 +106,7 @@ bool BufferObject::bind() {
 
 void BufferObject::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = enterCurrentContext();
+    const ContextGL* gl = findKnownContext();
     if (!gl || gl->serial() != binding.context)
         return;
     if (_data->target != GL_ELEMENT_ARRAY_BUFFER) {

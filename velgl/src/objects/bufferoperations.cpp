@@ -26,6 +26,7 @@ qint64 bufferSize(const ContextGL& gl, const GLName& buffer) {
 } // namespace
 
 GLName makeBuffer(const ContextGL& gl, const QString& label) {
+    GLName buffer(GLKind::Buffer, gl.group());
     GLuint name = 0;
     if (gl.features().directStateAccess) {
         glCreateBuffers(1, &name);
@@ -34,9 +35,10 @@ GLName makeBuffer(const ContextGL& gl, const QString& label) {
         // A generated name becomes a buffer with its first bind.
         const ScopedBufferBinding binding(GL_COPY_WRITE_BUFFER, name);
     }
+    buffer.set(name);
     if (name != 0)
-        labelObject(GL_BUFFER, name, label);
-    return {GLKind::Buffer, name, gl.group()};
+        labelObject(GL_BUFFER, name, encodedLabel(label));
+    return buffer;
 }
 
 bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qint64 size,

@@ -1,21 +1,21 @@
 #include "objects/glname.h"
 
+#include <utility>
+
 namespace Atelier::Vel {
 
 GLName& GLName::operator=(GLName&& other) noexcept {
     if (this != &other) {
         release();
-        _kind = other._kind;
-        _name = std::exchange(other._name, 0U);
+        _node = std::move(other._node);
         _space = std::move(other._space);
     }
     return *this;
 }
 
-void GLName::release() {
-    const std::shared_ptr<GLNameSpace> space = _space.lock();
-    if (space && _name)
-        space->release(_kind, _name);
+void GLName::release() noexcept {
+    if (isAlive())
+        _space->release(_node);
 }
 
 } // namespace Atelier::Vel

@@ -23,18 +23,37 @@ public:
 
     /// Adds an entry and drops those whose contexts are gone. Pointers to other entries become invalid.
     Entry& add(Entry entry) {
-        const auto isGone = [](const Entry& known) { return !known.name.isAlive(); };
-        _entries.erase(std::remove_if(_entries.begin(), _entries.end(), isGone), _entries.end());
+        removeIf([](const Entry& known) { return !known.name.isAlive(); });
         return _entries.emplace_back(std::move(entry));
     }
 
-    /// Returns: whether an entry's name belongs to a context that is not known to be gone.
-    bool isAlive() const {
+    /// Removes the entries of all other name spaces.
+    void removeAllBut(const GLNameSpace& space) {
+        removeIf([&](const Entry& entry) { return !entry.name.belongsTo(space); });
+    }
+    /// Removes the entry of `space`.
+    void remove(const GLNameSpace& space) {
+        removeIf([&](const Entry& entry) { return entry.name.belongsTo(space); });
+    }
+
+    /// Returns: whether a context that knows an entry's name exists, as far as is known.
+    bool isAwake() const {
         return std::any_of(_entries.cbegin(), _entries.cend(),
-                           [](const Entry& entry) { return entry.name.isAlive(); });
+                           [](const Entry& entry) { return entry.name.isAwake(); });
+    }
+    /// The same for the names of all other name spaces.
+    bool isAwakeBut(const GLNameSpace& space) const {
+        return std::any_of(_entries.cbegin(), _entries.cend(), [&](const Entry& entry) {
+            return entry.name.isAwake() && !entry.name.belongsTo(space);
+        });
     }
 
 private:
+    template<typename Condition>
+    void removeIf(Condition condition) {
+        _entries.erase(std::remove_if(_entries.begin(), _entries.end(), condition), _entries.end());
+    }
+
     std::vector<Entry> _entries;
 };
 
@@ -46,7 +65,10 @@ public:
     /// Returns: the name that the current context shares; 0 when there is none, or no context.
     unsigned int inCurrentContext();
     const GLName& add(GLName name) { return _table.add({std::move(name)}).name; }
-    bool isAlive() const { return _table.isAlive(); }
+    void removeAllBut(const GLNameSpace& space) { _table.removeAllBut(space); }
+    void remove(const GLNameSpace& space) { _table.remove(space); }
+    bool isAwake() const { return _table.isAwake(); }
+    bool isAwakeBut(const GLNameSpace& space) const { return _table.isAwakeBut(space); }
 
 private:
     struct Entry {

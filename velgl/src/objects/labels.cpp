@@ -4,11 +4,14 @@
 
 namespace Atelier::Vel {
 
-void labelObject(unsigned int kind, unsigned int name, const QString& label) {
+QByteArray encodedLabel(const QString& label) {
     // GL_MAX_LABEL_LENGTH is at least 256, with the terminating zero.
     constexpr int kMaxLabelLength = 255;
-    const QByteArray text = label.toUtf8().left(kMaxLabelLength);
-    glObjectLabel(kind, name, text.size(), text.constData());
+    return label.toUtf8().left(kMaxLabelLength);
+}
+
+void labelObject(unsigned int kind, unsigned int name, const QByteArray& label) noexcept {
+    glObjectLabel(kind, name, label.size(), label.constData());
 }
 
 } // namespace Atelier::Vel

@@ -9,12 +9,13 @@ ObjectRecord::ObjectRecord(const char* kind, unsigned int identifier)
     : _kind(kind), _identifier(identifier), _failures(kind) {}
 
 void ObjectRecord::setLabel(const QString& label) {
+    _encodedLabel = encodedLabel(label);
     _label = label;
     _failures.setLabel(label);
 }
 
-void ObjectRecord::applyLabel(unsigned int name) const {
-    labelObject(_identifier, name, _label);
+void ObjectRecord::applyLabel(unsigned int name) const noexcept {
+    labelObject(_identifier, name, _encodedLabel);
 }
 
 void ObjectRecord::warnOfForeignContext() const {

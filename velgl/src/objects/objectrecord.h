@@ -19,7 +19,7 @@ public:
     void setLabel(const QString& label);
     /// Gives the label to the GL object `name`.
     /// Requires: a context that knows the name is current.
-    void applyLabel(unsigned int name) const;
+    void applyLabel(unsigned int name) const noexcept;
 
     /// Warns once that OpenGL could not do `action` with the object, see FailureReport.
     void failed(const char* action) { _failures.failed(action, _label); }
@@ -31,6 +31,7 @@ private:
     const char* _kind;
     unsigned int _identifier;
     QString _label;
+    QByteArray _encodedLabel;
     FailureReport _failures;
 };
 

@@ -95,8 +95,9 @@ std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, con
         return nullptr;
     }
     std::unique_ptr<Program> program(new Program);
-    const GLuint name =
-        program->_data->names.add(GLName(GLKind::Program, glCreateProgram(), gl->group())).value();
+    GLName owned(GLKind::Program, gl->group());
+    owned.set(glCreateProgram());
+    const GLuint name = program->_data->names.add(std::move(owned)).value();
     if (!link(name, {&vertex, &fragment})) {
         error = QStringLiteral("Linking: %1").arg(programLog(name));
         return nullptr;
@@ -117,7 +118,7 @@ bool Program::bind() {
 
 void Program::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = enterCurrentContext();
+    const ContextGL* gl = findKnownContext();
     if (gl && gl->serial() == binding.context)
         rebindProgram(binding.previous);
 }
@@ -128,7 +129,7 @@ unsigned int Program::name() const {
 
 void Program::setLabel(const QString& label) {
     if (const unsigned int current = name())
-        labelObject(GL_PROGRAM, current, label);
+        labelObject(GL_PROGRAM, current, encodedLabel(label));
 }
 
 int Program::uniformLocation(const char* name) const {

@@ -2,9 +2,8 @@
 
 #include <velgl/texture.h>
 
-#include <optional>
-
 #include "context/currentcontext.h"
+#include "context/log.h"
 #include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "state/bindingstack.h"
@@ -20,27 +19,27 @@ struct Texture::Data {
     int depth = 0;
     bool isReadOnly = false;
     bool isForeignReported = false; // reported once, since a texture is bound in each frame
-    std::optional<QColor> color;    // of a texture that fills itself
+    Refill refill;
     GLNames names;
     ObjectRecord record{"Texture", GL_TEXTURE};
     BindingStack bindings;
 
-    const GLName* nameIn(const ContextGL& gl);
-    const GLName* make(const ContextGL& gl);
+    const GLName* nameIn(const ContextGL& gl, Texture& texture);
+    const GLName* make(const ContextGL& gl, Texture& texture);
+    void fill(const GLName& name, const GLNameSpace& group, Texture& texture);
     bool canBeMade() const;
 };
 
 namespace {
 
-// Requires: the texture is bound to `target`, which is GL_TEXTURE_2D.
-void fillWithColor(GLenum target, int internalFormat, const QColor& color) {
-    const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack);
+// Requires: the texture is bound to GL_TEXTURE_2D, and the rows in memory are plain.
+void fillWithColor(const QColor& color) {
     const GLubyte texel[] = {static_cast<GLubyte>(color.red()), static_cast<GLubyte>(color.green()),
                              static_cast<GLubyte>(color.blue()), static_cast<GLubyte>(color.alpha())};
-    glTexImage2D(target, 0, internalFormat, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texel);
-    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, 0);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texel);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
 }
 
 // Whether a texture can have the level. OpenGL reports an error for a query of any other level.
@@ -52,37 +51,61 @@ bool isLevel(int level) {
 
 } // namespace
 
-// A solid colour can be made in every group of contexts. Other content exists in one group only; after that
-// group is gone it can be filled again, unless its owner has declared it final.
+// A texture that can be filled again is made in every group of contexts. Other content exists in one group
+// only; after that group is gone its owner can fill the texture again, unless it has declared it final.
 bool Texture::Data::canBeMade() const {
-    return color || (!names.isAlive() && !isReadOnly);
+    return refill || (!names.isAwake() && !isReadOnly);
 }
 
-const GLName* Texture::Data::nameIn(const ContextGL& gl) {
+const GLName* Texture::Data::nameIn(const ContextGL& gl, Texture& texture) {
     if (const GLName* name = names.find(*gl.group()))
         return name;
     if (canBeMade())
-        return make(gl);
+        return make(gl, texture);
     if (!isForeignReported)
         record.warnOfForeignContext();
     isForeignReported = true;
     return nullptr;
 }
 
-const GLName* Texture::Data::make(const ContextGL& gl) {
+const GLName* Texture::Data::make(const ContextGL& gl, Texture& texture) {
+    GLName owned(GLKind::Texture, gl.group());
     GLuint name = 0;
     glGenTextures(1, &name);
+    owned.set(name);
     if (name == 0) {
         record.failed("made");
         return nullptr;
     }
-    const GLuint previous = currentName(textureBindingQuery(target));
-    glBindTexture(target, name); // a generated name becomes a texture with its first bind
-    if (color)
-        fillWithColor(target, internalFormat, *color);
+    const ScopedTextureBinding binding(target,
+                                       name); // a generated name becomes a texture with its first bind
     record.applyLabel(name);
-    rebindTexture(target, previous);
-    return &names.add(GLName(GLKind::Texture, name, gl.group()));
+    const GLName& made = names.add(std::move(owned));
+    if (refill)
+        fill(made, *gl.group(), texture);
+    return names.find(*gl.group());
+}
+
+// Requires: the texture is bound.
+void Texture::Data::fill(const GLName& name, const GLNameSpace& group, Texture& texture) {
+    const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack);
+    bool isFilled = false;
+    try {
+        const ContextScope::Pause pause;
+        const Refill function = refill; // it may be replaced while it runs
+        isFilled = function(texture);
+    } catch (...) {
+        names.remove(group);
+        throw;
+    }
+    if (isFilled)
+        return;
+    qCWarning(velglLog, "Texture '%s' could not be filled again in another context; it is white there",
+              qPrintable(record.label()));
+    if (target != GL_TEXTURE_2D)
+        return;
+    glBindTexture(target, name.value());
+    fillWithColor(Qt::white);
 }
 
 Texture::Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent)
@@ -98,7 +121,10 @@ Texture::~Texture() = default;
 
 std::unique_ptr<Texture> Texture::ofColor(const QColor& color) {
     auto texture = std::make_unique<Texture>(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
-    texture->_data->color = color.toRgb();
+    texture->setRefill([rgb = color.toRgb()](Texture&) {
+        fillWithColor(rgb);
+        return true;
+    });
     texture->_data->record.setLabel(color.name(QColor::HexArgb));
     texture->setReadOnly();
     return texture;
@@ -128,6 +154,10 @@ void Texture::setReadOnly() {
     _data->isReadOnly = true;
 }
 
+void Texture::setRefill(Refill refill) {
+    _data->refill = std::move(refill);
+}
+
 bool Texture::isReadOnly() const {
     return _data->isReadOnly;
 }
@@ -135,7 +165,7 @@ bool Texture::isReadOnly() const {
 bool Texture::bind() {
     const ContextGL* gl = enterCurrentContext();
     const GLenum query = textureBindingQuery(_data->target);
-    const GLName* name = gl && query != 0 ? _data->nameIn(*gl) : nullptr;
+    const GLName* name = gl && query != 0 ? _data->nameIn(*gl, *this) : nullptr;
     if (!name) {
         _data->bindings.push({});
         return false;
@@ -147,7 +177,7 @@ bool Texture::bind() {
 
 void Texture::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = enterCurrentContext();
+    const ContextGL* gl = findKnownContext();
     if (!gl || gl->serial() != binding.context)
         return;
     const ScopedTextureUnit unit(binding.place);
@@ -172,11 +202,9 @@ bool Texture::hasContent() const {
     const GLuint texture = name();
     if (texture == 0 || _data->target != GL_TEXTURE_2D)
         return false;
-    const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
-    glBindTexture(GL_TEXTURE_2D, texture);
+    const ScopedTextureBinding binding(GL_TEXTURE_2D, texture);
     GLint width = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
-    rebindTexture(GL_TEXTURE_2D, previous);
     return width > 0;
 }
 
@@ -184,8 +212,7 @@ QImage Texture::readBack(int level) const {
     const GLuint texture = name();
     if (texture == 0 || _data->target != GL_TEXTURE_2D || !isLevel(level))
         return {};
-    const GLuint previous = currentName(GL_TEXTURE_BINDING_2D);
-    glBindTexture(GL_TEXTURE_2D, texture);
+    const ScopedTextureBinding binding(GL_TEXTURE_2D, texture);
     GLint width = 0;
     GLint height = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, level, GL_TEXTURE_WIDTH, &width);
@@ -195,7 +222,6 @@ QImage Texture::readBack(int level) const {
         const ScopedPixelStore store(ScopedPixelStore::Direction::Pack);
         glGetTexImage(GL_TEXTURE_2D, level, GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
     }
-    rebindTexture(GL_TEXTURE_2D, previous);
     return image;
 }
 

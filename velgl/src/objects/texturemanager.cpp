@@ -1,35 +1,36 @@
 #include <velgl/texturemanager.h>
 
+#include <mutex>
 #include <unordered_map>
 
 #include <QtCore/QHash>
+#include <QtCore/QPointer>
 #include <QtCore/QSet>
 
 #include <velgl/texture.h>
 
-#include "context/glerrors.h"
 #include "context/log.h"
+#include "objects/loadedtexture.h"
+#include "objects/texturemanageraccess.h"
 
 namespace Atelier::Vel {
 
 struct TextureManager::Data {
+    std::mutex mutex; // for all members; never held while a loader runs
     std::unordered_map<QRgb, std::unique_ptr<Texture>> colors;
-    Loader loader;
+    std::shared_ptr<const Loader> loader;
+    bool isClientsLoader = false;
+    quint64 revision = 1;     // of the loader
     QSet<QString> unreadable; // paths that were reported and are not tried again
-    QHash<quint64, Texture*> filed;
+    QHash<quint64, QPointer<Texture>> filed;
+
+    // Requires: `mutex` is locked.
+    void setLoader(Loader function) {
+        loader = function ? std::make_shared<const Loader>(std::move(function)) : nullptr;
+        unreadable.clear();
+        ++revision;
+    }
 };
-
-namespace {
-
-// Returns: false, after a warning, when OpenGL knows the texture but had no memory for its image.
-bool isFilled(const Texture& texture) {
-    if (texture.name() == 0 || texture.hasContent())
-        return true;
-    FailureReport("Texture").failed("filled", texture.label());
-    return false;
-}
-
-} // namespace
 
 TextureManager::TextureManager() : _data(std::make_unique<Data>()) {}
 
@@ -42,6 +43,7 @@ TextureManager& TextureManager::Instance() {
 }
 
 Texture* TextureManager::colorTexture(const QColor& color) {
+    const std::lock_guard lock(_data->mutex);
     std::unique_ptr<Texture>& texture = _data->colors[color.rgba()];
     if (!texture)
         texture = Texture::ofColor(color);
@@ -49,27 +51,41 @@ Texture* TextureManager::colorTexture(const QColor& color) {
 }
 
 void TextureManager::setLoader(Loader loader) {
-    _data->loader = std::move(loader);
-    _data->unreadable.clear();
+    const std::lock_guard lock(_data->mutex);
+    _data->isClientsLoader = true;
+    _data->setLoader(std::move(loader));
+}
+
+void TextureManager::setDefaultLoader(Loader loader) {
+    const std::lock_guard lock(_data->mutex);
+    if (!_data->isClientsLoader && !_data->loader)
+        _data->setLoader(std::move(loader));
 }
 
 Texture* TextureManager::texture(const QString& path, Texture* fallback) {
-    if (_data->unreadable.contains(path))
-        return fallback;
-    Texture* texture = _data->loader ? _data->loader(path) : nullptr;
-    // A texture without a label is new.
-    const bool isNew = texture && texture->label().isEmpty();
-    if (isNew)
-        texture->setLabel(path);
-    if (texture && (!isNew || isFilled(*texture)))
+    std::shared_ptr<const Loader> loader;
+    {
+        const std::lock_guard lock(_data->mutex);
+        if (_data->unreadable.contains(path))
+            return fallback;
+        loader = _data->loader;
+    }
+    Texture* texture = loader ? (*loader)(path) : nullptr;
+    if (isUsableAs(texture, path))
         return texture;
-    _data->unreadable.insert(path);
-    if (!texture)
-        qCWarning(velglLog, "Texture '%s' cannot be loaded", qPrintable(path));
+    {
+        const std::lock_guard lock(_data->mutex);
+        _data->unreadable.insert(path);
+    }
+    if (!loader)
+        qCWarning(velglLog, "Texture '%s' is not loaded: no texture loader is set", qPrintable(path));
+    else if (!texture)
+        warnOfUnreadableTexture(path);
     return fallback;
 }
 
 void TextureManager::setTexture(TextureToken token, Texture* texture) {
+    const std::lock_guard lock(_data->mutex);
     if (texture)
         _data->filed.insert(token.value(), texture);
     else
@@ -77,7 +93,13 @@ void TextureManager::setTexture(TextureToken token, Texture* texture) {
 }
 
 Texture* TextureManager::texture(TextureToken token) const {
+    const std::lock_guard lock(_data->mutex);
     return _data->filed.value(token.value());
+}
+
+quint64 TextureManagerAccess::loaderRevision(const TextureManager& manager) {
+    const std::lock_guard lock(manager._data->mutex);
+    return manager._data->revision;
 }
 
 } // namespace Atelier::Vel

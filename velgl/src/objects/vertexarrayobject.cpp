@@ -71,20 +71,22 @@ struct VertexArrayObject::Data {
 
     ContextArray* arrayIn(const ContextGL& gl);
     std::vector<Attribute> attributesFor(unsigned int program);
-    void configure(ContextArray& array);
+    void configure(ContextArray& array, std::vector<Attribute> attributes) const noexcept;
 };
 
 // Returns: null when OpenGL cannot make a vertex array.
 ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     if (ContextArray* array = arrays.find(*gl.ownNameSpace()))
         return array;
+    GLName owned(GLKind::VertexArray, gl.ownNameSpace());
     GLuint name = 0;
     glGenVertexArrays(1, &name);
+    owned.set(name);
     if (name == 0) {
         record.failed("made");
         return nullptr;
     }
-    return &arrays.add({GLName(GLKind::VertexArray, name, gl.ownNameSpace()), {}, -1});
+    return &arrays.add({std::move(owned), {}, -1});
 }
 
 std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {
@@ -109,9 +111,8 @@ std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int progr
 }
 
 // Requires: the array is bound.
-void VertexArrayObject::Data::configure(ContextArray& array) {
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices ? indices->name() : 0);
-    std::vector<Attribute> attributes = attributesFor(currentVertexProgram());
+void VertexArrayObject::Data::configure(ContextArray& array,
+                                        std::vector<Attribute> attributes) const noexcept {
     if (array.revision == revision && array.attributes == attributes)
         return;
     if (array.revision != revision)
@@ -157,15 +158,19 @@ bool VertexArrayObject::bind() {
         _data->bindings.push({});
         return false;
     }
+    // What may throw comes first: nothing is bound then.
+    const GLuint indices = _data->indices ? _data->indices->name() : 0;
+    std::vector<Attribute> attributes = _data->attributesFor(currentVertexProgram());
     _data->bindings.push({gl->serial(), currentName(GL_VERTEX_ARRAY_BINDING), 0});
     glBindVertexArray(array->name.value());
-    _data->configure(*array);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices);
+    _data->configure(*array, std::move(attributes));
     return true;
 }
 
 void VertexArrayObject::unbind() {
     const SavedBinding binding = _data->bindings.pop();
-    const ContextGL* gl = enterCurrentContext();
+    const ContextGL* gl = findKnownContext();
     if (gl && gl->serial() == binding.context)
         rebindVertexArray(binding.previous);
 }

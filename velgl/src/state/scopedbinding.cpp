@@ -85,6 +85,18 @@ ScopedBufferBinding::ScopedBufferBinding(GLenum target, GLuint buffer)
     glBindBuffer(target, buffer);
 }
 
+ScopedTextureBinding::ScopedTextureBinding(GLenum target, GLuint texture)
+    : _target(target),
+      _unit(currentName(GL_ACTIVE_TEXTURE)),
+      _previous(currentName(textureBindingQuery(target))) {
+    glBindTexture(target, texture);
+}
+
+ScopedTextureBinding::~ScopedTextureBinding() {
+    glActiveTexture(_unit);
+    rebindTexture(_target, _previous);
+}
+
 ScopedTextureUnit::ScopedTextureUnit(GLuint unit) : _previous(currentName(GL_ACTIVE_TEXTURE)) {
     glActiveTexture(GL_TEXTURE0 + unit);
 }

@@ -33,6 +33,20 @@ private:
     GLuint _previous;
 };
 
+/// Binds a texture to the active unit and restores both on destruction.
+class ScopedTextureBinding {
+public:
+    ScopedTextureBinding(GLenum target, GLuint texture);
+    ~ScopedTextureBinding();
+    ScopedTextureBinding(const ScopedTextureBinding&) = delete;
+    ScopedTextureBinding& operator=(const ScopedTextureBinding&) = delete;
+
+private:
+    GLenum _target;
+    GLenum _unit;
+    GLuint _previous;
+};
+
 /// Activates a texture unit and restores the previous one on destruction.
 class ScopedTextureUnit {
 public:

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+#include <QtCore/QHash>
+#include <QtCore/QPointer>
+#include <QtCore/QString>
+
+#include <velgl/gpumodel.h>
+#include <velgl/texture.h>
+
+namespace Atelier::Vel {
+
+/// The texture that a material has on one unit, and what was found for it.
+struct ModelTexture {
+    bool isPresent = false; ///< whether the material has a texture
+    QString path;           ///< empty for a texture object
+    QPointer<Texture> object;
+
+    QPointer<Texture> found;    ///< what the path was resolved to
+    quint64 foundByManager = 0; ///< the revisions of the loaders that were asked; 0 before the first time
+    quint64 foundByModel = 0;
+};
+
+/// Whether both come from the same object or path.
+inline bool haveSameSource(const ModelTexture& a, const ModelTexture& b) {
+    return a.isPresent == b.isPresent && a.object == b.object && a.path == b.path;
+}
+
+/// Finds the textures of a model: those of its own loader, which live as long as the model, or else those of
+/// the TextureManager. Each path is asked for once for each loader.
+class ModelTextures {
+public:
+    void setLoader(GPUModel::TextureLoader loader);
+
+    /// Returns: the texture to be bound; `white` for none, one that was deleted, and one that cannot be
+    /// loaded.
+    Texture* find(ModelTexture& texture, Texture* white);
+
+private:
+    Texture* load(const QString& path, Texture* white);
+
+    GPUModel::TextureLoader _loader;
+    quint64 _revision = 1;                            // of the loader
+    QHash<QString, std::shared_ptr<Texture>> _loaded; // null for a path that cannot be loaded
+};
+
+} // namespace Atelier::Vel
