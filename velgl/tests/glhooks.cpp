@@ -9,6 +9,7 @@ namespace {
 DrawHook* drawHook = nullptr;
 const std::function<void()>* beforeTransfer = nullptr;
 NameCount* nameCount = nullptr;
+int* bufferCallCount = nullptr;
 
 // The pointers of libepoxy cannot be used: one that was not called yet replaces itself in its first call, and
 // with it the hook.
@@ -58,6 +59,60 @@ PixelHook::~PixelHook() {
     glTexImage2D = _texImage2D;
     glGetTexImage = _getTexImage;
     beforeTransfer = nullptr;
+}
+
+namespace {
+
+constexpr char kBindBuffer[] = "glBindBuffer";
+constexpr char kGetIntegerv[] = "glGetIntegerv";
+constexpr char kGetBufferSize[] = "glGetBufferParameteri64v";
+constexpr char kGetNamedBufferSize[] = "glGetNamedBufferParameteri64v";
+constexpr char kGetBufferSubData[] = "glGetBufferSubData";
+constexpr char kGetNamedBufferSubData[] = "glGetNamedBufferSubData";
+
+template<const char* kFunction, typename... Arguments>
+void APIENTRY countBufferCall(Arguments... arguments) {
+    static const auto real = realFunction<void(APIENTRY*)(Arguments...)>(kFunction);
+    ++*bufferCallCount;
+    real(arguments...);
+}
+
+} // namespace
+
+// The function pointers that libepoxy holds.
+struct BufferCalls::Functions {
+    PFNGLBINDBUFFERPROC bindBuffer = glBindBuffer;
+    PFNGLGETINTEGERVPROC getIntegerv = glGetIntegerv;
+    PFNGLGETBUFFERPARAMETERI64VPROC getBufferSize = glGetBufferParameteri64v;
+    PFNGLGETNAMEDBUFFERPARAMETERI64VPROC getNamedBufferSize = glGetNamedBufferParameteri64v;
+    PFNGLGETBUFFERSUBDATAPROC getBufferSubData = glGetBufferSubData;
+    PFNGLGETNAMEDBUFFERSUBDATAPROC getNamedBufferSubData = glGetNamedBufferSubData;
+};
+
+void BufferCalls::use(const Functions& functions) {
+    glBindBuffer = functions.bindBuffer;
+    glGetIntegerv = functions.getIntegerv;
+    glGetBufferParameteri64v = functions.getBufferSize;
+    glGetNamedBufferParameteri64v = functions.getNamedBufferSize;
+    glGetBufferSubData = functions.getBufferSubData;
+    glGetNamedBufferSubData = functions.getNamedBufferSubData;
+}
+
+BufferCalls::BufferCalls() : _before(std::make_unique<Functions>()) {
+    bufferCallCount = &_count;
+    Functions counting;
+    counting.bindBuffer = countBufferCall<kBindBuffer>;
+    counting.getIntegerv = countBufferCall<kGetIntegerv>;
+    counting.getBufferSize = countBufferCall<kGetBufferSize>;
+    counting.getNamedBufferSize = countBufferCall<kGetNamedBufferSize>;
+    counting.getBufferSubData = countBufferCall<kGetBufferSubData>;
+    counting.getNamedBufferSubData = countBufferCall<kGetNamedBufferSubData>;
+    use(counting);
+}
+
+BufferCalls::~BufferCalls() {
+    use(*_before);
+    bufferCallCount = nullptr;
 }
 
 namespace {

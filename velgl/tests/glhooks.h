@@ -58,6 +58,25 @@ private:
     PFNGLGETTEXIMAGEPROC _getTexImage;
 };
 
+/// Counts the calls in its lifetime that bind buffers, query their sizes or bindings, or read their content.
+/// VelGL needs such calls to read a buffer back.
+class BufferCalls {
+public:
+    BufferCalls();
+    ~BufferCalls();
+    BufferCalls(const BufferCalls&) = delete;
+    BufferCalls& operator=(const BufferCalls&) = delete;
+
+    int count() const { return _count; }
+
+private:
+    struct Functions;
+    static void use(const Functions& functions);
+
+    std::unique_ptr<Functions> _before;
+    int _count = 0;
+};
+
 /// Counts the GL names of buffers, vertex arrays, textures, shaders and programs that are made and deleted in
 /// its lifetime.
 /// Requires: contexts that do not share objects are made before it.

@@ -208,18 +208,33 @@ TEST_F(ModelBoundsTest, StreamIsFoundByItsName) {
     expectBox({-1, -2, -3}, {4, 5, 9});
 }
 
-TEST_F(ModelBoundsTest, ValidBoxIsKept) {
+TEST_F(ModelBoundsTest, BoxFollowsEachChange) {
     expectBox({-1, -2, -3}, {4, 5, 9});
-    setPositions(QVector<float>{0, 0, 0}, 3, kFloat);
-    expectBox({-1, -2, -3}, {4, 5, 9});
-    EXPECT_EQ(_positions->readCount(), 0);
-}
-
-TEST_F(ModelBoundsTest, InvalidBoxIsComputedAgain) {
+    setCommands({{2, 1, 0, 0, 0}});
+    expectBox({1, 2, 3}, {4, 5, 6});
+    setIndices(QVector<unsigned short>{3, 3, 0, 0}, kUnsignedShort);
+    expectBox({0, 0, 9}, {0, 0, 9});
     setPositions(QVector<float>(), 3, kFloat);
     expectNone();
-    setPositions(QVector<float>{1, 1, 1}, 3, kFloat);
+    setPositions(QVector<float>(12, 1), 3, kFloat);
     expectBox({1, 1, 1}, {1, 1, 1});
+}
+
+// VelGL cannot detect that an object of a client's class changes its content.
+TEST_F(ModelBoundsTest, BufferOfAClientsClassIsReadByEachCall) {
+    expectBox({-1, -2, -3}, {4, 5, 9});
+    const QVector<float> others(12, 7);
+    _positions->uploadArbitraryData(others.constData(), 12, 0, sizeof(float));
+    expectBox({7, 7, 7}, {7, 7, 7});
+    const unsigned short beyond[] = {4, 5, 6, 7};
+    _indices->uploadArbitraryData(beyond, 4, 0, sizeof *beyond);
+    expectNone();
+}
+
+TEST_F(ModelBoundsTest, CommandBeyondTheNumberOfIndicesIsSkipped) {
+    setCommands({{1, 1, 0, 0, 0}, {2, 1, 2, 0, 0}});
+    _buffers->setIndexedDraw(_indices, 3, kUnsignedShort);
+    expectBox({1, 2, 3}, {1, 2, 3});
 }
 
 TEST_F(ModelBoundsTest, AddedDrawableUpdatesTheBox) {

@@ -20,7 +20,8 @@ namespace Atelier::Vel {
 /// called on its thread.
 ///
 /// Most operations are virtual: a client or a test may return a class of its own from the factory of
-/// OpenGLDeviceContext.
+/// OpenGLDeviceContext. VelGL cannot detect when such a class changes its content, so GPUModel::bounds()
+/// reads it back with each call.
 class VELGL_EXPORT BufferObject : public Bindable {
 public:
     /// Makes no OpenGL call. The target is GL_ARRAY_BUFFER.
@@ -78,6 +79,7 @@ public:
     QString label() const;
 
 private:
+    friend struct BufferAccess;
     struct Data;
     std::unique_ptr<Data> _data;
 };

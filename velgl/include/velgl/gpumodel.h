@@ -101,13 +101,16 @@ public:
     /// Returns: the name that addObjectName() set; null when there is none.
     QString objectName(int drawable, int command) const;
 
-    /// Computes the box around all finite positions that the commands reach, from the stream named
+    /// Computes the box around all finite positions that the commands draw, from the stream named
     /// `positionAttribute`. Missing coordinates of a stream with fewer than three components are 0. The
-    /// materials' and instances' values, such as a placement, are not applied.
+    /// materials' and instances' values, such as a placement, are not applied. The result follows each change
+    /// of commands, indices and streams, and each upload into their buffers. A change of a buffer by other
+    /// means, such as OpenGL functions that the client calls with its name, is not detected.
     /// Returns: an invalid box when there are no such positions, and when the buffers cannot be read back.
-    /// Cost: the first call for a name waits for the GPU, reads index and position buffers back, and is
-    /// linear in the number of indices drawn. A valid result is kept until the next add(), so a change of the
-    /// buffers themselves is not seen.
+    /// Cost: the boxes of index ranges are kept until the buffers change. A call for ranges with known boxes
+    /// makes no OpenGL call, whether the result is valid or not. Otherwise the call waits for the GPU, reads
+    /// the index and position buffers of that drawable back, and is linear in the number of indices of the
+    /// new ranges. Buffers of a class derived from BufferObject are read back by each call.
     Bounds bounds(const QString& positionAttribute = QStringLiteral("va_Vertex"));
 
     /// Draws all drawables in order with the current program or program pipeline. See shaderInterface() and

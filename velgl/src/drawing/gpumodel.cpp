@@ -26,7 +26,7 @@ void multiplyInstances(DrawBuffers& buffers, int times) {
 
 struct GPUModel::Data {
     ModelDrawables drawables;
-    QHash<QString, Bounds> bounds; // valid ones only, by attribute
+    ModelBounds bounds;
     ModelTextures textures;
     ModelContent content;
     QString label;
@@ -61,7 +61,6 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
     if (instanceCount != 1)
         multiplyInstances(*buffers, std::max(instanceCount, 0));
     _data->drawables.push_back(std::move(drawable));
-    _data->bounds.clear();
     return drawableCount() - 1;
 }
 
@@ -110,13 +109,7 @@ QString GPUModel::objectName(int drawable, int command) const {
 }
 
 GPUModel::Bounds GPUModel::bounds(const QString& positionAttribute) {
-    const auto known = _data->bounds.constFind(positionAttribute);
-    if (known != _data->bounds.constEnd())
-        return *known;
-    const Bounds bounds = boundsOf(_data->drawables, positionAttribute);
-    if (bounds.isValid)
-        _data->bounds.insert(positionAttribute, bounds);
-    return bounds;
+    return _data->bounds.around(_data->drawables, positionAttribute);
 }
 
 void GPUModel::setLabel(const QString& label) {

@@ -2,22 +2,37 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "objects/bufferaccess.h"
+#include "objects/bufferoperations.h"
 #include "objects/scalartype.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
+using Bounds = GPUModel::Bounds;
+using Commands = QVector<DrawElementsIndirectCommand>;
+
+// Limits the memory for the boxes of a model whose commands change all the time, to a few megabytes.
+constexpr int kMaxKeptRanges = 0x10000;
+
 // Buffers that drawables share are read once.
 class BufferContents {
 public:
-    const QByteArray& of(const QSharedPointer<BufferObject>& buffer) {
-        const auto known = _contents.constFind(buffer.data());
-        return known != _contents.constEnd() ? *known : *_contents.insert(buffer.data(), buffer->readBack());
+    // Returns: the bytes; nothing if they cannot be read now, but possibly later.
+    std::optional<QByteArray> of(const QSharedPointer<BufferObject>& buffer) {
+        auto known = _contents.constFind(buffer.data());
+        if (known == _contents.constEnd())
+            known = _contents.insert(buffer.data(), buffer->readBack());
+        const quint64 expected = buffer->byteCount();
+        if (known->isEmpty() && expected > 0 && expected <= quint64(kMaxReadBackSize))
+            return {};
+        return *known;
     }
 
 private:
@@ -40,61 +55,122 @@ struct Positions {
     }
 };
 
-void include(GPUModel::Bounds& bounds, const QVector3D& position) {
+void include(Bounds& bounds, const Bounds& box) {
+    if (!box.isValid)
+        return;
+    if (!bounds.isValid)
+        bounds = box;
+    for (int i = 0; i < 3; ++i) {
+        bounds.minimum[i] = std::min(bounds.minimum[i], box.minimum[i]);
+        bounds.maximum[i] = std::max(bounds.maximum[i], box.maximum[i]);
+    }
+}
+
+void include(Bounds& bounds, const QVector3D& position) {
     for (int i = 0; i < 3; ++i)
         if (!std::isfinite(position[i]))
             return;
-    if (!bounds.isValid)
-        bounds = {position, position, true};
-    for (int i = 0; i < 3; ++i) {
-        bounds.minimum[i] = std::min(bounds.minimum[i], position[i]);
-        bounds.maximum[i] = std::max(bounds.maximum[i], position[i]);
-    }
+    include(bounds, {position, position, true});
 }
 
-void includeCommand(GPUModel::Bounds& bounds, const DrawElementsIndirectCommand& command,
-                    const QByteArray& indices, unsigned int indexType, const Positions& positions) {
-    const qint64 end = qint64(command.firstIndex) + command.count;
-    if (command.instanceCount == 0 || end > indices.size() / scalarSize(indexType))
-        return;
-    for (qint64 i = command.firstIndex; i < end; ++i) {
+Bounds boxOf(const DrawnRange& range, const QByteArray& indices, unsigned int indexType,
+             const Positions& positions) {
+    Bounds bounds;
+    const qint64 end = qint64(range.firstIndex) + range.count;
+    if (end > indices.size() / scalarSize(indexType))
+        return bounds;
+    for (qint64 i = range.firstIndex; i < end; ++i) {
         const qint64 vertex = static_cast<qint64>(scalarAt(indices.constData(), indexType, i)) +
-                              static_cast<qint32>(command.baseVertex);
+                              static_cast<qint32>(range.baseVertex);
         if (vertex >= 0 && vertex < positions.count())
             include(bounds, positions.at(vertex));
     }
+    return bounds;
 }
 
-const VertexArrayObject::Stream* findStream(const QVector<VertexArrayObject::Stream>& streams,
-                                            const QString& name) {
+std::optional<VertexArrayObject::Stream> findStream(const DrawBuffers& buffers, const QString& name) {
+    if (!buffers.VAO() || !buffers.indexBuffer() || scalarSize(buffers.indexType()) == 0)
+        return {};
+    const QVector<VertexArrayObject::Stream> streams = buffers.VAO()->streams();
     for (const VertexArrayObject::Stream& stream : streams)
         if (stream.name == name && stream.buffer && stream.components > 0 && scalarSize(stream.type) > 0)
-            return &stream;
-    return nullptr;
+            return stream;
+    return {};
 }
 
-void includeDrawable(GPUModel::Bounds& bounds, const DrawBuffers& buffers, const QString& attribute,
-                     BufferContents& contents) {
-    if (!buffers.VAO() || !buffers.indexBuffer() || scalarSize(buffers.indexType()) == 0)
-        return;
-    const QVector<VertexArrayObject::Stream> streams = buffers.VAO()->streams();
-    const VertexArrayObject::Stream* stream = findStream(streams, attribute);
-    if (!stream)
-        return;
-    const QByteArray positionBytes = contents.of(stream->buffer);
-    const QByteArray indices = contents.of(buffers.indexBuffer());
-    const Positions positions{positionBytes, stream->type, stream->components};
-    for (const DrawElementsIndirectCommand& command : buffers.drawElementsIndirectCommands())
-        includeCommand(bounds, command, indices, buffers.indexType(), positions);
+BoxSource sourceOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& stream) {
+    return {BufferAccess::contentRevision(*stream.buffer),
+            BufferAccess::contentRevision(*buffers.indexBuffer()), stream.components, stream.type,
+            buffers.indexType()};
+}
+
+// The ranges of the commands that draw something. Those beyond the announced indices do not.
+QVector<DrawnRange> rangesOf(const Commands& commands, int indexCount) {
+    QVector<DrawnRange> ranges;
+    for (const DrawElementsIndirectCommand& command : commands)
+        if (command.instanceCount > 0 && command.count > 0 &&
+            qint64(command.firstIndex) + command.count <= indexCount)
+            ranges.append({command.firstIndex, command.count, command.baseVertex});
+    return ranges;
+}
+
+// Adds the boxes of the ranges that are not known yet.
+// Returns: false if the buffers cannot be read.
+bool addMissing(DrawableBoxes& boxes, const QVector<DrawnRange>& ranges, const DrawBuffers& buffers,
+                const VertexArrayObject::Stream& stream, BufferContents& contents) {
+    const auto isKnown = [&](const DrawnRange& range) { return boxes.ranges.contains(range); };
+    if (std::all_of(ranges.cbegin(), ranges.cend(), isKnown))
+        return true;
+    const std::optional<QByteArray> positionBytes = contents.of(stream.buffer);
+    const std::optional<QByteArray> indices = contents.of(buffers.indexBuffer());
+    if (!positionBytes || !indices)
+        return false;
+    if (boxes.ranges.size() + ranges.size() > kMaxKeptRanges)
+        boxes.ranges.clear();
+    const Positions positions{*positionBytes, stream.type, stream.components};
+    for (const DrawnRange& range : ranges)
+        if (!isKnown(range))
+            boxes.ranges.insert(range, boxOf(range, *indices, buffers.indexType(), positions));
+    return true;
+}
+
+Bounds boxOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& stream, DrawableBoxes& boxes,
+             BufferContents& contents) {
+    const BoxSource source = sourceOf(buffers, stream);
+    if (!source.isSameAs(boxes.source)) {
+        boxes = {};
+        boxes.source = source;
+    }
+    // A copy that is still shared shows that the commands were not replaced.
+    const Commands commands = buffers.drawElementsIndirectCommands();
+    if (boxes.isTotalKnown && commands.isSharedWith(boxes.commands) &&
+        buffers.indexCount() == boxes.indexCount)
+        return boxes.total;
+    boxes.isTotalKnown = false;
+    const QVector<DrawnRange> ranges = rangesOf(commands, buffers.indexCount());
+    if (!addMissing(boxes, ranges, buffers, stream, contents))
+        return {};
+    Bounds total;
+    for (const DrawnRange& range : ranges)
+        include(total, boxes.ranges.value(range));
+    boxes.isTotalKnown = true;
+    boxes.commands = commands;
+    boxes.indexCount = buffers.indexCount();
+    boxes.total = total;
+    return total;
 }
 
 } // namespace
 
-GPUModel::Bounds boundsOf(const ModelDrawables& drawables, const QString& attribute) {
-    GPUModel::Bounds bounds;
+Bounds ModelBounds::around(const ModelDrawables& drawables, const QString& attribute) {
+    _boxes.resize(drawables.size());
+    Bounds bounds;
     BufferContents contents;
-    for (const std::unique_ptr<ModelDrawable>& drawable : drawables)
-        includeDrawable(bounds, *drawable->buffers, attribute, contents);
+    for (std::size_t i = 0; i < drawables.size(); ++i) {
+        const DrawBuffers& buffers = *drawables[i]->buffers;
+        if (const std::optional<VertexArrayObject::Stream> stream = findStream(buffers, attribute))
+            include(bounds, boxOf(buffers, *stream, _boxes[i][attribute], contents));
+    }
     return bounds;
 }
 

@@ -2,9 +2,12 @@
 
 #include <velgl/bufferobject.h>
 
+#include <atomic>
 #include <limits>
+#include <typeinfo>
 
 #include "context/currentcontext.h"
+#include "objects/bufferaccess.h"
 #include "objects/bufferoperations.h"
 #include "objects/glnames.h"
 #include "objects/objectrecord.h"
@@ -12,17 +15,38 @@
 
 namespace Atelier::Vel {
 
+namespace {
+
+quint64 nextRevision() {
+    static std::atomic<quint64> last = 0;
+    return ++last;
+}
+
+} // namespace
+
 struct BufferObject::Data {
     unsigned int target = GL_ARRAY_BUFFER;
     quint64 byteCount = 0;
+    quint64 revision = nextRevision(); // of the content
     GLNames names;
     ObjectRecord record{"Buffer", GL_BUFFER};
     BindingStack bindings;
 
     const GLName* nameIn(const ContextGL& gl);
     const GLName* makeIn(const ContextGL& gl);
+    void contentChanged(quint64 newByteCount);
     bool upload(const void* data, int count, unsigned int usage, unsigned long long elementSize);
 };
+
+
+quint64 BufferAccess::contentRevision(const BufferObject& buffer) {
+    return typeid(buffer) == typeid(BufferObject) ? buffer._data->revision : 0;
+}
+
+void BufferObject::Data::contentChanged(quint64 newByteCount) {
+    byteCount = newByteCount;
+    revision = nextRevision();
+}
 
 // For a bind, which gives no content: a buffer whose content is in contexts of another group stays there. One
 // whose contexts are gone begins anew.
@@ -34,7 +58,7 @@ const GLName* BufferObject::Data::nameIn(const ContextGL& gl) {
         return nullptr;
     }
     names.removeAllBut(*gl.group());
-    byteCount = 0;
+    contentChanged(0);
     return makeIn(gl);
 }
 
@@ -66,14 +90,14 @@ bool BufferObject::Data::upload(const void* data, int count, unsigned int usage,
         if (names.isAwakeBut(group))
             names.remove(group);
         else
-            byteCount = 0;
+            contentChanged(0);
         return false;
     }
     record.succeeded();
     // Each group with content has as much of it as the others, so a draw can rely on the size.
     if (byteCount != quint64(size))
         names.removeAllBut(group);
-    byteCount = quint64(size);
+    contentChanged(quint64(size));
     return true;
 }
 

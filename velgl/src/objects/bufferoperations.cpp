@@ -9,9 +9,6 @@ namespace Atelier::Vel {
 
 namespace {
 
-// The maximum size of a QByteArray, whose header counts against the range of int.
-constexpr qint64 kMaxByteArraySize = 0x7FFFFFC0;
-
 qint64 bufferSize(const ContextGL& gl, const GLName& buffer) {
     GLint64 size = 0;
     if (gl.features().directStateAccess) {
@@ -54,7 +51,7 @@ bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qin
 
 QByteArray readBuffer(const ContextGL& gl, const GLName& buffer) {
     const qint64 size = bufferSize(gl, buffer);
-    if (size <= 0 || size > kMaxByteArraySize)
+    if (size <= 0 || size > kMaxReadBackSize)
         return {};
     QByteArray content(static_cast<int>(size), '\0');
     if (gl.features().directStateAccess) {

@@ -18,7 +18,10 @@ GLName makeBuffer(const ContextGL& gl, const QString& label);
 /// Returns: whether the buffer has that size now; the driver may have had no memory.
 bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qint64 size, unsigned int usage);
 
-/// Returns: the whole content; empty when it is larger than a QByteArray can be.
+/// The maximum size of a QByteArray, whose header counts against the range of int.
+constexpr qint64 kMaxReadBackSize = 0x7FFFFFC0;
+
+/// Returns: the whole content; empty when it is larger than kMaxReadBackSize.
 QByteArray readBuffer(const ContextGL& gl, const GLName& buffer);
 
 } // namespace Atelier::Vel
