@@ -38,6 +38,8 @@ constexpr NamedQuery kIntegers[] = {
     {"read framebuffer", GL_READ_FRAMEBUFFER_BINDING},
     {"renderbuffer", GL_RENDERBUFFER_BINDING},
     {"primitive restart", GL_PRIMITIVE_RESTART},
+    {"primitive restart at the fixed index", GL_PRIMITIVE_RESTART_FIXED_INDEX},
+    {"primitive restart index", GL_PRIMITIVE_RESTART_INDEX},
     {"depth test", GL_DEPTH_TEST},
     {"cull face", GL_CULL_FACE},
     {"blend", GL_BLEND},
@@ -162,11 +164,13 @@ BusyClient::BusyClient() {
     bindTextures();
     setPixelStore(7, 1, 2, 8);
     setVertexArray();
+    setPrimitiveRestart(7, true);
     useProgram();
 }
 
 BusyClient::~BusyClient() {
     setPixelStore(0, 0, 4, 4);
+    setPrimitiveRestart(0, false);
     glUseProgram(0);
     glDeleteProgram(_program);
     glDeleteVertexArrays(1, &_vertexArray);
@@ -229,6 +233,12 @@ void BusyClient::setVertexArray() {
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, _buffers[kBufferCount - 1]);
     glEnableVertexAttribArray(1);
     glVertexAttribPointer(1, 4, GL_FLOAT, GL_FALSE, 0, nullptr);
+}
+
+void BusyClient::setPrimitiveRestart(unsigned int index, bool isEnabled) {
+    glPrimitiveRestartIndex(index);
+    for (const GLenum capability : {GL_PRIMITIVE_RESTART, GL_PRIMITIVE_RESTART_FIXED_INDEX})
+        isEnabled ? glEnable(capability) : glDisable(capability);
 }
 
 void BusyClient::useProgram() {

@@ -39,7 +39,7 @@ private:
 };
 
 /// A client that has changed each state from its default. On destruction it frees the objects that it made
-/// and restores the default pixel store parameters.
+/// and restores the default pixel store parameters and primitive restart.
 class BusyClient {
 public:
     BusyClient();
@@ -56,6 +56,7 @@ private:
     /// `rows` is the value of row lengths and skips, `flag` that of the byte and bit order.
     static void setPixelStore(int rows, int flag, int unpackAlignment, int packAlignment);
     void setVertexArray();
+    static void setPrimitiveRestart(unsigned int index, bool isEnabled);
     void useProgram();
 
     unsigned int _buffers[kBufferCount] = {};

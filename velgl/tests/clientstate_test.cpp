@@ -1,8 +1,10 @@
 #include <epoxy/gl.h>
 
 #include "clientstate.h"
+#include "glhooks.h"
 
 #include <functional>
+#include <stdexcept>
 
 #include <gmock/gmock.h>
 
@@ -222,6 +224,44 @@ TEST_P(ClientStateTest, SurvivesModelDraw) {
         model.draw();
     });
     expectUntouched([&] { model.draw(); });
+}
+
+// Primitive restart is turned off for some modes and kept for others.
+TEST_P(ClientStateTest, SurvivesDrawsInEachMode) {
+    GPUModel model;
+    fillModel(model);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    for (const GLenum mode : {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_LINE_LOOP}) {
+        model.drawable(0)->setPrimitiveType(mode);
+        for (const GLenum disabled : {GL_NONE, GL_PRIMITIVE_RESTART, GL_PRIMITIVE_RESTART_FIXED_INDEX})
+            expectUntouched([&] {
+                const AutoBinder binder(program.get());
+                if (disabled == GL_NONE) {
+                    model.draw();
+                    return;
+                }
+                glDisable(disabled);
+                const ClientState before = ClientState::captured();
+                model.draw();
+                EXPECT_EQ(ClientState::difference(before, ClientState::captured()), "") << mode;
+                glEnable(disabled);
+            });
+    }
+}
+
+TEST_P(ClientStateTest, SurvivesADrawThatThrows) {
+    GPUModel model;
+    fillModel(model);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    const DrawHook hook([] { throw std::runtime_error("planted"); });
+    expectUntouched([&] {
+        const AutoBinder binder(program.get());
+        EXPECT_THROW(model.draw(), std::runtime_error);
+    });
 }
 
 TEST_P(ClientStateTest, SurvivesModelQueries) {

@@ -251,6 +251,79 @@ TEST_P(DrawBuffersDrawTest, EmptiedVertexBufferIsNotRead) {
     EXPECT_EQ(drawn(), kNone);
 }
 
+TEST_P(DrawBuffersDrawTest, RestartIndexIsAVertexOfTriangles) {
+    glEnable(GL_PRIMITIVE_RESTART);
+    glPrimitiveRestartIndex(0);
+    EXPECT_EQ(drawn(), kAll);
+    glDisable(GL_PRIMITIVE_RESTART);
+    EXPECT_THAT(_log.messages(), IsEmpty());
+}
+
+TEST_P(DrawBuffersDrawTest, FixedRestartIndexIsAVertexOfTriangles) {
+    const QVector<unsigned char> last = {253, 254, 255};
+    _row->setIndexedDraw(bufferOf(last), 3, GL_UNSIGNED_BYTE);
+    setCommands({{3, 1, 0, static_cast<std::uint32_t>(-250), 0}});
+    glEnable(GL_PRIMITIVE_RESTART_FIXED_INDEX);
+    EXPECT_EQ(drawn(), (QVector<int>{-1, 0, -1, -1}));
+    glDisable(GL_PRIMITIVE_RESTART_FIXED_INDEX);
+}
+
+TEST_P(DrawBuffersDrawTest, RestartIndexDividesAStrip) {
+    const QVector<unsigned short> strips = {0, 1, 2, 9, 6, 7, 8};
+    _row->setPrimitiveType(GL_TRIANGLE_STRIP);
+    _row->setIndexedDraw(bufferOf(strips), strips.size(), GL_UNSIGNED_SHORT);
+    setCommands({{7, 1, 0, 0, 0}});
+    glEnable(GL_PRIMITIVE_RESTART);
+    glPrimitiveRestartIndex(9);
+    EXPECT_EQ(drawn(), (QVector<int>{0, -1, 0, -1}));
+    glDisable(GL_PRIMITIVE_RESTART);
+}
+
+// OpenGL refuses some of these modes with the program of the test. Only the state in the draw counts.
+TEST_P(DrawBuffersDrawTest, PrimitiveRestartIsOffForListsAlone) {
+    struct Mode {
+        GLenum name;
+        bool isList;
+    };
+    constexpr Mode kModes[] = {{GL_POINTS, true},        {GL_LINES, true},
+                               {GL_TRIANGLES, true},     {GL_LINES_ADJACENCY, true},
+                               {GL_PATCHES, true},       {GL_TRIANGLES_ADJACENCY, true},
+                               {GL_QUADS, true},         {GL_LINE_STRIP, false},
+                               {GL_LINE_LOOP, false},    {GL_TRIANGLE_STRIP, false},
+                               {GL_TRIANGLE_FAN, false}, {GL_LINE_STRIP_ADJACENCY, false},
+                               {GL_QUAD_STRIP, false},   {GL_TRIANGLE_STRIP_ADJACENCY, false},
+                               {GL_POLYGON, false}};
+    for (const GLenum capability : {GL_PRIMITIVE_RESTART, GL_PRIMITIVE_RESTART_FIXED_INDEX})
+        for (const Mode& mode : kModes) {
+            _row->setPrimitiveType(mode.name);
+            glEnable(capability);
+            std::vector<bool> isEnabled;
+            {
+                const DrawHook hook([&] { isEnabled.push_back(glIsEnabled(capability) == GL_TRUE); });
+                drawn(0, 1);
+            }
+            EXPECT_THAT(isEnabled, ElementsAre(!mode.isList)) << mode.name;
+            EXPECT_TRUE(glIsEnabled(capability)) << mode.name;
+            glDisable(capability);
+        }
+    takeSevereMessages();
+    glGetError();
+}
+
+TEST_P(DrawBuffersDrawTest, PrimitiveRestartCostsTwoQueriesForListsAndNoneForStrips) {
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    const auto calls = [this](GLenum mode) {
+        _row->setPrimitiveType(mode);
+        const AutoBinder binder(_program.get());
+        _row->draw(0, kCells);
+        const StateCalls counted;
+        _row->draw(0, kCells);
+        return counted.count();
+    };
+    EXPECT_EQ(calls(GL_TRIANGLES) - calls(GL_TRIANGLE_STRIP), 2);
+}
+
 TEST_P(DrawBuffersDrawTest, ErrorsAreQueriedAtTheFirstDrawOfEachCommand) {
     _row->VAO()->setLabel(QStringLiteral("row"));
     const auto warnings = [this](int first, int count) {

@@ -9,7 +9,7 @@ namespace {
 DrawHook* drawHook = nullptr;
 const std::function<void()>* beforeTransfer = nullptr;
 NameCount* nameCount = nullptr;
-int* bufferCallCount = nullptr;
+int* stateCallCount = nullptr;
 
 // The pointers of libepoxy cannot be used: one that was not called yet replaces itself in its first call, and
 // with it the hook.
@@ -70,49 +70,63 @@ constexpr char kGetNamedBufferSize[] = "glGetNamedBufferParameteri64v";
 constexpr char kGetBufferSubData[] = "glGetBufferSubData";
 constexpr char kGetNamedBufferSubData[] = "glGetNamedBufferSubData";
 
+constexpr char kGetBooleanv[] = "glGetBooleanv";
+
 template<const char* kFunction, typename... Arguments>
-void APIENTRY countBufferCall(Arguments... arguments) {
+void APIENTRY countStateCall(Arguments... arguments) {
     static const auto real = realFunction<void(APIENTRY*)(Arguments...)>(kFunction);
-    ++*bufferCallCount;
+    ++*stateCallCount;
     real(arguments...);
+}
+
+GLboolean APIENTRY countIsEnabled(GLenum capability) {
+    static const auto real = realFunction<PFNGLISENABLEDPROC>("glIsEnabled");
+    ++*stateCallCount;
+    return real(capability);
 }
 
 } // namespace
 
 // The function pointers that libepoxy holds.
-struct BufferCalls::Functions {
+struct StateCalls::Functions {
     PFNGLBINDBUFFERPROC bindBuffer = glBindBuffer;
     PFNGLGETINTEGERVPROC getIntegerv = glGetIntegerv;
+    PFNGLGETBOOLEANVPROC getBooleanv = glGetBooleanv;
+    PFNGLISENABLEDPROC isEnabled = glIsEnabled;
     PFNGLGETBUFFERPARAMETERI64VPROC getBufferSize = glGetBufferParameteri64v;
     PFNGLGETNAMEDBUFFERPARAMETERI64VPROC getNamedBufferSize = glGetNamedBufferParameteri64v;
     PFNGLGETBUFFERSUBDATAPROC getBufferSubData = glGetBufferSubData;
     PFNGLGETNAMEDBUFFERSUBDATAPROC getNamedBufferSubData = glGetNamedBufferSubData;
 };
 
-void BufferCalls::use(const Functions& functions) {
+void StateCalls::use(const Functions& functions) {
     glBindBuffer = functions.bindBuffer;
     glGetIntegerv = functions.getIntegerv;
+    glGetBooleanv = functions.getBooleanv;
+    glIsEnabled = functions.isEnabled;
     glGetBufferParameteri64v = functions.getBufferSize;
     glGetNamedBufferParameteri64v = functions.getNamedBufferSize;
     glGetBufferSubData = functions.getBufferSubData;
     glGetNamedBufferSubData = functions.getNamedBufferSubData;
 }
 
-BufferCalls::BufferCalls() : _before(std::make_unique<Functions>()) {
-    bufferCallCount = &_count;
+StateCalls::StateCalls() : _before(std::make_unique<Functions>()) {
+    stateCallCount = &_count;
     Functions counting;
-    counting.bindBuffer = countBufferCall<kBindBuffer>;
-    counting.getIntegerv = countBufferCall<kGetIntegerv>;
-    counting.getBufferSize = countBufferCall<kGetBufferSize>;
-    counting.getNamedBufferSize = countBufferCall<kGetNamedBufferSize>;
-    counting.getBufferSubData = countBufferCall<kGetBufferSubData>;
-    counting.getNamedBufferSubData = countBufferCall<kGetNamedBufferSubData>;
+    counting.bindBuffer = countStateCall<kBindBuffer>;
+    counting.getIntegerv = countStateCall<kGetIntegerv>;
+    counting.getBooleanv = countStateCall<kGetBooleanv>;
+    counting.isEnabled = countIsEnabled;
+    counting.getBufferSize = countStateCall<kGetBufferSize>;
+    counting.getNamedBufferSize = countStateCall<kGetNamedBufferSize>;
+    counting.getBufferSubData = countStateCall<kGetBufferSubData>;
+    counting.getNamedBufferSubData = countStateCall<kGetNamedBufferSubData>;
     use(counting);
 }
 
-BufferCalls::~BufferCalls() {
+StateCalls::~StateCalls() {
     use(*_before);
-    bufferCallCount = nullptr;
+    stateCallCount = nullptr;
 }
 
 namespace {

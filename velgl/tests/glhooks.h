@@ -58,14 +58,14 @@ private:
     PFNGLGETTEXIMAGEPROC _getTexImage;
 };
 
-/// Counts the calls in its lifetime that bind buffers, query their sizes or bindings, or read their content.
-/// VelGL needs such calls to read a buffer back.
-class BufferCalls {
+/// Counts the calls in its lifetime that query the state, bind buffers, or read their sizes or content. VelGL
+/// needs such calls to save a state and to read a buffer back.
+class StateCalls {
 public:
-    BufferCalls();
-    ~BufferCalls();
-    BufferCalls(const BufferCalls&) = delete;
-    BufferCalls& operator=(const BufferCalls&) = delete;
+    StateCalls();
+    ~StateCalls();
+    StateCalls(const StateCalls&) = delete;
+    StateCalls& operator=(const StateCalls&) = delete;
 
     int count() const { return _count; }
 

@@ -66,13 +66,13 @@ protected:
     }
     /// Expects that bounds() makes no call of OpenGL.
     void expectFreeBox(float minimum, float maximum, const char* what) const {
-        const BufferCalls calls;
+        const StateCalls calls;
         expectBox(minimum, maximum, what);
         EXPECT_EQ(calls.count(), 0) << what;
     }
     void expectFreeInvalidBox(const char* what) const {
         EXPECT_FALSE(_model->bounds().isValid) << what;
-        const BufferCalls calls;
+        const StateCalls calls;
         EXPECT_FALSE(_model->bounds().isValid) << what;
         EXPECT_EQ(calls.count(), 0) << what;
     }
@@ -86,7 +86,7 @@ protected:
 INSTANTIATE_FOR_DRIVERS(ModelBoundsBuffersTest);
 
 TEST_P(ModelBoundsBuffersTest, HookCountsTheCallsOfAReadBack) {
-    const BufferCalls calls;
+    const StateCalls calls;
     expectBox(0, 1, "first call");
     EXPECT_GT(calls.count(), 0);
 }
@@ -116,7 +116,7 @@ TEST_P(ModelBoundsBuffersTest, UnchangedModelWithoutABoxCostsNoCall) {
     _buffers->VAO()->registerBO(kPosition, QSharedPointer<BufferObject>::create(), 3, GL_FLOAT);
     expectFreeInvalidBox("a buffer that was never filled");
     EXPECT_FALSE(_model->bounds(QStringLiteral("unknown")).isValid);
-    const BufferCalls calls;
+    const StateCalls calls;
     EXPECT_FALSE(_model->bounds(QStringLiteral("unknown")).isValid);
     EXPECT_EQ(calls.count(), 0);
 }
@@ -166,7 +166,7 @@ TEST_P(ModelBoundsBuffersTest, AttributesHaveTheirOwnBoxes) {
     _buffers->VAO()->registerBO(QStringLiteral("other"), points({5, 6, 7, 8}), 3, GL_FLOAT);
     expectBox(0, 1, "positions");
     EXPECT_EQ(_model->bounds(QStringLiteral("other")).maximum, QVector3D(6, 6, 6));
-    const BufferCalls calls;
+    const StateCalls calls;
     expectBox(0, 1, "positions again");
     EXPECT_EQ(_model->bounds(QStringLiteral("other")).maximum, QVector3D(6, 6, 6));
     EXPECT_EQ(calls.count(), 0);
@@ -239,14 +239,14 @@ TEST_P(ModelBoundsBuffersTest, UploadOfOneDrawableLeavesTheBoxesOfTheOthers) {
     {
         const std::unique_ptr<GPUModel> model = std::make_unique<GPUModel>();
         addPoints(*model, {0, 1, 2, 3});
-        const BufferCalls calls;
+        const StateCalls calls;
         EXPECT_TRUE(model->bounds().isValid);
         callsOfBoth = 2 * calls.count();
     }
     const QVector<float> others = positionsAt({9, 9, 9, 9});
     const QSharedPointer<BufferObject> positions = second->VAO()->streams()[0].buffer;
     ASSERT_TRUE(positions->uploadArbitraryData(others.constData(), 12, GL_STATIC_DRAW, sizeof(float)));
-    const BufferCalls calls;
+    const StateCalls calls;
     expectBox(0, 9, "after the upload");
     EXPECT_EQ(calls.count(), callsOfBoth / 2);
 }
@@ -261,7 +261,7 @@ TEST_P(ModelBoundsBuffersTest, DrawableAddedLaterIsRead) {
 TEST_P(ModelBoundsBuffersTest, BuffersThatDrawablesShareAreReadOnce) {
     int callsOfOne = 0;
     {
-        const BufferCalls calls;
+        const StateCalls calls;
         expectBox(0, 1, "one");
         callsOfOne = calls.count();
     }
@@ -273,7 +273,7 @@ TEST_P(ModelBoundsBuffersTest, BuffersThatDrawablesShareAreReadOnce) {
         setCommands(*further, {{1, 1, std::uint32_t(i), 0, 0}});
         model.add(further, 1, nullptr, nullptr, 0);
     }
-    const BufferCalls calls;
+    const StateCalls calls;
     EXPECT_EQ(model.bounds().maximum, QVector3D(2, 2, 2));
     EXPECT_EQ(calls.count(), callsOfOne);
 }
@@ -326,7 +326,7 @@ TEST_P(ModelBoundsBuffersTest, NumberOfKeptBoxesIsLimited) {
     expectFreeBox(1, 1, "second again");
     setCommands(first);
     {
-        const BufferCalls calls;
+        const StateCalls calls;
         expectBox(0, 3, "first again");
         EXPECT_GT(calls.count(), 0);
     }

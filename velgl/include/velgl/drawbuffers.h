@@ -74,12 +74,14 @@ public:
     /// program, and puts all bindings back. Textures and storage buffers are the caller's: GPUModel::draw()
     /// binds those as well. A command that reaches beyond the index count of setIndexedDraw(), or beyond the
     /// end of the index buffer, draws nothing; one warning counts such commands when they are uploaded. After
-    /// the first draw of each command the errors of OpenGL are taken and logged.
+    /// the first draw of each command the errors of OpenGL are taken and logged. Primitive restart of the
+    /// client is off while points, lines, triangles, their forms with adjacency or patches are drawn, so that
+    /// no index of theirs is left out; strips, loops and fans are divided as the client has set it.
     /// Requires: a current context and program, a vertex array, and an index buffer with content; else it
     /// draws nothing.
     /// Cost: one glMultiDrawElementsIndirect for all commands, or one for each command where the driver has
-    /// no shader draw parameters. A change of the commands, or of the index buffer or its size, costs one
-    /// upload.
+    /// no shader draw parameters, and two queries of primitive restart for modes where it is turned off. A
+    /// change of the commands, or of the index buffer or its size, costs one upload.
     void draw(int first, int count);
 
 private:

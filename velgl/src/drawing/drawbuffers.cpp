@@ -15,6 +15,7 @@
 #include "objects/bufferoperations.h"
 #include "objects/glnames.h"
 #include "objects/scalartype.h"
+#include "state/primitiverestart.h"
 #include "state/programinputs.h"
 
 namespace Atelier::Vel {
@@ -60,6 +61,21 @@ public:
 
 private:
     QString _label;
+};
+
+// Binds a vertex array and unbinds it on destruction, also when a draw throws.
+class ScopedVertexArray {
+public:
+    explicit ScopedVertexArray(VertexArrayObject& vao) : _vao(vao), _isBound(vao.bind()) {}
+    ~ScopedVertexArray() { _vao.unbind(); }
+    ScopedVertexArray(const ScopedVertexArray&) = delete;
+    ScopedVertexArray& operator=(const ScopedVertexArray&) = delete;
+
+    bool isBound() const { return _isBound; }
+
+private:
+    VertexArrayObject& _vao;
+    bool _isBound;
 };
 
 } // namespace
@@ -226,14 +242,15 @@ void DrawBuffers::draw(int first, int count) {
         _data->checkedCount = range.end;
     }
     _data->vao->setIndexBuffer(_data->indices);
-    if (_data->vao->bind()) {
-        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands->value());
-        // Without draw parameters a shader gets the number of the command from the uniform alone.
-        const int commandsPerCall = gl->features().drawParameters ? range.end - range.first : 1;
-        for (int command = range.first; command < range.end; command += commandsPerCall)
-            _data->drawCommands(program, command, commandsPerCall);
-    }
-    _data->vao->unbind();
+    const ScopedVertexArray vao(*_data->vao);
+    if (!vao.isBound())
+        return;
+    const ScopedPrimitiveRestart restart(_data->primitiveType);
+    const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands->value());
+    // Without draw parameters a shader gets the number of the command from the uniform alone.
+    const int commandsPerCall = gl->features().drawParameters ? range.end - range.first : 1;
+    for (int command = range.first; command < range.end; command += commandsPerCall)
+        _data->drawCommands(program, command, commandsPerCall);
 }
 
 } // namespace Atelier::Vel
