@@ -50,6 +50,9 @@ VELGL = {
     "drawing": ["instances", "objects", "state", "context"],
 }
 
+# The sources that a build without headless contexts leaves out.
+VELGL_WITH_EGL = {"context/egldisplays.cpp", "context/headlesscontext.cpp"}
+
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
 
 
@@ -111,6 +114,9 @@ def violations(root):
     for path in sources(root / "velgl/src"):
         if re.search(r'#include ["<]velmodel/', path.read_text()):
             found.append(f"{path}: VelGL must not include VelModel")
+        if path.relative_to(root / "velgl/src").as_posix() not in VELGL_WITH_EGL and \
+                re.search(r'#include ["<](EGL|epoxy/egl)', path.read_text()):
+            found.append(f"{path}: only sources of headless contexts may include EGL")
     return found
 
 
@@ -127,6 +133,7 @@ def self_test():
         "src/model/attic/old.cpp": "",
         "velgl/src/context/table.cpp": '#include "objects/texture.h"',
         "velgl/src/state/model.cpp": "#include <velmodel/drawdata.h>",
+        "velgl/src/context/native.cpp": "#include <EGL/egl.h>",
         "include/velmodel/gl.h": "#include <epoxy/gl.h>",
         "velgl/include/velgl/model.h": "#include <velmodel/drawdata.h>",
     }
@@ -134,6 +141,7 @@ def self_test():
         "src/model/import/loader.cpp": '#include "mesh/mesh.h"\n#include "import/obj/reader.h"\n#include <velmodel/objloader.h>',
         "src/model/geometry/triangulation/polygondump.cpp": "#include <QtCore/QtDebug>",
         "src/model/drawdata/cut.cpp": "#include <velmodel/triangulation.h>",
+        "velgl/src/context/headlesscontext.cpp": "#include <EGL/egl.h>",
         "velgl/src/drawing/draw.cpp": '#include "context/table.h"\n#include <epoxy/gl.h>',
     }
     with tempfile.TemporaryDirectory() as folder:
