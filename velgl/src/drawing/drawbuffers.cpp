@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
@@ -41,27 +40,19 @@ void setUniform(GLuint program, const char* name, GLint value) {
         glProgramUniform1i(program, location, value);
 }
 
-// Logs the errors of OpenGL around a draw. Errors from before are logged separately: the draw did not cause
-// them.
-class DrawCheck {
-public:
-    explicit DrawCheck(const QString& label) : _label(label) {
-        const QString errors = takeErrors();
-        if (!errors.isEmpty())
-            qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
-                      qPrintable(label));
-    }
-    ~DrawCheck() {
-        const QString errors = takeErrors();
-        if (!errors.isEmpty())
-            qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(_label), qPrintable(errors));
-    }
-    DrawCheck(const DrawCheck&) = delete;
-    DrawCheck& operator=(const DrawCheck&) = delete;
+// Errors from before a draw are logged separately: the draw did not cause them.
+void reportEarlierErrors(const QString& label) {
+    const QString errors = takeErrors();
+    if (!errors.isEmpty())
+        qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
+                  qPrintable(label));
+}
 
-private:
-    QString _label;
-};
+void reportErrorsOfDraw(const QString& label) {
+    const QString errors = takeErrors();
+    if (!errors.isEmpty())
+        qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(label), qPrintable(errors));
+}
 
 // Binds a vertex array and unbinds it on destruction, also when a draw throws.
 class ScopedVertexArray {
@@ -99,6 +90,7 @@ struct DrawBuffers::Data {
     const GLName* commandBufferIn(const ContextGL& gl);
     QVector<Command> safeCommands() const;
     bool canDraw() const;
+    void drawRange(const ContextGL& gl, const GLName& commandBuffer, GLuint program, Range range) const;
     void drawCommands(GLuint program, int first, int count) const;
 };
 
@@ -153,6 +145,20 @@ void DrawBuffers::Data::drawCommands(GLuint program, int first, int count) const
     // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL takes it
     const auto* start = reinterpret_cast<const void*>(offset);
     glMultiDrawElementsIndirect(primitiveType, indexType, start, count, 0);
+}
+
+void DrawBuffers::Data::drawRange(const ContextGL& gl, const GLName& commandBuffer, GLuint program,
+                                  Range range) const {
+    vao->setIndexBuffer(indices);
+    const ScopedVertexArray scope(*vao);
+    if (!scope.isBound())
+        return;
+    const ScopedPrimitiveRestart restart(primitiveType);
+    const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commandBuffer.value());
+    // Without draw parameters a shader gets the number of the command from the uniform alone.
+    const int commandsPerCall = gl.features().drawParameters ? range.end - range.first : 1;
+    for (int command = range.first; command < range.end; command += commandsPerCall)
+        drawCommands(program, command, commandsPerCall);
 }
 
 DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
@@ -236,21 +242,13 @@ void DrawBuffers::draw(int first, int count) {
     if (!commands)
         return;
     // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
-    std::optional<DrawCheck> check;
-    if (range.end > _data->checkedCount) {
-        check.emplace(_data->label());
-        _data->checkedCount = range.end;
-    }
-    _data->vao->setIndexBuffer(_data->indices);
-    const ScopedVertexArray vao(*_data->vao);
-    if (!vao.isBound())
-        return;
-    const ScopedPrimitiveRestart restart(_data->primitiveType);
-    const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands->value());
-    // Without draw parameters a shader gets the number of the command from the uniform alone.
-    const int commandsPerCall = gl->features().drawParameters ? range.end - range.first : 1;
-    for (int command = range.first; command < range.end; command += commandsPerCall)
-        _data->drawCommands(program, command, commandsPerCall);
+    const bool isFirstDraw = range.end > _data->checkedCount;
+    if (isFirstDraw)
+        reportEarlierErrors(_data->label());
+    _data->drawRange(*gl, *commands, program, range);
+    if (isFirstDraw)
+        reportErrorsOfDraw(_data->label());
+    _data->checkedCount = std::max(_data->checkedCount, range.end);
 }
 
 } // namespace Atelier::Vel
