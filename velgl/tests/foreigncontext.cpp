@@ -48,4 +48,10 @@ void ForeignContext::doneCurrent() {
     eglMakeCurrent(display(), EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 
+std::unique_ptr<ForeignContext> makeForeignContext(const ForeignContext* shared) {
+    auto context = std::make_unique<ForeignContext>(ForeignContext::Api::OpenGL, shared);
+    EXPECT_TRUE(context->makeCurrent());
+    return context;
+}
+
 } // namespace Atelier::Vel::Testing

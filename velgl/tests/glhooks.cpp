@@ -10,6 +10,7 @@ DrawHook* drawHook = nullptr;
 const std::function<void()>* beforeTransfer = nullptr;
 NameCount* nameCount = nullptr;
 int* stateCallCount = nullptr;
+int* labelQueryCount = nullptr;
 
 // The pointers of libepoxy cannot be used: one that was not called yet replaces itself in its first call, and
 // with it the hook.
@@ -127,6 +128,20 @@ StateCalls::StateCalls() : _before(std::make_unique<Functions>()) {
 StateCalls::~StateCalls() {
     use(*_before);
     stateCallCount = nullptr;
+}
+
+LabelQueries::LabelQueries() : _before(glGetObjectLabel) {
+    labelQueryCount = &_count;
+    glGetObjectLabel = [](GLenum kind, GLuint name, GLsizei size, GLsizei* length, GLchar* label) {
+        static const auto real = realFunction<PFNGLGETOBJECTLABELPROC>("glGetObjectLabel");
+        ++*labelQueryCount;
+        real(kind, name, size, length, label);
+    };
+}
+
+LabelQueries::~LabelQueries() {
+    glGetObjectLabel = _before;
+    labelQueryCount = nullptr;
 }
 
 namespace {

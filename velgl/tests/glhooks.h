@@ -77,6 +77,22 @@ private:
     int _count = 0;
 };
 
+/// Counts the queries of labels in its lifetime: VelGL asks a context of another library for one to learn
+/// which context it is.
+class LabelQueries {
+public:
+    LabelQueries();
+    ~LabelQueries();
+    LabelQueries(const LabelQueries&) = delete;
+    LabelQueries& operator=(const LabelQueries&) = delete;
+
+    int count() const { return _count; }
+
+private:
+    PFNGLGETOBJECTLABELPROC _before;
+    int _count = 0;
+};
+
 /// Counts the GL names of buffers, vertex arrays, textures, shaders and programs that are made and deleted in
 /// its lifetime.
 /// Requires: contexts that do not share objects are made before it.

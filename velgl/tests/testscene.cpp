@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <velgl/autobinder.h>
 #include <velgl/bufferobject.h>
 #include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
@@ -14,6 +15,8 @@
 #include <velgl/program.h>
 #include <velgl/shaderinterface.h>
 #include <velgl/vertexarrayobject.h>
+
+#include "support/glfixture.h"
 
 namespace Atelier::Vel::Testing {
 
@@ -134,6 +137,15 @@ std::unique_ptr<Program> commandProgram() {
         error);
     EXPECT_TRUE(program) << error.toStdString();
     return program;
+}
+
+QColor rowColor(GPUModel& model) {
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(8, 8));
+    picture.begin();
+    const AutoBinder binder(program.get());
+    model.draw();
+    return picture.pixels().pixelColor(2, 4);
 }
 
 void addRow(GPUModel& model, const QList<QColor>& colors) {

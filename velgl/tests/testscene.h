@@ -58,6 +58,10 @@ std::unique_ptr<Program> sceneProgram();
 /// second.
 std::unique_ptr<Program> commandProgram();
 
+/// Returns: the colour of the first triangle of a model of rows, drawn with a program of its own.
+/// Requires: a current context.
+QColor rowColor(GPUModel& model);
+
 /// Adds one drawable: a row with one command, material and instance per triangle.
 void addRow(GPUModel& model, const QList<QColor>& colors);
 
