@@ -6,6 +6,7 @@
 
 #include <velgl/instancedata.h>
 
+#include "glslwords.h"
 #include "support/messagelog.h"
 
 namespace Atelier::Vel::Testing {
@@ -171,6 +172,31 @@ TEST(InstanceDataPlanTest, StructDeclaresTheValueMembers) {
                                                                       "    vec4 m6;\n"
                                                                       "    mat4 m7;\n"
                                                                       "};\n"));
+}
+
+TEST(InstanceDataPlanTest, WordsOfGlslGetAnUnderscore) {
+    const QStringList words = glslWords();
+    for (const QString& word : words) {
+        EXPECT_EQ(InstanceDataPlan::glslName(word), word + QLatin1Char('_'));
+        EXPECT_EQ(InstanceDataPlan::glslName(word.toUpper()), word.toUpper());
+        for (const QString& other :
+             {word + QLatin1Char('_'), word + QLatin1Char('x'), QLatin1Char('x') + word})
+            EXPECT_EQ(InstanceDataPlan::glslName(other), other);
+    }
+    InstanceDataPlan plan(QStringLiteral("Plan"));
+    plan.addMember(DataType::Float, QStringLiteral("in"));
+    EXPECT_EQ(plan.glslStruct(QStringLiteral("Item")), QStringLiteral("struct Item {\n    float in_;\n};\n"));
+}
+
+TEST(InstanceDataPlanTest, MacrosGetAnUnderscore) {
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("__LINE__")), QStringLiteral("___LINE__"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("__FILE__")), QStringLiteral("___FILE__"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("__VERSION__")), QStringLiteral("___VERSION__"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("GL_core_profile")),
+              QStringLiteral("_GL_core_profile"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("GLint")), QStringLiteral("GLint"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("__LINE")), QStringLiteral("__LINE"));
+    EXPECT_EQ(InstanceDataPlan::glslName(QStringLiteral("a__b")), QStringLiteral("a__b"));
 }
 
 TEST(InstanceDataPlanTest, NamesBecomeIdentifiers) {

@@ -70,9 +70,11 @@ public:
     /// Returns: a GLSL struct named `structName` whose std430 layout is that of pack(); empty when there are
     /// no value members, since GLSL has no empty structs. Member names are written by glslName().
     QString glslStruct(const QString& structName) const;
-    /// Makes a GLSL identifier of a member's name. Characters other than ASCII letters, digits and '_' become
-    /// '_'; a '_' is put in front of a name that is empty or begins with a digit or with "gl_". Names that
-    /// differ may give the same identifier; a struct with both does not compile.
+    /// Makes a GLSL identifier of a member's name, for shaders of version 430 to 460. Characters other than
+    /// ASCII letters, digits and '_' become '_'. A '_' is put in front of a name that is empty, begins with a
+    /// digit, with "gl_" or with "GL_", or is a predefined macro such as "__LINE__". A '_' is appended to a
+    /// keyword or reserved word of GLSL: "in" becomes "in_". Other names stay, with "__" too, which these
+    /// versions accept and drivers may warn of. Names that differ may give the same identifier; a struct with both does not compile.
     static QString glslName(const QString& member);
 
 private:

@@ -34,8 +34,8 @@ struct ShaderPlans {
 ///     uniform sampler2D velgl_NAME;         // for each texture member NAME of the materials' plan
 ///     bool velglHas_NAME();                 // whether the material that draws has that texture
 ///
-/// A plan without value members declares no struct and no function for it. Member names are written as
-/// InstanceDataPlan::glslName() gives them.
+/// A plan without value members declares no struct and no function for it. Member names, NAME included, are
+/// written as InstanceDataPlan::glslName() gives them: a texture "in" is `velgl_in_`.
 /// Requires: the plans are registered, see InstanceDataRegistry. Needs no context.
 /// Returns: ASCII text that ends with a line break. It is built by each call.
 VELGL_EXPORT QByteArray shaderInterface(ShaderStage stage, const ShaderPlans& plans);

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include <velgl/instancedata.h>
 
 #include "context/log.h"
+#include "instances/glslwords.h"
 
 namespace Atelier::Vel {
 
@@ -77,6 +79,15 @@ void packValue(const InstanceDataPlan& plan, const InstanceDataPlan::Member& mem
     }
     qCWarning(velglLog, "Value '%s' has %d bytes, but its member of plan '%s' has %d; it is left out",
               qPrintable(member.name), value.size(), qPrintable(plan.name()), size);
+}
+
+// Names of predefined macros, which the preprocessor would replace, and of built-in variables.
+bool isReservedName(const QString& name) {
+    if (name.startsWith(QLatin1String("gl_")) || name.startsWith(QLatin1String("GL_")))
+        return true;
+    const auto isName = [&](const char* macro) { return name == QLatin1String(macro); };
+    constexpr const char* kMacros[] = {"__LINE__", "__FILE__", "__VERSION__"};
+    return std::any_of(std::begin(kMacros), std::end(kMacros), isName);
 }
 
 } // namespace
@@ -165,8 +176,9 @@ QString InstanceDataPlan::glslName(const QString& member) {
     for (QChar& character : name)
         if (character.unicode() > 0x7F || !(character.isLetterOrNumber() || character == QLatin1Char('_')))
             character = QLatin1Char('_');
-    const bool isReserved = name.isEmpty() || name[0].isDigit() || name.startsWith(QLatin1String("gl_"));
-    return isReserved ? QLatin1Char('_') + name : name;
+    if (name.isEmpty() || name[0].isDigit() || isReservedName(name))
+        return QLatin1Char('_') + name;
+    return isGlslWord(name) ? name + QLatin1Char('_') : name;
 }
 
 } // namespace Atelier::Vel
