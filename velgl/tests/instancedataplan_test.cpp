@@ -160,6 +160,33 @@ TEST(InstanceDataPlanTest, TextureUnitsFollowTheOrderOfTheMembers) {
     EXPECT_EQ(plan.textureNames(), (QStringList{"z", "a"}));
 }
 
+TEST(InstanceDataPlanTest, TextureBeyondTheLimitIsLeftOut) {
+    InstanceDataPlan plan(QStringLiteral("Plan"));
+    const MessageLog log;
+    for (int i = 0; i < 34; ++i)
+        plan.addMember(DataType::Texture, QStringLiteral("t%1").arg(i));
+    plan.addMember(DataType::Float, QStringLiteral("value"));
+    EXPECT_EQ(plan.textureNames().size(), 32);
+    EXPECT_EQ(plan.textureNames().last(), QStringLiteral("t31"));
+    EXPECT_EQ(plan.members().size(), 33);
+    EXPECT_EQ(plan.members().last().name, QStringLiteral("value"));
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(
+                    "Plan 'Plan' has 32 textures already, which is the limit; texture 't32' is left out",
+                    "Plan 'Plan' has 32 textures already, which is the limit; texture 't33' is left out"));
+}
+
+TEST(InstanceDataPlanTest, ValuesDoNotCountAsTextures) {
+    InstanceDataPlan plan = planOf({DataType::Float});
+    const MessageLog log;
+    for (int i = 0; i < 32; ++i) {
+        plan.addMember(DataType::Float, QStringLiteral("v%1").arg(i));
+        plan.addMember(DataType::Texture, QStringLiteral("t%1").arg(i));
+    }
+    EXPECT_EQ(plan.textureNames().size(), 32);
+    EXPECT_TRUE(log.messages().empty());
+}
+
 TEST(InstanceDataPlanTest, StructDeclaresTheValueMembers) {
     const InstanceDataPlan plan = planOf({DataType::Int, DataType::UInt, DataType::Float, DataType::Texture,
                                           DataType::Vec2, DataType::Vec3, DataType::Vec4, DataType::Mat4});

@@ -38,13 +38,17 @@ public:
         int offset = 0; ///< bytes from the start of an item; -1 for a texture
     };
 
+    /// The number of texture members that a plan can have: a uniform with one bit for each
+    /// texture reports to shaders which of them a material has.
+    static constexpr int kMaxTextures = 32;
+
     /// Makes a plan without members for the InstanceData and collections of that name.
     InstanceDataPlan(const QString& name);
 
     /// Returns: the name that the constructor was given.
     const QString& name() const { return _name; }
     /// Appends a member at the next offset that suits the alignment of its type. A second member of the same
-    /// name is ignored, with a warning.
+    /// name, and a texture beyond kMaxTextures, is left out with a warning.
     void addMember(DataType type, const QString& name);
     /// Returns: the members in the order in which they were added.
     const QVector<Member>& members() const { return _members; }
@@ -55,8 +59,8 @@ public:
     /// Returns: the size of a value of `type` in bytes, without padding; 0 for a texture.
     static int byteSize(DataType type);
 
-    /// Returns: the names of the texture members, in order. The position of a name is the number of its
-    /// texture unit; GPUModel draws with the first 32 of them.
+    /// Returns: the names of the texture members, in order, at most kMaxTextures. The position of a name is
+    /// the number of its texture unit.
     QStringList textureNames() const;
 
     /// Packs the items one after the other. Members that an item lacks are zero, and so is padding. Values
@@ -74,7 +78,8 @@ public:
     /// ASCII letters, digits and '_' become '_'. A '_' is put in front of a name that is empty, begins with a
     /// digit, with "gl_" or with "GL_", or is a predefined macro such as "__LINE__". A '_' is appended to a
     /// keyword or reserved word of GLSL: "in" becomes "in_". Other names stay, with "__" too, which these
-    /// versions accept and drivers may warn of. Names that differ may give the same identifier; a struct with both does not compile.
+    /// versions accept and drivers may warn of. Names that differ may give the same identifier; a struct with
+    /// both does not compile.
     static QString glslName(const QString& member);
 
 private:

@@ -71,9 +71,9 @@ public:
     /// works. The new context has the latest version that the driver offers. What was current on the thread
     /// stays current.
     /// Returns: null when none works; `error` then lists what was tried and why it failed, else it is
-    /// unchanged. A build with VELGL_HEADLESS=OFF always returns null, with the error "VelGL was built without
-    /// headless contexts".
-    /// Cost: opens EGL devices until one works, so make contexts outside of frames.
+    /// unchanged. A build with VELGL_HEADLESS=OFF always returns null, with the error "VelGL was built
+    /// without headless contexts". Cost: opens EGL devices until one works, so make contexts outside of
+    /// frames.
     static QSharedPointer<OpenGLDeviceContext> createHeadless(const HeadlessOptions& options, QString& error);
 
     /// Makes a headless context current on the calling thread and deletes the GL names that were queued for

@@ -17,8 +17,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-// The uniform `velgl_textures` has one bit for each texture.
-constexpr int kMaxTextures = 32;
+static_assert(InstanceDataPlan::kMaxTextures <= 32,
+              "the uniform velgl_textures has one bit for each texture");
 
 ModelTexture textureOf(const InstanceData& material, const QString& member) {
     ModelTexture texture;
@@ -41,7 +41,7 @@ bool haveSameSources(const std::vector<ModelTexture>& a, const std::vector<Model
 
 std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
                                int commandCount) {
-    const QStringList members = plan ? plan->textureNames().mid(0, kMaxTextures) : QStringList();
+    const QStringList members = plan ? plan->textureNames() : QStringList();
     const QList<InstanceData> items =
         drawable.materials ? drawable.materials->items() : QList<InstanceData>();
     std::vector<TextureRun> runs;

@@ -101,6 +101,11 @@ void InstanceDataPlan::addMember(DataType type, const QString& name) {
                   qPrintable(_name), qPrintable(name));
         return;
     }
+    if (type == DataType::Texture && textureNames().size() == kMaxTextures) {
+        qCWarning(velglLog, "Plan '%s' has %d textures already, which is the limit; texture '%s' is left out",
+                  qPrintable(_name), kMaxTextures, qPrintable(name));
+        return;
+    }
     int offset = -1;
     if (type != DataType::Texture) {
         offset = roundedUp(_end, alignment(type));
