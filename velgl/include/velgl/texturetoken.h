@@ -8,7 +8,7 @@ namespace Atelier::Vel {
 
 /// A key under which a program files a texture with the TextureManager. Each token that is constructed
 /// differs from all others of the process; copies of a token are equal to it.
-/// Threads: construction uses a counter without a lock, so construct tokens on one thread at a time.
+/// Threads: tokens may be constructed on any thread, several at a time.
 class VELGL_EXPORT TextureToken {
 public:
     /// Takes the next number of the process.

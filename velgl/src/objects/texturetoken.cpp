@@ -1,9 +1,11 @@
 #include <velgl/texturetoken.h>
 
+#include <atomic>
+
 namespace Atelier::Vel {
 
 TextureToken::TextureToken() {
-    static quint64 lastValue = 0;
+    static std::atomic<quint64> lastValue = 0;
     _value = ++lastValue;
 }
 
