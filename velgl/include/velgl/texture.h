@@ -90,6 +90,8 @@ public:
     QImage readBack(int level = 0) const;
 
 private:
+    friend struct TextureAccess;
+
     struct Data;
     std::unique_ptr<Data> _data;
 };

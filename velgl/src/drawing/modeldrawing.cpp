@@ -6,10 +6,10 @@
 
 #include <velgl/instancedataplan.h>
 #include <velgl/shaderinterface.h>
-#include <velgl/texture.h>
 #include <velgl/texturemanager.h>
 
 #include "context/currentcontext.h"
+#include "objects/textureaccess.h"
 #include "state/programinputs.h"
 #include "state/scopedstorage.h"
 
@@ -71,21 +71,16 @@ void updateRuns(ModelDrawable& drawable) {
 // Binds a texture, and no sampler, to a unit; restores the unit on destruction.
 class TextureOnUnit {
 public:
-    // Binds `white` if `texture` is not two-dimensional or cannot be bound.
-    TextureOnUnit(GLuint unit, Texture& texture, Texture& white) : _unit(unit), _texture(&texture) {
+    TextureOnUnit(GLuint unit, GLuint texture) : _unit(unit) {
         const ScopedTextureUnit active(unit);
         _sampler = currentName(GL_SAMPLER_BINDING);
-        if (texture.target() != GL_TEXTURE_2D || !texture.bind()) {
-            if (texture.target() == GL_TEXTURE_2D)
-                texture.unbind();
-            _texture = &white;
-            white.bind();
-        }
+        _previous = currentName(GL_TEXTURE_BINDING_2D);
+        glBindTexture(GL_TEXTURE_2D, texture);
         glBindSampler(unit, 0);
     }
     ~TextureOnUnit() {
-        if (_texture)
-            _texture->unbind();
+        const ScopedTextureUnit active(_unit);
+        rebindTexture(GL_TEXTURE_2D, _previous);
         glBindSampler(_unit, glIsSampler(_sampler) ? _sampler : 0);
     }
     TextureOnUnit(const TextureOnUnit&) = delete;
@@ -94,7 +89,7 @@ public:
 private:
     GLuint _unit;
     GLuint _sampler = 0;
-    QPointer<Texture> _texture; // a client's function may delete it while the next unit is bound
+    GLuint _previous = 0;
 };
 
 void setTexturePresence(const std::vector<ModelTexture>& textures) {
@@ -117,12 +112,19 @@ bool bindCollection(InstanceDataCollection* collection, GLuint point, int count)
     return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
 }
 
-void drawRun(DrawBuffers& buffers, TextureRun& run, ModelTextures& textures) {
+// Returns: the name of the texture, or that of a white one if it is not two-dimensional or cannot be bound.
+GLuint drawableName(const ContextGL& gl, ModelTexture& texture, ModelTextures& textures) {
     Texture* const white = TextureManager::Instance().colorTexture(Qt::white);
+    Texture* const found = textures.find(texture, white);
+    const GLuint name = found->target() == GL_TEXTURE_2D ? TextureAccess::nameIn(gl, *found) : 0;
+    return name != 0 ? name : TextureAccess::nameIn(gl, *white);
+}
+
+void drawRun(const ContextGL& gl, DrawBuffers& buffers, TextureRun& run, ModelTextures& textures) {
     std::vector<std::unique_ptr<TextureOnUnit>> bound;
     for (std::size_t unit = 0; unit < run.textures.size(); ++unit) {
-        Texture* const texture = textures.find(run.textures[unit], white);
-        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), *texture, *white));
+        const GLuint name = drawableName(gl, run.textures[unit], textures);
+        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), name));
     }
     setTexturePresence(run.textures);
     buffers.draw(run.first, run.count);
@@ -142,7 +144,7 @@ void drawDrawable(ModelDrawable& drawable, ModelTextures& textures) {
         !bindCollection(drawable.instances.get(), kInstancesBinding, count))
         return;
     for (TextureRun& run : drawable.runs)
-        drawRun(*drawable.buffers, run, textures);
+        drawRun(*scope.gl(), *drawable.buffers, run, textures);
 }
 
 } // namespace Atelier::Vel

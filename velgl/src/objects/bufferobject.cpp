@@ -38,7 +38,6 @@ struct BufferObject::Data {
     bool upload(const void* data, int count, unsigned int usage, unsigned long long elementSize);
 };
 
-
 quint64 BufferAccess::contentRevision(const BufferObject& buffer) {
     return typeid(buffer) == typeid(BufferObject) ? buffer._data->revision : 0;
 }

@@ -2,10 +2,14 @@
 
 #include <velgl/texture.h>
 
+#include <atomic>
+#include <mutex>
+
 #include "context/currentcontext.h"
 #include "context/log.h"
 #include "objects/glnames.h"
 #include "objects/objectrecord.h"
+#include "objects/textureaccess.h"
 #include "state/bindingstack.h"
 #include "state/pixelstore.h"
 
@@ -18,16 +22,18 @@ struct Texture::Data {
     int height = 0;
     int depth = 0;
     bool isReadOnly = false;
-    bool isForeignReported = false; // reported once, since a texture is bound in each frame
+    std::atomic<bool> isForeignReported{false}; // reported once, since a texture is bound in each frame
     Refill refill;
+    std::mutex mutex; // for `names`
     GLNames names;
     ObjectRecord record{"Texture", GL_TEXTURE};
     BindingStack bindings;
 
-    const GLName* nameIn(const ContextGL& gl, Texture& texture);
-    const GLName* make(const ContextGL& gl, Texture& texture);
-    void fill(const GLName& name, const GLNameSpace& group, Texture& texture);
-    bool canBeMade() const;
+    GLuint find(const GLNameSpace& group);
+    GLuint nameIn(const ContextGL& gl, Texture& texture);
+    GLuint make(const ContextGL& gl, Texture& texture);
+    void fill(GLuint name, const GLNameSpace& group, Texture& texture);
+    bool canBeMade();
 };
 
 namespace {
@@ -51,43 +57,53 @@ bool isLevel(int level) {
 
 } // namespace
 
+GLuint Texture::Data::find(const GLNameSpace& group) {
+    const std::lock_guard lock(mutex);
+    const GLName* name = names.find(group);
+    return name ? name->value() : 0;
+}
+
 // A texture that can be filled again is made in every group of contexts. Other content exists in one group
 // only; after that group is gone its owner can fill the texture again, unless it has declared it final.
-bool Texture::Data::canBeMade() const {
+bool Texture::Data::canBeMade() {
+    const std::lock_guard lock(mutex);
     return refill || (!names.isAwake() && !isReadOnly);
 }
 
-const GLName* Texture::Data::nameIn(const ContextGL& gl, Texture& texture) {
-    if (const GLName* name = names.find(*gl.group()))
+GLuint Texture::Data::nameIn(const ContextGL& gl, Texture& texture) {
+    if (const GLuint name = find(*gl.group()))
         return name;
     if (canBeMade())
         return make(gl, texture);
-    if (!isForeignReported)
+    if (!isForeignReported.exchange(true))
         record.warnOfForeignContext();
-    isForeignReported = true;
-    return nullptr;
+    return 0;
 }
 
-const GLName* Texture::Data::make(const ContextGL& gl, Texture& texture) {
+// Two threads whose contexts share may both make a texture. The first one is used.
+GLuint Texture::Data::make(const ContextGL& gl, Texture& texture) {
     GLName owned(GLKind::Texture, gl.group());
     GLuint name = 0;
     glGenTextures(1, &name);
     owned.set(name);
     if (name == 0) {
         record.failed("made");
-        return nullptr;
+        return 0;
     }
     const ScopedTextureBinding binding(target,
                                        name); // a generated name becomes a texture with its first bind
     record.applyLabel(name);
-    const GLName& made = names.add(std::move(owned));
+    {
+        const std::lock_guard lock(mutex);
+        names.add(std::move(owned));
+    }
     if (refill)
-        fill(made, *gl.group(), texture);
-    return names.find(*gl.group());
+        fill(name, *gl.group(), texture);
+    return find(*gl.group());
 }
 
 // Requires: the texture is bound.
-void Texture::Data::fill(const GLName& name, const GLNameSpace& group, Texture& texture) {
+void Texture::Data::fill(GLuint name, const GLNameSpace& group, Texture& texture) {
     const ScopedPixelStore store(ScopedPixelStore::Direction::Unpack);
     bool isFilled = false;
     try {
@@ -95,6 +111,7 @@ void Texture::Data::fill(const GLName& name, const GLNameSpace& group, Texture& 
         const Refill function = refill; // it may be replaced while it runs
         isFilled = function(texture);
     } catch (...) {
+        const std::lock_guard lock(mutex);
         names.remove(group);
         throw;
     }
@@ -104,8 +121,12 @@ void Texture::Data::fill(const GLName& name, const GLNameSpace& group, Texture& 
               qPrintable(record.label()));
     if (target != GL_TEXTURE_2D)
         return;
-    glBindTexture(target, name.value());
+    glBindTexture(target, name);
     fillWithColor(Qt::white);
+}
+
+unsigned int TextureAccess::nameIn(const ContextGL& gl, Texture& texture) {
+    return textureBindingQuery(texture.target()) != 0 ? texture._data->nameIn(gl, texture) : 0;
 }
 
 Texture::Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent)
@@ -164,14 +185,14 @@ bool Texture::isReadOnly() const {
 
 bool Texture::bind() {
     const ContextGL* gl = enterCurrentContext();
-    const GLenum query = textureBindingQuery(_data->target);
-    const GLName* name = gl && query != 0 ? _data->nameIn(*gl, *this) : nullptr;
-    if (!name) {
+    const GLuint name = gl ? TextureAccess::nameIn(*gl, *this) : 0;
+    if (name == 0) {
         _data->bindings.push({});
         return false;
     }
-    _data->bindings.push({gl->serial(), currentName(query), currentName(GL_ACTIVE_TEXTURE) - GL_TEXTURE0});
-    glBindTexture(_data->target, name->value());
+    const GLuint previous = currentName(textureBindingQuery(_data->target));
+    _data->bindings.push({gl->serial(), previous, currentName(GL_ACTIVE_TEXTURE) - GL_TEXTURE0});
+    glBindTexture(_data->target, name);
     return true;
 }
 
@@ -185,7 +206,8 @@ void Texture::unbind() {
 }
 
 unsigned int Texture::name() const {
-    return _data->names.inCurrentContext();
+    const ContextGL* gl = enterCurrentContext();
+    return gl ? _data->find(*gl->group()) : 0;
 }
 
 QString Texture::label() const {

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <velgl/texture.h>
+
+#include "context/contextgl.h"
+
+namespace Atelier::Vel {
+
+/// Gives VelGL access to the GL names of a texture.
+struct TextureAccess {
+    /// Returns: the name of `texture` in the current context `gl`, which is made and filled if need be; 0
+    /// where Texture::bind() would fail. Several threads may ask for the same texture, each with its own
+    /// context: shared textures, such as solid colours, are drawn in all of them.
+    static unsigned int nameIn(const ContextGL& gl, Texture& texture);
+};
+
+} // namespace Atelier::Vel
