@@ -1,0 +1,110 @@
+#pragma once
+
+#include <functional>
+
+#include <QtGui/QImage>
+#include <QtGui/QOpenGLContext>
+#include <QtGui/QOpenGLWindow>
+#include <QtWidgets/QOpenGLWidget>
+
+#include <gtest/gtest.h>
+
+#include "windows/liveobjects.h"
+#include "windows/modelpainter.h"
+
+namespace Atelier::Vel::Testing {
+
+/// Handles events until `condition` holds. Returns: false if it does not hold within ten seconds.
+bool waitUntil(const std::function<bool()>& condition);
+
+/// Whether a canvas asks for the end of its context before or after its first use of VelGL, which asks for it
+/// as well: they are told in that order.
+enum class Cleanup { BeforeVelGL, AfterVelGL };
+
+/// A QOpenGLWidget or QOpenGLWindow that shows a model. It makes a program in each context that it gets, and
+/// deletes the program when the context ends.
+template<typename Surface>
+class Canvas : public Surface {
+public:
+    using Surface::Surface;
+    ~Canvas() override {
+        QObject::disconnect(_endOfContext);
+        if (this->context() != nullptr)
+            within([this] { _painter.end(); });
+    }
+
+    /// Requires: no frame was drawn.
+    void setCleanup(Cleanup cleanup) { _cleanup = cleanup; }
+    /// Sets the model that the next frames show; it is not owned, and may be null.
+    void showModel(GPUModel* model) { _painter.model = model; }
+    /// The program of the current context of this canvas.
+    Program* program() const { return _painter.program(); }
+
+    /// The number of contexts that this canvas has had.
+    int contextCount() const { return _contexts; }
+    int frameCount() const { return _frames; }
+
+    /// Waits until the screen shows a new frame. A missing frame fails the test.
+    void waitForFrame() {
+        const int before = _frames;
+        this->update();
+        EXPECT_TRUE(waitUntil([&] { return _frames > before; })) << "no frame was drawn";
+    }
+    /// Waits for a new frame and returns its pixels.
+    QImage picture() {
+        _picture = {};
+        _takesPicture = true;
+        waitForFrame();
+        _takesPicture = false;
+        return _picture;
+    }
+    LiveObjects liveObjects() {
+        return within([] { return LiveObjects::count(); });
+    }
+
+    /// Returns the result of `work` with the context of this canvas current. Requires: a frame was drawn.
+    template<typename Work>
+    auto within(const Work& work) {
+        this->makeCurrent();
+        struct Release {
+            ~Release() { canvas->doneCurrent(); }
+            Canvas* canvas;
+        } const release{this};
+        return work();
+    }
+
+protected:
+    void initializeGL() override {
+        ++_contexts;
+        if (_cleanup == Cleanup::BeforeVelGL)
+            watchContext();
+        _painter.begin();
+        if (_cleanup == Cleanup::AfterVelGL)
+            watchContext();
+    }
+    void paintGL() override {
+        _painter.paint();
+        if (_takesPicture)
+            _picture = ModelPainter::pixels(this->size());
+        ++_frames;
+    }
+
+private:
+    void watchContext() {
+        _endOfContext = QObject::connect(this->context(), &QOpenGLContext::aboutToBeDestroyed,
+                                         [this] { within([this] { _painter.end(); }); });
+    }
+
+    ModelPainter _painter;
+    Cleanup _cleanup = Cleanup::BeforeVelGL;
+    QMetaObject::Connection _endOfContext;
+    int _contexts = 0;
+    int _frames = 0;
+    bool _takesPicture = false;
+    QImage _picture;
+};
+
+using WidgetCanvas = Canvas<QOpenGLWidget>;
+using WindowCanvas = Canvas<QOpenGLWindow>;
+
+} // namespace Atelier::Vel::Testing

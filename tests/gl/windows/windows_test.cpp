@@ -1,0 +1,172 @@
+#include "windows/windowsfixture.h"
+
+#include <QtCore/QMap>
+
+#include <velgl/autobinder.h>
+#include <velgl/glentrypoints.h>
+#include <velgl/texture.h>
+#include <velmodel/objloader.h>
+
+// What holds for windows whether their contexts share objects or not.
+namespace Atelier::Vel::Testing {
+
+namespace {
+
+constexpr unsigned int kTexture2D = 0x0DE1;    // GL_TEXTURE_2D
+constexpr unsigned int kRgba = 0x1908;         // GL_RGBA
+constexpr unsigned int kUnsignedByte = 0x1401; // GL_UNSIGNED_BYTE
+constexpr int kRounds = 4;
+
+/// A texture of one blue texel with the default filters, which read only its level 0.
+std::shared_ptr<Texture> blueTexture() {
+    constexpr unsigned int kMinFilter = 0x2801; // GL_TEXTURE_MIN_FILTER
+    constexpr int kNearest = 0x2600;            // GL_NEAREST
+    constexpr unsigned char kBlue[] = {0, 0, 255, 255};
+    auto texture = std::make_shared<Texture>(kTexture2D, int(kRgba), 1, 1, 0, nullptr);
+    const AutoBinder binder(texture.get());
+    glEntryPoints().texParameteri(kTexture2D, kMinFilter, kNearest);
+    glEntryPoints().texImage2D(kTexture2D, 0, int(kRgba), 1, 1, 0, kRgba, kUnsignedByte, kBlue);
+    return texture;
+}
+
+/// The objects in a new window that shows nothing.
+LiveObjects objectsOfANewWindow() {
+    const CanvasFrame frame;
+    return frame.canvas().liveObjects();
+}
+
+} // namespace
+
+TEST_F(WindowsTest, LoadedModelShowsItsTexturesThoughTheProgramSetNoLoader) {
+    std::unique_ptr<GPUModel> model;
+    const CanvasFrame frame;
+    frame.canvas().within([&] { model = loadedModel(); });
+    frame.canvas().showModel(model.get());
+    EXPECT_THAT(cellsOf(frame.canvas()), looksLike(scene()));
+    EXPECT_TRUE(waitUntil([&] { return ::testing::Value(cellsOf(frame.onScreen()), looksLike(scene())); }))
+        << ::testing::PrintToString(cellsOf(frame.onScreen()));
+}
+
+TEST_F(WindowsTest, UploadedModelShowsItsTexturesThoughTheProgramSetNoLoader) {
+    std::unique_ptr<GPUModel> model;
+    const CanvasFrame frame;
+    frame.canvas().within([&] { model = uploadedModel(); });
+    frame.canvas().showModel(model.get());
+    EXPECT_THAT(cellsOf(frame.canvas()), looksLike(scene()));
+}
+
+TEST_F(WindowsTest, ModelDeletedInItsWindowLeavesNoObjects) {
+    const CanvasFrame frame;
+    std::vector<LiveObjects> without;
+    for (int round = 0; round < kRounds; ++round) {
+        auto model = frame.canvas().within([&] { return loadedModel(); });
+        frame.canvas().showModel(model.get());
+        EXPECT_THAT(cellsOf(frame.canvas()), looksLike(scene()));
+        const LiveObjects with = frame.canvas().liveObjects();
+        frame.canvas().showModel(nullptr);
+        model.reset(); // no context is current
+        frame.canvas().waitForFrame();
+        without.push_back(frame.canvas().liveObjects());
+        EXPECT_GT(with.buffers, without.back().buffers);
+        EXPECT_GT(with.vertexArrays, without.back().vertexArrays);
+    }
+    EXPECT_THAT(without, ::testing::Each(without.front()));
+}
+
+TEST_F(WindowsTest, DocumentsClosedAfterTheirWindowsLeaveNoObjects) {
+    const auto openAndClose = [this] {
+        auto frame = std::make_unique<CanvasFrame>();
+        auto loaded = frame->canvas().within([&] { return loadedModel(); });
+        auto uploaded = frame->canvas().within([&] { return uploadedModel(); });
+        for (GPUModel* model : {loaded.get(), uploaded.get()}) {
+            frame->canvas().showModel(model);
+            EXPECT_THAT(cellsOf(frame->canvas()), looksLike(scene()));
+        }
+        frame.reset();
+    };
+    openAndClose();
+    const LiveObjects afterOne = objectsOfANewWindow();
+    for (int round = 1; round < kRounds; ++round)
+        openAndClose();
+    EXPECT_EQ(objectsOfANewWindow(), afterOne);
+}
+
+TEST_F(WindowsTest, ModelMovedBackAndForthKeepsItsPixelsAndTheNumberOfObjects) {
+    for (const Cleanup cleanup : {Cleanup::BeforeVelGL, Cleanup::AfterVelGL}) {
+        UploadOptions options{makeIdentityInstance()};
+        options.keepData = true;
+        std::unique_ptr<GPUModel> model;
+        Frame frames[2];
+        WidgetCanvas canvas(&frames[0]);
+        canvas.setCleanup(cleanup);
+        frames[0].dock(canvas);
+        canvas.within([&] { model = uploadedModel(options); });
+        canvas.showModel(model.get());
+        std::vector<LiveObjects> live[2];
+        for (int round = 0; round <= 2 * 5; ++round) {
+            frames[round % 2].dock(canvas);
+            EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
+            live[round % 2].push_back(canvas.liveObjects());
+        }
+        for (std::vector<LiveObjects>& rounds : live) {
+            rounds.erase(rounds.begin()); // Qt makes its own objects in the first round
+            EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
+        }
+    }
+}
+
+TEST_F(WindowsTest, TextureLoaderOfAModelIsCalledOnceForEachPath) {
+    QMap<QString, int> calls;
+    std::unique_ptr<GPUModel> models[2];
+    const CanvasFrame frame;
+    for (std::unique_ptr<GPUModel>& model : models) {
+        frame.canvas().within([&] { model = loadedModel(); });
+        model->setTextureLoader([&](const QString& path) {
+            ++calls[path];
+            return blueTexture();
+        });
+    }
+    QVector<Cell> withBlue = scene();
+    withBlue[1] = Cell::plain(Qt::blue);
+    for (int numberOfModels = 1; numberOfModels <= 2; ++numberOfModels) {
+        frame.canvas().showModel(models[numberOfModels - 1].get());
+        for (int round = 0; round < 3; ++round)
+            EXPECT_THAT(cellsOf(frame.canvas()), looksLike(withBlue));
+        EXPECT_EQ(calls, (QMap<QString, int>{{picture(), numberOfModels}}));
+    }
+}
+
+TEST_F(WindowsTest, TexturesOfAModelsOwnLoaderAreDeletedWithTheModel) {
+    const CanvasFrame frame;
+    std::vector<LiveObjects> without;
+    for (int round = 0; round < kRounds; ++round) {
+        auto model = frame.canvas().within([&] { return loadedModel(); });
+        model->setTextureLoader([](const QString& /*path*/) { return blueTexture(); });
+        frame.canvas().showModel(model.get());
+        frame.canvas().waitForFrame();
+        const LiveObjects with = frame.canvas().liveObjects();
+        frame.canvas().showModel(nullptr);
+        model.reset();
+        frame.canvas().waitForFrame();
+        without.push_back(frame.canvas().liveObjects());
+        EXPECT_EQ(with.textures, without.back().textures + 1);
+    }
+    EXPECT_THAT(without, ::testing::Each(without.front()));
+}
+
+TEST_F(WindowsTest, PlainWindowsShowTheirModelsAndLeaveNoObjects) {
+    std::vector<LiveObjects> live;
+    for (int round = 0; round < kRounds; ++round) {
+        WindowCanvas canvas;
+        canvas.resize(kPictureSize);
+        canvas.show();
+        canvas.waitForFrame();
+        live.push_back(canvas.liveObjects());
+        const auto model = canvas.within([&] { return loadedModel(); });
+        canvas.showModel(model.get());
+        EXPECT_THAT(cellsOf(canvas.picture()), looksLike(scene())) << "round " << round;
+    }
+    EXPECT_THAT(live, ::testing::Each(live.front()));
+}
+
+} // namespace Atelier::Vel::Testing
