@@ -1,4 +1,4 @@
-// Shows an OBJ file in a Qt window that draws with its own shaders.
+// Shows an OBJ file with its textures in a Qt window that draws with its own shaders.
 // Usage: qt_window MODEL.obj [PICTURE.png]     With a picture, it saves the first frame there and ends.
 #include <memory>
 
@@ -20,11 +20,14 @@ namespace {
 constexpr char kVertexShader[] = R"(
 in vec3 va_Vertex;
 in vec3 va_Normal;
+in vec2 va_TexCoord;
 uniform mat4 viewProjection;
 out vec3 normal;
+out vec2 texCoord;
 flat out int command;
 void main() {
     normal = va_Normal;
+    texCoord = va_TexCoord;
     command = velglCommand();
     gl_Position = viewProjection * vec4(va_Vertex, 1.0);
 })";
@@ -32,11 +35,15 @@ void main() {
 // Normals made by the library point inwards, those of files outwards: both sides are lit.
 constexpr char kFragmentShader[] = R"(
 in vec3 normal;
+in vec2 texCoord;
 flat in int command;
 out vec4 colour;
 void main() {
+    vec4 texel = velglHas_map_Kd() ? texture(velgl_map_Kd, texCoord) : vec4(1.0);
+    if (texel.a < 0.5)
+        discard;
     float light = 0.2 + 0.8 * abs(dot(normalize(normal), normalize(vec3(1.0, 2.0, 3.0))));
-    colour = vec4(velglMaterial(command).Kd * light, 1.0);
+    colour = vec4(velglMaterial(command).Kd * texel.rgb * light, 1.0);
 })";
 
 QByteArray shader(ShaderStage stage, const char* body) {

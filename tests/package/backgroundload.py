@@ -6,40 +6,15 @@ Usage: backgroundload.py PROGRAM MODEL
 import collections
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 
-BACKGROUND = bytes([38, 41, 46])  # what the example clears the picture to
+sys.dont_write_bytecode = True
+
+from examplewindow import BACKGROUND, check, pixels, run
+
 LEAST_SHARE = 0.05  # of the pixels that have to show the model
 LEAST_COLOURS = 20  # a loading frame has two
-
-
-# xvfb-run has exit codes of its own, for example when its folder cannot be removed.
-RUN_AND_PRINT_EXIT_CODE = 'timeout 120 "$@"; echo "exit code: $?"'
-
-
-def run(program, *arguments):
-    """The exit code and the output. A load that blocks the window never ends: it waits for a frame."""
-    command = ["xvfb-run", "-a", "sh", "-c", RUN_AND_PRINT_EXIT_CODE, "sh", program, *arguments]
-    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-    code = re.search(r"^exit code: (\d+)$", done.stdout, re.MULTILINE)
-    check(code, "the program ran and ended", done.stdout)
-    return int(code[1]), done.stdout
-
-
-def pixels(path):
-    """The pixels of a binary PPM picture, three bytes each."""
-    data = path.read_bytes()
-    header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
-    body = data[header.end() :]
-    assert len(body) == 3 * int(header[1]) * int(header[2]), "the picture is cut off"
-    return [body[i : i + 3] for i in range(0, len(body), 3)]
-
-
-def check(holds, claim, output):
-    if not holds:
-        sys.exit(f"not so: {claim}\n{output}")
 
 
 def check_frames(output):
