@@ -1,13 +1,10 @@
 #include <QtCore/QFile>
-#include <QtCore/QHash>
 
-#include <velgl/bufferobject.h>
-#include <velgl/drawbuffers.h>
 #include <velgl/program.h>
-#include <velgl/vertexarrayobject.h>
 #include <velmodel/objloader.h>
 #include <velmodel/textureloader.h>
 
+#include "windows/buffercontents.h"
 #include "windows/windowsfixture.h"
 
 // Windows whose contexts do not share objects, and widgets whose context is made anew in another window.
@@ -16,47 +13,6 @@ namespace Atelier::Vel::Testing {
 namespace {
 
 using ::testing::ElementsAre;
-
-UploadOptions keptData() {
-    UploadOptions options{makeIdentityInstance()};
-    options.keepData = true;
-    return options;
-}
-
-/// The contents of all buffers of a model.
-class BufferContents {
-public:
-    /// Reads them back. Requires: a context that knows the buffers is current.
-    explicit BufferContents(const GPUModel& model) {
-        for (BufferObject* buffer : buffersOf(model))
-            _bytes[buffer] = buffer->readBack();
-    }
-    /// Uploads them to the same buffers in the current context.
-    bool restore(const GPUModel& model) const {
-        bool restored = true;
-        for (BufferObject* buffer : buffersOf(model)) {
-            const QByteArray bytes = _bytes.value(buffer);
-            restored =
-                buffer->uploadArbitraryData(bytes.constData(), bytes.size(), kStaticDraw, 1) && restored;
-        }
-        return restored;
-    }
-
-private:
-    static constexpr unsigned int kStaticDraw = 0x88E4; // GL_STATIC_DRAW
-
-    static QVector<BufferObject*> buffersOf(const GPUModel& model) {
-        QVector<BufferObject*> buffers;
-        for (int i = 0; i < model.drawableCount(); ++i) {
-            buffers.append(model.drawable(i)->indexBuffer().data());
-            for (const VertexArrayObject::Stream& stream : model.drawable(i)->VAO()->streams())
-                buffers.append(stream.buffer.data());
-        }
-        return buffers;
-    }
-
-    QHash<BufferObject*, QByteArray> _bytes;
-};
 
 } // namespace
 
@@ -240,6 +196,43 @@ TEST_F(SeparateWindowsTest, ModelWithoutItsDataDrawsNothingInTheNewContextAndWar
     EXPECT_EQ(canvas.contextCount(), 2);
     EXPECT_FALSE(canvas.within([&] { return model->isUsable(); }));
     EXPECT_THAT(takeWarnings(), ElementsAre(mentions("lost its context")));
+}
+
+// The context of the first window is still that of the window's own surface, which outlives the widget's.
+TEST_F(SeparateWindowsTest, ModelDeletedInTheNewContextLeavesNoObjectsInTheOldWindow) {
+    CanvasFrame first;
+    Frame second;
+    WidgetCanvas& canvas = first.canvas();
+    std::vector<LiveObjects> live;
+    for (int round = 0; round < 4; ++round) {
+        auto model = canvas.within([&] { return loadedModel(); });
+        canvas.showModel(model.get());
+        EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
+        canvas.showModel(nullptr);
+        second.dock(canvas);
+        model.reset();
+        first.dock(canvas);
+        live.push_back(canvas.liveObjects());
+    }
+    EXPECT_THAT(live, ::testing::Each(live.front()));
+}
+
+TEST_F(SeparateWindowsTest, ModelDeletedWhileAnotherWindowIsCurrentLeavesNoObjects) {
+    const CanvasFrame frames[2];
+    std::vector<LiveObjects> live[2];
+    for (int round = 0; round < 4; ++round) {
+        auto model = frames[0].canvas().within([&] { return loadedModel(); });
+        frames[0].canvas().showModel(model.get());
+        EXPECT_THAT(cellsOf(frames[0].canvas()), looksLike(scene())) << "round " << round;
+        frames[0].canvas().showModel(nullptr);
+        frames[1].canvas().within([&] { model.reset(); });
+        for (int i : {0, 1}) {
+            frames[i].canvas().waitForFrame();
+            live[i].push_back(frames[i].canvas().liveObjects());
+        }
+    }
+    for (const std::vector<LiveObjects>& rounds : live)
+        EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
 }
 
 TEST_F(SeparateWindowsTest, ProgramIsNotKnownInTheOtherWindow) {

@@ -1,11 +1,14 @@
-#include "windows/windowsfixture.h"
-
 #include <QtCore/QMap>
+#include <QtWidgets/QDockWidget>
+#include <QtWidgets/QMainWindow>
 
 #include <velgl/autobinder.h>
 #include <velgl/glentrypoints.h>
 #include <velgl/texture.h>
 #include <velmodel/objloader.h>
+
+#include "windows/buffercontents.h"
+#include "windows/windowsfixture.h"
 
 // What holds for windows whether their contexts share objects or not.
 namespace Atelier::Vel::Testing {
@@ -91,27 +94,77 @@ TEST_F(WindowsTest, DocumentsClosedAfterTheirWindowsLeaveNoObjects) {
     EXPECT_EQ(objectsOfANewWindow(), afterOne);
 }
 
-TEST_F(WindowsTest, ModelMovedBackAndForthKeepsItsPixelsAndTheNumberOfObjects) {
-    for (const Cleanup cleanup : {Cleanup::BeforeVelGL, Cleanup::AfterVelGL}) {
-        UploadOptions options{makeIdentityInstance()};
-        options.keepData = true;
-        std::unique_ptr<GPUModel> model;
-        Frame frames[2];
-        WidgetCanvas canvas(&frames[0]);
-        canvas.setCleanup(cleanup);
-        frames[0].dock(canvas);
-        canvas.within([&] { model = uploadedModel(options); });
-        canvas.showModel(model.get());
-        std::vector<LiveObjects> live[2];
-        for (int round = 0; round <= 2 * 5; ++round) {
-            frames[round % 2].dock(canvas);
-            EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
-            live[round % 2].push_back(canvas.liveObjects());
+TEST_F(WindowsTest, WidgetMovedBackAndForthKeepsItsPixelsAndTheNumberOfObjects) {
+    for (const Cleanup cleanup : {Cleanup::BeforeVelGL, Cleanup::AfterVelGL})
+        for (const Restoring restoring : {Restoring::KeptData, Restoring::Refill}) {
+            std::unique_ptr<GPUModel> model;
+            Frame frames[2];
+            WidgetCanvas canvas;
+            canvas.setCleanup(cleanup);
+            frames[0].dock(canvas);
+            canvas.within([&] { model = restorableModel(restoring); });
+            canvas.showModel(model.get());
+            std::vector<LiveObjects> live[2];
+            for (int round = 0; round <= 2 * 5; ++round) {
+                frames[round % 2].dock(canvas);
+                EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
+                live[round % 2].push_back(canvas.liveObjects());
+            }
+            for (std::vector<LiveObjects>& rounds : live) {
+                rounds.erase(rounds.begin()); // Qt makes its own objects in the first round
+                EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
+            }
         }
-        for (std::vector<LiveObjects>& rounds : live) {
-            rounds.erase(rounds.begin()); // Qt makes its own objects in the first round
-            EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
-        }
+}
+
+TEST_F(WindowsTest, FloatingDockWidgetKeepsItsPixelsAndTheNumberOfObjects) {
+    QMainWindow window;
+    auto* const canvas = new WidgetCanvas;
+    canvas->setFixedSize(kPictureSize);
+    QDockWidget dock;
+    dock.setWidget(canvas);
+    window.addDockWidget(Qt::LeftDockWidgetArea, &dock);
+    window.show();
+    canvas->waitForFrame();
+    const auto model = canvas->within([&] { return uploadedModel(keptData()); });
+    canvas->showModel(model.get());
+    std::vector<LiveObjects> docked;
+    for (int round = 0; round < 2 * 4; ++round) {
+        dock.setFloating(round % 2 == 0);
+        EXPECT_THAT(cellsOf(*canvas), looksLike(scene())) << "round " << round;
+        EXPECT_EQ(canvas->window() == &dock, round % 2 == 0);
+        if (round % 2 != 0)
+            docked.push_back(canvas->liveObjects());
+    }
+    EXPECT_THAT(docked, ::testing::Each(docked.front()));
+}
+
+TEST_F(WindowsTest, WidgetKeepsItsPixelsAsAWindowOfItsOwn) {
+    CanvasFrame frame;
+    WidgetCanvas& canvas = frame.canvas();
+    const auto model = canvas.within([&] { return uploadedModel(keptData()); });
+    canvas.showModel(model.get());
+    const QImage expected = canvas.picture();
+    EXPECT_THAT(cellsOf(expected), looksLike(scene()));
+    for (int round = 0; round < 3; ++round) {
+        canvas.setParent(nullptr);
+        canvas.show();
+        EXPECT_THAT(canvas.picture(), hasThePixelsOf(expected)) << "round " << round;
+        frame.dock(canvas);
+        EXPECT_THAT(canvas.picture(), hasThePixelsOf(expected)) << "round " << round;
+    }
+}
+
+TEST_F(WindowsTest, WindowThatWasClosedAndShownAgainKeepsItsPixels) {
+    CanvasFrame frame;
+    const auto model = frame.canvas().within([&] { return loadedModel(); });
+    frame.canvas().showModel(model.get());
+    const QImage expected = frame.canvas().picture();
+    EXPECT_THAT(cellsOf(expected), looksLike(scene()));
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_TRUE(frame.close());
+        frame.show();
+        EXPECT_THAT(frame.canvas().picture(), hasThePixelsOf(expected)) << "round " << round;
     }
 }
 

@@ -14,6 +14,8 @@
 #include <velmodel/modelbuilder.h>
 #include <velmodel/objloader.h>
 
+#include "windows/buffercontents.h"
+
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -202,6 +204,21 @@ DrawData WindowsTest::drawData() const {
                  {colored(Qt::green), textured(picture()),
                   textured(TextureManager::Instance().colorTexture(kSolidColor)), makeDefaultMaterial()});
     return builder.prepare("va_Vertex");
+}
+
+std::unique_ptr<GPUModel> WindowsTest::restorableModel(Restoring restoring) const {
+    if (restoring == Restoring::KeptData)
+        return uploadedModel(keptData());
+    std::unique_ptr<GPUModel> model = uploadedModel();
+    const BufferContents contents(*model);
+    model->setRefill([contents](GPUModel& lost) { return contents.restore(lost); });
+    return model;
+}
+
+UploadOptions WindowsTest::keptData() {
+    UploadOptions options{makeIdentityInstance()};
+    options.keepData = true;
+    return options;
 }
 
 QVector<Cell> WindowsTest::scene() {

@@ -83,6 +83,9 @@ private:
     WidgetCanvas* _canvas;
 };
 
+/// How a model gets its data again in a new context.
+enum class Restoring { KeptData, Refill };
+
 /// Tests with windows on an X server. Warnings fail a test unless it takes them.
 ///
 /// The scene is a row of four square cells, each with its own material: a green one; one with the image file
@@ -109,6 +112,10 @@ protected:
     std::unique_ptr<GPUModel> uploadedModel() const;
     std::unique_ptr<GPUModel> uploadedModel(const UploadOptions& options) const;
     DrawData drawData() const;
+    /// A model of drawData() that can be drawn in further contexts.
+    std::unique_ptr<GPUModel> restorableModel(Restoring restoring) const;
+    /// The options of an upload that keeps the data.
+    static UploadOptions keptData();
 
     /// The cells of the scene.
     static QVector<Cell> scene();
