@@ -219,6 +219,7 @@ TEST_F(WindowsTest, PlainWindowsShowTheirModelsAndLeaveNoObjects) {
         canvas.showModel(model.get());
         EXPECT_THAT(cellsOf(canvas.picture()), looksLike(scene())) << "round " << round;
     }
+    live.erase(live.begin()); // from the first model on, the texture by path is kept
     EXPECT_THAT(live, ::testing::Each(live.front()));
 }
 
