@@ -4,10 +4,9 @@
 #include <velmodel/objloader.h>
 #include <velmodel/textureloader.h>
 
-#include "windows/buffercontents.h"
 #include "windows/windowsfixture.h"
 
-// Windows whose contexts do not share objects, and widgets whose context is made anew in another window.
+// Windows whose contexts do not share objects.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -116,89 +115,6 @@ TEST_F(SeparateWindowsTest, ModelWithKeptDataIsShownInTheNextWindowAfterItsOwnWa
     }
 }
 
-TEST_F(SeparateWindowsTest, ModelThatTookItsDrawDataKeepsItToo) {
-    GPUModel model;
-    CanvasFrame first;
-    Frame second;
-    WidgetCanvas& canvas = first.canvas();
-    EXPECT_TRUE(canvas.within([&] { return upload(drawData(), model, keptData()); }));
-    canvas.showModel(&model);
-    const QImage expected = canvas.picture();
-    second.dock(canvas);
-    EXPECT_EQ(canvas.contextCount(), 2);
-    EXPECT_THAT(canvas.picture(), hasThePixelsOf(expected));
-}
-
-TEST_F(SeparateWindowsTest, ModelWithKeptDataHasTheSamePixelsInTheNewContext) {
-    CanvasFrame first;
-    Frame second;
-    WidgetCanvas& canvas = first.canvas();
-    const auto model = canvas.within([&] { return uploadedModel(keptData()); });
-    canvas.showModel(model.get());
-    const QImage expected = canvas.picture();
-    EXPECT_THAT(cellsOf(expected), looksLike(scene()));
-    second.dock(canvas);
-    EXPECT_EQ(canvas.contextCount(), 2);
-    EXPECT_THAT(canvas.picture(), hasThePixelsOf(expected));
-    EXPECT_TRUE(canvas.within([&] { return model->isUsable(); }));
-}
-
-TEST_F(SeparateWindowsTest, ModelWithARefillFunctionHasTheSamePixelsInTheNewContext) {
-    CanvasFrame first;
-    Frame second;
-    WidgetCanvas& canvas = first.canvas();
-    const auto model = canvas.within([&] { return loadedModel(); });
-    const auto contents = canvas.within([&] { return BufferContents(*model); });
-    int calls = 0;
-    model->setRefill([&](GPUModel& lost) {
-        ++calls;
-        EXPECT_EQ(&lost, model.get());
-        return contents.restore(lost);
-    });
-    canvas.showModel(model.get());
-    const QImage expected = canvas.picture();
-    EXPECT_THAT(cellsOf(expected), looksLike(scene()));
-    EXPECT_EQ(calls, 0);
-    second.dock(canvas);
-    for (int round = 0; round < 3; ++round)
-        EXPECT_THAT(canvas.picture(), hasThePixelsOf(expected)) << "round " << round;
-    EXPECT_EQ(canvas.contextCount(), 2);
-    EXPECT_EQ(calls, 1);
-    EXPECT_TRUE(canvas.within([&] { return model->isUsable(); }));
-}
-
-TEST_F(SeparateWindowsTest, ModelWhoseRefillFunctionFailsDrawsNothing) {
-    CanvasFrame first;
-    Frame second;
-    WidgetCanvas& canvas = first.canvas();
-    const auto model = canvas.within([&] { return loadedModel(); });
-    model->setRefill([](GPUModel& /*lost*/) { return false; });
-    canvas.showModel(model.get());
-    EXPECT_THAT(cellsOf(canvas), looksLike(scene()));
-    second.dock(canvas);
-    for (int round = 0; round < 3; ++round)
-        EXPECT_THAT(cellsOf(canvas), looksLike(nothing()));
-    EXPECT_FALSE(canvas.within([&] { return model->isUsable(); }));
-    EXPECT_EQ(takeWarnings().size(), 1U);
-}
-
-TEST_F(SeparateWindowsTest, ModelWithoutItsDataDrawsNothingInTheNewContextAndWarnsOnce) {
-    CanvasFrame first;
-    Frame second;
-    WidgetCanvas& canvas = first.canvas();
-    const auto model = canvas.within([&] { return uploadedModel(); });
-    canvas.showModel(model.get());
-    EXPECT_THAT(cellsOf(canvas), looksLike(scene()));
-    EXPECT_TRUE(canvas.within([&] { return model->isUsable(); }));
-    second.dock(canvas);
-    for (int round = 0; round < 3; ++round)
-        EXPECT_THAT(cellsOf(canvas), looksLike(nothing()));
-    EXPECT_EQ(canvas.contextCount(), 2);
-    EXPECT_FALSE(canvas.within([&] { return model->isUsable(); }));
-    EXPECT_THAT(takeWarnings(), ElementsAre(mentions("lost its context")));
-}
-
-// The context of the first window is still that of the window's own surface, which outlives the widget's.
 TEST_F(SeparateWindowsTest, ModelDeletedInTheNewContextLeavesNoObjectsInTheOldWindow) {
     CanvasFrame first;
     Frame second;

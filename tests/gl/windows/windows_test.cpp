@@ -1,13 +1,13 @@
+#include <thread>
+
 #include <QtCore/QMap>
 #include <QtWidgets/QDockWidget>
+#include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QMainWindow>
 
-#include <velgl/autobinder.h>
-#include <velgl/glentrypoints.h>
-#include <velgl/texture.h>
 #include <velmodel/objloader.h>
 
-#include "windows/buffercontents.h"
+#include "windows/bluetexture.h"
 #include "windows/windowsfixture.h"
 
 // What holds for windows whether their contexts share objects or not.
@@ -15,22 +15,7 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-constexpr unsigned int kTexture2D = 0x0DE1;    // GL_TEXTURE_2D
-constexpr unsigned int kRgba = 0x1908;         // GL_RGBA
-constexpr unsigned int kUnsignedByte = 0x1401; // GL_UNSIGNED_BYTE
 constexpr int kRounds = 4;
-
-/// A texture of one blue texel with the default filters, which read only its level 0.
-std::shared_ptr<Texture> blueTexture() {
-    constexpr unsigned int kMinFilter = 0x2801; // GL_TEXTURE_MIN_FILTER
-    constexpr int kNearest = 0x2600;            // GL_NEAREST
-    constexpr unsigned char kBlue[] = {0, 0, 255, 255};
-    auto texture = std::make_shared<Texture>(kTexture2D, int(kRgba), 1, 1, 0, nullptr);
-    const AutoBinder binder(texture.get());
-    glEntryPoints().texParameteri(kTexture2D, kMinFilter, kNearest);
-    glEntryPoints().texImage2D(kTexture2D, 0, int(kRgba), 1, 1, 0, kRgba, kUnsignedByte, kBlue);
-    return texture;
-}
 
 /// The objects in a new window that shows nothing.
 LiveObjects objectsOfANewWindow() {
@@ -81,6 +66,8 @@ TEST_F(WindowsTest, DocumentsClosedAfterTheirWindowsLeaveNoObjects) {
         auto frame = std::make_unique<CanvasFrame>();
         auto loaded = frame->canvas().within([&] { return loadedModel(); });
         auto uploaded = frame->canvas().within([&] { return uploadedModel(); });
+        ModelPainter other; // its program outlives the context
+        frame->canvas().within([&] { other.begin(); });
         for (GPUModel* model : {loaded.get(), uploaded.get()}) {
             frame->canvas().showModel(model);
             EXPECT_THAT(cellsOf(frame->canvas()), looksLike(scene()));
@@ -92,6 +79,60 @@ TEST_F(WindowsTest, DocumentsClosedAfterTheirWindowsLeaveNoObjects) {
     for (int round = 1; round < kRounds; ++round)
         openAndClose();
     EXPECT_EQ(objectsOfANewWindow(), afterOne);
+}
+
+TEST_F(WindowsTest, ModelDeletedOnAnotherThreadLeavesNoObjects) {
+    const CanvasFrame frame;
+    std::vector<LiveObjects> without;
+    for (int round = 0; round < kRounds; ++round) {
+        auto model = frame.canvas().within([&] { return loadedModel(); });
+        frame.canvas().showModel(model.get());
+        EXPECT_THAT(cellsOf(frame.canvas()), looksLike(scene()));
+        frame.canvas().showModel(nullptr);
+        std::thread([&] { model.reset(); }).join();
+        frame.canvas().waitForFrame();
+        without.push_back(frame.canvas().liveObjects());
+    }
+    EXPECT_THAT(without, ::testing::Each(without.front()));
+}
+
+// The static object is destroyed after the application and all windows. A crash makes the program fail.
+TEST_F(WindowsTest, ModelMayOutliveTheApplication) {
+    static std::unique_ptr<GPUModel> survivor;
+    const CanvasFrame frame;
+    survivor = frame.canvas().within([&] { return loadedModel(); });
+    frame.canvas().showModel(survivor.get());
+    EXPECT_THAT(cellsOf(frame.canvas()), looksLike(scene()));
+}
+
+TEST_F(WindowsTest, ModelIsShownByTwoWidgetsOfOneWindowAndByTheOneThatRemains) {
+    QWidget window;
+    QHBoxLayout layout(&window);
+    auto first = std::make_unique<WidgetCanvas>();
+    WidgetCanvas second;
+    for (WidgetCanvas* canvas : {first.get(), &second}) {
+        canvas->setFixedSize(kPictureSize);
+        layout.addWidget(canvas);
+    }
+    window.show();
+    first->waitForFrame();
+    const auto model = first->within([&] { return loadedModel(); });
+    for (WidgetCanvas* canvas : {first.get(), &second}) {
+        canvas->showModel(model.get());
+        EXPECT_THAT(cellsOf(*canvas), looksLike(scene()));
+    }
+    const QImage expected = second.picture();
+    first.reset();
+    for (int round = 0; round < 3; ++round)
+        EXPECT_THAT(second.picture(), hasThePixelsOf(expected)) << "round " << round;
+}
+
+TEST_F(WindowsTest, ModelIsNotUsableWithoutAContext) {
+    const CanvasFrame frame;
+    const auto model = frame.canvas().within([&] { return loadedModel(); });
+    EXPECT_TRUE(frame.canvas().within([&] { return model->isUsable(); }));
+    EXPECT_FALSE(QOpenGLContext::currentContext());
+    EXPECT_FALSE(model->isUsable());
 }
 
 TEST_F(WindowsTest, WidgetMovedBackAndForthKeepsItsPixelsAndTheNumberOfObjects) {
