@@ -17,9 +17,13 @@ namespace Atelier::Vel::Testing {
 /// Handles events until `condition` holds. Returns: false if it does not hold within ten seconds.
 bool waitUntil(const std::function<bool()>& condition);
 
-/// Whether a canvas asks for the end of its context before or after its first use of VelGL, which asks for it
-/// as well: they are told in that order.
-enum class Cleanup { BeforeVelGL, AfterVelGL };
+/// How a canvas deletes its program when its context ends. Qt reports that to it and to VelGL in the order in
+/// which they connected to the signal.
+enum class Cleanup {
+    BeforeVelGL,   ///< VelGL still knows the context
+    AfterVelGL,    ///< VelGL has forgotten the context
+    UseAfterVelGL, ///< likewise, but the program is bound before it is deleted
+};
 
 /// A QOpenGLWidget or QOpenGLWindow that shows a model. It makes a program in each context that it gets, and
 /// deletes the program when the context ends.
@@ -79,7 +83,7 @@ protected:
         if (_cleanup == Cleanup::BeforeVelGL)
             watchContext();
         _painter.begin();
-        if (_cleanup == Cleanup::AfterVelGL)
+        if (_cleanup != Cleanup::BeforeVelGL)
             watchContext();
     }
     void paintGL() override {
@@ -91,8 +95,13 @@ protected:
 
 private:
     void watchContext() {
-        _endOfContext = QObject::connect(this->context(), &QOpenGLContext::aboutToBeDestroyed,
-                                         [this] { within([this] { _painter.end(); }); });
+        _endOfContext = QObject::connect(this->context(), &QOpenGLContext::aboutToBeDestroyed, [this] {
+            within([this] {
+                if (_cleanup == Cleanup::UseAfterVelGL)
+                    _painter.bindProgram();
+                _painter.end();
+            });
+        });
     }
 
     ModelPainter _painter;

@@ -67,6 +67,10 @@ QImage ModelPainter::pixels(const QSize& size) {
     return image.mirrored();
 }
 
+void ModelPainter::bindProgram() {
+    const AutoBinder binder(_program.get());
+}
+
 void ModelPainter::end() {
     _program.reset();
 }

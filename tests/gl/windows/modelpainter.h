@@ -24,6 +24,8 @@ public:
     void paint();
     /// The pixels of a frame from the bottom left corner on, top row first.
     static QImage pixels(const QSize& size);
+    /// Binds the program and restores the one before.
+    void bindProgram();
     /// Deletes the program.
     void end();
 

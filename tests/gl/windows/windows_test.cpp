@@ -23,6 +23,30 @@ LiveObjects objectsOfANewWindow() {
     return frame.canvas().liveObjects();
 }
 
+class MovedWidgetTest : public WindowsTest {
+protected:
+    /// Moves a widget five times to another window and back, and compares pixels and live objects.
+    void moveBackAndForth(Cleanup cleanup, Restoring restoring) const {
+        std::unique_ptr<GPUModel> model;
+        Frame frames[2];
+        WidgetCanvas canvas;
+        canvas.setCleanup(cleanup);
+        frames[0].dock(canvas);
+        canvas.within([&] { model = restorableModel(restoring); });
+        canvas.showModel(model.get());
+        std::vector<LiveObjects> live[2];
+        for (int round = 0; round <= 2 * 5; ++round) {
+            frames[round % 2].dock(canvas);
+            EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
+            live[round % 2].push_back(canvas.liveObjects());
+        }
+        for (std::vector<LiveObjects>& rounds : live) {
+            rounds.erase(rounds.begin()); // Qt makes its own objects in the first round
+            EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
+        }
+    }
+};
+
 } // namespace
 
 TEST_F(WindowsTest, LoadedModelShowsItsTexturesThoughTheProgramSetNoLoader) {
@@ -135,27 +159,19 @@ TEST_F(WindowsTest, ModelIsNotUsableWithoutAContext) {
     EXPECT_FALSE(model->isUsable());
 }
 
-TEST_F(WindowsTest, WidgetMovedBackAndForthKeepsItsPixelsAndTheNumberOfObjects) {
-    for (const Cleanup cleanup : {Cleanup::BeforeVelGL, Cleanup::AfterVelGL})
-        for (const Restoring restoring : {Restoring::KeptData, Restoring::Refill}) {
-            std::unique_ptr<GPUModel> model;
-            Frame frames[2];
-            WidgetCanvas canvas;
-            canvas.setCleanup(cleanup);
-            frames[0].dock(canvas);
-            canvas.within([&] { model = restorableModel(restoring); });
-            canvas.showModel(model.get());
-            std::vector<LiveObjects> live[2];
-            for (int round = 0; round <= 2 * 5; ++round) {
-                frames[round % 2].dock(canvas);
-                EXPECT_THAT(cellsOf(canvas), looksLike(scene())) << "round " << round;
-                live[round % 2].push_back(canvas.liveObjects());
-            }
-            for (std::vector<LiveObjects>& rounds : live) {
-                rounds.erase(rounds.begin()); // Qt makes its own objects in the first round
-                EXPECT_THAT(rounds, ::testing::Each(rounds.front()));
-            }
-        }
+TEST_F(MovedWidgetTest, KeepsItsPixelsAndTheNumberOfObjects) {
+    moveBackAndForth(Cleanup::BeforeVelGL, Restoring::KeptData);
+    moveBackAndForth(Cleanup::BeforeVelGL, Restoring::Refill);
+}
+
+TEST_F(MovedWidgetTest, MayDeleteItsProgramAfterVelGLHasForgottenTheContext) {
+    moveBackAndForth(Cleanup::AfterVelGL, Restoring::KeptData);
+    moveBackAndForth(Cleanup::AfterVelGL, Restoring::Refill);
+}
+
+TEST_F(MovedWidgetTest, MayUseVelGLAfterThatHasForgottenTheContext) {
+    moveBackAndForth(Cleanup::UseAfterVelGL, Restoring::KeptData);
+    moveBackAndForth(Cleanup::UseAfterVelGL, Restoring::Refill);
 }
 
 TEST_F(WindowsTest, FloatingDockWidgetKeepsItsPixelsAndTheNumberOfObjects) {
