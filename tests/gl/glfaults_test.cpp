@@ -174,9 +174,9 @@ TEST_F(LoadWithGLFaultsTest, ModelOfADestroyedContextDrawsNothing) {
     EXPECT_EQ(drawn(*model), QColor(Qt::blue));
     EXPECT_EQ(drawn(*model), QColor(Qt::blue));
     EXPECT_THAT(log.texts(QtWarningMsg),
-                ElementsAre(QStringLiteral("Texture '%1' belongs to a context that does not share with the "
-                                           "current one")
-                                .arg(path("black.png"))));
+                ElementsAre(QStringLiteral("Model '%1' lost its context: its buffers have no content in the "
+                                           "current one, so it is not drawn")
+                                .arg(path("m.obj"))));
 }
 
 TEST_F(LoadWithGLFaultsTest, ContextMayBeDestroyedBetweenTheLoadAndTheFirstDraw) {

@@ -3,6 +3,7 @@
 #include "context/contexttable.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <QtGui/QOpenGLContext>
 
@@ -54,6 +55,7 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::known() noexcept {
 ContextTable::Found ContextTable::find(const NativeContext& native) noexcept {
     Found found;
     std::optional<ContextMark> mark;
+    bool isStale = false;
     {
         const std::lock_guard lock(_mutex);
         const auto entry = findNative(_entries, native);
@@ -61,18 +63,24 @@ ContextTable::Found ContextTable::find(const NativeContext& native) noexcept {
             return {};
         found = {true, entry->context.toStrongRef()};
         mark = entry->mark;
+        isStale = isGone(*entry);
     }
-    if (!mark || _isTold || mark->isCurrent())
+    if (!isStale && (!mark || _isTold || mark->isCurrent()))
         return found;
     remove(native); // the handle is that of another context now
     return {};
+}
+
+// Qt tells before it destroys a context, but what else is told then may use VelGL in it once more.
+bool ContextTable::isGone(const Entry& entry) noexcept {
+    return entry.isQts && entry.qt.isNull();
 }
 
 void ContextTable::add(const QSharedPointer<OpenGLDeviceContext>& context) {
     const NativeContext native = ContextAccess::gl(*context)->native();
     remove(native);
     const std::lock_guard lock(_mutex);
-    _entries.push_back({native, context, {}, {}});
+    _entries.push_back({native, context, {}, {}, false, {}});
 }
 
 void ContextTable::remove(const NativeContext& native) noexcept {
@@ -123,7 +131,7 @@ QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& nat
     const QOpenGLContext* qt = qtContextOf(native);
     auto gl = std::make_unique<ContextGL>(native, groupOf(qt), ContextFeatures());
     QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));
-    Entry entry{native, context, context, {}};
+    Entry entry{native, context, context, {}, qt != nullptr, qt};
     if (qt)
         QObject::connect(qt, &QOpenGLContext::aboutToBeDestroyed,
                          [native] { ContextTable::instance().remove(native); });
@@ -205,15 +213,16 @@ void ContextTable::warnOfVersionOnce(const NativeContext& native, int version) {
 
 void ContextTable::removeDestroyed() {
     std::vector<NativeContext> adopted;
+    std::vector<NativeContext> gone;
     {
         const std::lock_guard lock(_mutex);
         for (const Entry& entry : _entries)
             if (entry.adopted)
-                adopted.push_back(entry.native);
+                (isGone(entry) ? gone : adopted).push_back(entry.native);
     }
-    for (const NativeContext& native : adopted)
-        if (isDestroyed(native))
-            remove(native);
+    std::copy_if(adopted.cbegin(), adopted.cend(), std::back_inserter(gone), isDestroyed);
+    for (const NativeContext& native : gone)
+        remove(native);
 }
 
 void ContextTable::removeUnusedGroups() {

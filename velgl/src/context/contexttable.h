@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include <QtCore/QPointer>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QWeakPointer>
 
@@ -51,6 +52,8 @@ private:
         QWeakPointer<OpenGLDeviceContext> context;
         QSharedPointer<OpenGLDeviceContext> adopted; ///< the same object if the context is adopted; else null
         std::optional<ContextMark> mark;             ///< of a context of another library
+        bool isQts = false;
+        QPointer<const QOpenGLContext> qt; ///< null when Qt has destroyed its context
     };
     struct Group {
         std::shared_ptr<ShareGroup> group;
@@ -70,6 +73,7 @@ private:
     void setQtGroup(const std::shared_ptr<ShareGroup>& group, const QOpenGLContextGroup* qt);
     void endQtGroup(const QOpenGLContextGroup* qt) noexcept;
     void warnOfVersionOnce(const NativeContext& native, int version);
+    static bool isGone(const Entry& entry) noexcept;
     void removeDestroyed();
     void removeUnusedGroups();
 
