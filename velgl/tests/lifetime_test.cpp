@@ -16,6 +16,7 @@
 #include <velgl/texturemanager.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "glhooks.h"
 #include "support/glfixture.h"
 #include "support/messagelog.h"
 #include "support/sanitizer.h"
@@ -141,6 +142,14 @@ TEST_F(LifetimeTest, QueuedNamesAreDiscardedWithTheirContext) {
     BufferObject others;
     EXPECT_TRUE(others.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
     EXPECT_TRUE(glIsBuffer(others.name()));
+}
+
+TEST_F(LifetimeTest, ContextsOfVelGLAreNotAskedWhoTheyAre) {
+    GPUModel model;
+    addRow(model, {Qt::red});
+    const LabelQueries queries;
+    EXPECT_EQ(rowColor(model), QColor(Qt::red));
+    EXPECT_EQ(queries.count(), 0);
 }
 
 TEST_F(LifetimeTest, SharingContextsDrawTheSameModel) {

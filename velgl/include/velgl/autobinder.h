@@ -6,6 +6,7 @@ namespace Atelier::Vel {
 
 /// Keeps an object bound within a scope: binds it on construction and unbinds it on destruction. The result
 /// of bind() is not kept; call bind() and unbind() yourself where a failure matters.
+/// Threads: on the thread of the current context, see Bindable.
 class VELGL_EXPORT AutoBinder {
 public:
     /// Binds `bindable`, which must outlive the binder. Null is allowed and binds nothing.

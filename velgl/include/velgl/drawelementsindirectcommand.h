@@ -7,6 +7,7 @@ namespace Atelier::Vel {
 
 /// One indexed draw, laid out as glMultiDrawElementsIndirect reads it from a buffer: five 32-bit words, 20
 /// bytes, without padding.
+/// Threads: a plain value.
 struct DrawElementsIndirectCommand {
     std::uint32_t count = 0;         ///< number of indices to draw
     std::uint32_t instanceCount = 0; ///< number of instances; 0 draws nothing

@@ -9,6 +9,8 @@ namespace Atelier::Vel {
 /// can replace them.
 ///
 /// Each function does nothing when no context is current that VelGL can use.
+/// Threads: the functions are called on the thread of the current context. Replace them while no other thread
+/// calls them.
 struct GLEntryPoints {
     /// Sets a pixel store parameter; it stays set.
     void (*pixelStorei)(unsigned int name, int value);

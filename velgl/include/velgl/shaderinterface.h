@@ -37,6 +37,7 @@ struct ShaderPlans {
 /// A plan without value members declares no struct and no function for it. Member names, NAME included, are
 /// written as InstanceDataPlan::glslName() gives them: a texture "in" is `velgl_in_`.
 /// Requires: the plans are registered, see InstanceDataRegistry. Needs no context.
+/// Threads: any.
 /// Returns: ASCII text that ends with a line break. It is built by each call.
 VELGL_EXPORT QByteArray shaderInterface(ShaderStage stage, const ShaderPlans& plans);
 

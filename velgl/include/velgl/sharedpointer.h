@@ -8,6 +8,7 @@ namespace Atelier::Vel {
 
 /// Moves an object from a unique to a shared pointer. `owned` may be null.
 /// Returns: a pointer that shares the ownership among its copies.
+/// Threads: any.
 /// Throws std::bad_alloc when there is no memory for the counters of the shared pointer; the object is
 /// deleted then. QSharedPointer::create() would crash in that case, and the constructor of QSharedPointer
 /// would leak the object.

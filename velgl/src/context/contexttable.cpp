@@ -191,8 +191,7 @@ void ContextTable::endQtGroup(const QOpenGLContextGroup* qt) noexcept {
         if (known.qt != qt)
             continue;
         known.qt = nullptr;
-        if (!known.group->hasMark())
-            known.group->close();
+        known.group->endQts();
     }
 }
 

@@ -11,13 +11,20 @@ quint64 nextSerial() {
 
 } // namespace
 
-ShareGroup::ShareGroup(Origin origin) : _serial(nextSerial()), _origin(origin) {
+ShareGroup::ShareGroup(Origin origin)
+    : _serial(nextSerial()), _origin(origin), _isQts(origin == Origin::Qt) {
     if (origin != Origin::Qt)
         _mark.emplace(ContextMark::Of::Group);
 }
 
 void ShareGroup::removeContext() noexcept {
-    if (--_contextCount == 0 && _origin == Origin::VelGL)
+    if (--_contextCount == 0 && !_isQts && _origin != Origin::Other)
+        close();
+}
+
+void ShareGroup::endQts() noexcept {
+    _isQts = false;
+    if (_contextCount == 0 && _origin != Origin::Other)
         close();
 }
 

@@ -18,7 +18,7 @@ class ShareGroup : public GLNameSpace {
 public:
     enum class Origin {
         VelGL, ///< ends with the last of its contexts
-        Qt,    ///< ends when Qt says so
+        Qt,    ///< ends when Qt says so, or with the last headless context that shares with one of Qt
         Other, ///< never known to end; its mark identifies it when a context of the group comes back
     };
 
@@ -28,20 +28,22 @@ public:
     /// A number that no other group has.
     quint64 serial() const { return _serial; }
     /// Returns: whether Qt has the group, or a known context of it exists.
-    bool isAwake() const override { return !isClosed() && (_origin == Origin::Qt || _contextCount > 0); }
+    bool isAwake() const override { return !isClosed() && (_isQts || _contextCount > 0); }
     /// Returns: whether the group has a mark, and the natively current context sees it.
     bool isMarkCurrent() const noexcept { return _mark && _mark->isCurrent(); }
-    bool hasMark() const { return _mark.has_value(); }
 
     /// Count the known contexts of the group.
     void addContext() { ++_contextCount; }
     void removeContext() noexcept;
+    /// Qt has no context of the group any more.
+    void endQts() noexcept;
 
 private:
     quint64 _serial;
     Origin _origin;
     std::optional<ContextMark> _mark;
     std::atomic<int> _contextCount{0};
+    std::atomic<bool> _isQts;
 };
 
 } // namespace Atelier::Vel

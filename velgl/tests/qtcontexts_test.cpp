@@ -10,12 +10,14 @@
 
 #include <velgl/bufferobject.h>
 
-// Contexts that Qt makes through GLX. The test runs in an X server of its own (xvfb-run).
+#include "glhooks.h"
+
+// Contexts that Qt makes, through GLX or EGL. The tests run in an X server of their own (xvfb-run).
 namespace Atelier::Vel::Testing {
 
 namespace {
 
-class GlxTest : public ::testing::Test {
+class QtContextsTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (QGuiApplication::platformName() != QLatin1String("xcb"))
@@ -44,7 +46,7 @@ constexpr unsigned int kValues[] = {1, 2, 3};
 
 } // namespace
 
-TEST_F(GlxTest, ContextMadeByQtIsRecognised) {
+TEST_F(QtContextsTest, ContextMadeByQtIsRecognised) {
     EXPECT_FALSE(OpenGLDeviceContext::current());
     const auto qtContext = makeContext();
     const auto context = OpenGLDeviceContext::current();
@@ -58,7 +60,7 @@ TEST_F(GlxTest, ContextMadeByQtIsRecognised) {
     EXPECT_FALSE(OpenGLDeviceContext::current());
 }
 
-TEST_F(GlxTest, SharingContextsOfQtSeeTheSameBuffer) {
+TEST_F(QtContextsTest, SharingContextsOfQtSeeTheSameBuffer) {
     const auto first = makeContext();
     BufferObject buffer;
     buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW);
@@ -69,7 +71,7 @@ TEST_F(GlxTest, SharingContextsOfQtSeeTheSameBuffer) {
     unrelated->doneCurrent();
 }
 
-TEST_F(GlxTest, ConsecutiveContextsAreDistinguished) {
+TEST_F(QtContextsTest, ConsecutiveContextsAreDistinguished) {
     BufferObject survivor;
     for (int round = 0; round < 10; ++round) {
         const auto context = makeContext();
@@ -81,7 +83,7 @@ TEST_F(GlxTest, ConsecutiveContextsAreDistinguished) {
 
 // Both contexts exist at the same time, so that the second cannot reuse the handle of the first. GLX has no
 // query for whether a context still exists; Qt reports when it destroys one.
-TEST_F(GlxTest, BufferOfAContextDestroyedByQtCanBeFilledInAnother) {
+TEST_F(QtContextsTest, BufferOfAContextDestroyedByQtCanBeFilledInAnother) {
     auto first = makeContext();
     BufferObject buffer;
     ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
@@ -96,18 +98,66 @@ TEST_F(GlxTest, BufferOfAContextDestroyedByQtCanBeFilledInAnother) {
     second->doneCurrent();
 }
 
-TEST_F(GlxTest, SharingAGlxContextWithEglFails) {
-    const auto qtContext = makeContext();
+TEST_F(QtContextsTest, NothingIsPutIntoAContextOfQt) {
+    const auto context = makeContext();
+    ASSERT_TRUE(OpenGLDeviceContext::current());
+    for (GLuint name = 1; name < 100; ++name)
+        EXPECT_FALSE(glIsBuffer(name) || glIsVertexArray(name) || glIsTexture(name)) << name;
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+    const Testing::LabelQueries queries;
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_TRUE(buffer.bind());
+        buffer.unbind();
+    }
+    EXPECT_EQ(queries.count(), 0) << "Qt knows which context is current";
+    context->doneCurrent();
+}
+
+// The first context is not known to VelGL, and the group lives on in it.
+TEST_F(QtContextsTest, GroupOfQtOutlivesTheContextsThatVelGLHasSeen) {
+    const auto keeper = makeContext();
+    BufferObject buffer;
+    {
+        const auto context = makeContext(keeper.get());
+        ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
+        context->doneCurrent();
+    }
+    const auto next = makeContext(keeper.get());
+    EXPECT_EQ(buffer.readBack().size(), 12);
+    next->doneCurrent();
+}
+
+TEST_F(QtContextsTest, HeadlessContextSharesWithAContextOfQtIfThatIsOneOfEgl) {
+    auto qtContext = makeContext();
+    BufferObject buffer;
+    ASSERT_TRUE(buffer.uploadGLuintData(kValues, 3, GL_STATIC_DRAW));
     OpenGLDeviceContext::HeadlessOptions options;
     options.shareWith = OpenGLDeviceContext::current();
     QString error;
-    EXPECT_FALSE(OpenGLDeviceContext::createHeadless(options, error));
-    EXPECT_EQ(error, QStringLiteral("No OpenGL context could be made. Tried: the context to share with was "
-                                    "not created by EGL"));
+    auto headless = OpenGLDeviceContext::createHeadless(options, error);
     qtContext->doneCurrent();
+    if (qgetenv("QT_XCB_GL_INTEGRATION") != "xcb_egl") {
+        EXPECT_FALSE(headless);
+        EXPECT_EQ(error,
+                  QStringLiteral("No OpenGL context could be made. Tried: the context to share with was "
+                                 "not created by EGL"));
+        return;
+    }
+    ASSERT_TRUE(headless) << error.toStdString();
+    qtContext.reset();
+    ASSERT_TRUE(headless->makeCurrent());
+    EXPECT_EQ(buffer.readBack().size(), 12) << "the group outlives Qt's context";
+    headless->doneCurrent();
+    headless.reset();
+    const auto next = makeContext();
+    EXPECT_EQ(buffer.name(), 0U);
+    EXPECT_TRUE(buffer.bind()) << "the group has ended";
+    buffer.unbind();
+    next->doneCurrent();
 }
 
-TEST_F(GlxTest, HeadlessContextBesideAGlxContextWorksOrReportsBadAccess) {
+TEST_F(QtContextsTest, HeadlessContextBesideAGlxContextWorksOrReportsBadAccess) {
     const auto qtContext = makeContext();
     const auto native = OpenGLDeviceContext::current();
     QString error;
