@@ -1,7 +1,7 @@
-// Suppresses leak reports for memory that the software driver and its loader keep until the process ends, and
-// for the cache of LoadTexture, which intentionally keeps its textures. The sanitizer's runtime finds these
-// functions by name, so they have to be visible. It prints no list of suppressions, because tests compare the
-// output of programs.
+// Suppresses leak reports for memory that the software driver, its loader and Qt keep until the process ends,
+// and for the cache of LoadTexture, which intentionally keeps its textures. The sanitizer's runtime finds
+// these functions by name, so they have to be visible. It prints no list of suppressions, because tests
+// compare the output of programs.
 #define VISIBLE extern "C" __attribute__((visibility("default")))
 
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the sanitizer's names
@@ -14,7 +14,9 @@ const char* __lsan_default_suppressions() {
            "leak:libGLX_mesa.so\n"
            "leak:libLLVM\n"
            "leak:swrast_dri.so\n"
-           "leak:__argz_add_sep\n" // LOCPATH, by the C library
+           "leak:libdbus-1.so\n"     // by QApplication
+           "leak:libfontconfig.so\n" // by QApplication
+           "leak:__argz_add_sep\n"   // LOCPATH, by the C library
            "leak:Atelier::Vel::LoadTexture\n";
 }
 

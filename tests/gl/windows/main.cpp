@@ -9,6 +9,11 @@
 
 #include <gmock/gmock.h>
 
+#include "support/sanitizer.h"
+#if VELMODEL_ADDRESS_SANITIZER
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace {
 
 constexpr int kSkipped = 77; // SKIP_RETURN_CODE in CMakeLists.txt
@@ -42,6 +47,16 @@ int skip(const std::string& reason) {
     return kSkipped;
 }
 
+/// Runs the tests and then the sanitizer's check for leaks, if this program has one. The application still
+/// exists: its destructor unloads the driver, after which memory that the driver keeps counts as leaked.
+int runTests() {
+    const int result = RUN_ALL_TESTS();
+#if VELMODEL_ADDRESS_SANITIZER
+    __lsan_do_leak_check();
+#endif
+    return result;
+}
+
 /// Leaves out the tests of a suite.
 void leaveOut(const std::string& suite) {
     std::string& filter = testing::GTEST_FLAG(filter);
@@ -63,7 +78,7 @@ int main(int argc, char** argv) {
         return skip("no X server: xvfb-run is missing");
     const std::string reason = obstacle();
     if (reason.empty())
-        return RUN_ALL_TESTS();
+        return runTests();
     // Every driver of X makes contexts through GLX, but not every one through EGL.
     if (wantsEgl())
         return skip(reason);
