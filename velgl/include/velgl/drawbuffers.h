@@ -85,6 +85,8 @@ public:
     void draw(int first, int count);
 
 private:
+    friend struct DrawBuffersAccess;
+
     struct Data;
     std::unique_ptr<Data> _data;
 };

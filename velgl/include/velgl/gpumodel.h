@@ -6,6 +6,7 @@
 #include <QtCore/QString>
 #include <QtGui/QVector3D>
 
+#include <velgl/drawoptions.h>
 #include <velgl/velgl_export.h>
 
 namespace Atelier::Vel {
@@ -125,6 +126,8 @@ public:
     /// the same textures, one glMultiDrawElementsIndirect, or one for each command where the driver has no
     /// shader draw parameters. The first call uploads commands and collections, and loads textures.
     void draw();
+    /// The same with options.
+    void draw(const DrawOptions& options);
 
 private:
     struct Data;

@@ -58,6 +58,8 @@ public:
     QByteArray readBack();
 
 private:
+    friend struct CollectionAccess;
+
     // The GL name of the storage buffer in the current context; 0 when there is none.
     unsigned int storage(int itemCount);
 

@@ -33,6 +33,7 @@ public:
         /// null for none. `device` is ignored then.
         QSharedPointer<OpenGLDeviceContext> shareWith;
         bool directStateAccess = true; ///< false: VelGL works as if the driver did not have it
+        bool multiBind = true;         ///< false: VelGL works as if the driver did not have it
         bool drawParameters = true;    ///< false: VelGL works as if the driver did not have them
     };
 

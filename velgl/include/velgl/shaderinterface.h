@@ -18,8 +18,9 @@ enum class ShaderStage { Vertex, Fragment };
 /// The names of the plans that a shader is written for. A plan that is not registered, or an empty name,
 /// declares nothing.
 struct ShaderPlans {
-    QString materials; ///< for example "OBJMaterial"
-    QString instances; ///< for example "InstanceInfo"
+    QString materials;                 ///< for example "OBJMaterial"
+    QString instances;                 ///< for example "InstanceInfo"
+    unsigned int firstTextureUnit = 0; ///< see DrawOptions::firstTextureUnit
 };
 
 /// Writes the GLSL declarations of everything that GPUModel::draw() hands to a shader. They come from the

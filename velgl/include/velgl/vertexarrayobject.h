@@ -68,6 +68,8 @@ public:
     QString label() const;
 
 private:
+    friend struct VertexArrayAccess;
+
     struct Data;
     std::unique_ptr<Data> _data;
 };

@@ -31,6 +31,7 @@ ContextGL::ContextGL(const NativeContext& native, std::shared_ptr<ShareGroup> gr
                        .arg(driverText(GL_VENDOR), driverText(GL_RENDERER), driverText(GL_VERSION));
     _features.directStateAccess =
         wanted.directStateAccess && (_version >= 45 || epoxy_has_gl_extension("GL_ARB_direct_state_access"));
+    _features.multiBind = wanted.multiBind && (_version >= 44 || epoxy_has_gl_extension("GL_ARB_multi_bind"));
     _features.drawParameters =
         wanted.drawParameters && (_version >= 46 || epoxy_has_gl_extension("GL_ARB_shader_draw_parameters"));
     logDebugMessages();

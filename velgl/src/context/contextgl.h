@@ -12,6 +12,7 @@ namespace Atelier::Vel {
 /// Optional features of a context, which the minimum version of OpenGL does not guarantee.
 struct ContextFeatures {
     bool directStateAccess = true;
+    bool multiBind = true;      ///< glBindTextures() and glBindSamplers()
     bool drawParameters = true; ///< a vertex shader can read the number of the draw within a multi-draw
 };
 

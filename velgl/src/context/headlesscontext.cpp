@@ -143,7 +143,7 @@ QSharedPointer<OpenGLDeviceContext> createOn(EGLDisplay display, const Options& 
                       .arg(kMinVersion % 10);
         return {};
     }
-    const ContextFeatures features{options.directStateAccess, options.drawParameters};
+    const ContextFeatures features{options.directStateAccess, options.multiBind, options.drawParameters};
     ContextTable& table = ContextTable::instance();
     auto group = options.shareWith ? ContextAccess::gl(*options.shareWith)->group()
                                    : table.makeGroup(ShareGroup::Origin::VelGL);

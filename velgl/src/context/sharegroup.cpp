@@ -11,10 +11,25 @@ quint64 nextSerial() {
 
 } // namespace
 
-ShareGroup::ShareGroup(Origin origin)
-    : _serial(nextSerial()), _origin(origin), _isQts(origin == Origin::Qt) {
+ShareGroup::ShareGroup(Origin origin) : _serial(nextSerial()), _origin(origin), _isQts(origin == Origin::Qt) {
     if (origin != Origin::Qt)
         _mark.emplace(ContextMark::Of::Group);
+}
+
+std::shared_ptr<const LinkedProgram> ShareGroup::linkedProgram(unsigned int name) const {
+    const std::lock_guard lock(_programMutex);
+    const auto known = _programs.find(name);
+    return known != _programs.end() ? known->second : nullptr;
+}
+
+void ShareGroup::addLinkedProgram(unsigned int name, std::shared_ptr<const LinkedProgram> linked) {
+    const std::lock_guard lock(_programMutex);
+    _programs[name] = std::move(linked);
+}
+
+void ShareGroup::removeLinkedProgram(unsigned int name) noexcept {
+    const std::lock_guard lock(_programMutex);
+    _programs.erase(name);
 }
 
 void ShareGroup::removeContext() noexcept {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <unordered_map>
 
 #include <QtCore/QtGlobal>
 
@@ -9,6 +10,8 @@
 #include "context/glnamespace.h"
 
 namespace Atelier::Vel {
+
+struct LinkedProgram;
 
 /// The name space of a group of sharing contexts.
 ///
@@ -32,6 +35,11 @@ public:
     /// Returns: whether the group has a mark, and the natively current context sees it.
     bool isMarkCurrent() const noexcept { return _mark && _mark->isCurrent(); }
 
+    /// What was looked up of a program of this group when it was linked; null for a program of other code.
+    std::shared_ptr<const LinkedProgram> linkedProgram(unsigned int name) const;
+    void addLinkedProgram(unsigned int name, std::shared_ptr<const LinkedProgram> linked);
+    void removeLinkedProgram(unsigned int name) noexcept;
+
     /// Count the known contexts of the group.
     void addContext() { ++_contextCount; }
     void removeContext() noexcept;
@@ -44,6 +52,8 @@ private:
     std::optional<ContextMark> _mark;
     std::atomic<int> _contextCount{0};
     std::atomic<bool> _isQts;
+    mutable std::mutex _programMutex;
+    std::unordered_map<unsigned int, std::shared_ptr<const LinkedProgram>> _programs;
 };
 
 } // namespace Atelier::Vel

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <typeinfo>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
@@ -11,11 +12,12 @@
 #include "context/currentcontext.h"
 #include "context/glerrors.h"
 #include "context/log.h"
+#include "drawing/drawbuffersaccess.h"
 #include "objects/bufferoperations.h"
 #include "objects/glnames.h"
 #include "objects/scalartype.h"
+#include "objects/vertexarrayaccess.h"
 #include "state/primitiverestart.h"
-#include "state/programinputs.h"
 
 namespace Atelier::Vel {
 
@@ -23,49 +25,44 @@ namespace {
 
 using Command = DrawElementsIndirectCommand;
 
-struct Range {
-    int first;
-    int end; // one beyond the last; not above `first` in an empty range
-};
-
 // The part of `first` to `first + count - 1` that exists. In 64 bits, since both may be any number.
-Range existing(int first, int count, int size) {
+CommandRange existing(int first, int count, int size) {
     const qint64 end = std::clamp<qint64>(qint64(first) + count, 0, size);
     return {std::max(first, 0), static_cast<int>(end)};
 }
 
-void setUniform(GLuint program, const char* name, GLint value) {
-    const GLint location = glGetUniformLocation(program, name);
-    if (location >= 0)
-        glProgramUniform1i(program, location, value);
+// A vertex array of a derived class is bound by its own functions.
+bool isPlain(const VertexArrayObject& vao) {
+    return typeid(vao) == typeid(VertexArrayObject);
 }
 
-// Errors from before a draw are logged separately: the draw did not cause them.
-void reportEarlierErrors(const QString& label) {
-    const QString errors = takeErrors();
-    if (!errors.isEmpty())
-        qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
-                  qPrintable(label));
+// Requires: the vertex array and the buffer of commands are bound.
+void multiDraw(GLenum mode, GLenum indexType, CommandRange range) {
+    const auto offset = static_cast<std::uintptr_t>(range.first) * sizeof(Command);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL takes it
+    const auto* start = reinterpret_cast<const void*>(offset);
+    glMultiDrawElementsIndirect(mode, indexType, start, range.end - range.first, 0);
 }
 
-void reportErrorsOfDraw(const QString& label) {
-    const QString errors = takeErrors();
-    if (!errors.isEmpty())
-        qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(label), qPrintable(errors));
-}
-
-// Binds a vertex array and unbinds it on destruction, also when a draw throws.
-class ScopedVertexArray {
+// Binds the vertex array of a drawable and unbinds it on destruction.
+class ScopedDrawBuffers {
 public:
-    explicit ScopedVertexArray(VertexArrayObject& vao) : _vao(vao), _isBound(vao.bind()) {}
-    ~ScopedVertexArray() { _vao.unbind(); }
-    ScopedVertexArray(const ScopedVertexArray&) = delete;
-    ScopedVertexArray& operator=(const ScopedVertexArray&) = delete;
+    ScopedDrawBuffers(DrawBuffers& buffers, const ContextGL& gl)
+        : _buffers(buffers),
+          _previous(currentName(GL_VERTEX_ARRAY_BINDING)),
+          _isBound(DrawBuffersAccess::bind(buffers, gl)) {}
+    ~ScopedDrawBuffers() {
+        DrawBuffersAccess::unbind(_buffers);
+        rebindVertexArray(_previous);
+    }
+    ScopedDrawBuffers(const ScopedDrawBuffers&) = delete;
+    ScopedDrawBuffers& operator=(const ScopedDrawBuffers&) = delete;
 
     bool isBound() const { return _isBound; }
 
 private:
-    VertexArrayObject& _vao;
+    DrawBuffers& _buffers;
+    GLuint _previous;
     bool _isBound;
 };
 
@@ -84,43 +81,57 @@ struct DrawBuffers::Data {
         0; // size of the index buffer that the commands in `commandBuffers` were checked against
     FailureReport report{"Draw commands of"};
     int checkedCount = 0; // the first commands, whose draws have been checked for errors
+    quint64 commandRevision = 1;
 
     QString label() const { return vao ? vao->label() : QString(); }
     quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
     const GLName* commandBufferIn(const ContextGL& gl);
+    quint64 availableIndices() const;
     QVector<Command> safeCommands() const;
+    void warnOfRefused(const QVector<Command>& safe) const;
     bool canDraw() const;
-    void drawRange(const ContextGL& gl, const GLName& commandBuffer, GLuint program, Range range) const;
-    void drawCommands(GLuint program, int first, int count) const;
+    void dropCommandBuffers();
 };
+
+quint64 DrawBuffers::Data::availableIndices() const {
+    const quint64 announced = quint64(std::max(indexCount, 0));
+    const int size = scalarSize(indexType);
+    return size > 0 ? std::min(announced, indexBytes() / quint64(size)) : announced;
+}
 
 // The commands, with a count of 0 for each that reaches beyond the announced indices or those in the buffer.
 QVector<Command> DrawBuffers::Data::safeCommands() const {
-    quint64 available = quint64(std::max(indexCount, 0));
-    if (const int size = scalarSize(indexType))
-        available = std::min(available, indexBytes() / quint64(size));
+    const quint64 available = availableIndices();
     QVector<Command> safe = commands;
+    for (Command& command : safe)
+        if (quint64(command.firstIndex) + command.count > available)
+            command.count = 0;
+    return safe;
+}
+
+void DrawBuffers::Data::warnOfRefused(const QVector<Command>& safe) const {
     int refused = 0;
-    for (Command& command : safe) {
-        if (quint64(command.firstIndex) + command.count <= available)
-            continue;
-        command.count = 0;
-        ++refused;
-    }
+    for (int i = 0; i < safe.size(); ++i)
+        refused += safe[i].count != commands[i].count;
     if (refused > 0)
         qCWarning(velglLog, "%d of %d draw commands reach beyond the %llu indices; they draw nothing",
-                  refused, safe.size(), available);
-    return safe;
+                  refused, safe.size(), availableIndices());
+}
+
+void DrawBuffers::Data::dropCommandBuffers() {
+    commandBuffers = {};
+    ++commandRevision;
 }
 
 const GLName* DrawBuffers::Data::commandBufferIn(const ContextGL& gl) {
     if (const quint64 bytes = indexBytes(); bytes != checkedBytes) {
-        commandBuffers = {};
+        dropCommandBuffers();
         checkedBytes = bytes;
     }
     if (const GLName* name = commandBuffers.find(*gl.group()))
         return name;
     const QVector<Command> safe = safeCommands();
+    warnOfRefused(safe);
     GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
     const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
     if (!buffer.isAlive() || !fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW)) {
@@ -138,27 +149,79 @@ bool DrawBuffers::Data::canDraw() const {
     return vao && indices && isIndexType && indices->name() != 0 && indexBytes() > 0;
 }
 
-// Requires: the vertex array and the buffer of commands are bound.
-void DrawBuffers::Data::drawCommands(GLuint program, int first, int count) const {
-    setUniform(program, "velgl_firstCommand", first);
-    const auto offset = static_cast<std::uintptr_t>(first) * sizeof(Command);
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset into the bound buffer, as OpenGL takes it
-    const auto* start = reinterpret_cast<const void*>(offset);
-    glMultiDrawElementsIndirect(primitiveType, indexType, start, count, 0);
+unsigned int DrawBuffersAccess::prepare(DrawBuffers& buffers, const ContextGL& gl,
+                                        const DrawProgram& program) {
+    DrawBuffers::Data& data = *buffers._data;
+    if (program.isNull() || !data.canDraw())
+        return 0;
+    const GLName* commands = data.commandBufferIn(gl);
+    if (!commands || (isPlain(*data.vao) && !VertexArrayAccess::prepare(*data.vao, gl, program)))
+        return 0;
+    return commands->value();
 }
 
-void DrawBuffers::Data::drawRange(const ContextGL& gl, const GLName& commandBuffer, GLuint program,
-                                  Range range) const {
-    vao->setIndexBuffer(indices);
-    const ScopedVertexArray scope(*vao);
-    if (!scope.isBound())
-        return;
-    const ScopedPrimitiveRestart restart(primitiveType);
-    const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commandBuffer.value());
+bool DrawBuffersAccess::bind(DrawBuffers& buffers, const ContextGL& gl) {
+    DrawBuffers::Data& data = *buffers._data;
+    data.vao->setIndexBuffer(data.indices);
+    if (!isPlain(*data.vao))
+        return data.vao->bind();
+    VertexArrayAccess::bind(*data.vao, gl, data.indices->name());
+    return true;
+}
+
+void DrawBuffersAccess::unbind(DrawBuffers& buffers) {
+    if (!isPlain(*buffers._data->vao))
+        buffers._data->vao->unbind();
+}
+
+void DrawBuffersAccess::draw(const DrawBuffers& buffers, const ContextGL& gl, const DrawProgram& program,
+                             CommandRange range) {
     // Without draw parameters a shader gets the number of the command from the uniform alone.
     const int commandsPerCall = gl.features().drawParameters ? range.end - range.first : 1;
-    for (int command = range.first; command < range.end; command += commandsPerCall)
-        drawCommands(program, command, commandsPerCall);
+    for (int command = range.first; command < range.end; command += commandsPerCall) {
+        program.setFirstCommand(command);
+        multiDraw(buffers.primitiveType(), buffers.indexType(), {command, command + commandsPerCall});
+    }
+}
+
+void DrawBuffersAccess::useBaseInstances(const DrawProgram& program) noexcept {
+    program.setFirstCommand(-1); // see shaderInterface()
+}
+
+int DrawBuffersAccess::commandCount(const DrawBuffers& buffers) {
+    return buffers._data->commands.size();
+}
+
+void DrawBuffersAccess::drawNumbered(const DrawBuffers& buffers, CommandRange range) {
+    multiDraw(buffers.primitiveType(), buffers.indexType(), range);
+}
+
+QVector<Command> DrawBuffersAccess::safeCommands(const DrawBuffers& buffers) {
+    return buffers._data->safeCommands();
+}
+
+quint64 DrawBuffersAccess::commandRevision(const DrawBuffers& buffers) {
+    return buffers._data->commandRevision;
+}
+
+bool DrawBuffersAccess::isFirstDraw(const DrawBuffers& buffers, int end) {
+    return end > buffers._data->checkedCount;
+}
+
+// Errors from before a draw are logged separately: the draw did not cause them.
+void DrawBuffersAccess::reportEarlierErrors(const DrawBuffers& buffers) {
+    const QString errors = takeErrors();
+    if (!errors.isEmpty())
+        qCWarning(velglLog, "OpenGL had noted %s before '%s' was drawn first", qPrintable(errors),
+                  qPrintable(buffers._data->label()));
+}
+
+void DrawBuffersAccess::reportErrorsOfDraw(DrawBuffers& buffers, int end) {
+    const QString errors = takeErrors();
+    if (!errors.isEmpty())
+        qCWarning(velglLog, "'%s' could not be drawn (%s)", qPrintable(buffers._data->label()),
+                  qPrintable(errors));
+    buffers._data->checkedCount = std::max(buffers._data->checkedCount, end);
 }
 
 DrawBuffers::DrawBuffers(QObject* parent) : QObject(parent), _data(std::make_unique<Data>()) {}
@@ -179,7 +242,7 @@ void DrawBuffers::setIndexedDraw(QSharedPointer<BufferObject> indices, int count
     _data->indices = std::move(indices);
     _data->indexCount = count;
     _data->indexType = type;
-    _data->commandBuffers = {};
+    _data->dropCommandBuffers();
 }
 
 QSharedPointer<BufferObject> DrawBuffers::indexBuffer() const {
@@ -214,7 +277,7 @@ void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectComm
     _data->commands.clear();
     if (commands && count > 0)
         _data->commands = QVector<Command>(commands, commands + count);
-    _data->commandBuffers = {};
+    _data->dropCommandBuffers();
 }
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands() const {
@@ -233,22 +296,28 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
 }
 
 void DrawBuffers::draw(int first, int count) {
-    const ContextGL* gl = enterCurrentContext();
-    const Range range = existing(first, count, _data->commands.size());
-    const GLuint program = gl ? currentVertexProgram() : 0;
-    if (program == 0 || range.end <= range.first || !_data->canDraw())
+    const ContextScope scope;
+    const ContextGL* gl = scope.gl();
+    const CommandRange range = existing(first, count, _data->commands.size());
+    if (!gl || range.end <= range.first)
         return;
-    const GLName* commands = _data->commandBufferIn(*gl);
-    if (!commands)
+    const DrawProgram program = DrawProgram::current(*gl);
+    const GLuint commands = DrawBuffersAccess::prepare(*this, *gl, program);
+    if (commands == 0)
         return;
     // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
-    const bool isFirstDraw = range.end > _data->checkedCount;
+    const bool isFirstDraw = DrawBuffersAccess::isFirstDraw(*this, range.end);
     if (isFirstDraw)
-        reportEarlierErrors(_data->label());
-    _data->drawRange(*gl, *commands, program, range);
+        DrawBuffersAccess::reportEarlierErrors(*this);
+    {
+        const ScopedDrawBuffers vertexArray(*this, *gl);
+        const ScopedPrimitiveRestart restart(_data->primitiveType);
+        const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands);
+        if (vertexArray.isBound())
+            DrawBuffersAccess::draw(*this, *gl, program, range);
+    }
     if (isFirstDraw)
-        reportErrorsOfDraw(_data->label());
-    _data->checkedCount = std::max(_data->checkedCount, range.end);
+        DrawBuffersAccess::reportErrorsOfDraw(*this, range.end);
 }
 
 } // namespace Atelier::Vel

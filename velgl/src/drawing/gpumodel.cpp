@@ -138,11 +138,13 @@ bool GPUModel::isUsable() const {
 }
 
 void GPUModel::draw() {
+    draw(DrawOptions());
+}
+
+void GPUModel::draw(const DrawOptions& options) {
     const ContextScope scope;
-    if (!scope.gl() || !_data->content.isReady(*scope.gl(), *this, _data->drawables))
-        return;
-    for (const std::unique_ptr<ModelDrawable>& drawable : _data->drawables)
-        drawDrawable(*drawable, _data->textures);
+    if (scope.gl() && _data->content.isReady(*scope.gl(), *this, _data->drawables))
+        drawModel(*scope.gl(), _data->drawables, _data->textures, options);
 }
 
 } // namespace Atelier::Vel

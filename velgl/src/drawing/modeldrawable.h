@@ -9,15 +9,18 @@
 #include <velgl/instancedatacollection.h>
 
 #include "drawing/commandnames.h"
-#include "drawing/modeltextures.h"
+#include "drawing/orderedcommands.h"
+#include "drawing/texturesets.h"
 
 namespace Atelier::Vel {
 
-/// Consecutive commands whose materials have the same textures.
-struct TextureRun {
-    int first = 0;
-    int count = 0;
-    std::vector<ModelTexture> textures; ///< by texture unit
+/// What the current draw needs of a drawable, as GL names.
+struct PreparedDrawable {
+    bool isDrawn = false;
+    unsigned int commands = 0;
+    unsigned int sortedCommands = 0; ///< 0 if the commands are drawn as given
+    unsigned int materials = 0;      ///< 0 for what the client has bound
+    unsigned int instances = 0;
 };
 
 /// One drawable of a model with all that belongs to it.
@@ -28,8 +31,9 @@ struct ModelDrawable {
     quint64 key = 0;
     CommandNames materialNames;
     CommandNames objectNames;
-    std::vector<TextureRun> runs; ///< as of the last draw
-    const InstanceDataPlan* runsPlan = nullptr;
+    TextureSets textures;
+    OrderedCommands ordered;
+    PreparedDrawable prepared;
 };
 
 using ModelDrawables = std::vector<std::unique_ptr<ModelDrawable>>;

@@ -1,4 +1,4 @@
-#include "state/scopedbinding.h"
+#include "state/drawstate.h"
 
 #include "drawing/modeldrawing.h"
 
@@ -6,145 +6,146 @@
 
 #include <velgl/instancedataplan.h>
 #include <velgl/shaderinterface.h>
-#include <velgl/texturemanager.h>
 
-#include "context/currentcontext.h"
-#include "objects/textureaccess.h"
-#include "state/programinputs.h"
-#include "state/scopedstorage.h"
+#include "drawing/drawbuffersaccess.h"
+#include "instances/collectionaccess.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-static_assert(InstanceDataPlan::kMaxTextures <= 32,
-              "the uniform velgl_textures has one bit for each texture");
+static_assert(kMaterialsBinding < DrawState::kStorageCount && kInstancesBinding < DrawState::kStorageCount);
 
-ModelTexture textureOf(const InstanceData& material, const QString& member) {
-    ModelTexture texture;
-    texture.isPresent = material.hasTexture(member);
-    texture.path = material.texturePath(member);
-    texture.object = material.texture(member);
-    return texture;
-}
-
-std::vector<ModelTexture> texturesOf(const InstanceData& material, const QStringList& members) {
-    std::vector<ModelTexture> textures;
-    for (const QString& member : members)
-        textures.push_back(textureOf(material, member));
-    return textures;
-}
-
-bool haveSameSources(const std::vector<ModelTexture>& a, const std::vector<ModelTexture>& b) {
-    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), haveSameSource);
-}
-
-std::vector<TextureRun> runsOf(const ModelDrawable& drawable, const InstanceDataPlan* plan,
-                               int commandCount) {
-    const QStringList members = plan ? plan->textureNames() : QStringList();
-    const QList<InstanceData> items =
-        drawable.materials ? drawable.materials->items() : QList<InstanceData>();
-    std::vector<TextureRun> runs;
-    for (int command = 0; command < commandCount; ++command) {
-        std::vector<ModelTexture> textures =
-            texturesOf(command < items.size() ? items[command] : InstanceData(), members);
-        if (runs.empty() || !haveSameSources(runs.back().textures, textures))
-            runs.push_back({command, 0, std::move(textures)});
-        ++runs.back().count;
-    }
-    return runs;
-}
-
-int commandCount(const std::vector<TextureRun>& runs) {
-    return runs.empty() ? 0 : runs.back().first + runs.back().count;
-}
-
-void updateRuns(ModelDrawable& drawable) {
-    const InstanceDataPlan* plan = drawable.materials ? drawable.materials->plan() : nullptr;
-    const int count = drawable.buffers->drawElementsIndirectCommands().size();
-    if (drawable.runsPlan == plan && commandCount(drawable.runs) == count)
-        return;
-    drawable.runs = runsOf(drawable, plan, count);
-    drawable.runsPlan = plan;
-}
-
-// Binds a texture, and no sampler, to a unit; restores the unit on destruction.
-class TextureOnUnit {
-public:
-    TextureOnUnit(GLuint unit, GLuint texture) : _unit(unit) {
-        const ScopedTextureUnit active(unit);
-        _sampler = currentName(GL_SAMPLER_BINDING);
-        _previous = currentName(GL_TEXTURE_BINDING_2D);
-        glBindTexture(GL_TEXTURE_2D, texture);
-        glBindSampler(unit, 0);
-    }
-    ~TextureOnUnit() {
-        const ScopedTextureUnit active(_unit);
-        rebindTexture(GL_TEXTURE_2D, _previous);
-        glBindSampler(_unit, glIsSampler(_sampler) ? _sampler : 0);
-    }
-    TextureOnUnit(const TextureOnUnit&) = delete;
-    TextureOnUnit& operator=(const TextureOnUnit&) = delete;
-
-private:
-    GLuint _unit;
-    GLuint _sampler = 0;
-    GLuint _previous = 0;
-};
-
-void setTexturePresence(const std::vector<ModelTexture>& textures) {
-    GLuint present = 0;
-    for (std::size_t unit = 0; unit < textures.size(); ++unit)
-        if (textures[unit].isPresent)
-            present |= 1U << unit;
-    for (const GLuint program : {currentVertexProgram(), currentFragmentProgram()}) {
-        const GLint location = program ? glGetUniformLocation(program, "velgl_textures") : -1;
-        if (location >= 0)
-            glProgramUniform1i(program, location, static_cast<GLint>(present));
-    }
-}
-
-// Binds a collection if it has a layout; otherwise the binding point is left to the client.
+// Finds the buffer of a collection if it has a layout; otherwise the binding point is left to the client.
 // Returns: false if there is a layout and the items cannot be stored. A shader would then read other data, so
 // the draw must be skipped.
-bool bindCollection(InstanceDataCollection* collection, GLuint point, int count) {
+bool findStorage(InstanceDataCollection* collection, int count, GLuint& storage) {
     const InstanceDataPlan* plan = collection ? collection->plan() : nullptr;
-    return !plan || plan->stride() == 0 || count == 0 || collection->bindStorage(point, count);
+    if (!plan || plan->stride() == 0 || count == 0)
+        return true;
+    storage = CollectionAccess::storage(*collection, count);
+    return storage != 0;
 }
 
-// Returns: the name of the texture, or that of a white one if it is not two-dimensional or cannot be bound.
-GLuint drawableName(const ContextGL& gl, ModelTexture& texture, ModelTextures& textures) {
-    Texture* const white = TextureManager::Instance().colorTexture(Qt::white);
-    Texture* const found = textures.find(texture, white);
-    const GLuint name = found->target() == GL_TEXTURE_2D ? TextureAccess::nameIn(gl, *found) : 0;
-    return name != 0 ? name : TextureAccess::nameIn(gl, *white);
+PreparedDrawable prepared(const ContextGL& gl, ModelDrawable& drawable, ModelTextures& textures,
+                          const DrawProgram& program, DrawOrder order) {
+    PreparedDrawable result;
+    TextureSets& sets = drawable.textures;
+    sets.update(drawable.materials.get(), DrawBuffersAccess::commandCount(*drawable.buffers));
+    if (!findStorage(drawable.materials.get(), sets.commandCount(), result.materials) ||
+        !findStorage(drawable.instances.get(), sets.commandCount(), result.instances))
+        return result;
+    sets.updateNames(gl, textures);
+    result.commands = DrawBuffersAccess::prepare(*drawable.buffers, gl, program);
+    if (order == DrawOrder::ByTextures && result.commands != 0 && gl.features().drawParameters &&
+        sets.setCount() > 1)
+        result.sortedCommands = drawable.ordered.update(gl, *drawable.buffers, sets);
+    result.isDrawn = result.commands != 0;
+    return result;
 }
 
-void drawRun(const ContextGL& gl, DrawBuffers& buffers, TextureRun& run, ModelTextures& textures) {
-    std::vector<std::unique_ptr<TextureOnUnit>> bound;
-    for (std::size_t unit = 0; unit < run.textures.size(); ++unit) {
-        const GLuint name = drawableName(gl, run.textures[unit], textures);
-        bound.push_back(std::make_unique<TextureOnUnit>(static_cast<GLuint>(unit), name));
+// Draws one set of textures after the other, in the order that was prepared.
+class SetDrawing {
+public:
+    SetDrawing(const ContextGL& gl, DrawState& state, const DrawProgram& program)
+        : _gl(gl), _state(state), _program(program) {}
+
+    void draw(const ModelDrawable& drawable, bool isSorted) {
+        if (isSorted)
+            drawSorted(drawable);
+        else
+            drawAsGiven(drawable);
     }
-    setTexturePresence(run.textures);
-    buffers.draw(run.first, run.count);
+
+private:
+    void drawAsGiven(const ModelDrawable& drawable) {
+        for (const TextureRun& run : drawable.textures.runs()) {
+            use(drawable.textures, run.set);
+            DrawBuffersAccess::draw(*drawable.buffers, _gl, _program, {run.first, run.first + run.count});
+        }
+    }
+    void drawSorted(const ModelDrawable& drawable) {
+        const std::vector<int>& starts = drawable.ordered.starts();
+        DrawBuffersAccess::useBaseInstances(_program);
+        for (int set = 0; set < drawable.textures.setCount(); ++set) {
+            use(drawable.textures, set);
+            const auto index = static_cast<std::size_t>(set);
+            DrawBuffersAccess::drawNumbered(*drawable.buffers, {starts[index], starts[index + 1]});
+        }
+    }
+    void use(const TextureSets& sets, int set) {
+        _state.bindTextures(sets.names(set), static_cast<GLuint>(sets.unitCount()));
+        const int presence = sets.presence(set);
+        if (_isPresenceSet && presence == _presence)
+            return;
+        _program.setTextures(presence);
+        _presence = presence;
+        _isPresenceSet = true;
+    }
+
+    const ContextGL& _gl;
+    DrawState& _state;
+    const DrawProgram& _program;
+    int _presence = 0;
+    bool _isPresenceSet = false;
+};
+
+// Binds the vertex array of a drawable; a derived one is unbound on destruction.
+class BoundDrawBuffers {
+public:
+    BoundDrawBuffers(DrawBuffers& buffers, const ContextGL& gl)
+        : _buffers(buffers), _isBound(DrawBuffersAccess::bind(buffers, gl)) {}
+    ~BoundDrawBuffers() { DrawBuffersAccess::unbind(_buffers); }
+    BoundDrawBuffers(const BoundDrawBuffers&) = delete;
+    BoundDrawBuffers& operator=(const BoundDrawBuffers&) = delete;
+
+    bool isBound() const { return _isBound; }
+
+private:
+    DrawBuffers& _buffers;
+    bool _isBound;
+};
+
+void drawPrepared(const ContextGL& gl, ModelDrawable& drawable, const PreparedDrawable& prepared,
+                  DrawState& state, SetDrawing& drawing) {
+    state.bindStorage(kMaterialsBinding, prepared.materials);
+    state.bindStorage(kInstancesBinding, prepared.instances);
+    state.setPrimitiveMode(drawable.buffers->primitiveType());
+    const BoundDrawBuffers bound(*drawable.buffers, gl);
+    const bool isSorted = prepared.sortedCommands != 0;
+    glBindBuffer(GL_DRAW_INDIRECT_BUFFER, isSorted ? prepared.sortedCommands : prepared.commands);
+    if (bound.isBound())
+        drawing.draw(drawable, isSorted);
 }
 
 } // namespace
 
-void drawDrawable(ModelDrawable& drawable, ModelTextures& textures) {
-    const ContextScope scope;
-    if (!scope.gl())
+void drawModel(const ContextGL& gl, ModelDrawables& drawables, ModelTextures& textures,
+               const DrawOptions& options) {
+    const DrawProgram program =
+        options.program ? DrawProgram::of(gl, *options.program) : DrawProgram::current(gl);
+    if (program.isNull())
         return;
-    updateRuns(drawable);
-    const int count = commandCount(drawable.runs);
-    const ScopedStorageBinding materialsBinding(kMaterialsBinding);
-    const ScopedStorageBinding instancesBinding(kInstancesBinding);
-    if (!bindCollection(drawable.materials.get(), kMaterialsBinding, count) ||
-        !bindCollection(drawable.instances.get(), kInstancesBinding, count))
-        return;
-    for (TextureRun& run : drawable.runs)
-        drawRun(*scope.gl(), *drawable.buffers, run, textures);
+    int unitCount = 0;
+    for (const std::unique_ptr<ModelDrawable>& drawable : drawables) {
+        drawable->prepared = prepared(gl, *drawable, textures, program, options.order);
+        unitCount = std::max(unitCount, drawable->textures.unitCount());
+    }
+    DrawState state(options.state, options.program ? program.vertexName() : 0,
+                    {options.firstTextureUnit, static_cast<GLuint>(unitCount)}, gl.features().multiBind);
+    SetDrawing drawing(gl, state, program);
+    for (const std::unique_ptr<ModelDrawable>& drawable : drawables) {
+        if (!drawable->prepared.isDrawn)
+            continue;
+        // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
+        const int end = drawable->textures.commandCount();
+        const bool isFirstDraw = DrawBuffersAccess::isFirstDraw(*drawable->buffers, end);
+        if (isFirstDraw)
+            DrawBuffersAccess::reportEarlierErrors(*drawable->buffers);
+        drawPrepared(gl, *drawable, drawable->prepared, state, drawing);
+        if (isFirstDraw)
+            DrawBuffersAccess::reportErrorsOfDraw(*drawable->buffers, end);
+    }
 }
 
 } // namespace Atelier::Vel

@@ -22,11 +22,6 @@ struct ModelTexture {
     quint64 foundByModel = 0;
 };
 
-/// Whether both come from the same object or path.
-inline bool haveSameSource(const ModelTexture& a, const ModelTexture& b) {
-    return a.isPresent == b.isPresent && a.object == b.object && a.path == b.path;
-}
-
 /// Finds the textures of a model: those of its own loader, which live as long as the model, or else those of
 /// the TextureManager. Each path is asked for once for each loader.
 class ModelTextures {
@@ -36,6 +31,9 @@ public:
     /// Returns: the texture to be bound; `white` for none, one that was deleted, and one that cannot be
     /// loaded.
     Texture* find(ModelTexture& texture, Texture* white);
+
+    /// Returns: a number that grows with each setLoader().
+    quint64 revision() const { return _revision; }
 
 private:
     Texture* load(const QString& path, Texture* white);

@@ -13,7 +13,7 @@ const char kCommandNumber[] = R"(#ifdef GL_ARB_shader_draw_parameters
 #endif
 uniform int velgl_firstCommand;
 #ifdef GL_ARB_shader_draw_parameters
-int velglCommand() { return velgl_firstCommand + gl_DrawIDARB; }
+int velglCommand() { return velgl_firstCommand < 0 ? gl_BaseInstanceARB : velgl_firstCommand + gl_DrawIDARB; }
 #else
 int velglCommand() { return velgl_firstCommand; }
 #endif
@@ -25,9 +25,9 @@ const char kStorage[] =
 Velgl%1 velgl%1(int command) { return velgl_%1s.items[command]; }
 )";
 
-// %1 is the member, %2 its texture unit.
+// %1 is the member, %2 its texture unit, %3 its number.
 const char kTexture[] = R"(layout(binding = %2) uniform sampler2D velgl_%1;
-bool velglHas_%1() { return (velgl_textures & (1 << %2)) != 0; }
+bool velglHas_%1() { return (velgl_textures & (1 << %3)) != 0; }
 )";
 
 QString itemDeclarations(const InstanceDataPlan* plan, const QString& kind, unsigned int binding) {
@@ -37,12 +37,12 @@ QString itemDeclarations(const InstanceDataPlan* plan, const QString& kind, unsi
            QString::fromLatin1(kStorage).arg(kind, QString::number(binding));
 }
 
-QString textureDeclarations(const InstanceDataPlan* plan) {
+QString textureDeclarations(const InstanceDataPlan* plan, int firstUnit) {
     QString text = QStringLiteral("uniform int velgl_textures;\n");
     const QStringList names = plan ? plan->textureNames() : QStringList();
     for (int unit = 0; unit < names.size(); ++unit)
-        text +=
-            QString::fromLatin1(kTexture).arg(InstanceDataPlan::glslName(names[unit]), QString::number(unit));
+        text += QString::fromLatin1(kTexture).arg(InstanceDataPlan::glslName(names[unit]),
+                                                  QString::number(firstUnit + unit), QString::number(unit));
     return text;
 }
 
@@ -57,7 +57,7 @@ QByteArray shaderInterface(ShaderStage stage, const ShaderPlans& plans) {
         text += QLatin1String(kCommandNumber);
     text += itemDeclarations(materials, QStringLiteral("Material"), kMaterialsBinding);
     text += itemDeclarations(instances, QStringLiteral("Instance"), kInstancesBinding);
-    text += textureDeclarations(materials);
+    text += textureDeclarations(materials, static_cast<int>(plans.firstTextureUnit));
     return text.toLatin1();
 }
 

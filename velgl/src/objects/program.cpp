@@ -8,6 +8,7 @@
 #include "context/currentcontext.h"
 #include "objects/glnames.h"
 #include "objects/labels.h"
+#include "objects/linkedprogram.h"
 #include "state/bindingstack.h"
 
 namespace Atelier::Vel {
@@ -71,6 +72,13 @@ bool link(GLuint program, std::initializer_list<const Shader*> shaders) {
 struct Program::Data {
     GLNames names; // one at most: a program is linked in one group of contexts
     BindingStack bindings;
+    std::shared_ptr<ShareGroup> group;
+    GLuint name = 0;
+
+    ~Data() {
+        if (group)
+            group->removeLinkedProgram(name);
+    }
 };
 
 Program::Program() : _data(std::make_unique<Data>()) {}
@@ -102,6 +110,9 @@ std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, con
         error = QStringLiteral("Linking: %1").arg(programLog(name));
         return nullptr;
     }
+    gl->group()->addLinkedProgram(name, LinkedProgram::of(name));
+    program->_data->group = gl->group();
+    program->_data->name = name;
     return program;
 }
 

@@ -38,6 +38,8 @@ struct Texture::Data {
 
 namespace {
 
+std::atomic<quint64> lastRevision{1};
+
 // Requires: the texture is bound to GL_TEXTURE_2D, and the rows in memory are plain.
 void fillWithColor(const QColor& color) {
     const GLubyte texel[] = {static_cast<GLubyte>(color.red()), static_cast<GLubyte>(color.green()),
@@ -97,6 +99,7 @@ GLuint Texture::Data::make(const ContextGL& gl, Texture& texture) {
         const std::lock_guard lock(mutex);
         names.add(std::move(owned));
     }
+    ++lastRevision;
     if (refill)
         fill(name, *gl.group(), texture);
     return find(*gl.group());
@@ -113,6 +116,7 @@ void Texture::Data::fill(GLuint name, const GLNameSpace& group, Texture& texture
     } catch (...) {
         const std::lock_guard lock(mutex);
         names.remove(group);
+        ++lastRevision;
         throw;
     }
     if (isFilled)
@@ -123,6 +127,10 @@ void Texture::Data::fill(GLuint name, const GLNameSpace& group, Texture& texture
         return;
     glBindTexture(target, name);
     fillWithColor(Qt::white);
+}
+
+quint64 TextureAccess::revision() {
+    return lastRevision;
 }
 
 unsigned int TextureAccess::nameIn(const ContextGL& gl, Texture& texture) {
@@ -138,7 +146,9 @@ Texture::Texture(unsigned int target, int internalFormat, int width, int height,
     _data->depth = depth;
 }
 
-Texture::~Texture() = default;
+Texture::~Texture() {
+    ++lastRevision;
+}
 
 std::unique_ptr<Texture> Texture::ofColor(const QColor& color) {
     auto texture = std::make_unique<Texture>(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);

@@ -12,6 +12,9 @@ struct TextureAccess {
     /// where Texture::bind() would fail. Several threads may ask for the same texture, each with its own
     /// context: shared textures, such as solid colours, are drawn in all of them.
     static unsigned int nameIn(const ContextGL& gl, Texture& texture);
+    /// Returns: a number that grows whenever a texture of the process is destroyed or gets a GL name. While
+    /// it stays, so do all names.
+    static quint64 revision();
 };
 
 } // namespace Atelier::Vel

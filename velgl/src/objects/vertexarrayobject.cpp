@@ -9,8 +9,8 @@
 #include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "objects/scalartype.h"
+#include "objects/vertexarrayaccess.h"
 #include "state/bindingstack.h"
-#include "state/programinputs.h"
 
 namespace Atelier::Vel {
 
@@ -70,8 +70,10 @@ struct VertexArrayObject::Data {
     ObjectRecord record{"Vertex array", GL_VERTEX_ARRAY};
 
     ContextArray* arrayIn(const ContextGL& gl);
-    std::vector<Attribute> attributesFor(unsigned int program);
-    void configure(ContextArray& array, std::vector<Attribute> attributes) const noexcept;
+    std::vector<Attribute> attributes; // that the next configure() sets; keeps its memory
+
+    void findAttributes(const DrawProgram& program);
+    void configure(ContextArray& array) const noexcept;
 };
 
 // Returns: null when OpenGL cannot make a vertex array.
@@ -89,12 +91,12 @@ ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     return &arrays.add({std::move(owned), {}, -1});
 }
 
-std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int program) {
-    std::vector<Attribute> attributes;
-    if (program == 0)
-        return attributes;
+void VertexArrayObject::Data::findAttributes(const DrawProgram& program) {
+    attributes.clear();
+    if (program.isNull())
+        return;
     for (const Stream& stream : qAsConst(streams)) {
-        const ProgramInput input = programInput(program, stream.name);
+        const ProgramInput input = program.input(stream.name);
         const unsigned int buffer = stream.buffer ? stream.buffer->name() : 0;
         // A buffer is empty if the driver had no memory for it. Reading from it is undefined.
         if (input.location < 0 || buffer == 0 || stream.buffer->byteCount() == 0)
@@ -107,12 +109,10 @@ std::vector<Attribute> VertexArrayObject::Data::attributesFor(unsigned int progr
                       qPrintable(stream.name), stream.components, stream.type);
         }
     }
-    return attributes;
 }
 
 // Requires: the array is bound.
-void VertexArrayObject::Data::configure(ContextArray& array,
-                                        std::vector<Attribute> attributes) const noexcept {
+void VertexArrayObject::Data::configure(ContextArray& array) const noexcept {
     if (array.revision == revision && array.attributes == attributes)
         return;
     if (array.revision != revision)
@@ -121,7 +121,7 @@ void VertexArrayObject::Data::configure(ContextArray& array,
         glDisableVertexAttribArray(static_cast<GLuint>(attribute.location));
     for (const Attribute& attribute : attributes)
         enable(attribute);
-    array.attributes = std::move(attributes);
+    array.attributes.assign(attributes.cbegin(), attributes.cend());
     array.revision = revision;
 }
 
@@ -153,19 +153,31 @@ void VertexArrayObject::setIndexBuffer(QSharedPointer<BufferObject> indices) {
 
 bool VertexArrayObject::bind() {
     const ContextGL* gl = enterCurrentContext();
-    ContextArray* array = gl ? _data->arrayIn(*gl) : nullptr;
-    if (!array) {
+    // What may throw comes first: nothing is bound then.
+    if (!gl || !VertexArrayAccess::prepare(*this, *gl, DrawProgram::current(*gl))) {
         _data->bindings.push({});
         return false;
     }
-    // What may throw comes first: nothing is bound then.
     const GLuint indices = _data->indices ? _data->indices->name() : 0;
-    std::vector<Attribute> attributes = _data->attributesFor(currentVertexProgram());
     _data->bindings.push({gl->serial(), currentName(GL_VERTEX_ARRAY_BINDING), 0});
-    glBindVertexArray(array->name.value());
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices);
-    _data->configure(*array, std::move(attributes));
+    VertexArrayAccess::bind(*this, *gl, indices);
     return true;
+}
+
+bool VertexArrayAccess::prepare(VertexArrayObject& vao, const ContextGL& gl, const DrawProgram& program) {
+    ContextArray* const array = vao._data->arrayIn(gl);
+    if (!array)
+        return false;
+    vao._data->findAttributes(program);
+    array->attributes.reserve(vao._data->attributes.size());
+    return true;
+}
+
+void VertexArrayAccess::bind(VertexArrayObject& vao, const ContextGL& gl, unsigned int indices) noexcept {
+    ContextArray& array = *vao._data->arrays.find(*gl.ownNameSpace());
+    glBindVertexArray(array.name.value());
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices);
+    vao._data->configure(array);
 }
 
 void VertexArrayObject::unbind() {

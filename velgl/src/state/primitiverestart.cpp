@@ -4,7 +4,17 @@ namespace Atelier::Vel {
 
 namespace {
 
-bool isList(GLenum mode) {
+// Returns: whether the capability was enabled.
+bool turnOff(GLenum capability) {
+    const bool isEnabled = glIsEnabled(capability) == GL_TRUE;
+    if (isEnabled)
+        glDisable(capability);
+    return isEnabled;
+}
+
+} // namespace
+
+bool isPrimitiveList(GLenum mode) {
     switch (mode) {
     case GL_POINTS:
     case GL_LINES:
@@ -19,18 +29,8 @@ bool isList(GLenum mode) {
     }
 }
 
-// Returns: whether the capability was enabled.
-bool turnOff(GLenum capability) {
-    const bool isEnabled = glIsEnabled(capability) == GL_TRUE;
-    if (isEnabled)
-        glDisable(capability);
-    return isEnabled;
-}
-
-} // namespace
-
 ScopedPrimitiveRestart::ScopedPrimitiveRestart(GLenum mode) {
-    if (!isList(mode))
+    if (!isPrimitiveList(mode))
         return;
     _atIndex = turnOff(GL_PRIMITIVE_RESTART);
     _atFixedIndex = turnOff(GL_PRIMITIVE_RESTART_FIXED_INDEX);

@@ -4,6 +4,10 @@
 
 namespace Atelier::Vel {
 
+/// Returns: whether a mode draws lists, for which a restart index is an ordinary vertex: points, lines,
+/// triangles, quadrilaterals, their forms with adjacency, and patches.
+bool isPrimitiveList(GLenum mode);
+
 /// Turns the client's primitive restart off while lists are drawn: points, lines, triangles, quadrilaterals,
 /// their forms with adjacency, and patches. The restart index is an ordinary vertex there. Strips, loops and
 /// fans keep the client's setting. Restores it on destruction.

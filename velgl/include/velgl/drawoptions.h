@@ -1,0 +1,43 @@
+#pragma once
+
+namespace Atelier::Vel {
+
+class Program;
+
+/// Who restores the state of OpenGL that a draw changes.
+enum class StatePolicy {
+    /// The draw does. It asks OpenGL for the state once: at most 16 queries, and two for each texture unit.
+    Restored,
+    /// The client does, if it needs to. The draw asks OpenGL nothing. Afterwards no vertex array is bound and
+    /// primitive restart is disabled; the program, the indirect buffer, the storage bindings, and the
+    /// textures
+    /// and samplers of the units used are those of the last drawable.
+    ClientRestores,
+};
+
+/// The order in which the commands of a drawable are drawn.
+enum class DrawOrder {
+    /// As they were given: one multi-draw for each run of consecutive commands with the same textures.
+    AsGiven,
+    /// One multi-draw for each distinct set of textures, in the order of the sets' first commands, and as
+    /// given
+    /// within a set. velglCommand() in a shader stays the number of the command; gl_BaseInstanceARB is that
+    /// number as well. A drawable of which a command has a base instance of its own, or whose driver lacks
+    /// shader draw parameters, is drawn as given.
+    ByTextures,
+};
+
+/// How GPUModel::draw() draws.
+/// Threads: a plain value.
+struct DrawOptions {
+    StatePolicy state = StatePolicy::Restored;
+    DrawOrder order = DrawOrder::AsGiven;
+    /// The texture unit of the first texture member of a material; the others follow it. The same number is
+    /// given to shaderInterface().
+    unsigned int firstTextureUnit = 0;
+    /// The program to draw with, which is current during the draw. Null for the one that is current, or the
+    /// bound program pipeline, which OpenGL is asked for.
+    Program* program = nullptr;
+};
+
+} // namespace Atelier::Vel

@@ -1,0 +1,76 @@
+#include "state/scopedbinding.h"
+
+#include "objects/linkedprogram.h"
+
+#include <velgl/program.h>
+
+namespace Atelier::Vel {
+
+std::shared_ptr<const LinkedProgram> LinkedProgram::of(unsigned int program) {
+    auto linked = std::make_shared<LinkedProgram>();
+    GLint count = 0;
+    GLint length = 0;
+    glGetProgramInterfaceiv(program, GL_PROGRAM_INPUT, GL_ACTIVE_RESOURCES, &count);
+    glGetProgramInterfaceiv(program, GL_PROGRAM_INPUT, GL_MAX_NAME_LENGTH, &length);
+    QByteArray name(length + 1, '\0');
+    for (GLint i = 0; i < count; ++i) {
+        glGetProgramResourceName(program, GL_PROGRAM_INPUT, static_cast<GLuint>(i), name.size(), nullptr,
+                                 name.data());
+        const QString text = QString::fromUtf8(name.constData());
+        linked->inputs.insert(text, programInput(program, text));
+    }
+    linked->firstCommand = glGetUniformLocation(program, "velgl_firstCommand");
+    linked->textures = glGetUniformLocation(program, "velgl_textures");
+    return linked;
+}
+
+DrawProgram::Stage DrawProgram::stageOf(const ContextGL& gl, unsigned int name) {
+    Stage stage;
+    stage.name = name;
+    stage.linked = name != 0 ? gl.group()->linkedProgram(name) : nullptr;
+    if (stage.linked) {
+        stage.firstCommand = stage.linked->firstCommand;
+        stage.textures = stage.linked->textures;
+    } else if (name != 0) {
+        stage.firstCommand = glGetUniformLocation(name, "velgl_firstCommand");
+        stage.textures = glGetUniformLocation(name, "velgl_textures");
+    }
+    return stage;
+}
+
+DrawProgram DrawProgram::current(const ContextGL& gl) {
+    DrawProgram program;
+    program._vertex = stageOf(gl, currentName(GL_CURRENT_PROGRAM));
+    if (program._vertex.name != 0) {
+        program._fragment = program._vertex;
+        return program;
+    }
+    program._vertex = stageOf(gl, currentVertexProgram());
+    program._fragment = stageOf(gl, currentFragmentProgram());
+    return program;
+}
+
+DrawProgram DrawProgram::of(const ContextGL& gl, const Program& program) {
+    DrawProgram result;
+    result._vertex = stageOf(gl, program.name());
+    result._fragment = result._vertex;
+    return result;
+}
+
+ProgramInput DrawProgram::input(const QString& name) const {
+    return _vertex.linked ? _vertex.linked->inputs.value(name) : programInput(_vertex.name, name);
+}
+
+void DrawProgram::setFirstCommand(int number) const noexcept {
+    if (_vertex.firstCommand >= 0)
+        glProgramUniform1i(_vertex.name, _vertex.firstCommand, number);
+}
+
+void DrawProgram::setTextures(int bits) const noexcept {
+    if (_vertex.textures >= 0)
+        glProgramUniform1i(_vertex.name, _vertex.textures, bits);
+    if (_fragment.textures >= 0 && _fragment.name != _vertex.name)
+        glProgramUniform1i(_fragment.name, _fragment.textures, bits);
+}
+
+} // namespace Atelier::Vel
