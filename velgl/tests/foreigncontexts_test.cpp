@@ -62,6 +62,8 @@ TEST_F(ForeignContextsTest, NamesAreDeletedWhenAContextOfTheGroupComesBack) {
     ForeignContext::doneCurrent();
     first.reset();
     buffer.reset();
+    const std::unique_ptr<ForeignContext> unrelated = makeForeignContext();
+    EXPECT_TRUE(OpenGLDeviceContext::current()) << "VelGL looks which contexts still exist";
     ASSERT_TRUE(second->makeCurrent());
     EXPECT_TRUE(glIsBuffer(name));
     EXPECT_TRUE(OpenGLDeviceContext::current());

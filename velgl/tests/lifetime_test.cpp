@@ -308,6 +308,23 @@ TEST_F(LifetimeTest, ReadOnlyTextureIsNotRecreatedEmpty) {
                     "Texture 'wood' belongs to a context that does not share with the current one")));
 }
 
+TEST_F(LifetimeTest, TextureWithoutARefillIsNotMadeBesideItsContent) {
+    Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    texture.setLabel(QStringLiteral("mine"));
+    { const AutoBinder binder(&texture); }
+    const auto unrelated = makeContext(options());
+    unrelated->makeCurrent();
+    const MessageLog log;
+    EXPECT_FALSE(texture.bind());
+    texture.unbind();
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                testing::ElementsAre(QStringLiteral(
+                    "Texture 'mine' belongs to a context that does not share with the current one")));
+    _context->makeCurrent();
+    EXPECT_TRUE(texture.bind());
+    texture.unbind();
+}
+
 TEST_F(LifetimeTest, MaterialWithALostTextureDrawsWhite) {
     Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
     { const AutoBinder binder(&texture); }

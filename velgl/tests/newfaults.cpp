@@ -6,6 +6,8 @@
 
 #include <dlfcn.h>
 
+#include "support/sanitizer.h"
+
 namespace {
 
 enum class Denied { None, One, All };
@@ -63,6 +65,9 @@ std::size_t NewFaults::deniedCount() {
 
 } // namespace Atelier::Vel::Testing
 
+// A sanitizer has an operator of its own.
+#if VELMODEL_ADDRESS_SANITIZER == 0
+
 #define VISIBLE __attribute__((visibility("default"), noinline))
 
 VISIBLE void* operator new(std::size_t size) {
@@ -88,3 +93,5 @@ VISIBLE void operator delete(void* memory, std::size_t) noexcept {
 VISIBLE void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+
+#endif

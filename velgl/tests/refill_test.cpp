@@ -127,6 +127,18 @@ TEST_F(RefillTest, ModelThatWasNeverFilledIsNotLost) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
+TEST_F(RefillTest, LostIndicesAloneLoseTheModel) {
+    GPUModel model;
+    model.setLabel(QStringLiteral("row"));
+    auto* buffers = new DrawBuffers;
+    buffers->setVAO(QSharedPointer<VertexArrayObject>::create());
+    buffers->setIndexedDraw(bufferOf(QVector<unsigned int>{0, 1, 2}), 3, GL_UNSIGNED_INT);
+    model.add(buffers, 1, nullptr, nullptr, 0);
+    EXPECT_TRUE(model.isUsable());
+    const auto other = unrelated();
+    EXPECT_FALSE(model.isUsable());
+}
+
 TEST_F(RefillTest, FunctionFillsTheModelOnceInEachGroup) {
     int calls = 0;
     const Copy copy(_model);
@@ -242,8 +254,10 @@ TEST_F(RefillTest, ExceptionOfATexturesFunctionLeavesTheStateAsItWasAndIsTriedAg
     bool isBroken = true;
     texture.setRefill([&](Texture&) {
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        glActiveTexture(GL_TEXTURE4);
         if (isBroken)
             throw std::runtime_error("no data");
+        glActiveTexture(GL_TEXTURE3); // where the texture is bound
         return fillWith(Qt::green);
     });
     const BusyClient client;

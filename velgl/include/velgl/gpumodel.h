@@ -121,12 +121,14 @@ public:
     /// with the next call. A texture that cannot be used is drawn as white. A model whose buffers have lost
     /// their content draws nothing, after one warning for each group of contexts, unless its refill function
     /// fills them. A path is looked up once for each loader, not for each draw. Whatever is thrown on the
-    /// way, by a client's function or for lack of memory, the state of the client is restored. Requires: a
-    /// current context and program; else it draws nothing. Cost: for each run of consecutive commands with
-    /// the same textures, one glMultiDrawElementsIndirect, or one for each command where the driver has no
-    /// shader draw parameters. The first call uploads commands and collections, and loads textures.
+    /// way, by a client's function or for lack of memory, the state of the client is restored.
+    /// Requires: a current context and program; else it draws nothing.
+    /// Cost: for each run of consecutive commands with the same textures, one glMultiDrawElementsIndirect,
+    /// or one for each command where the driver has no shader draw parameters. The first draws make, load and
+    /// upload what is missing. After that nothing is allocated, and nothing is asked of OpenGL besides what
+    /// StatePolicy says, unless other code has linked the program.
     void draw();
-    /// The same with options.
+    /// The same with options, see DrawOptions.
     void draw(const DrawOptions& options);
 
 private:
