@@ -6,7 +6,7 @@ class Program;
 
 /// Who restores the state of OpenGL that a draw changes.
 enum class StatePolicy {
-    /// The draw does. It asks OpenGL for the state once: at most 16 queries, and two for each texture unit.
+    /// The draw does. It asks OpenGL for the state once: at most 16 queries, and four for each texture unit.
     Restored,
     /// The client does, if it needs to. The draw asks OpenGL nothing. Afterwards no vertex array is bound and
     /// primitive restart is disabled; the program, the indirect buffer, the storage bindings, and the

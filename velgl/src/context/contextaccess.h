@@ -13,6 +13,8 @@ struct ContextAccess {
     static std::unique_ptr<ContextGL>& gl(OpenGLDeviceContext& context);
     /// The same as OpenGLDeviceContext::current(), but null for a native context that VelGL has not met.
     static QSharedPointer<OpenGLDeviceContext> known() noexcept;
+    /// Returns: whether current() and known() give an object that setCurrent() has put in place.
+    static bool isSubstituted() noexcept;
 };
 
 } // namespace Atelier::Vel

@@ -121,13 +121,15 @@ std::shared_ptr<ShareGroup> ContextTable::makeGroup(ShareGroup::Origin origin) {
     return group;
 }
 
-QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(const NativeContext& native) {
+QSharedPointer<OpenGLDeviceContext> ContextTable::adopt(NativeContext native) {
     const int version = currentVersion();
     if (version < kMinVersion) {
         warnOfVersionOnce(native, version);
         return {};
     }
     removeDestroyed();
+    if (native.api == NativeContext::Api::Egl)
+        native.display = currentEglDisplay();
     const QOpenGLContext* qt = qtContextOf(native);
     auto gl = std::make_unique<ContextGL>(native, groupOf(qt), ContextFeatures());
     QSharedPointer<OpenGLDeviceContext> context(new AdoptedContext(std::move(gl)));

@@ -66,7 +66,7 @@ private:
     };
 
     Found find(const NativeContext& native) noexcept;
-    QSharedPointer<OpenGLDeviceContext> adopt(const NativeContext& native);
+    QSharedPointer<OpenGLDeviceContext> adopt(NativeContext native);
     std::shared_ptr<ShareGroup> groupOf(const QOpenGLContext* context);
     std::shared_ptr<ShareGroup> findGroup(const QOpenGLContextGroup* qt);
     std::shared_ptr<ShareGroup> findMarkedGroup();

@@ -15,7 +15,8 @@ thread_local ContextGL* scopedContext = nullptr;
 // An object put in place by setCurrent() need not be the one that is natively current.
 ContextGL* nativelyCurrent(const QSharedPointer<OpenGLDeviceContext>& context) noexcept {
     ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
-    return gl && gl->native() == currentNativeContext() ? gl : nullptr;
+    const bool isCurrent = gl && (!ContextAccess::isSubstituted() || gl->native() == currentNativeContext());
+    return isCurrent ? gl : nullptr;
 }
 
 } // namespace

@@ -55,10 +55,8 @@ LoadedFunction<void*()> glXGetCurrentContext("glXGetCurrentContext", "libGLX.so.
 constexpr int kEglContextClientType = 0x3097; // EGL_CONTEXT_CLIENT_TYPE
 
 NativeContext contextOf(void* (*eglContext)(), void* (*glxContext)()) {
-    if (void* context = eglContext ? eglContext() : nullptr) {
-        const auto display = eglGetCurrentDisplay.find();
-        return {NativeContext::Api::Egl, context, display ? display() : nullptr};
-    }
+    if (void* context = eglContext ? eglContext() : nullptr)
+        return {NativeContext::Api::Egl, context, nullptr};
     if (void* context = glxContext ? glxContext() : nullptr)
         return {NativeContext::Api::Glx, context, nullptr};
     return {};
@@ -72,6 +70,11 @@ NativeContext currentNativeContext() {
     return context.api != NativeContext::Api::None
                ? context
                : contextOf(eglGetCurrentContext.find(), glXGetCurrentContext.find());
+}
+
+void* currentEglDisplay() {
+    const auto display = eglGetCurrentDisplay.find();
+    return display ? display() : nullptr;
 }
 
 bool isDestroyed(const NativeContext& context) {

@@ -32,15 +32,15 @@ OpenGLDeviceContext::OpenGLDeviceContext() : _data(std::make_unique<Data>()) {}
 OpenGLDeviceContext::~OpenGLDeviceContext() = default;
 
 QSharedPointer<OpenGLDeviceContext> OpenGLDeviceContext::current() {
-    if (!substituteIsDestroyed && substitute.context)
-        return substitute.context;
-    return ContextTable::instance().current();
+    return ContextAccess::isSubstituted() ? substitute.context : ContextTable::instance().current();
 }
 
 QSharedPointer<OpenGLDeviceContext> ContextAccess::known() noexcept {
-    if (!substituteIsDestroyed && substitute.context)
-        return substitute.context;
-    return ContextTable::instance().known();
+    return isSubstituted() ? substitute.context : ContextTable::instance().known();
+}
+
+bool ContextAccess::isSubstituted() noexcept {
+    return !substituteIsDestroyed && substitute.context;
 }
 
 void OpenGLDeviceContext::forget() {

@@ -47,6 +47,7 @@ DrawProgram DrawProgram::current(const ContextGL& gl) {
     }
     program._vertex = stageOf(gl, currentVertexProgram());
     program._fragment = stageOf(gl, currentFragmentProgram());
+    program._isPipeline = true;
     return program;
 }
 
@@ -62,15 +63,23 @@ ProgramInput DrawProgram::input(const QString& name) const {
 }
 
 void DrawProgram::setFirstCommand(int number) const noexcept {
-    if (_vertex.firstCommand >= 0)
-        glProgramUniform1i(_vertex.name, _vertex.firstCommand, number);
+    set(_vertex, _vertex.firstCommand, number);
+}
+
+// For the current program there is a function that costs drivers half as much.
+void DrawProgram::set(const Stage& stage, int location, int value) const noexcept {
+    if (location < 0)
+        return;
+    if (_isPipeline)
+        glProgramUniform1i(stage.name, location, value);
+    else
+        glUniform1i(location, value);
 }
 
 void DrawProgram::setTextures(int bits) const noexcept {
-    if (_vertex.textures >= 0)
-        glProgramUniform1i(_vertex.name, _vertex.textures, bits);
-    if (_fragment.textures >= 0 && _fragment.name != _vertex.name)
-        glProgramUniform1i(_fragment.name, _fragment.textures, bits);
+    set(_vertex, _vertex.textures, bits);
+    if (_isPipeline && _fragment.name != _vertex.name)
+        set(_fragment, _fragment.textures, bits);
 }
 
 } // namespace Atelier::Vel

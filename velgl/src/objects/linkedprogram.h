@@ -47,9 +47,11 @@ private:
     };
 
     static Stage stageOf(const ContextGL& gl, unsigned int name);
+    void set(const Stage& stage, int location, int value) const noexcept;
 
     Stage _vertex;
     Stage _fragment;
+    bool _isPipeline = false; ///< else one program has both stages, and is current during the draw
 };
 
 } // namespace Atelier::Vel

@@ -133,7 +133,7 @@ void DrawState::restore() noexcept {
     glBindBuffer(GL_DRAW_INDIRECT_BUFFER, _indirectBuffer);
     glBindVertexArray(_vertexArray);
     if (_isProgramChanged)
-        glUseProgram(_program);
+        rebindProgram(_program);
 }
 
 // Where the client restores the state itself, what it had bound is not known, and the units keep what they
@@ -143,8 +143,11 @@ void DrawState::restoreUnits(GLuint first) noexcept {
         return;
     for (GLuint i = first; i < _usedUnits; ++i) {
         glActiveTexture(GL_TEXTURE0 + _units.first + i);
-        glBindTexture(GL_TEXTURE_2D, _textures[i]);
-        if (_samplers[i] != 0)
+        if (_textures[i] == 0)
+            glBindTexture(GL_TEXTURE_2D, 0);
+        else
+            rebindTexture(GL_TEXTURE_2D, _textures[i]);
+        if (_samplers[i] != 0 && glIsSampler(_samplers[i]))
             glBindSampler(_units.first + i, _samplers[i]);
     }
     _usedUnits = first;
@@ -154,8 +157,10 @@ void DrawState::restoreStorage(GLuint point) noexcept {
     if (_policy != StatePolicy::Restored)
         return;
     const Storage& storage = _storages[point];
-    const auto buffer = static_cast<GLuint>(storage.buffer);
-    if (storage.size == 0)
+    auto buffer = static_cast<GLuint>(storage.buffer);
+    if (buffer != 0 && !glIsBuffer(buffer))
+        buffer = 0;
+    if (buffer == 0 || storage.size == 0)
         glBindBufferBase(GL_SHADER_STORAGE_BUFFER, point, buffer);
     else
         glBindBufferRange(GL_SHADER_STORAGE_BUFFER, point, buffer, storage.start, storage.size);

@@ -7,7 +7,7 @@
 namespace Atelier::Vel {
 
 /// Saves what a draw of a model changes, and restores it on destruction. Nothing of a client's runs in
-/// between, so no object that was bound can be deleted meanwhile.
+/// between. An object that only its binding kept, because it was deleted elsewhere, is not bound again.
 class DrawState {
 public:
     /// The textures of a material at most.
