@@ -17,13 +17,12 @@
 
 #include <velgl/autobinder.h>
 #include <velgl/gpumodel.h>
-#include <velgl/program.h>
-#include <velgl/shaderinterface.h>
 #include <velgl/texturemanager.h>
 #include <velmodel/textureloader.h>
 
 #include "support/glfixture.h"
 #include "support/messagelog.h"
+#include "support/modelprogram.h"
 #include "support/scale.h"
 
 namespace Atelier::Vel {
@@ -66,14 +65,7 @@ void main() {
 })";
 
 std::unique_ptr<Program> makeProgram() {
-    const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
-    const QByteArray version = "#version 430 core\n";
-    QString error;
-    auto program =
-        Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
-                            version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader, error);
-    EXPECT_TRUE(program) << error.toStdString();
-    return program;
+    return Testing::makeModelProgram(kVertexShader, kFragmentShader);
 }
 
 QByteArray stripeMaterials() {

@@ -13,8 +13,6 @@
 #include <velgl/autobinder.h>
 #include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
-#include <velgl/program.h>
-#include <velgl/shaderinterface.h>
 #include <velgl/texture.h>
 #include <velgl/texturemanager.h>
 #include <velmodel/objloader.h>
@@ -22,6 +20,7 @@
 
 #include "support/glfixture.h"
 #include "support/messagelog.h"
+#include "support/modelprogram.h"
 
 namespace Atelier::Vel {
 
@@ -53,14 +52,7 @@ void main() {
 })";
 
 std::unique_ptr<Program> makeProgram() {
-    const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
-    const QByteArray version = "#version 430 core\n";
-    QString error;
-    auto program =
-        Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
-                            version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader, error);
-    EXPECT_TRUE(program) << error.toStdString();
-    return program;
+    return Testing::makeModelProgram(kVertexShader, kFragmentShader);
 }
 
 /// Loads a green triangle that fills the picture; a texture makes it black.

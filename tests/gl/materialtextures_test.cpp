@@ -13,8 +13,6 @@
 
 #include <velgl/autobinder.h>
 #include <velgl/gpumodel.h>
-#include <velgl/program.h>
-#include <velgl/shaderinterface.h>
 #include <velgl/texture.h>
 #include <velgl/texturemanager.h>
 #include <velmodel/modelfiles.h>
@@ -22,6 +20,7 @@
 
 #include "support/glfixture.h"
 #include "support/messagelog.h"
+#include "support/modelprogram.h"
 
 namespace Atelier::Vel {
 
@@ -42,14 +41,7 @@ void main() {
 })";
 
 std::unique_ptr<Program> makeProgram() {
-    const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
-    const QByteArray version = "#version 430 core\n";
-    QString error;
-    auto program =
-        Program::fromSource(version + shaderInterface(ShaderStage::Vertex, plans) + kVertexShader,
-                            version + shaderInterface(ShaderStage::Fragment, plans) + kFragmentShader, error);
-    EXPECT_TRUE(program) << error.toStdString();
-    return program;
+    return Testing::makeModelProgram(kVertexShader, kFragmentShader);
 }
 
 // Each pixel has its own colour, which encodes its place in the image.

@@ -65,13 +65,13 @@ ContextTable::Found ContextTable::find(const NativeContext& native) noexcept {
         mark = entry->mark;
         isStale = isGone(*entry);
     }
-    if (!isStale && (!mark || _isTold || mark->isCurrent()))
+    if (!isStale && (!mark || _programForgets || mark->isCurrent()))
         return found;
     remove(native); // the handle is that of another context now
     return {};
 }
 
-// Qt tells before it destroys a context, but what else is told then may use VelGL in it once more.
+// The signal before Qt destroys a context has other receivers, which may use VelGL in it once more.
 bool ContextTable::isGone(const Entry& entry) noexcept {
     return entry.isQts && entry.qt.isNull();
 }
@@ -100,7 +100,7 @@ void ContextTable::remove(const NativeContext& native) noexcept {
 void ContextTable::forgetCurrent() {
     const NativeContext native = currentNativeContext();
     const QSharedPointer<OpenGLDeviceContext> context = known();
-    _isTold = true;
+    _programForgets = true;
     ContextGL* gl = context ? ContextAccess::gl(*context).get() : nullptr;
     if (!gl)
         return;

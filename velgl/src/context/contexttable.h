@@ -22,8 +22,8 @@ namespace Atelier::Vel {
 /// those of other libraries.
 ///
 /// An entry stands for one native context, not for its handle. VelGL knows when its own contexts end, and Qt
-/// tells. A context of another library carries a mark, which distinguishes it from an earlier context with
-/// the same handle.
+/// has a signal for it. A context of another library carries a mark, which distinguishes it from an earlier
+/// context with the same handle.
 /// Threads: all functions may be called on any thread; those that say "current" mean the calling thread's.
 class ContextTable {
 public:
@@ -81,7 +81,7 @@ private:
     std::vector<Entry> _entries;
     std::vector<Group> _groups;
     std::vector<NativeContext> _tooOld;
-    std::atomic<bool> _isTold{false}; ///< whether the program calls forgetCurrent()
+    std::atomic<bool> _programForgets{false}; ///< whether the program calls forgetCurrent()
 };
 
 } // namespace Atelier::Vel
