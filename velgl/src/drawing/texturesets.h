@@ -35,7 +35,9 @@ public:
     quint64 revision() const { return _revision; }
 
     /// The names of the textures of a set, by unit.
-    const unsigned int* names(int set) const { return _names.data() + set * _unitCount; }
+    const unsigned int* names(int set) const {
+        return _names.data() + static_cast<std::size_t>(set) * static_cast<std::size_t>(_unitCount);
+    }
     /// One bit for each unit on which a set has a texture.
     int presence(int set) const { return _sets[static_cast<std::size_t>(set)].presence; }
 
