@@ -16,30 +16,6 @@ thread_local Denied mode = Denied::None;
 thread_local std::size_t left = 0; // requests before the one that is denied
 thread_local std::size_t denied = 0;
 
-bool isInVelGL(const void* function) {
-    Dl_info information = {};
-    return dladdr(function, &information) != 0 && information.dli_fname != nullptr &&
-           std::strstr(information.dli_fname, "libVelGL") != nullptr;
-}
-
-bool isDenied(const void* caller) {
-    if (mode == Denied::None || !isInVelGL(caller))
-        return false;
-    if (mode == Denied::One && left-- > 0)
-        return false;
-    if (mode == Denied::One)
-        mode = Denied::None;
-    ++denied;
-    return true;
-}
-
-void* allocated(std::size_t size, const void* caller) {
-    void* memory = isDenied(caller) ? nullptr : std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
 } // namespace
 
 namespace Atelier::Vel::Testing {
@@ -67,6 +43,34 @@ std::size_t NewFaults::deniedCount() {
 
 // A sanitizer has an operator of its own.
 #if VELMODEL_ADDRESS_SANITIZER == 0
+
+namespace {
+
+bool isInVelGL(const void* function) {
+    Dl_info information = {};
+    return dladdr(function, &information) != 0 && information.dli_fname != nullptr &&
+           std::strstr(information.dli_fname, "libVelGL") != nullptr;
+}
+
+bool isDenied(const void* caller) {
+    if (mode == Denied::None || !isInVelGL(caller))
+        return false;
+    if (mode == Denied::One && left-- > 0)
+        return false;
+    if (mode == Denied::One)
+        mode = Denied::None;
+    ++denied;
+    return true;
+}
+
+void* allocated(std::size_t size, const void* caller) {
+    void* memory = isDenied(caller) ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+} // namespace
 
 #define VISIBLE __attribute__((visibility("default"), noinline))
 
