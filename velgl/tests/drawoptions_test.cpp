@@ -128,9 +128,11 @@ TEST_P(DrawOptionsTest, OrderFollowsChangedCommands) {
     GPUModel model;
     addTextured(model, {Qt::red, Qt::green, Qt::red});
     drawnWith(model, 3, byTextures());
-    const DrawElementsIndirectCommand swapped[] = {cellCommand(2), cellCommand(1), cellCommand(0)};
+    const DrawElementsIndirectCommand swapped[] = {cellCommand(1), cellCommand(0), cellCommand(2)};
+    model.drawable(0)->setDrawElementsIndirectCommands(swapped, 3);
+    EXPECT_EQ(drawnWith(model, 3, byTextures()), opaque({Qt::green, Qt::red, Qt::red}));
     model.drawable(0)->setDrawElementsIndirectCommands(swapped, 2);
-    EXPECT_EQ(drawnWith(model, 3, byTextures()), opaque({Qt::black, Qt::green, Qt::red}));
+    EXPECT_EQ(drawnWith(model, 3, byTextures()), opaque({Qt::green, Qt::red, Qt::black}));
     DrawElementsIndirectCommand beyond = cellCommand(0);
     beyond.count = 1000;
     const DrawElementsIndirectCommand refused[] = {beyond, cellCommand(1), cellCommand(2)};

@@ -48,12 +48,11 @@ QVector<Command> sorted(const QVector<Command>& commands, const TextureSets& set
 unsigned int OrderedCommands::update(const ContextGL& gl, const DrawBuffers& buffers,
                                      const TextureSets& sets) {
     const quint64 commandRevision = DrawBuffersAccess::commandRevision(buffers);
-    if (_commandRevision != commandRevision || _setRevision != sets.revision()) {
+    if (_commandRevision != commandRevision) {
         _buffers = {};
         _isPossible = !hasBaseInstance(buffers.drawElementsIndirectCommands());
         _starts = startsOf(sets);
         _commandRevision = commandRevision;
-        _setRevision = sets.revision();
     }
     if (!_isPossible)
         return 0;

@@ -13,6 +13,9 @@ class TextureSets;
 
 /// The commands of a drawable, sorted by their sets of textures, in an indirect buffer of their own for each
 /// group of contexts. The base instance of each command is its number, which a shader reads.
+///
+/// The sets of a drawable change only with its commands: materials do not change, and before their plan is
+/// registered there is one set.
 class OrderedCommands {
 public:
     /// Makes and fills the buffer for the context `gl`, unless it is up to date.
@@ -29,7 +32,6 @@ private:
     };
 
     quint64 _commandRevision = 0;
-    quint64 _setRevision = 0;
     bool _isPossible = true;
     std::vector<int> _starts;
     GLNameTable<Entry> _buffers;

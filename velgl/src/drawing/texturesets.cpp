@@ -90,7 +90,6 @@ void TextureSets::update(const InstanceDataCollection* materials, int commandCou
     _plan = plan;
     _commandCount = commandCount;
     _unitCount = members.size();
-    ++_revision;
     _isKnown = true;
 }
 

@@ -31,8 +31,6 @@ public:
     int unitCount() const { return _unitCount; }
     int setCount() const { return static_cast<int>(_sets.size()); }
     const std::vector<TextureRun>& runs() const { return _runs; }
-    /// Returns: a number that changes with the runs.
-    quint64 revision() const { return _revision; }
 
     /// The names of the textures of a set, by unit.
     const unsigned int* names(int set) const {
@@ -63,7 +61,6 @@ private:
     const InstanceDataPlan* _plan = nullptr;
     int _commandCount = 0;
     int _unitCount = 0;
-    quint64 _revision = 0;
     std::vector<Set> _sets;
     std::vector<TextureRun> _runs;
     std::vector<unsigned int> _names;
