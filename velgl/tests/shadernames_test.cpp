@@ -30,7 +30,7 @@ const QStringList kOddNames = {QString(),
                                QString::fromUtf8("größe"),
                                QStringLiteral("my map.1")};
 
-// A stage of OpenGL 4.3 has at least as many textures.
+// OpenGL 4.3 guarantees this number of textures in a stage.
 constexpr int kMinTextures = 16;
 
 class ShaderNamesTest : public GLFixture {

@@ -112,13 +112,17 @@ bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
                                    : isOneOf(kSelfContainedFormats, reader.format());
 }
 
+constexpr QLatin1Char kBackslash('\\');
+
+QString withSlashes(QString path) {
+    return path.replace(kBackslash, QLatin1Char('/'));
+}
+
 // Opens the file that a material refers to by `path`. Other systems write backslashes: if there is no such
 // file, they are read as slashes.
 std::unique_ptr<QFile> openMaterialFile(const ModelFiles& files, const QString& path) {
     std::unique_ptr<QFile> file = files.open(path);
-    if (file || !path.contains(QLatin1Char('\\')))
-        return file;
-    return files.open(QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')));
+    return file || !path.contains(kBackslash) ? std::move(file) : files.open(withSlashes(path));
 }
 
 // Reads an image; null if the file is not a readable image. Rows run from bottom to top, as OpenGL expects.
@@ -194,9 +198,7 @@ Texture* LoadTexture(const QString& path) {
 
 Texture* loadMaterialTexture(const QString& path) {
     Texture* texture = LoadTexture(path);
-    if (texture || !path.contains(QLatin1Char('\\')))
-        return texture;
-    return LoadTexture(QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')));
+    return texture || !path.contains(kBackslash) ? texture : LoadTexture(withSlashes(path));
 }
 
 GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files) {
