@@ -4,7 +4,9 @@
 
 #include <velgl/instancedata.h>
 #include <velmodel/drawdata.h>
+#include <velmodel/loadoptions.h>
 #include <velmodel/loadprogress.h>
+#include <velmodel/loadreport.h>
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
@@ -26,35 +28,11 @@ class GPUModel;
 ///           and never held as a whole. docs/limits.md has the figures.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
-/// What a load counted. The overloads that take a report fill it on success.
-/// A load into a model without a current context only reads the text: the statistics stay 0.
-struct LoadReport {
-    qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened
-    quint64 faces = 0;                ///< faces that were read, without the dropped ones
-    quint64 droppedFaces = 0;         ///< faces dropped because a corner is not an integer
-    quint64 facesWithoutGroup = 0;    ///< faces whose material was unknown when they were read
-    PreparationStatistics statistics; ///< of merging and triangulating what was read
-};
-
 /// The same, with `progress` (may be empty) called while it reads, merges corners, cuts faces and makes
 /// normals, and `report` (may be null) filled on success.
 /// Returns: null, with the error "Loading OBJ file '...' was cancelled", if `progress` cancels.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
-
-/// The options of a load. The defaults are what the functions without options do.
-struct LoadOptions {
-    /// Which files a model may name.
-    enum class Files {
-        Anywhere,    ///< all files
-        InOwnFolder, ///< those in the folder of the OBJ file and below it
-    };
-    /// The material libraries and textures that may be read. Any other one counts as unreadable, after a
-    /// warning: a library makes the load fail, and a texture is replaced by a white one. The OBJ file itself
-    /// may lie anywhere, and may be a link. Textures are opened later, when they are drawn: see
-    /// makeTextureLoader().
-    Files files = Files::Anywhere;
-};
 
 /// The same, with options.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
