@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QStringList expected = Testing::linesOf(stream);
     file.seek(0);
     QTextStream sourceStream(&file);
-    LineSourceLimits limits;
+    LineSourceOptions limits;
     limits.blockBytes = 4 + data[0];
     LineSource source(&sourceStream, limits);
     QStringList lines;

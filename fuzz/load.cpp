@@ -37,7 +37,10 @@ struct Loaded {
 Loaded load(const QString& path, const LoadOptions& options) {
     Loaded loaded;
     LoadReport report;
-    loaded.model.reset(loadModelFromOBJFile(path, loaded.error, LoadProgress(), &report, options));
+    if (options.files == LoadOptions::Files::Anywhere)
+        loaded.model.reset(loadModelFromOBJFile(path, loaded.error, LoadProgress(), &report));
+    else
+        loaded.model = loadModelFromOBJFile(path, loaded.error, options, LoadProgress(), &report);
     Fuzzing::require((loaded.model == nullptr) == !loaded.error.isEmpty(),
                      "a load gives a model or an error");
     if (loaded.model != nullptr) {

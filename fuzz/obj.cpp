@@ -24,13 +24,13 @@ std::vector<Testing::Record> readLiterally(QFile& file) {
     return Testing::takeAll(reader);
 }
 
-std::vector<Testing::Record> read(QFile& file, const LineSourceLimits& limits) {
+std::vector<Testing::Record> read(QFile& file, const LineSourceOptions& limits) {
     QTextStream stream(&file);
     ObjReader reader(&stream, limits);
     return Testing::takeAll(reader);
 }
 
-Testing::Content readInRuns(QFile& file, const LineSourceLimits& limits, WideParser* wideParser) {
+Testing::Content readInRuns(QFile& file, const LineSourceOptions& limits, WideParser* wideParser) {
     QTextStream stream(&file);
     ObjReader reader(&stream, limits, wideParser);
     static ObjRun run;
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         file.seek(0);
         return file;
     };
-    LineSourceLimits limits;
+    LineSourceOptions limits;
     if (size % 2 != 0)
         limits.blockBytes = 4 + static_cast<qint64>(size % 61);
     const std::vector<Testing::Record> expected = readLiterally(file);

@@ -84,6 +84,8 @@ public:
     /// Whether there is no content: after default construction, a failure or an upload that took the content.
     /// Draw data of a mesh without triangles is not null.
     bool isNull() const;
+    /// Whether there is nothing to draw: no content, or no command with a triangle.
+    bool isEmpty() const;
 
     /// The attributes, sorted by name. Cost: linear in their number; no values are copied.
     QVector<Attribute> attributes() const;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <QtCore/QString>
 
 #include <velgl/instancedata.h>
@@ -34,10 +36,14 @@ VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& err
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);
 
-/// The same, with options.
-VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
-                                               const LoadProgress& progress, LoadReport* report,
-                                               const LoadOptions& options);
+/// The same, with options, and without a success that shows nothing.
+/// Returns: also null, with a message in `error`, if no OpenGLDeviceContext is current or its version is
+/// below
+///          OpenGL 4.3, before anything is read, and if nothing of the file can be drawn.
+VELMODEL_EXPORT std::unique_ptr<GPUModel> loadModelFromOBJFile(const QString& path, QString& error,
+                                                               const LoadOptions& options,
+                                                               const LoadProgress& progress = {},
+                                                               LoadReport* report = nullptr);
 
 /// Reads an OBJ file with its material libraries into draw data, without OpenGL. upload() hands that to a
 /// model; with the options {makeIdentityInstance()} the result is that of a load.

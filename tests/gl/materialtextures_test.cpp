@@ -102,7 +102,7 @@ TEST_F(MaterialTexturesTest, ConfinedModelIsDrawnWithItsOwnFilesOnly) {
 
     LoadOptions options;
     options.files = LoadOptions::Files::InOwnFolder;
-    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, {}, nullptr, options));
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, options));
     model->setTextureLoader(makeTextureLoader(ModelFiles(QFileInfo(path).path())));
 
     EXPECT_EQ(drawn(*model), QColor(Qt::red));

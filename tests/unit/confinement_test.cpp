@@ -34,7 +34,11 @@ using Testing::MessageLog;
 using Testing::openDescriptors;
 using Testing::RecordingContext;
 
-constexpr LoadOptions kConfined{LoadOptions::Files::InOwnFolder};
+LoadOptions confined() {
+    LoadOptions options;
+    options.files = LoadOptions::Files::InOwnFolder;
+    return options;
+}
 
 const QByteArray kTriangle = "usemtl red\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
 
@@ -58,14 +62,14 @@ protected:
     }
 
     /// Loads a model that names `library`. Returns: its error.
-    QString load(const QByteArray& library, const LoadOptions& options = kConfined) {
+    QString load(const QByteArray& library, const LoadOptions& options = confined()) {
         return loadFile(write("model/model.obj", "mtllib " + library + '\n' + kTriangle), options);
     }
-    QString loadFile(const QString& file, const LoadOptions& options = kConfined) {
+    QString loadFile(const QString& file, const LoadOptions& options = confined()) {
         const RecordingContext context;
         const MessageLog log;
         QString error;
-        _model.reset(loadModelFromOBJFile(file, error, {}, nullptr, options));
+        _model = loadModelFromOBJFile(file, error, options);
         _warnings = log.texts(QtWarningMsg);
         return error;
     }
@@ -151,7 +155,7 @@ TEST_F(ConfinementTest, RelativePathIsConfinedToTheModelsFolder) {
 }
 
 TEST_F(ConfinementTest, ResourcesAreConfinedLikeFolders) {
-    for (const LoadOptions& options : {LoadOptions(), kConfined}) {
+    for (const LoadOptions& options : {LoadOptions(), confined()}) {
         EXPECT_EQ(loadFile(":/models/red.obj", options), QString());
         EXPECT_THAT(warnings(), IsEmpty());
         EXPECT_EQ(material().value("Kd").size(), 12);
@@ -209,7 +213,7 @@ TEST_F(ConfinementTest, FailedLoadClosesItsDescriptors) {
     ASSERT_EQ(mkfifo(qPrintable(path("model/pipe.obj")), 0600), 0);
     write("model/good.obj", kTriangle);
     const std::vector<int> before = openDescriptors();
-    for (const LoadOptions& options : {LoadOptions(), kConfined}) {
+    for (const LoadOptions& options : {LoadOptions(), confined()}) {
         for (const char* name :
              {"model/no.obj", "no/no.obj", "model/sub", "model/pipe.obj", "model/good.obj/x"})
             EXPECT_EQ(loadFile(path(name), options), QString("Failed to load OBJ file '%1'").arg(path(name)));
@@ -217,7 +221,7 @@ TEST_F(ConfinementTest, FailedLoadClosesItsDescriptors) {
         QString error;
         const RecordingContext context;
         const auto cancel = [](const LoadStep&) { return false; };
-        EXPECT_EQ(loadModelFromOBJFile(path("model/good.obj"), error, cancel, nullptr, options), nullptr);
+        EXPECT_EQ(loadModelFromOBJFile(path("model/good.obj"), error, options, cancel), nullptr);
         EXPECT_EQ(error, QString("Loading OBJ file '%1' was cancelled").arg(path("model/good.obj")));
         EXPECT_EQ(openDescriptors(), before);
     }

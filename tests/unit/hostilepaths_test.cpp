@@ -78,7 +78,7 @@ private:
 QString loadError(const QString& path, const LoadOptions& options = {}) {
     const RecordingContext context;
     QString error;
-    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, {}, nullptr, options));
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, options));
     EXPECT_EQ(model == nullptr, !error.isNull());
     EXPECT_TRUE(model != nullptr || context.calls().isEmpty());
     return error;

@@ -40,7 +40,7 @@ protected:
         EXPECT_TRUE(_file.open(mode));
         return _file;
     }
-    QStringList lines(const LineSourceLimits& limits = {}) {
+    QStringList lines(const LineSourceOptions& limits = {}) {
         QTextStream stream(&reopened());
         LineSource source(&stream, limits);
         return linesOf(source);
@@ -55,8 +55,8 @@ private:
     QFile _file{_directory.filePath(QStringLiteral("text"))};
 };
 
-LineSourceLimits limitsOf(qint64 blockBytes, qint64 lineBytes = 1 << 20) {
-    LineSourceLimits limits;
+LineSourceOptions limitsOf(qint64 blockBytes, qint64 lineBytes = 1 << 20) {
+    LineSourceOptions limits;
     limits.blockBytes = blockBytes;
     limits.lineBytes = lineBytes;
     return limits;

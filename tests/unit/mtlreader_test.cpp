@@ -143,7 +143,7 @@ TEST(MtlReaderTest, FilesReadLikeStrings) {
     for (const qint64 blockBytes : {4, 5, 16, 1000}) {
         ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
         QTextStream stream(&file);
-        LineSourceLimits limits;
+        LineSourceOptions limits;
         limits.blockBytes = blockBytes;
         MtlReader reader(&stream, true, limits);
         const std::vector<Line> lines = readAll(reader);

@@ -47,18 +47,18 @@ protected:
     }
     QString path() const { return _directory.filePath(QStringLiteral("text.obj")); }
 
-    std::vector<Record> read(const QByteArray& text, const LineSourceLimits& limits = {}) {
+    std::vector<Record> read(const QByteArray& text, const LineSourceOptions& limits = {}) {
         write(text);
         return readAgain(limits);
     }
-    std::vector<Record> readAgain(const LineSourceLimits& limits = {}) {
+    std::vector<Record> readAgain(const LineSourceOptions& limits = {}) {
         QFile file(path());
         file.open(QIODevice::ReadOnly | QIODevice::Text);
         QTextStream stream(&file);
         ObjReader reader(&stream, limits);
         return takeAll(reader);
     }
-    Content readInRuns(const LineSourceLimits& limits, WideParser* wideParser) {
+    Content readInRuns(const LineSourceOptions& limits, WideParser* wideParser) {
         QFile file(path());
         file.open(QIODevice::ReadOnly | QIODevice::Text);
         QTextStream stream(&file);
@@ -75,7 +75,7 @@ protected:
         return takeAll(reader);
     }
     /// Uses every parser that the processor runs and names it on failure.
-    void expectRunsAsLiterally(const LineSourceLimits& limits, const std::vector<Record>& expected) {
+    void expectRunsAsLiterally(const LineSourceOptions& limits, const std::vector<Record>& expected) {
         for (const LineParser& parser : allParsers()) {
             WideParser* const wideParser = parser.find == nullptr ? nullptr : parser.find();
             const bool isThere = parser.find == nullptr || wideParser != nullptr;
@@ -85,7 +85,7 @@ protected:
     void expectAsLiterally(const QByteArray& text, std::initializer_list<qint64> blockSizes = {kBlockBytes}) {
         const std::vector<Record> expected = readLiterally(text);
         for (const qint64 blockBytes : blockSizes) {
-            LineSourceLimits limits;
+            LineSourceOptions limits;
             limits.blockBytes = blockBytes;
             ASSERT_NO_FATAL_FAILURE(expectRunsAsLiterally(limits, expected))
                 << "block of " << blockBytes << ", text:\n"
@@ -394,7 +394,7 @@ TEST_F(ObjReaderTest, EveryBlockBoundaryReadsAsLiterally) {
                             "\n# \xE2\x98\x83 snow\nf 1 2\r3\nv 1e-5 2 3 \xC2\xA0 4\nf 1 2 3 # end\nv 9 8 7";
     std::vector<Record> expected = readLiterally(text);
     for (qint64 blockBytes = 4; blockBytes < text.size() + 2; ++blockBytes) {
-        LineSourceLimits limits;
+        LineSourceOptions limits;
         limits.blockBytes = blockBytes;
         ASSERT_EQ(readAgain(limits), expected) << blockBytes;
         ASSERT_NO_FATAL_FAILURE(expectRunsAsLiterally(limits, expected)) << blockBytes;

@@ -250,7 +250,7 @@ TEST_P(NearMissTest, FilesOfNearMissesReadAsLiterally) {
     for (const qint64 blockBytes : {1000, 1024, 256 * 1024}) {
         file.seek(0);
         QTextStream stream(&file);
-        LineSourceLimits limits;
+        LineSourceOptions limits;
         limits.blockBytes = blockBytes;
         ObjReader reader(&stream, limits, _wideParser);
         const std::unique_ptr<ObjRun> run(new ObjRun);

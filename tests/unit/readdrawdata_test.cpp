@@ -63,9 +63,13 @@ protected:
             result.append(QString::fromLatin1(buffer.bytes.toHex()));
         return model ? result + Testing::describe(*model) : result + QStringList(QStringLiteral("null"));
     }
-    static QStringList loaded(const QString& path, const LoadOptions& options = {}) {
+    static QStringList loaded(const QString& path) {
         QString error;
-        return uploaded([&] { return loadModelFromOBJFile(path, error, {}, nullptr, options); });
+        return uploaded([&] { return loadModelFromOBJFile(path, error); });
+    }
+    static QStringList loaded(const QString& path, const LoadOptions& options) {
+        QString error;
+        return uploaded([&] { return loadModelFromOBJFile(path, error, options); });
     }
     static QStringList readAndUploaded(const QString& path, const LoadOptions& options = {}) {
         QString error;
@@ -242,7 +246,8 @@ TEST_F(ReadProgressTest, ExceptionOfTheProgressFunctionReachesTheCaller) {
 
 TEST_F(ReadDrawDataTest, ForbiddenMapsAreWhiteAfterTheUpload) {
     const MessageLog log;
-    const LoadOptions confined{LoadOptions::Files::InOwnFolder};
+    LoadOptions confined;
+    confined.files = LoadOptions::Files::InOwnFolder;
     write(QStringLiteral("m.mtl"),
           "newmtl a\nmap_Kd /outside.png\nmap_Ns in.png\n"
           "newmtl b\nmap_Ka /outside.png\nmap_Ka in.png\nmap_Ks in.png\nmap_Ks /outside.png\n"

@@ -103,24 +103,13 @@ bool ModelSession::open() {
 }
 
 LoadedModel ModelSession::load(const QString& path) const {
-    return _flags.isOptimised ? loadOptimised(path) : loadAsItIs(path);
-}
-
-LoadedModel ModelSession::loadAsItIs(const QString& path) const {
-    LoadedModel loaded;
-    loadFile(path, _flags.options, loaded, [&](QString& error, const LoadProgress& progress) {
-        loaded.model.reset(loadModelFromOBJFile(path, error, progress, &loaded.report, _flags.options));
-    });
-    return loaded;
-}
-
-LoadedModel ModelSession::loadOptimised(const QString& path) const {
     LoadedModel loaded;
     std::optional<LoadedData> read = loadData(path, _flags);
     if (!read)
         return loaded;
     static_cast<LoadFacts&>(loaded) = *read;
     loaded.model = std::make_unique<GPUModel>();
+    loaded.model->setLabel(path);
     QElapsedTimer timer;
     timer.start();
     upload(std::move(read->data), *loaded.model, {makeIdentityInstance()});

@@ -55,9 +55,6 @@ public:
     LoadedModel load(const QString& path) const;
 
 private:
-    LoadedModel loadAsItIs(const QString& path) const;
-    LoadedModel loadOptimised(const QString& path) const;
-
     QSharedPointer<OpenGLDeviceContext> _context;
     LoadFlags _flags;
 };

@@ -60,6 +60,16 @@ bool DrawData::isNull() const {
     return _content == nullptr;
 }
 
+bool DrawData::isEmpty() const {
+    using Drawable = DrawDataContent::Drawable;
+    const auto isDrawn = [](const DrawElementsIndirectCommand& command) { return command.count != 0; };
+    return isNull() ||
+           std::none_of(_content->drawables.begin(), _content->drawables.end(),
+                        [&](const Drawable& drawable) {
+                            return std::any_of(drawable.commands.begin(), drawable.commands.end(), isDrawn);
+                        });
+}
+
 QVector<DrawData::Attribute> DrawData::attributes() const {
     QVector<Attribute> result;
     if (isNull())

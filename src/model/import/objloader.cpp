@@ -15,6 +15,7 @@
 #include "drawdata/preparation.h"
 #include "drawdata/progressmeter.h"
 #include "files/textfile.h"
+#include "import/diagnosticlog.h"
 #include "import/meshfeed.h"
 #include "import/mtl/materials.h"
 #include "import/obj/objreader.h"
@@ -42,6 +43,26 @@ QString cancellation(const QString& path) {
     return QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path);
 }
 
+QString withoutOpenGL(const QString& path) {
+    return QStringLiteral("OBJ file '%1' needs a current context of OpenGL 4.3 or later").arg(path);
+}
+
+QString nothingToDraw(const QString& path) {
+    return QStringLiteral("OBJ file '%1' has nothing that can be drawn").arg(path);
+}
+
+// A context without a version has no native context: it only records calls.
+bool canUpload(const OpenGLDeviceContext* context) {
+    constexpr int kLeastVersion = 43;
+    return context != nullptr && (context->version() == 0 || context->version() >= kLeastVersion);
+}
+
+std::unique_ptr<GPUModel> newModel(const QString& path) {
+    auto model = std::make_unique<GPUModel>();
+    model->setLabel(path);
+    return model;
+}
+
 ModelFiles filesOf(const QString& path, const LoadOptions& options) {
     return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
 }
@@ -49,11 +70,11 @@ ModelFiles filesOf(const QString& path, const LoadOptions& options) {
 /// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
-    /// `libraries` are the files that the text may refer to.
-    ObjImport(QFile& file, ModelFiles libraries)
+    ObjImport(QFile& file, const LoadOptions& options)
         : _path(file.fileName()),
           _fileSize(file.size()),
-          _libraries(std::move(libraries), _mesh.groups),
+          _options(options),
+          _libraries(filesOf(_path, options), _mesh.groups),
           _stream(&file),
           _reader(&_stream),
           _feed(_mesh) {
@@ -74,10 +95,14 @@ public:
 private:
     static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
+    /// Returns: false, with the reason in `error`, if the library is needed and cannot be read.
+    bool loadLibrary(const QString& library, QString& error);
     bool isTooLarge(QString& error) const;
 
     QString _path;
     qint64 _fileSize;
+    const LoadOptions& _options;
+    DiagnosticLog _diagnostics;
     ScratchReuse _memory;
     Mesh _mesh{Input::Consumed};
     MaterialLibraries _libraries;
@@ -117,14 +142,24 @@ bool ObjImport::takeRecord(QString& error) {
     } else if (_reader.kind() == ObjReader::Kind::UseMaterial) {
         _feed.useMaterial(_reader.text());
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
-        _feed.flush();
-        if (!_libraries.load(_reader.text())) {
-            error = QStringLiteral("Failed to load MTL file '%1'").arg(_reader.text());
-            return false;
-        }
+        return loadLibrary(_reader.text(), error);
     } else {
         _feed.addRecord(_reader);
     }
+    return true;
+}
+
+bool ObjImport::loadLibrary(const QString& library, QString& error) {
+    _feed.flush();
+    if (_libraries.load(library))
+        return true;
+    if (!_options.repairs.skipMissingLibraries) {
+        error = QStringLiteral("Failed to load MTL file '%1'").arg(library);
+        return false;
+    }
+    _diagnostics.add(DiagnosticLog::Code::MissingLibrary, _path, library, [&] {
+        return QStringLiteral("The library '%1' cannot be read, and is left out").arg(library);
+    });
     return true;
 }
 
@@ -146,6 +181,7 @@ LoadReport ObjImport::report() const {
     report.droppedFaces = _droppedFaces;
     report.facesWithoutGroup = _feed.facesWithoutGroup();
     report.statistics = _statistics;
+    _diagnostics.copyTo(report);
     return report;
 }
 
@@ -158,7 +194,7 @@ void importFile(const QString& path, QString& error, const LoadProgress& progres
         error = loadFailure(path);
         return;
     }
-    ObjImport import(*file, filesOf(path, options));
+    ObjImport import(*file, options);
     ProgressMeter meter(progress);
     try {
         if (!import.readText(meter, error))
@@ -183,24 +219,35 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
 
 GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                LoadReport* report) {
-    return loadModelFromOBJFile(path, error, progress, report, LoadOptions());
-}
-
-GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
-                               LoadReport* report, const LoadOptions& options) {
     std::unique_ptr<GPUModel> model;
-    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
-        auto loaded = std::make_unique<GPUModel>();
-        loaded->setLabel(path);
-        const UploadOptions uploadOptions{makeIdentityInstance()};
-        if (import.hasMesh()) {
-            const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-            if (!context.isNull())
-                uploadTo(*context, import.prepare(meter), *loaded, uploadOptions);
-        }
+    importFile(path, error, progress, report, LoadOptions(), [&](ObjImport& import, ProgressMeter& meter) {
+        auto loaded = newModel(path);
+        const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+        if (import.hasMesh() && !context.isNull())
+            uploadTo(*context, import.prepare(meter), *loaded, {makeIdentityInstance()});
         model = std::move(loaded);
     });
     return model.release();
+}
+
+std::unique_ptr<GPUModel> loadModelFromOBJFile(const QString& path, QString& error,
+                                               const LoadOptions& options, const LoadProgress& progress,
+                                               LoadReport* report) {
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    if (!canUpload(context.data())) {
+        error = withoutOpenGL(path);
+        return nullptr;
+    }
+    std::unique_ptr<GPUModel> model;
+    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
+        DrawData data = import.hasMesh() ? import.prepare(meter) : DrawData();
+        auto loaded = newModel(path);
+        if (!data.isEmpty() && uploadTo(*context, std::move(data), *loaded, {makeIdentityInstance()}))
+            model = std::move(loaded);
+        else
+            error = nothingToDraw(path);
+    });
+    return model;
 }
 
 DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,

@@ -22,8 +22,8 @@ MtlReader::Kind kindOf(const QString& keyword) {
 
 } // namespace
 
-MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceLimits& limits)
-    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, limits) {}
+MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options)
+    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options) {}
 
 void MtlReader::next() {
     _ok = false;

@@ -31,7 +31,7 @@ public:
     };
 
     /// If `skipUnknown` is true, next() skips lines with an unknown keyword.
-    MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceLimits& limits = {});
+    MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options = {});
 
     /// Sets the directory for relative map names.
     void setDirectory(const QString& path) { _directory = QDir(path); }

@@ -23,8 +23,8 @@ std::string_view takePart(std::string_view& token) {
 
 } // namespace
 
-ObjReader::ObjReader(QTextStream* stream, const LineSourceLimits& limits, WideParser* wideParser)
-    : _directory(QString()), _stream(stream), _lines(stream, limits), _wideParser(wideParser) {
+ObjReader::ObjReader(QTextStream* stream, const LineSourceOptions& options, WideParser* wideParser)
+    : _directory(QString()), _stream(stream), _lines(stream, options), _wideParser(wideParser) {
     _corners.reserve(kCornersReserved);
     next();
 }

@@ -38,7 +38,7 @@ public:
 
     /// Advances to the first known line. `stream` must outlive the reader. next(ObjRun&) parses plain lines
     /// with `wideParser`, which may be null.
-    explicit ObjReader(QTextStream* stream, const LineSourceLimits& limits = {},
+    explicit ObjReader(QTextStream* stream, const LineSourceOptions& options = {},
                        WideParser* wideParser = findWideParser());
 
     /// Sets the directory for relative library names.

@@ -63,12 +63,12 @@ char byteFor(QChar character) {
 
 } // namespace
 
-LineSource::LineSource(QTextStream* stream, const LineSourceLimits& limits)
-    : _stream(stream), _device(plainFile(*stream)), _limits(limits) {
+LineSource::LineSource(QTextStream* stream, const LineSourceOptions& options)
+    : _stream(stream), _device(plainFile(*stream)), _options(options) {
     if (_device == nullptr)
         return;
     _fileSize = _device->size();
-    reserveBlock(std::min(_limits.blockBytes, _fileSize));
+    reserveBlock(std::min(_options.blockBytes, _fileSize));
     readBlock();
     skipByteOrderMark();
 }
@@ -107,7 +107,7 @@ bool LineSource::next() {
         const auto* lineFeed =
             static_cast<const char*>(std::memchr(first, '\n', static_cast<size_t>(_wholeLinesEnd - first)));
         _unread = lineFeed + 1;
-        if (lineFeed - first <= _limits.lineBytes) {
+        if (lineFeed - first <= _options.lineBytes) {
             show(first, lineFeed);
             return true;
         }
@@ -117,16 +117,16 @@ bool LineSource::next() {
 
 bool LineSource::nextOfStream() {
     while (!_stream->atEnd()) {
-        _decoded = _stream->readLine(_limits.lineBytes);
+        _decoded = _stream->readLine(_options.lineBytes);
         // The result is null if the device has bytes left but no character, or if it cannot be read.
         if (_decoded.isNull())
             return false;
-        if (_decoded.size() < _limits.lineBytes) {
+        if (_decoded.size() < _options.lineBytes) {
             showDecoded();
             return true;
         }
-        while (_decoded.size() == _limits.lineBytes)
-            _decoded = _stream->readLine(_limits.lineBytes);
+        while (_decoded.size() == _options.lineBytes)
+            _decoded = _stream->readLine(_options.lineBytes);
     }
     return false;
 }
@@ -168,7 +168,7 @@ qint64 LineSource::readBytes() {
         return 0;
     // A small file needs no large block, unless it has grown in the meantime.
     const qint64 left = _fileSize - _bytesRead;
-    const qint64 wanted = left > 0 ? std::min(_limits.blockBytes, left) : _limits.blockBytes;
+    const qint64 wanted = left > 0 ? std::min(_options.blockBytes, left) : _options.blockBytes;
     reserveBlock(_blockEnd - _block + wanted);
     const qint64 count = std::max<qint64>(readRaw(*_device, _blockEnd, wanted), 0);
     _blockEnd += count;
@@ -189,7 +189,7 @@ bool LineSource::findWholeLines(const char* fresh) {
             return true;
         }
     }
-    _inOverlongLine = _inOverlongLine || _blockEnd - _unread > _limits.lineBytes;
+    _inOverlongLine = _inOverlongLine || _blockEnd - _unread > _options.lineBytes;
     if (_inOverlongLine)
         dropBlock();
     return false;

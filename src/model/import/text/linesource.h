@@ -10,7 +10,7 @@
 namespace Atelier::Vel {
 
 /// Sizes for a LineSource. Tests use small ones.
-struct LineSourceLimits {
+struct LineSourceOptions {
     /// Bytes read from the device at a time; at least 4, so that the first block contains a byte-order mark.
     qint64 blockBytes = qint64(256) * 1024;
     /// A longer line is dropped completely, because a QString cannot hold much more.
@@ -33,7 +33,7 @@ public:
     static constexpr qint64 kPadding = 128;
 
     /// `stream` must outlive the source and must not be used otherwise in the meantime.
-    explicit LineSource(QTextStream* stream, const LineSourceLimits& limits = {});
+    explicit LineSource(QTextStream* stream, const LineSourceOptions& options = {});
 
     /// Advances to the next line. Returns: false after the last line.
     bool next();
@@ -73,7 +73,7 @@ private:
 
     QTextStream* _stream;
     QFileDevice* _device; ///< null if the lines come from the stream itself
-    LineSourceLimits _limits;
+    LineSourceOptions _options;
     qint64 _fileSize = 0; ///< when reading began
     qint64 _bytesRead = 0;
 
