@@ -7,8 +7,11 @@ namespace Atelier::Vel {
 /// One observation of a load: what is wrong with a file, and how it was repaired.
 struct LoadDiagnostic {
     enum class Code {
-        MissingLibrary,    ///< a material library that could not be read was left out
-        UndefinedMaterial, ///< a material that no library defines got the values of the default material
+        MissingLibrary,    ///< a material library that could not be read is left out
+        UndefinedMaterial, ///< a material without a definition has the values of the default material
+        MatchedName,       ///< a name is more, or less, than the first word
+        MapName,           ///< the file of a map is not named by the first word
+        UnplacedFace,      ///< faces with a corner that has no position are dropped
     };
 
     Code code = Code::MissingLibrary;

@@ -160,7 +160,8 @@ TEST_F(ConfinementTest, ResourcesAreConfinedLikeFolders) {
         EXPECT_THAT(warnings(), IsEmpty());
         EXPECT_EQ(material().value("Kd").size(), 12);
     }
-    EXPECT_EQ(load(":/blue.mtl", LoadOptions()), QString());
+    write("model/red.mtl", "newmtl red\n");
+    EXPECT_EQ(load("red.mtl\nmtllib :/blue.mtl", LoadOptions()), QString());
     EXPECT_EQ(load(":/blue.mtl"), QString("Failed to load MTL file ':/blue.mtl'"));
     EXPECT_THAT(warnings(), ElementsAre(outsideWarning(":/blue.mtl")));
 }

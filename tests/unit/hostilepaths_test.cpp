@@ -75,10 +75,10 @@ private:
     QTemporaryDir _folder;
 };
 
-QString loadError(const QString& path, const LoadOptions& options = {}) {
+QString loadError(const QString& path) {
     const RecordingContext context;
     QString error;
-    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error, options));
+    const std::unique_ptr<GPUModel> model(loadModelFromOBJFile(path, error));
     EXPECT_EQ(model == nullptr, !error.isNull());
     EXPECT_TRUE(model != nullptr || context.calls().isEmpty());
     return error;

@@ -1,5 +1,7 @@
 #include "import/text/linesource.h"
 
+#include <random>
+
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>
 #include <QtCore/QRegExp>
@@ -62,7 +64,58 @@ LineSourceOptions limitsOf(qint64 blockBytes, qint64 lineBytes = 1 << 20) {
     return limits;
 }
 
+bool isContinued(const QString& line) {
+    return line.endsWith(QLatin1Char('\\')) && !line.contains(QRegExp(QStringLiteral("(^|[ \t-\r])#")));
+}
+
+/// Lines with each continued one and those after it as one line.
+QStringList joined(const QStringList& lines) {
+    QStringList result;
+    bool continues = false;
+    for (const QString& line : lines) {
+        const QString part = isContinued(line) ? line.left(line.size() - 1) + QLatin1Char(' ') : line;
+        if (continues)
+            result.last() += part;
+        else
+            result.append(part);
+        continues = isContinued(line);
+    }
+    return result;
+}
+
 } // namespace
+
+TEST_F(LineSourceTest, ContinuedLinesAreJoined) {
+    LineSourceOptions options;
+    options.joinsContinuedLines = true;
+    write("f 1 \\\n2\\\r\n3\n# a\\\nb # c\\\nd#e\\\nf\n\\\n\\\ng\\h\n\xC3\xA9\\\n\xC3\xA9\nlast\\");
+    const QStringList expected = {
+        "f 1  2 3", "# a\\", "b # c\\", "d#e f", "  g\\h", QString::fromUtf8("\xC3\xA9 \xC3\xA9"), "last "};
+    EXPECT_EQ(lines(options), expected);
+    EXPECT_EQ(lines(), streamLines()) << "only on request";
+}
+
+// The same lines as joining those of the stream, whatever is in memory at a time.
+TEST_F(LineSourceTest, JoinedLinesAreThoseOfTheStreamJoined) {
+    std::mt19937 random(5);
+    const std::vector<QByteArray> parts = {"a",    " ",      "\\", "\n",       "\r", "#",
+                                           "\\\n", "\\\r\n", " #", "\xC3\xA9", "b c"};
+    for (int i = 0; i < scaled(400); ++i) {
+        QByteArray text;
+        for (auto length = random() % 60; length != 0; --length)
+            text += parts[random() % parts.size()];
+        write(text);
+        LineSourceOptions options = limitsOf(4 + static_cast<qint64>(random() % 40), 1 << 20);
+        options.joinsContinuedLines = true;
+        ASSERT_EQ(withoutEmptyEnd(lines(options)), withoutEmptyEnd(joined(streamLines())))
+            << text.toPercentEncoding().toStdString();
+        QString decoded = streamLines().join(QLatin1Char('\n'));
+        QTextStream stream(&decoded);
+        LineSource source(&stream, options);
+        ASSERT_EQ(withoutEmptyEnd(linesOf(source)), withoutEmptyEnd(joined(streamLines())))
+            << "not from a file";
+    }
+}
 
 TEST_F(LineSourceTest, LineEndsAreLineFeedsOnly) {
     write(QByteArray("a\nb\r\nc\rd\n\ne\0f\xE2\x80\xA8g\xC2\x85h\n\r\ni", 24));

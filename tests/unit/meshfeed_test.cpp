@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "import/facegroups.h"
 #include "import/obj/objreader.h"
 #include "mesh/mesh.h"
 #include "support/streamcontents.h"
@@ -36,7 +37,7 @@ protected:
         ObjReader reader(&stream, {}, nullptr);
         for (; reader.hasNext(); reader.next())
             if (reader.read() && reader.kind() == ObjReader::Kind::UseMaterial)
-                _feed.useMaterial(reader.text());
+                _feed.useMaterial({reader.text(), {}});
             else
                 _feed.addRecord(reader);
     }
@@ -56,7 +57,11 @@ protected:
     }
 
     Mesh _mesh{Input::Kept};
-    MeshFeed _feed{_mesh};
+    LoadRepairs _repairs;
+    DiagnosticLog _diagnostics;
+    MaterialDefinitions _materials{_mesh.groups, _repairs, _diagnostics};
+    FaceGroups _groups{_mesh.groups, _materials, QStringLiteral("m.obj")};
+    MeshFeed _feed{_mesh, _groups};
 };
 
 const QByteArray kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";

@@ -5,18 +5,19 @@
 #include <utility>
 
 #include "glconstants.h"
+#include "import/facegroups.h"
 #include "import/obj/objreader.h"
 #include "mesh/mesh.h"
 
 namespace Atelier::Vel {
 
-MeshFeed::MeshFeed(Mesh& mesh)
+MeshFeed::MeshFeed(Mesh& mesh, FaceGroups& groups)
     : _mesh(mesh),
+      _groups(groups),
       _run(new ObjRun),
       _position{QStringLiteral("va_Vertex"), 3},
       _normal{QStringLiteral("va_Normal"), 3},
-      _texCoord{QStringLiteral("va_TexCoord"), 2},
-      _group(QStringLiteral("<default>")) {}
+      _texCoord{QStringLiteral("va_TexCoord"), 2} {}
 
 ObjRun& MeshFeed::run() {
     if (_run->isFull())
@@ -72,16 +73,16 @@ void MeshFeed::addFace(const ObjReader& reader) {
     }
 }
 
-void MeshFeed::useMaterial(const QString& name) {
+void MeshFeed::useMaterial(const MaterialName& name) {
     joinGroup();
-    _group = name;
+    _groups.use(name);
 }
 
 void MeshFeed::joinGroup() {
     const size_t count = _run->cornerCounts.size - _joined;
     if (count == 0)
         return;
-    if (!_mesh.groups.addFaceRun(_group, static_cast<quint32>(_faces), static_cast<quint32>(count)))
+    if (!_groups.add(static_cast<quint32>(_faces), static_cast<quint32>(count)))
         _facesWithoutGroup += count;
     _faces += count;
     _joined += count;

@@ -8,15 +8,17 @@
 
 namespace Atelier::Vel {
 
+class FaceGroups;
 class ObjReader;
+struct MaterialName;
 struct Mesh;
 
 /// Adds OBJ records to a mesh, many records per call. The result is the same as that of adding them one by
 /// one.
 class MeshFeed {
 public:
-    /// `mesh` must outlive the feed. Faces join the group "<default>" until useMaterial() names another.
-    explicit MeshFeed(Mesh& mesh);
+    /// The arguments must outlive the feed.
+    MeshFeed(Mesh& mesh, FaceGroups& groups);
 
     /// A run that is not full, for adding records directly. A vertex line may be added directly only after
     /// another one of its kind was added by addRecord().
@@ -24,9 +26,8 @@ public:
 
     /// Adds the vertex line or face that `reader` has read.
     void addRecord(const ObjReader& reader);
-    /// Sets the group of the following faces. The group must exist when the faces are added to it; otherwise
-    /// they have no group.
-    void useMaterial(const QString& name);
+    /// Sets the material of the following faces, whose group they join.
+    void useMaterial(const MaterialName& name);
     /// Adds all records of the run to the mesh. Must be called before a group is created, so that earlier
     /// faces do not join it.
     void flush();
@@ -56,11 +57,11 @@ private:
     void joinGroup();
 
     Mesh& _mesh;
+    FaceGroups& _groups;
     std::unique_ptr<ObjRun> _run;
     Attribute _position;
     Attribute _normal;
     Attribute _texCoord;
-    QString _group;
     size_t _joined = 0; ///< faces of the run that were added to their group
     quint64 _corners = 0;
     quint64 _faces = 0;

@@ -1,5 +1,6 @@
 #include <velmodel/objloader.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -16,11 +17,15 @@
 #include "drawdata/progressmeter.h"
 #include "files/textfile.h"
 #include "import/diagnosticlog.h"
+#include "import/facegroups.h"
 #include "import/meshfeed.h"
+#include "import/mtl/materialdefinitions.h"
 #include "import/mtl/materials.h"
 #include "import/obj/objreader.h"
+#include "import/text/names.h"
 #include "memory/scratchblock.h"
 #include "mesh/mesh.h"
+#include "mesh/unplacedfaces.h"
 #include "upload/modelupload.h"
 
 namespace Atelier::Vel {
@@ -67,6 +72,12 @@ ModelFiles filesOf(const QString& path, const LoadOptions& options) {
     return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
 }
 
+LineSourceOptions lineOptions(const LoadRepairs& repairs) {
+    LineSourceOptions options;
+    options.joinsContinuedLines = repairs.joinContinuedLines;
+    return options;
+}
+
 /// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
@@ -74,10 +85,12 @@ public:
         : _path(file.fileName()),
           _fileSize(file.size()),
           _options(options),
-          _libraries(filesOf(_path, options), _mesh.groups),
+          _materials(_mesh.groups, options.repairs, _diagnostics),
+          _libraries(filesOf(_path, options), options.repairs, _materials, _diagnostics),
+          _groups(_mesh.groups, _materials, _path),
           _stream(&file),
-          _reader(&_stream),
-          _feed(_mesh) {
+          _reader(&_stream, lineOptions(options.repairs)),
+          _feed(_mesh, _groups) {
         _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(), -1, 0,
                             defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
@@ -93,10 +106,15 @@ public:
     LoadReport report() const;
 
 private:
+    using Code = LoadDiagnostic::Code;
+
     static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
     /// Returns: false, with the reason in `error`, if the library is needed and cannot be read.
-    bool loadLibrary(const QString& library, QString& error);
+    bool loadLibrary(const QString& path, QString& error);
+    /// Loads the library that is named by the whole of `rest`, or else by each of its words.
+    bool loadLibraries(const QString& rest, QString& error);
+    void removeUnplacedFaces();
     bool isTooLarge(QString& error) const;
 
     QString _path;
@@ -105,11 +123,14 @@ private:
     DiagnosticLog _diagnostics;
     ScratchReuse _memory;
     Mesh _mesh{Input::Consumed};
+    MaterialDefinitions _materials;
     MaterialLibraries _libraries;
+    FaceGroups _groups;
     QTextStream _stream;
     ObjReader _reader;
     MeshFeed _feed;
     quint64 _droppedFaces = 0;
+    quint64 _unplacedFaces = 0;
     PreparationStatistics _statistics;
 };
 
@@ -126,6 +147,8 @@ bool ObjImport::readText(ProgressMeter& meter, QString& error) {
     if (isTooLarge(error))
         return false;
     meter.reach(_reader.bytesRead());
+    if (_options.repairs.dropUnplacedFaces)
+        removeUnplacedFaces();
     return true;
 }
 
@@ -140,27 +163,64 @@ bool ObjImport::takeRecord(QString& error) {
     if (!_reader.read()) {
         _droppedFaces += _reader.kind() == ObjReader::Kind::Face ? 1 : 0;
     } else if (_reader.kind() == ObjReader::Kind::UseMaterial) {
-        _feed.useMaterial(_reader.text());
+        const bool needsRest = _options.repairs.matchNames;
+        _feed.useMaterial({_reader.text(), needsRest ? _reader.rest() : QString()});
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
-        return loadLibrary(_reader.text(), error);
+        return _options.repairs.matchNames ? loadLibraries(_reader.rest(), error)
+                                           : loadLibrary(_reader.text(), error);
     } else {
         _feed.addRecord(_reader);
     }
     return true;
 }
 
-bool ObjImport::loadLibrary(const QString& library, QString& error) {
+bool ObjImport::loadLibrary(const QString& path, QString& error) {
     _feed.flush();
-    if (_libraries.load(library))
+    if (_libraries.load(path))
         return true;
     if (!_options.repairs.skipMissingLibraries) {
-        error = QStringLiteral("Failed to load MTL file '%1'").arg(library);
+        error = QStringLiteral("Failed to load MTL file '%1'").arg(path);
         return false;
     }
-    _diagnostics.add(DiagnosticLog::Code::MissingLibrary, _path, library, [&] {
-        return QStringLiteral("The library '%1' cannot be read, and is left out").arg(library);
+    _diagnostics.add(Code::MissingLibrary, _path, path, [&] {
+        return QStringLiteral("The library '%1' cannot be read, and is left out").arg(path);
     });
     return true;
+}
+
+bool ObjImport::loadLibraries(const QString& rest, QString& error) {
+    QStringList words = wordsOf(withoutComment(rest));
+    if (words.size() != 1) {
+        _feed.flush();
+        QStringList wholes = nameCandidates(rest);
+        wholes.removeLast();
+        for (const QString& whole : qAsConst(wholes)) {
+            const QString path = _reader.libraryPath(whole);
+            if (!_libraries.load(path))
+                continue;
+            _diagnostics.add(Code::MatchedName, _path, rest, [&] {
+                return QStringLiteral("'%1' is read as the name of one library").arg(rest);
+            });
+            return true;
+        }
+    }
+    if (words.isEmpty())
+        words.append(QString());
+    return std::all_of(words.cbegin(), words.cend(),
+                       [&](const QString& word) { return loadLibrary(_reader.libraryPath(word), error); });
+}
+
+void ObjImport::removeUnplacedFaces() {
+    const quint64 count = Vel::removeUnplacedFaces(_mesh, positionAttribute());
+    _unplacedFaces += count;
+    if (count != 0)
+        _diagnostics.add(
+            Code::UnplacedFace, _path, QString(),
+            [&] {
+                return QStringLiteral("%1 faces have a corner without a position, and are dropped")
+                    .arg(count);
+            },
+            count);
 }
 
 bool ObjImport::hasMesh() const {
@@ -177,8 +237,8 @@ DrawData ObjImport::prepare(ProgressMeter& meter) {
 LoadReport ObjImport::report() const {
     LoadReport report;
     report.bytesRead = _fileSize;
-    report.faces = _feed.faces();
-    report.droppedFaces = _droppedFaces;
+    report.faces = _feed.faces() - _unplacedFaces;
+    report.droppedFaces = _droppedFaces + _unplacedFaces;
     report.facesWithoutGroup = _feed.facesWithoutGroup();
     report.statistics = _statistics;
     _diagnostics.copyTo(report);

@@ -28,6 +28,13 @@ void GroupStore::create(const QString& name, const InstanceData& material, int i
         group.faces.setStream(_streams.make(kGlUnsignedInt, 0));
 }
 
+void GroupStore::replaceMaterial(const QString& name, const InstanceData& material,
+                                 const WhiteMaps& whiteMaps) {
+    MaterialGroup& group = _groups[name];
+    group.material = material;
+    group.whiteMaps = whiteMaps;
+}
+
 bool GroupStore::addFaces(const QString& name, quint64 count, const unsigned int* faces,
                           const QString& objectName) {
     const auto group = _groups.find(name);

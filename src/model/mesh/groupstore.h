@@ -41,6 +41,8 @@ public:
     /// A negative `id` stands for the number of groups before the call. Replaces a group of the same name.
     void create(const QString& name, const InstanceData& material, int id, quint64 flags,
                 const WhiteMaps& whiteMaps = {});
+    /// Gives an existing group another material.
+    void replaceMaterial(const QString& name, const InstanceData& material, const WhiteMaps& whiteMaps);
     /// Adds face numbers. The group keeps the first object name that is not null; a different name causes a
     /// warning.
     /// Returns: false if there is no such group.

@@ -1,6 +1,7 @@
 #include "import/mtl/materials.h"
 
 #include <memory>
+#include <utility>
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -15,8 +16,8 @@
 
 #include "diagnostics.h"
 #include "files/textfile.h"
+#include "import/mtl/materialdefinitions.h"
 #include "import/mtl/mtlreader.h"
-#include "mesh/groupstore.h"
 
 namespace Atelier::Vel {
 
@@ -34,49 +35,64 @@ void setColour(InstanceData& material, const QString& name, const float* rgb) {
     material.set(name, rgb, 3 * sizeof *rgb);
 }
 
-/// Collects the lines of one material at a time and makes a group of each material.
+/// Collects the lines of one material at a time and defines each material.
 class MaterialCollector {
 public:
-    MaterialCollector(GroupStore& groups, const ModelFiles& files)
-        : _groups(groups), _files(files), _blank(materialPlanName()), _material(materialPlanName()) {
+    MaterialCollector(QString path, MaterialDefinitions& definitions, const ModelFiles& files,
+                      const LoadRepairs& repairs, DiagnosticLog& diagnostics)
+        : _path(std::move(path)),
+          _definitions(definitions),
+          _files(files),
+          _repairs(repairs),
+          _diagnostics(diagnostics),
+          _blank(materialPlanName()),
+          _material(materialPlanName()) {
         setScalar(_blank, QStringLiteral("d"), 1.0F);
     }
 
     void take(const MtlReader& line);
-    /// Makes the group of the current material, unless a group of its name exists.
+    /// Defines the current material.
     void finishMaterial();
 
 private:
-    void startMaterial(const QString& name);
-    void setMap(const QString& name, const QString& path);
+    void startMaterial(const MtlReader& line);
+    void setMap(const QString& name, const MtlReader& line);
 
-    GroupStore& _groups;
+    QString _path;
+    MaterialDefinitions& _definitions;
     const ModelFiles& _files;
+    const LoadRepairs& _repairs;
+    DiagnosticLog& _diagnostics;
     InstanceData _blank; ///< the initial state of every material, shared by unchanged ones
     bool _isBlank = false;
-    QString _name; ///< null before the first material
+    bool _hasMaterial = false;
+    MaterialName _name;
     InstanceData _material;
     WhiteMaps _whiteMaps;
 };
 
 void MaterialCollector::finishMaterial() {
-    if (_name.isNull() || _groups.contains(_name))
-        return;
-    _groups.create(_name, _isBlank ? _blank : _material, -1, 0, _whiteMaps);
+    if (_hasMaterial)
+        _definitions.define(_name, _path, _isBlank ? _blank : _material, _whiteMaps);
 }
 
-void MaterialCollector::startMaterial(const QString& name) {
+void MaterialCollector::startMaterial(const MtlReader& line) {
     finishMaterial();
     // Not a copy of the blank one, because QMap leaks memory if an allocation fails when it detaches a copy.
     _material.clear();
     setScalar(_material, QStringLiteral("d"), 1.0F);
     _whiteMaps = WhiteMaps();
     _isBlank = true;
-    _name = name;
+    _name = {line.text(), _repairs.matchNames ? line.rest() : QString()};
+    _hasMaterial = true;
 }
 
 // An unreadable texture is drawn as white.
-void MaterialCollector::setMap(const QString& name, const QString& path) {
+void MaterialCollector::setMap(const QString& name, const MtlReader& line) {
+    const QString& path = line.text();
+    if (line.isRepaired())
+        _diagnostics.add(DiagnosticLog::Code::MapName, _path, line.rest(),
+                         [&] { return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), path); });
     const bool isAllowed = _files.allows(path);
     if (!isAllowed)
         reportOutsideFile(path, _files.folder());
@@ -86,7 +102,7 @@ void MaterialCollector::setMap(const QString& name, const QString& path) {
 
 void MaterialCollector::take(const MtlReader& line) {
     if (line.kind() == MtlReader::Kind::NewMtl)
-        return startMaterial(line.text());
+        return startMaterial(line);
     _isBlank = false;
     switch (line.kind()) {
     case MtlReader::Kind::Ka:
@@ -100,13 +116,13 @@ void MaterialCollector::take(const MtlReader& line) {
     case MtlReader::Kind::D:
         return setScalar(_material, QStringLiteral("d"), *line.values());
     case MtlReader::Kind::MapKd:
-        return setMap(QStringLiteral("map_Kd"), line.text());
+        return setMap(QStringLiteral("map_Kd"), line);
     case MtlReader::Kind::MapKs:
-        return setMap(QStringLiteral("map_Ks"), line.text());
+        return setMap(QStringLiteral("map_Ks"), line);
     case MtlReader::Kind::MapKa:
-        return setMap(QStringLiteral("map_Ka"), line.text());
+        return setMap(QStringLiteral("map_Ka"), line);
     case MtlReader::Kind::MapNs:
-        return setMap(QStringLiteral("map_Ns"), line.text());
+        return setMap(QStringLiteral("map_Ns"), line);
     case MtlReader::Kind::NewMtl:
     case MtlReader::Kind::End:
     case MtlReader::Kind::Unknown:
@@ -171,9 +187,11 @@ bool MaterialLibraries::load(const QString& path) {
     if (version && _read.count(*version) != 0)
         return true;
     QTextStream stream(file.get());
-    MtlReader reader(&stream, true);
+    LineSourceOptions lines;
+    lines.joinsContinuedLines = _repairs.joinContinuedLines;
+    MtlReader reader(&stream, true, lines, {_repairs.matchNames, _repairs.parseMapOptions});
     reader.setDirectory(QFileInfo(path).dir().absolutePath());
-    MaterialCollector collector(_groups, _files);
+    MaterialCollector collector(path, _definitions, _files, _repairs, _diagnostics);
     while (reader.hasNext()) {
         if (reader.read())
             collector.take(reader);

@@ -6,14 +6,16 @@
 #include <QtCore/QString>
 
 #include <velgl/instancedata.h>
+#include <velmodel/loadoptions.h>
 #include <velmodel/modelfiles.h>
 
 #include "files/fileversion.h"
+#include "import/diagnosticlog.h"
 #include "mesh/whitemaps.h"
 
 namespace Atelier::Vel {
 
-class GroupStore;
+class MaterialDefinitions;
 
 /// Registers the "OBJMaterial" plan. Called once, when the library is loaded.
 void registerObjMaterialPlan();
@@ -25,19 +27,22 @@ WhiteMaps defaultWhiteMaps();
 /// The material libraries of one load.
 class MaterialLibraries {
 public:
-    /// `groups` must outlive the libraries.
-    MaterialLibraries(ModelFiles files, GroupStore& groups) : _files(std::move(files)), _groups(groups) {}
+    /// The references must outlive the libraries.
+    MaterialLibraries(ModelFiles files, const LoadRepairs& repairs, MaterialDefinitions& definitions,
+                      DiagnosticLog& diagnostics)
+        : _files(std::move(files)), _repairs(repairs), _definitions(definitions), _diagnostics(diagnostics) {}
 
-    /// Reads an MTL file into material groups, in the order in which the file defines them. Existing groups
-    /// are unchanged, so a file that was read before and has not changed since is not read again. A map
-    /// outside of the allowed files is white, after a warning.
-    /// Returns: false if the file is outside of the allowed files (after a warning), is not a regular file,
-    /// or cannot be read.
+    /// Reads the materials of an MTL file, in the order in which the file defines them. Those that are
+    /// defined already are unchanged, so a file that was read before and has not changed since is not read
+    /// again. A map outside of the allowed files is white, after a warning. Returns: false if the file is
+    /// outside of the allowed files (after a warning), is not a regular file, or cannot be read.
     bool load(const QString& path);
 
 private:
     ModelFiles _files;
-    GroupStore& _groups;
+    const LoadRepairs& _repairs;
+    MaterialDefinitions& _definitions;
+    DiagnosticLog& _diagnostics;
     std::set<FileVersion> _read;
 };
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "import/mtl/mapoptions.h"
+#include "import/text/names.h"
+
 namespace Atelier::Vel {
 
 namespace {
@@ -10,6 +13,8 @@ namespace {
 // In the order of MtlReader::Kind.
 constexpr const char* kKeywords[] = {"newmtl", "Ka",     "Kd",     "Ks",     "Ns",
                                      "d",      "map_Kd", "map_Ks", "map_Ka", "map_Ns"};
+
+constexpr QLatin1Char kComment('#');
 
 MtlReader::Kind kindOf(const QString& keyword) {
     const auto* const found =
@@ -22,8 +27,9 @@ MtlReader::Kind kindOf(const QString& keyword) {
 
 } // namespace
 
-MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options)
-    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options) {}
+MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options,
+                     const MtlRepairs& repairs)
+    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options), _repairs(repairs) {}
 
 void MtlReader::next() {
     _ok = false;
@@ -41,9 +47,8 @@ void MtlReader::next() {
 // Sets the line stream to the next line that has content.
 bool MtlReader::takeLine() {
     while (_lines.next()) {
-        const QString line = _lines.text(_lines.begin(), _lines.end());
-        const int comment = line.indexOf(QLatin1Char('#'));
-        _line = line.left(comment).trimmed(); // the whole line if there is no comment
+        _whole = _lines.text(_lines.begin(), _lines.end()).trimmed();
+        _line = _whole.left(_whole.indexOf(kComment)).trimmed(); // the whole line if there is no comment
         if (_line.isEmpty())
             continue;
         _lineStream.setString(&_line, QIODevice::ReadOnly);
@@ -55,9 +60,12 @@ bool MtlReader::takeLine() {
 
 bool MtlReader::read() {
     _ok = false;
+    _isRepaired = false;
+    bool isName = false;
     switch (_kind) {
     case Kind::NewMtl:
         _lineStream >> _text;
+        isName = true;
         break;
     case Kind::Ka:
     case Kind::Kd:
@@ -73,19 +81,45 @@ bool MtlReader::read() {
     case Kind::MapKa:
     case Kind::MapNs:
         readMap();
+        isName = true;
         break;
     case Kind::End:
     case Kind::Unknown:
         return false;
     }
-    _ok = _lineStream.status() == QTextStream::Ok;
+    // Where names are repaired, one may begin with '#'.
+    const bool isNamed = _repairs.names && isName && !rest().isEmpty();
+    _ok = isNamed || _lineStream.status() == QTextStream::Ok;
     return _ok;
+}
+
+QString MtlReader::rest() const {
+    const auto* const end =
+        std::find_if(_whole.cbegin(), _whole.cend(), [](QChar at) { return at.isSpace(); });
+    return _whole.mid(static_cast<int>(end - _whole.cbegin())).trimmed();
 }
 
 void MtlReader::readMap() {
     _lineStream >> _text;
+    if (_repairs.names || _repairs.mapOptions) {
+        const QString repaired = repairedMapName();
+        _isRepaired = repaired != _text;
+        _text = repaired;
+    }
     if (QDir::isRelativePath(_text))
         _text = _directory.absoluteFilePath(_text);
+}
+
+QString MtlReader::repairedMapName() const {
+    const QString whole = rest();
+    const QString uncommented = withoutComment(whole);
+    QString name = _repairs.names ? uncommented : whole.left(whole.indexOf(kComment)).trimmed();
+    if (name.isEmpty())
+        name = whole;
+    if (!_repairs.mapOptions)
+        return wordsOf(name).value(0);
+    name = withoutMapOptions(name);
+    return _repairs.names ? unquoted(name) : name;
 }
 
 } // namespace Atelier::Vel

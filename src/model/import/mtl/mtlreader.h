@@ -8,6 +8,12 @@
 
 namespace Atelier::Vel {
 
+/// Which faults of MTL text a reader repairs, see LoadRepairs.
+struct MtlRepairs {
+    bool names = false;      ///< names have spaces and quotes, and '#' in a word begins no comment
+    bool mapOptions = false; ///< options are skipped, and the name of a map is what is left of the line
+};
+
 /// Reads Wavefront MTL text line by line and knows ten keywords.
 ///
 /// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
@@ -31,7 +37,8 @@ public:
     };
 
     /// If `skipUnknown` is true, next() skips lines with an unknown keyword.
-    MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options = {});
+    MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options = {},
+              const MtlRepairs& repairs = {});
 
     /// Sets the directory for relative map names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
@@ -47,19 +54,27 @@ public:
     const float* values() const { return _values; }
     /// The name of a material or the path of a map.
     const QString& text() const { return _text; }
+    /// All text after the keyword of the current line, without white space around it.
+    QString rest() const;
+    /// Whether the current line is a map whose name is not the first word after the keyword.
+    bool isRepaired() const { return _isRepaired; }
 
 private:
     bool takeLine();
     void readMap();
+    QString repairedMapName() const;
 
     bool _skipUnknown;
     QDir _directory;
     LineSource _lines;
-    QString _line; ///< the input of _lineStream, without comment and outer white space
+    MtlRepairs _repairs;
+    QString _whole; ///< the current line, without outer white space
+    QString _line;  ///< the input of _lineStream, without comment and outer white space
     QTextStream _lineStream;
     bool _ok = false;
     Kind _kind = Kind::Unknown;
     float _values[3] = {};
+    bool _isRepaired = false;
     QString _text;
 };
 

@@ -38,7 +38,7 @@ void ObjReader::next() {
 void ObjReader::next(ObjRun& run) {
     if (_stream->status() == QTextStream::Ok && _lines.fill()) {
         _lines.skipTo(
-            parsePlainLines(_lines.wholeLinesBegin(), _lines.wholeLinesEnd(), _counts, run, _wideParser));
+            parsePlainLines(_lines.wholeLinesBegin(), _lines.singleLinesEnd(), _counts, run, _wideParser));
         if (run.isFull() || isAtBlockEnd()) {
             _kind = Kind::None;
             _ok = false;
@@ -100,7 +100,7 @@ bool ObjReader::read() {
     case Kind::Face:
         return _ok = readFace();
     case Kind::MaterialLibrary:
-        readLibrary();
+        _text = libraryPath(nextText());
         break;
     case Kind::UseMaterial:
         _text = nextText();
@@ -134,12 +134,6 @@ float ObjReader::nextFloat() {
     if (parseFloat(token.data(), token.data() + token.size(), value))
         return value;
     return _lines.text(token.data(), token.data() + token.size()).toFloat();
-}
-
-void ObjReader::readLibrary() {
-    _text = nextText();
-    if (QDir::isRelativePath(_text))
-        _text = _directory.absoluteFilePath(_text);
 }
 
 bool ObjReader::readFace() {

@@ -62,8 +62,14 @@ public:
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
     /// The number of bytes of the file read so far.
     qint64 bytesRead() const { return _lines.bytesRead(); }
-    /// The path of a material library, or the name of a material.
+    /// The path of a material library, or the name of a material: the first word after the keyword.
     const QString& text() const { return _text; }
+    /// All text after the keyword of the current line, without white space around it.
+    QString rest() const { return _lines.text(_operands, _lines.end()).trimmed(); }
+    /// The absolute path of a library named `name`.
+    QString libraryPath(const QString& name) const {
+        return QDir::isRelativePath(name) ? _directory.absoluteFilePath(name) : name;
+    }
 
 private:
     void nextLine();
@@ -74,7 +80,6 @@ private:
     bool toIndex(std::string_view number, quint32 count, quint32& index) const;
     bool readCorner(std::string_view token);
     bool readFace();
-    void readLibrary();
     Kind classify(std::string_view keyword);
 
     QDir _directory;

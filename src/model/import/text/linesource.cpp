@@ -55,6 +55,61 @@ bool isMarkAt(const char* first, const char* cut, const char* last) {
     return std::search(from, to, std::begin(kMark), std::end(kMark)) != to;
 }
 
+// Whether a word may begin at `at`. Carriage returns do not count.
+template<typename Character>
+bool isAfterBlank(const Character* first, const Character* at) {
+    while (at != first && at[-1] == Character('\r'))
+        --at;
+    return at == first || at[-1] == Character(' ') || (at[-1] >= Character('\t') && at[-1] < Character('\r'));
+}
+
+// Whether the line from `first` to its line feed at `last` ends with a backslash and has no comment.
+template<typename Character>
+bool isContinued(const Character* first, const Character* last) {
+    while (last != first && last[-1] == Character('\r'))
+        --last;
+    if (last == first || last[-1] != Character('\\'))
+        return false;
+    for (const Character* at = first; at != last; ++at)
+        if (*at == Character('#') && isAfterBlank(first, at))
+            return false;
+    return true;
+}
+
+// Replaces the backslash and the line feed between joined lines. Returns: the new end.
+template<typename Iterator>
+Iterator joinLines(Iterator first, Iterator last) {
+    using Character = typename std::iterator_traits<Iterator>::value_type;
+    Iterator to = first;
+    for (; first != last; ++first, ++to) {
+        const bool isJoint = *first == Character('\\') && first + 1 != last && first[1] == Character('\n');
+        *to = isJoint ? Character(LineSource::kJoint) : *first;
+        first += isJoint ? 1 : 0;
+    }
+    return to;
+}
+
+// The start of the line that ends at `last`, or `first`.
+const char* lineStart(const char* first, const char* last) {
+    const auto* lineFeed = static_cast<const char*>(memrchr(first, '\n', static_cast<size_t>(last - first)));
+    return lineFeed == nullptr ? first : lineFeed + 1;
+}
+
+// The start of the first continued line, or `last`.
+const char* findContinuedLine(const char* first, const char* last) {
+    const char* at = first;
+    while ((at = static_cast<const char*>(std::memchr(at, '\\', static_cast<size_t>(last - at)))) !=
+           nullptr) {
+        ++at;
+        const char* end = at;
+        while (*end == '\r')
+            ++end;
+        if (*end == '\n' && isContinued(lineStart(first, at), end))
+            return lineStart(first, at);
+    }
+    return last;
+}
+
 char byteFor(QChar character) {
     if (character.unicode() < 0x80)
         return static_cast<char>(character.unicode());
@@ -104,8 +159,10 @@ bool LineSource::next() {
         return nextOfStream();
     while (fill()) {
         const char* first = _unread;
-        const auto* lineFeed =
-            static_cast<const char*>(std::memchr(first, '\n', static_cast<size_t>(_wholeLinesEnd - first)));
+        const char* lineFeed = lineEnd(first);
+        _isJoined = _options.joinsContinuedLines && isContinued(first, lineFeed);
+        if (_isJoined)
+            lineFeed = joinedLineEnd(first);
         _unread = lineFeed + 1;
         if (lineFeed - first <= _options.lineBytes) {
             show(first, lineFeed);
@@ -115,13 +172,47 @@ bool LineSource::next() {
     return false;
 }
 
+// Requires: a line in memory.
+const char* LineSource::lineEnd(const char* first) const {
+    return static_cast<const char*>(std::memchr(first, '\n', static_cast<size_t>(_wholeLinesEnd - first)));
+}
+
+// The end of the last line that continues the one at `first`.
+const char* LineSource::joinedLineEnd(const char* first) const {
+    const char* end = lineEnd(first);
+    for (const char* part = first; end + 1 != _wholeLinesEnd && isContinued(part, end); end = lineEnd(part))
+        part = end + 1;
+    return end;
+}
+
+const char* LineSource::singleLinesEnd() {
+    if (!_options.joinsContinuedLines)
+        return _wholeLinesEnd;
+    if (_singleLinesEnd == nullptr || _singleLinesEnd < _unread)
+        _singleLinesEnd = findContinuedLine(_unread, _wholeLinesEnd);
+    return _singleLinesEnd;
+}
+
+// Appends to the line that was read from the stream those on which it is continued. Returns: false if the
+// whole is too long.
+bool LineSource::appendContinuations() {
+    for (int part = 0; isContinued(_decoded.constData() + part, _decoded.constData() + _decoded.size());) {
+        _decoded.back() = kJoint;
+        part = _decoded.size();
+        if (!_stream->atEnd())
+            _decoded += _stream->readLine(_options.lineBytes);
+    }
+    return _decoded.size() < _options.lineBytes;
+}
+
 bool LineSource::nextOfStream() {
     while (!_stream->atEnd()) {
         _decoded = _stream->readLine(_options.lineBytes);
         // The result is null if the device has bytes left but no character, or if it cannot be read.
         if (_decoded.isNull())
             return false;
-        if (_decoded.size() < _options.lineBytes) {
+        if (_decoded.size() < _options.lineBytes &&
+            (!_options.joinsContinuedLines || appendContinuations())) {
             showDecoded();
             return true;
         }
@@ -154,6 +245,7 @@ bool LineSource::readBlock() {
     std::memmove(_block, _unread, static_cast<size_t>(carried));
     _blockEnd = _block + carried;
     _unread = _wholeLinesEnd = _block;
+    _singleLinesEnd = nullptr;
     for (;;) {
         const qint64 fresh = readBytes();
         if (fresh == 0)
@@ -183,8 +275,10 @@ bool LineSource::findWholeLines(const char* fresh) {
         _inOverlongLine = lineFeed == nullptr;
         _unread = _wholeLinesEnd = _inOverlongLine ? _blockEnd : static_cast<const char*>(lineFeed) + 1;
     }
-    for (const char* end = _blockEnd; lineFeed != nullptr; --end) {
-        if (end[-1] == '\n') {
+    // A continued line ends with another one. All lines before the fresh bytes are continued.
+    for (const char* end = _blockEnd; lineFeed != nullptr && end > std::max(fresh, _unread); --end) {
+        if (end[-1] == '\n' &&
+            !(_options.joinsContinuedLines && isContinued(lineStart(_unread, end - 1), end - 1))) {
             _wholeLinesEnd = end;
             return true;
         }
@@ -204,6 +298,8 @@ void LineSource::dropBlock() {
 bool LineSource::closeLastLine() {
     if (_blockEnd == _block)
         return false;
+    if (_options.joinsContinuedLines && isContinued(lineStart(_unread, _blockEnd), _blockEnd))
+        *static_cast<char*>(memrchr(_block, '\\', static_cast<size_t>(_blockEnd - _block))) = kJoint;
     *_blockEnd++ = '\n';
     *_blockEnd = '\n';
     _lastLineClosed = true;
@@ -215,9 +311,8 @@ void LineSource::show(const char* first, const char* lineFeed) {
     const Content content = contentOf(first, lineFeed);
     _isDecoded = content.foreign;
     if (content.foreign) {
-        const bool closedHere = _lastLineClosed && lineFeed + 1 == _blockEnd;
-        decode(first, closedHere ? lineFeed : lineFeed + 1);
-    } else if (content.carriageReturn) {
+        decode(first, lineFeed, !_lastLineClosed || lineFeed + 1 != _blockEnd);
+    } else if (content.carriageReturn || _isJoined) {
         showWithoutCarriageReturns(first, lineFeed);
     } else {
         _lineBegin = first;
@@ -228,13 +323,16 @@ void LineSource::show(const char* first, const char* lineFeed) {
 void LineSource::showWithoutCarriageReturns(const char* first, const char* last) {
     _bytes.clear();
     std::remove_copy(first, last, std::back_inserter(_bytes), '\r');
+    if (_isJoined)
+        _bytes.erase(joinLines(_bytes.begin(), _bytes.end()), _bytes.end());
     _lineBegin = _bytes.data();
     _lineEnd = _lineBegin + _bytes.size();
 }
 
 // Splits the bytes at the block boundaries of the stream, because they affect the result: a malformed
 // sequence is lost at a boundary, and gives replacement characters anywhere else.
-void LineSource::decode(const char* first, const char* last) {
+void LineSource::decode(const char* first, const char* lineFeed, bool isLineFeedOfFile) {
+    const char* const last = isLineFeedOfFile ? lineFeed + 1 : lineFeed;
     QTextCodec::ConverterState state;
     const QTextCodec* utf8 = _stream->codec();
     _decoded.clear();
@@ -248,8 +346,10 @@ void LineSource::decode(const char* first, const char* last) {
         piece += length;
     }
     _decoded.remove(QLatin1Char('\r'));
-    if (_decoded.endsWith(QLatin1Char('\n')))
+    if (isLineFeedOfFile && _decoded.endsWith(QLatin1Char('\n')))
         _decoded.chop(1);
+    if (_isJoined)
+        _decoded.resize(static_cast<int>(joinLines(_decoded.begin(), _decoded.end()) - _decoded.begin()));
     showDecoded();
 }
 

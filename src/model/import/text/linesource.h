@@ -9,12 +9,15 @@
 
 namespace Atelier::Vel {
 
-/// Sizes for a LineSource. Tests use small ones.
+/// How a LineSource reads. Tests use small sizes.
 struct LineSourceOptions {
     /// Bytes read from the device at a time; at least 4, so that the first block contains a byte-order mark.
     qint64 blockBytes = qint64(256) * 1024;
     /// A longer line is dropped completely, because a QString cannot hold much more.
     qint64 lineBytes = qint64(512) * 1024 * 1024;
+    /// Whether a backslash at the end of a line continues it on the next line, unless the line has a comment:
+    /// a '#' at its start or after a blank. The backslash and the end of the line become a blank.
+    bool joinsContinuedLines = false;
 };
 
 /// Reads the lines of a text stream as bytes: the same lines as QTextStream::readLine.
@@ -27,6 +30,8 @@ struct LineSourceOptions {
 class LineSource {
 public:
     static constexpr char kForeign = '\x80';
+    /// Between joined lines.
+    static constexpr char kJoint = ' ';
     /// The number of readable bytes before wholeLinesBegin(); their content is unspecified. After
     /// wholeLinesEnd(), the same number of bytes is readable, counted from the first byte that is not a
     /// digit. There always is such a byte.
@@ -51,6 +56,9 @@ public:
     /// by skipTo().
     const char* wholeLinesBegin() const { return _unread; }
     const char* wholeLinesEnd() const { return _wholeLinesEnd; }
+    /// The end of those of them that may be skipped: the first line that is continued, if there is one, or
+    /// wholeLinesEnd().
+    const char* singleLinesEnd();
     void skipTo(const char* lineBegin) { _unread = lineBegin; }
 
     /// The number of bytes read from the device so far; 0 if the lines come from the stream itself.
@@ -58,6 +66,9 @@ public:
 
 private:
     bool nextOfStream();
+    bool appendContinuations();
+    const char* lineEnd(const char* first) const;
+    const char* joinedLineEnd(const char* first) const;
     bool readBlock();
     qint64 readBytes();
     bool findWholeLines(const char* fresh);
@@ -68,7 +79,7 @@ private:
     void show(const char* first, const char* lineFeed);
     void showWithoutCarriageReturns(const char* first, const char* last);
     void showDecoded();
-    void decode(const char* first, const char* last);
+    void decode(const char* first, const char* lineFeed, bool isLineFeedOfFile);
     bool streamDropsMark(qint64 offset);
 
     QTextStream* _stream;
@@ -83,6 +94,7 @@ private:
     qint64 _blockOffset = 0; ///< where in the file _block begins
     const char* _unread = nullptr;
     const char* _wholeLinesEnd = nullptr;
+    const char* _singleLinesEnd = nullptr; ///< null if not searched for since the block was read
     char* _blockEnd = nullptr;
     bool _lastLineClosed = false; ///< the last line feed is not from the file
     bool _inOverlongLine = false;
@@ -90,6 +102,7 @@ private:
 
     const char* _lineBegin = nullptr;
     const char* _lineEnd = nullptr;
+    bool _isJoined = false;
     bool _isDecoded = false;
     QString _decoded;         ///< the current line, if it was decoded
     std::vector<char> _bytes; ///< the current line, if it is not in the block

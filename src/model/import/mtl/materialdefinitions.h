@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+
+#include <QtCore/QHash>
+#include <QtCore/QSet>
+#include <QtCore/QString>
+
+#include <velgl/instancedata.h>
+#include <velmodel/loadoptions.h>
+
+#include "import/diagnosticlog.h"
+#include "mesh/whitemaps.h"
+
+namespace Atelier::Vel {
+
+class GroupStore;
+
+/// The name of a material as a line of text has it.
+struct MaterialName {
+    QString word; ///< the first word after the keyword
+    QString rest; ///< all text after the keyword, which is needed only if names are matched
+};
+
+/// The materials that the libraries of a load define. Each is the group of its faces.
+class MaterialDefinitions {
+public:
+    /// The arguments must outlive the object.
+    MaterialDefinitions(GroupStore& groups, const LoadRepairs& repairs, DiagnosticLog& diagnostics)
+        : _groups(groups), _repairs(repairs), _diagnostics(diagnostics) {}
+
+    /// Makes the group of a material that `file` defines, unless it was defined before.
+    void define(const MaterialName& name, const QString& file, const InstanceData& material,
+                const WhiteMaps& whiteMaps);
+    /// The name of the group that faces join after "usemtl" with `name`. There need not be such a group.
+    QString groupOf(const MaterialName& name) const;
+    /// Changes whenever groupOf() may change.
+    quint64 revision() const { return _revision; }
+
+    /// Makes a group with the default material for a name that no library has defined. `file` uses the name.
+    /// Returns: false if that is not repaired.
+    bool defineMissing(const MaterialName& name, const QString& file);
+    /// Reports that the faces after `name` in `file` join a group that its first word does not name.
+    void reportMatch(const MaterialName& name, const QString& file, const QString& group);
+
+private:
+    // A material is found by all of its name, by its name without a comment, and by the first word of it.
+    enum Reading { kWhole, kUncommented, kFirstWord, kReadings };
+
+    QString newGroup(const MaterialName& name) const;
+    void remember(const QString& rest, const QString& group);
+
+    GroupStore& _groups;
+    const LoadRepairs& _repairs;
+    DiagnosticLog& _diagnostics;
+    QSet<QString> _missing; ///< groups without a definition
+    std::array<QHash<QString, QString>, kReadings> _groupOf;
+    quint64 _revision = 0;
+};
+
+} // namespace Atelier::Vel
