@@ -24,17 +24,19 @@ MODEL = {
     "drawdata": ["mesh", "geometry", "geometry/merging", "geometry/triangulation", "streams", "memory", "."],
     "upload": ["textures", "drawdata", "mesh", "streams", "memory", "."],
     "builder": ["upload", "drawdata", "mesh", "streams", "memory", "."],
+    "import/diagnostics": [],
     "import/text": [],
     "import/obj": ["import/text", "mesh"],
     "import/obj/simd": ["import/obj", "import/text"],
-    "import/mtl": ["import/text", "files", "mesh", "."],
-    "import": ["import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh", "streams",
-               "memory", "."],
+    "import/mtl": ["import/diagnostics", "import/text", "files", "mesh", "."],
+    "import": ["import/diagnostics", "import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh",
+               "streams", "memory", "."],
 }
 MODEL_HEADERS = {
     "modeldatastream.h": "streams", "modeldataarray.h": "streams", "triangulation.h": "geometry", "loadprogress.h": "drawdata",
     "drawdata.h": "drawdata", "modelbuilder.h": "builder", "modelfiles.h": "files", "textureloader.h": "textures",
-    "objloader.h": "import",
+    "objloader.h": "import", "loadoptions.h": "import", "loadreport.h": "import/diagnostics",
+    "loaddiagnostic.h": "import/diagnostics",
 }
 # Materials are VelGL's instance data, and white maps its texture references. The shared pointer is a template without OpenGL.
 MODEL_WITH_VELGL = {"upload", "textures", "mesh", "drawdata", "builder", "import", "import/mtl"}

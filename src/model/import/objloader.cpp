@@ -16,7 +16,7 @@
 #include "drawdata/preparation.h"
 #include "drawdata/progressmeter.h"
 #include "files/textfile.h"
-#include "import/diagnosticlog.h"
+#include "import/diagnostics/diagnosticlog.h"
 #include "import/facegroups.h"
 #include "import/meshfeed.h"
 #include "import/mtl/materialdefinitions.h"

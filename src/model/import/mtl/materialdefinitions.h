@@ -9,7 +9,7 @@
 #include <velgl/instancedata.h>
 #include <velmodel/loadoptions.h>
 
-#include "import/diagnosticlog.h"
+#include "import/diagnostics/diagnosticlog.h"
 #include "mesh/whitemaps.h"
 
 namespace Atelier::Vel {

@@ -10,7 +10,7 @@
 #include <velmodel/modelfiles.h>
 
 #include "files/fileversion.h"
-#include "import/diagnosticlog.h"
+#include "import/diagnostics/diagnosticlog.h"
 #include "mesh/whitemaps.h"
 
 namespace Atelier::Vel {
