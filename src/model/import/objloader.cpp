@@ -26,6 +26,7 @@
 #include "memory/scratchblock.h"
 #include "mesh/mesh.h"
 #include "mesh/unplacedfaces.h"
+#include "upload/instanceplans.h"
 #include "upload/modelupload.h"
 
 namespace Atelier::Vel {

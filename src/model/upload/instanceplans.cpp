@@ -13,4 +13,21 @@ void registerInstanceInfoPlan() {
     InstanceDataRegistry::Instance().registerPlan(plan);
 }
 
+void registerObjMaterialPlan() {
+    using DataType = InstanceDataPlan::DataType;
+    // The plan contains "Ke" and "map_Ke", which no MTL keyword sets, and lacks "Ka" and "map_Ka". This is
+    // intentional.
+    auto* plan = new InstanceDataPlan(QStringLiteral("OBJMaterial"));
+    plan->addMember(DataType::Float, QStringLiteral("Ns"));
+    plan->addMember(DataType::Float, QStringLiteral("d"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Kd"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Ks"));
+    plan->addMember(DataType::Vec3, QStringLiteral("Ke"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ns"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Kd"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ks"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Ke"));
+    InstanceDataRegistry::Instance().registerPlan(plan);
+}
+
 } // namespace Atelier::Vel

@@ -8,8 +8,6 @@
 #include <QtGui/QColor>
 
 #include <velgl/instancedata.h>
-#include <velgl/instancedataplan.h>
-#include <velgl/instancedataregistry.h>
 #include <velgl/texturemanager.h>
 #include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
@@ -131,23 +129,6 @@ void MaterialCollector::take(const MtlReader& line) {
 }
 
 } // namespace
-
-void registerObjMaterialPlan() {
-    using DataType = InstanceDataPlan::DataType;
-    // The plan contains "Ke" and "map_Ke", which no MTL keyword sets, and lacks "Ka" and "map_Ka". This is
-    // intentional.
-    auto* plan = new InstanceDataPlan(materialPlanName());
-    plan->addMember(DataType::Float, QStringLiteral("Ns"));
-    plan->addMember(DataType::Float, QStringLiteral("d"));
-    plan->addMember(DataType::Vec3, QStringLiteral("Kd"));
-    plan->addMember(DataType::Vec3, QStringLiteral("Ks"));
-    plan->addMember(DataType::Vec3, QStringLiteral("Ke"));
-    plan->addMember(DataType::Texture, QStringLiteral("map_Ns"));
-    plan->addMember(DataType::Texture, QStringLiteral("map_Kd"));
-    plan->addMember(DataType::Texture, QStringLiteral("map_Ks"));
-    plan->addMember(DataType::Texture, QStringLiteral("map_Ke"));
-    InstanceDataRegistry::Instance().registerPlan(plan);
-}
 
 InstanceData makeDefaultMaterial() {
     InstanceData material = makeDefaultMaterialWithoutMaps();

@@ -17,9 +17,6 @@ namespace Atelier::Vel {
 
 class MaterialDefinitions;
 
-/// Registers the "OBJMaterial" plan. Called once, when the library is loaded.
-void registerObjMaterialPlan();
-
 /// makeDefaultMaterial() without its white maps, which are made when a GL context is available.
 InstanceData makeDefaultMaterialWithoutMaps();
 WhiteMaps defaultWhiteMaps();
