@@ -39,6 +39,13 @@ struct LoadOptions {
     /// makeTextureLoader().
     Files files = Files::Anywhere;
     LoadRepairs repairs;
+    /// Whether materials, the default one included, have the layout "OBJMaterialExtended" in place of
+    /// "OBJMaterial". Beyond the members of that, it has "illum" (an integer, 2 without a line), "Pr" and
+    /// "Pm" (floats, 1 and 0), "map_offset" and "map_scale" (two floats each, of map_Kd, 0 and 1) and the
+    /// textures "map_Pr", "map_Pm" and "norm" (from "norm" or "map_Kn"). "Ke" and "map_Ke" are read, and "Tr"
+    /// sets "d" to 1 - Tr in a material without a "d" line. The first upload of such a material registers the
+    /// layout.
+    bool extendedMaterials = false;
 
     /// Options with all repairs, for programs that show whatever a file holds.
     VELMODEL_EXPORT static LoadOptions forgiving();

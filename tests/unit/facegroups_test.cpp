@@ -26,9 +26,9 @@ protected:
     }
 
     Mesh _mesh{Input::Consumed};
-    LoadRepairs _repairs;
+    LoadOptions _options;
     DiagnosticLog _log;
-    MaterialDefinitions _materials{_mesh.groups, _repairs, _log};
+    MaterialDefinitions _materials{_mesh.groups, _options, _log};
     FaceGroups _groups{_mesh.groups, _materials, QStringLiteral("m.obj")};
 };
 
@@ -50,7 +50,7 @@ TEST_F(FaceGroupsTest, GroupMayBeDefinedAfterItsUse) {
 }
 
 TEST_F(FaceGroupsTest, NameIsMatchedAgainAfterEachDefinition) {
-    _repairs.matchNames = true;
+    _options.repairs.matchNames = true;
     use("my red");
     define("my");
     EXPECT_TRUE(_groups.add(0, 1));
@@ -61,7 +61,7 @@ TEST_F(FaceGroupsTest, NameIsMatchedAgainAfterEachDefinition) {
 }
 
 TEST_F(FaceGroupsTest, MissingGroupIsMadeByAFaceOnly) {
-    _repairs.defineMaterials = true;
+    _options.repairs.defineMaterials = true;
     use("a");
     use("b");
     EXPECT_TRUE(_groups.add(0, 1));
@@ -70,7 +70,7 @@ TEST_F(FaceGroupsTest, MissingGroupIsMadeByAFaceOnly) {
 }
 
 TEST_F(FaceGroupsTest, MatchIsReportedOncePerUse) {
-    _repairs.matchNames = true;
+    _options.repairs.matchNames = true;
     define("my red");
     use("my red");
     _groups.add(0, 1);

@@ -32,9 +32,9 @@ protected:
     }
 
     Mesh _mesh{Input::Consumed};
-    LoadRepairs _repairs;
+    LoadOptions _options;
     DiagnosticLog _log;
-    MaterialDefinitions _definitions{_mesh.groups, _repairs, _log};
+    MaterialDefinitions _definitions{_mesh.groups, _options, _log};
 };
 
 } // namespace
@@ -56,7 +56,7 @@ TEST_F(MaterialDefinitionsTest, NameIsTheFirstWordWithoutRepairs) {
 }
 
 TEST_F(MaterialDefinitionsTest, MissingOneIsReplacedOnceInPlace) {
-    _repairs.defineMaterials = true;
+    _options.repairs.defineMaterials = true;
     EXPECT_TRUE(defineMissing("x"));
     define("y", 2);
     const int id = _mesh.groups.find("x")->id;
@@ -67,7 +67,7 @@ TEST_F(MaterialDefinitionsTest, MissingOneIsReplacedOnceInPlace) {
 }
 
 TEST_F(MaterialDefinitionsTest, RevisionChangesWithEachNewName) {
-    _repairs.defineMaterials = true;
+    _options.repairs.defineMaterials = true;
     const quint64 first = _definitions.revision();
     define("red", 1);
     const quint64 second = _definitions.revision();
@@ -79,7 +79,7 @@ TEST_F(MaterialDefinitionsTest, RevisionChangesWithEachNewName) {
 }
 
 TEST_F(MaterialDefinitionsTest, WholeNameComesBeforeTheOthers) {
-    _repairs.matchNames = true;
+    _options.repairs.matchNames = true;
     define("my red # 1", 1);
     define("my red # 2", 2);
     define("my", 3);
@@ -94,7 +94,7 @@ TEST_F(MaterialDefinitionsTest, WholeNameComesBeforeTheOthers) {
 }
 
 TEST_F(MaterialDefinitionsTest, SameLineTwiceIsOneMaterial) {
-    _repairs.matchNames = true;
+    _options.repairs.matchNames = true;
     for (const char* name : {"a #1", "a #2", "a #1", "a #2"})
         define(name, 1);
     EXPECT_EQ(_mesh.groups.records().size(), 2);

@@ -57,9 +57,9 @@ protected:
     }
 
     Mesh _mesh{Input::Kept};
-    LoadRepairs _repairs;
+    LoadOptions _options;
     DiagnosticLog _diagnostics;
-    MaterialDefinitions _materials{_mesh.groups, _repairs, _diagnostics};
+    MaterialDefinitions _materials{_mesh.groups, _options, _diagnostics};
     FaceGroups _groups{_mesh.groups, _materials, QStringLiteral("m.obj")};
     MeshFeed _feed{_mesh, _groups};
 };

@@ -10,6 +10,8 @@
 
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
+#include <velgl/instancedataplan.h>
+#include <velgl/instancedataregistry.h>
 
 #include "support/messagelog.h"
 #include "support/recordingcontext.h"
@@ -392,6 +394,48 @@ TEST_F(RepairsTest, NothingIsLeftWhereNoFaceHasPositions) {
 TEST_F(RepairsTest, TextureCoordinateThatDoesNotExistIsZeroAsEver) {
     const QByteArray text = "vt 1 1\n" + kPositions + "f 1/1 2/1 3/7\n";
     EXPECT_EQ(contentOf(read(text, LoadOptions::forgiving())), contentOf(read(text, LoadOptions())));
+}
+
+// Extended materials
+
+TEST_F(RepairsTest, FirstUploadOfExtendedMaterialsRegistersTheirLayout) {
+    const InstanceDataRegistry& registry = InstanceDataRegistry::Instance();
+    const QString name = QStringLiteral("OBJMaterialExtended");
+    LoadOptions options;
+    options.extendedMaterials = true;
+    write("m.mtl", "newmtl red\nKd 1 0 0\n");
+    const DrawData data = read("mtllib m.mtl\n" + kPositions + "f 1 2 3\nusemtl red\nf 1 2 4\n", options);
+    const DrawData plain = read("mtllib m.mtl\n" + kPositions + "f 1 2 3\n", LoadOptions());
+    EXPECT_EQ(data.group(0, 0).material.name(), name) << "the default material";
+    EXPECT_EQ(data.group(0, 1).material.name(), name);
+    EXPECT_EQ(plain.group(0, 0).material.name(), "OBJMaterial");
+    const RecordingContext context;
+    GPUModel model;
+    ASSERT_TRUE(upload(plain, model, {makeIdentityInstance()}));
+    EXPECT_EQ(registry.plan(name), nullptr);
+    const MessageLog log;
+    for (int i = 0; i < 2; ++i)
+        ASSERT_TRUE(upload(data, model, {makeIdentityInstance()}));
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+    ASSERT_NE(registry.plan(name), nullptr);
+    QStringList members;
+    for (const InstanceDataPlan::Member& member : registry.plan(name)->members())
+        members.append(member.name);
+    EXPECT_EQ(members.mid(0, 9),
+              QStringList({"Ns", "d", "Kd", "Ks", "Ke", "map_Ns", "map_Kd", "map_Ks", "map_Ke"}))
+        << "those of the plain layout";
+    EXPECT_EQ(members.mid(9),
+              QStringList({"illum", "Pr", "Pm", "map_offset", "map_scale", "map_Pr", "map_Pm", "norm"}));
+    EXPECT_FALSE(registry.plan(name)->pack(model.materials(1)->items()).isEmpty());
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty()) << "no value has another size than its member";
+}
+
+TEST_F(RepairsTest, UndefinedMaterialIsExtendedToo) {
+    LoadOptions options = LoadOptions::forgiving();
+    options.extendedMaterials = true;
+    const DrawData data = read(kPositions + "usemtl a\nf 1 2 3\n", options);
+    EXPECT_EQ(data.group(0, 0).material.name(), "OBJMaterialExtended");
+    EXPECT_TRUE(data.group(0, 0).material.hasValue("map_scale"));
 }
 
 // Functions with options

@@ -86,13 +86,13 @@ public:
         : _path(file.fileName()),
           _fileSize(file.size()),
           _options(options),
-          _materials(_mesh.groups, options.repairs, _diagnostics),
-          _libraries(filesOf(_path, options), options.repairs, _materials, _diagnostics),
+          _materials(_mesh.groups, options, _diagnostics),
+          _libraries(filesOf(_path, options), options, _materials, _diagnostics),
           _groups(_mesh.groups, _materials, _path),
           _stream(&file),
           _reader(&_stream, lineOptions(options.repairs)),
           _feed(_mesh, _groups) {
-        _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(), -1, 0,
+        _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)), -1, 0,
                             defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }

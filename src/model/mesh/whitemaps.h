@@ -10,7 +10,8 @@ namespace Atelier::Vel {
 /// The texture maps of a material that are plain white. A texture needs a GL context, so the upload makes it.
 class WhiteMaps {
 public:
-    static constexpr const char* kNames[] = {"map_Ka", "map_Kd", "map_Ks", "map_Ns"};
+    static constexpr const char* kNames[] = {"map_Ka", "map_Kd", "map_Ks", "map_Ns",
+                                             "map_Ke", "map_Pr", "map_Pm", "norm"};
 
     bool isEmpty() const { return _maps == 0; }
     /// Requires: `name` is one of kNames.

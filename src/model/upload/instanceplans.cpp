@@ -1,5 +1,7 @@
 #include "upload/instanceplans.h"
 
+#include <memory>
+
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
 
@@ -13,11 +15,14 @@ void registerInstanceInfoPlan() {
     InstanceDataRegistry::Instance().registerPlan(plan);
 }
 
-void registerObjMaterialPlan() {
-    using DataType = InstanceDataPlan::DataType;
-    // The plan contains "Ke" and "map_Ke", which no MTL keyword sets, and lacks "Ka" and "map_Ka". This is
-    // intentional.
-    auto* plan = new InstanceDataPlan(QStringLiteral("OBJMaterial"));
+namespace {
+
+using DataType = InstanceDataPlan::DataType;
+
+// The members include "Ke" and "map_Ke", which a plain load never sets, and lack "Ka" and "map_Ka". This is
+// intentional.
+std::unique_ptr<InstanceDataPlan> makeMaterialPlan(const QString& name) {
+    auto plan = std::make_unique<InstanceDataPlan>(name);
     plan->addMember(DataType::Float, QStringLiteral("Ns"));
     plan->addMember(DataType::Float, QStringLiteral("d"));
     plan->addMember(DataType::Vec3, QStringLiteral("Kd"));
@@ -27,7 +32,31 @@ void registerObjMaterialPlan() {
     plan->addMember(DataType::Texture, QStringLiteral("map_Kd"));
     plan->addMember(DataType::Texture, QStringLiteral("map_Ks"));
     plan->addMember(DataType::Texture, QStringLiteral("map_Ke"));
-    InstanceDataRegistry::Instance().registerPlan(plan);
+    return plan;
+}
+
+} // namespace
+
+void registerObjMaterialPlan() {
+    InstanceDataRegistry::Instance().registerPlan(makeMaterialPlan(QStringLiteral("OBJMaterial")).release());
+}
+
+void registerPlanOf(const QList<InstanceData>& materials) {
+    const QString name = QStringLiteral("OBJMaterialExtended");
+    // All materials of a load have one layout.
+    if (materials.isEmpty() || materials.first().name() != name)
+        return;
+    std::unique_ptr<InstanceDataPlan> plan = makeMaterialPlan(name);
+    plan->addMember(DataType::Int, QStringLiteral("illum"));
+    plan->addMember(DataType::Float, QStringLiteral("Pr"));
+    plan->addMember(DataType::Float, QStringLiteral("Pm"));
+    plan->addMember(DataType::Vec2, QStringLiteral("map_offset"));
+    plan->addMember(DataType::Vec2, QStringLiteral("map_scale"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Pr"));
+    plan->addMember(DataType::Texture, QStringLiteral("map_Pm"));
+    plan->addMember(DataType::Texture, QStringLiteral("norm"));
+    // A second plan of the name is deleted.
+    InstanceDataRegistry::Instance().registerPlan(plan.release());
 }
 
 } // namespace Atelier::Vel

@@ -21,6 +21,7 @@
 #include "streams/streamrequest.h"
 #include "streams/streamview.h"
 #include "textures/materialtextures.h"
+#include "upload/instanceplans.h"
 
 namespace Atelier::Vel {
 
@@ -205,6 +206,7 @@ void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) 
     added.ids = {};
     if (!_options.groupIdMember.isNull())
         added.materials.clear();
+    registerPlanOf(added.materials);
     const QString materialName = added.materials.isEmpty() ? QString() : added.materials.first().name();
     auto materials = makeCollection(materialName, added.materials);
     auto instanceCollection = makeCollection(_options.instance.name(), instances);

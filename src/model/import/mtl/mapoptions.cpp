@@ -25,6 +25,9 @@ constexpr MapOption kMapOptions[] = {
     {"-type", 0, nullptr},
 };
 
+constexpr const MapOption* kScale = kMapOptions;
+constexpr const MapOption* kOffset = kMapOptions + 1;
+
 /// The words of a text that an option may still take: all but the last.
 class OptionWords {
 public:
@@ -66,34 +69,42 @@ const MapOption* findOption(const QString& word) {
     return found == std::end(kMapOptions) ? nullptr : found;
 }
 
-bool isNumber(const QString& word) {
-    bool isNumber = false;
-    word.toFloat(&isNumber);
-    return isNumber;
-}
-
 bool takesWord(const MapOption& option, const QString& word) {
-    if (option.words == nullptr)
-        return !word.isNull();
-    return !word.isNull() &&
-           QString::fromLatin1(option.words).contains(QLatin1Char(' ') + word.toLower() + QLatin1Char(' '));
+    const bool isListed =
+        option.words == nullptr ||
+        QString::fromLatin1(option.words).contains(QLatin1Char(' ') + word.toLower() + QLatin1Char(' '));
+    return option.numbers == 0 && !word.isNull() && isListed;
 }
 
-void takeOption(const MapOption& option, OptionWords& words) {
+// Takes an option with its numbers, of which the first two are written to `values`, or with its word.
+void takeOption(const MapOption& option, OptionWords& words, float (&values)[2]) {
     words.take();
-    for (int i = 0; i < option.numbers && isNumber(words.word()); ++i)
-        words.take();
-    if (option.numbers == 0 && takesWord(option, words.word()))
+    bool isNumber = true;
+    for (int i = 0; i < option.numbers && isNumber; ++i) {
+        const float value = words.word().toFloat(&isNumber);
+        if (isNumber && i < 2)
+            values[i] = value;
+        if (isNumber)
+            words.take();
+    }
+    if (takesWord(option, words.word()))
         words.take();
 }
 
 } // namespace
 
-QString withoutMapOptions(const QString& text) {
+MapOptions parseMapOptions(const QString& text) {
+    MapOptions options;
     OptionWords words(text);
-    while (const MapOption* const option = findOption(words.word()))
-        takeOption(*option, words);
-    return words.left();
+    while (const MapOption* const option = findOption(words.word())) {
+        float ignored[2];
+        takeOption(*option, words,
+                   option == kOffset  ? options.offset
+                   : option == kScale ? options.scale
+                                      : ignored);
+    }
+    options.name = words.left();
+    return options;
 }
 
 } // namespace Atelier::Vel

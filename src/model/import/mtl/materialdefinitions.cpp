@@ -28,7 +28,7 @@ void MaterialDefinitions::define(const MaterialName& name, const QString& file, 
     else
         return;
     ++_revision;
-    if (!_repairs.matchNames)
+    if (!_options.repairs.matchNames)
         return;
     remember(name.rest, group);
     if (group != name.word)
@@ -37,7 +37,7 @@ void MaterialDefinitions::define(const MaterialName& name, const QString& file, 
 
 // The group that a definition makes. If it exists and has a definition, the new one is ignored.
 QString MaterialDefinitions::newGroup(const MaterialName& name) const {
-    if (!_repairs.matchNames)
+    if (!_options.repairs.matchNames)
         return name.word;
     const QString whole = unquoted(name.rest);
     const QString known = _groupOf[kWhole].value(whole, whole);
@@ -54,7 +54,7 @@ void MaterialDefinitions::remember(const QString& rest, const QString& group) {
 }
 
 QString MaterialDefinitions::groupOf(const MaterialName& name) const {
-    if (!_repairs.matchNames)
+    if (!_options.repairs.matchNames)
         return name.word;
     for (const QString& candidate : nameCandidates(name.rest)) {
         for (const QHash<QString, QString>& groups : _groupOf)
@@ -67,10 +67,10 @@ QString MaterialDefinitions::groupOf(const MaterialName& name) const {
 }
 
 bool MaterialDefinitions::defineMissing(const MaterialName& name, const QString& file) {
-    if (!_repairs.defineMaterials)
+    if (!_options.repairs.defineMaterials)
         return false;
     const QString group = groupOf(name);
-    _groups.create(group, makeDefaultMaterialWithoutMaps(), -1, 0, defaultWhiteMaps());
+    _groups.create(group, makeDefaultMaterialWithoutMaps(layoutOf(_options)), -1, 0, defaultWhiteMaps());
     _missing.insert(group);
     ++_revision;
     _diagnostics.add(Code::UndefinedMaterial, file, group, [&] {

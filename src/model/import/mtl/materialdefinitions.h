@@ -26,8 +26,8 @@ struct MaterialName {
 class MaterialDefinitions {
 public:
     /// The arguments must outlive the object.
-    MaterialDefinitions(GroupStore& groups, const LoadRepairs& repairs, DiagnosticLog& diagnostics)
-        : _groups(groups), _repairs(repairs), _diagnostics(diagnostics) {}
+    MaterialDefinitions(GroupStore& groups, const LoadOptions& options, DiagnosticLog& diagnostics)
+        : _groups(groups), _options(options), _diagnostics(diagnostics) {}
 
     /// Makes the group of a material that `file` defines, unless it was defined before.
     void define(const MaterialName& name, const QString& file, const InstanceData& material,
@@ -51,7 +51,7 @@ private:
     void remember(const QString& rest, const QString& group);
 
     GroupStore& _groups;
-    const LoadRepairs& _repairs;
+    const LoadOptions& _options;
     DiagnosticLog& _diagnostics;
     QSet<QString> _missing; ///< groups without a definition
     std::array<QHash<QString, QString>, kReadings> _groupOf;

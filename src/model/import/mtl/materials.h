@@ -11,6 +11,7 @@
 
 #include "files/fileversion.h"
 #include "import/diagnostics/diagnosticlog.h"
+#include "import/mtl/materialvalues.h"
 #include "mesh/whitemaps.h"
 
 namespace Atelier::Vel {
@@ -18,16 +19,16 @@ namespace Atelier::Vel {
 class MaterialDefinitions;
 
 /// makeDefaultMaterial() without its white maps, which are made when a GL context is available.
-InstanceData makeDefaultMaterialWithoutMaps();
+InstanceData makeDefaultMaterialWithoutMaps(MaterialLayout layout);
 WhiteMaps defaultWhiteMaps();
 
 /// The material libraries of one load.
 class MaterialLibraries {
 public:
     /// The references must outlive the libraries.
-    MaterialLibraries(ModelFiles files, const LoadRepairs& repairs, MaterialDefinitions& definitions,
+    MaterialLibraries(ModelFiles files, const LoadOptions& options, MaterialDefinitions& definitions,
                       DiagnosticLog& diagnostics)
-        : _files(std::move(files)), _repairs(repairs), _definitions(definitions), _diagnostics(diagnostics) {}
+        : _files(std::move(files)), _options(options), _definitions(definitions), _diagnostics(diagnostics) {}
 
     /// Reads the materials of an MTL file, in the order in which the file defines them. Those that are
     /// defined already are unchanged, so a file that was read before and has not changed since is not read
@@ -37,7 +38,7 @@ public:
 
 private:
     ModelFiles _files;
-    const LoadRepairs& _repairs;
+    const LoadOptions& _options;
     MaterialDefinitions& _definitions;
     DiagnosticLog& _diagnostics;
     std::set<FileVersion> _read;

@@ -11,25 +11,26 @@ namespace Atelier::Vel {
 namespace {
 
 // In the order of MtlReader::Kind.
-constexpr const char* kKeywords[] = {"newmtl", "Ka",     "Kd",     "Ks",     "Ns",
-                                     "d",      "map_Kd", "map_Ks", "map_Ka", "map_Ns"};
+constexpr const char* kKeywords[] = {"newmtl", "Ka",     "Kd",     "Ks",     "Ns",   "d",     "map_Kd",
+                                     "map_Ks", "map_Ka", "map_Ns", "Ke",     "Tr",   "illum", "Pr",
+                                     "Pm",     "map_Ke", "map_Pr", "map_Pm", "norm", "map_Kn"};
+constexpr std::ptrdiff_t kPlainKeywords = 10;
 
 constexpr QLatin1Char kComment('#');
 
-MtlReader::Kind kindOf(const QString& keyword) {
-    const auto* const found =
-        std::find_if(std::begin(kKeywords), std::end(kKeywords),
-                     [&](const char* known) { return keyword == QLatin1String(known); });
-    return found == std::end(kKeywords)
-               ? MtlReader::Kind::Unknown
-               : static_cast<MtlReader::Kind>(std::distance(std::begin(kKeywords), found));
+MtlReader::Kind kindOf(const QString& keyword, bool isExtended) {
+    const auto* const end = isExtended ? std::end(kKeywords) : std::begin(kKeywords) + kPlainKeywords;
+    const auto* const found = std::find_if(
+        std::begin(kKeywords), end, [&](const char* known) { return keyword == QLatin1String(known); });
+    return found == end ? MtlReader::Kind::Unknown
+                        : static_cast<MtlReader::Kind>(std::distance(std::begin(kKeywords), found));
 }
 
 } // namespace
 
 MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options,
-                     const MtlRepairs& repairs)
-    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options), _repairs(repairs) {}
+                     const MtlDialect& dialect)
+    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options), _dialect(dialect) {}
 
 void MtlReader::next() {
     _ok = false;
@@ -40,7 +41,7 @@ void MtlReader::next() {
         }
         QString keyword;
         _lineStream >> keyword;
-        _kind = kindOf(keyword);
+        _kind = kindOf(keyword, _dialect.extended);
     } while (_skipUnknown && _kind == Kind::Unknown);
 }
 
@@ -70,16 +71,26 @@ bool MtlReader::read() {
     case Kind::Ka:
     case Kind::Kd:
     case Kind::Ks:
+    case Kind::Ke:
         _lineStream >> _values[0] >> _values[1] >> _values[2];
         break;
     case Kind::Ns:
     case Kind::D:
+    case Kind::Tr:
+    case Kind::Illum:
+    case Kind::Pr:
+    case Kind::Pm:
         _lineStream >> _values[0];
         break;
     case Kind::MapKd:
     case Kind::MapKs:
     case Kind::MapKa:
     case Kind::MapNs:
+    case Kind::MapKe:
+    case Kind::MapPr:
+    case Kind::MapPm:
+    case Kind::Norm:
+    case Kind::MapKn:
         readMap();
         isName = true;
         break;
@@ -88,7 +99,7 @@ bool MtlReader::read() {
         return false;
     }
     // Where names are repaired, one may begin with '#'.
-    const bool isNamed = _repairs.names && isName && !rest().isEmpty();
+    const bool isNamed = _dialect.names && isName && !rest().isEmpty();
     _ok = isNamed || _lineStream.status() == QTextStream::Ok;
     return _ok;
 }
@@ -101,7 +112,7 @@ QString MtlReader::rest() const {
 
 void MtlReader::readMap() {
     _lineStream >> _text;
-    if (_repairs.names || _repairs.mapOptions) {
+    if (_dialect.names || _dialect.mapOptions) {
         const QString repaired = repairedMapName();
         _isRepaired = repaired != _text;
         _text = repaired;
@@ -113,13 +124,13 @@ void MtlReader::readMap() {
 QString MtlReader::repairedMapName() const {
     const QString whole = rest();
     const QString uncommented = withoutComment(whole);
-    QString name = _repairs.names ? uncommented : whole.left(whole.indexOf(kComment)).trimmed();
+    QString name = _dialect.names ? uncommented : whole.left(whole.indexOf(kComment)).trimmed();
     if (name.isEmpty())
         name = whole;
-    if (!_repairs.mapOptions)
+    if (!_dialect.mapOptions)
         return wordsOf(name).value(0);
-    name = withoutMapOptions(name);
-    return _repairs.names ? unquoted(name) : name;
+    name = parseMapOptions(name).name;
+    return _dialect.names ? unquoted(name) : name;
 }
 
 } // namespace Atelier::Vel

@@ -8,13 +8,14 @@
 
 namespace Atelier::Vel {
 
-/// Which faults of MTL text a reader repairs, see LoadRepairs.
-struct MtlRepairs {
+/// What a reader knows beyond ten keywords and their first words, see LoadOptions.
+struct MtlDialect {
     bool names = false;      ///< names have spaces and quotes, and '#' in a word begins no comment
     bool mapOptions = false; ///< options are skipped, and the name of a map is what is left of the line
+    bool extended = false;   ///< ten more keywords
 };
 
-/// Reads Wavefront MTL text line by line and knows ten keywords.
+/// Reads Wavefront MTL text line by line and knows ten keywords, or twenty.
 ///
 /// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
 /// the line according to kind() if read() returned true, and call next(). The first read() is before the
@@ -32,13 +33,23 @@ public:
         MapKs,   ///< "map_Ks"
         MapKa,   ///< "map_Ka"
         MapNs,   ///< "map_Ns"
+        Ke,      ///< "Ke"; this and the following ones only in the extended dialect
+        Tr,      ///< "Tr"
+        Illum,   ///< "illum"
+        Pr,      ///< "Pr"
+        Pm,      ///< "Pm"
+        MapKe,   ///< "map_Ke"
+        MapPr,   ///< "map_Pr"
+        MapPm,   ///< "map_Pm"
+        Norm,    ///< "norm"
+        MapKn,   ///< "map_Kn"
         End,     ///< after the last line
         Unknown, ///< any other keyword
     };
 
     /// If `skipUnknown` is true, next() skips lines with an unknown keyword.
     MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options = {},
-              const MtlRepairs& repairs = {});
+              const MtlDialect& dialect = {});
 
     /// Sets the directory for relative map names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
@@ -67,7 +78,7 @@ private:
     bool _skipUnknown;
     QDir _directory;
     LineSource _lines;
-    MtlRepairs _repairs;
+    MtlDialect _dialect;
     QString _whole; ///< the current line, without outer white space
     QString _line;  ///< the input of _lineStream, without comment and outer white space
     QTextStream _lineStream;

@@ -1,0 +1,141 @@
+#include "import/mtl/materialcollector.h"
+
+#include <utility>
+
+#include <velmodel/modelfiles.h>
+
+#include "diagnostics.h"
+#include "import/mtl/mapoptions.h"
+#include "import/mtl/mtlreader.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+bool isDirections(MtlReader::Kind map) {
+    return map == MtlReader::Kind::Norm || map == MtlReader::Kind::MapKn;
+}
+
+} // namespace
+
+MaterialCollector::MaterialCollector(QString path, MaterialDefinitions& definitions, const ModelFiles& files,
+                                     const LoadOptions& options, DiagnosticLog& diagnostics)
+    : _path(std::move(path)),
+      _definitions(definitions),
+      _files(files),
+      _repairs(options.repairs),
+      _diagnostics(diagnostics),
+      _layout(layoutOf(options)),
+      _blank(materialPlanName(_layout)),
+      _material(materialPlanName(_layout)) {
+    setInitialValues(_blank, _layout);
+}
+
+void MaterialCollector::finishMaterial() {
+    if (_hasMaterial)
+        _definitions.define(_name, _path, _isBlank ? _blank : _material, _whiteMaps);
+}
+
+void MaterialCollector::startMaterial(const MtlReader& line) {
+    finishMaterial();
+    // Not a copy of the blank one, because QMap leaks memory if an allocation fails when it detaches a copy.
+    _material.clear();
+    setInitialValues(_material, _layout);
+    _hasOpacity = false;
+    _whiteMaps = WhiteMaps();
+    _isBlank = true;
+    _name = {line.text(), _repairs.matchNames ? line.rest() : QString()};
+    _hasMaterial = true;
+}
+
+// An unreadable texture is drawn as white.
+void MaterialCollector::setMap(const QString& name, const MtlReader& line) {
+    const QString& path = line.text();
+    if (line.isRepaired())
+        _diagnostics.add(DiagnosticLog::Code::MapName, _path, line.rest(),
+                         [&] { return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), path); });
+    const bool isAllowed = _files.allows(path);
+    if (!isAllowed)
+        reportOutsideFile(path, _files.folder());
+    // White is no direction.
+    if (!isAllowed && isDirections(line.kind()))
+        return;
+    _material.setTexture(name, isAllowed ? path : QString());
+    _whiteMaps.set(name, !isAllowed);
+}
+
+void MaterialCollector::take(const MtlReader& line) {
+    if (line.kind() == MtlReader::Kind::NewMtl)
+        return startMaterial(line);
+    _isBlank = false;
+    switch (line.kind()) {
+    case MtlReader::Kind::Ka:
+        return setColour(_material, QStringLiteral("Ka"), line.values());
+    case MtlReader::Kind::Kd:
+        return setColour(_material, QStringLiteral("Kd"), line.values());
+    case MtlReader::Kind::Ks:
+        return setColour(_material, QStringLiteral("Ks"), line.values());
+    case MtlReader::Kind::Ns:
+        return setScalar(_material, QStringLiteral("Ns"), *line.values());
+    case MtlReader::Kind::D:
+        _hasOpacity = true;
+        return setScalar(_material, QStringLiteral("d"), *line.values());
+    case MtlReader::Kind::MapKd:
+        setPlacement(line);
+        return setMap(QStringLiteral("map_Kd"), line);
+    case MtlReader::Kind::MapKs:
+        return setMap(QStringLiteral("map_Ks"), line);
+    case MtlReader::Kind::MapKa:
+        return setMap(QStringLiteral("map_Ka"), line);
+    case MtlReader::Kind::MapNs:
+        return setMap(QStringLiteral("map_Ns"), line);
+    default:
+        return takeExtended(line);
+    }
+}
+
+// Only a reader of the extended layout finds these keywords.
+void MaterialCollector::takeExtended(const MtlReader& line) {
+    switch (line.kind()) {
+    case MtlReader::Kind::Ke:
+        return setColour(_material, QStringLiteral("Ke"), line.values());
+    case MtlReader::Kind::Tr:
+        if (!_hasOpacity)
+            setScalar(_material, QStringLiteral("d"), 1.0F - *line.values());
+        return;
+    case MtlReader::Kind::Illum:
+        return setModel(*line.values());
+    case MtlReader::Kind::Pr:
+        return setScalar(_material, QStringLiteral("Pr"), *line.values());
+    case MtlReader::Kind::Pm:
+        return setScalar(_material, QStringLiteral("Pm"), *line.values());
+    case MtlReader::Kind::MapKe:
+        return setMap(QStringLiteral("map_Ke"), line);
+    case MtlReader::Kind::MapPr:
+        return setMap(QStringLiteral("map_Pr"), line);
+    case MtlReader::Kind::MapPm:
+        return setMap(QStringLiteral("map_Pm"), line);
+    case MtlReader::Kind::Norm:
+    case MtlReader::Kind::MapKn:
+        return setMap(QStringLiteral("norm"), line);
+    default:
+        return;
+    }
+}
+
+void MaterialCollector::setModel(float number) {
+    constexpr float kMost = 255;
+    const qint32 model = number >= 0 && number <= kMost ? static_cast<qint32>(number) : 0;
+    _material.set(QStringLiteral("illum"), &model, sizeof model);
+}
+
+// Where the map of the diffuse colour lies.
+void MaterialCollector::setPlacement(const MtlReader& line) {
+    if (_layout == MaterialLayout::Plain)
+        return;
+    const MapOptions options = parseMapOptions(line.rest());
+    _material.set(QStringLiteral("map_offset"), options.offset, sizeof options.offset);
+    _material.set(QStringLiteral("map_scale"), options.scale, sizeof options.scale);
+}
+
+} // namespace Atelier::Vel
