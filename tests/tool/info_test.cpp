@@ -114,14 +114,14 @@ TEST(InfoTest, ReportsFacesThatCouldNotBeTriangulated) {
 }
 
 TEST(InfoTest, ReportsCornersWithoutAValue) {
-    EXPECT_EQ(
-        notes(triangleText() + "f 1 2 9\n"),
-        QStringList("1 corner names a position, normal or texture coordinate that does not exist, and got "
-                    "zeros."));
+    EXPECT_EQ(notes(triangleText() + "f 1 2 9\n"),
+              QStringList("1 position, normal or texture coordinate of a corner is not named or does not "
+                          "exist. It is zero."));
     EXPECT_EQ(
         notes(triangleText() + "f 1 8 9\n"),
-        QStringList("2 corners name a position, normal or texture coordinate that does not exist, and got "
-                    "zeros."));
+        QStringList(
+            "2 positions, normals or texture coordinates of corners are not named or do not exist. They are "
+            "zero."));
 }
 
 TEST(InfoTest, ReportsThatThereIsNothingToDraw) {

@@ -131,7 +131,7 @@ constexpr OutOfRange kCounts[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Counts, OutOfRangeTest, testing::ValuesIn(kCounts));
 
-constexpr const char* kSizes = "two whole numbers from 1 to 16384, as in 1280,720";
+constexpr const char* kSizes = "two whole numbers from 1 to 16384, as in 1280x720";
 constexpr OutOfRange kResolutions[] = {
     {"--resolution", "0,1", kSizes},     {"--resolution", "1,0", kSizes},
     {"--resolution", "16385,1", kSizes}, {"--resolution", "1,16385", kSizes},

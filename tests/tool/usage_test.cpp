@@ -103,7 +103,7 @@ TEST_P(WrongResolutionTest, IsNamedInTheError) {
     const QString value = QString::fromLatin1(GetParam());
     expectWrongUsage(
         {"render", "a.obj", "-o", "a.png", "--resolution", value},
-        QStringLiteral("velmodel: --resolution takes two whole numbers from 1 to 16384, as in 1280,720, "
+        QStringLiteral("velmodel: --resolution takes two whole numbers from 1 to 16384, as in 1280x720, "
                        "not '%1'. Try 'velmodel render --help'.")
             .arg(value));
 }

@@ -264,8 +264,8 @@ TEST_F(GPUStreamsTest, WarningNamesTheAttributeInTheEncodingOfTheLocale) {
     QTextCodec::setCodecForLocale(before);
     EXPECT_THAT(
         log.texts(QtWarningMsg),
-        ElementsAre(QStringLiteral("1 corners have no valid index into vertex attribute 'n\uFFFDhe' and "
-                                   "take a value of zeros")));
+        ElementsAre(QStringLiteral("1 corner has no valid index into vertex attribute 'n\uFFFDhe' and "
+                                   "takes a value of zeros")));
 }
 
 TEST_F(GPUStreamsTest, OneWarningPerAttributeInTheOrderOfNames) {

@@ -113,6 +113,10 @@ std::vector<float> uploadedCorners(const Testing::Recording& recording, std::siz
 }
 
 QString substitution(quint64 count, const QString& name) {
+    if (count == 1)
+        return QStringLiteral(
+                   "1 corner has no valid index into vertex attribute '%1' and takes a value of zeros")
+            .arg(name);
     return QStringLiteral(
                "%1 corners have no valid index into vertex attribute '%2' and take a value of zeros")
         .arg(count)

@@ -744,8 +744,8 @@ TEST_F(ObjLoaderTest, LastValueExistsAndLaterValuesAreZeros) {
             std::vector<QString> warnings;
             if (!isThere)
                 warnings.push_back(
-                    QStringLiteral("1 corners have no valid index into vertex attribute '%1' and "
-                                   "take a value of zeros")
+                    QStringLiteral("1 corner has no valid index into vertex attribute '%1' and "
+                                   "takes a value of zeros")
                         .arg(row.name));
             EXPECT_EQ(log.texts(QtWarningMsg), warnings);
             EXPECT_EQ(loaded.report.statistics.substitutedCorners, isThere ? 0U : 1U);

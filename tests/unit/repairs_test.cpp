@@ -381,7 +381,7 @@ TEST_F(RepairsTest, FacesWithoutAPositionAreDropped) {
     }
     EXPECT_EQ(message(), QString());
     read(start + "f 1 2 9\nf 1 2 3\n", options);
-    EXPECT_EQ(message(), "1 faces have a corner without a position, and are dropped");
+    EXPECT_EQ(message(), "1 face has a corner without a position, and is dropped");
 }
 
 TEST_F(RepairsTest, NothingIsLeftWhereNoFaceHasPositions) {

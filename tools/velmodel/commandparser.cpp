@@ -20,7 +20,7 @@ ExitCode print(const QString& text) {
 
 CommandParser::CommandParser(const QString& command, const QString& description)
     : _command(command),
-      _help(QStringLiteral("help"), QStringLiteral("Print this text.")),
+      _help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this text.")),
       _version(QStringLiteral("version"), QStringLiteral("Print the version.")),
       _verbose(QStringLiteral("verbose"),
                QStringLiteral("Lowest level of the messages on standard error: %1 (default warning).")

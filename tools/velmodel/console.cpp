@@ -38,7 +38,14 @@ int severity(QtMsgType type) {
     }
 }
 
+// What the decoder of PNG says about oddities that do no harm.
+bool isFromLibpng(const QString& text) {
+    return text.startsWith(QLatin1String("libpng "));
+}
+
 void logMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+    if (isFromLibpng(text))
+        type = QtDebugMsg;
     static const char* const kPrefixes[] = {"debug: ", "", "warning: ", "error: "};
     if (severity(type) >= verbosity())
         printLine(kPrefixes[severity(type)], text);
@@ -81,6 +88,10 @@ QString onOneLine(const QString& text) {
 
 void reportError(const QString& text) {
     printLine("", text);
+}
+
+void reportWarning(const QString& text) {
+    logMessage(QtWarningMsg, {}, text);
 }
 
 bool writeAll(QFileDevice& file, const QByteArray& bytes) {

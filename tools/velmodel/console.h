@@ -25,6 +25,8 @@ QString onOneLine(const QString& text);
 
 /// Prints "velmodel: <text>" on standard error at every verbosity.
 void reportError(const QString& text);
+/// Prints "velmodel: warning: <text>" on standard error, unless only errors are wanted.
+void reportWarning(const QString& text);
 
 /// Writes to an open file. Returns: false if not all bytes could be written; file.errorString() has the
 /// cause.

@@ -50,7 +50,7 @@ ExitCode runDump(const QStringList& arguments) {
         failure = writeToStandardOutput(jsonText(QJsonDocument(dump)));
     }
     if (failure.isNull())
-        return ExitCode::Done;
+        return isDrawable(files.first(), loaded) ? ExitCode::Done : ExitCode::CannotLoad;
     reportError(QStringLiteral("%1: The dump cannot be written: %2").arg(files.first(), failure));
     return ExitCode::CannotWrite;
 }

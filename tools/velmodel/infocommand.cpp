@@ -13,12 +13,16 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-QVector<ModelSummary> summarizeAll(const QStringList& files, const LoadFlags& flags) {
-    QVector<ModelSummary> summaries;
-    for (const QString& file : files)
-        if (const std::optional<LoadedData> loaded = loadData(file, flags))
+/// Adds the summaries of the files that can be loaded. Returns: false if not all of them can be drawn.
+bool summarizeAll(const QStringList& files, const LoadFlags& flags, QVector<ModelSummary>& summaries) {
+    bool areDrawable = true;
+    for (const QString& file : files) {
+        const std::optional<LoadedData> loaded = loadData(file, flags);
+        if (loaded)
             summaries.append(summarize(file, *loaded));
-    return summaries;
+        areDrawable = loaded && isDrawable(file, *loaded) && areDrawable;
+    }
+    return areDrawable;
 }
 
 QByteArray asText(const QVector<ModelSummary>& summaries) {
@@ -53,14 +57,15 @@ ExitCode runInfo(const QStringList& arguments) {
     if (files.isEmpty())
         return parser.wrongUsage(QStringLiteral("A file is missing."));
 
-    const QVector<ModelSummary> summaries = summarizeAll(files, readLoadFlags(parser.options()));
+    QVector<ModelSummary> summaries;
+    const bool areDrawable = summarizeAll(files, readLoadFlags(parser.options()), summaries);
     const QString failure =
         writeToStandardOutput(parser.options().isSet(json) ? asJson(summaries) : asText(summaries));
     if (!failure.isNull()) {
         reportError(QStringLiteral("standard output: The summary cannot be written: %1").arg(failure));
         return ExitCode::CannotWrite;
     }
-    return summaries.size() == files.size() ? ExitCode::Done : ExitCode::CannotLoad;
+    return areDrawable ? ExitCode::Done : ExitCode::CannotLoad;
 }
 
 } // namespace Atelier::Vel::Tool

@@ -8,8 +8,19 @@ QString confined() {
     return QStringLiteral("confined");
 }
 
+QString exact() {
+    return QStringLiteral("exact");
+}
+
 QString optimise() {
     return QStringLiteral("optimise");
+}
+
+// What people expect to see of a file.
+LoadOptions forgivingOptions() {
+    LoadOptions options = LoadOptions::forgiving();
+    options.extendedMaterials = true;
+    return options;
 }
 
 } // namespace
@@ -17,6 +28,7 @@ QString optimise() {
 void addLoadFlags(QCommandLineParser& parser) {
     parser.addOption(
         {confined(), QStringLiteral("Read libraries and textures only from the model's folder.")});
+    parser.addOption({exact(), QStringLiteral("Repair nothing, and read nothing beyond the defined load.")});
     if (DrawData::canOptimise())
         parser.addOption(
             {optimise(), QStringLiteral("Reorder triangles and vertices for the GPU's caches.")});
@@ -24,6 +36,8 @@ void addLoadFlags(QCommandLineParser& parser) {
 
 LoadFlags readLoadFlags(const QCommandLineParser& parser) {
     LoadFlags flags;
+    if (!parser.isSet(exact()))
+        flags.options = forgivingOptions();
     if (parser.isSet(confined()))
         flags.options.files = LoadOptions::Files::InOwnFolder;
     flags.isOptimised = DrawData::canOptimise() && parser.isSet(optimise());

@@ -9,6 +9,7 @@
 
 #include "console.h"
 #include "progressbar.h"
+#include "repairs.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -77,11 +78,19 @@ std::optional<LoadedData> loadData(const QString& path, const LoadFlags& flags) 
     };
     if (!loadFile(path, flags.options, loaded, load))
         return std::nullopt;
+    reportRepairs(path, loaded.report);
     if (flags.isOptimised) {
         ProgressBar bar(path, QFileInfo(path).size());
         loaded.data = loaded.data.optimised(shownBy(bar));
     }
     return loaded;
+}
+
+bool isDrawable(const QString& path, const LoadFacts& facts) {
+    const bool hasTriangles = facts.report.statistics.triangles != 0;
+    if (!hasTriangles)
+        reportError(QStringLiteral("%1: There is nothing to draw: the model has no triangles").arg(path));
+    return hasTriangles;
 }
 
 ModelSession::~ModelSession() {

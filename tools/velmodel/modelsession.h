@@ -38,6 +38,9 @@ struct LoadedModel : LoadFacts {
 /// Returns: none if the file cannot be loaded; the cause was reported.
 std::optional<LoadedData> loadData(const QString& path, const LoadFlags& flags);
 
+/// Whether anything of a model can be drawn. Reports it if not.
+bool isDrawable(const QString& path, const LoadFacts& facts);
+
 /// An OpenGL context without a window, and models loaded into it. Requires: models are destroyed before it.
 class ModelSession {
 public:

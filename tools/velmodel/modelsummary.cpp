@@ -79,8 +79,9 @@ void note(QStringList& notes, quint64 count, const char* one, const char* many) 
 
 QStringList notesOn(const LoadReport& report) {
     QStringList notes;
-    note(notes, report.droppedFaces, " face was dropped, because one of its corners is not an integer.",
-         " faces were dropped, because one of their corners is not an integer.");
+    note(notes, report.droppedFaces,
+         " face was dropped, because one of its corners is not an integer or has no position.",
+         " faces were dropped, because one of their corners is not an integer or has no position.");
     note(notes, report.facesWithoutGroup,
          " face belongs to no material, because its material was unknown when it was read. It is not drawn.",
          " faces belong to no material, because theirs was unknown when they were read. They are not drawn.");
@@ -88,8 +89,9 @@ QStringList notesOn(const LoadReport& report) {
          " face could not be cut into triangles. It is not drawn.",
          " faces could not be cut into triangles. They are not drawn.");
     note(notes, report.statistics.substitutedCorners,
-         " corner names a position, normal or texture coordinate that does not exist, and got zeros.",
-         " corners name a position, normal or texture coordinate that does not exist, and got zeros.");
+         " position, normal or texture coordinate of a corner is not named or does not exist. It is zero.",
+         " positions, normals or texture coordinates of corners are not named or do not exist. They are "
+         "zero.");
     if (report.statistics.triangles == 0)
         notes.append(QStringLiteral("There is nothing to draw: the model has no triangles."));
     return notes;

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include <QtCore/QRegularExpression>
+
 #include "pictureoutput.h"
 
 namespace Atelier::Vel::Tool {
@@ -37,7 +39,7 @@ public:
     }
 
     QSize resolution(const QString& name) {
-        const QStringList parts = _parser.value(name).split(QLatin1Char(','));
+        const QStringList parts = _parser.value(name).split(QRegularExpression(QStringLiteral("[,x]")));
         bool areNumbers[2] = {false, false};
         QSize size;
         if (parts.size() == 2)
@@ -45,7 +47,7 @@ public:
         const bool fits =
             size.width() >= 1 && size.height() >= 1 && size.width() <= kMaxSide && size.height() <= kMaxSide;
         if (!areNumbers[0] || !areNumbers[1] || !fits)
-            complain(name, QStringLiteral("two whole numbers from 1 to %1, as in 1280,720").arg(kMaxSide));
+            complain(name, QStringLiteral("two whole numbers from 1 to %1, as in 1280x720").arg(kMaxSide));
         return size;
     }
 
@@ -108,7 +110,7 @@ void addRenderOptions(QCommandLineParser& parser) {
     const CameraOptions camera;
     parser.addOptions({
         {{"o", "output"}, "The picture to write; - is standard output, as PNG.", "file"},
-        {"resolution", "Size in pixels (default 1280,720).", "W,H", "1280,720"},
+        {"resolution", "Size in pixels (default 1280x720).", "WxH", "1280x720"},
         {"background",
          QStringLiteral("Name, #rrggbb or three numbers from 0 to 1 (default %1).").arg(backgroundDefault()),
          "colour", backgroundDefault()},

@@ -209,7 +209,11 @@ quint64 Preparation::warnAboutSubstitutes(const StreamBuild& build, const Vertex
     for (std::size_t i = 0; i < build.attributes.size(); ++i) {
         const quint64 count = merging.substitutedCorners(i);
         total += count;
-        if (count != 0)
+        if (count == 1)
+            QMessageLogger().warning(
+                "1 corner has no valid index into vertex attribute '%s' and takes a value of zeros",
+                qPrintable(build.names[i]));
+        else if (count != 0)
             QMessageLogger().warning(
                 "%llu corners have no valid index into vertex attribute '%s' and take a value of zeros",
                 count, qPrintable(build.names[i]));

@@ -92,8 +92,8 @@ public:
           _stream(&file),
           _reader(&_stream, lineOptions(options.repairs)),
           _feed(_mesh, _groups) {
-        _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)), -1, 0,
-                            defaultWhiteMaps());
+        _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)),
+                            -1, 0, defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
@@ -214,14 +214,14 @@ bool ObjImport::loadLibraries(const QString& rest, QString& error) {
 void ObjImport::removeUnplacedFaces() {
     const quint64 count = Vel::removeUnplacedFaces(_mesh, positionAttribute());
     _unplacedFaces += count;
-    if (count != 0)
-        _diagnostics.add(
-            Code::UnplacedFace, _path, QString(),
-            [&] {
-                return QStringLiteral("%1 faces have a corner without a position, and are dropped")
-                    .arg(count);
-            },
-            count);
+    if (count == 0)
+        return;
+    const auto describe = [&] {
+        return count == 1
+                   ? QStringLiteral("1 face has a corner without a position, and is dropped")
+                   : QStringLiteral("%1 faces have a corner without a position, and are dropped").arg(count);
+    };
+    _diagnostics.add(Code::UnplacedFace, _path, QString(), describe, count);
 }
 
 bool ObjImport::hasMesh() const {
