@@ -12,8 +12,8 @@
 #include <velgl/shaderinterface.h>
 #include <velgl/texture.h>
 
-#include "scenefixture.h"
 #include "support/messagelog.h"
+#include "texturedfixture.h"
 
 // The order of draws, the texture units that they use, and who restores the state.
 namespace Atelier::Vel::Testing {
@@ -21,42 +21,8 @@ namespace Atelier::Vel::Testing {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-class DrawOptionsTest : public SceneFixture {
-protected:
-    void TearDown() override {
-        _textures.clear();
-        SceneFixture::TearDown();
-    }
-
-    // Adds a row whose commands have these textures, "first" of each material; no texture for black.
-    void addTextured(GPUModel& model, const QList<QColor>& colors) {
-        QList<InstanceData> materials;
-        QList<InstanceData> instances;
-        for (const QColor& color : colors) {
-            InstanceData material = coloredMaterial(Qt::white);
-            if (color != Qt::black)
-                material.setTexture(QStringLiteral("first"), textureOf(color));
-            materials << material;
-            instances << movedInstance({});
-        }
-        model.add(triangleRow(colors.size()), 1,
-                  new InstanceDataCollection(QStringLiteral("TestMaterial"), materials),
-                  new InstanceDataCollection(QStringLiteral("TestInstance"), instances), 0);
-    }
-    Texture* textureOf(const QColor& color) {
-        std::unique_ptr<Texture>& texture = _textures[color.rgba()];
-        if (!texture)
-            texture = Texture::ofColor(color);
-        return texture.get();
-    }
-    QList<QColor> drawnWith(GPUModel& model, int cells, const DrawOptions& options) const {
-        return colorsAfter(cells, [&] { model.draw(options); });
-    }
-
-    std::map<QRgb, std::unique_ptr<Texture>> _textures;
-};
+class DrawOptionsTest : public TexturedFixture {};
 
 DrawOptions byTextures() {
     DrawOptions options;

@@ -77,6 +77,12 @@ protected:
         result.program = _program.get();
         return result;
     }
+    // The same for every second command of each drawable.
+    DrawOptions halfDrawn(const GPUModel& model, StatePolicy state, DrawOrder order) const {
+        DrawOptions result = drawing(state, order);
+        result.filter = DrawFilter(model, [](int, int command) { return command % 2 == 0; });
+        return result;
+    }
     // Draws until nothing is drawn first any more.
     static void warmUp(GPUModel& model, const DrawOptions& options) {
         for (int frame = 0; frame < 3; ++frame)
@@ -119,6 +125,47 @@ TEST_F(FrameTest, NothingIsAskedWhereTheClientRestoresTheState) {
         model.draw(how);
         EXPECT_EQ(GLCalls::queryCount(), 0) << testing::PrintToString(GLCalls::byName());
     }
+}
+
+TEST_F(FrameTest, FilterCostsNoQueryAndNoFurtherDraw) {
+    constexpr int kCommands = 160;
+    GPUModel model;
+    addInterleaved(model, kCommands, true);
+    const DrawOptions sorted = halfDrawn(model, StatePolicy::ClientRestores, DrawOrder::ByTextures);
+    const DrawOptions asGiven = halfDrawn(model, StatePolicy::ClientRestores, DrawOrder::AsGiven);
+    warmUp(model, sorted);
+    warmUp(model, asGiven);
+    const GLCalls calls;
+    model.draw(sorted);
+    EXPECT_EQ(GLCalls::queryCount(), 0) << testing::PrintToString(GLCalls::byName());
+    EXPECT_EQ(GLCalls::count("glMultiDrawElementsIndirect"), kTextures / 2);
+    EXPECT_LE(GLCalls::count(), kCallsPerSet * kTextures / 2 + kCallsPerDrawable)
+        << testing::PrintToString(GLCalls::byName());
+    GLCalls::restart();
+    model.draw(asGiven);
+    EXPECT_EQ(GLCalls::queryCount(), 0) << testing::PrintToString(GLCalls::byName());
+    EXPECT_EQ(GLCalls::count("glMultiDrawElementsIndirect"), kCommands / 2);
+    EXPECT_LE(GLCalls::count(), kCallsPerSet * kCommands / 2 + kCallsPerDrawable)
+        << testing::PrintToString(GLCalls::byName());
+}
+
+TEST_F(FrameTest, DrawableThatIsFilteredOutCostsNoCall) {
+    GPUModel model;
+    addInterleaved(model, 40, true);
+    DrawOptions how = drawing(StatePolicy::ClientRestores, DrawOrder::AsGiven);
+    warmUp(model, how);
+    int ofOne = 0;
+    {
+        const GLCalls calls;
+        model.draw(how);
+        ofOne = GLCalls::count();
+    }
+    addInterleaved(model, 40, true);
+    how.filter = DrawFilter(model, [](int drawable, int) { return drawable == 0; });
+    warmUp(model, how);
+    const GLCalls calls;
+    model.draw(how);
+    EXPECT_EQ(GLCalls::count(), ofOne);
 }
 
 TEST_F(FrameTest, StateIsSavedOnceForAllSets) {
@@ -190,12 +237,16 @@ TEST_F(FrameTest, NothingIsAllocatedAndNoLoaderIsAsked) {
             addInterleaved(model, 40, true);
             addInterleaved(model, 5, false);
             const DrawOptions how = drawing(state, order);
+            const DrawOptions half = halfDrawn(model, state, order);
             warmUp(model, how);
+            warmUp(model, half);
             const int loads = _loads;
             const GLCalls calls;
             const std::size_t before = allocationCount();
-            for (int frame = 0; frame < 3; ++frame)
+            for (int frame = 0; frame < 3; ++frame) {
                 model.draw(how);
+                model.draw(half);
+            }
             EXPECT_EQ(allocationCount() - before, 0U);
             EXPECT_EQ(_loads, loads);
         }

@@ -18,8 +18,8 @@ namespace Atelier::Vel {
 struct PreparedDrawable {
     bool isDrawn = false;
     unsigned int commands = 0;
-    unsigned int sortedCommands = 0; ///< 0 if the commands are drawn as given
-    unsigned int materials = 0;      ///< 0 for what the client has bound
+    OrderedRuns ordered;
+    unsigned int materials = 0; ///< 0 for what the client has bound
     unsigned int instances = 0;
 };
 

@@ -27,8 +27,14 @@ bool findStorage(InstanceDataCollection* collection, int count, GLuint& storage)
     return storage != 0;
 }
 
+OrderedRuns orderedRuns(const ContextGL& gl, ModelDrawable& drawable, const CommandSelection& selection) {
+    if (selection.order == DrawOrder::AsGiven && selection.filter.passesAll())
+        return {&drawable.textures.runs(), 0};
+    return drawable.ordered.update(gl, *drawable.buffers, drawable.textures, selection);
+}
+
 PreparedDrawable prepared(const ContextGL& gl, ModelDrawable& drawable, ModelTextures& textures,
-                          const DrawProgram& program, DrawOrder order) {
+                          const DrawProgram& program, const CommandSelection& selection) {
     PreparedDrawable result;
     TextureSets& sets = drawable.textures;
     sets.update(drawable.materials.get(), DrawBuffersAccess::commandCount(*drawable.buffers));
@@ -37,10 +43,10 @@ PreparedDrawable prepared(const ContextGL& gl, ModelDrawable& drawable, ModelTex
         return result;
     sets.updateNames(gl, textures);
     result.commands = DrawBuffersAccess::prepare(*drawable.buffers, gl, program);
-    if (order == DrawOrder::ByTextures && result.commands != 0 && gl.features().drawParameters &&
-        sets.setCount() > 1)
-        result.sortedCommands = drawable.ordered.update(gl, *drawable.buffers, sets);
-    result.isDrawn = result.commands != 0;
+    if (result.commands == 0)
+        return result;
+    result.ordered = orderedRuns(gl, drawable, selection);
+    result.isDrawn = !result.ordered.runs->empty();
     return result;
 }
 
@@ -50,27 +56,25 @@ public:
     SetDrawing(const ContextGL& gl, DrawState& state, const DrawProgram& program)
         : _gl(gl), _state(state), _program(program) {}
 
-    void draw(const ModelDrawable& drawable, bool isSorted) {
-        if (isSorted)
-            drawSorted(drawable);
+    void draw(const ModelDrawable& drawable, const OrderedRuns& ordered) {
+        if (ordered.buffer != 0)
+            drawNumbered(drawable, *ordered.runs);
         else
-            drawAsGiven(drawable);
+            drawAsGiven(drawable, *ordered.runs);
     }
 
 private:
-    void drawAsGiven(const ModelDrawable& drawable) {
-        for (const TextureRun& run : drawable.textures.runs()) {
+    void drawAsGiven(const ModelDrawable& drawable, const std::vector<TextureRun>& runs) {
+        for (const TextureRun& run : runs) {
             use(drawable.textures, run.set);
             DrawBuffersAccess::draw(*drawable.buffers, _gl, _program, {run.first, run.first + run.count});
         }
     }
-    void drawSorted(const ModelDrawable& drawable) {
-        const std::vector<int>& starts = drawable.ordered.starts();
+    void drawNumbered(const ModelDrawable& drawable, const std::vector<TextureRun>& runs) {
         DrawBuffersAccess::useBaseInstances(_program);
-        for (int set = 0; set < drawable.textures.setCount(); ++set) {
-            use(drawable.textures, set);
-            const auto index = static_cast<std::size_t>(set);
-            DrawBuffersAccess::drawNumbered(*drawable.buffers, {starts[index], starts[index + 1]});
+        for (const TextureRun& run : runs) {
+            use(drawable.textures, run.set);
+            DrawBuffersAccess::drawNumbered(*drawable.buffers, {run.first, run.first + run.count});
         }
     }
     void use(const TextureSets& sets, int set) {
@@ -112,10 +116,10 @@ void drawPrepared(const ContextGL& gl, ModelDrawable& drawable, const PreparedDr
     state.bindStorage(kInstancesBinding, prepared.instances);
     state.setPrimitiveMode(drawable.buffers->primitiveType());
     const BoundDrawBuffers bound(*drawable.buffers, gl);
-    const bool isSorted = prepared.sortedCommands != 0;
-    glBindBuffer(GL_DRAW_INDIRECT_BUFFER, isSorted ? prepared.sortedCommands : prepared.commands);
+    const OrderedRuns& ordered = prepared.ordered;
+    glBindBuffer(GL_DRAW_INDIRECT_BUFFER, ordered.buffer != 0 ? ordered.buffer : prepared.commands);
     if (bound.isBound())
-        drawing.draw(drawable, isSorted);
+        drawing.draw(drawable, ordered);
 }
 
 } // namespace
@@ -127,9 +131,11 @@ void drawModel(const ContextGL& gl, ModelDrawables& drawables, ModelTextures& te
     if (program.isNull())
         return;
     int unitCount = 0;
+    CommandSelection selection{options.order, options.filter};
     for (const std::unique_ptr<ModelDrawable>& drawable : drawables) {
-        drawable->prepared = prepared(gl, *drawable, textures, program, options.order);
+        drawable->prepared = prepared(gl, *drawable, textures, program, selection);
         unitCount = std::max(unitCount, drawable->textures.unitCount());
+        ++selection.drawable;
     }
     DrawState state(options.state, options.program ? program.vertexName() : 0,
                     {options.firstTextureUnit, static_cast<GLuint>(unitCount)}, gl.features().multiBind);

@@ -67,6 +67,7 @@ void TextureSets::update(const InstanceDataCollection* materials, int commandCou
     if (_isKnown && plan == _plan && commandCount == _commandCount)
         return;
     _isKnown = false;
+    ++_revision;
     _key = {};
     _sets.clear();
     _runs.clear();

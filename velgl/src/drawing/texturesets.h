@@ -10,9 +10,9 @@ namespace Atelier::Vel {
 class InstanceDataCollection;
 class InstanceDataPlan;
 
-/// Consecutive commands whose materials have the same textures.
+/// Commands that lie side by side in an indirect buffer and whose materials have the same textures.
 struct TextureRun {
-    int first = 0;
+    int first = 0; ///< place in the buffer
     int count = 0;
     int set = 0; ///< of TextureSets
 };
@@ -30,7 +30,10 @@ public:
     /// The number of textures in a set.
     int unitCount() const { return _unitCount; }
     int setCount() const { return static_cast<int>(_sets.size()); }
+    /// The commands as they were given.
     const std::vector<TextureRun>& runs() const { return _runs; }
+    /// A number that changes with the sets.
+    quint64 revision() const { return _revision; }
 
     /// The names of the textures of a set, by unit.
     const unsigned int* names(int set) const {
@@ -58,6 +61,7 @@ private:
     };
 
     bool _isKnown = false;
+    quint64 _revision = 0;
     const InstanceDataPlan* _plan = nullptr;
     int _commandCount = 0;
     int _unitCount = 0;
