@@ -154,6 +154,14 @@ std::string ClientState::difference(const ClientState& before, const ClientState
     return text;
 }
 
+std::vector<std::string> ClientState::changes(const ClientState& before, const ClientState& after) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < before._values.size(); ++i)
+        if (!(before._values[i] == after._values[i]))
+            names.push_back(before._values[i].name);
+    return names;
+}
+
 void PrintTo(const ClientState& state, std::ostream* out) {
     *out << state._values.size() << " values";
 }

@@ -19,6 +19,8 @@ public:
     friend void PrintTo(const ClientState& state, std::ostream* out);
     /// Returns: "name: before -> after" for each value that differs; empty if none does.
     static std::string difference(const ClientState& before, const ClientState& after);
+    /// Returns: the names of the values that differ.
+    static std::vector<std::string> changes(const ClientState& before, const ClientState& after);
 
 private:
     struct Value {

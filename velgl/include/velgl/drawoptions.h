@@ -12,7 +12,8 @@ enum class StatePolicy {
     Restored,
     /// The client does, if it needs to. The draw asks OpenGL nothing. Afterwards no vertex array is bound and
     /// primitive restart is disabled; the program, the indirect buffer, the storage bindings, and the
-    /// textures and samplers of the units used are those of the last drawable.
+    /// textures and samplers of the units used are those of the last drawable. The active texture unit may be
+    /// another one. Where nothing is drawn, only the program and the vertex array change.
     ClientRestores,
 };
 
