@@ -76,15 +76,16 @@ private:
     QImage _empty;
 };
 
-ExitCode renderAll(const RenderOptions& options, GPUModel& model) {
+ExitCode renderAll(const RenderOptions& options, GPUModel& model, const ModelFiles& files) {
     QString error;
     const std::unique_ptr<Renderer> renderer = Renderer::create(error);
     if (!renderer)
         return fail(ExitCode::NoOpenGL, options.file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
     FrameWriter writer(options);
+    const SurfacePasses passes = surfacePasses(model, files);
     for (const Camera& camera : framingCameras(model.bounds(), pointsInBounds(model), options.camera,
                                                azimuths(options), options.resolution)) {
-        const Scene scene{camera, options.resolution, options.background, options.wireframe};
+        const Scene scene{camera, options.resolution, options.background, options.wireframe, passes};
         const QImage picture = renderer->render(model, scene, error);
         if (picture.isNull())
             return fail(ExitCode::NoOpenGL, options.file,
@@ -120,7 +121,7 @@ ExitCode runRender(const QStringList& arguments) {
     if (loaded.report.statistics.triangles == 0 || !loaded.model->bounds().isValid)
         return fail(ExitCode::CannotLoad, options->file,
                     QStringLiteral("There is nothing to draw: the model has no triangles"));
-    return renderAll(*options, *loaded.model);
+    return renderAll(*options, *loaded.model, loaded.files);
 }
 
 } // namespace Atelier::Vel::Tool

@@ -72,9 +72,9 @@ QImage Renderer::render(GPUModel& model, const Scene& scene, QString& error) {
             return {};
         const VisibilityQuery visibility;
         target->beginOpaque();
-        drawModel(model, scene, tile, false);
+        draw(model, scene, tile, Pass::Opaque);
         target->beginTransparent();
-        drawModel(model, scene, tile, true);
+        draw(model, scene, tile, Pass::Transparent);
         _hasDrawn = visibility.end() || _hasDrawn;
         // Tiles are counted from the lower left, images from the upper left.
         const int top = picture.height() - tile.y() - tile.height();
@@ -91,17 +91,19 @@ PictureTarget* Renderer::targetOf(QSize size, QString& error) {
     return _target.get();
 }
 
-void Renderer::drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass) {
+void Renderer::draw(GPUModel& model, const Scene& scene, QRect tile, Pass pass) {
     const Camera& camera = scene.camera;
     const QMatrix4x4 projection = tileProjection(camera.projection, scene.size, tile);
     _program->bind();
     glUniform4f(kFraming, camera.centre.x(), camera.centre.y(), camera.centre.z(), camera.scale);
     glUniformMatrix4fv(kView, 1, GL_FALSE, camera.view.constData());
     glUniformMatrix4fv(kProjection, 1, GL_FALSE, projection.constData());
-    glUniform1i(kTransparentPass, isTransparentPass ? 1 : 0);
+    glUniform1i(kTransparentPass, pass == Pass::Transparent ? 1 : 0);
     glUniform1i(kWireframe, scene.wireframe ? 1 : 0);
     glPolygonMode(GL_FRONT_AND_BACK, scene.wireframe ? GL_LINE : GL_FILL);
-    model.draw();
+    DrawOptions options;
+    options.filter = pass == Pass::Opaque ? scene.passes.opaque : scene.passes.transparent;
+    model.draw(options);
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     _program->unbind();
 }

@@ -7,6 +7,7 @@
 #include <QtGui/QImage>
 
 #include "camera.h"
+#include "surfacepasses.h"
 
 namespace Atelier::Vel {
 class Program;
@@ -22,6 +23,7 @@ struct Scene {
     QSize size;
     QColor background; ///< invalid for none
     bool wireframe = false;
+    SurfacePasses passes = {};
 };
 
 /// Draws models into pictures, lit from the camera.
@@ -40,10 +42,12 @@ public:
     bool hasDrawn() const { return _hasDrawn; }
 
 private:
+    enum class Pass { Opaque, Transparent };
+
     Renderer();
     // The target for tiles of that size; null if there is not enough memory.
     PictureTarget* targetOf(QSize size, QString& error);
-    void drawModel(GPUModel& model, const Scene& scene, QRect tile, bool isTransparentPass);
+    void draw(GPUModel& model, const Scene& scene, QRect tile, Pass pass);
 
     std::unique_ptr<Program> _program;
     std::unique_ptr<PictureTarget> _target; // of the last tile; most tiles have the same size

@@ -1,5 +1,7 @@
 #include "shaders.h"
 
+#include <limits>
+
 #include <velgl/shaderinterface.h>
 
 namespace Atelier::Vel::Tool {
@@ -9,6 +11,12 @@ namespace {
 QByteArray head(ShaderStage stage) {
     const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
     return "#version 430 core\n" + shaderInterface(stage, plans);
+}
+
+QByteArray constant(const char* name, float value) {
+    constexpr int kDigits = std::numeric_limits<float>::max_digits10;
+    return QByteArray("const float ") + name + " = " + QByteArray::number(double(value), 'f', kDigits) +
+           ";\n";
 }
 
 const char* const kModelVertexBody = R"(
@@ -58,8 +66,6 @@ const vec3 kKeyColour = vec3(0.70, 0.67, 0.63);
 const vec3 kFillColour = vec3(0.12, 0.14, 0.16);
 const vec3 kSkyColour = vec3(0.20, 0.22, 0.25);
 const vec3 kGroundColour = vec3(0.13, 0.12, 0.11);
-const float kMinOpaque = 0.996;
-const float kMinVisible = 0.002;
 
 vec3 linear(vec3 encoded) {
     vec3 colour = max(encoded, 0.0);
@@ -160,7 +166,8 @@ QByteArray modelVertexShader() {
 }
 
 QByteArray modelFragmentShader() {
-    return head(ShaderStage::Fragment) + kModelFragmentBody;
+    return head(ShaderStage::Fragment) + constant("kMinOpaque", kMinOpaque) +
+           constant("kMinVisible", kMinVisible) + kModelFragmentBody;
 }
 
 } // namespace Atelier::Vel::Tool

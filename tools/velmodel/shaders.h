@@ -4,6 +4,11 @@
 
 namespace Atelier::Vel::Tool {
 
+/// Fragments of this opacity and more are opaque.
+constexpr float kMinOpaque = 0.996F;
+/// Fragments of less opacity are not drawn.
+constexpr float kMinVisible = 0.002F;
+
 /// Three vertices without attributes that cover the viewport.
 extern const QByteArray kCoveringVertexShader;
 
