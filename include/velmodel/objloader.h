@@ -62,6 +62,10 @@ VELMODEL_EXPORT DrawData readDrawDataFromOBJFile(const QString& path, QString& e
 /// identity matrices of 16 floats each, "ModelMatrix", "PreviousModelMatrix" and "ModelNormalMatrix".
 VELMODEL_EXPORT InstanceData makeIdentityInstance();
 
+/// Registers the layout "OBJMaterialExtended" now, for programs that make shaders for it before the first
+/// upload of such materials, which registers it as well. Threads: any thread, without a context.
+VELMODEL_EXPORT void registerExtendedMaterials();
+
 /// The material of faces that name none: an "OBJMaterial" with a light grey diffuse colour and white maps.
 /// The maps are shared textures of the TextureManager.
 /// Threads: one thread at a time, that of all other calls to VelGL.

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
 
 #include <gmock/gmock.h>
 
@@ -112,12 +113,25 @@ TEST(BadInputTest, TextureThatIsAFifoCountsAsMissing) {
     EXPECT_TRUE(result.errors.contains("t.png' cannot be loaded"));
 }
 
-TEST(BadInputTest, EmptyFileIsAnEmptyModel) {
+TEST(BadInputTest, ModelWithoutTrianglesIsShownAndIsAnError) {
     const TemporaryFolder folder;
-    const QString path = folder.write("empty.obj", "");
-    EXPECT_EQ(runProgram({"info", path}).exitCode, 0);
-    EXPECT_EQ(runProgram({"dump", path}).exitCode, 0);
-    EXPECT_EQ(runProgram({"render", path, "-o", folder.path("m.png")}).exitCode, 1);
+    for (const QByteArray& text :
+         {QByteArray(), QByteArray("\x89PNG\r\n\x1A\n"), QByteArray("v 1 2 3\n"), QByteArray("f 1 2 3\n")}) {
+        const QString path = folder.write("empty.obj", text);
+        const QString error =
+            QStringLiteral("velmodel: %1: There is nothing to draw: the model has no triangles\n").arg(path);
+        const ProgramResult info = runProgram({"info", path});
+        EXPECT_EQ(info.exitCode, 1);
+        EXPECT_TRUE(info.errors.endsWith(error)) << info.errors.toStdString();
+        EXPECT_TRUE(info.output.startsWith(path.toLocal8Bit()));
+        const ProgramResult dump = runProgram({"dump", path});
+        EXPECT_EQ(dump.exitCode, 1);
+        EXPECT_TRUE(dump.errors.endsWith(error)) << dump.errors.toStdString();
+        EXPECT_EQ(QJsonDocument::fromJson(dump.output)["indexCount"], 0);
+        const ProgramResult picture = runProgram({"render", path, "-o", folder.path("m.png")});
+        EXPECT_EQ(picture.exitCode, 1);
+        EXPECT_TRUE(picture.errors.endsWith(error)) << picture.errors.toStdString();
+    }
 }
 
 TEST(BadInputTest, RandomBytesNeverCrashTheProgram) {

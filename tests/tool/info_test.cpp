@@ -18,16 +18,16 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-QJsonValue informed(const QStringList& paths) {
-    const ProgramResult result = runProgram(QStringList{"info", "--json"} + paths);
-    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+QJsonValue informed(const QStringList& arguments, int exitCode = 0) {
+    const ProgramResult result = runProgram(QStringList{"info", "--json"} + arguments);
+    EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
     return QJsonDocument::fromJson(result.output).array();
 }
 
-QStringList notes(const QByteArray& model) {
+QStringList notes(const QByteArray& model, int exitCode = 0) {
     const TemporaryFolder folder;
     QStringList result;
-    const QJsonValue all = informed({folder.write("m.obj", model)});
+    const QJsonValue all = informed({"--exact", folder.write("m.obj", model)}, exitCode);
     for (const QJsonValue note : all[0]["notes"].toArray())
         result.append(note.toString());
     return result;
@@ -53,7 +53,7 @@ TEST(InfoTest, BytesOnTheGPUEqualTheSizeOfTheBuffers) {
     const TemporaryFolder folder;
     const QJsonObject info = informed({folder.write("t.obj", triangleText())})[0].toObject();
     // Three indices, three positions and normals, a command, a material and an instance.
-    EXPECT_EQ(info["gpuBytes"].toInt(), 3 * 2 + 3 * 24 + 20 + 64 + 128);
+    EXPECT_EQ(info["gpuBytes"].toInt(), 3 * 2 + 3 * 24 + 20 + 96 + 128);
 }
 
 TEST(InfoTest, BoundsEncloseThePositions) {
@@ -91,10 +91,13 @@ TEST(InfoTest, BackslashesInTexturePathsAreSeparators) {
 }
 
 TEST(InfoTest, ReportsDroppedFaces) {
-    EXPECT_EQ(notes(triangleText() + "f 1 x 3\n"),
-              QStringList("1 face was dropped, because one of its corners is not an integer."));
-    EXPECT_EQ(notes(triangleText() + "f 1 x 3\nf 1 2.0 3\n"),
-              QStringList("2 faces were dropped, because one of their corners is not an integer."));
+    EXPECT_EQ(
+        notes(triangleText() + "f 1 x 3\n"),
+        QStringList("1 face was dropped, because one of its corners is not an integer or has no position."));
+    EXPECT_EQ(
+        notes(triangleText() + "f 1 x 3\nf 1 2.0 3\n"),
+        QStringList(
+            "2 faces were dropped, because one of their corners is not an integer or has no position."));
 }
 
 TEST(InfoTest, ReportsFacesWithoutAMaterial) {
@@ -125,7 +128,7 @@ TEST(InfoTest, ReportsCornersWithoutAValue) {
 }
 
 TEST(InfoTest, ReportsThatThereIsNothingToDraw) {
-    EXPECT_EQ(notes("v 1 2 3\n"), QStringList("There is nothing to draw: the model has no triangles."));
+    EXPECT_EQ(notes("v 1 2 3\n", 1), QStringList("There is nothing to draw: the model has no triangles."));
 }
 
 TEST(InfoTest, NamesWithPercentSignsAreUnchanged) {

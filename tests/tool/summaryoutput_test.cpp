@@ -110,6 +110,7 @@ TEST(SummaryOutputTest, JsonHasAKeyForEachFact) {
                            {"bytesRead", 3000000},
                            {"seconds", 0.125},
                            {"megabytesPerSecond", 24},
+                           {"repairs", QJsonArray()},
                            {"notes", QJsonArray{"One thing.", "Another."}}}));
 }
 

@@ -36,8 +36,10 @@ void addLoadFlags(QCommandLineParser& parser) {
 
 LoadFlags readLoadFlags(const QCommandLineParser& parser) {
     LoadFlags flags;
-    if (!parser.isSet(exact()))
+    if (!parser.isSet(exact())) {
         flags.options = forgivingOptions();
+        registerExtendedMaterials(); // for what packs materials without an upload
+    }
     if (parser.isSet(confined()))
         flags.options.files = LoadOptions::Files::InOwnFolder;
     flags.isOptimised = DrawData::canOptimise() && parser.isSet(optimise());

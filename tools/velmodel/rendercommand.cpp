@@ -1,3 +1,4 @@
+#include <velgl/instancedatacollection.h>
 #include <velmodel/textureloader.h>
 
 #include "commandparser.h"
@@ -34,6 +35,12 @@ ExitCode write(const QImage& picture, const QString& output) {
                     QStringLiteral("The picture cannot be written: %1").arg(error));
     qInfo("Wrote %s", qPrintable(output));
     return ExitCode::Done;
+}
+
+// All materials of a load have one plan.
+QString materialPlan(const GPUModel& model) {
+    return model.drawableCount() != 0 && model.materials(0) != nullptr ? model.materials(0)->name()
+                                                                       : QString();
 }
 
 /// Writes the single picture or the frames of a turntable. Frames that show nothing of the model are written
@@ -78,7 +85,7 @@ private:
 
 ExitCode renderAll(const RenderOptions& options, GPUModel& model, const ModelFiles& files) {
     QString error;
-    const std::unique_ptr<Renderer> renderer = Renderer::create(error);
+    const std::unique_ptr<Renderer> renderer = Renderer::create(error, materialPlan(model));
     if (!renderer)
         return fail(ExitCode::NoOpenGL, options.file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
     FrameWriter writer(options);
@@ -118,9 +125,11 @@ ExitCode runRender(const QStringList& arguments) {
     if (!loaded.model)
         return ExitCode::CannotLoad;
     loaded.model->setTextureLoader(makeTextureLoader(loaded.files));
-    if (loaded.report.statistics.triangles == 0 || !loaded.model->bounds().isValid)
+    if (!isDrawable(options->file, loaded))
+        return ExitCode::CannotLoad;
+    if (!loaded.model->bounds().isValid)
         return fail(ExitCode::CannotLoad, options->file,
-                    QStringLiteral("There is nothing to draw: the model has no triangles"));
+                    QStringLiteral("There is nothing to draw: no position is finite"));
     return renderAll(*options, *loaded.model, loaded.files);
 }
 

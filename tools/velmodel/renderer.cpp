@@ -53,9 +53,10 @@ QVector<QRect> tilesOf(QSize size) {
 Renderer::Renderer() = default;
 Renderer::~Renderer() = default;
 
-std::unique_ptr<Renderer> Renderer::create(QString& error) {
+std::unique_ptr<Renderer> Renderer::create(QString& error, const QString& materials) {
     std::unique_ptr<Renderer> renderer(new Renderer);
-    renderer->_program = Program::fromSource(modelVertexShader(), modelFragmentShader(), error);
+    renderer->_program =
+        Program::fromSource(modelVertexShader(materials), modelFragmentShader(materials), error);
     return renderer->_program ? std::move(renderer) : nullptr;
 }
 

@@ -30,7 +30,8 @@ struct Scene {
 class Renderer {
 public:
     /// Requires: a current context. Returns: null, and the cause in `error`, if it cannot draw.
-    static std::unique_ptr<Renderer> create(QString& error);
+    static std::unique_ptr<Renderer> create(QString& error,
+                                            const QString& materials = QStringLiteral("OBJMaterial"));
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;

@@ -8,8 +8,8 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-QByteArray head(ShaderStage stage) {
-    const ShaderPlans plans{QStringLiteral("OBJMaterial"), QStringLiteral("InstanceInfo")};
+QByteArray head(ShaderStage stage, const QString& materials) {
+    const ShaderPlans plans{materials, QStringLiteral("InstanceInfo")};
     return "#version 430 core\n" + shaderInterface(stage, plans);
 }
 
@@ -161,12 +161,12 @@ void main() {
 }
 )";
 
-QByteArray modelVertexShader() {
-    return head(ShaderStage::Vertex) + kModelVertexBody;
+QByteArray modelVertexShader(const QString& materials) {
+    return head(ShaderStage::Vertex, materials) + kModelVertexBody;
 }
 
-QByteArray modelFragmentShader() {
-    return head(ShaderStage::Fragment) + constant("kMinOpaque", kMinOpaque) +
+QByteArray modelFragmentShader(const QString& materials) {
+    return head(ShaderStage::Fragment, materials) + constant("kMinOpaque", kMinOpaque) +
            constant("kMinVisible", kMinVisible) + kModelFragmentBody;
 }
 

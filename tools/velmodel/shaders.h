@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QString>
 
 namespace Atelier::Vel::Tool {
 
@@ -16,8 +17,9 @@ extern const QByteArray kCoveringVertexShader;
 /// background in linear light.
 extern const QByteArray kCompositionFragmentShader;
 
-/// The shaders that draw a model, with declarations from the registered instance-data plans.
-QByteArray modelVertexShader();
-QByteArray modelFragmentShader();
+/// The shaders that draw a model whose materials have the plan `materials`. Their declarations are made from
+/// the registered plans.
+QByteArray modelVertexShader(const QString& materials);
+QByteArray modelFragmentShader(const QString& materials);
 
 } // namespace Atelier::Vel::Tool

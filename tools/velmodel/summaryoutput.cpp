@@ -3,6 +3,7 @@
 #include "console.h"
 #include "jsonoutput.h"
 #include "modelsummary.h"
+#include "repairs.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -149,6 +150,7 @@ QJsonObject summaryJson(const ModelSummary& summary) {
                        {QStringLiteral("facesWithoutGroup"), qint64(report.facesWithoutGroup)},
                        {QStringLiteral("untriangulatedFaces"), qint64(report.statistics.untriangulatedFaces)},
                        {QStringLiteral("substitutedCorners"), qint64(report.statistics.substitutedCorners)},
+                       {QStringLiteral("repairs"), QJsonArray::fromStringList(repairLines(report))},
                        {QStringLiteral("notes"), QJsonArray::fromStringList(summary.notes)}};
     if (summary.cache) {
         result.insert(QStringLiteral("acmr"), double(summary.cache->acmr));

@@ -320,6 +320,10 @@ DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const Load
     return data;
 }
 
+void registerExtendedMaterials() {
+    registerExtendedMaterialPlan();
+}
+
 InstanceData makeIdentityInstance() {
     constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     InstanceData instance(QStringLiteral("InstanceInfo"));

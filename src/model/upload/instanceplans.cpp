@@ -19,6 +19,10 @@ namespace {
 
 using DataType = InstanceDataPlan::DataType;
 
+QString extendedName() {
+    return QStringLiteral("OBJMaterialExtended");
+}
+
 // The members include "Ke" and "map_Ke", which a plain load never sets, and lack "Ka" and "map_Ka". This is
 // intentional.
 std::unique_ptr<InstanceDataPlan> makeMaterialPlan(const QString& name) {
@@ -41,12 +45,8 @@ void registerObjMaterialPlan() {
     InstanceDataRegistry::Instance().registerPlan(makeMaterialPlan(QStringLiteral("OBJMaterial")).release());
 }
 
-void registerPlanOf(const QList<InstanceData>& materials) {
-    const QString name = QStringLiteral("OBJMaterialExtended");
-    // All materials of a load have one layout.
-    if (materials.isEmpty() || materials.first().name() != name)
-        return;
-    std::unique_ptr<InstanceDataPlan> plan = makeMaterialPlan(name);
+void registerExtendedMaterialPlan() {
+    std::unique_ptr<InstanceDataPlan> plan = makeMaterialPlan(extendedName());
     plan->addMember(DataType::Int, QStringLiteral("illum"));
     plan->addMember(DataType::Float, QStringLiteral("Pr"));
     plan->addMember(DataType::Float, QStringLiteral("Pm"));
@@ -57,6 +57,12 @@ void registerPlanOf(const QList<InstanceData>& materials) {
     plan->addMember(DataType::Texture, QStringLiteral("norm"));
     // A second plan of the name is deleted.
     InstanceDataRegistry::Instance().registerPlan(plan.release());
+}
+
+void registerPlanOf(const QList<InstanceData>& materials) {
+    // All materials of a load have one layout.
+    if (!materials.isEmpty() && materials.first().name() == extendedName())
+        registerExtendedMaterialPlan();
 }
 
 } // namespace Atelier::Vel

@@ -10,7 +10,9 @@ namespace Atelier::Vel {
 void registerInstanceInfoPlan();
 /// Registers "OBJMaterial", the layout of the materials of loads. Called once, when the library is loaded.
 void registerObjMaterialPlan();
-/// Registers "OBJMaterialExtended" if `materials` need it.
+/// Registers "OBJMaterialExtended", unless it is registered.
+void registerExtendedMaterialPlan();
+/// The same if `materials` need it.
 void registerPlanOf(const QList<InstanceData>& materials);
 
 } // namespace Atelier::Vel
