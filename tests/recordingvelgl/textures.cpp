@@ -143,10 +143,16 @@ void getIntegerv(unsigned int name, int* values) {
     CallRecord::instance().add(QStringLiteral("getIntegerv ") + hexadecimal(name));
 }
 
+const unsigned char* getStringi(unsigned int name, unsigned int index) {
+    CallRecord::instance().add(QStringLiteral("getStringi %1, %2").arg(hexadecimal(name)).arg(index));
+    return nullptr;
+}
+
 } // namespace
 
 GLEntryPoints& glEntryPoints() {
-    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap, getIntegerv};
+    static GLEntryPoints entryPoints = {pixelStorei,    texParameteri, texImage2D,
+                                        generateMipmap, getIntegerv,   getStringi};
     return entryPoints;
 }
 

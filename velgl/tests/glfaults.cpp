@@ -24,11 +24,21 @@ namespace {
 
 GLenum pendingError = GL_NO_ERROR;
 PFNGLGETERRORPROC realGetError = nullptr;
+PFNGLTEXIMAGE2DPROC realTexImage2D = nullptr;
 std::vector<GLenum> listedErrors;
 
 void APIENTRY noNames(GLsizei count, GLuint* names) {
     std::fill_n(names, count, 0U);
     pendingError = GL_OUT_OF_MEMORY;
+}
+
+void APIENTRY texImageOfOneTexel(GLenum target, GLint level, GLint internalFormat, GLsizei width,
+                                 GLsizei height, GLint border, GLenum format, GLenum type,
+                                 const void* pixels) {
+    if (width > 1 || height > 1)
+        pendingError = GL_OUT_OF_MEMORY;
+    else
+        realTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 
 } // namespace
@@ -56,6 +66,7 @@ FaultyDriver::FaultyDriver(GLFault fault) {
     glGetError(); // libepoxy resolves a function in its first call
     Functions functions = real();
     realGetError = glGetError;
+    realTexImage2D = functions.texImage2D;
     functions.getError = [] {
         return pendingError != GL_NO_ERROR ? std::exchange(pendingError, GLenum(GL_NO_ERROR))
                                            : realGetError();
@@ -86,6 +97,9 @@ FaultyDriver::FaultyDriver(GLFault fault) {
     case GLFault::NoTextureMemory:
         functions.texImage2D = [](GLenum, GLint, GLint, GLsizei, GLsizei, GLint, GLenum, GLenum,
                                   const void*) { pendingError = GL_OUT_OF_MEMORY; };
+        break;
+    case GLFault::NoMemoryForLargeTextures:
+        functions.texImage2D = texImageOfOneTexel;
         break;
     case GLFault::NoMemoryForDrawing:
         functions.multiDraw = [](GLenum, GLenum, const void*, GLsizei, GLsizei) {

@@ -14,6 +14,7 @@ enum class GLFault {
     NoVertexArrays,
     NoTextureNames,
     NoTextureMemory,
+    NoMemoryForLargeTextures, ///< of more than one texel
     NoMemoryForDrawing,
     NoShaders,
     NoPrograms,

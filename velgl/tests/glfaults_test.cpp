@@ -236,6 +236,29 @@ TEST_P(GLFaultsTest, VertexArrayWithoutANameIsNotBound) {
     EXPECT_EQ(drawn(model), QColor(Qt::black));
 }
 
+TEST_P(GLFaultsTest, TextureWithoutMemoryForItsRefillIsWhiteAfterOneWarning) {
+    Texture texture(GL_TEXTURE_2D, GL_RGBA8, 2, 2, 0, nullptr);
+    int calls = 0;
+    texture.setRefill([&](Texture&) {
+        ++calls;
+        const std::array<unsigned char, 16> black = {};
+        glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                                   black.data());
+        return true;
+    });
+    texture.setLabel(QStringLiteral("wood"));
+    const MessageLog log;
+    const FaultyDriver driver(GLFault::NoMemoryForLargeTextures);
+    for (int frame = 0; frame < 2; ++frame) {
+        EXPECT_TRUE(texture.bind());
+        texture.unbind();
+    }
+    EXPECT_EQ(texture.readBack().pixelColor(0, 0), QColor(Qt::white));
+    EXPECT_EQ(calls, 1);
+    EXPECT_THAT(log.texts(QtWarningMsg),
+                ElementsAre(QStringLiteral("Texture 'wood' could not be filled (GL_OUT_OF_MEMORY)")));
+}
+
 TEST_P(GLFaultsTest, TextureWithoutANameOrMemoryIsDrawnWhite) {
     for (const GLFault fault : {GLFault::NoTextureNames, GLFault::NoTextureMemory}) {
         GPUModel model;

@@ -161,6 +161,32 @@ TEST_P(ModelLoaderTest, MissingTextureIsWhiteAfterOneWarning) {
     EXPECT_THAT(log.texts(QtWarningMsg), ElementsAre(QStringLiteral("Texture 'wood.png' cannot be loaded")));
 }
 
+TEST_P(ModelLoaderTest, TextureWithoutContentIsWhiteUntilItCanBeFilled) {
+    const auto texture = std::make_shared<Texture>(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    texture->setReadOnly();
+    int calls = 0;
+    GPUModel model;
+    model.setTextureLoader([&](const QString&) {
+        ++calls;
+        return texture;
+    });
+    addMaterials(model, {materialWithPath(kPath)});
+    const MessageLog log;
+    for (int frame = 0; frame < 2; ++frame)
+        EXPECT_EQ(drawnColors(model, 1), opaque({Qt::white}));
+    EXPECT_EQ(texture->name(), 0U);
+    texture->setRefill([](Texture&) {
+        const unsigned char blue[] = {0, 0, 255, 255};
+        glEntryPoints().texParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        glEntryPoints().texImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, blue);
+        return true;
+    });
+    for (int frame = 0; frame < 2; ++frame)
+        EXPECT_EQ(drawnColors(model, 1), opaque({Qt::blue}));
+    EXPECT_EQ(calls, 1);
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+}
+
 TEST_P(ModelLoaderTest, MissingLoaderIsAnotherWarningThanAMissingTexture) {
     TextureManager::Instance().setLoader({});
     GPUModel model;

@@ -68,6 +68,7 @@ TEST(NoContextTest, TextureCallsDoNothing) {
     int value = 12345;
     glEntryPoints().getIntegerv(0x0D33, &value);
     EXPECT_EQ(value, 12345);
+    EXPECT_EQ(glEntryPoints().getStringi(0x1F03, 0), nullptr);
     EXPECT_EQ(texture.name(), 0U);
     EXPECT_TRUE(texture.readBack().isNull());
     EXPECT_FALSE(texture.hasContent());

@@ -249,6 +249,45 @@ TEST_F(RefillTest, TextureThatCannotBeFilledIsWhiteAfterOneWarning) {
                     "Texture 'wood' could not be filled again in another context; it is white there")));
 }
 
+TEST_F(RefillTest, TextureIsCheckedForItsImageWhateverTheFunctionLeavesBound) {
+    Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    GLuint empty = 0;
+    glGenTextures(1, &empty);
+    texture.setRefill([&](Texture&) {
+        const bool isFilled = fillWith(Qt::green);
+        glBindTexture(GL_TEXTURE_2D, empty);
+        return isFilled;
+    });
+    const MessageLog log;
+    EXPECT_TRUE(texture.bind());
+    texture.unbind();
+    EXPECT_EQ(colorOf(texture), QColor(Qt::green));
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+    glDeleteTextures(1, &empty);
+}
+
+TEST_F(RefillTest, ReadOnlyTextureIsMadeInEachGroupOnceItCanBeFilled) {
+    Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    texture.setReadOnly();
+    const MessageLog log;
+    const auto expectUnmade = [&] {
+        EXPECT_FALSE(texture.bind());
+        texture.unbind();
+        EXPECT_EQ(texture.name(), 0U);
+    };
+    expectUnmade();
+    const auto other = unrelated();
+    expectUnmade();
+    texture.setRefill([](Texture&) { return fillWith(Qt::green); });
+    for (const auto& context : {other, _context}) {
+        context->makeCurrent();
+        EXPECT_TRUE(texture.bind());
+        texture.unbind();
+        EXPECT_EQ(colorOf(texture), QColor(Qt::green));
+    }
+    EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
+}
+
 TEST_F(RefillTest, ExceptionOfATexturesFunctionLeavesTheStateAsItWasAndIsTriedAgain) {
     Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
     bool isBroken = true;

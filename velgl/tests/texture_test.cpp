@@ -244,6 +244,7 @@ TEST_P(TextureTest, EntryPointsPassTheirArgumentsInOrder) {
     GLint wrap = 0;
     glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, &wrap);
     EXPECT_EQ(wrap, GL_MIRRORED_REPEAT);
+    EXPECT_EQ(glEntryPoints().getStringi(GL_EXTENSIONS, 1), glGetStringi(GL_EXTENSIONS, 1));
 }
 
 // Transfers use plain rows, whatever the client has set. Only the alignment of the pixels of a client is the

@@ -28,6 +28,8 @@ struct GLEntryPoints {
     /// Writes the values of a state variable to `values`, which has room for all of them. Writes nothing
     /// without a context.
     void (*getIntegerv)(unsigned int name, int* values);
+    /// Returns: the text of that number of a list of texts, such as GL_EXTENSIONS. Null without a context.
+    const unsigned char* (*getStringi)(unsigned int name, unsigned int index);
 };
 
 /// Returns: the functions of this process, to be called or replaced. They call the driver of the context that

@@ -44,9 +44,10 @@ public:
 
     /// Sets the function that fills the texture in each group of contexts in which it has no GL texture yet:
     /// the next bind there makes one and calls the function. An empty function for none. When the function
-    /// returns false, the texture is white there, after one warning. The unpack settings of the client, and
-    /// what was bound to the active texture unit, are restored afterwards; other state, and the current
-    /// context, are the function's to restore. What it throws passes through bind(), with nothing bound.
+    /// returns false, and when OpenGL has no memory for the image, the texture is white there, after one
+    /// warning. The unpack settings of the client, and what was bound to the active texture unit, are
+    /// restored afterwards; other state, and the current context, are the function's to restore. What it
+    /// throws passes through bind(), with nothing bound. Draws that found the texture unusable try it again.
     void setRefill(Refill refill);
 
     /// The values that the constructor was given. They describe what the owner stores; OpenGL is not asked.
@@ -57,15 +58,17 @@ public:
     int depth() const;
 
     /// Declares the content final, for good. Without a refill function, a read-only texture whose contexts
-    /// are gone is not made again, because nothing would fill it.
+    /// are gone is not made again, because nothing would fill it. For the same reason one that has no GL
+    /// texture yet is not made before setRefill() is called: a loader can return a texture whose content
+    /// comes later, and it is drawn white until then, without a warning.
     void setReadOnly();
     /// Returns: whether setReadOnly() was called.
     bool isReadOnly() const;
 
     /// Binds the texture to its target on the texture unit that is active.
     /// Returns: false, besides the cases of Bindable::bind(), when the target is unknown (buffer and
-    /// multisample textures are), and when the texture is read-only, has no GL texture and cannot be filled
-    /// again.
+    /// multisample textures are), and when the texture is read-only, has no GL texture and no refill
+    /// function.
     bool bind() override;
     /// Puts back the binding of the unit that was active at the matching bind(). The active unit stays.
     void unbind() override;

@@ -3,6 +3,7 @@
 #include <velgl/glentrypoints.h>
 
 #include "context/currentcontext.h"
+#include "objects/textureaccess.h"
 #include "state/pixelstore.h"
 
 namespace Atelier::Vel {
@@ -28,14 +29,7 @@ void texImage2D(unsigned int target, int level, int internalFormat, int width, i
     glTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 
-// Whether there was no memory for the image. glGenerateMipmap() is an error then.
-bool lacksImage(unsigned int target) {
-    GLint width = 1;
-    if (target == GL_TEXTURE_2D)
-        glGetTexLevelParameteriv(target, 0, GL_TEXTURE_WIDTH, &width);
-    return width == 0;
-}
-
+// Without an image, glGenerateMipmap() is an error.
 void generateMipmap(unsigned int target) {
     if (findCurrentContext() && !lacksImage(target))
         glGenerateMipmap(target);
@@ -46,10 +40,15 @@ void getIntegerv(unsigned int name, int* values) {
         glGetIntegerv(name, values);
 }
 
+const unsigned char* getStringi(unsigned int name, unsigned int index) {
+    return findCurrentContext() ? glGetStringi(name, index) : nullptr;
+}
+
 } // namespace
 
 GLEntryPoints& glEntryPoints() {
-    static GLEntryPoints entryPoints = {pixelStorei, texParameteri, texImage2D, generateMipmap, getIntegerv};
+    static GLEntryPoints entryPoints = {pixelStorei,    texParameteri, texImage2D,
+                                        generateMipmap, getIntegerv,   getStringi};
     return entryPoints;
 }
 

@@ -22,6 +22,7 @@ struct Texture::Data {
     int height = 0;
     int depth = 0;
     bool isReadOnly = false;
+    std::atomic<bool> wasMade{false};           // in any group
     std::atomic<bool> isForeignReported{false}; // reported once, since a texture is bound in each frame
     Refill refill;
     std::mutex mutex; // for `names`
@@ -77,7 +78,7 @@ GLuint Texture::Data::nameIn(const ContextGL& gl, Texture& texture) {
         return name;
     if (canBeMade())
         return make(gl, texture);
-    if (!isForeignReported.exchange(true))
+    if (wasMade && !isForeignReported.exchange(true))
         record.warnOfForeignContext();
     return 0;
 }
@@ -99,6 +100,7 @@ GLuint Texture::Data::make(const ContextGL& gl, Texture& texture) {
         const std::lock_guard lock(mutex);
         names.add(std::move(owned));
     }
+    wasMade = true;
     ++lastRevision;
     if (refill)
         fill(name, *gl.group(), texture);
@@ -119,14 +121,16 @@ void Texture::Data::fill(GLuint name, const GLNameSpace& group, Texture& texture
         ++lastRevision;
         throw;
     }
+    glBindTexture(target, name); // the function may have bound another one
+    if (isFilled && !lacksImage(target))
+        return;
     if (isFilled)
-        return;
-    qCWarning(velglLog, "Texture '%s' could not be filled again in another context; it is white there",
-              qPrintable(record.label()));
-    if (target != GL_TEXTURE_2D)
-        return;
-    glBindTexture(target, name);
-    fillWithColor(Qt::white);
+        record.failed("filled");
+    else
+        qCWarning(velglLog, "Texture '%s' could not be filled again in another context; it is white there",
+                  qPrintable(record.label()));
+    if (target == GL_TEXTURE_2D)
+        fillWithColor(Qt::white);
 }
 
 quint64 TextureAccess::revision() {
@@ -135,6 +139,13 @@ quint64 TextureAccess::revision() {
 
 unsigned int TextureAccess::nameIn(const ContextGL& gl, Texture& texture) {
     return textureBindingQuery(texture.target()) != 0 ? texture._data->nameIn(gl, texture) : 0;
+}
+
+bool lacksImage(unsigned int target) {
+    GLint width = 1;
+    if (target == GL_TEXTURE_2D)
+        glGetTexLevelParameteriv(target, 0, GL_TEXTURE_WIDTH, &width);
+    return width == 0;
 }
 
 Texture::Texture(unsigned int target, int internalFormat, int width, int height, int depth, QObject* parent)
@@ -185,8 +196,10 @@ void Texture::setReadOnly() {
     _data->isReadOnly = true;
 }
 
+// Draws find the names of their textures again: this one may not have had one.
 void Texture::setRefill(Refill refill) {
     _data->refill = std::move(refill);
+    ++lastRevision;
 }
 
 bool Texture::isReadOnly() const {
@@ -235,9 +248,7 @@ bool Texture::hasContent() const {
     if (texture == 0 || _data->target != GL_TEXTURE_2D)
         return false;
     const ScopedTextureBinding binding(GL_TEXTURE_2D, texture);
-    GLint width = 0;
-    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
-    return width > 0;
+    return !lacksImage(GL_TEXTURE_2D);
 }
 
 QImage Texture::readBack(int level) const {

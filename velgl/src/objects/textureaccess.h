@@ -17,4 +17,9 @@ struct TextureAccess {
     static quint64 revision();
 };
 
+/// Whether level 0 of the texture that is bound to `target` has no image, for example because there was no
+/// memory for it. False for other targets than GL_TEXTURE_2D.
+/// Requires: a context is current.
+bool lacksImage(unsigned int target);
+
 } // namespace Atelier::Vel
