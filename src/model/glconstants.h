@@ -35,5 +35,16 @@ constexpr unsigned int kGlMaxLevel = 0x813D;        // GL_TEXTURE_MAX_LEVEL
 constexpr int kGlLinear = 0x2601;                   // GL_LINEAR
 constexpr int kGlLinearMipmapLinear = 0x2703;       // GL_LINEAR_MIPMAP_LINEAR
 constexpr int kGlRepeat = 0x2901;                   // GL_REPEAT
+constexpr int kGlSrgb8Alpha8 = 0x8C43;              // GL_SRGB8_ALPHA8
+
+// The anisotropic filter: of a texture, and the maximum of the driver.
+constexpr unsigned int kGlTextureAnisotropy = 0x84FE; // GL_TEXTURE_MAX_ANISOTROPY
+constexpr unsigned int kGlMaxAnisotropy = 0x84FF;     // GL_MAX_TEXTURE_MAX_ANISOTROPY
+
+// The version and the extensions of a context.
+constexpr unsigned int kGlMajorVersion = 0x821B;  // GL_MAJOR_VERSION
+constexpr unsigned int kGlMinorVersion = 0x821C;  // GL_MINOR_VERSION
+constexpr unsigned int kGlExtensions = 0x1F03;    // GL_EXTENSIONS
+constexpr unsigned int kGlNumExtensions = 0x821D; // GL_NUM_EXTENSIONS
 
 } // namespace Atelier::Vel

@@ -4,8 +4,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QStringList>
-#include <QtCore/QTemporaryDir>
 #include <QtCore/QtEndian>
 #include <QtGui/QImage>
 #include <QtGui/QImageReader>
@@ -16,90 +14,29 @@
 
 #include <gmock/gmock.h>
 
-#include <velgl/glentrypoints.h>
 #include <velgl/gpumodel.h>
 #include <velgl/texture.h>
 #include <velmodel/modelfiles.h>
 
-#include "support/glfixture.h"
+#include "entrypointlog.h"
 #include "support/hangguard.h"
 #include "support/hostilepaths.h"
 #include "support/messagelog.h"
 #include "support/sanitizer.h"
 #include "support/withoutrootsrights.h"
+#include "texturefixture.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-/// Records the calls through the entry points during its lifetime and passes them on to OpenGL.
-class EntryPointLog {
-public:
-    EntryPointLog() : _real(glEntryPoints()) {
-        current = this;
-        glEntryPoints().pixelStorei = [](unsigned int name, int value) {
-            note(QStringLiteral("pixelStorei %1 %2").arg(name, 0, 16).arg(value));
-            current->_real.pixelStorei(name, value);
-        };
-        glEntryPoints().texParameteri = [](unsigned int target, unsigned int name, int value) {
-            note(QStringLiteral("texParameteri %1 %2 %3")
-                     .arg(target, 0, 16)
-                     .arg(name, 0, 16)
-                     .arg(value, 0, 16));
-            current->_real.texParameteri(target, name, value);
-        };
-        glEntryPoints().texImage2D = [](unsigned int target, int level, int internalFormat, int width,
-                                        int height, int border, unsigned int format, unsigned int type,
-                                        const void* pixels) {
-            note(QStringLiteral("texImage2D %1 %2 %3 %4 %5 %6 %7 %8")
-                     .arg(target, 0, 16)
-                     .arg(level)
-                     .arg(internalFormat, 0, 16)
-                     .arg(width)
-                     .arg(height)
-                     .arg(border)
-                     .arg(format, 0, 16)
-                     .arg(type, 0, 16));
-            current->_real.texImage2D(target, level, internalFormat, width, height, border, format, type,
-                                      pixels);
-        };
-        glEntryPoints().generateMipmap = [](unsigned int target) {
-            note(QStringLiteral("generateMipmap %1").arg(target, 0, 16));
-            current->_real.generateMipmap(target);
-        };
-        glEntryPoints().getIntegerv = [](unsigned int name, int* values) {
-            current->_real.getIntegerv(name, values);
-            if (current->largestSide != 0)
-                *values = current->largestSide;
-        };
-    }
-    ~EntryPointLog() { glEntryPoints() = _real; }
-    EntryPointLog(const EntryPointLog&) = delete;
-    EntryPointLog& operator=(const EntryPointLog&) = delete;
-
-    QStringList calls;
-    int largestSide = 0; ///< replaces the driver's limit unless 0
-
-private:
-    static void note(const QString& call) { current->calls.append(call); }
-
-    static inline EntryPointLog* current = nullptr;
-    GLEntryPoints _real;
-};
-
-class TextureLoaderTest : public Testing::GLFixture {
+class TextureLoaderTest : public TextureFixture {
 protected:
-    QString path(const QString& name) const { return _directory.filePath(name); }
-    QString save(const QImage& image, const QString& name) const {
-        EXPECT_TRUE(image.save(path(name)));
-        return path(name);
-    }
-
     /// For images that exceed a driver's usual limit and whose pixels take much memory.
     static void expectRefusalWithoutDecoding(const QString& file) {
         constexpr long kFewKilobytes = 40'000;
         EntryPointLog log;
-        log.largestSide = 16'384;
+        log.integers[GL_MAX_TEXTURE_SIZE] = 16'384;
         // Resets the peak of memory.
         QFile peak(QStringLiteral("/proc/self/clear_refs"));
         ASSERT_TRUE(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1);
@@ -111,19 +48,7 @@ protected:
         EXPECT_LT(after.ru_maxrss - before.ru_maxrss, kFewKilobytes);
         EXPECT_TRUE(log.calls.isEmpty());
     }
-
-private:
-    QTemporaryDir _directory;
 };
-
-// Each pixel has its own colour, which encodes its place in the image.
-QImage numbered(int width, int height, QImage::Format format = QImage::Format_ARGB32) {
-    QImage image(width, height, QImage::Format_ARGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixelColor(x, y, QColor(x * 12, y * 12, 200 - x - y));
-    return image.convertToFormat(format);
-}
 
 } // namespace
 
@@ -314,7 +239,7 @@ TEST_F(TextureLoaderTest, HostilePathsAreNull) {
 
 TEST_F(TextureLoaderTest, SideAboveTheDriversLimitIsNull) {
     EntryPointLog log;
-    log.largestSide = 16;
+    log.integers[GL_MAX_TEXTURE_SIZE] = 16;
     EXPECT_NE(LoadTexture(save(numbered(16, 2), QStringLiteral("wide.png"))), nullptr);
     log.calls.clear();
     EXPECT_EQ(LoadTexture(save(numbered(17, 2), QStringLiteral("wider.png"))), nullptr);
@@ -325,7 +250,7 @@ TEST_F(TextureLoaderTest, SideAboveTheDriversLimitIsNull) {
 // A sparse file takes no disk space; the decoded image would take 1.6 GB.
 TEST_F(TextureLoaderTest, HugeImageIsNullBeforeItIsDecoded) {
     EntryPointLog log;
-    log.largestSide = 100'000;
+    log.integers[GL_MAX_TEXTURE_SIZE] = 100'000;
     QFile file(path(QStringLiteral("huge.ppm")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     const qint64 header = file.write("P6\n20000 20000\n255\n");

@@ -1,0 +1,121 @@
+#include "textures/imagereading.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <QtCore/QtEndian>
+
+namespace Atelier::Vel {
+
+namespace {
+
+// An image that needs more memory than this, at four bytes per pixel, is not decoded.
+constexpr qint64 kLargestImageBytes = qint64(1) << 30;
+
+// A bitmap whose rows run from top to bottom reports a negative height. An image without a known size fits.
+bool fits(const QSize& size, SideLimit largestSide) {
+    const qint64 width = qAbs(qint64(size.width()));
+    const qint64 height = qAbs(qint64(size.height()));
+    const int side = largestSide();
+    return width <= side && height <= side && width * height * 4 <= kLargestImageBytes;
+}
+
+// The screen size of a GIF. A GIF is decoded to that size, but its reader reports the size of the first
+// picture. Invalid for other files.
+QSize gifScreen(QFile& file) {
+    const QByteArray header = file.peek(10);
+    if (header.size() < 10 || !header.startsWith("GIF8"))
+        return {};
+    return {qFromLittleEndian<quint16>(header.constData() + 6),
+            qFromLittleEndian<quint16>(header.constData() + 8)};
+}
+
+// The header and the first entry of an icon or a cursor; empty for other files.
+QByteArray iconDirectory(QFile& file) {
+    constexpr int kDirectoryBytes = 22;
+    const QByteArray directory = file.peek(kDirectoryBytes);
+    const bool isIcon = directory.startsWith(QByteArray("\0\0\1\0", 4));
+    const bool isCursor = directory.startsWith(QByteArray("\0\0\2\0", 4));
+    return directory.size() == kDirectoryBytes && (isIcon || isCursor) ? directory : QByteArray();
+}
+
+// Whether the first picture of an icon has no more bytes than the file. The check is necessary because the
+// reader allocates the size that the entry claims. True for other files.
+bool isIconWhole(QFile& file) {
+    const QByteArray directory = iconDirectory(file);
+    return directory.isEmpty() || qFromLittleEndian<quint32>(directory.constData() + 14) <= file.size();
+}
+
+// The size of the PNG in the first entry of an icon or a cursor. The PNG is decoded to that size, but the
+// reader reports the size that the entry claims. Invalid for other files.
+QSize pngInIcon(QFile& file) {
+    const QByteArray directory = iconDirectory(file);
+    if (directory.isEmpty())
+        return {};
+    file.seek(qFromLittleEndian<quint32>(directory.constData() + 18));
+    const QByteArray header = file.peek(24);
+    file.seek(0);
+    if (header.size() < 24 || !header.startsWith("\x89PNG"))
+        return {};
+    return {qFromBigEndian<qint32>(header.constData() + 16), qFromBigEndian<qint32>(header.constData() + 20)};
+}
+
+// Whether the pixels are stored as blue, green, red, alpha, with eight bits each.
+bool isBgra(QImage::Format format) {
+    return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
+           format == QImage::Format_ARGB32_Premultiplied;
+}
+
+template<std::size_t N>
+bool isOneOf(const char* const (&formats)[N], const QByteArray& format) {
+    return std::find(std::begin(formats), std::end(formats), format) != std::end(formats);
+}
+
+// Vector graphics may refer to further images, which Qt opens without any check. It blocks on pipes, and an
+// image that refers to itself is read until the stack overflows.
+constexpr const char* kReferringFormats[] = {"svg", "svgz"};
+
+// It is not known which files the readers of other formats open.
+constexpr const char* kSelfContainedFormats[] = {"bmp",  "cur",  "dds",  "gif",  "icns", "ico", "jp2",
+                                                 "jpeg", "jpg",  "pbm",  "pgm",  "png",  "ppm", "tga",
+                                                 "tif",  "tiff", "wbmp", "webp", "xbm",  "xpm"};
+
+} // namespace
+
+bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
+    if (reader.device() == nullptr)
+        return false;
+    return files.folder().isNull() ? !isOneOf(kReferringFormats, reader.format())
+                                   : isOneOf(kSelfContainedFormats, reader.format());
+}
+
+QString withSlashes(QString path) {
+    return path.replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
+std::unique_ptr<QFile> openMaterialFile(const ModelFiles& files, const QString& path) {
+    std::unique_ptr<QFile> file = files.open(path);
+    const QString slashed = withSlashes(path);
+    return file || slashed == path ? std::move(file) : files.open(slashed);
+}
+
+QImage readImage(const std::unique_ptr<QFile>& file, const ModelFiles& files, SideLimit largestSide) {
+    const bool isSmall = file && fits(gifScreen(*file), largestSide) && isIconWhole(*file) &&
+                         fits(pngInIcon(*file), largestSide);
+    QImageReader reader(file.get());
+    // Not every format reports its size before it is decoded.
+    if (!isSmall || !mayBeRead(reader, files) || !fits(reader.size(), largestSide))
+        return {};
+    QImage image = reader.read();
+    if (image.isNull() || !fits(image.size(), largestSide))
+        return {};
+    if (!isBgra(image.format()))
+        image = image.convertToFormat(QImage::Format_ARGB32);
+    return image.mirrored(false, true);
+}
+
+QImage readMaterialImage(const ModelFiles& files, const QString& path, SideLimit largestSide) {
+    return readImage(openMaterialFile(files, path), files, largestSide);
+}
+
+} // namespace Atelier::Vel
