@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 #include <QtGui/QVector3D>
 
@@ -108,6 +109,10 @@ public:
     const DrawElementsIndirectCommand& command(int drawable, int command) const;
     /// The group that a command draws.
     Group group(int drawable, int command) const;
+
+    /// The paths of the textures that the materials name, each once, in the order of the commands. For
+    /// DecodedTextures::decode().
+    QStringList texturePaths() const;
 
     /// The box around the finite positions that a command uses, in the coordinates of the mesh.
     /// Returns: an invalid box if the positions are not floats with at least three components, or none of

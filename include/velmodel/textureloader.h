@@ -43,6 +43,8 @@ VELMODEL_EXPORT Texture* LoadTexture(const QString& path);
 /// backslashes that is not there is read with slashes instead. If `files` are those of one folder, only image
 /// formats that contain all their pixels are read; docs/velmodel.md lists them.
 ///
+/// The function decodes during the first draw; DecodedTextures in decodedtextures.h decodes before.
+///
 /// Threads:  the function is called on the thread of the context. It may be copied on any.
 VELMODEL_EXPORT GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files,
                                                           const TextureOptions& options = {});

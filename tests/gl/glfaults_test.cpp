@@ -15,6 +15,7 @@
 #include <velgl/gpumodel.h>
 #include <velgl/texture.h>
 #include <velgl/texturemanager.h>
+#include <velmodel/decodedtextures.h>
 #include <velmodel/objloader.h>
 #include <velmodel/textureloader.h>
 
@@ -151,6 +152,26 @@ TEST_F(LoadWithGLFaultsTest, TextureWithoutMemoryIsReportedOnceAndDrawnWhite) {
         log.texts(QtWarningMsg),
         ElementsAre(
             QStringLiteral("Texture '%1' could not be filled (GL_OUT_OF_MEMORY)").arg(path("black.png"))));
+}
+
+TEST_F(LoadWithGLFaultsTest, DecodedTextureWithoutMemoryIsReportedOnceAndDrawnWhite) {
+    for (const GLFault fault : {GLFault::NoTextureNames, GLFault::NoMemoryForLargeTextures}) {
+        const std::unique_ptr<GPUModel> model = load();
+        DecodedTextures textures;
+        ASSERT_TRUE(textures.decode({path("black.png")}));
+        model->setTextureLoader(textures.loader());
+        EXPECT_EQ(drawn(*model), QColor(Qt::green)) << "not handed over yet";
+        const MessageLog log;
+        const FaultyDriver driver(fault);
+        EXPECT_EQ(textures.handOver(), 0);
+        EXPECT_EQ(drawn(*model), QColor(Qt::green));
+        EXPECT_EQ(drawn(*model), QColor(Qt::green));
+        EXPECT_THAT(log.texts(QtWarningMsg),
+                    ElementsAre(QStringLiteral("Texture '%1' could not be %2 (GL_OUT_OF_MEMORY)")
+                                    .arg(path("black.png"), fault == GLFault::NoTextureNames
+                                                                ? QStringLiteral("made")
+                                                                : QStringLiteral("filled"))));
+    }
 }
 
 TEST_F(LoadWithGLFaultsTest, ModelOfADestroyedContextDrawsNothing) {

@@ -151,6 +151,24 @@ TEST_F(DrawDataTest, GroupsDescribeWhatTheCommandsDraw) {
     EXPECT_EQ(data.group(1, 1).id, 8);
 }
 
+TEST_F(DrawDataTest, TexturePathsAreThoseOfTheMaterialsInTheOrderOfTheCommands) {
+    const auto addMaterial = [this](const char* name, int id, std::initializer_list<const char*> maps) {
+        InstanceData material(QStringLiteral("material"));
+        for (const char* map : maps)
+            material.setTexture(QStringLiteral("map_") + QLatin1String(map), QString::fromLatin1(map));
+        material.setTexture(QStringLiteral("object"), static_cast<Texture*>(nullptr));
+        const unsigned int face = 0;
+        builder->createMaterialGroup(QString::fromLatin1(name), material, id, 0);
+        builder->addFacesToMaterialGroup(QString::fromLatin1(name), 1, &face, QString());
+    };
+    addMaterial("later", 101, {"wood", "grain"});
+    addMaterial("earlier", 100, {"stone", "wood"});
+    EXPECT_THAT(builder->prepare(kPosition).texturePaths(), ElementsAre("stone", "wood", "grain"));
+    makeBuilder({});
+    EXPECT_THAT(builder->prepare(kPosition).texturePaths(), IsEmpty());
+    EXPECT_THAT(DrawData().texturePaths(), IsEmpty());
+}
+
 TEST_F(DrawDataTest, WithoutAValidBuilderItIsNull) {
     EXPECT_TRUE(builder->prepare(QStringLiteral("none")).isNull());
     builder->createVertexAttribute(QStringLiteral("void"), 1, kFloat, 0, 0);

@@ -113,6 +113,19 @@ DrawData::Group DrawData::group(int drawable, int command) const {
             column.materials.at(command)};
 }
 
+QStringList DrawData::texturePaths() const {
+    QStringList paths;
+    if (isNull())
+        return paths;
+    for (const DrawDataContent::Drawable& drawable : _content->drawables)
+        for (const InstanceData& material : drawable.materials)
+            for (const QString& name : material.textureNames())
+                paths.append(material.texturePath(name));
+    paths.removeAll(QString()); // of texture objects
+    paths.removeDuplicates();
+    return paths;
+}
+
 DrawData::Box DrawData::commandBox(int drawable, int command) const {
     const DrawElementsIndirectCommand& drawn = this->command(drawable, command);
     const DrawDataContent::Stream& position =
