@@ -8,15 +8,17 @@
 
 #include <QtCore/QString>
 
+#include <velmodel/decodedtextures.h>
 #include <velmodel/drawdata.h>
 #include <velmodel/objloader.h>
 
-/// Loads an OBJ file on a thread of its own. The public functions are for the thread of the window. The
-/// destructor cancels the load and waits for its thread to end.
+/// Loads an OBJ file and decodes its textures on a thread of its own. The public functions are for the thread
+/// of the window. The destructor cancels the load and waits for its thread to end.
 class BackgroundLoad {
 public:
     struct Result {
         Atelier::Vel::DrawData data; ///< null on failure, and for a file without faces
+        Atelier::Vel::DecodedTextures textures;
         QString error;
     };
 
@@ -44,28 +46,41 @@ public:
 
 private:
     Result load(const QString& path) {
-        const Atelier::Vel::LoadProgress progress = [this](const Atelier::Vel::LoadStep& step) {
-            constexpr float kPhases = 4; // up to the normals; this load does not optimise
-            const float ofPhase = static_cast<float>(step.done) / static_cast<float>(step.total);
-            return reached((static_cast<float>(step.phase) + ofPhase) / kPhases);
-        };
         Result result;
         try {
+            const auto progress = [this](const Atelier::Vel::LoadStep& step) {
+                return reached(static_cast<int>(step.phase), step.done, step.total);
+            };
             result.data = Atelier::Vel::readDrawDataFromOBJFile(path, result.error, progress);
+            decodeTextures(result);
         } catch (const std::bad_alloc&) {
             result.error = QStringLiteral("Not enough memory for '%1'").arg(path);
         }
         return result;
     }
 
-    // Called on the thread of the load. Waits for the first frame: the load of a small file does not end
-    // before the window is there. Returns: false to cancel.
-    bool reached(float done) {
+    void decodeTextures(Result& result) {
+        const auto progress = [this](const Atelier::Vel::DecodeStep& step) {
+            return reached(kPhases, step.done, step.total);
+        };
+        if (!result.textures.decode(result.data.texturePaths(), progress)) {
+            result.data = {};
+            result.error = QStringLiteral("Decoding textures was cancelled");
+        }
+    }
+
+    // Called on the thread of the load. `phase` is that of the file, or kPhases for the textures. Waits for
+    // the first frame: the load of a small file does not end before the window is there. Returns: false to
+    // cancel.
+    bool reached(int phase, qint64 done, qint64 total) {
         std::unique_lock lock(_mutex);
-        _done = done;
+        _done = (static_cast<float>(phase) + static_cast<float>(done) / static_cast<float>(total)) /
+                (kPhases + 1);
         _changed.wait(lock, [this] { return _isShown || _isCancelled; });
         return !_isCancelled;
     }
+
+    static constexpr int kPhases = 4; // up to the normals; this load does not optimise
 
     std::mutex _mutex; // guards the three values that both threads use
     float _done = 0;

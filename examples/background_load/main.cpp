@@ -1,7 +1,8 @@
-// Shows an OBJ file in a Qt window that responds while the file loads on another thread.
-// Usage: background_load MODEL.obj [PICTURE.png] [--cancel]
-// Escape cancels the load, and so does closing the window. With a picture, it saves the first frame of the
-// model there and ends. --cancel presses Escape in the first frame.
+// Shows an OBJ file in a Qt window that responds while the file loads, and its textures are decoded, on
+// another thread. The textures are then handed to OpenGL in portions, one for each frame. Usage:
+// background_load MODEL.obj [PICTURE.png] [--cancel] Escape cancels the load, and so does closing the window.
+// With a picture, it saves the first frame with all textures there and ends. --cancel presses Escape in the
+// first frame.
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -17,6 +18,7 @@
 #include <velgl/gpumodel.h>
 #include <velgl/program.h>
 #include <velgl/shaderinterface.h>
+#include <velmodel/decodedtextures.h>
 #include <velmodel/drawdata.h>
 #include <velmodel/objloader.h>
 
@@ -29,22 +31,29 @@ namespace {
 constexpr char kVertexShader[] = R"(
 in vec3 va_Vertex;
 in vec3 va_Normal;
+in vec2 va_TexCoord;
 uniform mat4 viewProjection;
 out vec3 normal;
+out vec2 texCoord;
 flat out int command;
 void main() {
     normal = va_Normal;
+    texCoord = va_TexCoord;
     command = velglCommand();
     gl_Position = viewProjection * vec4(va_Vertex, 1.0);
 })";
 
 constexpr char kFragmentShader[] = R"(
 in vec3 normal;
+in vec2 texCoord;
 flat in int command;
 out vec4 colour;
 void main() {
+    vec4 texel = velglHas_map_Kd() ? texture(velgl_map_Kd, texCoord) : vec4(1.0);
+    if (texel.a < 0.5)
+        discard;
     float light = 0.2 + 0.8 * abs(dot(normalize(normal), normalize(vec3(1.0, 2.0, 3.0))));
-    colour = vec4(velglMaterial(command).Kd * light, 1.0);
+    colour = vec4(velglMaterial(command).Kd * texel.rgb * light, 1.0);
 })";
 
 QByteArray shader(ShaderStage stage, const char* body) {
@@ -108,16 +117,19 @@ private:
         QCoreApplication::exit(1);
     }
 
-    // The upload is the only part that needs the window's thread, where the context is current.
+    // The upload needs the window's thread, where the context is current. The textures follow frame by frame.
     void finishLoad() {
         qInfo("Frames drawn while loading: %d", _frames);
         BackgroundLoad::Result result = _load->takeResult();
         _load.reset();
         auto model = std::make_unique<GPUModel>();
-        if (upload(std::move(result.data), *model, {makeIdentityInstance()}))
-            _model = std::move(model);
-        else
+        if (!upload(std::move(result.data), *model, {makeIdentityInstance()})) {
             fail(result.error.isEmpty() ? QStringLiteral("No faces in '%1'").arg(_path) : result.error);
+            return;
+        }
+        _textures = std::move(result.textures);
+        model->setTextureLoader(_textures.loader());
+        _model = std::move(model);
     }
 
     /// Draws a progress bar over a pulsating background.
@@ -139,7 +151,9 @@ private:
         gl->glDisable(GL_SCISSOR_TEST);
     }
 
+    /// A texture that is not there yet is drawn white.
     void drawModel() {
+        const bool hasAllTextures = _textures.waitingCount() == 0;
         QOpenGLFunctions* const gl = context()->functions();
         gl->glEnable(GL_DEPTH_TEST);
         gl->glClearColor(0.15F, 0.16F, 0.18F, 1);
@@ -150,16 +164,32 @@ private:
         gl->glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, view.constData());
         _model->draw();
         _program->unbind();
-        if (!_picture.isEmpty())
-            QCoreApplication::exit(grabFramebuffer().save(_picture) ? 0 : 1);
+        if (!hasAllTextures)
+            handOverTextures();
+        else if (!_picture.isEmpty())
+            save();
+    }
+
+    void handOverTextures() {
+        HandOverBudget budget;
+        budget.images = 1;
+        _textures.handOver(budget);
+        ++_framesWithoutTextures;
+    }
+
+    void save() {
+        qInfo("Frames drawn before all textures were there: %d", _framesWithoutTextures);
+        QCoreApplication::exit(grabFramebuffer().save(_picture) ? 0 : 1);
     }
 
     QString _path;
     QString _picture;
     bool _cancels;
     int _frames = 0; // during the load
+    int _framesWithoutTextures = 0;
     float _angle = 30;
     std::unique_ptr<BackgroundLoad> _load;
+    DecodedTextures _textures;
     std::unique_ptr<GPUModel> _model;
     std::unique_ptr<Program> _program;
 };

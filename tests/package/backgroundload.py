@@ -12,6 +12,7 @@ import tempfile
 sys.dont_write_bytecode = True
 
 from examplewindow import BACKGROUND, check, pixels, run
+from texturedsquare import check_colours, write_model
 
 LEAST_SHARE = 0.05  # of the pixels that have to show the model
 LEAST_COLOURS = 20  # a loading frame has two
@@ -32,6 +33,14 @@ def check_load(program, model, picture):
     check(shown >= LEAST_SHARE and len(colours) >= LEAST_COLOURS, "the picture shows the model", summary)
 
 
+def check_textures(program, folder):
+    picture = folder / "textured.ppm"
+    code, output = run(program, str(write_model(folder)), str(picture))
+    check(code == 0, "a load with a texture ends with exit code 0", output)
+    check("Frames drawn before all textures were there: 1" in output, "a frame is drawn before the texture", output)
+    check_colours(picture)
+
+
 def check_failure(program, model, picture, message, *options):
     code, output = run(program, model, str(picture), *options)
     check(code == 1, "the exit code is 1", output)
@@ -44,6 +53,7 @@ def main(program, model):
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
         check_load(program, model, folder / "loaded.ppm")
+        check_textures(program, folder)
         output = check_failure(
             program, model, folder / "cancelled.ppm", f"Loading OBJ file '{model}' was cancelled", "--cancel"
         )
