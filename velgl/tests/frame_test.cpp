@@ -14,10 +14,11 @@
 #include <velgl/texturemanager.h>
 
 #include "allocationcount.h"
+#include "lookups.h"
 #include "support/glfixture.h"
 #include "testscene.h"
 
-// What a frame costs when all that it needs is there: calls, queries and allocations.
+// What a frame costs when all that it needs is there: calls, queries, look-ups, locks and allocations.
 namespace Atelier::Vel::Testing {
 
 namespace {
@@ -226,6 +227,25 @@ TEST_F(FrameTest, WithoutMultiBindEachUnitThatChangesCostsTwoCalls) {
     }
     picture.reset();
     _context->makeCurrent();
+}
+
+TEST_F(FrameTest, TheContextIsLookedUpOnceAndNothingElseIsLocked) {
+    for (const StatePolicy state : {StatePolicy::Restored, StatePolicy::ClientRestores})
+        for (const DrawOrder order : {DrawOrder::AsGiven, DrawOrder::ByTextures}) {
+            GPUModel model;
+            addInterleaved(model, 40, true);
+            addInterleaved(model, 5, false);
+            const DrawOptions how = drawing(state, order);
+            warmUp(model, how);
+            const GLCalls calls;
+            const int lookUps = contextLookUpCount();
+            const int locks = lockCount();
+            model.draw(how);
+            EXPECT_EQ(contextLookUpCount() - lookUps, 1);
+            if (countsLocks()) {
+                EXPECT_EQ(lockCount() - locks, 1) << "that of the table of contexts";
+            }
+        }
 }
 
 TEST_F(FrameTest, NothingIsAllocatedAndNoLoaderIsAsked) {

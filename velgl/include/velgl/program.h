@@ -48,6 +48,8 @@ public:
     int uniformLocation(const char* name) const;
 
 private:
+    friend struct ProgramAccess;
+
     Program();
     struct Data;
     std::unique_ptr<Data> _data;

@@ -39,15 +39,18 @@ void GLNameSpace::release(GLNameNode& name) noexcept {
         return;
     }
     const std::lock_guard lock(_mutex);
-    if (!_isClosed)
-        _queued.splice(_queued.end(), name);
+    if (_isClosed)
+        return;
+    _queued.splice(_queued.end(), name);
+    _isAnyQueued = true;
 }
 
-void GLNameSpace::deleteQueuedNames() noexcept {
+void GLNameSpace::deleteQueue() noexcept {
     GLNameNode names;
     {
         const std::lock_guard lock(_mutex);
         names.swap(_queued);
+        _isAnyQueued = false;
     }
     deleteNames(names);
 }
@@ -57,6 +60,7 @@ void GLNameSpace::close() noexcept {
     const std::lock_guard lock(_mutex);
     _isClosed = true;
     names.swap(_queued);
+    _isAnyQueued = false;
 }
 
 } // namespace Atelier::Vel

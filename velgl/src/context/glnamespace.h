@@ -26,7 +26,11 @@ public:
     /// until one is. Allocates no memory.
     void release(GLNameNode& name) noexcept;
     /// Requires: a context of this space is natively current.
-    void deleteQueuedNames() noexcept;
+    /// Cost: one atomic load if no name waits.
+    void deleteQueuedNames() noexcept {
+        if (_isAnyQueued)
+            deleteQueue();
+    }
 
     /// Declares that the contexts of this space are gone, and all names with them.
     void close() noexcept;
@@ -35,8 +39,11 @@ public:
     virtual bool isAwake() const { return !_isClosed; }
 
 private:
-    std::mutex _mutex;
+    void deleteQueue() noexcept;
+
+    std::mutex _mutex; ///< for `_queued`, and for changes of `_isAnyQueued`
     GLNameNode _queued;
+    std::atomic<bool> _isAnyQueued{false};
     std::atomic<bool> _isClosed{false};
 };
 

@@ -13,6 +13,7 @@
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "drawing/drawbuffersaccess.h"
+#include "objects/bufferaccess.h"
 #include "objects/bufferoperations.h"
 #include "objects/glnames.h"
 #include "objects/scalartype.h"
@@ -89,7 +90,7 @@ struct DrawBuffers::Data {
     quint64 availableIndices() const;
     QVector<Command> safeCommands() const;
     void warnOfRefused(const QVector<Command>& safe) const;
-    bool canDraw() const;
+    bool canDraw(const ContextGL& gl) const;
     void dropCommandBuffers();
 };
 
@@ -143,16 +144,24 @@ const GLName* DrawBuffers::Data::commandBufferIn(const ContextGL& gl) {
     return &commandBuffers.add(std::move(buffer));
 }
 
-bool DrawBuffers::Data::canDraw() const {
+bool DrawBuffers::Data::canDraw(const ContextGL& gl) const {
     const bool isIndexType =
         indexType == GL_UNSIGNED_BYTE || indexType == GL_UNSIGNED_SHORT || indexType == GL_UNSIGNED_INT;
-    return vao && indices && isIndexType && indices->name() != 0 && indexBytes() > 0;
+    return vao && indices && isIndexType && BufferAccess::nameIn(gl, *indices) != 0 && indexBytes() > 0;
+}
+
+const BufferObject* DrawBuffersAccess::indexBuffer(const DrawBuffers& buffers) {
+    return buffers._data->indices.data();
+}
+
+const VertexArrayObject* DrawBuffersAccess::vertexArray(const DrawBuffers& buffers) {
+    return buffers._data->vao.data();
 }
 
 unsigned int DrawBuffersAccess::prepare(DrawBuffers& buffers, const ContextGL& gl,
                                         const DrawProgram& program) {
     DrawBuffers::Data& data = *buffers._data;
-    if (program.isNull() || !data.canDraw())
+    if (program.isNull() || !data.canDraw(gl))
         return 0;
     const GLName* commands = data.commandBufferIn(gl);
     if (!commands || (isPlain(*data.vao) && !VertexArrayAccess::prepare(*data.vao, gl, program)))
@@ -162,10 +171,11 @@ unsigned int DrawBuffersAccess::prepare(DrawBuffers& buffers, const ContextGL& g
 
 bool DrawBuffersAccess::bind(DrawBuffers& buffers, const ContextGL& gl) {
     DrawBuffers::Data& data = *buffers._data;
-    data.vao->setIndexBuffer(data.indices);
+    if (VertexArrayAccess::indexBuffer(*data.vao) != data.indices)
+        data.vao->setIndexBuffer(data.indices);
     if (!isPlain(*data.vao))
         return data.vao->bind();
-    VertexArrayAccess::bind(*data.vao, gl, data.indices->name());
+    VertexArrayAccess::bind(*data.vao, gl, BufferAccess::nameIn(gl, *data.indices));
     return true;
 }
 

@@ -16,6 +16,9 @@ struct CommandRange {
 /// Gives VelGL access to the private part of a drawable. A draw has two steps: prepare() may throw, bind()
 /// and draw() only call OpenGL, unless a client has derived the vertex array.
 struct DrawBuffersAccess {
+    /// The same as DrawBuffers::indexBuffer() and VAO(), without a reference of their own.
+    static const BufferObject* indexBuffer(const DrawBuffers& buffers);
+    static const VertexArrayObject* vertexArray(const DrawBuffers& buffers);
     /// Makes what a draw needs: the buffer of commands, the vertex array and its streams for `program`.
     /// Returns: the name of the buffer of commands; 0 when nothing can be drawn.
     static unsigned int prepare(DrawBuffers& buffers, const ContextGL& gl, const DrawProgram& program);

@@ -134,7 +134,7 @@ void GPUModel::setTextureLoader(TextureLoader loader) {
 
 bool GPUModel::isUsable() const {
     const ContextScope scope;
-    return scope.gl() && ModelContent::isComplete(_data->drawables);
+    return scope.gl() && ModelContent::isComplete(*scope.gl(), _data->drawables);
 }
 
 void GPUModel::draw() {

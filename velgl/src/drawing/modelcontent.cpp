@@ -2,28 +2,30 @@
 
 #include <algorithm>
 
-#include <velgl/bufferobject.h>
-#include <velgl/vertexarrayobject.h>
-
 #include "context/currentcontext.h"
 #include "context/log.h"
+#include "drawing/drawbuffersaccess.h"
+#include "objects/bufferaccess.h"
+#include "objects/vertexarrayaccess.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
-// Requires: a context is current.
-bool hasLostContent(const QSharedPointer<BufferObject>& buffer) {
-    return buffer && buffer->byteCount() > 0 && buffer->name() == 0;
+bool hasLostContent(const ContextGL& gl, const BufferObject* buffer) {
+    return buffer && buffer->byteCount() > 0 && BufferAccess::nameIn(gl, *buffer) == 0;
 }
 
-bool hasLostContent(const DrawBuffers& buffers) {
-    if (hasLostContent(buffers.indexBuffer()))
+bool hasLostContent(const ContextGL& gl, const DrawBuffers& buffers) {
+    if (hasLostContent(gl, DrawBuffersAccess::indexBuffer(buffers)))
         return true;
-    const QVector<VertexArrayObject::Stream> streams =
-        buffers.VAO() ? buffers.VAO()->streams() : QVector<VertexArrayObject::Stream>();
-    return std::any_of(streams.cbegin(), streams.cend(),
-                       [](const VertexArrayObject::Stream& stream) { return hasLostContent(stream.buffer); });
+    const VertexArrayObject* const vao = DrawBuffersAccess::vertexArray(buffers);
+    if (!vao)
+        return false;
+    const QVector<VertexArrayObject::Stream>& streams = VertexArrayAccess::streams(*vao);
+    return std::any_of(streams.cbegin(), streams.cend(), [&](const VertexArrayObject::Stream& stream) {
+        return hasLostContent(gl, stream.buffer.data());
+    });
 }
 
 } // namespace
@@ -33,18 +35,18 @@ void ModelContent::setRefill(GPUModel::Refill refill) {
     _failedGroups.clear();
 }
 
-bool ModelContent::isComplete(const ModelDrawables& drawables) {
+bool ModelContent::isComplete(const ContextGL& gl, const ModelDrawables& drawables) {
     return std::none_of(drawables.cbegin(), drawables.cend(),
-                        [](const auto& drawable) { return hasLostContent(*drawable->buffers); });
+                        [&](const auto& drawable) { return hasLostContent(gl, *drawable->buffers); });
 }
 
 bool ModelContent::isReady(const ContextGL& gl, GPUModel& model, const ModelDrawables& drawables) {
-    if (isComplete(drawables))
+    if (isComplete(gl, drawables))
         return true;
     const quint64 group = gl.group()->serial();
     if (_failedGroups.contains(group))
         return false;
-    if (fill(model) && isComplete(drawables))
+    if (fill(model) && isComplete(gl, drawables))
         return true;
     _failedGroups.insert(group);
     qCWarning(

@@ -16,11 +16,10 @@ public:
     void setRefill(GPUModel::Refill refill);
     const GPUModel::Refill& refill() const { return _refill; }
 
-    /// Returns: whether each buffer that has content has it in the current context.
-    /// Requires: a context is current.
-    static bool isComplete(const ModelDrawables& drawables);
-    /// The same for the current context `gl`, after the buffers were filled again if need be. Where that is
-    /// not possible, it warns once for each group of contexts, and does not try there again.
+    /// Returns: whether each buffer that has content has it in the current context `gl`.
+    static bool isComplete(const ContextGL& gl, const ModelDrawables& drawables);
+    /// The same after the buffers were filled again if need be. Where that is not possible, it warns once for
+    /// each group of contexts, and does not try there again.
     bool isReady(const ContextGL& gl, GPUModel& model, const ModelDrawables& drawables);
 
 private:

@@ -3,6 +3,7 @@
 #include <velgl/instancedatacollection.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include <velgl/instancedataplan.h>
 #include <velgl/instancedataregistry.h>
@@ -21,6 +22,7 @@ struct InstanceDataCollection::Data {
         int itemCount = 0; // in the buffer, with added items of zeros; 0 until it is filled
     };
 
+    std::atomic<const InstanceDataPlan*> plan{nullptr}; // null until one is registered
     GLNameTable<Storage> storages;
     FailureReport report{"Storage"};
 
@@ -38,8 +40,13 @@ InstanceDataCollection::InstanceDataCollection(const QString& name, const QList<
 
 InstanceDataCollection::~InstanceDataCollection() = default;
 
+// A plan stays registered, and another one of its name is left out.
 const InstanceDataPlan* InstanceDataCollection::plan() const {
-    return InstanceDataRegistry::Instance().plan(_name);
+    if (const InstanceDataPlan* known = _data->plan)
+        return known;
+    const InstanceDataPlan* found = InstanceDataRegistry::Instance().plan(_name);
+    _data->plan = found;
+    return found;
 }
 
 QByteArray InstanceDataCollection::packed() const {

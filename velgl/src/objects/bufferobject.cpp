@@ -47,6 +47,11 @@ void BufferObject::Data::contentChanged(quint64 newByteCount) {
     revision = nextRevision();
 }
 
+unsigned int BufferAccess::nameIn(const ContextGL& gl, const BufferObject& buffer) {
+    const GLName* name = buffer._data->names.find(*gl.group());
+    return name ? name->value() : 0;
+}
+
 // For a bind, which gives no content: a buffer whose content is in contexts of another group stays there. One
 // whose contexts are gone begins anew.
 const GLName* BufferObject::Data::nameIn(const ContextGL& gl) {

@@ -2,7 +2,7 @@
 
 #include "objects/linkedprogram.h"
 
-#include <velgl/program.h>
+#include "objects/programaccess.h"
 
 namespace Atelier::Vel {
 
@@ -24,27 +24,26 @@ std::shared_ptr<const LinkedProgram> LinkedProgram::of(unsigned int program) {
     return linked;
 }
 
+DrawProgram::Stage DrawProgram::stageOf(unsigned int name, std::shared_ptr<const LinkedProgram> linked) {
+    const int firstCommand = linked->firstCommand;
+    const int textures = linked->textures;
+    return {name, std::move(linked), firstCommand, textures};
+}
+
 DrawProgram::Stage DrawProgram::stageOf(const ContextGL& gl, unsigned int name) {
-    Stage stage;
-    stage.name = name;
-    stage.linked = name != 0 ? gl.group()->linkedProgram(name) : nullptr;
-    if (stage.linked) {
-        stage.firstCommand = stage.linked->firstCommand;
-        stage.textures = stage.linked->textures;
-    } else if (name != 0) {
-        stage.firstCommand = glGetUniformLocation(name, "velgl_firstCommand");
-        stage.textures = glGetUniformLocation(name, "velgl_textures");
-    }
-    return stage;
+    if (name == 0)
+        return {};
+    if (std::shared_ptr<const LinkedProgram> linked = gl.group()->linkedProgram(name))
+        return stageOf(name, std::move(linked));
+    return {name, nullptr, glGetUniformLocation(name, "velgl_firstCommand"),
+            glGetUniformLocation(name, "velgl_textures")};
 }
 
 DrawProgram DrawProgram::current(const ContextGL& gl) {
     DrawProgram program;
     program._vertex = stageOf(gl, currentName(GL_CURRENT_PROGRAM));
-    if (program._vertex.name != 0) {
-        program._fragment = program._vertex;
+    if (program._vertex.name != 0)
         return program;
-    }
     program._vertex = stageOf(gl, currentVertexProgram());
     program._fragment = stageOf(gl, currentFragmentProgram());
     program._isPipeline = true;
@@ -53,8 +52,8 @@ DrawProgram DrawProgram::current(const ContextGL& gl) {
 
 DrawProgram DrawProgram::of(const ContextGL& gl, const Program& program) {
     DrawProgram result;
-    result._vertex = stageOf(gl, program.name());
-    result._fragment = result._vertex;
+    if (const unsigned int name = ProgramAccess::nameIn(gl, program))
+        result._vertex = stageOf(name, ProgramAccess::linked(program));
     return result;
 }
 

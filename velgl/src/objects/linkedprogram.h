@@ -33,6 +33,8 @@ public:
     bool isNull() const { return _vertex.name == 0; }
     unsigned int vertexName() const { return _vertex.name; }
     ProgramInput input(const QString& name) const;
+    /// Returns: what was looked up of the program with the vertex stage; null if other code linked it.
+    const std::shared_ptr<const LinkedProgram>& linked() const { return _vertex.linked; }
     /// Sets `velgl_firstCommand` in the vertex stage.
     void setFirstCommand(int number) const noexcept;
     /// Sets `velgl_textures` in both stages.
@@ -46,11 +48,12 @@ private:
         int textures = -1;
     };
 
+    static Stage stageOf(unsigned int name, std::shared_ptr<const LinkedProgram> linked);
     static Stage stageOf(const ContextGL& gl, unsigned int name);
     void set(const Stage& stage, int location, int value) const noexcept;
 
     Stage _vertex;
-    Stage _fragment;
+    Stage _fragment;          ///< of a pipeline
     bool _isPipeline = false; ///< else one program has both stages, and is current during the draw
 };
 

@@ -9,6 +9,7 @@
 #include "objects/glnames.h"
 #include "objects/labels.h"
 #include "objects/linkedprogram.h"
+#include "objects/programaccess.h"
 #include "state/bindingstack.h"
 
 namespace Atelier::Vel {
@@ -74,6 +75,7 @@ struct Program::Data {
     BindingStack bindings;
     std::shared_ptr<ShareGroup> group;
     GLuint name = 0;
+    std::shared_ptr<const LinkedProgram> linked;
 
     ~Data() {
         if (group)
@@ -110,10 +112,20 @@ std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, con
         error = QStringLiteral("Linking: %1").arg(programLog(name));
         return nullptr;
     }
-    gl->group()->addLinkedProgram(name, LinkedProgram::of(name));
+    program->_data->linked = LinkedProgram::of(name);
+    gl->group()->addLinkedProgram(name, program->_data->linked);
     program->_data->group = gl->group();
     program->_data->name = name;
     return program;
+}
+
+unsigned int ProgramAccess::nameIn(const ContextGL& gl, const Program& program) {
+    const GLName* name = program._data->names.find(*gl.group());
+    return name ? name->value() : 0;
+}
+
+const std::shared_ptr<const LinkedProgram>& ProgramAccess::linked(const Program& program) {
+    return program._data->linked;
 }
 
 bool Program::bind() {

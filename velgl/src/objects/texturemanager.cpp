@@ -1,5 +1,6 @@
 #include <velgl/texturemanager.h>
 
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -16,12 +17,12 @@
 namespace Atelier::Vel {
 
 struct TextureManager::Data {
-    std::mutex mutex; // for all members; never held while a loader runs
+    std::mutex mutex; // for all members but `revision`; never held while a loader runs
     std::unordered_map<QRgb, std::unique_ptr<Texture>> colors;
     std::shared_ptr<const Loader> loader;
     bool isClientsLoader = false;
-    quint64 revision = 1;     // of the loader
-    QSet<QString> unreadable; // paths that were reported and are not tried again
+    std::atomic<quint64> revision{1}; // of the loader
+    QSet<QString> unreadable;         // paths that were reported and are not tried again
     QHash<quint64, QPointer<Texture>> filed;
 
     // Requires: `mutex` is locked.
@@ -98,7 +99,6 @@ Texture* TextureManager::texture(TextureToken token) const {
 }
 
 quint64 TextureManagerAccess::loaderRevision(const TextureManager& manager) {
-    const std::lock_guard lock(manager._data->mutex);
     return manager._data->revision;
 }
 

@@ -15,6 +15,11 @@ struct VertexArrayAccess {
     /// Binds the array, with the buffer of that name for its indices.
     /// Requires: prepare() has succeeded in the same context.
     static void bind(VertexArrayObject& vao, const ContextGL& gl, unsigned int indices) noexcept;
+
+    /// The same as VertexArrayObject::streams(), without a copy.
+    static const QVector<VertexArrayObject::Stream>& streams(const VertexArrayObject& vao);
+    /// Returns: what was given to VertexArrayObject::setIndexBuffer().
+    static const QSharedPointer<BufferObject>& indexBuffer(const VertexArrayObject& vao);
 };
 
 } // namespace Atelier::Vel

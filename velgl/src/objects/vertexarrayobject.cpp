@@ -6,6 +6,7 @@
 
 #include "context/currentcontext.h"
 #include "context/log.h"
+#include "objects/bufferaccess.h"
 #include "objects/glnames.h"
 #include "objects/objectrecord.h"
 #include "objects/scalartype.h"
@@ -70,9 +71,13 @@ struct VertexArrayObject::Data {
     ObjectRecord record{"Vertex array", GL_VERTEX_ARRAY};
 
     ContextArray* arrayIn(const ContextGL& gl);
-    std::vector<Attribute> attributes; // that the next configure() sets; keeps its memory
+    std::vector<ProgramInput> inputs;              // of the program below, one for each stream
+    std::shared_ptr<const LinkedProgram> inputsOf; // null when they have to be found again
+    int inputRevision = -1;                        // `revision` when they were found
+    std::vector<Attribute> attributes;             // that the next configure() sets; keeps its memory
 
-    void findAttributes(const DrawProgram& program);
+    void findInputs(const DrawProgram& program);
+    void findAttributes(const ContextGL& gl, const DrawProgram& program);
     void configure(ContextArray& array) const noexcept;
 };
 
@@ -91,13 +96,26 @@ ContextArray* VertexArrayObject::Data::arrayIn(const ContextGL& gl) {
     return &arrays.add({std::move(owned), {}, -1});
 }
 
-void VertexArrayObject::Data::findAttributes(const DrawProgram& program) {
+void VertexArrayObject::Data::findInputs(const DrawProgram& program) {
+    if (inputsOf && inputsOf == program.linked() && inputRevision == revision)
+        return;
+    inputsOf = nullptr;
+    inputs.clear();
+    for (const Stream& stream : qAsConst(streams))
+        inputs.push_back(program.input(stream.name));
+    inputsOf = program.linked();
+    inputRevision = revision;
+}
+
+void VertexArrayObject::Data::findAttributes(const ContextGL& gl, const DrawProgram& program) {
     attributes.clear();
     if (program.isNull())
         return;
+    findInputs(program);
+    auto nextInput = inputs.cbegin();
     for (const Stream& stream : qAsConst(streams)) {
-        const ProgramInput input = program.input(stream.name);
-        const unsigned int buffer = stream.buffer ? stream.buffer->name() : 0;
+        const ProgramInput input = *nextInput++;
+        const unsigned int buffer = stream.buffer ? BufferAccess::nameIn(gl, *stream.buffer) : 0;
         // A buffer is empty if the driver had no memory for it. Reading from it is undefined.
         if (input.location < 0 || buffer == 0 || stream.buffer->byteCount() == 0)
             continue;
@@ -168,7 +186,7 @@ bool VertexArrayAccess::prepare(VertexArrayObject& vao, const ContextGL& gl, con
     ContextArray* const array = vao._data->arrayIn(gl);
     if (!array)
         return false;
-    vao._data->findAttributes(program);
+    vao._data->findAttributes(gl, program);
     array->attributes.reserve(vao._data->attributes.size());
     return true;
 }
@@ -178,6 +196,14 @@ void VertexArrayAccess::bind(VertexArrayObject& vao, const ContextGL& gl, unsign
     glBindVertexArray(array.name.value());
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices);
     vao._data->configure(array);
+}
+
+const QVector<VertexArrayObject::Stream>& VertexArrayAccess::streams(const VertexArrayObject& vao) {
+    return vao._data->streams;
+}
+
+const QSharedPointer<BufferObject>& VertexArrayAccess::indexBuffer(const VertexArrayObject& vao) {
+    return vao._data->indices;
 }
 
 void VertexArrayObject::unbind() {
