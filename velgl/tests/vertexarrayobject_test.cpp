@@ -62,6 +62,21 @@ QColor drawn(Program& program, DrawBuffers& buffers) {
     return picture.pixels().pixelColor(1, 1);
 }
 
+// A program that OpenGL links without VelGL, with the attribute "value" at a location.
+GLuint otherProgram(int location) {
+    const QByteArray source = "#version 430 core\nlayout(location = " + QByteArray::number(location) +
+                              ") in vec3 value;\nvoid main() { gl_Position = vec4(value, 1.0); }\n";
+    const char* const text = source.constData();
+    const GLuint shader = glCreateShader(GL_VERTEX_SHADER);
+    glShaderSource(shader, 1, &text, nullptr);
+    glCompileShader(shader);
+    const GLuint program = glCreateProgram();
+    glAttachShader(program, shader);
+    glLinkProgram(program);
+    glDeleteShader(shader);
+    return program;
+}
+
 /// Returns: three vertices, each with the first `count` of `components`.
 template<typename Scalar>
 QVector<Scalar> verticesOf(const QVector<Scalar>& components, int count) {
@@ -326,6 +341,48 @@ TEST_P(VertexArrayObjectTest, AttributesFollowTheCurrentProgram) {
     EXPECT_EQ(drawn(*first, *buffers), QColor(Qt::red));
     EXPECT_EQ(drawn(*second, *buffers), QColor(Qt::magenta));
     EXPECT_EQ(drawn(*first, *buffers), QColor(Qt::red));
+}
+
+TEST_P(VertexArrayObjectTest, AttributesFollowEachProgramOfOtherCode) {
+    VertexArrayObject vao;
+    vao.registerBO(QStringLiteral("value"), bufferOf(threeTimes<float>(1, 2, 3)), 3, GL_FLOAT);
+    for (const int location : {1, 3, 1}) {
+        const GLuint program = otherProgram(location);
+        glUseProgram(program);
+        const AutoBinder binder(&vao);
+        for (const int other : {1, 3}) {
+            GLint isEnabled = -1;
+            glGetVertexAttribiv(GLuint(other), GL_VERTEX_ATTRIB_ARRAY_ENABLED, &isEnabled);
+            EXPECT_EQ(isEnabled, other == location ? GL_TRUE : GL_FALSE) << location;
+        }
+        glUseProgram(0);
+        glDeleteProgram(program);
+    }
+}
+
+TEST_P(VertexArrayObjectTest, SharedArrayHasTheIndicesOfTheLastDraw) {
+    const auto program = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto first = triangleOf(bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    const auto second = triangleOf(bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    second->setVAO(first->VAO());
+    for (DrawBuffers* buffers : {first.get(), second.get(), first.get()}) {
+        EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::red));
+        const AutoBinder binder(first->VAO().data());
+        GLint indices = 0;
+        glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &indices);
+        EXPECT_EQ(GLuint(indices), buffers->indexBuffer()->name());
+    }
+}
+
+TEST_P(VertexArrayObjectTest, StreamRegisteredAfterADrawIsReadByTheNext) {
+    const auto program = valueProgram("vec3", "vec4(value, 1.0)");
+    const auto buffers = triangleOf(bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    auto vao = QSharedPointer<VertexArrayObject>::create();
+    vao->registerBO(QStringLiteral("unread"), bufferOf(threeTimes<float>(0, 0, 1)), 3, GL_FLOAT);
+    buffers->setVAO(vao);
+    EXPECT_NE(drawn(*program, *buffers), QColor(Qt::red));
+    vao->registerBO(QStringLiteral("value"), bufferOf(threeTimes<float>(1, 0, 0)), 3, GL_FLOAT);
+    EXPECT_EQ(drawn(*program, *buffers), QColor(Qt::red));
 }
 
 TEST_P(VertexArrayObjectTest, SecondStreamOfANameReplacesTheFirst) {
