@@ -17,11 +17,13 @@ MODEL = {
     "streams": ["memory", "."],
     "geometry": ["memory", "streams"],
     "geometry/merging": ["geometry", "memory", "streams"],
+    "geometry/smoothing": ["geometry", "geometry/merging", "memory", "streams"],
     "geometry/triangulation": ["geometry", "memory", "streams"],
     "files": ["."],
     "textures": ["files", "."],
     "mesh": ["geometry", "geometry/merging", "geometry/triangulation", "streams", "memory", "."],
-    "drawdata": ["mesh", "geometry", "geometry/merging", "geometry/triangulation", "streams", "memory", "."],
+    "drawdata": ["mesh", "geometry", "geometry/merging", "geometry/smoothing", "geometry/triangulation", "streams", "memory",
+                 "."],
     "upload": ["textures", "drawdata", "mesh", "streams", "memory", "."],
     "builder": ["upload", "drawdata", "mesh", "streams", "memory", "."],
     "import/diagnostics": [],
@@ -30,7 +32,7 @@ MODEL = {
     "import/obj/simd": ["import/obj", "import/text"],
     "import/mtl": ["import/diagnostics", "import/text", "files", "mesh", "."],
     "import": ["import/diagnostics", "import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh",
-               "streams", "memory", "."],
+               "geometry/smoothing", "streams", "memory", "."],
 }
 MODEL_HEADERS = {
     "modeldatastream.h": "streams", "modeldataarray.h": "streams", "triangulation.h": "geometry", "loadprogress.h": "drawdata",
