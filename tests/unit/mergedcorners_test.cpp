@@ -81,6 +81,15 @@ TEST_F(MergedCornersTest, CornersBeforeTheirPositionAreRejected) {
     EXPECT_THAT(elements<quint32>(_merged->list()), ElementsAre(0, 1, 0, 2));
 }
 
+TEST_F(MergedCornersTest, GreatestNumberOfEachAttributeIsKnown) {
+    make(QSharedPointer<Testing::PlainStream>::create(kUnsignedInt, 0U));
+    EXPECT_TRUE(add({0, 1, 0}, {5, 9, 5}, 2));
+    EXPECT_TRUE(_merged->areNumbersBelow(kNames[0], 2));
+    EXPECT_FALSE(_merged->areNumbersBelow(kNames[0], 1));
+    EXPECT_TRUE(_merged->areNumbersBelow(kNames[1], 10));
+    EXPECT_FALSE(_merged->areNumbersBelow(kNames[1], 9));
+}
+
 TEST_F(MergedCornersTest, CornersAreUnmergedBlockByBlock) {
     std::mt19937 random(73);
     for (const quint32 count : {0U, 1U, 1023U, 1024U, 1025U, 5000U}) {

@@ -100,6 +100,27 @@ TEST_F(MeshFeedTest, NormalsOfTheTextAreKept) {
     EXPECT_THAT(valuesOf(kNormal), ElementsAre(0, 0, 1));
 }
 
+TEST_F(MeshFeedTest, AlignedNormalsLeaveOutTheCornersBeforeTheFirstOne) {
+    _feed.alignNormals();
+    feed(kTriangle + "vn 0 0 1\nvt 0 0\n");
+    feed("f 1//1 2//1 3//1\n");
+    _feed.finish();
+    EXPECT_THAT(indicesOf(kNormal), ElementsAre(kNoIndex, kNoIndex, kNoIndex, 0, 0, 0));
+    EXPECT_THAT(indicesOf(kTexCoord), ElementsAre(kNoIndex)) << "other attributes are not aligned";
+}
+
+TEST_F(MeshFeedTest, NextFaceCountsThoseThatAreNotYetInTheMesh) {
+    EXPECT_EQ(_feed.nextFace(), 0U);
+    feed(kTriangle + "f 3 2 1\n");
+    EXPECT_EQ(_feed.nextFace(), 2U);
+    _feed.useMaterial(QStringLiteral("red"));
+    EXPECT_EQ(_feed.nextFace(), 2U);
+    feed("f 1 2 3\n");
+    EXPECT_EQ(_feed.nextFace(), 3U);
+    _feed.flush();
+    EXPECT_EQ(_feed.nextFace(), 3U);
+}
+
 TEST_F(MeshFeedTest, FacesJoinTheGroupOfTheirMaterial) {
     addGroup("red");
     feed(kTriangle + "f 1 2 3\nusemtl red\nf 3 2 1\nusemtl <default>\nf 2 3 1\n");

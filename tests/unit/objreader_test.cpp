@@ -227,6 +227,22 @@ TEST_F(ObjReaderTest, OtherStatementsAreSkipped) {
     EXPECT_TRUE(read("o cube\ng a b\ns off\nl 1 2\np 1\nvp 0 0\ncurv2 1 2\nf1 2 3\nvnormal\n").empty());
 }
 
+TEST_F(ObjReaderTest, SmoothingLinesAreReadOnlyIfWanted) {
+    const QByteArray text = "s 1\nv 1 2 3\ns off # flat\nsmooth 1\n s\t2 3\nS 1\ns\n";
+    EXPECT_EQ(read(text).size(), 1U);
+    QFile file(path());
+    file.open(QIODevice::ReadOnly | QIODevice::Text);
+    QTextStream stream(&file);
+    ObjReader reader(&stream, {}, findWideParser(), ObjReader::SmoothingLines::Read);
+    const std::vector<Record> records = takeAll(reader);
+    std::vector<std::string> groups;
+    for (const Record& record : records)
+        if (record.kind == Kind::SmoothingGroup && record.ok)
+            groups.push_back(record.text.toStdString());
+    EXPECT_THAT(groups, ElementsAre("1", "off", "2", ""));
+    EXPECT_EQ(records.size(), 5U);
+}
+
 TEST_F(ObjReaderTest, BackslashDoesNotContinueALine) {
     const std::vector<Record> records = read("f 1 2 \\\n 3 4\nv 1 2 3\n");
     ASSERT_EQ(records.size(), 2u);

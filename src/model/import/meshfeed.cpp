@@ -51,10 +51,12 @@ void MeshFeed::addVertex(Attribute& attribute, FixedList<float, N>& values, cons
     values.size += components;
 }
 
-// Faces before the declaration add no indices to the attribute.
+// Faces before the declaration add no indices to the attribute, unless it is aligned.
 void MeshFeed::declare(Attribute& attribute) {
     flush();
     _mesh.attributes.create(attribute.name, attribute.components, kGlFloat, 0, 0);
+    if (&attribute == &_normal && _alignsNormals)
+        _mesh.attributes.omitCorners(attribute.name, _corners);
     attribute.declared = true;
 }
 

@@ -32,11 +32,18 @@ public:
     /// faces do not join it.
     void flush();
 
+    /// Counts the corners before the first normal as corners without a normal. Must be called before the
+    /// first record. Otherwise the indices of later corners go to the earlier ones, as those of other
+    /// attributes do.
+    void alignNormals() { _alignsNormals = true; }
+
     /// The number of corners added to the mesh so far.
     quint64 corners() const { return _corners; }
     /// The number of faces added so far, and the number of those whose group did not exist.
     quint64 faces() const { return _faces; }
     quint64 facesWithoutGroup() const { return _facesWithoutGroup; }
+    /// The number of the next face.
+    quint64 nextFace() const { return _faces + _run->cornerCounts.size - _joined; }
     /// Must be called at the end. Requests generated normals if the text has no normals.
     void finish();
 
@@ -62,6 +69,7 @@ private:
     Attribute _position;
     Attribute _normal;
     Attribute _texCoord;
+    bool _alignsNormals = false;
     size_t _joined = 0; ///< faces of the run that were added to their group
     quint64 _corners = 0;
     quint64 _faces = 0;

@@ -8,6 +8,7 @@
 
 #include <velmodel/modeldataarray.h>
 
+#include "geometry/allbelow.h"
 #include "glconstants.h"
 #include "mesh/mergedcorners.h"
 #include "streams/streamview.h"
@@ -150,6 +151,26 @@ void AttributeStore::addOrOmit(const CornerList& list, quint32 count) {
     const quint32 listed = count != 0 && !hasIndices(record) ? 1 : 0;
     append(*list.attribute, record, listed, list.indices);
     record.omitted += count - listed;
+}
+
+bool AttributeStore::areIndicesBelow(const QString& name, quint32 cornerCount, quint32 limit) const {
+    if (_merged)
+        return _merged->areNumbersBelow(name, limit);
+    const VertexAttribute record = _records.value(name);
+    const WordView list = WordView::of(record.streams[kIndices].data());
+    return list.count >= cornerCount && allBelow(list.words, cornerCount, limit);
+}
+
+WordView AttributeStore::listCorners(const QString& name, quint32 cornerCount) {
+    if (_mergesCorners)
+        unmerge();
+    VertexAttribute& record = _records[name];
+    listOmitted(name, record);
+    const quint64 listed = WordView::of(record.streams[kIndices].data()).count;
+    record.omitted = cornerCount - std::min<quint64>(listed, cornerCount);
+    listOmitted(name, record);
+    const WordView list = WordView::of(record.streams[kIndices].data());
+    return list.count < cornerCount ? WordView() : list;
 }
 
 QStringList AttributeStore::names() const {

@@ -14,6 +14,7 @@
 #include "mesh/cornerlist.h"
 #include "mesh/input.h"
 #include "mesh/streamsource.h"
+#include "streams/streamview.h"
 
 namespace Atelier::Vel {
 
@@ -61,6 +62,16 @@ public:
     /// corners are merged into one list as they arrive, as long as that saves work.
     /// Requires: the attributes exist and are those of the previous call.
     void addCorners(const CornerList* lists, std::size_t listCount, quint32 count);
+
+    /// The next `count` corners have no value in an attribute that exists.
+    void omitCorners(const QString& name, quint64 count) { _records[name].omitted += count; }
+    /// Whether each of `cornerCount` corners has an index below `limit` in an attribute that exists.
+    /// Cost: one pass over the tuples if corners were merged as they arrived, otherwise over the corners.
+    bool areIndicesBelow(const QString& name, quint32 cornerCount, quint32 limit) const;
+    /// The index list of an attribute that exists, with an entry for each of `cornerCount` corners: kNoIndex
+    /// for those without an index. Corners that were merged as they arrived are listed again by attribute.
+    /// Empty if the stream refuses the list.
+    WordView listCorners(const QString& name, quint32 cornerCount);
 
     /// The attributes by name. A reference from operator[] is valid until an attribute is added.
     QHash<QString, VertexAttribute>& records() { return _records; }

@@ -26,6 +26,10 @@ bool MergedCorners::add(quint32* const* numbers, quint32 count, quint64 values) 
     return true;
 }
 
+bool MergedCorners::areNumbersBelow(const QString& attribute, quint32 limit) const {
+    return _tuples->greatest(static_cast<std::size_t>(_attributes.indexOf(attribute))) < limit;
+}
+
 void MergedCorners::unmerge(int attribute,
                             const std::function<void(const quint32* numbers, quint64 count)>& take) const {
     std::array<quint32, IndexBlock::kSize> block;

@@ -31,6 +31,8 @@ public:
     bool isRefused() const { return _isRefused; }
     const QSharedPointer<ModelDataStream>& list() const { return _list; }
     const QStringList& attributes() const { return _attributes; }
+    /// Whether the value numbers of all corners in one of the attributes are below `limit`.
+    bool areNumbersBelow(const QString& attribute, quint32 limit) const;
     /// Calls `take` with the value numbers of all corners in one attribute, block by block.
     void unmerge(int attribute, const std::function<void(const quint32* numbers, quint64 count)>& take) const;
     /// The tuples of the list, with the attributes in the order of `names`. This object must not be used

@@ -23,8 +23,13 @@ std::string_view takePart(std::string_view& token) {
 
 } // namespace
 
-ObjReader::ObjReader(QTextStream* stream, const LineSourceOptions& options, WideParser* wideParser)
-    : _directory(QString()), _stream(stream), _lines(stream, options), _wideParser(wideParser) {
+ObjReader::ObjReader(QTextStream* stream, const LineSourceOptions& options, WideParser* wideParser,
+                     SmoothingLines smoothingLines)
+    : _directory(QString()),
+      _stream(stream),
+      _lines(stream, options),
+      _wideParser(wideParser),
+      _smoothingLines(smoothingLines) {
     _corners.reserve(kCornersReserved);
     next();
 }
@@ -81,6 +86,8 @@ ObjReader::Kind ObjReader::classify(std::string_view keyword) {
         return Kind::UseMaterial;
     if (keyword == "mtllib")
         return Kind::MaterialLibrary;
+    if (_smoothingLines == SmoothingLines::Read && keyword == "s")
+        return Kind::SmoothingGroup;
     return Kind::None;
 }
 
@@ -103,6 +110,7 @@ bool ObjReader::read() {
         _text = libraryPath(nextText());
         break;
     case Kind::UseMaterial:
+    case Kind::SmoothingGroup:
         _text = nextText();
         break;
     case Kind::End:

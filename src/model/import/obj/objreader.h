@@ -34,12 +34,17 @@ public:
         UseMaterial,     ///< "usemtl"
         End,             ///< after the last line
         None,            ///< no known line
+        SmoothingGroup,  ///< "s"
     };
+
+    /// Whether "s" lines are known.
+    enum class SmoothingLines { Skipped, Read };
 
     /// Advances to the first known line. `stream` must outlive the reader. next(ObjRun&) parses plain lines
     /// with `wideParser`, which may be null.
     explicit ObjReader(QTextStream* stream, const LineSourceOptions& options = {},
-                       WideParser* wideParser = findWideParser());
+                       WideParser* wideParser = findWideParser(),
+                       SmoothingLines smoothingLines = SmoothingLines::Skipped);
 
     /// Sets the directory for relative library names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
@@ -62,7 +67,8 @@ public:
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
     /// The number of bytes of the file read so far.
     qint64 bytesRead() const { return _lines.bytesRead(); }
-    /// The path of a material library, or the name of a material: the first word after the keyword.
+    /// The path of a material library, the name of a material, or a smoothing group: the first word after the
+    /// keyword.
     const QString& text() const { return _text; }
     /// All text after the keyword of the current line, without white space around it.
     QString rest() const { return _lines.text(_operands, _lines.end()).trimmed(); }
@@ -86,6 +92,7 @@ private:
     QTextStream* _stream;
     LineSource _lines;
     WideParser* _wideParser;
+    SmoothingLines _smoothingLines;
     const char* _operands = nullptr; ///< after the keyword of the current line
     const char* _unread = nullptr;   ///< after the last token that was read
     bool _ok = false;
