@@ -12,6 +12,7 @@ struct LoadDiagnostic {
         MatchedName,       ///< a name is more, or less, than the first word
         MapName,           ///< the file of a map is not named by the first word
         UnplacedFace,      ///< faces with a corner that has no position are dropped
+        MissingNormals,    ///< corners without a normal have generated ones: once for the whole file
     };
 
     Code code = Code::MissingLibrary;

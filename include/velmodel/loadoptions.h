@@ -4,6 +4,43 @@
 
 namespace Atelier::Vel {
 
+/// How normals are made for corners without one: all corners of a file without "vn" lines, and in other files
+/// the corners without a normal index. Normals in the file are never changed.
+///
+/// Generated normals point inwards: to the side from which a face is seen clockwise. The shader of a client
+/// has to expect that, or the client sets `outward`.
+struct NormalOptions {
+    enum class Kind {
+        /// In a file without "vn" lines, a vertex gets the sum of the normals of its triangles, each weighted
+        /// by the sine of the angle at the triangle's first corner, then normalised. Vertices with different
+        /// texture coordinates are different vertices, so a seam of the texture can be seen. In other files,
+        /// corners without a normal get zeros.
+        Defined,
+        /// The same sum over all triangles at a position, so that seams cannot be seen. Positions are equal
+        /// if their bytes are.
+        Smooth,
+        /// The sum of the normals of the faces at the corner's position that differ from the normal of its
+        /// own face by up to `creaseAngle`, each weighted by the angle of the face there. Sharper edges stay
+        /// sharp. At a position of more than 256 corners, similar normals are compared together.
+        Crease,
+        /// The same sum over the faces at the corner's position that belong to its smoothing group ("s").
+        /// Faces after "s off" or "s 0" and before the first "s" line are flat; "s on" is group 1.
+        SmoothingGroups,
+    };
+
+    Kind kind = Kind::Defined;
+    /// The maximum angle between the normals of two faces that Crease smooths, in degrees from 0 to 180, with
+    /// a tolerance of 0.1. A value that is not a number counts as 0.
+    float creaseAngle = 30;
+    /// Generated normals point to the side from which a face is seen counter-clockwise, as those of a file
+    /// usually do.
+    bool outward = false;
+
+    static NormalOptions smooth() { return {Kind::Smooth}; }
+    static NormalOptions crease(float degrees) { return {Kind::Crease, degrees}; }
+    static NormalOptions smoothingGroups() { return {Kind::SmoothingGroups}; }
+};
+
 /// The faults of a file that a load repairs, each off by default. What was repaired is in
 /// LoadReport::diagnostics.
 struct LoadRepairs {
@@ -24,6 +61,10 @@ struct LoadRepairs {
     bool joinContinuedLines = false;
     /// A face with a position that does not exist is dropped. Otherwise that corner lies in the origin.
     bool dropUnplacedFaces = false;
+    /// In a file with "vn" lines, a corner whose normal does not exist or that has no normal index gets a
+    /// normal: that of the load's NormalOptions; if they are Defined, that of NormalOptions::Kind::Smooth,
+    /// outwards. Otherwise the corner gets zeros if its normal does not exist, or if the options are Defined.
+    bool generateMissingNormals = false;
 };
 
 /// The options of a load. The defaults are what the functions without options do.
@@ -46,6 +87,8 @@ struct LoadOptions {
     /// sets "d" to 1 - Tr in a material without a "d" line. The first upload of such a material registers the
     /// layout.
     bool extendedMaterials = false;
+    /// The normals of corners for which the file has none.
+    NormalOptions normals;
 
     /// Options with all repairs, for programs that show whatever a file holds.
     VELMODEL_EXPORT static LoadOptions forgiving();

@@ -6,12 +6,13 @@
 
 namespace Atelier::Vel {
 
-/// The phases of making draw data, in their order. A phase that has no work is not reported.
+/// The phases of making draw data, in their order. A load makes normals before it merges if they are those of
+/// corners: see NormalOptions. A phase that has no work is not reported.
 enum class LoadPhase {
     Reading,       ///< the OBJ text; in bytes
     Merging,       ///< corners to vertices; in corners, for the search and once for each attribute
     Triangulating, ///< faces to triangles; in corners of the faces
-    MakingNormals, ///< smooth normals; in triangles
+    MakingNormals, ///< generated normals; in triangles and vertices, or in corners
     Optimising,    ///< see DrawData::optimised(); in triangle indices
 };
 

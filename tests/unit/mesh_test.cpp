@@ -116,6 +116,40 @@ TEST_P(MeshTest, CornersWithoutAValueAreListedWhenOneWithAValueFollows) {
                 ElementsAre(kNoIndex, kNoIndex, kNoIndex, kNoIndex, kNoIndex, 2, kNoIndex, 0));
 }
 
+TEST_P(MeshTest, CornersOfAnAttributeAreListedCompletely) {
+    addCorners({0, 1, 0}, {2, kNoIndex, 2});
+    addCorners({0, 2}, {kNoIndex, kNoIndex});
+    const WordView normals = mesh.attributes.listCorners(kNormal, 7);
+    EXPECT_EQ(mesh.attributes.mergedCorners(), nullptr);
+    EXPECT_THAT(std::vector<quint32>(normals.words, normals.words + normals.count),
+                ElementsAre(2, kNoIndex, 2, kNoIndex, kNoIndex, kNoIndex, kNoIndex));
+    EXPECT_THAT(listed(kPosition), ElementsAre(0, 1, 0, 0, 2));
+    EXPECT_EQ(mesh.attributes.listCorners(kPosition, 5).count, 5U);
+    EXPECT_EQ(mesh.attributes.listCorners(kPosition, 2).count, 5U) << "a longer list is kept";
+}
+
+TEST_P(MeshTest, OmittedCornersAreListedBeforeLaterOnes) {
+    mesh.attributes.addIndices(kPosition, 0, nullptr); // from here on, corners are listed
+    mesh.attributes.omitCorners(kNormal, 2);
+    addCorners({0, 1, 2}, {kNoIndex, 3, 1});
+    EXPECT_THAT(listed(kNormal), ElementsAre(kNoIndex, kNoIndex, kNoIndex, 3, 1));
+    EXPECT_THAT(listed(kPosition), ElementsAre(0, 1, 2));
+}
+
+TEST_P(MeshTest, IndicesAreBelowTheirLimitOnlyIfAllCornersHaveOne) {
+    addCorners({0, 1, 0}, {2, 3, 2});
+    EXPECT_TRUE(mesh.attributes.areIndicesBelow(kPosition, 3, 2));
+    EXPECT_FALSE(mesh.attributes.areIndicesBelow(kPosition, 3, 1));
+    EXPECT_TRUE(mesh.attributes.areIndicesBelow(kNormal, 3, 4));
+    EXPECT_FALSE(mesh.attributes.areIndicesBelow(kNormal, 3, 3));
+    mesh.attributes.addIndices(kPosition, 0, nullptr); // from here on, corners are listed
+    EXPECT_TRUE(mesh.attributes.areIndicesBelow(kNormal, 3, 4));
+    EXPECT_FALSE(mesh.attributes.areIndicesBelow(kNormal, 3, 3));
+    addCorners({0, 0}, {kNoIndex, kNoIndex});
+    EXPECT_FALSE(mesh.attributes.areIndicesBelow(kNormal, 5, 4)) << "omitted";
+    EXPECT_TRUE(mesh.attributes.areIndicesBelow(kPosition, 5, 2));
+}
+
 TEST_P(ConsumedMeshTest, MergedCornersAreListedWhenAnAttributeComesLater) {
     addCorners({0, 1, 0}, {2, 3, 2});
     ASSERT_NE(mesh.attributes.mergedCorners(), nullptr);
@@ -145,10 +179,13 @@ TEST_P(ConsumedMeshTest, ClearedMeshMergesAndCountsAsANewOne) {
     mesh.faces.add(2, counts);
     mesh.attributes.addIndices(kPosition, 1, &first);
     mesh.normalsAttribute = kNormal;
+    mesh.generatedNormals = {true, true, true};
     mesh.streams.refuse(kGroup);
     mesh.clear();
     EXPECT_TRUE(mesh.groups.isEmpty() && mesh.faces.isEmpty() && mesh.attributes.isEmpty());
     EXPECT_TRUE(mesh.normalsAttribute.isNull());
+    EXPECT_FALSE(mesh.generatedNormals.sharePositions || mesh.generatedNormals.outward ||
+                 mesh.generatedNormals.onlyMissing);
     EXPECT_THAT(mesh.streams.refused(), IsEmpty());
     mesh.faces.add(1, counts);
     EXPECT_EQ(mesh.faces.uniform().corners, 3U);

@@ -57,7 +57,7 @@ TEST_F(UnplacedFacesTest, GoWithTheirCornersAndNumbers) {
     face({0, 1, 2, 3}, "b");
     face({kNoIndex, 1, 2});
     face({1, 2, 3});
-    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 2u);
+    EXPECT_THAT(removeUnplacedFaces(_mesh, kPosition), ElementsAre(0, 2));
     EXPECT_THAT(indices(kPosition), ElementsAre(0, 1, 2, 3, 1, 2, 3));
     EXPECT_THAT(elements<quint32>(_mesh.faces.listed()), ElementsAre(4, 3));
     EXPECT_THAT(facesOf("a"), ElementsAre(1));
@@ -68,7 +68,7 @@ TEST_F(UnplacedFacesTest, NothingChangesWithoutThem) {
     positions(3);
     face({0, 1, 2});
     face({2, 1, 0});
-    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 0u);
+    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition).size(), 0u);
     EXPECT_THAT(indices(kPosition), ElementsAre(0, 1, 2, 2, 1, 0));
     EXPECT_EQ(_mesh.faces.uniform().count, 2u);
 }
@@ -81,7 +81,7 @@ TEST_F(UnplacedFacesTest, ShorterListLosesTheSameCorners) {
     face({0, 1, 3});
     face({0, 1, 2});
     face({0, 1, 2});
-    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 1u);
+    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition).size(), 1u);
     EXPECT_THAT(indices(kNormal), ElementsAre(5));
 }
 
@@ -92,7 +92,7 @@ TEST_F(UnplacedFacesTest, ListThatLosesAllKeepsOneEntry) {
     _mesh.attributes.addIndices(kNormal, 1, &normal);
     face({0, 1, 3});
     face({0, 1, 2});
-    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 1u);
+    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition).size(), 1u);
     EXPECT_THAT(indices(kNormal), ElementsAre(kNoIndex)) << "the mesh would be incomplete otherwise";
 }
 
@@ -102,7 +102,7 @@ TEST_F(UnplacedFacesTest, CornersBeyondTheListOfPositionsHaveNone) {
     const quint32 three = 3;
     _mesh.faces.add(1, &three);
     _mesh.groups.addFaceRun(QStringLiteral("a"), 1, 1);
-    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 1u);
+    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition).size(), 1u);
     EXPECT_THAT(facesOf("a"), ElementsAre(0));
 }
 

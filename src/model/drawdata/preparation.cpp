@@ -8,7 +8,9 @@
 
 #include "diagnostics.h"
 #include "geometry/normals.h"
+#include "geometry/smoothing/smoothnormals.h"
 #include "glconstants.h"
+#include "memory/scratchblock.h"
 #include "streams/streamview.h"
 
 namespace Atelier::Vel {
@@ -75,6 +77,8 @@ void Preparation::abandon() {
 }
 
 bool Preparation::makeNormals(const VertexAttribute& position, ProgressMeter& meter) {
+    if (_mesh.generatedNormals.onlyMissing)
+        return completeNormals(position, meter);
     const quint64 vertexCount = position.valueCount(kGPUValues);
     const QSharedPointer<ModelDataStream> values = _mesh.streams.make(kGlFloat, vertexCount * 3);
     const ByteView normals = ByteView::of(values.data());
@@ -83,18 +87,46 @@ bool Preparation::makeNormals(const VertexAttribute& position, ProgressMeter& me
         reportMissingStream(describeAttribute(_mesh.normalsAttribute));
         return false;
     }
-    const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
-    const WordView indices = WordView::of(_gpuIndices.data());
-    const auto triangles = static_cast<qint64>(indices.count / 3);
-    meter.begin(LoadPhase::MakingNormals, triangles);
-    generateVertexNormals(reinterpret_cast<const float*>(positions.bytes), positions.count / sizeof(float),
-                          indices.words, indices.count, static_cast<quint32>(vertexCount),
-                          reinterpret_cast<float*>(normals.bytes), meter.meter(triangles));
+    generateNormals(position, reinterpret_cast<float*>(normals.bytes), meter);
     VertexAttribute& record = _mesh.attributes[_mesh.normalsAttribute];
     record.streams[kGPUValues] = values;
     record.streams[kGPUIndices] = position.streams[kGPUIndices];
     record.components = 3;
     return true;
+}
+
+bool Preparation::completeNormals(const VertexAttribute& position, ProgressMeter& meter) {
+    const ByteView bytes = ByteView::of(_mesh.attributes[_mesh.normalsAttribute].streams[kGPUValues].data());
+    const quint64 vertexCount = position.valueCount(kGPUValues);
+    const ScratchBlock generated(vertexCount * 3 * sizeof(float), ScratchBlock::Content::Unspecified);
+    generateNormals(position, generated.as<float>(), meter);
+    auto* const normals = reinterpret_cast<quint32*>(bytes.bytes);
+    for (quint64 i = 0; i < std::min(vertexCount * 3, bytes.count / sizeof(float)); i += 3)
+        if (isMissingNormal(normals + i))
+            std::copy_n(generated.as<quint32>() + i, 3, normals + i);
+    return true;
+}
+
+void Preparation::generateNormals(const VertexAttribute& position, float* normals,
+                                  ProgressMeter& meter) const {
+    const ByteView positions = ByteView::of(position.streams[kGPUValues].data());
+    const WordView indices = WordView::of(_gpuIndices.data());
+    const auto vertexCount = static_cast<quint32>(position.valueCount(kGPUValues));
+    const TriangleList list = {reinterpret_cast<const float*>(positions.bytes),
+                               positions.count / sizeof(float), indices.words, indices.count, vertexCount};
+    const auto triangles = static_cast<qint64>(indices.count / 3);
+    const GeneratedNormals& options = _mesh.generatedNormals;
+    meter.begin(LoadPhase::MakingNormals, options.sharePositions ? triangles + vertexCount : triangles);
+    if (options.sharePositions)
+        generateSmoothNormals(list, normals, {_hashSeed, meter.meter(vertexCount), {}},
+                              meter.meter(triangles));
+    else
+        generateVertexNormals(list.positions, list.positionFloats, list.indices, list.indexCount, vertexCount,
+                              normals, meter.meter(triangles));
+    // Zero minus zero, unlike minus zero, is positive.
+    if (options.outward)
+        std::transform(normals, normals + quint64{vertexCount} * 3, normals,
+                       [](float value) { return 0.0F - value; });
 }
 
 DrawData Preparation::drawData(const QString& positionAttribute) {

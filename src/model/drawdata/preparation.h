@@ -72,6 +72,9 @@ private:
     QSharedPointer<ModelDataStream> makeTriangleStream(const TriangulationInput& input) const;
     void abandon();
     bool makeNormals(const VertexAttribute& position, ProgressMeter& meter);
+    bool completeNormals(const VertexAttribute& position, ProgressMeter& meter);
+    /// Writes three floats for each vertex to `normals`.
+    void generateNormals(const VertexAttribute& position, float* normals, ProgressMeter& meter) const;
 
     DrawData drawData(const QString& positionAttribute);
     DrawDataContent::Drawable drawable(quint64 drawKey);

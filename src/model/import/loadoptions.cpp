@@ -11,6 +11,7 @@ LoadOptions LoadOptions::forgiving() {
     repairs.parseMapOptions = true;
     repairs.joinContinuedLines = true;
     repairs.dropUnplacedFaces = true;
+    repairs.generateMissingNormals = true;
     return options;
 }
 

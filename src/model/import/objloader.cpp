@@ -19,9 +19,11 @@
 #include "import/diagnostics/diagnosticlog.h"
 #include "import/facegroups.h"
 #include "import/meshfeed.h"
+#include "import/missingnormals.h"
 #include "import/mtl/materialdefinitions.h"
 #include "import/mtl/materials.h"
 #include "import/obj/objreader.h"
+#include "import/smoothinggroups.h"
 #include "import/text/names.h"
 #include "memory/scratchblock.h"
 #include "mesh/mesh.h"
@@ -79,6 +81,11 @@ LineSourceOptions lineOptions(const LoadRepairs& repairs) {
     return options;
 }
 
+ObjReader::SmoothingLines smoothingLinesOf(const LoadOptions& options) {
+    return options.normals.kind == NormalOptions::Kind::SmoothingGroups ? ObjReader::SmoothingLines::Read
+                                                                        : ObjReader::SmoothingLines::Skipped;
+}
+
 /// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
@@ -90,8 +97,10 @@ public:
           _libraries(filesOf(_path, options), options, _materials, _diagnostics),
           _groups(_mesh.groups, _materials, _path),
           _stream(&file),
-          _reader(&_stream, lineOptions(options.repairs)),
+          _reader(&_stream, lineOptions(options.repairs), findWideParser(), smoothingLinesOf(options)),
           _feed(_mesh, _groups) {
+        if (completesNormals(options))
+            _feed.alignNormals();
         _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)),
                             -1, 0, defaultWhiteMaps());
         _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
@@ -117,6 +126,7 @@ private:
     bool loadLibraries(const QString& rest, QString& error);
     void removeUnplacedFaces();
     bool isTooLarge(QString& error) const;
+    void completeNormals(ProgressMeter& meter);
 
     QString _path;
     qint64 _fileSize;
@@ -130,6 +140,7 @@ private:
     QTextStream _stream;
     ObjReader _reader;
     MeshFeed _feed;
+    SmoothingGroups _smoothingGroups;
     quint64 _droppedFaces = 0;
     quint64 _unplacedFaces = 0;
     PreparationStatistics _statistics;
@@ -145,12 +156,11 @@ bool ObjImport::readText(ProgressMeter& meter, QString& error) {
             return false;
     }
     _feed.finish();
-    if (isTooLarge(error))
-        return false;
     meter.reach(_reader.bytesRead());
     if (_options.repairs.dropUnplacedFaces)
         removeUnplacedFaces();
-    return true;
+    completeNormals(meter);
+    return !isTooLarge(error);
 }
 
 bool ObjImport::isTooLarge(QString& error) const {
@@ -169,6 +179,8 @@ bool ObjImport::takeRecord(QString& error) {
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
         return _options.repairs.matchNames ? loadLibraries(_reader.rest(), error)
                                            : loadLibrary(_reader.text(), error);
+    } else if (_reader.kind() == ObjReader::Kind::SmoothingGroup) {
+        _smoothingGroups.begin(_feed.nextFace(), _reader.text());
     } else {
         _feed.addRecord(_reader);
     }
@@ -212,16 +224,27 @@ bool ObjImport::loadLibraries(const QString& rest, QString& error) {
 }
 
 void ObjImport::removeUnplacedFaces() {
-    const quint64 count = Vel::removeUnplacedFaces(_mesh, positionAttribute());
-    _unplacedFaces += count;
+    const std::vector<quint32> removed = Vel::removeUnplacedFaces(_mesh, positionAttribute());
+    const quint64 count = removed.size();
     if (count == 0)
         return;
+    _smoothingGroups.remove(removed);
+    _unplacedFaces = count;
     const auto describe = [&] {
         return count == 1
                    ? QStringLiteral("1 face has a corner without a position, and is dropped")
                    : QStringLiteral("%1 faces have a corner without a position, and are dropped").arg(count);
     };
     _diagnostics.add(Code::UnplacedFace, _path, QString(), describe, count);
+}
+
+void ObjImport::completeNormals(ProgressMeter& meter) {
+    const quint64 completed = Vel::completeNormals(_mesh, _options, _smoothingGroups, meter);
+    if (completed == 0 || !_options.repairs.generateMissingNormals)
+        return;
+    _diagnostics.add(Code::MissingNormals, _path, QString(), [&] {
+        return QStringLiteral("%1 corners have no normal, and get generated ones").arg(completed);
+    });
 }
 
 bool ObjImport::hasMesh() const {

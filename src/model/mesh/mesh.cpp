@@ -17,6 +17,7 @@ void Mesh::clear() {
     faces.clear();
     attributes.clear();
     normalsAttribute.clear();
+    generatedNormals = {};
     streams.forgetRefused();
 }
 

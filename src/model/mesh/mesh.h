@@ -7,6 +7,7 @@
 
 #include "mesh/attributestore.h"
 #include "mesh/facestore.h"
+#include "mesh/generatednormals.h"
 #include "mesh/groupstore.h"
 #include "mesh/input.h"
 #include "mesh/streamsource.h"
@@ -31,6 +32,7 @@ struct Mesh {
     FaceStore faces;
     AttributeStore attributes;
     QString normalsAttribute; ///< the attribute for generated smooth normals; null for none
+    GeneratedNormals generatedNormals;
 };
 
 } // namespace Atelier::Vel

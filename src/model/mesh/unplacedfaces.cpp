@@ -35,7 +35,7 @@ class Selection {
 public:
     Selection(std::vector<quint32> counts, const WordView& positions, quint32 positionCount);
 
-    quint64 removed() const { return _removed; }
+    std::vector<quint32> removed() const;
     void apply(FaceStore& faces) const;
     void apply(VertexAttribute& attribute) const;
     void apply(GroupFaces& faces) const;
@@ -58,6 +58,14 @@ Selection::Selection(std::vector<quint32> counts, const WordView& positions, qui
         _numbers[face] = isPlaced ? static_cast<quint32>(face) - _removed : kRemoved;
         _removed += isPlaced ? 0 : 1;
     }
+}
+
+std::vector<quint32> Selection::removed() const {
+    std::vector<quint32> faces;
+    for (std::size_t face = 0; face < _numbers.size(); ++face)
+        if (_numbers[face] == kRemoved)
+            faces.push_back(static_cast<quint32>(face));
+    return faces;
 }
 
 void Selection::apply(FaceStore& faces) const {
@@ -103,16 +111,16 @@ void Selection::apply(GroupFaces& faces) const {
 
 } // namespace
 
-quint64 removeUnplacedFaces(Mesh& mesh, const QString& positions) {
+std::vector<quint32> removeUnplacedFaces(Mesh& mesh, const QString& positions) {
     // Corners are merged only as long as all of them have a position.
     if (mesh.attributes.mergedCorners() != nullptr || !mesh.attributes.contains(positions))
-        return 0;
+        return {};
     const VertexAttribute& attribute = mesh.attributes[positions];
     const auto positionCount =
         static_cast<quint32>(std::min<quint64>(attribute.valueCount(kValues), kNoIndex));
     const WordView indices = WordView::of(attribute.streams[kIndices].data());
     if (indices.count == mesh.faces.cornerCount() && allAreBelow(indices.words, indices.count, positionCount))
-        return 0;
+        return {};
     const Selection selection(cornerCounts(mesh.faces), indices, positionCount);
     selection.apply(mesh.faces);
     for (VertexAttribute& record : mesh.attributes.records())
