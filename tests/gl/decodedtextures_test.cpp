@@ -160,6 +160,18 @@ TEST_F(DecodedTexturesTest, ResultOfEachPortionIsWhatStillWaits) {
     EXPECT_EQ(textures.handOver({kEverything.bytes, 1}), 0);
 }
 
+TEST_F(DecodedTexturesTest, ProgressCountsTheBytesThatStillWait) {
+    const QStringList paths = saveMany(3);
+    DecodedTextures textures = decoded({paths[0], paths[1]});
+    textures.handOver({kEverything.bytes, 1});
+    QList<qint64> bytes;
+    textures.decode(paths, [&](const DecodeStep& step) {
+        bytes << step.bytes;
+        return true;
+    });
+    EXPECT_EQ(bytes, QList<qint64>({64, 128}));
+}
+
 TEST_F(DecodedTexturesTest, HandOverLeavesTheStateOfTheClient) {
     DecodedTextures textures = decoded(saveMany(1));
     Texture clients(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);

@@ -104,6 +104,16 @@ TEST_F(TextureOptionsTest, AnisotropyIsSetInEachContextUpToTheMaximum) {
     }
 }
 
+// Drivers also limit it themselves.
+TEST_F(TextureOptionsTest, AnisotropyIsLimitedToWhatTheDriverReports) {
+    if (!hasExtension())
+        GTEST_SKIP() << "this driver has no anisotropic filter";
+    EntryPointLog log;
+    log.integers[GL_MAX_TEXTURE_MAX_ANISOTROPY] = 2;
+    ASSERT_NE(load({ColorSpace::Linear, 4}), nullptr);
+    EXPECT_TRUE(log.calls.contains(QStringLiteral("texParameteri de1 84fe 2")));
+}
+
 TEST_F(TextureOptionsTest, AnisotropyIsNotSetWithoutTheExtension) {
     EntryPointLog log;
     log.integers = {{GL_MAJOR_VERSION, 4}, {GL_MINOR_VERSION, 5}};

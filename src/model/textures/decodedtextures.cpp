@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <deque>
-#include <utility>
 
 #include <QtCore/QHash>
 
@@ -72,10 +71,10 @@ void DecodedTextures::Data::describe(DecodedTexture& decoded) const {
     decoded.texture->setReadOnly();
 }
 
-// The first call takes the image that was decoded, further ones read the file.
+// Fills the texture with the image that was decoded, and with that of the file after the hand-over.
 Texture::Refill DecodedTextures::Data::refillOf(const QString& path, const DecodedTexture& decoded) const {
     const auto read = [files = files, path, image = decoded.image] {
-        return image->isNull() ? readMaterialImage(files, path, largestSide) : std::exchange(*image, {});
+        return image->isNull() ? readMaterialImage(files, path, largestSide) : *image;
     };
     return refillFrom(read, options);
 }
