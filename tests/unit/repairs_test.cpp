@@ -384,6 +384,16 @@ TEST_F(RepairsTest, FacesWithoutAPositionAreDropped) {
     EXPECT_EQ(message(), "1 face has a corner without a position, and is dropped");
 }
 
+TEST_F(RepairsTest, SmoothingGroupsStayWithTheirFacesWhereOthersAreDropped) {
+    LoadOptions options = with({&LoadRepairs::dropUnplacedFaces});
+    options.normals = NormalOptions::smoothingGroups();
+    const QByteArray faces = "f 1 2 3\ns 2\nf 1 2 4\ns 3\nf 1 3 4\nf 2 3 4\n";
+    for (const char* start : {"s 1\n", "s 1\ns 2\n", "s 3\n"})
+        EXPECT_EQ(contentOf(read(kPositions + start + "f 1 2 9\n" + faces, options)),
+                  contentOf(read(kPositions + start + faces, options)))
+            << start;
+}
+
 TEST_F(RepairsTest, NothingIsLeftWhereNoFaceHasPositions) {
     const DrawData data = read(kPositions + "f 7 8 9\n", with({&LoadRepairs::dropUnplacedFaces}));
     EXPECT_TRUE(data.isEmpty());
