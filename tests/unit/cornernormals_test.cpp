@@ -137,6 +137,8 @@ TEST(CornerNormalsTest, CornersWithANormalStillAddTheirFace) {
     numbers[0] = kMissing;
     const CornerNormals made = makeCornerNormals(*cube, {91, true}, {numbers.data(), kMissing, 0}, {});
     expectDirection(at(made.normals, 0), cubeDiagonal(0));
+    EXPECT_EQ(made.normals.size(), 3U);
+    EXPECT_EQ(std::count(numbers.begin(), numbers.end(), 5U), 23) << "two of them at the same position";
 }
 
 TEST(CornerNormalsTest, SmoothPositionHasOneNormalForAllItsCorners) {
@@ -171,6 +173,26 @@ TEST(CornerNormalsTest, SumOfZeroGivesTheNormalOfTheFace) {
     const std::vector<float> normals = normalsOf(sheet, {180, true});
     expectDirection(at(normals, 0), {0, 0, 1});
     expectDirection(at(normals, 3), {0, 0, -1});
+}
+
+TEST(CornerNormalsTest, SumThatIsZeroExceptForRoundingGivesTheNormalOfTheFace) {
+    // Three sheets around the axis of z, 120 degrees apart.
+    std::vector<float> positions = {0, 0, 0, 0, 0, 1};
+    for (const double degrees : {10, 130, 250})
+        positions.insert(positions.end(),
+                         {float(std::cos(degrees / 180 * kPi)), float(std::sin(degrees / 180 * kPi)), 0});
+    TestFaces sheets(positions, {{0, 2, 1}, {0, 3, 1}, {0, 4, 1}});
+    const FaceDirections directions(*sheets, [](quint32) {});
+    const std::vector<float> normals = normalsOf(sheets, {180, true});
+    for (const quint32 corner : {0U, 3U, 6U})
+        expectDirection(at(normals, corner), directions.normalOf(corner));
+}
+
+TEST(CornerNormalsTest, HalfATurnSmoothsOppositeFaces) {
+    // The upper side has a right angle at the origin, the lower one half of it.
+    TestFaces sheets({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0}, {{0, 1, 2}, {0, 3, 1}});
+    expectDirection(at(normalsOf(sheets, {180, true}), 3), {0, 0, 1});
+    expectDirection(at(normalsOf(sheets, {179, true}), 3), {0, 0, -1});
 }
 
 TEST(CornerNormalsTest, NormalsAreFiniteForAnyPositions) {

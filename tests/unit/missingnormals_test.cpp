@@ -191,6 +191,8 @@ TEST_F(MissingNormalsTest, SmoothingGroupsAreThoseOfTheLastLine) {
                            {"s 1\n" + side + "s 2\n" + other, sideNormal},
                            {"s 1\n" + side + "s 2\ns 1\n" + other, sum},
                            {"s 7\n" + side + "s off\ns 7\n" + other, sum},
+                           {"s 1\n" + side + "usemtl <default>\ns 2\n" + other, sideNormal},
+                           {"s 1\n" + side + "usemtl <default>\n" + other, sum},
                            {"s 7\n" + side + "s 0\n" + other, sideNormal},
                            {"s 7\n" + side + "s off\n" + other, sideNormal},
                            {"s off\n" + side + other, sideNormal},
@@ -256,6 +258,16 @@ TEST_F(MissingNormalsTest, OutwardTurnsTheNormalsOfEveryKind) {
                     EXPECT_FALSE(normal[axis] == 0 && std::signbit(normal[axis]));
         }
     }
+}
+
+TEST_F(MissingNormalsTest, TurnedZerosArePositive) {
+    const QByteArray triangle = "v 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n";
+    for (const NormalOptions& options : {NormalOptions(), NormalOptions::smooth(), NormalOptions::crease(30),
+                                         NormalOptions::smoothingGroups()})
+        for (const DrawnCorner& corner : corners(triangle, outward(options))) {
+            EXPECT_EQ(corner.normal, QVector3D(0, 0, 1));
+            EXPECT_FALSE(std::signbit(corner.normal.x()) || std::signbit(corner.normal.y()));
+        }
 }
 
 const QByteArray kSquare = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
@@ -362,6 +374,8 @@ TEST_F(MissingNormalsTest, RepairLeavesCompleteFilesAndFilesWithoutNormalsAlone)
     EXPECT_THAT(normalsOf(repaired(complete)), Each(kOwn));
     EXPECT_THAT(_report.diagnostics, IsEmpty());
     EXPECT_THAT(normalsOf(repaired(kSquare + "f 1 2 3\n")), Each(-kUp)) << "as defined";
+    EXPECT_THAT(_report.diagnostics, IsEmpty());
+    EXPECT_THAT(normalsOf(repaired(kSquare + "f 1 2 3\n", NormalOptions::crease(30))), Each(-kUp));
     EXPECT_THAT(_report.diagnostics, IsEmpty());
     EXPECT_THAT(normalsOf(repaired(kSquare + "vn nan 0 0\nvn 0 0 0\nf 1//2 2//2 3//2\n")), Each(kZero));
     EXPECT_THAT(_report.diagnostics, IsEmpty());

@@ -203,8 +203,8 @@ public:
 
 private:
     qint64 add(const Direction& sum, const Direction& normalOfFace) {
-        // Below that, a sum of several normals of length 1 has no correct digits.
-        constexpr double kShortest = 1e-10;
+        // The normals of faces are floats of length 1, so that a shorter sum has no correct digits.
+        constexpr double kShortest = 1e-6;
         Direction normal = unitDirection(sum, kShortest);
         if (isZero(normal))
             normal = normalOfFace;

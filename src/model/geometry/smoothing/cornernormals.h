@@ -53,7 +53,8 @@ struct CornerNormals {
 /// With groups, the sum contains the faces of the same group. A face without a group is flat.
 ///
 /// A face without an area, or with a position that is not finite, adds nothing. Without groups its corners
-/// get the sum of all faces at their position. If a sum is zero, the corner gets the normal of its face.
+/// get the sum of all faces at their position. If a sum is shorter than 1e-6, the corner gets the normal
+/// of its face.
 /// Normals point to the side from which a face is seen clockwise, or if outward, counter-clockwise.
 ///
 /// `merging` is used to find equal positions. Its meter counts each corner about four times.
