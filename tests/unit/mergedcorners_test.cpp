@@ -144,6 +144,18 @@ TEST_F(MergedCornersTest, TuplesAreTakenInTheOrderOfTheNames) {
     EXPECT_EQ(tuples.substitutedCorners(1), 0U);
 }
 
+TEST_F(MergedCornersTest, SeveralAttributesMayUseTheSameNumbers) {
+    make(QSharedPointer<Testing::PlainStream>::create(kUnsignedInt, 0U));
+    ASSERT_TRUE(add({1, 0, 1}, {0, 0, 0}, 2));
+    const TestAttribute values(std::vector<unsigned char>(8), {}, 4);
+    const std::vector<CornerAttribute> attributes(3, values.view());
+    const TupleMerging tuples = _merged->take({kNames[1], kNames[0], kNames[0]}, attributes);
+    const std::vector<CornerAttribute> corners = tuples.tuples(attributes);
+    EXPECT_EQ(corners[0].valueOf(0), 0U);
+    EXPECT_EQ(corners[1].valueOf(0), 1U);
+    EXPECT_EQ(corners[2].indices, corners[1].indices);
+}
+
 // The tuples of one position form a chain: without a limit, time grows with the square of its length.
 TEST_F(MergedCornersTest, OnePositionWithManyNormalsIsNotMerged) {
     make(QSharedPointer<ModelDataArray>::create(kUnsignedInt));

@@ -128,6 +128,40 @@ TEST(TupleMergingTest, IsNotTriedWithoutAttributesWithoutListsOrWithTooManyAttri
     EXPECT_FALSE(isDone(std::vector<CornerAttribute>(7, attribute.view())));
 }
 
+TEST(TupleMergingTest, AttributesThatShareAListAddNoNumbers) {
+    std::mt19937 random(74);
+    for (const bool areValid : {true, false}) {
+        const std::vector<TestAttribute> lists = randomMesh(random, 2, 2000, areValid);
+        for (const std::size_t shared : {0U, 1U}) {
+            std::vector<CornerAttribute> all = views(lists);
+            all.insert(all.begin(), all[shared]);
+            const GuardedArray<quint32> out(2000);
+            const TupleMerging merging(all, 2000, out.data(), {});
+            const TupleMerging without(views(lists), 2000, out.data(), {});
+            ASSERT_TRUE(merging.isDone());
+            EXPECT_EQ(merging.tupleCount(), without.tupleCount());
+            const std::vector<CornerAttribute> tuples = merging.tuples(all);
+            EXPECT_EQ(tuples[0].indexStep, 2U) << "numbers per tuple";
+            EXPECT_EQ(tuples[0].indices, tuples[shared + 1].indices);
+            EXPECT_EQ(merging.substitutedCorners(0), without.substitutedCorners(shared));
+            for (const std::size_t i : {0U, 1U})
+                EXPECT_EQ(merging.substitutedCorners(i + 1), without.substitutedCorners(i));
+        }
+    }
+}
+
+TEST(TupleMergingTest, AListWithTwoNumbersOfValuesIsReadTwice) {
+    const TestAttribute list = attributeOf(4, {0, 1, 2, 3, 3, 2, 1, 0});
+    std::vector<CornerAttribute> all(2, list.view());
+    all[0].valueCount = 2;
+    const GuardedArray<quint32> out(8);
+    const TupleMerging merging(all, 8, out.data(), {});
+    ASSERT_TRUE(merging.isDone());
+    EXPECT_EQ(merging.tupleCount(), 4U);
+    EXPECT_EQ(merging.substitutedCorners(0), 4U);
+    EXPECT_EQ(merging.substitutedCorners(1), 0U);
+}
+
 /// Three attributes over 40,000 corners, nearly all of which use one value of the first, the pivot, and all
 /// pairs of values of the others.
 std::vector<TestAttribute> oneValueWithManyTuples() {

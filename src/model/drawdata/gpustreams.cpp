@@ -20,6 +20,7 @@ namespace Atelier::Vel {
 /// The attributes of one merging, in order, and the streams that hold the result.
 struct Preparation::StreamBuild {
     std::vector<QString> names;
+    std::vector<QString> listOwners; ///< the attributes that own the index lists
     std::vector<VertexAttribute*> records;
     std::vector<CornerAttribute> attributes;
     std::vector<QSharedPointer<ModelDataStream>> results;
@@ -119,8 +120,8 @@ void Preparation::buildGPUFriendlyStreams(bool mergeCorners, ProgressMeter& mete
     };
     const MergeOptions options{_hashSeed, meter.meter(cornerCount), {}};
     const VertexMerging merging =
-        merged ? VertexMerging(build.attributes, merged->take(build.names, build.attributes), cornerCount,
-                               target->entries(), options)
+        merged ? VertexMerging(build.attributes, merged->take(build.listOwners, build.attributes),
+                               cornerCount, target->entries(), options)
                : VertexMerging(build.attributes, cornerCount, target->entries(), options, otherTarget);
     if (indices.isNull() || lacksEntries(*indices, cornerCount))
         return reportMissingStream(QStringLiteral("the corner indices"));
@@ -187,7 +188,12 @@ bool Preparation::allHaveGPUStreams() const {
 
 Preparation::StreamBuild Preparation::collectInput(quint32 cornerCount) {
     StreamBuild build;
-    for (const QString& name : _mesh.attributes.names()) {
+    // The first of several attributes with the same number of values is the key of a merging. The owner of a
+    // list, such as the positions, separates vertices better than an attribute that shares it.
+    QStringList names = _mesh.attributes.names();
+    std::stable_partition(names.begin(), names.end(),
+                          [this](const QString& name) { return _mesh.attributes[name].listOwner.isNull(); });
+    for (const QString& name : qAsConst(names)) {
         VertexAttribute& record = _mesh.attributes[name];
         record.streams[kGPUValues].reset();
         record.streams[kGPUIndices].reset();
@@ -198,6 +204,7 @@ Preparation::StreamBuild Preparation::collectInput(quint32 cornerCount) {
         attribute.indices = indices.words;
         attribute.indexCount = std::min<quint64>(indices.count, cornerCount);
         build.names.push_back(name);
+        build.listOwners.push_back(record.listOwner.isNull() ? name : record.listOwner);
         build.records.push_back(&record);
         build.attributes.push_back(attribute);
     }

@@ -68,6 +68,16 @@ void AttributeStore::create(const QString& name, int components, unsigned int ty
         _streams.refuse(describeAttribute(name));
 }
 
+void AttributeStore::createAlongside(const QString& name, int components, unsigned int type,
+                                     const QString& listOwner) {
+    VertexAttribute record;
+    record.streams[kValues] = _streams.make(type, 0);
+    record.streams[kIndices] = _records[listOwner].streams[kIndices];
+    record.components = components;
+    record.listOwner = listOwner;
+    _records[name] = record;
+}
+
 void AttributeStore::addValues(const QString& name, quint64 count, const void* values, unsigned int type) {
     const auto record = _records.find(name);
     if (record == _records.end())

@@ -31,6 +31,8 @@ struct VertexAttribute {
     /// The number of corners at the end of the input that have no value and are not in the index list. Many
     /// faces have no index for an attribute, and a corner beyond the end of the list has no value either.
     quint64 omitted = 0;
+    /// The attribute whose index list this one shares; null if it has its own.
+    QString listOwner;
 
     /// The number of complete values in a stream; 0 if there is no stream.
     quint64 valueCount(StreamSlot slot) const;
@@ -53,6 +55,10 @@ public:
     /// same name.
     void create(const QString& name, int components, unsigned int type, quint64 valueCount,
                 quint64 indexCount);
+    /// The same without values, for an attribute that uses the index list of `listOwner`: its value k belongs
+    /// to value k of the owner. Corners are added to the owner only.
+    /// Requires: the owner exists, has its own list, and is not created again.
+    void createAlongside(const QString& name, int components, unsigned int type, const QString& listOwner);
     /// Does nothing if there is no such attribute or if it has another type.
     void addValues(const QString& name, quint64 count, const void* values, unsigned int type);
     /// Does nothing if there is no such attribute.

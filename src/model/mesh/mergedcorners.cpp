@@ -43,12 +43,12 @@ void MergedCorners::unmerge(int attribute,
     }
 }
 
-TupleMerging MergedCorners::take(const std::vector<QString>& names,
+TupleMerging MergedCorners::take(const std::vector<QString>& listOwners,
                                  const std::vector<CornerAttribute>& attributes) {
     std::vector<std::size_t> places;
-    std::transform(names.begin(), names.end(), std::back_inserter(places), [this](const QString& name) {
-        return static_cast<std::size_t>(_attributes.indexOf(name));
-    });
+    std::transform(
+        listOwners.begin(), listOwners.end(), std::back_inserter(places),
+        [this](const QString& owner) { return static_cast<std::size_t>(_attributes.indexOf(owner)); });
     const WordView corners = WordView::of(_list.data());
     return {attributes, std::move(_tuples), std::move(places), static_cast<quint32>(corners.count),
             corners.words};

@@ -35,9 +35,9 @@ public:
     bool areNumbersBelow(const QString& attribute, quint32 limit) const;
     /// Calls `take` with the value numbers of all corners in one attribute, block by block.
     void unmerge(int attribute, const std::function<void(const quint32* numbers, quint64 count)>& take) const;
-    /// The tuples of the list, with the attributes in the order of `names`. This object must not be used
-    /// afterwards.
-    TupleMerging take(const std::vector<QString>& names, const std::vector<CornerAttribute>& attributes);
+    /// The tuples of the list. `listOwners` has the name of one of attributes() for each of `attributes`: the
+    /// one whose value numbers it uses. This object must not be used afterwards.
+    TupleMerging take(const std::vector<QString>& listOwners, const std::vector<CornerAttribute>& attributes);
 
 private:
     QStringList _attributes;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <utility>
 
 #include "geometry/merging/indexblocks.h"
@@ -10,6 +9,31 @@
 namespace Atelier::Vel {
 
 namespace {
+
+bool haveSameNumbers(const CornerAttribute& a, const CornerAttribute& b) {
+    return a.indices == b.indices && a.indexStep == b.indexStep && a.indexCount == b.indexCount &&
+           a.valueCount == b.valueCount;
+}
+
+/// The first attribute with the same value numbers as `attribute`.
+std::size_t firstAlike(const std::vector<CornerAttribute>& attributes, const CornerAttribute& attribute) {
+    const auto first =
+        std::find_if(attributes.begin(), attributes.end(), [&attribute](const CornerAttribute& other) {
+            return haveSameNumbers(other, attribute);
+        });
+    return static_cast<std::size_t>(first - attributes.begin());
+}
+
+/// The attributes whose numbers make a tuple, the largest first. Attributes with the same list have the same
+/// numbers, so a tuple has them once.
+std::vector<std::size_t> attributesOfTuple(const std::vector<CornerAttribute>& attributes) {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < attributes.size(); ++i)
+        if (firstAlike(attributes, attributes[i]) == i)
+            result.push_back(i);
+    std::swap(result.front(), *std::find(result.begin(), result.end(), largestAttribute(attributes)));
+    return result;
+}
 
 /// Restores the value numbers of the first `count` corners in the list that was overwritten with tuples, if
 /// any.
@@ -37,11 +61,13 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
     : _places(attributes.size()) {
     if (!options.policy.mayNumberTuples(attributes, cornerCount))
         return;
-    const std::size_t pivot = largestAttribute(attributes);
-    std::iota(_places.begin(), _places.end(), std::size_t{0});
-    std::swap(_places[0], _places[pivot]);
-    auto tuples = IndexTupleTable::make(attributes.size());
-    tuples->raiseLimit(attributes[pivot].valueCount + 1);
+    const std::vector<std::size_t> read = attributesOfTuple(attributes);
+    std::transform(attributes.begin(), attributes.end(), _places.begin(), [&](const CornerAttribute& each) {
+        const auto place = std::find(read.begin(), read.end(), firstAlike(attributes, each));
+        return static_cast<std::size_t>(place - read.begin());
+    });
+    auto tuples = IndexTupleTable::make(read.size());
+    tuples->raiseLimit(attributes[read.front()].valueCount + 1);
     std::array<IndexBlock, MergePolicy::kMaxTuplePlaces> blocks;
     std::array<const quint32*, MergePolicy::kMaxTuplePlaces> numbers{};
     for (quint64 start = 0; start < cornerCount; start += IndexBlock::kSize) {
@@ -51,14 +77,14 @@ TupleMerging::TupleMerging(const std::vector<CornerAttribute>& attributes, quint
         }
         const auto first = static_cast<quint32>(start);
         const quint32 count = std::min(IndexBlock::kSize, cornerCount - first);
-        for (std::size_t i = 0; i < attributes.size(); ++i)
-            numbers[_places[i]] = blocks[i].read(attributes[i], first, count);
+        for (std::size_t place = 0; place < read.size(); ++place)
+            numbers[place] = blocks[place].read(attributes[read[place]], first, count);
         tuples->add(numbers.data(), count, tupleOfCorner + first);
         if (options.meter)
             options.meter(static_cast<int>(count));
     }
-    for (std::size_t i = 0; i < attributes.size(); ++i)
-        _substituted.push_back(blocks[i].substitutedCorners());
+    for (const std::size_t place : _places)
+        _substituted.push_back(blocks[place].substitutedCorners());
     _tuples = std::move(tuples);
     _tuples->finish();
 }
