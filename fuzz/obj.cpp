@@ -1,5 +1,5 @@
 // Compares the OBJ reader with its literal version: record by record and in runs by each parser, with large
-// and with tiny blocks.
+// and with tiny blocks, with and without colours.
 #include <cstddef>
 #include <cstdint>
 
@@ -30,10 +30,12 @@ std::vector<Testing::Record> read(QFile& file, const LineSourceOptions& limits) 
     return Testing::takeAll(reader);
 }
 
-Testing::Content readInRuns(QFile& file, const LineSourceOptions& limits, WideParser* wideParser) {
+Testing::Content readInRuns(QFile& file, const LineSourceOptions& limits, WideParser* wideParser,
+                            Testing::Colours colours) {
     QTextStream stream(&file);
     ObjReader reader(&stream, limits, wideParser);
     static ObjRun run;
+    run.takesColours = colours == Testing::Colours::Read;
     return Testing::contentInRuns(reader, run);
 }
 
@@ -51,12 +53,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     LineSourceOptions limits;
     if (size % 2 != 0)
         limits.blockBytes = 4 + static_cast<qint64>(size % 61);
+    const Testing::Colours colours = size % 3 == 0 ? Testing::Colours::Ignored : Testing::Colours::Read;
     const std::vector<Testing::Record> expected = readLiterally(file);
     Fuzzing::require(read(rewound(), limits) == expected, "records are those of the literal reader");
     // Null selects the portable parser.
     for (WideParser* const wideParser :
          {findAvx512Parser(), findSse41Parser(), static_cast<WideParser*>(nullptr)})
-        Fuzzing::require(readInRuns(rewound(), limits, wideParser) == Testing::contentOf(expected),
+        Fuzzing::require(readInRuns(rewound(), limits, wideParser, colours) ==
+                             Testing::contentOf(expected, colours),
                          "runs amount to the records of the literal reader");
     return 0;
 }

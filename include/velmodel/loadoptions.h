@@ -89,6 +89,13 @@ struct LoadOptions {
     bool extendedMaterials = false;
     /// The normals of corners for which the file has none.
     NormalOptions normals;
+    /// Whether the colours of vertices are read. A "v" line of six numbers has red, green and blue after the
+    /// position, and one of seven also has alpha; '#' at the start of a word begins a comment. A word is a
+    /// number if QString::toDouble() reads it. Any other line has no colour, and its vertex is white. The
+    /// values are not changed. They become the attribute "va_Color": four floats for each vertex if one has
+    /// alpha, else three, and no attribute if no vertex has a colour.
+    /// Cost: 12 or 16 bytes for each "v" line.
+    bool vertexColours = false;
 
     /// Options with all repairs, for programs that show whatever a file holds.
     VELMODEL_EXPORT static LoadOptions forgiving();

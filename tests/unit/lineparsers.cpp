@@ -61,6 +61,8 @@ void parse(const QByteArray& text, WideParser* wideParser, char around, ParsedLi
     const LaidOutText lines(text, around);
     ObjRun& run = *parsed.run;
     run.positions.size = run.normals.size = run.texCoords.size = run.cornerCounts.size = 0;
+    run.colours.size = 0;
+    run.colourComponents = 0;
     run.positionIndices.size = run.normalIndices.size = run.texCoordIndices.size = 0;
     parsed.counts = {1, 1, 1};
     const char* end = parsePlainLines(lines.begin(), lines.end(), parsed.counts, run, wideParser);

@@ -59,7 +59,7 @@ struct ParsedLines {
 };
 
 ParsedLines parse(const QByteArray& text, WideParser* wideParser, char around = '7');
-/// The same into what was made of an earlier text, which is forgotten.
+/// The same into what was made of an earlier text, which is forgotten. Reads colours if its run takes them.
 void parse(const QByteArray& text, WideParser* wideParser, char around, ParsedLines& parsed);
 
 } // namespace Atelier::Vel::Testing

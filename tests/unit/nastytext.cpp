@@ -149,6 +149,15 @@ QByteArray NastyText::name() {
 }
 
 // Lines as programs write them.
+QByteArray NastyText::plainColour() {
+    QByteArray text;
+    for (unsigned int i = below(2) == 0 ? 0 : 3 + below(2); i > 0; --i)
+        text +=
+            ' ' + (below(4) == 0 ? QByteArray::number(below(256))
+                                 : QByteArray::number(below(1000) / 999.0, 'f', static_cast<int>(below(13))));
+    return text;
+}
+
 QByteArray NastyText::plainLine() {
     const auto decimal = [this] {
         return QByteArray::number((static_cast<double>(below(2'000'000'001)) - 1e9) / 1e7, 'f',
@@ -160,7 +169,7 @@ QByteArray NastyText::plainLine() {
     };
     switch (below(5)) {
     case 0:
-        return "v " + decimal() + " " + decimal() + " " + decimal();
+        return "v " + decimal() + " " + decimal() + " " + decimal() + plainColour();
     case 1:
         return "vn " + decimal() + " " + decimal() + " " + decimal();
     case 2:

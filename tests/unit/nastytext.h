@@ -39,6 +39,8 @@ private:
     QByteArray number();
     QByteArray corner();
     QByteArray name();
+    /// Of some position lines.
+    QByteArray plainColour();
     QByteArray plainLine();
     QByteArray objLine();
     QByteArray mtlLine();

@@ -21,6 +21,7 @@ namespace {
 
 using Kind = ObjReader::Kind;
 using Testing::allParsers;
+using Testing::Colours;
 using Testing::Content;
 using Testing::contentInRuns;
 using Testing::contentOf;
@@ -58,12 +59,13 @@ protected:
         ObjReader reader(&stream, limits);
         return takeAll(reader);
     }
-    Content readInRuns(const LineSourceOptions& limits, WideParser* wideParser) {
+    Content readInRuns(const LineSourceOptions& limits, WideParser* wideParser, Colours colours) {
         QFile file(path());
         file.open(QIODevice::ReadOnly | QIODevice::Text);
         QTextStream stream(&file);
         ObjReader reader(&stream, limits, wideParser);
         const auto run = std::make_unique<ObjRun>();
+        run->takesColours = colours == Colours::Read;
         return contentInRuns(reader, *run);
     }
     std::vector<Record> readLiterally(const QByteArray& text) {
@@ -79,7 +81,10 @@ protected:
         for (const LineParser& parser : allParsers()) {
             WideParser* const wideParser = parser.find == nullptr ? nullptr : parser.find();
             const bool isThere = parser.find == nullptr || wideParser != nullptr;
-            ASSERT_TRUE(!isThere || readInRuns(limits, wideParser) == contentOf(expected)) << parser.name;
+            for (const Colours colours : {Colours::Ignored, Colours::Read})
+                ASSERT_TRUE(!isThere ||
+                            readInRuns(limits, wideParser, colours) == contentOf(expected, colours))
+                    << parser.name;
         }
     }
     void expectAsLiterally(const QByteArray& text, std::initializer_list<qint64> blockSizes = {kBlockBytes}) {

@@ -1,6 +1,8 @@
 #include "objrecords.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Atelier::Vel::Testing {
 
@@ -16,6 +18,8 @@ void append(std::vector<quint32>& bits, const void* items, size_t count) {
 void append(Content& content, const Record& record) {
     switch (record.kind) {
     case ObjReader::Kind::Position:
+        append(content.colours, record.colour.values, ObjColour::kSize);
+        content.colourComponents = std::max(content.colourComponents, record.colour.components);
         return append(content.positions, record.values.data(), 3);
     case ObjReader::Kind::Normal:
         return append(content.normals, record.values.data(), 3);
@@ -42,23 +46,33 @@ void take(FixedList<T, N>& list, std::vector<quint32>& bits) {
     list.size = 0;
 }
 
+void forgetColours(Content& content) {
+    content.colours.clear();
+    content.colourComponents = 0;
+}
+
 } // namespace
 
-std::array<quint32, 3> Record::valueBits() const {
-    std::array<quint32, 3> bits;
-    std::memcpy(bits.data(), values.data(), sizeof bits);
+std::array<quint32, 7> Record::valueBits() const {
+    std::array<quint32, 7> bits;
+    std::memcpy(bits.data(), values.data(), sizeof values);
+    std::memcpy(bits.data() + values.size(), colour.values, sizeof colour.values);
     return bits;
 }
 
-Content contentOf(const std::vector<Record>& records) {
+Content contentOf(const std::vector<Record>& records, Colours colours) {
     Content content;
     for (const Record& record : records)
         append(content, record);
+    if (colours == Colours::Ignored)
+        forgetColours(content);
     return content;
 }
 
 void take(ObjRun& run, Content& content) {
     take(run.positions, content.positions);
+    take(run.colours, content.colours);
+    content.colourComponents = std::max(content.colourComponents, std::exchange(run.colourComponents, 0));
     take(run.normals, content.normals);
     take(run.texCoords, content.texCoords);
     take(run.cornerCounts, content.cornerCounts);
@@ -76,6 +90,8 @@ Content contentInRuns(ObjReader& reader, ObjRun& run) {
             append(content, takeRecord(reader));
     }
     take(run, content);
+    if (!run.takesColours)
+        forgetColours(content);
     return content;
 }
 

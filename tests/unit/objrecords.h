@@ -18,15 +18,17 @@ struct Record {
     ObjReader::Kind kind = ObjReader::Kind::None;
     bool ok = false;
     std::array<float, 3> values{};
+    ObjColour colour;                            ///< of a position
     std::vector<std::array<quint32, 3>> corners; ///< position, texture coordinate, normal
     QString text;
 
     // Compares values by their bits, so that zeros have signs and a NaN equals itself.
     friend bool operator==(const Record& a, const Record& b) {
         return a.kind == b.kind && a.ok == b.ok && a.corners == b.corners && a.text == b.text &&
-               a.valueBits() == b.valueBits();
+               a.valueBits() == b.valueBits() && a.colour.components == b.colour.components;
     }
-    std::array<quint32, 3> valueBits() const;
+    /// Of the values and the colour.
+    std::array<quint32, 7> valueBits() const;
     friend void PrintTo(const Record& record, std::ostream* out) {
         *out << static_cast<int>(record.kind) << (record.ok ? " ok " : " failed ") << record.values[0] << ' '
              << record.values[1] << ' ' << record.values[2] << ' ' << record.corners.size() << " corners '"
@@ -40,6 +42,8 @@ Record takeRecord(Reader& reader) {
     record.ok = reader.read();
     record.kind = reader.kind();
     std::copy_n(reader.values(), 3, record.values.begin());
+    if (record.kind == ObjReader::Kind::Position)
+        record.colour = reader.colour();
     if (record.kind == ObjReader::Kind::Face && record.ok)
         for (int i = 0; i < reader.cornerCount(); ++i)
             record.corners.push_back(
@@ -60,6 +64,8 @@ std::vector<Record> takeAll(Reader& reader) {
 /// What a text amounts to, kind by kind, and what it says between its faces.
 struct Content {
     std::vector<quint32> positions; ///< the bits of the numbers
+    std::vector<quint32> colours;   ///< four per position, if they are read
+    int colourComponents = 0;       ///< the maximum of all positions, if colours are read
     std::vector<quint32> normals;
     std::vector<quint32> texCoords;
     std::vector<quint32> cornerCounts;
@@ -70,10 +76,11 @@ struct Content {
     size_t dropped = 0;
 
     friend bool operator==(const Content& a, const Content& b) {
-        return a.positions == b.positions && a.normals == b.normals && a.texCoords == b.texCoords &&
-               a.cornerCounts == b.cornerCounts && a.positionIndices == b.positionIndices &&
-               a.normalIndices == b.normalIndices && a.texCoordIndices == b.texCoordIndices &&
-               a.switches == b.switches && a.dropped == b.dropped;
+        return a.positions == b.positions && a.colours == b.colours &&
+               a.colourComponents == b.colourComponents && a.normals == b.normals &&
+               a.texCoords == b.texCoords && a.cornerCounts == b.cornerCounts &&
+               a.positionIndices == b.positionIndices && a.normalIndices == b.normalIndices &&
+               a.texCoordIndices == b.texCoordIndices && a.switches == b.switches && a.dropped == b.dropped;
     }
     friend void PrintTo(const Content& content, std::ostream* out) {
         *out << content.positions.size() << " v " << content.normals.size() << " vn "
@@ -82,10 +89,13 @@ struct Content {
     }
 };
 
-Content contentOf(const std::vector<Record>& records);
+enum class Colours { Ignored, Read };
+
+Content contentOf(const std::vector<Record>& records, Colours colours = Colours::Ignored);
 /// Moves the contents of a run to the end of the content.
 void take(ObjRun& run, Content& content);
-/// Through runs, the way that a loader takes it. `run`, which is large, is empty before and after.
+/// Through runs, the way that a loader takes it. `run`, which is large, is empty before and after. Colours
+/// are read if it takes them.
 Content contentInRuns(ObjReader& reader, ObjRun& run);
 
 } // namespace Atelier::Vel::Testing

@@ -44,13 +44,15 @@ std::vector<quint32> bitsOf(const FixedList<T, N>& list) {
 std::vector<std::vector<quint32>> bitsOf(const ParsedLines& parsed) {
     const ObjRun& run = *parsed.run;
     return {bitsOf(run.positions),
+            bitsOf(run.colours),
             bitsOf(run.normals),
             bitsOf(run.texCoords),
             bitsOf(run.cornerCounts),
             bitsOf(run.positionIndices),
             bitsOf(run.texCoordIndices),
             bitsOf(run.normalIndices),
-            {parsed.counts.positions, parsed.counts.normals, parsed.counts.texCoords}};
+            {static_cast<quint32>(run.colourComponents), parsed.counts.positions, parsed.counts.normals,
+             parsed.counts.texCoords}};
 }
 
 void expectSame(const ParsedLines& a, const ParsedLines& b, const QByteArray& text) {

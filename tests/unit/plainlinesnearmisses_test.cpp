@@ -1,6 +1,7 @@
 // Lines that are plain except for one byte: compares every parser with the literal reader.
 
 #include <memory>
+#include <vector>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QByteArrayList>
@@ -20,6 +21,7 @@ namespace Atelier::Vel {
 namespace {
 
 using Testing::allParsers;
+using Testing::Colours;
 using Testing::Content;
 using Testing::contentInRuns;
 using Testing::contentOf;
@@ -29,6 +31,7 @@ using Testing::nameOf;
 using Testing::nativeParsers;
 using Testing::parse;
 using Testing::ParsedLines;
+using Testing::Record;
 using Testing::scaledStep;
 using Testing::takeAll;
 
@@ -43,6 +46,10 @@ const QByteArrayList kVertexLines = {
     "v 1.0 2.0 3.0 1.0",
     "v -0.000000 1234567.12345678 0.123456789012",
     "v 12345.678 0.1 9.0\r",
+    "v 1.0 -2.0 3.0 0.5 0.25 -1.0",
+    "v 1 2 3 1 0 0.5 \r",
+    "v 0.123456 1.5 -2.0 0.501961 0.501961 -0.501961 1.0\r",
+    "v -123456.654321 -123456.654321 0.5 0 255 -1 0.25",
     "v 1.0 2.0 3 \r",
     "vn 0.0 -0.5 1.0",
     "vn 0 1 0.25\r",
@@ -108,24 +115,33 @@ QByteArray face(const QByteArray& corner, int corners, int digits) {
     return line;
 }
 
-Content readLiterally(const QByteArray& text) {
+Content readLiterally(const QByteArray& text, Colours colours) {
     QTextStream stream(text, QIODevice::ReadOnly | QIODevice::Text);
     LiteralObjReader reader(&stream);
-    return contentOf(takeAll(reader));
+    return contentOf(takeAll(reader), colours);
 }
 
 class NearMissTest : public LineParserTest {
 protected:
-    /// Expects that what the parser takes of a text is what the literal reader reads there, and counts it.
+    NearMissTest() { _coloured.run->takesColours = true; }
+
+    /// Expects that what the parser takes of a text is what the literal reader reads there, and counts it,
+    /// with and without colours.
     void expectAsLiterally(const QByteArray& text, char around = '7') {
-        ParsedLines& parsed = _parsed;
+        static const Content kFirst = readLiterally(kFirstLines, Colours::Ignored);
+        expectAsLiterally(text, around, _parsed, kFirst, Colours::Ignored);
+        static const Content kFirstColoured = readLiterally(kFirstLines, Colours::Read);
+        if (text.startsWith('v') && !HasFatalFailure())
+            expectAsLiterally(text, around, _coloured, kFirstColoured, Colours::Read);
+    }
+    void expectAsLiterally(const QByteArray& text, char around, ParsedLines& parsed, const Content& first,
+                           Colours colours) {
         parse(text, _wideParser, around, parsed);
         ASSERT_TRUE(parsed.taken == 0 || text[parsed.taken - 1] == '\n') << text.toStdString();
-        static const Content kFirst = readLiterally(kFirstLines);
-        Content content = kFirst;
+        Content content = first;
         take(*parsed.run, content);
         const Content expected =
-            parsed.taken == 0 ? kFirst : readLiterally(kFirstLines + text.left(parsed.taken));
+            parsed.taken == 0 ? first : readLiterally(kFirstLines + text.left(parsed.taken), colours);
         ASSERT_EQ(content, expected) << text.toStdString();
         ASSERT_EQ(parsed.counts.positions, content.positions.size() / 3) << text.toStdString();
         ASSERT_EQ(parsed.counts.normals, content.normals.size() / 3) << text.toStdString();
@@ -155,6 +171,7 @@ protected:
 
 private:
     ParsedLines _parsed;
+    ParsedLines _coloured;
 };
 
 class LinePlaceTest : public NearMissTest {};
@@ -200,6 +217,9 @@ TEST_P(NearMissTest, DecimalsOfEveryLengthReadAsLiterally) {
                 for (const QByteArray& sign : {QByteArray(), QByteArray("-")})
                     for (const QByteArray& line :
                          {"v " + sign + one + ' ' + other + ' ' + other,
+                          "v 1.0 " + sign + one + " 3.0 0.5 0.5 0.5",
+                          "v 1.0 2.0 3.0 " + sign + one + ' ' + other + ' ' + sign + one,
+                          "v 1.0 2.0 3.0 0.5 " + other + " 0.5 " + sign + one,
                           "vn " + other + ' ' + sign + one + ' ' + other,
                           "v " + other + ' ' + other + ' ' + sign + one, "vt " + sign + one + ' ' + other,
                           "vt " + other + ' ' + sign + one})
@@ -224,7 +244,7 @@ TEST_P(LinePlaceTest, LinesReadTheSameAtAnyPlace) {
         const QByteArray before =
             "f" + QByteArray(" 1").repeated(shift / 2 - 1) + (shift % 2 == 0 ? "\n" : "2\n");
         ASSERT_EQ(before.size(), shift);
-        const Content content = readLiterally(before);
+        const Content content = readLiterally(before, Colours::Ignored);
         for (const QByteArray& line : kVertexLines + kFaceLines)
             forEachNearMiss(line + '\n', " /1\r", [&](const QByteArray& nearMiss) {
                 if (!HasFatalFailure())
@@ -246,16 +266,18 @@ TEST_P(NearMissTest, FilesOfNearMissesReadAsLiterally) {
     ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
     QTextStream literalStream(&file);
     LiteralObjReader literalReader(&literalStream);
-    const Content expected = contentOf(takeAll(literalReader));
-    for (const qint64 blockBytes : {1000, 1024, 256 * 1024}) {
-        file.seek(0);
-        QTextStream stream(&file);
-        LineSourceOptions limits;
-        limits.blockBytes = blockBytes;
-        ObjReader reader(&stream, limits, _wideParser);
-        const std::unique_ptr<ObjRun> run(new ObjRun);
-        EXPECT_EQ(contentInRuns(reader, *run), expected) << blockBytes;
-    }
+    const std::vector<Record> records = takeAll(literalReader);
+    for (const Colours colours : {Colours::Ignored, Colours::Read})
+        for (const qint64 blockBytes : {1000, 1024, 256 * 1024}) {
+            file.seek(0);
+            QTextStream stream(&file);
+            LineSourceOptions limits;
+            limits.blockBytes = blockBytes;
+            ObjReader reader(&stream, limits, _wideParser);
+            const std::unique_ptr<ObjRun> run(new ObjRun);
+            run->takesColours = colours == Colours::Read;
+            EXPECT_EQ(contentInRuns(reader, *run), contentOf(records, colours)) << blockBytes;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(Parsers, NearMissTest, testing::ValuesIn(allParsers()), nameOf);

@@ -85,6 +85,16 @@ TEST_F(UnplacedFacesTest, ShorterListLosesTheSameCorners) {
     EXPECT_THAT(indices(kNormal), ElementsAre(5));
 }
 
+TEST_F(UnplacedFacesTest, SharedListLosesItsCornersOnce) {
+    positions(3);
+    _mesh.attributes.createAlongside(QStringLiteral("va_Color"), 3, kGlFloat, kPosition);
+    face({0, 1, 3});
+    face({2, 1, 0});
+    face({1, 2, 0});
+    EXPECT_EQ(removeUnplacedFaces(_mesh, kPosition), 1u);
+    EXPECT_THAT(indices(kPosition), ElementsAre(2, 1, 0, 1, 2, 0));
+}
+
 TEST_F(UnplacedFacesTest, ListThatLosesAllKeepsOneEntry) {
     positions(3);
     _mesh.attributes.create(kNormal, 3, kGlFloat, 0, 0);

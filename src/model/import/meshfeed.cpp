@@ -17,7 +17,8 @@ MeshFeed::MeshFeed(Mesh& mesh, FaceGroups& groups)
       _run(new ObjRun),
       _position{QStringLiteral("va_Vertex"), 3},
       _normal{QStringLiteral("va_Normal"), 3},
-      _texCoord{QStringLiteral("va_TexCoord"), 2} {}
+      _texCoord{QStringLiteral("va_TexCoord"), 2},
+      _colours(mesh, _position.name) {}
 
 ObjRun& MeshFeed::run() {
     if (_run->isFull())
@@ -28,7 +29,7 @@ ObjRun& MeshFeed::run() {
 void MeshFeed::addRecord(const ObjReader& reader) {
     switch (reader.kind()) {
     case ObjReader::Kind::Position:
-        return addVertex(_position, _run->positions, reader.values());
+        return addPosition(reader);
     case ObjReader::Kind::Normal:
         return addVertex(_normal, _run->normals, reader.values());
     case ObjReader::Kind::TexCoord:
@@ -38,6 +39,12 @@ void MeshFeed::addRecord(const ObjReader& reader) {
     default:
         return;
     }
+}
+
+void MeshFeed::addPosition(const ObjReader& reader) {
+    addVertex(_position, _run->positions, reader.values());
+    if (_run->takesColours)
+        _run->addColour(reader.colour());
 }
 
 template<size_t N>
@@ -96,6 +103,7 @@ void MeshFeed::flush() {
     _mesh.faces.add(_run->cornerCounts.size, _run->cornerCounts.items);
     _run->cornerCounts.size = 0;
     flushValues(_position, _run->positions);
+    _colours.take(*_run);
     flushValues(_normal, _run->normals);
     flushValues(_texCoord, _run->texCoords);
     flushCorners();

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include "import/obj/objrun.h"
+#include "import/vertexcolours.h"
 
 namespace Atelier::Vel {
 
@@ -19,6 +20,9 @@ class MeshFeed {
 public:
     /// The arguments must outlive the feed.
     MeshFeed(Mesh& mesh, FaceGroups& groups);
+
+    /// Adds colours of "v" lines as well. Must be called before the first record is added.
+    void takeColours() { _run->takesColours = true; }
 
     /// A run that is not full, for adding records directly. A vertex line may be added directly only after
     /// another one of its kind was added by addRecord().
@@ -55,6 +59,7 @@ private:
     };
 
     void declare(Attribute& attribute);
+    void addPosition(const ObjReader& reader);
     void addFace(const ObjReader& reader);
     template<size_t N>
     void addVertex(Attribute& attribute, FixedList<float, N>& values, const float* operands);
@@ -70,6 +75,7 @@ private:
     Attribute _normal;
     Attribute _texCoord;
     bool _alignsNormals = false;
+    VertexColours _colours;
     size_t _joined = 0; ///< faces of the run that were added to their group
     quint64 _corners = 0;
     quint64 _faces = 0;

@@ -99,6 +99,8 @@ public:
           _stream(&file),
           _reader(&_stream, lineOptions(options.repairs), findWideParser(), smoothingLinesOf(options)),
           _feed(_mesh, _groups) {
+        if (options.vertexColours)
+            _feed.takeColours();
         if (completesNormals(options))
             _feed.alignNormals();
         _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)),

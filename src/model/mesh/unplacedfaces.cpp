@@ -124,7 +124,8 @@ std::vector<quint32> removeUnplacedFaces(Mesh& mesh, const QString& positions) {
     const Selection selection(cornerCounts(mesh.faces), indices, positionCount);
     selection.apply(mesh.faces);
     for (VertexAttribute& record : mesh.attributes.records())
-        selection.apply(record);
+        if (record.listOwner.isNull())
+            selection.apply(record);
     for (MaterialGroup& group : mesh.groups.records())
         selection.apply(group.faces);
     return selection.removed();

@@ -77,6 +77,25 @@ bool LiteralObjReader::read() {
     return _ok = _stream->status() == QTextStream::Ok;
 }
 
+ObjColour LiteralObjReader::colour() const {
+    QVector<float> numbers;
+    for (const QString& token : _tokens.mid(1)) {
+        if (token.startsWith(QLatin1Char('#')))
+            break;
+        bool isNumber = false;
+        token.toDouble(&isNumber);
+        if (!isNumber)
+            return {};
+        numbers.append(token.toFloat());
+    }
+    ObjColour colour;
+    if (numbers.size() != 6 && numbers.size() != 7)
+        return colour;
+    std::copy(numbers.begin() + 3, numbers.end(), colour.values);
+    colour.components = numbers.size() - 3;
+    return colour;
+}
+
 bool LiteralObjReader::readFace() {
     if (_stream->status() != QTextStream::Ok)
         return false;

@@ -21,6 +21,7 @@ public:
     bool read();
     Kind kind() const { return _kind; }
     const float* values() const { return _values; }
+    ObjColour colour() const;
     int cornerCount() const { return _corners.size(); }
     ObjCorner corner(int i) const { return _corners.at(i); }
     const QString& text() const { return _text; }

@@ -1,5 +1,7 @@
 #include "import/obj/objreader.h"
 
+#include <iterator>
+
 #include "import/text/numbers.h"
 
 namespace Atelier::Vel {
@@ -120,15 +122,14 @@ bool ObjReader::read() {
     return _ok = _stream->status() == QTextStream::Ok;
 }
 
-// The next token; empty after the last one.
-std::string_view ObjReader::nextToken() {
+std::string_view ObjReader::takeToken(const char*& unread) const {
     const char* end = _lines.end();
-    while (_unread != end && isSpace(*_unread))
-        ++_unread;
-    const char* first = _unread;
-    while (_unread != end && !isSpace(*_unread))
-        ++_unread;
-    return {first, static_cast<size_t>(_unread - first)};
+    while (unread != end && isSpace(*unread))
+        ++unread;
+    const char* first = unread;
+    while (unread != end && !isSpace(*unread))
+        ++unread;
+    return {first, static_cast<size_t>(unread - first)};
 }
 
 QString ObjReader::nextText() {
@@ -136,12 +137,33 @@ QString ObjReader::nextText() {
     return _lines.text(token.data(), token.data() + token.size());
 }
 
-float ObjReader::nextFloat() {
-    const std::string_view token = nextToken();
+float ObjReader::toFloat(std::string_view token, bool* isNumber) const {
     float value = 0.0F;
     if (parseFloat(token.data(), token.data() + token.size(), value))
         return value;
-    return _lines.text(token.data(), token.data() + token.size()).toFloat();
+    const QString text = _lines.text(token.data(), token.data() + token.size());
+    // QString::toFloat() reports failure for doubles beyond the range of floats.
+    if (isNumber != nullptr)
+        text.toDouble(isNumber);
+    return text.toFloat();
+}
+
+ObjColour ObjReader::colour() const {
+    constexpr size_t kPosition = 3;
+    float numbers[kPosition + ObjColour::kSize];
+    size_t count = 0;
+    const char* unread = _operands;
+    for (;;) {
+        const std::string_view token = takeToken(unread);
+        if (token.empty() || token.front() == '#')
+            return count < kPosition ? ObjColour() : ObjColour(numbers + kPosition, count - kPosition);
+        bool isNumber = true;
+        if (count == std::size(numbers))
+            return {};
+        numbers[count++] = toFloat(token, &isNumber);
+        if (!isNumber)
+            return {};
+    }
 }
 
 bool ObjReader::readFace() {

@@ -63,6 +63,9 @@ public:
     Kind kind() const { return _kind; }
     /// x, y and z of a vertex line. A line without z leaves the previous z unchanged.
     const float* values() const { return _values; }
+    /// The colour of a "v" line. It has one if it consists of six or seven words that QString::toDouble()
+    /// reads, and a comment that begins with a word.
+    ObjColour colour() const;
     int cornerCount() const { return static_cast<int>(_corners.size()); }
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
     /// The number of bytes of the file read so far.
@@ -80,8 +83,11 @@ public:
 private:
     void nextLine();
     bool isAtBlockEnd() const { return _lines.wholeLinesBegin() == _lines.wholeLinesEnd(); }
-    std::string_view nextToken();
-    float nextFloat();
+    std::string_view nextToken() { return takeToken(_unread); }
+    /// The token after `unread`, which is moved behind it; empty after the last one.
+    std::string_view takeToken(const char*& unread) const;
+    float toFloat(std::string_view token, bool* isNumber = nullptr) const;
+    float nextFloat() { return toFloat(nextToken()); }
     QString nextText();
     bool toIndex(std::string_view number, quint32 count, quint32& index) const;
     bool readCorner(std::string_view token);

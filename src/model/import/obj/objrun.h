@@ -19,6 +19,24 @@ struct FixedList {
     void push(T item) { items[size++] = item; }
 };
 
+/// The colour of a "v" line. A line of six numbers has red, green and blue after its position, and a line of
+/// seven numbers also has alpha. Other lines have no colour and count as white.
+struct ObjColour {
+    static constexpr size_t kSize = 4;
+
+    float values[kSize] = {1.0F, 1.0F, 1.0F, 1.0F};
+    int components = 0; ///< that the line has: 0, 3 or 4
+
+    ObjColour() = default;
+    /// `count` is the number of numbers after the position.
+    ObjColour(const float* numbers, size_t count) {
+        if (count != 3 && count != kSize)
+            return;
+        std::copy_n(numbers, count, values);
+        components = static_cast<int>(count);
+    }
+};
+
 /// Records of an OBJ file that were read and not yet added to a mesh: one list per kind, in file order.
 struct ObjRun {
     // Enough records to make adding them cheap, and few enough to stay in the nearest caches.
@@ -36,6 +54,10 @@ struct ObjRun {
     FixedList<quint32, kCorners> normalIndices;
     FixedList<quint32, kCorners> texCoordIndices;
 
+    bool takesColours = false;                             ///< whether colours are read
+    FixedList<float, ObjColour::kSize * kRecords> colours; ///< if so, four per "v" line
+    int colourComponents = 0;                              ///< the maximum of these lines
+
     /// The number of lines that fit, if they are any vertex lines or faces of up to kPlainCorners corners.
     size_t lineCapacityLeft() const {
         return std::min({positions.freeCapacity() / 3, normals.freeCapacity() / 3,
@@ -43,6 +65,12 @@ struct ObjRun {
                          positionIndices.freeCapacity() / kPlainCorners});
     }
     bool isFull() const { return lineCapacityLeft() == 0; }
+
+    void addColour(const ObjColour& colour) {
+        std::copy_n(colour.values, ObjColour::kSize, colours.items + colours.size);
+        colours.size += ObjColour::kSize;
+        colourComponents = std::max(colourComponents, colour.components);
+    }
 
     /// Adds the face whose corners were written after the end of the corner lists.
     void addFace(size_t corners) {

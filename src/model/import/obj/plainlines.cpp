@@ -129,15 +129,46 @@ private:
     const char* _last;
 };
 
+template<size_t Count>
+bool takeDecimals(PlainLine& line, float* values) {
+    for (size_t i = 0; i < Count; ++i)
+        if (!line.takeBlanks() || !line.takeDecimal(values[i]))
+            return false;
+    return true;
+}
+
 template<size_t Count, size_t N>
 bool takeVertex(PlainLine& line, FixedList<float, N>& values) {
-    float* const operands = values.items + values.size;
-    for (size_t i = 0; i < Count; ++i)
-        if (!line.takeBlanks() || !line.takeDecimal(operands[i]))
-            return false;
-    if (!line.takeRest())
+    if (!takeDecimals<Count>(line, values.items + values.size) || !line.takeRest())
         return false;
     values.size += Count;
+    return true;
+}
+
+bool takeColour(PlainLine& line, ObjColour& colour) {
+    float numbers[ObjColour::kSize];
+    size_t count = 0;
+    while (!line.isAtEnd()) {
+        if (!line.takeBlanks())
+            return false;
+        if (line.isAtEnd())
+            break;
+        if (count == ObjColour::kSize || !line.takeDecimal(numbers[count++]))
+            return false;
+    }
+    colour = ObjColour(numbers, count);
+    return true;
+}
+
+bool takePosition(PlainLine& line, ObjRun& run) {
+    if (!run.takesColours)
+        return takeVertex<3>(line, run.positions);
+    ObjColour colour;
+    if (!takeDecimals<3>(line, run.positions.items + run.positions.size) || !takeColour(line, colour) ||
+        !line.takeRest())
+        return false;
+    run.positions.size += 3;
+    run.addColour(colour);
     return true;
 }
 
@@ -178,7 +209,7 @@ bool takeFace(PlainLine& line, const ObjLineCounts& counts, ObjRun& run) {
 bool takeVertexLine(PlainLine& line, ObjLineCounts& counts, ObjRun& run) {
     switch (*line.at()) {
     case ' ':
-        return counts.positions != 0 && takeVertex<3>(line, run.positions) && ++counts.positions != 0;
+        return counts.positions != 0 && takePosition(line, run) && ++counts.positions != 0;
     case 'n':
         line.skip(1);
         return counts.normals != 0 && takeVertex<3>(line, run.normals) && ++counts.normals != 0;

@@ -22,8 +22,9 @@ WideParser* findWideParser();
 
 /// Parses plain OBJ lines into `run` and counts them, until it finds a line that is not plain or the run is
 /// full. Plain lines are "v", "vn" and "vt" lines of short decimals after another line of their kind, and "f"
-/// lines of up to ObjRun::kPlainCorners corners with short numbers. Their tokens are separated by blanks. The
-/// result is the same as that of an ObjReader for these lines. `wideParser` may be null.
+/// lines of up to ObjRun::kPlainCorners corners with short numbers. Their tokens are separated by blanks. If
+/// the run takes colours, a plain "v" line has three to seven decimals and nothing else. The result is the
+/// same as that of an ObjReader for these lines. `wideParser` may be null.
 ///
 /// Requires: `first` to `last` are complete lines, each with its line feed, and the bytes around them are
 /// readable as in a LineSource, see LineSource::kPadding.

@@ -191,15 +191,16 @@ struct Decimals {
 
 /// The lowest bit of the two bytes of each decimal.
 template<size_t Count>
-constexpr Bits kEachLength = Count == 2 ? 0x0001'0001 : 0x0001'0001'0001;
+constexpr Bits kEachLength = 0x0001'0001'0001'0001 >> (64 - 16 * Count);
 
 /// Finds decimals in the usual form: all have a point, they are separated by one blank, and the last one is
-/// at the end of its line. Returns: false if they have another form.
+/// at the first place in `end`. Returns: false if they have another form.
 template<size_t Count>
-VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& constants, Decimals& decimals) {
-    constexpr unsigned int kBits = 16 * Count;                       // two bytes per decimal
-    constexpr Bits kShape = Count == 2 ? 0x2E'202E : 0x2E'202E'202E; // ". . .", read backwards
-    constexpr Bits kBlanks = Count == 2 ? 0b0010 : 0b001010;
+VELMODEL_STEP bool findUsualDecimals(const Window& window, Bits end, const Constants& constants,
+                                     Decimals& decimals) {
+    constexpr unsigned int kBits = 16 * Count;                   // two bytes per decimal
+    constexpr Bits kShape = 0x2E'202E'202E'202E >> (64 - kBits); // ". . . .", read backwards
+    constexpr Bits kBlanks = 0b10101010 & ((1 << (2 * Count - 1)) - 1);
     constexpr Bits kLengths = kEachLength<Count> * 0x0101;
     const Bits minuses = _mm512_cmpeq_epi8_mask(window.text, constants.minuses);
     const Bits stops = _mm512_mask_cmpneq_epi8_mask(window.stops, window.text, constants.minuses);
@@ -208,7 +209,7 @@ VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& cons
     const auto shape = static_cast<Bits>(_mm_cvtsi128_si64(_mm512_castsi512_si128(characters)));
     const auto ends = static_cast<Bits>(_mm_cvtsi128_si64(_mm512_castsi512_si128(places)));
     const Bits starts = _pdep_u64(kBlanks, stops) << 1 | 1;
-    const Bits line = window.lineEnds ^ (window.lineEnds - 1); // up to the end
+    const Bits line = end ^ (end - 1); // up to the end
     decimals.signs = _pext_u64(minuses, starts);
     // The distances between the stops, excluding the stops themselves and the signs.
     decimals.lengths = _bzhi_u64(ends - (ends << 8) - (0x0101010101010101 - 1), kBits) -
@@ -216,7 +217,7 @@ VELMODEL_STEP bool findUsualDecimals(const Window& window, const Constants& cons
     const Bits empty = (decimals.lengths - kLengths) & (kLengths << 7);
     const Bits lastStop = _bzhi_u64(ends, kBits) >> (kBits - 8);
     return ((_bzhi_u64(shape, kBits - 8) ^ kShape) | (minuses & line & ~starts) | empty |
-            (lastStop ^ firstOf(window.lineEnds))) == 0;
+            (lastStop ^ firstOf(end))) == 0;
 }
 
 /// Finds decimals with or without a point. Anything may follow the last one.
@@ -290,19 +291,45 @@ VELMODEL_STEP const double* powerFor(const Decimals& decimals, unsigned int numb
     return kPowersOfTen + (decimals.lengths >> (16 * number + 8) & 0xFF);
 }
 
+/// Writes the values of decimals `number` and `number` + 1.
+VELMODEL_STEP void storeTwo(const __m128i& first, const __m128i& second, const Decimals& decimals,
+                            unsigned int number, const __m128& signs, float* values) {
+    const __m128d powers =
+        _mm_loadh_pd(_mm_load_sd(powerFor(decimals, number)), powerFor(decimals, number + 1));
+    const __m128 two = _mm_cvtpd_ps(_mm_div_pd(toDoubles(_mm_unpacklo_epi64(first, second)), powers));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(values + number), _mm_castps_si128(_mm_or_ps(two, signs)));
+}
+
+VELMODEL_STEP __m128 loadSigns(Bits signs) {
+    return _mm_load_ps(reinterpret_cast<const float*>(kSigns[signs]));
+}
+
 template<size_t Count>
 VELMODEL_STEP void storeValues(const __m512i& mantissas, const Decimals& decimals, float* values) {
-    const __m128i first = _mm512_castsi512_si128(mantissas);
-    const __m128i second = _mm512_extracti32x4_epi32(mantissas, 1);
-    const __m128d powers = _mm_loadh_pd(_mm_load_sd(powerFor(decimals, 0)), powerFor(decimals, 1));
-    const __m128 two = _mm_cvtpd_ps(_mm_div_pd(toDoubles(_mm_unpacklo_epi64(first, second)), powers));
-    const __m128 signs = _mm_load_ps(reinterpret_cast<const float*>(kSigns[decimals.signs]));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(values), _mm_castps_si128(_mm_or_ps(two, signs)));
+    const __m128 signs = loadSigns(Count == 4 ? decimals.signs & 3 : decimals.signs);
+    storeTwo(_mm512_castsi512_si128(mantissas), _mm512_extracti32x4_epi32(mantissas, 1), decimals, 0, signs,
+             values);
     if constexpr (Count == 3) {
         const __m128d third = toDoubles(_mm512_extracti32x4_epi32(mantissas, 2));
         const __m128 one = _mm_cvtpd_ps(_mm_div_sd(third, _mm_load_sd(powerFor(decimals, 2))));
         _mm_store_ss(values + 2, _mm_or_ps(one, _mm_movehl_ps(signs, signs)));
     }
+    if constexpr (Count == 4)
+        storeTwo(_mm512_extracti32x4_epi32(mantissas, 2), _mm512_extracti32x4_epi32(mantissas, 3), decimals,
+                 2, loadSigns(decimals.signs >> 2), values);
+}
+
+/// Converts decimals and writes their values. Returns: false if one has too many digits.
+template<size_t Count>
+VELMODEL_STEP bool takeValues(const Window& window, const Decimals& decimals, const Constants& constants,
+                              float* values) {
+    const Bits digitCounts = (decimals.lengths + (decimals.lengths >> 8)) & kEachLength<Count> * 0xFF;
+    const Bits tooMany =
+        (digitCounts + kEachLength<Count> * (0x7F - kMaxDecimalDigits)) & kEachLength<Count> << 7;
+    if (tooMany != 0)
+        return false;
+    storeValues<Count>(mantissasOf(window, constants, digitCounts), decimals, values);
+    return true;
 }
 
 /// Parses a vertex line; `at` is after the keyword and a blank. Returns: the next line; null if the line is
@@ -315,17 +342,66 @@ VELMODEL_STEP const char* takeVertex(const char* at, const Constants& constants,
     const Window window(at, constants);
     Decimals decimals;
     if (lineCount == 0 || window.lineEnds == 0 ||
-        (!findUsualDecimals<Count>(window, constants, decimals) && !findDecimals<Count>(window, decimals)))
+        (!findUsualDecimals<Count>(window, window.lineEnds, constants, decimals) &&
+         !findDecimals<Count>(window, decimals)))
         return nullptr;
     // Any characters left before the line end are operands that are ignored.
     const char* const next = lineBehind(at + firstOf(window.lineEnds));
-    const Bits digitCounts = (decimals.lengths + (decimals.lengths >> 8)) & kEachLength<Count> * 0xFF;
-    const Bits tooMany =
-        (digitCounts + kEachLength<Count> * (0x7F - kMaxDecimalDigits)) & kEachLength<Count> << 7;
-    if (next == nullptr || tooMany != 0)
+    if (next == nullptr || !takeValues<Count>(window, decimals, constants, values.items + values.size))
         return nullptr;
-    storeValues<Count>(mantissasOf(window, constants, digitCounts), decimals, values.items + values.size);
     values.size += Count;
+    ++lineCount;
+    return next;
+}
+
+/// Parses decimals up to the first place in `end`. Returns: false if they are not plain.
+template<size_t Count>
+VELMODEL_STEP bool takeDecimals(const Window& window, Bits end, const Constants& constants, float* values) {
+    Decimals decimals;
+    return (findUsualDecimals<Count>(window, end, constants, decimals) ||
+            findDecimals<Count>(window, decimals)) &&
+           takeValues<Count>(window, decimals, constants, values);
+}
+
+/// Parses the colour in the rest of a "v" line. Returns: the next line; null if the line is not plain.
+VELMODEL_STEP const char* takeColour(const char* at, const Constants& constants, ObjColour& colour) {
+    const Window window(at, constants);
+    const Bits line = window.lineEnds ^ (window.lineEnds - 1);
+    const unsigned int numbers = countOf(findAll(window.text, ' ') & line) + 1;
+    Decimals ignored;
+    bool isPlain = false;
+    if (numbers == 3)
+        isPlain = takeDecimals<3>(window, window.lineEnds, constants, colour.values);
+    else if (numbers == 4)
+        isPlain = takeDecimals<4>(window, window.lineEnds, constants, colour.values);
+    else if (numbers < 3)
+        isPlain = numbers == 1 ? findDecimals<1>(window, ignored) : findDecimals<2>(window, ignored);
+    colour.components = numbers < 3 ? 0 : static_cast<int>(numbers);
+    return isPlain && window.lineEnds != 0 ? lineBehind(at + firstOf(window.lineEnds)) : nullptr;
+}
+
+/// The same as takeVertex() for a "v" line and its colour.
+VELMODEL_STEP const char* takeColouredPosition(const char* at, const Constants& constants, ObjRun& run,
+                                               quint32& lineCount) {
+    while (*at == ' ')
+        ++at;
+    const Window window(at, constants);
+    const Bits blanks = findAll(window.text, ' ');
+    const Bits third = _pdep_u64(0b100, blanks);
+    const Bits line = window.lineEnds ^ (window.lineEnds - 1);
+    ObjColour colour;
+    if ((third & line) == 0) {
+        const char* const next = takeVertex<3>(at, constants, run.positions, lineCount);
+        if (next != nullptr)
+            run.addColour(colour);
+        return next;
+    }
+    float* const position = run.positions.items + run.positions.size;
+    const char* const next = takeColour(at + firstOf(third) + 1, constants, colour);
+    if (lineCount == 0 || next == nullptr || !takeDecimals<3>(window, third, constants, position))
+        return nullptr;
+    run.positions.size += 3;
+    run.addColour(colour);
     ++lineCount;
     return next;
 }
@@ -501,12 +577,15 @@ VELMODEL_STEP const char* takeFace(const char* at, const Constants& constants, O
     return nullptr;
 }
 
+template<bool TakesColours>
 VELMODEL_STEP const char* takeLine(const char* first, const Constants& constants, ObjLineCounts& counts,
                                    ObjRun& run, CornerTasks& tasks) {
     if (first[1] == ' ' && first[0] == 'f')
         return takeFace(first + 2, constants, run, tasks);
     if (first[0] != 'v')
         return nullptr;
+    if (first[1] == ' ' && TakesColours)
+        return takeColouredPosition(first + 2, constants, run, counts.positions);
     if (first[1] == ' ')
         return takeVertex<3>(first + 2, constants, run.positions, counts.positions);
     if (first[2] != ' ')
@@ -517,13 +596,14 @@ VELMODEL_STEP const char* takeLine(const char* first, const Constants& constants
 }
 
 /// Parses some lines; none if the first line is not plain. Returns: the first line that was not parsed.
+template<bool TakesColours>
 VELMODEL_AVX512 const char* takeLines(const char* first, const char* last, ObjLineCounts& counts,
                                       ObjRun& run) {
     const Constants constants;
     CornerTasks tasks;
     size_t lines = std::min(run.lineCapacityLeft(), CornerTasks::kLines);
     for (; lines != 0 && first != last && tasks.hasCapacity(); --lines) {
-        const char* const next = takeLine(first, constants, counts, run, tasks);
+        const char* const next = takeLine<TakesColours>(first, constants, counts, run, tasks);
         if (next == nullptr)
             break;
         first = next;
@@ -541,7 +621,8 @@ const char* parseLines(const char* first, const char* last, ObjLineCounts& count
     const char* next = first;
     do {
         first = next;
-        next = takeLines(first, last, counts, run);
+        next = run.takesColours ? takeLines<true>(first, last, counts, run)
+                                : takeLines<false>(first, last, counts, run);
     } while (next != first);
     return first;
 }

@@ -114,7 +114,7 @@ private:
 
 /// A decimal in the text. `fraction` of its `digits` are after the point.
 struct Decimal {
-    const char* end;
+    const char* end; ///< of the sixteen bytes that end with its digits, or with a stop if it has no point
     unsigned int digits;
     unsigned int fraction;
     quint32 sign; ///< the sign bit of a float
@@ -133,6 +133,23 @@ VELMODEL_STEP bool takeDecimal(Stops& stops, const char* at, Decimal& decimal) {
     // A count of 0 wraps around and fails the comparison.
     return *point == '.' && integers - 1 < kMaxDecimalDigits && decimal.fraction - 1 < kMaxDecimalDigits &&
            decimal.digits <= kMaxDecimalDigits;
+}
+
+/// The same for a decimal that may be an integer. Returns: its end, or null.
+VELMODEL_STEP const char* takeComponent(Stops& stops, const char* at, Decimal& decimal) {
+    Stops ahead = stops;
+    if (takeDecimal(ahead, at, decimal)) {
+        stops = ahead;
+        return decimal.end;
+    }
+    if (decimal.sign != 0)
+        stops.take();
+    const char* const end = stops.take();
+    // The byte after the digits is removed as the point is.
+    decimal.end = end + 1;
+    decimal.fraction = 0;
+    decimal.digits = static_cast<unsigned int>(end - at) - (decimal.sign >> 31);
+    return decimal.digits - 1 < kMaxDecimalDigits ? end : nullptr;
 }
 
 /// The digits without their point, joined to numbers of four digits. Missing digits are 0.
@@ -207,12 +224,9 @@ VELMODEL_STEP const char* leaveLine(Stops& stops, const char* end) {
     return end + 1;
 }
 
-template<size_t Count, size_t N>
-VELMODEL_STEP const char* takeVertex(Stops& stops, const char* at, FixedList<float, N>& values,
-                                     quint32& lineCount) {
-    if (lineCount == 0)
-        return nullptr;
-    Decimal decimals[Count];
+/// Returns: the end of the last decimal; null if the line is not plain.
+template<size_t Count>
+VELMODEL_STEP const char* takeDecimals(Stops& stops, const char* at, Decimal* decimals) {
     for (size_t i = 0; i < Count; ++i) {
         while (*at == ' ')
             at = stops.take() + 1;
@@ -222,11 +236,63 @@ VELMODEL_STEP const char* takeVertex(Stops& stops, const char* at, FixedList<flo
         if (i + 1 < Count && *at++ != ' ')
             return nullptr;
     }
+    return at;
+}
+
+template<size_t Count, size_t N>
+VELMODEL_STEP const char* takeVertex(Stops& stops, const char* at, FixedList<float, N>& values,
+                                     quint32& lineCount) {
+    if (lineCount == 0)
+        return nullptr;
+    Decimal decimals[Count];
+    at = takeDecimals<Count>(stops, at, decimals);
+    if (at == nullptr)
+        return nullptr;
     const char* const next = leaveLine(stops, at);
     if (next == nullptr)
         return nullptr;
     storeValues<Count>(decimals, values.items + values.size);
     values.size += Count;
+    ++lineCount;
+    return next;
+}
+
+/// Parses the numbers after a position, which ends at `at`. Returns: the end of the last one; null if the
+/// line is not plain.
+VELMODEL_STEP const char* takeColour(Stops& stops, const char* at, ObjColour& colour) {
+    Decimal decimals[ObjColour::kSize];
+    int count = 0;
+    while (*at == ' ' && !isLineEnd(at + 1)) {
+        if (count == static_cast<int>(ObjColour::kSize))
+            return nullptr;
+        at = takeComponent(stops, at + 1, decimals[count++]);
+        if (at == nullptr)
+            return nullptr;
+    }
+    if (count < 3)
+        return at;
+    storeValues<3>(decimals, colour.values);
+    if (count == 4)
+        storeLong(decimals[3], colour.values + 3);
+    colour.components = count;
+    return at;
+}
+
+VELMODEL_STEP const char* takeColouredPosition(Stops& stops, const char* at, ObjRun& run,
+                                               quint32& lineCount) {
+    if (lineCount == 0)
+        return nullptr;
+    Decimal decimals[3];
+    ObjColour colour;
+    at = takeDecimals<3>(stops, at, decimals);
+    if (at != nullptr)
+        at = takeColour(stops, at, colour);
+    const char* const next = at == nullptr ? nullptr : leaveLine(stops, at);
+    if (next == nullptr)
+        return nullptr;
+    storeValues<3>(decimals, run.positions.items + run.positions.size);
+    run.positions.size += 3;
+    run.addColour(colour);
     ++lineCount;
     return next;
 }
@@ -348,6 +414,7 @@ VELMODEL_STEP const char* takeFace(Stops& stops, const char* at, const ObjLineCo
     return next;
 }
 
+template<bool TakesColours>
 VELMODEL_STEP const char* takeLine(Stops& stops, const char* first, ObjLineCounts& counts, ObjRun& run) {
     const bool isFace = first[0] == 'f';
     const int keyword = isFace || first[1] == ' ' ? 1 : 2;
@@ -357,6 +424,8 @@ VELMODEL_STEP const char* takeLine(Stops& stops, const char* first, ObjLineCount
     stops.take();
     if (isFace)
         return takeFace(stops, first + 2, counts, run);
+    if (keyword == 1 && TakesColours)
+        return takeColouredPosition(stops, first + 2, run, counts.positions);
     if (keyword == 1)
         return takeVertex<3>(stops, first + 2, run.positions, counts.positions);
     stops.take();
@@ -365,18 +434,24 @@ VELMODEL_STEP const char* takeLine(Stops& stops, const char* first, ObjLineCount
     return first[1] == 't' ? takeVertex<2>(stops, first + 3, run.texCoords, counts.texCoords) : nullptr;
 }
 
-VELMODEL_SSE41 const char* parseWideLines(const char* first, const char* last, ObjLineCounts& counts,
-                                          ObjRun& run) {
+template<bool TakesColours>
+VELMODEL_SSE41 const char* takeLines(const char* first, const char* last, ObjLineCounts& counts,
+                                     ObjRun& run) {
     if (first == last)
         return first;
     Stops stops(first);
     while (first != last && !run.isFull()) {
-        const char* const next = takeLine(stops, first, counts, run);
+        const char* const next = takeLine<TakesColours>(stops, first, counts, run);
         if (next == nullptr)
             break;
         first = next;
     }
     return first;
+}
+
+const char* parseWideLines(const char* first, const char* last, ObjLineCounts& counts, ObjRun& run) {
+    return run.takesColours ? takeLines<true>(first, last, counts, run)
+                            : takeLines<false>(first, last, counts, run);
 }
 
 } // namespace
