@@ -1,6 +1,6 @@
 // Loads an OBJ file and its library, both from one input, into a context that checks what is uploaded. Half
 // of the loads are compared with the literal load. The others are confined to their folder, and half of these
-// read colours.
+// read colours, or split parts.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -98,6 +98,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size % 2 != 0)
         options.files = LoadOptions::Files::InOwnFolder;
     options.vertexColours = size % 4 == 1;
+    options.splitObjects = size % 8 > 3;
     const Loaded loaded = load(model, options);
     if (options.files == LoadOptions::Files::Anywhere)
         Fuzzing::require(isSame(loaded, loadLiterally(model)), "the model is that of the literal load");

@@ -96,6 +96,13 @@ struct LoadOptions {
     /// alpha, else three, and no attribute if no vertex has a colour.
     /// Cost: 12 or 16 bytes for each "v" line.
     bool vertexColours = false;
+    /// Whether the parts of a file get commands of their own: one material group for each part and material
+    /// that has faces. A part is named by the line "o", or "g" without one, or by both as "o/g": by the whole
+    /// rest of the line, without white space around it. A name is valid up to the next line of its kind; an
+    /// empty name ends it. A part that comes again is the same part. The groups have ids from 0 in the order
+    /// of their first faces. Their name is that of the material, and their object name is that of the part,
+    /// or null without one. Faces with an undefined material are treated as without this option.
+    bool splitObjects = false;
 
     /// Options with all repairs, for programs that show whatever a file holds.
     VELMODEL_EXPORT static LoadOptions forgiving();

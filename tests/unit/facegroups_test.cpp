@@ -69,6 +69,49 @@ TEST_F(FaceGroupsTest, MissingGroupIsMadeByAFaceOnly) {
     EXPECT_THAT(facesOf("b"), ElementsAre(0));
 }
 
+TEST_F(FaceGroupsTest, PartsAreIgnoredUnlessTheyAreSplit) {
+    define("<default>");
+    _groups.useObject("a");
+    _groups.useGroup("b");
+    EXPECT_TRUE(_groups.add(0, 1));
+    _groups.finish();
+    EXPECT_THAT(facesOf("<default>"), ElementsAre(0));
+    EXPECT_EQ(_mesh.groups.records().size(), 1);
+}
+
+TEST_F(FaceGroupsTest, PartsWithFacesHaveGroups) {
+    FaceGroups split(_mesh.groups, _materials, QStringLiteral("m.obj"), FaceGroups::Parts::Split);
+    define("<default>");
+    split.useObject("empty");
+    split.useObject("a");
+    EXPECT_TRUE(split.add(0, 2));
+    split.useGroup("b");
+    EXPECT_TRUE(split.add(2, 1));
+    split.useGroup({});
+    EXPECT_TRUE(split.add(3, 1));
+    EXPECT_THAT(facesOf("<default>"), IsEmpty());
+    EXPECT_THAT(facesOf("a\n<default>"), ElementsAre(0, 1, 3));
+    EXPECT_THAT(facesOf("a/b\n<default>"), ElementsAre(2));
+    EXPECT_EQ(_mesh.groups.records().size(), 3);
+}
+
+TEST_F(FaceGroupsTest, GroupsOfPartsHaveTheMaterialAtTheEnd) {
+    _repairs.defineMaterials = true;
+    FaceGroups split(_mesh.groups, _materials, QStringLiteral("m.obj"), FaceGroups::Parts::Split);
+    split.useObject("a");
+    split.use({"red", "red"});
+    EXPECT_TRUE(split.add(0, 1));
+    InstanceData red("OBJMaterial");
+    red.setTexture("map_Kd", "red.png");
+    _materials.define({"red", "red"}, "m.mtl", red, {});
+    split.finish();
+    const MaterialGroup* const group = _mesh.groups.find("a\nred");
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->name, QStringLiteral("red"));
+    EXPECT_EQ(group->objectName, QStringLiteral("a"));
+    EXPECT_EQ(group->material.texturePath("map_Kd"), QStringLiteral("red.png"));
+}
+
 TEST_F(FaceGroupsTest, MatchIsReportedOncePerUse) {
     _options.repairs.matchNames = true;
     define("my red");

@@ -69,6 +69,27 @@ TEST_P(MeshTest, FacesOfAGroupKeepTheirOrderHoweverTheyAreAdded) {
     EXPECT_FALSE(mesh.groups.addFaceRun(kPosition, 0, 1)) << "there is no such group";
 }
 
+TEST_P(MeshTest, GroupOfAPartAdoptsTheMaterialThatItNames) {
+    InstanceData material;
+    material.setTexture(QStringLiteral("map_Kd"), QStringLiteral("a.png"));
+    WhiteMaps white;
+    white.set(QStringLiteral("map_Ks"), true);
+    mesh.groups.create(kGroup, material, -1, 0, white);
+    mesh.groups.createPart(QStringLiteral("key"), kGroup, QStringLiteral("part"), 7);
+    mesh.groups.createPart(QStringLiteral("other"), QStringLiteral("none"), QString(), 8);
+    EXPECT_TRUE(mesh.groups.addFaceRun(QStringLiteral("key"), 3, 2));
+    mesh.groups.adoptMaterials();
+    const MaterialGroup* const group = mesh.groups.find(QStringLiteral("key"));
+    EXPECT_EQ(group->name, kGroup);
+    EXPECT_EQ(group->objectName, QStringLiteral("part"));
+    EXPECT_EQ(group->id, 7);
+    EXPECT_EQ(group->material.texturePath(QStringLiteral("map_Kd")), QStringLiteral("a.png"));
+    EXPECT_FALSE(group->whiteMaps.isEmpty());
+    EXPECT_THAT(facesOf(QStringLiteral("key")), ElementsAre(3, 4));
+    EXPECT_EQ(mesh.groups.find(kGroup)->name, kGroup);
+    EXPECT_TRUE(mesh.groups.find(kGroup)->objectName.isNull());
+}
+
 TEST_P(MeshTest, CornersOfFacesOfDifferentSizesAreCounted) {
     const unsigned int triangles[] = {3, 3, 3};
     const unsigned int others[] = {3, 4, 0};

@@ -127,6 +127,19 @@ TEST_F(ObjReaderTest, PositionMayBeIndentedAndSpacedFreely) {
     EXPECT_TRUE(record.ok);
 }
 
+TEST_F(ObjReaderTest, NamesOfPartsAreReadIfTheyAreWanted) {
+    QTextStream stream(QByteArray("g\no  a b # c \nG x\ngx y\ng\tx\nv 1 2 3\n"));
+    ObjReader reader(&stream, {}, nullptr, {false, true});
+    std::vector<std::pair<Kind, QString>> records;
+    for (; reader.hasNext(); reader.next()) {
+        EXPECT_TRUE(reader.read());
+        records.emplace_back(reader.kind(), reader.text());
+    }
+    EXPECT_THAT(records, ElementsAre(std::pair(Kind::Group, QString()), std::pair(Kind::Object, "a b # c"),
+                                     std::pair(Kind::Group, "x"), std::pair(Kind::Position, "x")));
+    EXPECT_EQ(read("o a\ng b\nv 1 2 3\n").size(), 1U) << "otherwise they are skipped";
+}
+
 TEST_F(ObjReaderTest, KeywordsInAnotherCaseAreSkipped) {
     EXPECT_TRUE(read("V 1 2 3\nVN 1 2 3\nF 1 2 3\nUseMtl red\n").empty());
 }
@@ -238,7 +251,7 @@ TEST_F(ObjReaderTest, SmoothingLinesAreReadOnlyIfWanted) {
     QFile file(path());
     file.open(QIODevice::ReadOnly | QIODevice::Text);
     QTextStream stream(&file);
-    ObjReader reader(&stream, {}, findWideParser(), ObjReader::SmoothingLines::Read);
+    ObjReader reader(&stream, {}, findWideParser(), {true, false});
     const std::vector<Record> records = takeAll(reader);
     std::vector<std::string> groups;
     for (const Record& record : records)

@@ -156,11 +156,13 @@ DrawDataContent::Drawable Preparation::drawable(quint64 drawKey) {
     DrawDataContent::Drawable result;
     result.key = drawKey;
     result.commands = _drawCommands.value(drawKey);
-    result.names = _drawGroupNames.value(drawKey);
-    result.ids.reserve(result.names.size());
-    result.materials.reserve(result.names.size());
-    for (int command = 0; command < result.names.size(); ++command) {
-        const MaterialGroup group = _mesh.groups.handOver(result.names[command]);
+    const QVector<QString> keys = _drawGroupNames.value(drawKey);
+    result.names.reserve(keys.size());
+    result.ids.reserve(keys.size());
+    result.materials.reserve(keys.size());
+    for (int command = 0; command < keys.size(); ++command) {
+        const MaterialGroup group = _mesh.groups.handOver(keys[command]);
+        result.names.append(group.name);
         result.ids.append(group.id);
         result.materials.append(group.material);
         if (!group.objectName.isNull())

@@ -85,7 +85,7 @@ private:
     quint64 _hashSeed; ///< differs between preparations, see MergeOptions
     QSharedPointer<ModelDataStream> _gpuIndices;
     QHash<quint64, QVector<DrawElementsIndirectCommand>> _drawCommands;
-    QHash<quint64, QVector<QString>> _drawGroupNames;
+    QHash<quint64, QVector<QString>> _drawGroupNames; ///< in the store of groups
     PreparationStatistics _statistics;
 };
 

@@ -87,6 +87,16 @@ void MeshFeed::useMaterial(const MaterialName& name) {
     _groups.use(name);
 }
 
+void MeshFeed::useObject(const QString& name) {
+    joinGroup();
+    _groups.useObject(name);
+}
+
+void MeshFeed::useGroup(const QString& name) {
+    joinGroup();
+    _groups.useGroup(name);
+}
+
 void MeshFeed::joinGroup() {
     const size_t count = _run->cornerCounts.size - _joined;
     if (count == 0)
@@ -134,6 +144,7 @@ void MeshFeed::flushValues(const Attribute& attribute, FixedList<float, N>& valu
 
 void MeshFeed::finish() {
     flush();
+    _groups.finish();
     if (!_normal.declared)
         _mesh.normalsAttribute = _normal.name;
 }

@@ -32,6 +32,9 @@ public:
     void addRecord(const ObjReader& reader);
     /// Sets the material of the following faces, whose group they join.
     void useMaterial(const MaterialName& name);
+    /// Sets the object, or the group in the object, of the following faces.
+    void useObject(const QString& name);
+    void useGroup(const QString& name);
     /// Adds all records of the run to the mesh. Must be called before a group is created, so that earlier
     /// faces do not join it.
     void flush();
@@ -48,7 +51,8 @@ public:
     quint64 facesWithoutGroup() const { return _facesWithoutGroup; }
     /// The number of the next face.
     quint64 nextFace() const { return _faces + _run->cornerCounts.size - _joined; }
-    /// Must be called at the end. Requests generated normals if the text has no normals.
+    /// Must be called at the end. Finishes the groups, and requests generated normals if the text has no
+    /// normals.
     void finish();
 
 private:

@@ -81,9 +81,8 @@ LineSourceOptions lineOptions(const LoadRepairs& repairs) {
     return options;
 }
 
-ObjReader::SmoothingLines smoothingLinesOf(const LoadOptions& options) {
-    return options.normals.kind == NormalOptions::Kind::SmoothingGroups ? ObjReader::SmoothingLines::Read
-                                                                        : ObjReader::SmoothingLines::Skipped;
+ObjKeywords keywordsOf(const LoadOptions& options) {
+    return {options.normals.kind == NormalOptions::Kind::SmoothingGroups, options.splitObjects};
 }
 
 /// One import: reads the text of a file into a mesh and makes draw data from it.
@@ -95,9 +94,10 @@ public:
           _options(options),
           _materials(_mesh.groups, options, _diagnostics),
           _libraries(filesOf(_path, options), options, _materials, _diagnostics),
-          _groups(_mesh.groups, _materials, _path),
+          _groups(_mesh.groups, _materials, _path,
+                  options.splitObjects ? FaceGroups::Parts::Split : FaceGroups::Parts::Joined),
           _stream(&file),
-          _reader(&_stream, lineOptions(options.repairs), findWideParser(), smoothingLinesOf(options)),
+          _reader(&_stream, lineOptions(options.repairs), findWideParser(), keywordsOf(options)),
           _feed(_mesh, _groups) {
         if (options.vertexColours)
             _feed.takeColours();
@@ -178,6 +178,10 @@ bool ObjImport::takeRecord(QString& error) {
     } else if (_reader.kind() == ObjReader::Kind::UseMaterial) {
         const bool needsRest = _options.repairs.matchNames;
         _feed.useMaterial({_reader.text(), needsRest ? _reader.rest() : QString()});
+    } else if (_reader.kind() == ObjReader::Kind::Object) {
+        _feed.useObject(_reader.text());
+    } else if (_reader.kind() == ObjReader::Kind::Group) {
+        _feed.useGroup(_reader.text());
     } else if (_reader.kind() == ObjReader::Kind::MaterialLibrary) {
         return _options.repairs.matchNames ? loadLibraries(_reader.rest(), error)
                                            : loadLibrary(_reader.text(), error);

@@ -18,6 +18,7 @@ void GroupStore::create(const QString& name, const InstanceData& material, int i
                         const WhiteMaps& whiteMaps) {
     const int groupCount = _groups.size();
     MaterialGroup& group = _groups[name];
+    group.name = name;
     group.material = material;
     group.id = id < 0 ? groupCount : id;
     group.flags = flags;
@@ -26,6 +27,23 @@ void GroupStore::create(const QString& name, const InstanceData& material, int i
     group.faces = GroupFaces();
     if (_input == Input::Kept)
         group.faces.setStream(_streams.make(kGlUnsignedInt, 0));
+}
+
+void GroupStore::createPart(const QString& key, const QString& material, const QString& objectName, int id) {
+    create(key, InstanceData(), id, 0);
+    MaterialGroup& group = _groups[key];
+    group.name = material;
+    group.objectName = objectName;
+}
+
+void GroupStore::adoptMaterials() {
+    for (auto group = _groups.begin(); group != _groups.end(); ++group) {
+        const MaterialGroup* const source = find(group->name);
+        if (group.key() == group->name || source == nullptr)
+            continue;
+        group->material = source->material;
+        group->whiteMaps = source->whiteMaps;
+    }
 }
 
 void GroupStore::replaceMaterial(const QString& name, const InstanceData& material,

@@ -16,6 +16,7 @@ namespace Atelier::Vel {
 
 /// A group of faces with one material.
 struct MaterialGroup {
+    QString name; ///< that its command has; usually its name in the store
     InstanceData material;
     qint32 id = 0;
     WhiteMaps whiteMaps; ///< of the material
@@ -41,6 +42,11 @@ public:
     /// A negative `id` stands for the number of groups before the call. Replaces a group of the same name.
     void create(const QString& name, const InstanceData& material, int id, quint64 flags,
                 const WhiteMaps& whiteMaps = {});
+    /// Makes the group `key` of faces that have the material of the group `material` and belong to the object
+    /// `objectName`. Its command has the name of the material; adoptMaterials() gives it the material.
+    void createPart(const QString& key, const QString& material, const QString& objectName, int id);
+    /// Gives the groups that createPart() made the current material of the group that they name.
+    void adoptMaterials();
     /// Gives an existing group another material.
     void replaceMaterial(const QString& name, const InstanceData& material, const WhiteMaps& whiteMaps);
     /// Adds face numbers. The group keeps the first object name that is not null; a different name causes a

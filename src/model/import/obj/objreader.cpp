@@ -26,12 +26,12 @@ std::string_view takePart(std::string_view& token) {
 } // namespace
 
 ObjReader::ObjReader(QTextStream* stream, const LineSourceOptions& options, WideParser* wideParser,
-                     SmoothingLines smoothingLines)
+                     ObjKeywords keywords)
     : _directory(QString()),
       _stream(stream),
       _lines(stream, options),
       _wideParser(wideParser),
-      _smoothingLines(smoothingLines) {
+      _keywords(keywords) {
     _corners.reserve(kCornersReserved);
     next();
 }
@@ -88,9 +88,15 @@ ObjReader::Kind ObjReader::classify(std::string_view keyword) {
         return Kind::UseMaterial;
     if (keyword == "mtllib")
         return Kind::MaterialLibrary;
-    if (_smoothingLines == SmoothingLines::Read && keyword == "s")
+    return classifyOptional(keyword);
+}
+
+ObjReader::Kind ObjReader::classifyOptional(std::string_view keyword) const {
+    if (_keywords.smoothing && keyword == "s")
         return Kind::SmoothingGroup;
-    return Kind::None;
+    if (_keywords.parts && keyword == "o")
+        return Kind::Object;
+    return _keywords.parts && keyword == "g" ? Kind::Group : Kind::None;
 }
 
 bool ObjReader::read() {
@@ -114,6 +120,10 @@ bool ObjReader::read() {
     case Kind::UseMaterial:
     case Kind::SmoothingGroup:
         _text = nextText();
+        break;
+    case Kind::Object:
+    case Kind::Group:
+        _text = rest();
         break;
     case Kind::End:
     case Kind::None:

@@ -19,7 +19,14 @@ struct ObjCorner {
     quint32 texCoord;
 };
 
-/// Reads Wavefront OBJ text line by line and knows six keywords. All other lines are skipped.
+/// Keywords that are known only if they are wanted.
+struct ObjKeywords {
+    bool smoothing = false; ///< "s"
+    bool parts = false;     ///< "o" and "g"
+};
+
+/// Reads Wavefront OBJ text line by line and knows six keywords, and those that are wanted. All other lines
+/// are skipped.
 ///
 /// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
 /// the record according to kind() if read() returned true, and call next().
@@ -32,19 +39,17 @@ public:
         Face,            ///< "f"
         MaterialLibrary, ///< "mtllib"
         UseMaterial,     ///< "usemtl"
+        Object,          ///< "o"
+        Group,           ///< "g"
         End,             ///< after the last line
         None,            ///< no known line
         SmoothingGroup,  ///< "s"
     };
 
-    /// Whether "s" lines are known.
-    enum class SmoothingLines { Skipped, Read };
-
     /// Advances to the first known line. `stream` must outlive the reader. next(ObjRun&) parses plain lines
     /// with `wideParser`, which may be null.
     explicit ObjReader(QTextStream* stream, const LineSourceOptions& options = {},
-                       WideParser* wideParser = findWideParser(),
-                       SmoothingLines smoothingLines = SmoothingLines::Skipped);
+                       WideParser* wideParser = findWideParser(), ObjKeywords keywords = {});
 
     /// Sets the directory for relative library names.
     void setDirectory(const QString& path) { _directory = QDir(path); }
@@ -71,7 +76,7 @@ public:
     /// The number of bytes of the file read so far.
     qint64 bytesRead() const { return _lines.bytesRead(); }
     /// The path of a material library, the name of a material, or a smoothing group: the first word after the
-    /// keyword.
+    /// keyword. For parts, the same as rest().
     const QString& text() const { return _text; }
     /// All text after the keyword of the current line, without white space around it.
     QString rest() const { return _lines.text(_operands, _lines.end()).trimmed(); }
@@ -93,12 +98,13 @@ private:
     bool readCorner(std::string_view token);
     bool readFace();
     Kind classify(std::string_view keyword);
+    Kind classifyOptional(std::string_view keyword) const;
 
     QDir _directory;
     QTextStream* _stream;
     LineSource _lines;
     WideParser* _wideParser;
-    SmoothingLines _smoothingLines;
+    ObjKeywords _keywords;
     const char* _operands = nullptr; ///< after the keyword of the current line
     const char* _unread = nullptr;   ///< after the last token that was read
     bool _ok = false;
