@@ -7,6 +7,8 @@
 #include <velmodel/modelfiles.h>
 
 #include "claim.h"
+#include "files/filesource.h"
+#include "import/filereferences.h"
 #include "import/mtl/materials.h"
 #include "literal/literalmtlreader.h"
 #include "memoryfile.h"
@@ -49,7 +51,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.write(data, size);
     ModelBuilder builder;
     ModelBuilder expected;
-    Fuzzing::require(MaterialLibraries(ModelFiles(), ModelBuilderAccess(builder).mesh().groups).load(path),
+    DiagnosticLog diagnostics;
+    FileSource source{ModelFiles()};
+    FileReferences references(source, path, LoadOptions(), diagnostics);
+    GroupStore& groups = ModelBuilderAccess(builder).mesh().groups;
+    Fuzzing::require(MaterialLibraries(source, references, groups).load(path),
                      "a library that is a file loads");
     Fuzzing::require(Testing::literalLoadMaterialLibrary(path, expected), "it loads literally, too");
     Fuzzing::require(isSame(ModelBuilderAccess(builder).groups(), ModelBuilderAccess(expected).groups()),

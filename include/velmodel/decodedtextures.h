@@ -47,6 +47,9 @@ class VELMODEL_EXPORT DecodedTextures {
 public:
     /// The textures of `files` only.
     explicit DecodedTextures(const ModelFiles& files = {}, const TextureOptions& options = {});
+    /// The textures of `source`, which is called by decode() and on the thread of the context. Requires:
+    /// `source` is not null.
+    explicit DecodedTextures(std::shared_ptr<ModelSource> source, const TextureOptions& options = {});
 
     /// Decodes the image files at `paths`, in their order; those that an earlier call has decoded are left
     /// out. Backslashes are treated as by makeTextureLoader(). `progress`, which may be empty, is called

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtCore/QStringList>
+
 #include <velmodel/velmodel_export.h>
 
 namespace Atelier::Vel {
@@ -59,6 +61,11 @@ struct LoadRepairs {
     bool parseMapOptions = false;
     /// A backslash at the end of a line, except in a comment, continues it on the next line.
     bool joinContinuedLines = false;
+    /// A library or texture that is not where the file names it is looked for: with slashes in place of
+    /// backslashes, in another case, and by ever shorter ends of its path, the longest first, down to the
+    /// file name alone. Each end is looked for beside the file that names it, beside the OBJ file, and then
+    /// in LoadOptions::searchPaths. Otherwise, and if nothing is found, the path of the file stays.
+    bool findFiles = false;
     /// A face with a position that does not exist is dropped. Otherwise that corner lies in the origin.
     bool dropUnplacedFaces = false;
     /// In a file with "vn" lines, a corner whose normal does not exist or that has no normal index gets a
@@ -80,6 +87,10 @@ struct LoadOptions {
     /// makeTextureLoader().
     Files files = Files::Anywhere;
     LoadRepairs repairs;
+    /// The folders in which LoadRepairs::findFiles also looks for libraries and textures, in this order. A
+    /// relative path starts from the current directory. With Files::InOwnFolder, folders elsewhere are
+    /// ignored.
+    QStringList searchPaths;
     /// Whether materials, the default one included, have the layout "OBJMaterialExtended" in place of
     /// "OBJMaterial". Beyond the members of that, it has "illum" (an integer, 2 without a line), "Pr" and
     /// "Pm" (floats, 1 and 0), "map_offset" and "map_scale" (two floats each, of map_Kd, 0 and 1) and the

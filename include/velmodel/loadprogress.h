@@ -19,12 +19,14 @@ enum class LoadPhase {
 /// How far a load has come in its current phase.
 struct LoadStep {
     LoadPhase phase = LoadPhase::Reading;
-    qint64 done = 0;  ///< of `total`; never decreases within a phase, and may end below `total`
-    qint64 total = 0; ///< units of the phase; not 0 when the progress function is called
+    qint64 done = 0; ///< of `total`; never decreases within a phase, and may end below `total`
+    /// Units of the phase; not 0 when the progress function is called. -1 if the size of the text is not
+    /// known, because a source of the client has no size for it.
+    qint64 total = 0;
 };
 
 /// A callback that observes and can cancel a load. It is called at the beginning of each phase and about 200
-/// times in it at most, on the thread that does the work.
+/// times in it at most, or once per MiB of a text of unknown size, on the thread that does the work.
 /// Requires: it does not use the object that does the work.
 /// Returns:  true to continue, false to cancel. The work then keeps no partial result and returns the value
 ///           that its own description states.

@@ -15,7 +15,8 @@ struct LoadReport {
     /// The most entries of a code in `diagnostics`.
     static constexpr int kMaxDiagnostics = 10;
 
-    qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened
+    qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened, or what was read of an
+                                      ///< unknown one
     quint64 faces = 0;                ///< faces that were read, without the dropped ones
     quint64 droppedFaces = 0;         ///< faces dropped because a corner is not an integer, or, if that is
                                       ///< repaired, has no position

@@ -10,6 +10,7 @@
 namespace Atelier::Vel {
 
 class ModelFolder;
+class ModelSource;
 
 /// The files that may be read for a model: all files, or those of one folder.
 ///
@@ -35,12 +36,20 @@ public:
     /// for the check.
     /// Cost: a few system calls per name in the path; none if all files are allowed.
     bool allows(const QString& path) const;
+    /// Whether there is a regular file or a Qt resource at `path` that may be read, without opening it.
+    /// Cost: as allows(), and one system call more.
+    bool contains(const QString& path) const;
     /// Opens the file at `path` for reading. `mode` is ReadOnly, with or without Text.
     /// Returns: the open file; null if it is not allowed, is not a regular file, or cannot be read by this
     ///          user.
     std::unique_ptr<QFile> open(const QString& path, QIODevice::OpenMode mode = QIODevice::ReadOnly) const;
+    /// These files as a source of models and textures. Its names are paths; a relative one in a file starts
+    /// from the folder of that file.
+    std::shared_ptr<ModelSource> source() const;
 
 private:
+    friend class FolderListings;
+
     std::shared_ptr<const ModelFolder> _folder; ///< null if all files are allowed
 };
 

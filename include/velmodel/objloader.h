@@ -14,6 +14,7 @@
 namespace Atelier::Vel {
 
 class GPUModel;
+class ModelSource;
 
 /// Loads a Wavefront OBJ file with its material libraries into a new model that the caller owns.
 ///
@@ -57,6 +58,25 @@ VELMODEL_EXPORT DrawData readDrawDataFromOBJFile(const QString& path, QString& e
                                                  const LoadProgress& progress = {},
                                                  LoadReport* report = nullptr,
                                                  const LoadOptions& options = {});
+
+/// Loads a model with options, as loadModelFromOBJFile() does, from a source other than files. `name` and the
+/// names that the files contain are those of the source; the errors name them. The model loads its textures
+/// from the source, too, and keeps it for that.
+/// LoadOptions::files has no effect: a source determines what may be read. LoadRepairs::findFiles has one
+/// only on the source of ModelFiles. Returns: also null if `source` is null or has no such file. Errors:  an
+/// exception from `source` reaches the caller, and keeps nothing.
+VELMODEL_EXPORT std::unique_ptr<GPUModel> loadModelFromOBJ(const std::shared_ptr<ModelSource>& source,
+                                                           const QString& name, QString& error,
+                                                           const LoadOptions& options = {},
+                                                           const LoadProgress& progress = {},
+                                                           LoadReport* report = nullptr);
+
+/// Reads draw data, as readDrawDataFromOBJFile() does, from a source other than files; otherwise as
+/// loadModelFromOBJ(). `source` is called on this thread only. A model that the data is uploaded to gets
+/// makeTextureLoader(source) from the caller.
+VELMODEL_EXPORT DrawData readDrawDataFromOBJ(const std::shared_ptr<ModelSource>& source, const QString& name,
+                                             QString& error, const LoadOptions& options = {},
+                                             const LoadProgress& progress = {}, LoadReport* report = nullptr);
 
 /// The instance data of a model that is not moved from its position in the file: an "InstanceInfo" with three
 /// identity matrices of 16 floats each, "ModelMatrix", "PreviousModelMatrix" and "ModelNormalMatrix".

@@ -9,6 +9,7 @@
 namespace Atelier::Vel {
 
 class ModelFiles;
+class ModelSource;
 class Texture;
 
 /// How the image of a file becomes a texture. The defaults are those of LoadTexture().
@@ -47,6 +48,15 @@ VELMODEL_EXPORT Texture* LoadTexture(const QString& path);
 ///
 /// Threads:  the function is called on the thread of the context. It may be copied on any.
 VELMODEL_EXPORT GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files,
+                                                          const TextureOptions& options = {});
+
+/// The same from a source, of which only image formats that contain all their pixels are read. The content of
+/// a device other than a QFileDevice or a QBuffer is held in memory while it is decoded, up to 1 GiB. The
+/// function and its textures keep the source, which is also called when a texture is filled again.
+///
+/// Requires: `source` is not null.
+/// Errors:   an exception from the source reaches the caller of the function.
+VELMODEL_EXPORT GPUModel::TextureLoader makeTextureLoader(std::shared_ptr<ModelSource> source,
                                                           const TextureOptions& options = {});
 
 /// Reads the size of an image in pixels from the header of its file, without decoding it. Backslashes in

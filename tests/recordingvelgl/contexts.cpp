@@ -54,6 +54,10 @@ void OpenGLDeviceContext::doneCurrent() {
     CallRecord::instance().add(QStringLiteral("context: doneCurrent"));
 }
 
+int OpenGLDeviceContext::version() const {
+    return 0; // as of any context without a native one
+}
+
 QSharedPointer<BufferObject> OpenGLDeviceContext::createBufferObject() {
     return made<BufferObject>("createBufferObject");
 }

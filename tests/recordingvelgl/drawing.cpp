@@ -106,6 +106,10 @@ void GPUModel::setLabel(const QString& label) {
     recordCall(this, QStringLiteral("setLabel ") + quoted(label.section(QLatin1Char('/'), -1)));
 }
 
+void GPUModel::setTextureLoader(TextureLoader /*loader*/) {
+    recordCall(this, QStringLiteral("setTextureLoader"));
+}
+
 void GPUModel::setRefill(Refill refill) {
     recordCall(this, refill ? QStringLiteral("setRefill") : QStringLiteral("setRefill null"));
     _data->refill = std::move(refill);

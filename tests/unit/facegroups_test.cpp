@@ -96,7 +96,7 @@ TEST_F(FaceGroupsTest, PartsWithFacesHaveGroups) {
 }
 
 TEST_F(FaceGroupsTest, GroupsOfPartsHaveTheMaterialAtTheEnd) {
-    _repairs.defineMaterials = true;
+    _options.repairs.defineMaterials = true;
     FaceGroups split(_mesh.groups, _materials, QStringLiteral("m.obj"), FaceGroups::Parts::Split);
     split.useObject("a");
     split.use({"red", "red"});

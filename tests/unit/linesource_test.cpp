@@ -267,7 +267,7 @@ TEST_F(LineSourceTest, SkippedLinesAreNotReturned) {
     EXPECT_FALSE(source.fill());
 }
 
-TEST_F(LineSourceTest, StreamsOverOtherDevicesAreReadThroughTheStream) {
+TEST_F(LineSourceTest, StreamsThatCannotBeBypassedAreRead) {
     write("a\r\nb\xE9\n");
     {
         QTextStream binary(&reopened(QIODevice::ReadOnly));
@@ -281,11 +281,16 @@ TEST_F(LineSourceTest, StreamsOverOtherDevicesAreReadThroughTheStream) {
         LineSource source(&latin);
         EXPECT_EQ(linesOf(source).at(1), QString::fromLatin1("b\xE9"));
     }
+}
+
+TEST_F(LineSourceTest, BufferIsReadInBlocksAsAFileIs) {
     QBuffer buffer;
-    buffer.setData("x\ny");
+    buffer.setData("x\r\ny");
     ASSERT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Text));
-    QTextStream ofBuffer(&buffer);
-    LineSource source(&ofBuffer);
+    QTextStream stream(&buffer);
+    LineSource source(&stream);
+    EXPECT_TRUE(source.fill());
+    EXPECT_EQ(source.bytesRead(), 4);
     EXPECT_EQ(linesOf(source), QStringList({"x", "y"}));
 }
 

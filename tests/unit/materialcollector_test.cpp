@@ -10,7 +10,9 @@
 
 #include <velmodel/modelfiles.h>
 
+#include "files/filesource.h"
 #include "import/mtl/mtlreader.h"
+#include "import/references/filereferences.h"
 #include "mesh/mesh.h"
 #include "support/messagelog.h"
 
@@ -28,11 +30,12 @@ protected:
 
     /// Returns: the material "a" of a library that is `lines` after its name.
     InstanceData collect(const QByteArray& lines, const ModelFiles& files = {}) {
+        FileSource source(files);
+        FileReferences references(source, QStringLiteral("/m/a.obj"), _options, _log);
         QString text = "newmtl a\n" + QString::fromUtf8(lines);
         QTextStream stream(&text);
         MtlReader reader(&stream, true, {}, {false, false, _options.extendedMaterials});
-        reader.setDirectory(QStringLiteral("/m"));
-        MaterialCollector collector(QStringLiteral("/m/a.mtl"), _definitions, files, _options, _log);
+        MaterialCollector collector(QStringLiteral("/m/a.mtl"), _definitions, references, _options, _log);
         for (; reader.hasNext(); reader.next())
             if (reader.read())
                 collector.take(reader);
@@ -100,7 +103,9 @@ TEST_F(MaterialCollectorTest, OpacityOfOneMaterialDoesNotCountForTheNext) {
     collect(text.section('\n', 1).toUtf8());
     QTextStream stream(&text);
     MtlReader reader(&stream, true, {}, {false, false, true});
-    MaterialCollector collector(QStringLiteral("/m/a.mtl"), _definitions, ModelFiles(), _options, _log);
+    FileSource source{ModelFiles()};
+    FileReferences references(source, QStringLiteral("/m/a.obj"), _options, _log);
+    MaterialCollector collector(QStringLiteral("/m/a.mtl"), _definitions, references, _options, _log);
     for (; reader.hasNext(); reader.next())
         if (reader.read())
             collector.take(reader);

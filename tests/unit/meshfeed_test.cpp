@@ -113,7 +113,7 @@ TEST_F(MeshFeedTest, NextFaceCountsThoseThatAreNotYetInTheMesh) {
     EXPECT_EQ(_feed.nextFace(), 0U);
     feed(kTriangle + "f 3 2 1\n");
     EXPECT_EQ(_feed.nextFace(), 2U);
-    _feed.useMaterial(QStringLiteral("red"));
+    _feed.useMaterial({QStringLiteral("red"), {}});
     EXPECT_EQ(_feed.nextFace(), 2U);
     feed("f 1 2 3\n");
     EXPECT_EQ(_feed.nextFace(), 3U);

@@ -19,6 +19,7 @@
 
 #include <gmock/gmock.h>
 
+#include "files/folderlistings.h"
 #include "support/hangguard.h"
 #include "support/opendescriptors.h"
 
@@ -195,6 +196,27 @@ TEST_F(ModelFilesTest, FolderMayHoldOtherItemsWhichAreNotOpened) {
         EXPECT_TRUE(files.allows(path(name))) << name;
         EXPECT_EQ(read(files, path(name)), QByteArray()) << name;
     }
+}
+
+// A file that the user may not read is there, too.
+TEST_F(ModelFilesTest, ContainsTheFilesThatItOpens) {
+    ASSERT_EQ(mkfifo(qPrintable(path("model/pipe")), 0600), 0);
+    for (const ModelFiles& files : {ModelFiles(), ModelFiles(path("model"))}) {
+        for (const char* name : {"model/in", "model/sub/../in", "model/in-by-link", "model/sub/up",
+                                 "model/folder/in", "model/pipe", "model", "model/sub", "model/missing",
+                                 "model/dangling", "model/loop1", "model/in/x", "out", "model/../out",
+                                 "model/sub/out", "model/out-by-link", "model/folder-above/out"})
+            EXPECT_EQ(files.contains(path(name)), files.open(path(name)) != nullptr) << name;
+        EXPECT_FALSE(files.contains(path("model/in") + QChar(QChar::Null)));
+        EXPECT_FALSE(files.contains(QString()));
+        EXPECT_FALSE(files.contains(":/models"));
+    }
+    EXPECT_TRUE(ModelFiles().contains(":/models/red.obj"));
+    EXPECT_TRUE(ModelFiles(":/models").contains(":/models/red.obj"));
+    EXPECT_FALSE(ModelFiles(":/models").contains(":/blue.mtl"));
+    const Openings openings;
+    EXPECT_TRUE(ModelFiles().contains(path("model/in")));
+    EXPECT_THAT(openings.all(), IsEmpty());
 }
 
 TEST_F(ModelFilesTest, FolderIsRecognisedByEveryName) {
@@ -376,6 +398,19 @@ TEST_F(ModelFilesTest, FolderThatBecomesALinkOutOfItsFolderIsNotEntered) {
         replace(path("model/sub"), path("model/link"));
     });
     EXPECT_EQ(read(ModelFiles(path("model")), path("model/sub/in")), QByteArray());
+}
+
+TEST_F(ModelFilesTest, FolderThatBecomesALinkOutOfItsFolderIsNotListed) {
+    ASSERT_TRUE(QDir(path(QString())).mkpath("elsewhere"));
+    write("elsewhere/in");
+    link("../elsewhere", "model/link");
+    FolderListings listings(ModelFiles(path("model")), 100);
+    const BeforeOpening swap("sub", [&] {
+        ASSERT_EQ(rename(qPrintable(path("model/sub")), qPrintable(path("model/moved"))), 0);
+        replace(path("model/sub"), path("model/link"));
+    });
+    EXPECT_EQ(listings.find(path("model/sub"), "in"), QString());
+    EXPECT_EQ(listings.find(path("model/moved"), "IN"), "in");
 }
 
 } // namespace Atelier::Vel

@@ -20,7 +20,6 @@ struct Line {
 };
 
 std::vector<Line> readAll(MtlReader& reader) {
-    reader.setDirectory(QStringLiteral("/m"));
     std::vector<Line> lines;
     for (reader.next(); reader.hasNext(); reader.next()) {
         Line line;
@@ -78,19 +77,19 @@ TEST(MtlReaderTest, EveryKeywordHasItsKind) {
 TEST(MtlReaderTest, CommentEndsALine) {
     EXPECT_THAT(readOne("Kd 1 0 0 # red").values, ElementsAre(1, 0, 0));
     EXPECT_THAT(readOne("Kd 1 0 0#red").values, ElementsAre(1, 0, 0));
-    EXPECT_EQ(readOne("map_Kd a#b.png").text, "/m/a");
+    EXPECT_EQ(readOne("map_Kd a#b.png").text, "a");
     EXPECT_TRUE(read("  # Kd 1 0 0\n#\n\n   \n").empty());
 }
 
-TEST(MtlReaderTest, MapNamesAreMadeAbsoluteAndNotCleaned) {
-    EXPECT_EQ(readOne("map_Kd tex/a.png").text, "/m/tex/a.png");
+TEST(MtlReaderTest, MapNamesAreThoseOfTheText) {
+    EXPECT_EQ(readOne("map_Kd tex/a.png").text, "tex/a.png");
     EXPECT_EQ(readOne("map_Kd /abs/a.png").text, "/abs/a.png");
-    EXPECT_EQ(readOne("map_Kd a/../b.png").text, "/m/a/../b.png");
+    EXPECT_EQ(readOne("map_Kd a/../b.png").text, "a/../b.png");
 }
 
 TEST(MtlReaderTest, OnlyTheFirstWordOfAMapCounts) {
-    EXPECT_EQ(readOne("map_Kd -s 1 1 1 file.png").text, "/m/-s");
-    EXPECT_EQ(readOne("map_Ks my file.png").text, "/m/my");
+    EXPECT_EQ(readOne("map_Kd -s 1 1 1 file.png").text, "-s");
+    EXPECT_EQ(readOne("map_Ks my file.png").text, "my");
 }
 
 TEST(MtlReaderTest, UnknownKeywordsAreSkippedOnRequest) {
@@ -151,7 +150,7 @@ TEST(MtlReaderTest, FilesReadLikeStrings) {
         EXPECT_EQ(lines[0].text, QString::fromUtf8("r\xC3\xA9"
                                                    "d"));
         EXPECT_THAT(lines[1].values, ElementsAre(1, 0, 0));
-        EXPECT_EQ(lines[2].text, "/m/a.png");
+        EXPECT_EQ(lines[2].text, "a.png");
         EXPECT_EQ(lines[3].values[0], 0.5F);
         file.close();
     }

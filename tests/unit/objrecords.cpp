@@ -82,7 +82,6 @@ void take(ObjRun& run, Content& content) {
 }
 
 Content contentInRuns(ObjReader& reader, ObjRun& run) {
-    reader.setDirectory(QStringLiteral("/base"));
     Content content;
     for (; reader.hasNext(); reader.next(run)) {
         take(run, content);

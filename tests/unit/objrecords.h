@@ -54,7 +54,6 @@ Record takeRecord(Reader& reader) {
 
 template<typename Reader>
 std::vector<Record> takeAll(Reader& reader) {
-    reader.setDirectory(QStringLiteral("/base"));
     std::vector<Record> records;
     for (; reader.hasNext(); reader.next())
         records.push_back(takeRecord(reader));

@@ -251,6 +251,7 @@ TEST_F(RefillTest, TextureThatCannotBeFilledIsWhiteAfterOneWarning) {
 
 TEST_F(RefillTest, TextureIsCheckedForItsImageWhateverTheFunctionLeavesBound) {
     Texture texture(GL_TEXTURE_2D, GL_RGBA8, 1, 1, 0, nullptr);
+    texture.setLabel(QStringLiteral("wood")); // warnings wait for it
     GLuint empty = 0;
     glGenTextures(1, &empty);
     texture.setRefill([&](Texture&) {

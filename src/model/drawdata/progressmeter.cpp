@@ -10,6 +10,8 @@ namespace {
 // This is enough for a smooth progress bar, and drawing the bar costs little compared with loading a large
 // file.
 constexpr qint64 kReportsPerPhase = 200;
+// The interval if the work is not known.
+constexpr qint64 kUnitsPerReport = qint64(1) << 20;
 
 } // namespace
 
@@ -17,7 +19,7 @@ ProgressMeter::ProgressMeter(LoadProgress progress) : _progress(std::move(progre
 
 void ProgressMeter::begin(LoadPhase phase, qint64 total) {
     _step = {phase, 0, total};
-    _interval = total / kReportsPerPhase + 1;
+    _interval = total < 0 ? kUnitsPerReport : total / kReportsPerPhase + 1;
     _nextReport = 0;
     _allotted = 0;
     reach(0);

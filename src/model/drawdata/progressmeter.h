@@ -18,8 +18,8 @@ public:
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
 
-    /// Begins a phase whose work is `total` units, and reports its start. Phases without work are not
-    /// reported.
+    /// Begins a phase whose work is `total` units, or unknown if negative, and reports its start. Phases
+    /// without work are not reported.
     void begin(LoadPhase phase, qint64 total);
     /// The units of work in the phase.
     qint64 total() const { return _step.total; }

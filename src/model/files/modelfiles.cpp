@@ -1,9 +1,11 @@
 #include <velmodel/modelfiles.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <QtCore/QFileInfo>
 
+#include "files/filesource.h"
 #include "files/modelfolder.h"
 
 namespace Atelier::Vel {
@@ -42,6 +44,16 @@ Descriptor openAnywhere(const QFileInfo& info) {
     return openRegularFile(AT_FDCWD, QFile::encodeName(info.filePath()).constData(), LastLink::Follow);
 }
 
+bool isRegularFile(const QString& path) {
+    struct stat status {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// For the system, a name ends at its first null character.
+bool isName(const QString& path) {
+    return !path.isEmpty() && !path.contains(QChar(QChar::Null));
+}
+
 } // namespace
 
 ModelFiles::ModelFiles() = default;
@@ -56,9 +68,20 @@ bool ModelFiles::allows(const QString& path) const {
     return !_folder || _folder->resolve(path).has_value();
 }
 
+bool ModelFiles::contains(const QString& path) const {
+    if (!isName(path))
+        return false;
+    const auto way = _folder ? _folder->resolve(path) : QByteArrayList();
+    if (!way)
+        return false;
+    const QFileInfo info(path);
+    if (!info.isNativePath())
+        return info.isFile();
+    return _folder ? _folder->hasFile(*way) : isRegularFile(path);
+}
+
 std::unique_ptr<QFile> ModelFiles::open(const QString& path, QIODevice::OpenMode mode) const {
-    // For the system, a name ends at its first null character.
-    if (path.isEmpty() || path.contains(QChar(QChar::Null)))
+    if (!isName(path))
         return nullptr;
     const auto way = _folder ? _folder->resolve(path) : QByteArrayList();
     if (!way)
@@ -67,6 +90,10 @@ std::unique_ptr<QFile> ModelFiles::open(const QString& path, QIODevice::OpenMode
     if (!info.isNativePath())
         return openResource(path, mode);
     return openDescriptor(path, mode, _folder ? _folder->open(*way) : openAnywhere(info));
+}
+
+std::shared_ptr<ModelSource> ModelFiles::source() const {
+    return std::make_shared<FileSource>(*this);
 }
 
 } // namespace Atelier::Vel

@@ -103,18 +103,37 @@ std::optional<QByteArrayList> ModelFolder::resolve(const QString& path) const {
     return way;
 }
 
-Descriptor ModelFolder::open(const QByteArrayList& way) const {
-    if (way.isEmpty())
-        return {};
+// Enters the folders of a way, and calls `use` with the last of them and the last name of the way.
+// Returns: the result of `use`; a default one if a folder cannot be entered.
+template<typename Use>
+auto ModelFolder::atEndOf(const QByteArrayList& way, const Use& use) const {
     int folder = _folder.value();
     Descriptor reached;
     for (int i = 0; i + 1 < way.size(); ++i) {
         reached = Descriptor(openat(folder, way[i].constData(), kFolderFlags | O_NOFOLLOW));
         if (!reached.isOpen())
-            return {};
+            return decltype(use(folder, ""))();
         folder = reached.value();
     }
-    return openRegularFile(folder, way.last().constData(), LastLink::Refuse);
+    return use(folder, way.isEmpty() ? "." : way.last().constData());
+}
+
+Descriptor ModelFolder::open(const QByteArrayList& way) const {
+    return atEndOf(
+        way, [](int folder, const char* name) { return openRegularFile(folder, name, LastLink::Refuse); });
+}
+
+Descriptor ModelFolder::openFolder(const QByteArrayList& way) const {
+    return atEndOf(way, [](int folder, const char* name) {
+        return Descriptor(openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
+    });
+}
+
+bool ModelFolder::hasFile(const QByteArrayList& way) const {
+    return atEndOf(way, [](int folder, const char* name) {
+        struct stat status {};
+        return fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
+    });
 }
 
 } // namespace Atelier::Vel

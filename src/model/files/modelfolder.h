@@ -23,11 +23,17 @@ public:
     /// Opens a regular file at the end of a way. Opens name by name and follows no link, so that a link which
     /// has replaced a name in the meantime makes the call fail.
     Descriptor open(const QByteArrayList& way) const;
+    /// Opens the folder at the end of a way in the same manner, to read its names.
+    Descriptor openFolder(const QByteArrayList& way) const;
+    /// Whether there is a regular file at the end of a way.
+    bool hasFile(const QByteArrayList& way) const;
 
 private:
     bool takeFolder(QByteArrayList& names) const;
     QByteArray linkTarget(const QByteArrayList& way) const;
     bool isFolder(const QByteArrayList& way) const;
+    template<typename Use>
+    auto atEndOf(const QByteArrayList& way, const Use& use) const;
 
     QString _path;
     bool _isNative; ///< otherwise one of Qt's resources, which have no links

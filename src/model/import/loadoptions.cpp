@@ -10,6 +10,7 @@ LoadOptions LoadOptions::forgiving() {
     repairs.matchNames = true;
     repairs.parseMapOptions = true;
     repairs.joinContinuedLines = true;
+    repairs.findFiles = true;
     repairs.dropUnplacedFaces = true;
     repairs.generateMissingNormals = true;
     return options;

@@ -4,7 +4,6 @@
 #include <memory>
 #include <utility>
 
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTextStream>
 
@@ -12,10 +11,12 @@
 #include <velgl/opengldevicecontext.h>
 #include <velgl/texturetoken.h>
 #include <velmodel/modelfiles.h>
+#include <velmodel/modelsource.h>
+#include <velmodel/textureloader.h>
 
 #include "drawdata/preparation.h"
 #include "drawdata/progressmeter.h"
-#include "files/textfile.h"
+#include "files/textinput.h"
 #include "import/diagnostics/diagnosticlog.h"
 #include "import/facegroups.h"
 #include "import/meshfeed.h"
@@ -23,6 +24,7 @@
 #include "import/mtl/materialdefinitions.h"
 #include "import/mtl/materials.h"
 #include "import/obj/objreader.h"
+#include "import/references/filereferences.h"
 #include "import/smoothinggroups.h"
 #include "import/text/names.h"
 #include "memory/scratchblock.h"
@@ -88,15 +90,18 @@ ObjKeywords keywordsOf(const LoadOptions& options) {
 /// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
-    ObjImport(QFile& file, const LoadOptions& options)
-        : _path(file.fileName()),
-          _fileSize(file.size()),
+    /// The arguments must outlive the import.
+    ObjImport(TextInput& text, const QString& path, ModelSource& source, const LoadOptions& options)
+        : _text(text),
+          _path(path),
+          _fileSize(text.size()),
           _options(options),
+          _references(source, path, options, _diagnostics),
           _materials(_mesh.groups, options, _diagnostics),
-          _libraries(filesOf(_path, options), options, _materials, _diagnostics),
+          _libraries(source, _references, options, _materials, _diagnostics),
           _groups(_mesh.groups, _materials, _path,
                   options.splitObjects ? FaceGroups::Parts::Split : FaceGroups::Parts::Joined),
-          _stream(&file),
+          _stream(&text.device()),
           _reader(&_stream, lineOptions(options.repairs), findWideParser(), keywordsOf(options)),
           _feed(_mesh, _groups) {
         if (options.vertexColours)
@@ -105,7 +110,6 @@ public:
             _feed.alignNormals();
         _mesh.groups.create(QStringLiteral("<default>"), makeDefaultMaterialWithoutMaps(layoutOf(options)),
                             -1, 0, defaultWhiteMaps());
-        _reader.setDirectory(QFileInfo(_path).dir().absolutePath());
     }
 
     /// Returns: false, with the reason in `error`, if a library cannot be read or the text has more data than
@@ -123,19 +127,23 @@ private:
     static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
     /// Returns: false, with the reason in `error`, if the library is needed and cannot be read.
-    bool loadLibrary(const QString& path, QString& error);
+    bool loadLibrary(const QString& name, QString& error);
+    QString libraryPath(const QString& name);
     /// Loads the library that is named by the whole of `rest`, or else by each of its words.
     bool loadLibraries(const QString& rest, QString& error);
     void removeUnplacedFaces();
+    qint64 bytesRead() const;
     bool isTooLarge(QString& error) const;
     void completeNormals(ProgressMeter& meter);
 
-    QString _path;
-    qint64 _fileSize;
+    const TextInput& _text;
+    const QString& _path;
+    qint64 _fileSize; ///< -1 for a sequential device
     const LoadOptions& _options;
     DiagnosticLog _diagnostics;
     ScratchReuse _memory;
     Mesh _mesh{Input::Consumed};
+    FileReferences _references;
     MaterialDefinitions _materials;
     MaterialLibraries _libraries;
     FaceGroups _groups;
@@ -153,12 +161,12 @@ bool ObjImport::readText(ProgressMeter& meter, QString& error) {
     for (; _reader.hasNext(); _reader.next(_feed.run())) {
         if (isTooLarge(error))
             return false;
-        meter.reach(_reader.bytesRead());
+        meter.reach(bytesRead());
         if (!takeRecord(error))
             return false;
     }
     _feed.finish();
-    meter.reach(_reader.bytesRead());
+    meter.reach(bytesRead());
     if (_options.repairs.dropUnplacedFaces)
         removeUnplacedFaces();
     completeNormals(meter);
@@ -193,8 +201,17 @@ bool ObjImport::takeRecord(QString& error) {
     return true;
 }
 
-bool ObjImport::loadLibrary(const QString& path, QString& error) {
+qint64 ObjImport::bytesRead() const {
+    return _fileSize < 0 ? _text.sequentialBytes() : _reader.bytesRead();
+}
+
+QString ObjImport::libraryPath(const QString& name) {
+    return _references.find(Code::RelocatedLibrary, _path, name);
+}
+
+bool ObjImport::loadLibrary(const QString& name, QString& error) {
     _feed.flush();
+    const QString path = libraryPath(name);
     if (_libraries.load(path))
         return true;
     if (!_options.repairs.skipMissingLibraries) {
@@ -214,8 +231,7 @@ bool ObjImport::loadLibraries(const QString& rest, QString& error) {
         QStringList wholes = nameCandidates(rest);
         wholes.removeLast();
         for (const QString& whole : qAsConst(wholes)) {
-            const QString path = _reader.libraryPath(whole);
-            if (!_libraries.load(path))
+            if (!_libraries.load(libraryPath(whole)))
                 continue;
             _diagnostics.add(Code::MatchedName, _path, rest, [&] {
                 return QStringLiteral("'%1' is read as the name of one library").arg(rest);
@@ -226,7 +242,7 @@ bool ObjImport::loadLibraries(const QString& rest, QString& error) {
     if (words.isEmpty())
         words.append(QString());
     return std::all_of(words.cbegin(), words.cend(),
-                       [&](const QString& word) { return loadLibrary(_reader.libraryPath(word), error); });
+                       [&](const QString& word) { return loadLibrary(word, error); });
 }
 
 void ObjImport::removeUnplacedFaces() {
@@ -266,7 +282,7 @@ DrawData ObjImport::prepare(ProgressMeter& meter) {
 
 LoadReport ObjImport::report() const {
     LoadReport report;
-    report.bytesRead = _fileSize;
+    report.bytesRead = _fileSize < 0 ? bytesRead() : _fileSize;
     report.faces = _feed.faces() - _unplacedFaces;
     report.droppedFaces = _droppedFaces + _unplacedFaces;
     report.facesWithoutGroup = _feed.facesWithoutGroup();
@@ -275,61 +291,67 @@ LoadReport ObjImport::report() const {
     return report;
 }
 
-/// Reads a file and calls `finish` with it. On failure, `error` contains the reason.
+/// A text of a model, and the source of the other files of the model.
+struct ModelText {
+    QString path;
+    std::unique_ptr<TextInput> text; ///< null if there is none
+    std::shared_ptr<ModelSource> source;
+};
+
+// The OBJ file itself may lie anywhere.
+ModelText openFile(const QString& path, const LoadOptions& options) {
+    return {path, TextInput::open(*ModelFiles().source(), path), filesOf(path, options).source()};
+}
+
+ModelText openFrom(const std::shared_ptr<ModelSource>& source, const QString& name) {
+    return {name, source ? TextInput::open(*source, name) : nullptr, source};
+}
+
+/// Reads a model and calls `finish` with it. On failure, `error` contains the reason.
 template<typename Finish>
-void importFile(const QString& path, QString& error, const LoadProgress& progress, LoadReport* report,
+void importText(const ModelText& model, QString& error, const LoadProgress& progress, LoadReport* report,
                 const LoadOptions& options, const Finish& finish) {
-    const std::unique_ptr<QFile> file = ModelFiles().open(path, QIODevice::ReadOnly | QIODevice::Text);
-    if (!file) {
-        error = loadFailure(path);
+    if (!model.text) {
+        error = loadFailure(model.path);
         return;
     }
-    ObjImport import(*file, options);
+    ObjImport import(*model.text, model.path, *model.source, options);
     ProgressMeter meter(progress);
     try {
         if (!import.readText(meter, error))
             return;
-        if (!isReadToTheEnd(*file)) {
-            error = loadFailure(path);
+        if (!model.text->isReadToTheEnd()) {
+            error = loadFailure(model.path);
             return;
         }
         finish(import, meter);
         if (report != nullptr)
             *report = import.report();
     } catch (const Cancelled&) {
-        error = cancellation(path);
+        error = cancellation(model.path);
     }
 }
 
-} // namespace
-
-GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
-    return loadModelFromOBJFile(path, error, LoadProgress(), nullptr);
-}
-
-GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
-                               LoadReport* report) {
-    std::unique_ptr<GPUModel> model;
-    importFile(path, error, progress, report, LoadOptions(), [&](ObjImport& import, ProgressMeter& meter) {
-        auto loaded = newModel(path);
-        const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-        if (import.hasMesh() && !context.isNull())
-            uploadTo(*context, import.prepare(meter), *loaded, {makeIdentityInstance()});
-        model = std::move(loaded);
+DrawData readDrawData(const ModelText& text, QString& error, const LoadOptions& options,
+                      const LoadProgress& progress, LoadReport* report) {
+    DrawData data;
+    importText(text, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
+        data = import.hasMesh() ? import.prepare(meter) : DrawData();
     });
-    return model.release();
+    return data;
 }
 
-std::unique_ptr<GPUModel> loadModelFromOBJFile(const QString& path, QString& error,
-                                               const LoadOptions& options, const LoadProgress& progress,
-                                               LoadReport* report) {
+/// Loads the model that `open` returns, which is called if there is a context for it.
+template<typename Open>
+std::unique_ptr<GPUModel> loadModel(const QString& path, QString& error, const LoadOptions& options,
+                                    const LoadProgress& progress, LoadReport* report, const Open& open) {
     const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
     if (!canUpload(context.data())) {
         error = withoutOpenGL(path);
         return nullptr;
     }
     std::unique_ptr<GPUModel> model;
-    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
+    importText(open(), error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
         DrawData data = import.hasMesh() ? import.prepare(meter) : DrawData();
         auto loaded = newModel(path);
         if (!data.isEmpty() && uploadTo(*context, std::move(data), *loaded, {makeIdentityInstance()}))
@@ -340,13 +362,53 @@ std::unique_ptr<GPUModel> loadModelFromOBJFile(const QString& path, QString& err
     return model;
 }
 
+} // namespace
+
+GPUModel* loadModelFromOBJFile(const QString& path, QString& error) {
+    return loadModelFromOBJFile(path, error, LoadProgress(), nullptr);
+}
+
+GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
+                               LoadReport* report) {
+    const LoadOptions options;
+    std::unique_ptr<GPUModel> model;
+    importText(openFile(path, options), error, progress, report, options,
+               [&](ObjImport& import, ProgressMeter& meter) {
+                   auto loaded = newModel(path);
+                   const UploadOptions uploadOptions{makeIdentityInstance()};
+                   const QSharedPointer<OpenGLDeviceContext> context =
+                       import.hasMesh() ? OpenGLDeviceContext::current() : nullptr;
+                   if (!context.isNull())
+                       uploadTo(*context, import.prepare(meter), *loaded, uploadOptions);
+                   model = std::move(loaded);
+               });
+    return model.release();
+}
+
+std::unique_ptr<GPUModel> loadModelFromOBJFile(const QString& path, QString& error,
+                                               const LoadOptions& options, const LoadProgress& progress,
+                                               LoadReport* report) {
+    return loadModel(path, error, options, progress, report, [&] { return openFile(path, options); });
+}
+
+std::unique_ptr<GPUModel> loadModelFromOBJ(const std::shared_ptr<ModelSource>& source, const QString& name,
+                                           QString& error, const LoadOptions& options,
+                                           const LoadProgress& progress, LoadReport* report) {
+    std::unique_ptr<GPUModel> model =
+        loadModel(name, error, options, progress, report, [&] { return openFrom(source, name); });
+    if (model)
+        model->setTextureLoader(makeTextureLoader(source));
+    return model;
+}
+
 DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                  LoadReport* report, const LoadOptions& options) {
-    DrawData data;
-    importFile(path, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
-        data = import.hasMesh() ? import.prepare(meter) : DrawData();
-    });
-    return data;
+    return readDrawData(openFile(path, options), error, options, progress, report);
+}
+
+DrawData readDrawDataFromOBJ(const std::shared_ptr<ModelSource>& source, const QString& name, QString& error,
+                             const LoadOptions& options, const LoadProgress& progress, LoadReport* report) {
+    return readDrawData(openFrom(source, name), error, options, progress, report);
 }
 
 void registerExtendedMaterials() {

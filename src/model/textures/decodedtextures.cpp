@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <utility>
 
 #include <QtCore/QHash>
 
@@ -28,7 +29,7 @@ struct DecodedTexture {
 } // namespace
 
 struct DecodedTextures::Data {
-    ModelFiles files;
+    std::shared_ptr<ModelSource> source;
     TextureOptions options;
     GPUModel::TextureLoader loadOther;
     QHash<QString, std::shared_ptr<DecodedTexture>> byPath;
@@ -45,7 +46,7 @@ struct DecodedTextures::Data {
 
 void DecodedTextures::Data::decode(const QString& path) {
     const auto decoded = std::make_shared<DecodedTexture>();
-    *decoded->image = readMaterialImage(files, path, [] { return kLargestDecodedSide; });
+    *decoded->image = readMaterialImage(*source, path, [] { return kLargestDecodedSide; });
     byPath.insert(path, decoded);
     if (decoded->image->isNull())
         return;
@@ -73,8 +74,8 @@ void DecodedTextures::Data::describe(DecodedTexture& decoded) const {
 
 // Fills the texture with the image that was decoded, and with that of the file after the hand-over.
 Texture::Refill DecodedTextures::Data::refillOf(const QString& path, const DecodedTexture& decoded) const {
-    const auto read = [files = files, path, image = decoded.image] {
-        return image->isNull() ? readMaterialImage(files, path, largestSide) : *image;
+    const auto read = [source = source, path, image = decoded.image] {
+        return image->isNull() ? readMaterialImage(*source, path, largestSide) : *image;
     };
     return refillFrom(read, options);
 }
@@ -103,10 +104,13 @@ void DecodedTextures::Data::handOver(const HandOverBudget& budget) {
 }
 
 DecodedTextures::DecodedTextures(const ModelFiles& files, const TextureOptions& options)
+    : DecodedTextures(files.source(), options) {}
+
+DecodedTextures::DecodedTextures(std::shared_ptr<ModelSource> source, const TextureOptions& options)
     : _data(std::make_shared<Data>()) {
-    _data->files = files;
+    _data->source = std::move(source);
     _data->options = options;
-    _data->loadOther = makeTextureLoader(files, options);
+    _data->loadOther = makeTextureLoader(_data->source, options);
 }
 
 bool DecodedTextures::decode(const QStringList& paths, const DecodeProgress& progress) {

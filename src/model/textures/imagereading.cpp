@@ -3,7 +3,12 @@
 #include <algorithm>
 #include <iterator>
 
+#include <QtCore/QBuffer>
+#include <QtCore/QFileDevice>
 #include <QtCore/QtEndian>
+
+#include "files/filesource.h"
+#include "files/sourcedevice.h"
 
 namespace Atelier::Vel {
 
@@ -22,7 +27,7 @@ bool fits(const QSize& size, SideLimit largestSide) {
 
 // The screen size of a GIF. A GIF is decoded to that size, but its reader reports the size of the first
 // picture. Invalid for other files.
-QSize gifScreen(QFile& file) {
+QSize gifScreen(QIODevice& file) {
     const QByteArray header = file.peek(10);
     if (header.size() < 10 || !header.startsWith("GIF8"))
         return {};
@@ -31,7 +36,7 @@ QSize gifScreen(QFile& file) {
 }
 
 // The header and the first entry of an icon or a cursor; empty for other files.
-QByteArray iconDirectory(QFile& file) {
+QByteArray iconDirectory(QIODevice& file) {
     constexpr int kDirectoryBytes = 22;
     const QByteArray directory = file.peek(kDirectoryBytes);
     const bool isIcon = directory.startsWith(QByteArray("\0\0\1\0", 4));
@@ -41,14 +46,14 @@ QByteArray iconDirectory(QFile& file) {
 
 // Whether the first picture of an icon has no more bytes than the file. The check is necessary because the
 // reader allocates the size that the entry claims. True for other files.
-bool isIconWhole(QFile& file) {
+bool isIconWhole(QIODevice& file) {
     const QByteArray directory = iconDirectory(file);
     return directory.isEmpty() || qFromLittleEndian<quint32>(directory.constData() + 14) <= file.size();
 }
 
 // The size of the PNG in the first entry of an icon or a cursor. The PNG is decoded to that size, but the
 // reader reports the size that the entry claims. Invalid for other files.
-QSize pngInIcon(QFile& file) {
+QSize pngInIcon(QIODevice& file) {
     const QByteArray directory = iconDirectory(file);
     if (directory.isEmpty())
         return {};
@@ -80,31 +85,67 @@ constexpr const char* kSelfContainedFormats[] = {"bmp",  "cur",  "dds",  "gif", 
                                                  "jpeg", "jpg",  "pbm",  "pgm",  "png",  "ppm", "tga",
                                                  "tif",  "tiff", "wbmp", "webp", "xbm",  "xpm"};
 
+// Only files of the system that need not be in a folder may refer to others.
+bool isSelfContained(const ModelSource& source) {
+    const auto* files = dynamic_cast<const FileSource*>(&source);
+    return files == nullptr || !files->files().folder().isNull();
+}
+
+// Whether decoders may read a device themselves. Others may be sequential, give short reads, or throw, which
+// decoders in C do not clean up after.
+bool isReliable(const QIODevice& device) {
+    const bool isKnown = qobject_cast<const QFileDevice*>(&device) != nullptr ||
+                         qobject_cast<const QBuffer*>(&device) != nullptr;
+    return isKnown && !device.isSequential();
+}
+
+// The content of a device. Null if it cannot be read to its end or is too large.
+std::unique_ptr<QIODevice> copied(QIODevice& device) {
+    constexpr int kBytesPerRead = 65536;
+    SourceDevice reader(device);
+    reader.setTextModeEnabled(false);
+    QByteArray content;
+    while (!reader.atEnd() && content.size() <= kLargestImageBytes)
+        content += reader.read(kBytesPerRead);
+    auto copy = std::make_unique<QBuffer>();
+    copy->setData(content);
+    const bool isWhole = reader.atEnd() && !reader.hasFailed();
+    return isWhole && copy->open(QIODevice::ReadOnly) ? std::move(copy) : nullptr;
+}
+
 } // namespace
 
-bool mayBeRead(const QImageReader& reader, const ModelFiles& files) {
+bool mayBeRead(const QImageReader& reader, const ModelSource& source) {
     if (reader.device() == nullptr)
         return false;
-    return files.folder().isNull() ? !isOneOf(kReferringFormats, reader.format())
-                                   : isOneOf(kSelfContainedFormats, reader.format());
+    return isSelfContained(source) ? isOneOf(kSelfContainedFormats, reader.format())
+                                   : !isOneOf(kReferringFormats, reader.format());
 }
 
 QString withSlashes(QString path) {
     return path.replace(QLatin1Char('\\'), QLatin1Char('/'));
 }
 
-std::unique_ptr<QFile> openMaterialFile(const ModelFiles& files, const QString& path) {
-    std::unique_ptr<QFile> file = files.open(path);
-    const QString slashed = withSlashes(path);
-    return file || slashed == path ? std::move(file) : files.open(slashed);
+std::unique_ptr<QIODevice> openImage(ModelSource& source, const QString& path) {
+    std::unique_ptr<QIODevice> device = source.open(path);
+    if (!device || !device->isReadable())
+        return nullptr;
+    device->setTextModeEnabled(false);
+    return isReliable(*device) ? std::move(device) : copied(*device);
 }
 
-QImage readImage(const std::unique_ptr<QFile>& file, const ModelFiles& files, SideLimit largestSide) {
+std::unique_ptr<QIODevice> openMaterialFile(ModelSource& source, const QString& path) {
+    std::unique_ptr<QIODevice> file = openImage(source, path);
+    const QString slashed = withSlashes(path);
+    return file || slashed == path ? std::move(file) : openImage(source, slashed);
+}
+
+QImage readImage(const std::unique_ptr<QIODevice>& file, const ModelSource& source, SideLimit largestSide) {
     const bool isSmall = file && fits(gifScreen(*file), largestSide) && isIconWhole(*file) &&
                          fits(pngInIcon(*file), largestSide);
     QImageReader reader(file.get());
     // Not every format reports its size before it is decoded.
-    if (!isSmall || !mayBeRead(reader, files) || !fits(reader.size(), largestSide))
+    if (!isSmall || !mayBeRead(reader, source) || !fits(reader.size(), largestSide))
         return {};
     QImage image = reader.read();
     if (image.isNull() || !fits(image.size(), largestSide))
@@ -114,8 +155,8 @@ QImage readImage(const std::unique_ptr<QFile>& file, const ModelFiles& files, Si
     return image.mirrored(false, true);
 }
 
-QImage readMaterialImage(const ModelFiles& files, const QString& path, SideLimit largestSide) {
-    return readImage(openMaterialFile(files, path), files, largestSide);
+QImage readMaterialImage(ModelSource& source, const QString& path, SideLimit largestSide) {
+    return readImage(openMaterialFile(source, path), source, largestSide);
 }
 
 } // namespace Atelier::Vel

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include <QtCore/QHash>
 #include <QtGui/QImage>
@@ -11,6 +12,7 @@
 #include <velgl/texture.h>
 #include <velmodel/modelfiles.h>
 
+#include "files/filesource.h"
 #include "textures/imagereading.h"
 #include "textures/materialtextures.h"
 #include "textures/texturefilling.h"
@@ -45,9 +47,9 @@ Texture* LoadTexture(const QString& path) {
     static QHash<QString, Texture*> cache;
     if (Texture* known = cache.value(path))
         return known;
-    const ModelFiles files;
+    const std::shared_ptr<ModelSource> files = ModelFiles().source();
     std::unique_ptr<Texture> texture =
-        makeTexture([files, path] { return readImage(files.open(path), files, largestSide); }, {});
+        makeTexture([files, path] { return readImage(openImage(*files, path), *files, largestSide); }, {});
     if (texture)
         cache.insert(path, texture.get());
     return texture.release();
@@ -60,15 +62,21 @@ Texture* loadMaterialTexture(const QString& path) {
 }
 
 GPUModel::TextureLoader makeTextureLoader(const ModelFiles& files, const TextureOptions& options) {
-    return [files, options](const QString& path) -> std::shared_ptr<Texture> {
-        return makeTexture([files, path] { return readMaterialImage(files, path, largestSide); }, options);
+    return makeTextureLoader(files.source(), options);
+}
+
+GPUModel::TextureLoader makeTextureLoader(std::shared_ptr<ModelSource> source,
+                                          const TextureOptions& options) {
+    return [source = std::move(source), options](const QString& path) -> std::shared_ptr<Texture> {
+        return makeTexture([source, path] { return readMaterialImage(*source, path, largestSide); }, options);
     };
 }
 
 QSize readTextureSize(const ModelFiles& files, const QString& path) {
-    const std::unique_ptr<QFile> file = openMaterialFile(files, path);
+    FileSource source(files);
+    const std::unique_ptr<QIODevice> file = openMaterialFile(source, path);
     const QImageReader reader(file.get());
-    const QSize size = mayBeRead(reader, files) ? reader.size() : QSize();
+    const QSize size = mayBeRead(reader, source) ? reader.size() : QSize();
     return size.width() < 0 ? QSize() : QSize(size.width(), qAbs(size.height()));
 }
 

@@ -65,8 +65,8 @@ bool LiteralObjReader::read() {
         return _ok = readFace();
     case Kind::MaterialLibrary:
         _text = _tokens.value(1);
-        if (QDir::isRelativePath(_text))
-            _text = _directory.absoluteFilePath(_text);
+        if (_directory && QDir::isRelativePath(_text))
+            _text = _directory->absoluteFilePath(_text);
         break;
     case Kind::UseMaterial:
         _text = _tokens.value(1);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include <QtCore/QDir>
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
@@ -15,6 +17,7 @@ public:
 
     explicit LiteralObjReader(QTextStream* stream);
 
+    /// Makes the names of libraries absolute.
     void setDirectory(const QString& path) { _directory = QDir(path); }
     bool hasNext() const { return _kind != Kind::End; }
     void next();
@@ -30,7 +33,7 @@ private:
     bool readFace();
     bool readCorner(const QString& token);
 
-    QDir _directory{QString()};
+    std::optional<QDir> _directory;
     QTextStream* _stream;
     QStringList _tokens;
     bool _ok = false;

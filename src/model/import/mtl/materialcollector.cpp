@@ -2,11 +2,9 @@
 
 #include <utility>
 
-#include <velmodel/modelfiles.h>
-
-#include "diagnostics.h"
 #include "import/mtl/mapoptions.h"
 #include "import/mtl/mtlreader.h"
+#include "import/references/filereferences.h"
 
 namespace Atelier::Vel {
 
@@ -18,11 +16,12 @@ bool isDirections(MtlReader::Kind map) {
 
 } // namespace
 
-MaterialCollector::MaterialCollector(QString path, MaterialDefinitions& definitions, const ModelFiles& files,
-                                     const LoadOptions& options, DiagnosticLog& diagnostics)
+MaterialCollector::MaterialCollector(QString path, MaterialDefinitions& definitions,
+                                     FileReferences& references, const LoadOptions& options,
+                                     DiagnosticLog& diagnostics)
     : _path(std::move(path)),
       _definitions(definitions),
-      _files(files),
+      _references(references),
       _repairs(options.repairs),
       _diagnostics(diagnostics),
       _layout(layoutOf(options)),
@@ -50,13 +49,14 @@ void MaterialCollector::startMaterial(const MtlReader& line) {
 
 // An unreadable texture is drawn as white.
 void MaterialCollector::setMap(const QString& name, const MtlReader& line) {
-    const QString& path = line.text();
+    const QString path =
+        _repairs.findFiles
+            ? _references.findFirst(DiagnosticLog::Code::RelocatedTexture, _path, line.mapNames())
+            : _references.find(DiagnosticLog::Code::RelocatedTexture, _path, line.text());
     if (line.isRepaired())
         _diagnostics.add(DiagnosticLog::Code::MapName, _path, line.rest(),
                          [&] { return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), path); });
-    const bool isAllowed = _files.allows(path);
-    if (!isAllowed)
-        reportOutsideFile(path, _files.folder());
+    const bool isAllowed = _references.isAllowed(path);
     // White is no direction.
     if (!isAllowed && isDirections(line.kind()))
         return;

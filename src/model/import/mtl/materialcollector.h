@@ -12,14 +12,14 @@
 
 namespace Atelier::Vel {
 
-class ModelFiles;
+class FileReferences;
 class MtlReader;
 
 /// Collects the lines of one material at a time and defines each material.
 class MaterialCollector {
 public:
-    /// The references must outlive the object. `path` is the file of the lines.
-    MaterialCollector(QString path, MaterialDefinitions& definitions, const ModelFiles& files,
+    /// The references must outlive the object. `path` is the name of the text for its source.
+    MaterialCollector(QString path, MaterialDefinitions& definitions, FileReferences& references,
                       const LoadOptions& options, DiagnosticLog& diagnostics);
 
     void take(const MtlReader& line);
@@ -35,7 +35,7 @@ private:
 
     QString _path;
     MaterialDefinitions& _definitions;
-    const ModelFiles& _files;
+    FileReferences& _references;
     const LoadRepairs& _repairs;
     DiagnosticLog& _diagnostics;
     MaterialLayout _layout;

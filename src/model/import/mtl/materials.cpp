@@ -3,19 +3,17 @@
 #include <memory>
 #include <utility>
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
+#include <QtCore/QTextStream>
 #include <QtGui/QColor>
 
 #include <velgl/instancedata.h>
 #include <velgl/texturemanager.h>
-#include <velmodel/modelfiles.h>
 #include <velmodel/objloader.h>
 
-#include "diagnostics.h"
-#include "files/textfile.h"
+#include "files/textinput.h"
 #include "import/mtl/materialcollector.h"
 #include "import/mtl/mtlreader.h"
+#include "import/references/filereferences.h"
 
 namespace Atelier::Vel {
 
@@ -38,43 +36,50 @@ InstanceData makeDefaultMaterialWithoutMaps(MaterialLayout layout) {
     constexpr float kLightGrey[] = {0.7F, 0.7F, 0.7F};
     constexpr float kWhite[] = {1.0F, 1.0F, 1.0F};
     InstanceData material(materialPlanName(layout));
-    setInitialValues(material, layout);
     setColour(material, QStringLiteral("Ka"), kBlack);
     setColour(material, QStringLiteral("Kd"), kLightGrey);
     setColour(material, QStringLiteral("Ks"), kWhite);
     setScalar(material, QStringLiteral("Ns"), 10.0F);
+    setInitialValues(material, layout);
     return material;
 }
 
-bool MaterialLibraries::load(const QString& path) {
-    const std::unique_ptr<QFile> file = _files.open(path, QIODevice::ReadOnly | QIODevice::Text);
-    if (!file) {
-        if (!_files.allows(path))
-            reportOutsideFile(path, _files.folder());
+bool MaterialLibraries::load(const QString& name) {
+    if (_readNames.contains(name))
+        return true;
+    const std::unique_ptr<TextInput> text = TextInput::open(_source, name);
+    if (!text) {
+        _references.isAllowed(name); // which warns
         return false;
     }
-    const std::optional<FileVersion> version = versionOf(*file);
+    const std::optional<FileVersion> version = text->version();
     if (version && _read.count(*version) != 0)
         return true;
-    QTextStream stream(file.get());
+    if (!read(*text, name))
+        return false;
+    if (version)
+        _read.insert(*version);
+    else
+        _readNames.insert(name);
+    return true;
+}
+
+// Returns: false if the end of the text was not reached.
+bool MaterialLibraries::read(TextInput& text, const QString& name) {
+    QTextStream stream(&text.device());
     const LoadRepairs& repairs = _options.repairs;
     LineSourceOptions lines;
     lines.joinsContinuedLines = repairs.joinContinuedLines;
     MtlReader reader(&stream, true, lines,
                      {repairs.matchNames, repairs.parseMapOptions, _options.extendedMaterials});
-    reader.setDirectory(QFileInfo(path).dir().absolutePath());
-    MaterialCollector collector(path, _definitions, _files, _options, _diagnostics);
+    MaterialCollector collector(name, _definitions, _references, _options, _diagnostics);
     while (reader.hasNext()) {
         if (reader.read())
             collector.take(reader);
         reader.next();
     }
     collector.finishMaterial();
-    if (!isReadToTheEnd(*file))
-        return false;
-    if (version)
-        _read.insert(*version);
-    return true;
+    return text.isReadToTheEnd();
 }
 
 } // namespace Atelier::Vel

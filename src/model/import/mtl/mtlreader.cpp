@@ -30,7 +30,7 @@ MtlReader::Kind kindOf(const QString& keyword, bool isExtended) {
 
 MtlReader::MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options,
                      const MtlDialect& dialect)
-    : _skipUnknown(skipUnknown), _directory(QString()), _lines(stream, options), _dialect(dialect) {}
+    : _skipUnknown(skipUnknown), _lines(stream, options), _dialect(dialect) {}
 
 void MtlReader::next() {
     _ok = false;
@@ -117,8 +117,14 @@ void MtlReader::readMap() {
         _isRepaired = repaired != _text;
         _text = repaired;
     }
-    if (QDir::isRelativePath(_text))
-        _text = _directory.absoluteFilePath(_text);
+}
+
+QStringList MtlReader::mapNames() const {
+    const QString whole = rest();
+    const auto nameIn = [this](const QString& text) {
+        return unquoted(_dialect.mapOptions ? parseMapOptions(text).name : text);
+    };
+    return {nameIn(whole), nameIn(withoutComment(whole)), wordsOf(whole).value(0), _text};
 }
 
 QString MtlReader::repairedMapName() const {

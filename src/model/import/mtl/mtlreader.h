@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QtCore/QDir>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QTextStream>
 
 #include "import/text/linesource.h"
@@ -17,9 +17,9 @@ struct MtlDialect {
 
 /// Reads Wavefront MTL text line by line and knows ten keywords, or twenty.
 ///
-/// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
-/// the line according to kind() if read() returned true, and call next(). The first read() is before the
-/// first line and returns false.
+/// Construct it with an open stream. As long as hasNext() is true, call read(), use the line according to
+/// kind() if read() returned true, and call next(). The first read() is before the first line and returns
+/// false.
 class MtlReader {
 public:
     enum class Kind : quint32 {
@@ -51,9 +51,6 @@ public:
     MtlReader(QTextStream* stream, bool skipUnknown, const LineSourceOptions& options = {},
               const MtlDialect& dialect = {});
 
-    /// Sets the directory for relative map names.
-    void setDirectory(const QString& path) { _directory = QDir(path); }
-
     bool hasNext() const { return _kind != Kind::End; }
     /// Advances to the next line with content.
     void next();
@@ -63,10 +60,12 @@ public:
     Kind kind() const { return _kind; }
     /// Three components of a colour, or a scalar in the first.
     const float* values() const { return _values; }
-    /// The name of a material or the path of a map.
+    /// The name of a material or of a map.
     const QString& text() const { return _text; }
     /// All text after the keyword of the current line, without white space around it.
     QString rest() const;
+    /// The names that the file of the current map may have, the most probable first, and text() as the last.
+    QStringList mapNames() const;
     /// Whether the current line is a map whose name is not the first word after the keyword.
     bool isRepaired() const { return _isRepaired; }
 
@@ -76,7 +75,6 @@ private:
     QString repairedMapName() const;
 
     bool _skipUnknown;
-    QDir _directory;
     LineSource _lines;
     MtlDialect _dialect;
     QString _whole; ///< the current line, without outer white space

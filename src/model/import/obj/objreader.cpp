@@ -27,11 +27,7 @@ std::string_view takePart(std::string_view& token) {
 
 ObjReader::ObjReader(QTextStream* stream, const LineSourceOptions& options, WideParser* wideParser,
                      ObjKeywords keywords)
-    : _directory(QString()),
-      _stream(stream),
-      _lines(stream, options),
-      _wideParser(wideParser),
-      _keywords(keywords) {
+    : _stream(stream), _lines(stream, options), _wideParser(wideParser), _keywords(keywords) {
     _corners.reserve(kCornersReserved);
     next();
 }
@@ -115,8 +111,6 @@ bool ObjReader::read() {
     case Kind::Face:
         return _ok = readFace();
     case Kind::MaterialLibrary:
-        _text = libraryPath(nextText());
-        break;
     case Kind::UseMaterial:
     case Kind::SmoothingGroup:
         _text = nextText();

@@ -3,7 +3,6 @@
 #include <string_view>
 #include <vector>
 
-#include <QtCore/QDir>
 #include <QtCore/QString>
 #include <QtCore/QTextStream>
 
@@ -28,8 +27,8 @@ struct ObjKeywords {
 /// Reads Wavefront OBJ text line by line and knows six keywords, and those that are wanted. All other lines
 /// are skipped.
 ///
-/// Construct it with an open stream and call setDirectory(). As long as hasNext() is true, call read(), use
-/// the record according to kind() if read() returned true, and call next().
+/// Construct it with an open stream. As long as hasNext() is true, call read(), use the record according to
+/// kind() if read() returned true, and call next().
 class ObjReader {
 public:
     enum class Kind : quint32 {
@@ -50,9 +49,6 @@ public:
     /// with `wideParser`, which may be null.
     explicit ObjReader(QTextStream* stream, const LineSourceOptions& options = {},
                        WideParser* wideParser = findWideParser(), ObjKeywords keywords = {});
-
-    /// Sets the directory for relative library names.
-    void setDirectory(const QString& path) { _directory = QDir(path); }
 
     bool hasNext() const { return _kind != Kind::End; }
     /// Advances to the next known line.
@@ -75,15 +71,11 @@ public:
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
     /// The number of bytes of the file read so far.
     qint64 bytesRead() const { return _lines.bytesRead(); }
-    /// The path of a material library, the name of a material, or a smoothing group: the first word after the
+    /// The name of a material library or of a material, or a smoothing group: the first word after the
     /// keyword. For parts, the same as rest().
     const QString& text() const { return _text; }
     /// All text after the keyword of the current line, without white space around it.
     QString rest() const { return _lines.text(_operands, _lines.end()).trimmed(); }
-    /// The absolute path of a library named `name`.
-    QString libraryPath(const QString& name) const {
-        return QDir::isRelativePath(name) ? _directory.absoluteFilePath(name) : name;
-    }
 
 private:
     void nextLine();
@@ -100,7 +92,6 @@ private:
     Kind classify(std::string_view keyword);
     Kind classifyOptional(std::string_view keyword) const;
 
-    QDir _directory;
     QTextStream* _stream;
     LineSource _lines;
     WideParser* _wideParser;

@@ -16,8 +16,8 @@ constexpr int kUtf8Mib = 106;
 
 // The device of a stream, if the stream reads it from its start, in text mode, as UTF-8 unless a byte-order
 // mark specifies another encoding. Otherwise null.
-QFileDevice* plainFile(const QTextStream& stream) {
-    auto* device = qobject_cast<QFileDevice*>(stream.device());
+QIODevice* plainDevice(const QTextStream& stream) {
+    QIODevice* device = stream.device();
     const bool plain = device != nullptr && device->isReadable() && device->isTextModeEnabled() &&
                        !device->isSequential() && device->pos() == 0;
     const bool utf8 = stream.autoDetectUnicode() && stream.codec() == QTextCodec::codecForLocale() &&
@@ -119,10 +119,10 @@ char byteFor(QChar character) {
 } // namespace
 
 LineSource::LineSource(QTextStream* stream, const LineSourceOptions& options)
-    : _stream(stream), _device(plainFile(*stream)), _options(options) {
+    : _stream(stream), _device(plainDevice(*stream)), _options(options) {
     if (_device == nullptr)
         return;
-    _fileSize = _device->size();
+    _fileSize = std::max<qint64>(_device->size(), 0);
     reserveBlock(std::min(_options.blockBytes, _fileSize));
     readBlock();
     skipByteOrderMark();

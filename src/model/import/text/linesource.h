@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include <QtCore/QFileDevice>
+#include <QtCore/QIODevice>
 #include <QtCore/QString>
 #include <QtCore/QTextStream>
 
@@ -22,11 +22,11 @@ struct LineSourceOptions {
 
 /// Reads the lines of a text stream as bytes: the same lines as QTextStream::readLine.
 ///
-/// A plain file in text mode is read in large blocks, bypassing the stream, and its ASCII lines are returned
-/// in place, without a copy. Lines with other characters are decoded as the stream decodes them. So are all
-/// lines if the stream cannot be bypassed: UTF-16 and UTF-32, a codec set by the client, a stream over
-/// anything else, or one that was read before. Decoded lines are returned with one byte per character: white
-/// space as ' ', any other character beyond ASCII as `kForeign`.
+/// A device that can seek, in text mode, is read in large blocks, bypassing the stream, and its ASCII lines
+/// are returned in place, without a copy. Lines with other characters are decoded as the stream decodes them.
+/// So are all lines if the stream cannot be bypassed: UTF-16 and UTF-32, a codec set by the client, a stream
+/// over a sequential device or a string, or one that was read before. Decoded lines are returned with one
+/// byte per character: white space as ' ', any other character beyond ASCII as `kForeign`.
 class LineSource {
 public:
     static constexpr char kForeign = '\x80';
@@ -83,7 +83,7 @@ private:
     bool streamDropsMark(qint64 offset);
 
     QTextStream* _stream;
-    QFileDevice* _device; ///< null if the lines come from the stream itself
+    QIODevice* _device; ///< null if the lines come from the stream itself
     LineSourceOptions _options;
     qint64 _fileSize = 0; ///< when reading began
     qint64 _bytesRead = 0;
