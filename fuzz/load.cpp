@@ -18,6 +18,7 @@
 #include "checkingcontext.h"
 #include "claim.h"
 #include "filewriting.h"
+#include "fuzzedoptions.h"
 #include "literal/literalobjloader.h"
 #include "modeldescription.h"
 
@@ -35,20 +36,33 @@ struct Loaded {
     QString error;
 };
 
+void check(const Loaded& loaded, const LoadReport& report) {
+    Fuzzing::require((loaded.model == nullptr) == !loaded.error.isEmpty(),
+                     "a load gives a model or an error");
+    if (loaded.model == nullptr)
+        return;
+    Fuzzing::require(Fuzzing::requireDrawable(*loaded.model) == 3 * report.statistics.triangles,
+                     "the commands draw the triangle count of the report");
+    loaded.model->bounds();
+}
+
+Loaded load(const QString& path) {
+    Loaded loaded;
+    LoadReport report;
+    loaded.model.reset(loadModelFromOBJFile(path, loaded.error, LoadProgress(), &report));
+    check(loaded, report);
+    return loaded;
+}
+
 Loaded load(const QString& path, const LoadOptions& options) {
     Loaded loaded;
     LoadReport report;
-    if (options.files == LoadOptions::Files::Anywhere)
-        loaded.model.reset(loadModelFromOBJFile(path, loaded.error, LoadProgress(), &report));
-    else
-        loaded.model = loadModelFromOBJFile(path, loaded.error, options, LoadProgress(), &report);
-    Fuzzing::require((loaded.model == nullptr) == !loaded.error.isEmpty(),
-                     "a load gives a model or an error");
-    if (loaded.model != nullptr) {
-        Fuzzing::require(Fuzzing::requireDrawable(*loaded.model) == 3 * report.statistics.triangles,
-                         "the commands draw the triangle count of the report");
-        loaded.model->bounds();
-    }
+    loaded.model = loadModelFromOBJFile(path, loaded.error, options, LoadProgress(), &report);
+    check(loaded, report);
+    for (auto count = report.diagnosticCounts.begin(); count != report.diagnosticCounts.end(); ++count)
+        Fuzzing::require(*count != 0, "a code without observations is absent");
+    Fuzzing::require(loaded.model == nullptr || report.statistics.triangles != 0,
+                     "a model that is returned shows something");
     return loaded;
 }
 
@@ -94,13 +108,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Fuzzing::writeFile(library, marker < 0 ? QByteArray() : input.mid(marker + kMarker.size()));
 
     OpenGLDeviceContext::setCurrent(Fuzzing::makeCheckingContext());
-    LoadOptions options;
-    if (size % 2 != 0)
-        options.files = LoadOptions::Files::InOwnFolder;
-    options.vertexColours = size % 4 == 1;
-    options.splitObjects = size % 8 > 3;
-    const Loaded loaded = load(model, options);
-    if (options.files == LoadOptions::Files::Anywhere)
-        Fuzzing::require(isSame(loaded, loadLiterally(model)), "the model is that of the literal load");
+    Fuzzing::require(isSame(load(model), loadLiterally(model)), "the model is that of the literal load");
+    const LoadOptions options = Fuzzing::loadOptions(Fuzzing::optionBits(data, size));
+    Fuzzing::require(isSame(load(model, options), load(model, options)), "a load gives the same model twice");
     return 0;
 }

@@ -8,10 +8,13 @@
 
 #include "claim.h"
 #include "files/filesource.h"
-#include "import/filereferences.h"
+#include "fuzzedoptions.h"
+#include "import/mtl/materialdefinitions.h"
 #include "import/mtl/materials.h"
+#include "import/references/filereferences.h"
 #include "literal/literalmtlreader.h"
 #include "memoryfile.h"
+#include "mesh/mesh.h"
 #include "support/modelbuilderaccess.h"
 
 using namespace Atelier::Vel;
@@ -43,22 +46,29 @@ bool isSame(const QHash<QString, MaterialGroup>& a, const QHash<QString, Materia
     return true;
 }
 
+QHash<QString, MaterialGroup> groupsOf(const QString& path, const LoadOptions& options) {
+    Mesh mesh(Input::Consumed);
+    DiagnosticLog diagnostics;
+    FileSource source{ModelFiles()};
+    FileReferences references(source, path, options, diagnostics);
+    MaterialDefinitions definitions(mesh.groups, options, diagnostics);
+    Fuzzing::require(MaterialLibraries(source, references, options, definitions, diagnostics).load(path),
+                     "a library that is a file loads");
+    return mesh.groups.records();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static Fuzzing::MemoryFile text;
     static const QString path = text.path();
     text.write(data, size);
-    ModelBuilder builder;
     ModelBuilder expected;
-    DiagnosticLog diagnostics;
-    FileSource source{ModelFiles()};
-    FileReferences references(source, path, LoadOptions(), diagnostics);
-    GroupStore& groups = ModelBuilderAccess(builder).mesh().groups;
-    Fuzzing::require(MaterialLibraries(source, references, groups).load(path),
-                     "a library that is a file loads");
     Fuzzing::require(Testing::literalLoadMaterialLibrary(path, expected), "it loads literally, too");
-    Fuzzing::require(isSame(ModelBuilderAccess(builder).groups(), ModelBuilderAccess(expected).groups()),
+    Fuzzing::require(isSame(groupsOf(path, LoadOptions()), ModelBuilderAccess(expected).groups()),
                      "groups are those of the literal reader");
+    const LoadOptions options = Fuzzing::loadOptions(Fuzzing::optionBits(data, size));
+    Fuzzing::require(isSame(groupsOf(path, options), groupsOf(path, options)),
+                     "a library gives the same groups twice");
     return 0;
 }

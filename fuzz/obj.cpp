@@ -62,5 +62,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Fuzzing::require(readInRuns(rewound(), limits, wideParser, colours) ==
                              Testing::contentOf(expected, colours),
                          "runs amount to the records of the literal reader");
+    // A text whose continued lines are joined reads the same in blocks of any size and by each parser.
+    limits.joinsContinuedLines = true;
+    const std::vector<Testing::Record> joined = read(rewound(), limits);
+    limits.blockBytes = LineSourceOptions().blockBytes;
+    Fuzzing::require(read(rewound(), limits) == joined, "joined lines do not depend on blocks");
+    for (WideParser* const wideParser :
+         {findAvx512Parser(), findSse41Parser(), static_cast<WideParser*>(nullptr)})
+        Fuzzing::require(readInRuns(rewound(), limits, wideParser, colours) ==
+                             Testing::contentOf(joined, colours),
+                         "runs of joined lines amount to their records");
     return 0;
 }

@@ -79,7 +79,7 @@ public:
 protected:
     void initializeGL() override {
         QString error;
-        _model.reset(loadModelFromOBJFile(_path, error));
+        _model = loadModelFromOBJFile(_path, error, LoadOptions::forgiving());
         if (_model)
             _program = Program::fromSource(shader(ShaderStage::Vertex, kVertexShader),
                                            shader(ShaderStage::Fragment, kFragmentShader), error);

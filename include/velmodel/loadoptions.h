@@ -95,8 +95,8 @@ struct LoadOptions {
     /// "OBJMaterial". Beyond the members of that, it has "illum" (an integer, 2 without a line), "Pr" and
     /// "Pm" (floats, 1 and 0), "map_offset" and "map_scale" (two floats each, of map_Kd, 0 and 1) and the
     /// textures "map_Pr", "map_Pm" and "norm" (from "norm" or "map_Kn"). "Ke" and "map_Ke" are read, and "Tr"
-    /// sets "d" to 1 - Tr in a material without a "d" line. The first upload of such a material registers the
-    /// layout.
+    /// sets "d" to 1 - Tr in a material without a "d" line, unless it is 1, which programs write that mean
+    /// opaque. The first upload of such a material registers the layout.
     bool extendedMaterials = false;
     /// The normals of corners for which the file has none.
     NormalOptions normals;

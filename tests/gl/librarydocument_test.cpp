@@ -54,7 +54,27 @@ void readWithoutOpenGL(const QString& path, QString& error, LoadReport& report, 
                                static_cast<const float*>(attribute.data)[2]);
 }
 
+DrawData readWithCreases(const QString& path, QString& error) {
+    LoadOptions options;
+    options.normals = NormalOptions::crease(30);
+    options.normals.outward = true;
+    options.repairs.generateMissingNormals = true;
+    const DrawData data = readDrawDataFromOBJFile(path, error, {}, nullptr, options);
+    return data;
+}
+
 } // namespace
+
+TEST_F(LibraryDocumentTest, NormalsAreMadeAsAsked) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("cube.obj"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 2 4\nf 1 3 2\n");
+    file.close();
+    QString error;
+    EXPECT_EQ(readWithCreases(path, error).vertexCount(), 6u) << "the edge between the faces is sharp";
+}
 
 TEST_F(LibraryDocumentTest, ForgivingLoadShowsTheModelAndSaysWhatItRepaired) {
     const QTemporaryDir folder;

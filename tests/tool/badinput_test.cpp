@@ -22,14 +22,14 @@ namespace {
 
 // All commands get the same files.
 void expectCannotLoad(const QString& path, const QString& message,
-                      const ProgramSurroundings& surroundings = {}) {
+                      const ProgramSurroundings& surroundings = {}, const QStringList& options = {}) {
     const TemporaryFolder folder;
     const QString picture = folder.path("never.png");
     QList<QStringList> commands = {{"info", path}, {"dump", path}, {"render", path, "-o", picture}};
     if (DrawData::canOptimise())
         commands.append({"dump", path, "--optimise"});
     for (const QStringList& arguments : qAsConst(commands)) {
-        const ProgramResult result = runProgram(arguments, surroundings);
+        const ProgramResult result = runProgram(arguments + options, surroundings);
         EXPECT_EQ(result.exitCode, 1) << arguments.join(' ').toStdString();
         EXPECT_EQ(result.errors, QStringLiteral("velmodel: %1\n").arg(message));
         EXPECT_TRUE(result.output.isEmpty());
@@ -90,15 +90,18 @@ TEST(BadInputTest, MissingMaterialLibraryIsNamedBesideTheModel) {
     const QString path = folder.write("m.obj", "mtllib gone.mtl\n" + triangleText());
     expectCannotLoad(
         path,
-        QStringLiteral("%1: Failed to load MTL file '%2': No such file").arg(path, folder.path("gone.mtl")));
+        QStringLiteral("%1: Failed to load MTL file '%2': No such file").arg(path, folder.path("gone.mtl")),
+        {}, {"--exact"});
 }
 
 TEST(BadInputTest, MaterialLibraryThatIsAFifo) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo(qPrintable(folder.path("m.mtl")), 0600), 0);
     const QString path = folder.write("m.obj", "mtllib m.mtl\n" + triangleText());
-    expectCannotLoad(path, QStringLiteral("%1: Failed to load MTL file '%2': Is not a regular file")
-                               .arg(path, folder.path("m.mtl")));
+    expectCannotLoad(path,
+                     QStringLiteral("%1: Failed to load MTL file '%2': Is not a regular file")
+                         .arg(path, folder.path("m.mtl")),
+                     {}, {"--exact"});
 }
 
 TEST(BadInputTest, TextureThatIsAFifoCountsAsMissing) {

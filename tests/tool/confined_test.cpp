@@ -121,7 +121,7 @@ TEST_F(ConfinedTest, LibraryOutsideIsReportedAsAnError) {
     const QString model = write("model/library.obj", "mtllib ../outside/secret.mtl\n" + faces());
     const QString library = path("model/../outside/secret.mtl");
     for (const QStringList& command : commands(model, path("picture.png"))) {
-        const ProgramResult result = runProgram(command + QStringList("--confined"));
+        const ProgramResult result = runProgram(command + QStringList{"--exact", "--confined"});
         EXPECT_EQ(result.exitCode, 1) << command.first().toStdString();
         EXPECT_EQ(result.errors,
                   QString("velmodel: warning: '%1' is not read: it lies outside of the model's folder '%2'\n"
@@ -130,6 +130,16 @@ TEST_F(ConfinedTest, LibraryOutsideIsReportedAsAnError) {
     }
     EXPECT_FALSE(QFile::exists(path("picture.png")));
     EXPECT_EQ(runProgram({"info", model}).exitCode, 0);
+}
+
+TEST_F(ConfinedTest, LibraryOutsideIsLeftOutAfterAWarning) {
+    const QString model = write("model/library.obj", "mtllib ../outside/secret.mtl\n" + faces());
+    for (const QStringList& command : commands(model, path("picture.png"))) {
+        const ProgramResult result = runProgram(command + QStringList("--confined"));
+        EXPECT_EQ(result.exitCode, 0) << command.first().toStdString();
+        EXPECT_EQ(result.errors.count("is not read: it lies outside of the model's folder"), 1);
+        EXPECT_EQ(result.errors.count("cannot be read, and is left out"), 1);
+    }
 }
 
 TEST_F(ConfinedTest, MapsOutsideAreReportedAndTheOthersAreDrawn) {

@@ -18,9 +18,9 @@ namespace Atelier::Vel::Testing {
 
 namespace {
 
-QJsonObject dumped(const QString& path, const QStringList& options = {}) {
+QJsonObject dumped(const QString& path, const QStringList& options = {}, int exitCode = 0) {
     const ProgramResult result = runProgram(QStringList{"dump", path} + options);
-    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
     return QJsonDocument::fromJson(result.output).object();
 }
 
@@ -76,7 +76,7 @@ TEST(DumpTest, DrawableListsCommandsMaterialsAndInstancesInParallel) {
 }
 
 TEST(DumpTest, MaterialsShowValuesAndTexturePaths) {
-    const QJsonValue dump = dumped(samplePath("vase"));
+    const QJsonValue dump = dumped(samplePath("vase"), {"--exact"});
     const QJsonObject drawable = dump["drawables"][0].toObject();
     const QJsonObject material = drawable["materials"][0].toObject();
     EXPECT_EQ(material["name"], "OBJMaterial");
@@ -88,6 +88,14 @@ TEST(DumpTest, MaterialsShowValuesAndTexturePaths) {
     EXPECT_EQ(instance["values"].toObject().keys(),
               QStringList({"ModelMatrix", "ModelNormalMatrix", "PreviousModelMatrix"}));
     EXPECT_EQ(instance["values"]["ModelMatrix"].toArray().size(), 16);
+}
+
+TEST(DumpTest, MaterialsAreExtendedUnlessTheLoadIsExact) {
+    const QJsonValue dump = dumped(samplePath("vase"));
+    const QJsonObject material = dump["drawables"][0]["materials"][0].toObject();
+    EXPECT_EQ(material["name"], "OBJMaterialExtended");
+    EXPECT_EQ(material["values"]["map_scale"], (QJsonArray{1, 1}));
+    EXPECT_EQ(material["values"]["illum"], QJsonArray{2});
 }
 
 TEST(DumpTest, TextureSetAsAnObjectShowsAsNull) {
@@ -109,13 +117,13 @@ TEST(DumpTest, NumbersUnknownToJsonAreStrings) {
 TEST(DumpTest, ModelWithoutTrianglesHasZeroCountsAndEmptyLists) {
     const TemporaryFolder folder;
     const QString path = folder.write("empty.obj", "# nothing\n");
-    EXPECT_EQ(dumped(path), (QJsonObject{{"file", path},
-                                         {"vertexCount", 0},
-                                         {"indexType", "GL_UNSIGNED_SHORT"},
-                                         {"indexCount", 0},
-                                         {"indices", ""},
-                                         {"attributes", QJsonArray()},
-                                         {"drawables", QJsonArray()}}));
+    EXPECT_EQ(dumped(path, {}, 1), (QJsonObject{{"file", path},
+                                                {"vertexCount", 0},
+                                                {"indexType", "GL_UNSIGNED_SHORT"},
+                                                {"indexCount", 0},
+                                                {"indices", ""},
+                                                {"attributes", QJsonArray()},
+                                                {"drawables", QJsonArray()}}));
 }
 
 TEST(DumpTest, NoDataOmitsOnlyTheContents) {
@@ -181,7 +189,9 @@ TEST(DumpTest, OptimisedModelWithNothingToDrawStaysEmpty) {
         GTEST_SKIP() << "this build cannot optimise";
     const TemporaryFolder folder;
     const QString path = folder.write("empty.obj", "# nothing\n");
-    EXPECT_EQ(dumped(path, {"--optimise"}), dumped(path));
+    const ProgramResult optimised = runProgram({"dump", path, "--optimise"});
+    EXPECT_EQ(optimised.exitCode, 1);
+    EXPECT_EQ(optimised.output, runProgram({"dump", path}).output);
 }
 
 TEST(DumpTest, ReportsItsOpenGLOnRequest) {

@@ -378,15 +378,15 @@ TEST_P(EmptyPictureTest, IsExitCodeOneAndNoFile) {
 
 constexpr const char* kNoTriangles = "There is nothing to draw: the model has no triangles";
 constexpr const char* kNothingInView = "The picture would be empty: nothing of the model is in view";
-INSTANTIATE_TEST_SUITE_P(
-    Models, EmptyPictureTest,
-    testing::Values(Empty{"", "", kNoTriangles}, Empty{"v 1 2 3\n", "", kNoTriangles},
-                    Empty{"v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl gone\nf 1 2 3\n", "", kNoTriangles},
-                    Empty{"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2\n", "", kNoTriangles},
-                    Empty{"v nan 0 0\nv nan 1 0\nv nan 0 1\nf 1 2 3\n", "", kNoTriangles},
-                    Empty{"v 1 1 1\nf 1 1 1\n", "", kNothingInView},
-                    Empty{"mtllib m.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", "newmtl m\nd 0\n",
-                          kNothingInView}));
+INSTANTIATE_TEST_SUITE_P(Models, EmptyPictureTest,
+                         testing::Values(Empty{"", "", kNoTriangles}, Empty{"v 1 2 3\n", "", kNoTriangles},
+                                         Empty{"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n", "", kNoTriangles},
+                                         Empty{"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2\n", "", kNoTriangles},
+                                         Empty{"v nan 0 0\nv nan 1 0\nv nan 0 1\nf 1 2 3\n", "",
+                                               "There is nothing to draw: no position is finite"},
+                                         Empty{"v 1 1 1\nf 1 1 1\n", "", kNothingInView},
+                                         Empty{"mtllib m.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n",
+                                               "newmtl m\nd 0\n", kNothingInView}));
 
 } // namespace
 

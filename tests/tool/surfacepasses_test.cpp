@@ -78,7 +78,7 @@ protected:
         std::unique_ptr<GPUModel> model(loadModelFromOBJFile(_folder.write("m.obj", text), error));
         EXPECT_NE(model, nullptr) << error.toStdString();
         EXPECT_EQ(model->drawableCount(), 1);
-        model->setTextureLoader(makeTextureLoader({}));
+        model->setTextureLoader(makeTextureLoader(ModelFiles()));
         return model;
     }
     /// An image of one colour with one texel of another.
@@ -224,7 +224,7 @@ TEST_F(SurfacePassesTest, NoFormatOfImagesHidesTransparentTexels) {
         if (!image.save(_folder.path(name)))
             continue;
         const MessageLog log;
-        const std::shared_ptr<Texture> texture = makeTextureLoader({})(_folder.path(name));
+        const std::shared_ptr<Texture> texture = makeTextureLoader(ModelFiles())(_folder.path(name));
         const QImage texels = texture ? texture->readBack() : QImage();
         bool isOpaque = !texels.isNull();
         for (int y = 0; y < texels.height(); ++y)

@@ -96,6 +96,8 @@ TEST_F(MaterialCollectorTest, TransparencyCountsWithoutAnOpacity) {
     EXPECT_THAT(floats(collect("Tr 0.25\nd 0.5\n"), "d"), ElementsAre(0.5F));
     EXPECT_THAT(floats(collect("d 0.5\nnewmtl b\nTr 0.25\nnewmtl c\n"), "d"), ElementsAre(0.5F));
     EXPECT_THAT(floats(collect("\n"), "d"), ElementsAre(1.0F));
+    EXPECT_THAT(floats(collect("Tr 1\n"), "d"), ElementsAre(1.0F)) << "which is meant as opaque";
+    EXPECT_THAT(floats(collect("Tr 0\n"), "d"), ElementsAre(1.0F));
 }
 
 TEST_F(MaterialCollectorTest, OpacityOfOneMaterialDoesNotCountForTheNext) {

@@ -298,6 +298,10 @@ TEST_F(RepairsTest, LineMayNameSeveralLibrariesOrOneWithSpaces) {
                        with({&LoadRepairs::matchNames, &LoadRepairs::skipMissingLibraries})),
                 ElementsAre("a: 3 0.25", "b: 3 0.5"));
     EXPECT_EQ(count(Code::MissingLibrary), 1u);
+    groups("mtllib none one.mtl # x" + faces,
+           with({&LoadRepairs::matchNames, &LoadRepairs::skipMissingLibraries}));
+    EXPECT_EQ(count(Code::MissingLibrary), 1u) << "where nothing is there, one name is meant";
+    EXPECT_EQ(_report.diagnostics.value(0).text, path("none one.mtl"));
 }
 
 TEST_F(RepairsTest, FacesBeforeALibraryDoNotJoinItsMaterials) {
@@ -392,6 +396,12 @@ TEST_F(RepairsTest, SmoothingGroupsStayWithTheirFacesWhereOthersAreDropped) {
         EXPECT_EQ(contentOf(read(kPositions + start + "f 1 2 9\n" + faces, options)),
                   contentOf(read(kPositions + start + faces, options)))
             << start;
+}
+
+TEST_F(RepairsTest, FacesOfATextWithoutPositionsAreDropped) {
+    EXPECT_TRUE(read("f -3 -2 -1\nf 1 2 3\n", LoadOptions::forgiving()).isEmpty());
+    EXPECT_EQ(_report.droppedFaces, 2u);
+    EXPECT_EQ(count(Code::UnplacedFace), 2u);
 }
 
 TEST_F(RepairsTest, NothingIsLeftWhereNoFaceHasPositions) {

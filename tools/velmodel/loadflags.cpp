@@ -19,6 +19,9 @@ QString optimise() {
 // What people expect to see of a file.
 LoadOptions forgivingOptions() {
     LoadOptions options = LoadOptions::forgiving();
+    options.vertexColours = true;
+    options.normals = NormalOptions::smooth();
+    options.normals.outward = true;
     options.extendedMaterials = true;
     return options;
 }

@@ -1,6 +1,7 @@
 #include "modeldump.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include <QtCore/QJsonArray>
 
@@ -8,6 +9,7 @@
 #include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
+#include <velgl/instancedataplan.h>
 #include <velgl/vertexarrayobject.h>
 
 #include "glnames.h"
@@ -69,10 +71,29 @@ QJsonArray commands(const GPUModel& model, int drawable) {
     return result;
 }
 
-QJsonObject instanceData(const InstanceData& data) {
+bool isInteger(const InstanceDataPlan* plan, const QString& name) {
+    const QVector<InstanceDataPlan::Member> members =
+        plan != nullptr ? plan->members() : QVector<InstanceDataPlan::Member>();
+    return std::any_of(members.begin(), members.end(), [&name](const InstanceDataPlan::Member& member) {
+        return member.name == name && member.type == InstanceDataPlan::DataType::Int;
+    });
+}
+
+QJsonArray jsonInteger(const QByteArray& bytes) {
+    qint32 value = 0;
+    if (bytes.size() != int(sizeof value))
+        return {};
+    std::memcpy(&value, bytes.constData(), sizeof value);
+    return {value};
+}
+
+// Values that the plan does not have are floats.
+QJsonObject instanceData(const InstanceData& data, const InstanceDataPlan* plan) {
     QJsonObject values;
-    for (const QString& name : data.valueNames())
-        values.insert(name, jsonFloats(data.value(name)));
+    for (const QString& name : data.valueNames()) {
+        const QByteArray value = data.value(name);
+        values.insert(name, isInteger(plan, name) ? jsonInteger(value) : jsonFloats(value));
+    }
     QJsonObject textures;
     for (const QString& name : data.textureNames())
         textures.insert(name, nameOrNull(data.texturePath(name)));
@@ -85,7 +106,7 @@ QJsonArray instanceDataList(const InstanceDataCollection* collection) {
     QJsonArray result;
     if (collection != nullptr)
         for (const InstanceData& item : collection->items())
-            result.append(instanceData(item));
+            result.append(instanceData(item, collection->plan()));
     return result;
 }
 

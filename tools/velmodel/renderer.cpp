@@ -96,6 +96,7 @@ void Renderer::draw(GPUModel& model, const Scene& scene, QRect tile, Pass pass) 
     const Camera& camera = scene.camera;
     const QMatrix4x4 projection = tileProjection(camera.projection, scene.size, tile);
     _program->bind();
+    glVertexAttrib4f(kColourLocation, 1, 1, 1, 1); // which a model without colours has
     glUniform4f(kFraming, camera.centre.x(), camera.centre.y(), camera.centre.z(), camera.scale);
     glUniformMatrix4fv(kView, 1, GL_FALSE, camera.view.constData());
     glUniformMatrix4fv(kProjection, 1, GL_FALSE, projection.constData());

@@ -10,7 +10,9 @@ namespace {
 
 QByteArray head(ShaderStage stage, const QString& materials) {
     const ShaderPlans plans{materials, QStringLiteral("InstanceInfo")};
-    return "#version 430 core\n" + shaderInterface(stage, plans);
+    const QByteArray placement =
+        materials == QLatin1String("OBJMaterialExtended") ? "#define HAS_PLACEMENT\n" : "";
+    return "#version 430 core\n" + placement + shaderInterface(stage, plans);
 }
 
 QByteArray constant(const char* name, float value) {
@@ -23,6 +25,7 @@ const char* const kModelVertexBody = R"(
 in vec3 va_Vertex;
 in vec3 va_Normal;
 in vec2 va_TexCoord;
+layout(location = 7) in vec4 va_Color; // white for a model that has none
 
 layout(location = 0) uniform vec4 framing; // the model's centre, and the factor that scales it to unit size
 layout(location = 1) uniform mat4 view;
@@ -31,6 +34,8 @@ layout(location = 2) uniform mat4 projection;
 out vec3 position; // in view space
 out vec3 normal;
 out vec2 texCoord;
+out vec2 diffuseCoord; // pixels beside a triangle, which the derivatives need, do not read its material
+out vec4 colour;
 flat out int command;
 
 void main() {
@@ -41,6 +46,12 @@ void main() {
     position = seen.xyz;
     normal = mat3(view) * mat3(instance.ModelNormalMatrix) * va_Normal;
     texCoord = va_TexCoord;
+    diffuseCoord = va_TexCoord;
+#ifdef HAS_PLACEMENT
+    VelglMaterial material = velglMaterial(command);
+    diffuseCoord = va_TexCoord * material.map_scale + material.map_offset;
+#endif
+    colour = va_Color;
     gl_Position = projection * seen;
 }
 )";
@@ -52,6 +63,8 @@ layout(location = 4) uniform bool wireframe;
 in vec3 position;
 in vec3 normal;
 in vec2 texCoord;
+in vec2 diffuseCoord;
+in vec4 colour;
 flat in int command;
 
 layout(location = 0) out vec4 opaqueColour;
@@ -93,11 +106,11 @@ vec3 highlight(vec3 light, vec3 facing, vec3 eye, float exponent) {
 
 void main() {
     VelglMaterial material = velglMaterial(command);
-    vec4 texel = texture(velgl_map_Kd, texCoord);
+    vec4 texel = texture(velgl_map_Kd, diffuseCoord);
     // A black surface with a texture is not intended to be black: the texture defines its colour.
     bool isTextureOnly = material.Kd == vec3(0.0) && velglHas_map_Kd();
-    vec3 base = linear(isTextureOnly ? vec3(1.0) : material.Kd) * linear(texel.rgb);
-    float alpha = clamp(material.d, 0.0, 1.0) * texel.a;
+    vec3 base = linear(isTextureOnly ? vec3(1.0) : material.Kd) * linear(texel.rgb) * linear(colour.rgb);
+    float alpha = clamp(material.d, 0.0, 1.0) * texel.a * clamp(colour.a, 0.0, 1.0);
     if (transparentPass ? (alpha >= kMinOpaque || alpha < kMinVisible) : alpha < kMinOpaque)
         discard;
 
@@ -122,9 +135,9 @@ void main() {
     // Glass reflects most when seen edge on, and a highlight hides what is behind it.
     float edge = pow(1.0 - abs(dot(facing, eye)), 4.0);
     float hidden = clamp(max(mix(alpha, 1.0, 0.35 * edge), max(shine.r, max(shine.g, shine.b))), 0.0, 1.0);
-    vec3 colour = min(diffuse * alpha + shine + 0.3 * (hidden - alpha) * kSkyColour, 1.0);
+    vec3 reflected = min(diffuse * alpha + shine + 0.3 * (hidden - alpha) * kSkyColour, 1.0);
     float weight = clamp(pow(1.0 - 0.98 * gl_FragCoord.z, 3.0) * 1e3, 1e-2, 1e3);
-    weightedColour = vec4(colour, hidden) * weight;
+    weightedColour = vec4(reflected, hidden) * weight;
     opacity = hidden;
 }
 )";

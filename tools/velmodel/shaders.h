@@ -10,6 +10,9 @@ constexpr float kMinOpaque = 0.996F;
 /// Fragments of less opacity are not drawn.
 constexpr float kMinVisible = 0.002F;
 
+/// The location of the vertex attribute "va_Color".
+constexpr unsigned int kColourLocation = 7;
+
 /// Three vertices without attributes that cover the viewport.
 extern const QByteArray kCoveringVertexShader;
 

@@ -12,6 +12,7 @@
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/texturemanager.h>
+#include <velgl/vertexarrayobject.h>
 #include <velmodel/modelfiles.h>
 
 #include "shaders.h"
@@ -83,6 +84,14 @@ Opacity opacityOf(const InstanceData& material, OpaqueMaps& maps) {
     return {maps.isOpaque(material, QStringLiteral("map_Kd")) ? opacity : 0.0F, opacity};
 }
 
+bool hasTransparentColours(const DrawBuffers& drawable) {
+    const QVector<VertexArrayObject::Stream> streams =
+        drawable.VAO() ? drawable.VAO()->streams() : QVector<VertexArrayObject::Stream>();
+    return std::any_of(streams.begin(), streams.end(), [](const VertexArrayObject::Stream& stream) {
+        return stream.name == QLatin1String("va_Color") && stream.components == 4;
+    });
+}
+
 // Returns: the opacity of each command of each drawable.
 std::vector<std::vector<Opacity>> opacitiesOf(const GPUModel& model, const ModelFiles& files) {
     OpaqueMaps maps(files);
@@ -91,9 +100,10 @@ std::vector<std::vector<Opacity>> opacitiesOf(const GPUModel& model, const Model
         const int commands = model.drawable(drawable)->drawElementsIndirectCommands().size();
         const InstanceDataCollection* const materials = model.materials(drawable);
         const QList<InstanceData> items = materials ? materials->items() : QList<InstanceData>();
+        const bool isKnown = !hasTransparentColours(*model.drawable(drawable));
         for (int command = 0; command < commands; ++command)
             opacities[static_cast<std::size_t>(drawable)].push_back(
-                command < items.size() ? opacityOf(items[command], maps) : Opacity());
+                isKnown && command < items.size() ? opacityOf(items[command], maps) : Opacity());
     }
     return opacities;
 }

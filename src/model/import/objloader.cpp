@@ -129,6 +129,7 @@ private:
     /// Returns: false, with the reason in `error`, if the library is needed and cannot be read.
     bool loadLibrary(const QString& name, QString& error);
     QString libraryPath(const QString& name);
+    bool isDispensable(const QString& path, QString& error);
     /// Loads the library that is named by the whole of `rest`, or else by each of its words.
     bool loadLibraries(const QString& rest, QString& error);
     void removeUnplacedFaces();
@@ -212,8 +213,11 @@ QString ObjImport::libraryPath(const QString& name) {
 bool ObjImport::loadLibrary(const QString& name, QString& error) {
     _feed.flush();
     const QString path = libraryPath(name);
-    if (_libraries.load(path))
-        return true;
+    return _libraries.load(path) || isDispensable(path, error);
+}
+
+// Whether a library that cannot be read may be left out, which is reported. Otherwise that is the error.
+bool ObjImport::isDispensable(const QString& path, QString& error) {
     if (!_options.repairs.skipMissingLibraries) {
         error = QStringLiteral("Failed to load MTL file '%1'").arg(path);
         return false;
@@ -225,24 +229,28 @@ bool ObjImport::loadLibrary(const QString& name, QString& error) {
 }
 
 bool ObjImport::loadLibraries(const QString& rest, QString& error) {
-    QStringList words = wordsOf(withoutComment(rest));
-    if (words.size() != 1) {
-        _feed.flush();
-        QStringList wholes = nameCandidates(rest);
-        wholes.removeLast();
-        for (const QString& whole : qAsConst(wholes)) {
-            if (!_libraries.load(libraryPath(whole)))
-                continue;
-            _diagnostics.add(Code::MatchedName, _path, rest, [&] {
-                return QStringLiteral("'%1' is read as the name of one library").arg(rest);
-            });
-            return true;
-        }
+    const QStringList words = wordsOf(withoutComment(rest));
+    if (words.size() < 2)
+        return loadLibrary(words.value(0), error);
+    _feed.flush();
+    QStringList wholes = nameCandidates(rest);
+    wholes.removeLast();
+    for (const QString& whole : qAsConst(wholes)) {
+        if (!_libraries.load(libraryPath(whole)))
+            continue;
+        _diagnostics.add(Code::MatchedName, _path, rest,
+                         [&] { return QStringLiteral("'%1' is read as the name of one library").arg(rest); });
+        return true;
     }
-    if (words.isEmpty())
-        words.append(QString());
-    return std::all_of(words.cbegin(), words.cend(),
-                       [&](const QString& word) { return loadLibrary(word, error); });
+    QStringList missing;
+    for (const QString& word : words)
+        if (const QString path = libraryPath(word); !_libraries.load(path))
+            missing.append(path);
+    // If none is there, the line probably means one.
+    if (missing.size() == words.size() && _options.repairs.skipMissingLibraries)
+        missing = QStringList(libraryPath(wholes.last()));
+    return std::all_of(missing.cbegin(), missing.cend(),
+                       [&](const QString& path) { return isDispensable(path, error); });
 }
 
 void ObjImport::removeUnplacedFaces() {

@@ -113,9 +113,9 @@ void Selection::apply(GroupFaces& faces) const {
 
 std::vector<quint32> removeUnplacedFaces(Mesh& mesh, const QString& positions) {
     // Corners are merged only as long as all of them have a position.
-    if (mesh.attributes.mergedCorners() != nullptr || !mesh.attributes.contains(positions))
+    if (mesh.attributes.mergedCorners() != nullptr || mesh.faces.isEmpty())
         return {};
-    const VertexAttribute& attribute = mesh.attributes[positions];
+    const VertexAttribute attribute = mesh.attributes.records().value(positions);
     const auto positionCount =
         static_cast<quint32>(std::min<quint64>(attribute.valueCount(kValues), kNoIndex));
     const WordView indices = WordView::of(attribute.streams[kIndices].data());

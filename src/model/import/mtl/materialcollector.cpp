@@ -100,7 +100,8 @@ void MaterialCollector::takeExtended(const MtlReader& line) {
     case MtlReader::Kind::Ke:
         return setColour(_material, QStringLiteral("Ke"), line.values());
     case MtlReader::Kind::Tr:
-        if (!_hasOpacity)
+        // Programs that write 1 for all materials mean opaque ones.
+        if (!_hasOpacity && *line.values() < 1.0F)
             setScalar(_material, QStringLiteral("d"), 1.0F - *line.values());
         return;
     case MtlReader::Kind::Illum:

@@ -64,8 +64,8 @@ public:
     Kind kind() const { return _kind; }
     /// x, y and z of a vertex line. A line without z leaves the previous z unchanged.
     const float* values() const { return _values; }
-    /// The colour of a "v" line. It has one if it consists of six or seven words that QString::toDouble()
-    /// reads, and a comment that begins with a word.
+    /// The colour of a "v" line. The line has one if QString::toDouble() reads all of its words, and these
+    /// are six or seven; a word that begins with '#' begins a comment.
     ObjColour colour() const;
     int cornerCount() const { return static_cast<int>(_corners.size()); }
     ObjCorner corner(int i) const { return _corners[static_cast<size_t>(i)]; }
