@@ -335,6 +335,31 @@ TEST_F(RepairsTest, OptionsOfMapsAreSkipped) {
     EXPECT_EQ(map("-bm 1 wood.png", LoadOptions()), path("-bm"));
 }
 
+TEST_F(RepairsTest, MapsAreFoundWithoutOtherRepairs) {
+    write("m.mtl", "newmtl red\nmap_Kd TEX\\Wood.PNG # x\n");
+    write("tex/wood.png", "");
+    const DrawData data =
+        read("mtllib m.mtl\n" + kPositions + "usemtl red\nf 1 2 3\n", with({&LoadRepairs::findFiles}));
+    EXPECT_EQ(data.group(0, 0).material.texturePath("map_Kd"), path("tex/wood.png"));
+}
+
+TEST_F(RepairsTest, NameOfAMapWithSpacesIsTheOneThatExists) {
+    const auto map = [this](const QByteArray& line) {
+        write("m.mtl", "newmtl red\nmap_Kd " + line + '\n');
+        const DrawData data =
+            read("mtllib m.mtl\n" + kPositions + "usemtl red\nf 1 2 3\n", LoadOptions::forgiving());
+        return data.group(0, 0).material.texturePath("map_Kd");
+    };
+    write("a b #1.png", "");
+    write("a b.png", "");
+    write("c.png", "");
+    EXPECT_EQ(map("a b #1.png"), path("a b #1.png"));
+    EXPECT_EQ(map("a b.png #1"), path("a b.png"));
+    EXPECT_EQ(map("c.png and more"), path("c.png"));
+    EXPECT_EQ(map("-s 1 1 1 a b.png"), path("a b.png"));
+    EXPECT_EQ(map("none and more # x"), path("none and more")) << "the name as it is read without files";
+}
+
 // Lines
 
 TEST_F(RepairsTest, ContinuedLinesOfBothFilesAreJoined) {

@@ -14,8 +14,8 @@ FaceGroups::FaceGroups(GroupStore& groups, MaterialDefinitions& materials, QStri
       _group(_material.word),
       _parts(parts) {}
 
-void FaceGroups::use(const MaterialName& material) {
-    _material = material;
+void FaceGroups::use(MaterialName material) {
+    _material = std::move(material);
     _isReported = false;
     findGroup();
 }

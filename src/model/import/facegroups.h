@@ -17,7 +17,7 @@ public:
     FaceGroups(GroupStore& groups, MaterialDefinitions& materials, QString file, Parts parts = Parts::Joined);
 
     /// Sets the material of the following faces.
-    void use(const MaterialName& material);
+    void use(MaterialName material);
     /// Sets the object of the following faces; an empty name stands for none.
     void useObject(const QString& name);
     /// The same for the group in the object.

@@ -82,9 +82,9 @@ void MeshFeed::addFace(const ObjReader& reader) {
     }
 }
 
-void MeshFeed::useMaterial(const MaterialName& name) {
+void MeshFeed::useMaterial(MaterialName name) {
     joinGroup();
-    _groups.use(name);
+    _groups.use(std::move(name));
 }
 
 void MeshFeed::useObject(const QString& name) {

@@ -31,7 +31,7 @@ public:
     /// Adds the vertex line or face that `reader` has read.
     void addRecord(const ObjReader& reader);
     /// Sets the material of the following faces, whose group they join.
-    void useMaterial(const MaterialName& name);
+    void useMaterial(MaterialName name);
     /// Sets the object, or the group in the object, of the following faces.
     void useObject(const QString& name);
     void useGroup(const QString& name);

@@ -53,9 +53,10 @@ void MaterialDefinitions::remember(const QString& rest, const QString& group) {
             _groupOf[i].insert(readings[i], group);
 }
 
-QString MaterialDefinitions::groupOf(const MaterialName& name) const {
-    if (!_options.repairs.matchNames)
-        return name.word;
+QString MaterialDefinitions::matchingGroup(const MaterialName& name) const {
+    // The usual case, without a list of candidates.
+    if (const auto whole = _groupOf[kWhole].constFind(name.rest); whole != _groupOf[kWhole].constEnd())
+        return *whole;
     for (const QString& candidate : nameCandidates(name.rest)) {
         for (const QHash<QString, QString>& groups : _groupOf)
             if (const auto found = groups.constFind(candidate); found != groups.constEnd())

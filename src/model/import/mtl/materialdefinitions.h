@@ -33,7 +33,9 @@ public:
     void define(const MaterialName& name, const QString& file, const InstanceData& material,
                 const WhiteMaps& whiteMaps);
     /// The name of the group that faces join after "usemtl" with `name`. There need not be such a group.
-    QString groupOf(const MaterialName& name) const;
+    QString groupOf(const MaterialName& name) const {
+        return _options.repairs.matchNames ? matchingGroup(name) : name.word;
+    }
     /// Changes whenever groupOf() may change.
     quint64 revision() const { return _revision; }
 
@@ -48,6 +50,7 @@ private:
     enum Reading { kWhole, kUncommented, kFirstWord, kReadings };
 
     QString newGroup(const MaterialName& name) const;
+    QString matchingGroup(const MaterialName& name) const;
     void remember(const QString& rest, const QString& group);
 
     GroupStore& _groups;

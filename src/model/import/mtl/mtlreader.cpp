@@ -48,8 +48,10 @@ void MtlReader::next() {
 // Sets the line stream to the next line that has content.
 bool MtlReader::takeLine() {
     while (_lines.next()) {
-        _whole = _lines.text(_lines.begin(), _lines.end()).trimmed();
-        _line = _whole.left(_whole.indexOf(kComment)).trimmed(); // the whole line if there is no comment
+        const QString line = _lines.text(_lines.begin(), _lines.end());
+        if (_dialect.names || _dialect.mapOptions || _dialect.extended)
+            _whole = line.trimmed();
+        _line = line.left(line.indexOf(kComment)).trimmed(); // the whole line if there is no comment
         if (_line.isEmpty())
             continue;
         _lineStream.setString(&_line, QIODevice::ReadOnly);
@@ -120,6 +122,8 @@ void MtlReader::readMap() {
 }
 
 QStringList MtlReader::mapNames() const {
+    if (!_dialect.names && !_dialect.mapOptions)
+        return {_text};
     const QString whole = rest();
     const auto nameIn = [this](const QString& text) {
         return unquoted(_dialect.mapOptions ? parseMapOptions(text).name : text);

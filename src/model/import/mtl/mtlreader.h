@@ -62,7 +62,7 @@ public:
     const float* values() const { return _values; }
     /// The name of a material or of a map.
     const QString& text() const { return _text; }
-    /// All text after the keyword of the current line, without white space around it.
+    /// All text after the keyword of the current line, without white space around it. Requires: a dialect.
     QString rest() const;
     /// The names that the file of the current map may have, the most probable first, and text() as the last.
     QStringList mapNames() const;
@@ -77,7 +77,7 @@ private:
     bool _skipUnknown;
     LineSource _lines;
     MtlDialect _dialect;
-    QString _whole; ///< the current line, without outer white space
+    QString _whole; ///< the current line, without outer white space, if there is a dialect
     QString _line;  ///< the input of _lineStream, without comment and outer white space
     QTextStream _lineStream;
     bool _ok = false;
