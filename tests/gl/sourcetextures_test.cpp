@@ -9,36 +9,21 @@
 
 #include <gmock/gmock.h>
 
-#include <velgl/autobinder.h>
 #include <velgl/gpumodel.h>
 #include <velgl/texture.h>
 #include <velmodel/modelsource.h>
 #include <velmodel/objloader.h>
 
 #include "support/clientsource.h"
-#include "support/glfixture.h"
 #include "support/messagelog.h"
-#include "support/modelprogram.h"
+#include "texturefixture.h"
 
 namespace Atelier::Vel {
 
 namespace {
 
 using Testing::ClientSource;
-using Testing::Framebuffer;
 using Testing::MessageLog;
-
-constexpr char kVertexShader[] = R"(
-in vec3 va_Vertex;
-void main() {
-    gl_Position = vec4(va_Vertex, 1.0);
-})";
-
-constexpr char kFragmentShader[] = R"(
-out vec4 colour;
-void main() {
-    colour = texture(velgl_map_Kd, vec2(0.5));
-})";
 
 QByteArray picture(const char* format = "PNG") {
     QImage image(3, 2, QImage::Format_RGB32);
@@ -50,21 +35,13 @@ QByteArray picture(const char* format = "PNG") {
 }
 
 /// A source with a triangle that fills the picture, and a red texture.
-class SourceTexturesTest : public Testing::GLFixture {
+class SourceTexturesTest : public TextureFixture {
 protected:
     SourceTexturesTest() {
         _source->files = {{"in/model.obj", "mtllib lib.mtl\nusemtl red\nv -1 -1 0\nv 3 -1 0\nv -1 3 0\n"
                                            "f 1 2 3\n"},
                           {"in/lib.mtl", "newmtl red\nmap_Kd maps\\red.png\n"},
                           {"in/maps/red.png", picture()}};
-    }
-    static QColor drawn(GPUModel& model) {
-        const auto program = Testing::makeModelProgram(kVertexShader, kFragmentShader);
-        Framebuffer target(QSize(4, 4));
-        target.begin();
-        const AutoBinder binder(program.get());
-        model.draw();
-        return target.pixels().pixelColor(2, 2);
     }
     std::shared_ptr<Texture> load(const QString& name = "in/maps/red.png") const {
         return makeTextureLoader(_source)(name);

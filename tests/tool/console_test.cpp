@@ -67,6 +67,28 @@ TEST(ConsoleTest, WarningsAreTheDefaultLevel) {
     EXPECT_EQ(errors.text(), "velmodel: warning: three\n");
 }
 
+TEST(ConsoleTest, WarningsOfLibpngAreDebugMessages) {
+    const QtMessageHandler before = qInstallMessageHandler(nullptr);
+    Testing::CapturedStream errors(STDERR_FILENO);
+    installMessageLog();
+    qWarning("libpng warning: iCCP: known incorrect sRGB profile");
+    installMessageLog("debug");
+    qWarning("libpng warning: second");
+    qInstallMessageHandler(before);
+    EXPECT_EQ(errors.text(), "velmodel: debug: libpng warning: second\n");
+}
+
+TEST(ConsoleTest, WarningsOfTheProgramAreLeftOutWhereOnlyErrorsAreWanted) {
+    printedFrom("error");
+    Testing::CapturedStream errors(STDERR_FILENO);
+    reportWarning("one");
+    const QtMessageHandler before = qInstallMessageHandler(nullptr);
+    installMessageLog();
+    reportWarning("two");
+    qInstallMessageHandler(before);
+    EXPECT_EQ(errors.text(), "velmodel: warning: two\n");
+}
+
 TEST(ConsoleTest, ErrorsArePrintedAtEveryLevel) {
     printedFrom("error");
     Testing::CapturedStream errors(STDERR_FILENO);
