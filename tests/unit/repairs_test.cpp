@@ -298,6 +298,7 @@ TEST_F(RepairsTest, LineMayNameSeveralLibrariesOrOneWithSpaces) {
                        with({&LoadRepairs::matchNames, &LoadRepairs::skipMissingLibraries})),
                 ElementsAre("a: 3 0.25", "b: 3 0.5"));
     EXPECT_EQ(count(Code::MissingLibrary), 1u);
+    EXPECT_EQ(_report.diagnostics.value(0).text, path("none.mtl"));
     groups("mtllib none one.mtl # x" + faces,
            with({&LoadRepairs::matchNames, &LoadRepairs::skipMissingLibraries}));
     EXPECT_EQ(count(Code::MissingLibrary), 1u) << "where nothing is there, one name is meant";
@@ -374,6 +375,9 @@ TEST_F(RepairsTest, ContinuationOfAVertexLineIsNoLineOfItsOwn) {
     const DrawData data = read(kPositions + "v 5 5 5 \\\nf 1 2 3\nf 1 2 4\n", options);
     EXPECT_EQ(data.indices().count, 3u);
     EXPECT_EQ(contentOf(data), contentOf(read(kPositions + "v 5 5 5\nf 1 2 4\n", options)));
+    const QByteArray twice = "v 5 5 5 \\\nf 1 2 3\nf 1 2 4\n";
+    EXPECT_EQ(contentOf(read(kPositions + twice + twice, options)),
+              contentOf(read(kPositions + "v 5 5 5\nf 1 2 4\nv 5 5 5\nf 1 2 4\n", options)));
 }
 
 // Faces

@@ -73,7 +73,7 @@ bool takesWord(const MapOption& option, const QString& word) {
     const bool isListed =
         option.words == nullptr ||
         QString::fromLatin1(option.words).contains(QLatin1Char(' ') + word.toLower() + QLatin1Char(' '));
-    return option.numbers == 0 && !word.isNull() && isListed;
+    return !word.isNull() && isListed;
 }
 
 // Takes an option with its numbers, of which the first two are written to `values`, or with its word.
