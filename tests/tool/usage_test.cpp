@@ -109,8 +109,8 @@ TEST_P(WrongResolutionTest, IsNamedInTheError) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, WrongResolutionTest,
-                         testing::Values("", "640", "640:480", "640x", "640,480,1", "0,480", "640,-1", "16385,1",
-                                         "1.5,2", "99999999999,1"));
+                         testing::Values("", "640", "640:480", "640x", "640,480,1", "0,480", "640,-1",
+                                         "16385,1", "1.5,2", "99999999999,1"));
 
 TEST(UsageTest, HelpNeedsNoFileAndNoOpenGL) {
     ProgramSurroundings surroundings;
