@@ -69,9 +69,9 @@ public:
     /// makeTextureLoader().
     GPUModel::TextureLoader loader() const;
 
-    /// Gives the next images to OpenGL, in the order of decode(), and frees their memory: as many as the
-    /// budget allows, and at least one. Where OpenGL has no memory for an image, its texture is white, after
-    /// a warning. The client's state is restored.
+    /// Gives images to OpenGL in the order of decode(), and frees their memory. Stops at the limits of
+    /// `budget`, but always gives at least one. Where OpenGL has no memory for an image, its texture is
+    /// white, after a warning. The client's state is restored.
     ///
     /// Requires: a current OpenGLDeviceContext, else nothing happens.
     /// Returns:  the number of images that still wait, see waitingCount().

@@ -35,16 +35,24 @@ TEST(ConsoleTest, LevelsAreOrderedByTheNumberOfMessages) {
     EXPECT_EQ(verbosityLevels(), QStringList({"debug", "info", "warning", "error"}));
 }
 
-QByteArray printedFrom(const QString& level) {
+/// What `print` writes to standard error. The message handler stays as it was before.
+template<typename Print>
+QByteArray printedBy(const Print& print) {
     const QtMessageHandler before = qInstallMessageHandler(nullptr);
     Testing::CapturedStream errors(STDERR_FILENO);
-    installMessageLog(level);
-    qDebug("one");
-    qInfo("two");
-    qWarning("three\nlines");
-    qCritical("four");
+    print();
     qInstallMessageHandler(before);
     return errors.text();
+}
+
+QByteArray printedFrom(const QString& level) {
+    return printedBy([&level] {
+        installMessageLog(level);
+        qDebug("one");
+        qInfo("two");
+        qWarning("three\nlines");
+        qCritical("four");
+    });
 }
 
 TEST(ConsoleTest, MessagesOfALevelAndAboveArePrintedOneToALine) {
@@ -58,35 +66,32 @@ TEST(ConsoleTest, MessagesOfALevelAndAboveArePrintedOneToALine) {
 }
 
 TEST(ConsoleTest, WarningsAreTheDefaultLevel) {
-    const QtMessageHandler before = qInstallMessageHandler(nullptr);
-    Testing::CapturedStream errors(STDERR_FILENO);
-    installMessageLog();
-    qInfo("two");
-    qWarning("three");
-    qInstallMessageHandler(before);
-    EXPECT_EQ(errors.text(), "velmodel: warning: three\n");
+    const QByteArray printed = printedBy([] {
+        installMessageLog();
+        qInfo("two");
+        qWarning("three");
+    });
+    EXPECT_EQ(printed, "velmodel: warning: three\n");
 }
 
 TEST(ConsoleTest, WarningsOfLibpngAreDebugMessages) {
-    const QtMessageHandler before = qInstallMessageHandler(nullptr);
-    Testing::CapturedStream errors(STDERR_FILENO);
-    installMessageLog();
-    qWarning("libpng warning: iCCP: known incorrect sRGB profile");
-    installMessageLog("debug");
-    qWarning("libpng warning: second");
-    qInstallMessageHandler(before);
-    EXPECT_EQ(errors.text(), "velmodel: debug: libpng warning: second\n");
+    const QByteArray printed = printedBy([] {
+        installMessageLog();
+        qWarning("libpng warning: iCCP: known incorrect sRGB profile");
+        installMessageLog("debug");
+        qWarning("libpng warning: second");
+    });
+    EXPECT_EQ(printed, "velmodel: debug: libpng warning: second\n");
 }
 
 TEST(ConsoleTest, WarningsOfTheProgramAreLeftOutWhereOnlyErrorsAreWanted) {
-    printedFrom("error");
-    Testing::CapturedStream errors(STDERR_FILENO);
-    reportWarning("one");
-    const QtMessageHandler before = qInstallMessageHandler(nullptr);
-    installMessageLog();
-    reportWarning("two");
-    qInstallMessageHandler(before);
-    EXPECT_EQ(errors.text(), "velmodel: warning: two\n");
+    const QByteArray printed = printedBy([] {
+        installMessageLog("error");
+        reportWarning("one");
+        installMessageLog();
+        reportWarning("two");
+    });
+    EXPECT_EQ(printed, "velmodel: warning: two\n");
 }
 
 TEST(ConsoleTest, ErrorsArePrintedAtEveryLevel) {

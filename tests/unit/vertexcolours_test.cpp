@@ -38,7 +38,7 @@ protected:
 
     Mesh _mesh{Input::Consumed};
     std::unique_ptr<ObjRun> _run{new ObjRun};
-    VertexColours _colours{_mesh, kPosition};
+    VertexColours _colours{_mesh};
 };
 
 TEST_F(VertexColoursTest, PositionsWithoutColoursMakeNoAttribute) {
@@ -91,7 +91,7 @@ TEST_F(VertexColoursTest, ColoursBeyondABlockAreWidenedToo) {
         SCOPED_TRACE(extra);
         _mesh.clear();
         _mesh.attributes.create(kPosition, 3, kFloat, 0, 0);
-        VertexColours colours(_mesh, kPosition);
+        VertexColours colours(_mesh);
         const auto takeRun = [&](int positions, int components) {
             for (int i = 0; i < positions; ++i)
                 _run->addColour(ObjColour(kGrey, static_cast<std::size_t>(components)));

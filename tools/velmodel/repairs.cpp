@@ -8,7 +8,7 @@ namespace Atelier::Vel::Tool {
 
 namespace {
 
-constexpr quint64 kMostLines = 10;
+constexpr quint64 kMaxLines = 10;
 
 /// The repairs of one kind.
 struct Kind {
@@ -46,7 +46,7 @@ QStringList repairLines(const LoadReport& report) {
         all += kind.messages;
         summary.append(lineOf(kind));
     }
-    return count > kMostLines ? summary : all;
+    return count > kMaxLines ? summary : all;
 }
 
 void reportRepairs(const QString& path, const LoadReport& report) {

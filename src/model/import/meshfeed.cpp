@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "glconstants.h"
+#include "import/attributenames.h"
 #include "import/facegroups.h"
 #include "import/obj/objreader.h"
 #include "mesh/mesh.h"
@@ -15,10 +16,10 @@ MeshFeed::MeshFeed(Mesh& mesh, FaceGroups& groups)
     : _mesh(mesh),
       _groups(groups),
       _run(new ObjRun),
-      _position{QStringLiteral("va_Vertex"), 3},
-      _normal{QStringLiteral("va_Normal"), 3},
-      _texCoord{QStringLiteral("va_TexCoord"), 2},
-      _colours(mesh, _position.name) {}
+      _position{positionAttribute(), 3},
+      _normal{normalAttribute(), 3},
+      _texCoord{texCoordAttribute(), 2},
+      _colours(mesh) {}
 
 ObjRun& MeshFeed::run() {
     if (_run->isFull())

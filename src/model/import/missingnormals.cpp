@@ -1,11 +1,13 @@
 #include "import/missingnormals.h"
 
+#include <algorithm>
 #include <vector>
 
 #include <QtCore/QRandomGenerator>
 
 #include "geometry/smoothing/cornernormals.h"
 #include "glconstants.h"
+#include "import/attributenames.h"
 #include "import/smoothinggroups.h"
 #include "mesh/mesh.h"
 #include "streams/streamview.h"
@@ -15,14 +17,6 @@ namespace Atelier::Vel {
 namespace {
 
 using Kind = NormalOptions::Kind;
-
-QString positionAttribute() {
-    return QStringLiteral("va_Vertex");
-}
-
-QString normalAttribute() {
-    return QStringLiteral("va_Normal");
-}
 
 /// Whether normals are made for corners before these are merged, and not for vertices.
 bool areOfCorners(const NormalOptions& options) {

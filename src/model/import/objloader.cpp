@@ -17,6 +17,7 @@
 #include "drawdata/preparation.h"
 #include "drawdata/progressmeter.h"
 #include "files/textinput.h"
+#include "import/attributenames.h"
 #include "import/diagnostics/diagnosticlog.h"
 #include "import/facegroups.h"
 #include "import/meshfeed.h"
@@ -63,8 +64,8 @@ QString nothingToDraw(const QString& path) {
 
 // A context without a version has no native context: it only records calls.
 bool canUpload(const OpenGLDeviceContext* context) {
-    constexpr int kLeastVersion = 43;
-    return context != nullptr && (context->version() == 0 || context->version() >= kLeastVersion);
+    constexpr int kMinVersion = 43;
+    return context != nullptr && (context->version() == 0 || context->version() >= kMinVersion);
 }
 
 std::unique_ptr<GPUModel> newModel(const QString& path) {
@@ -75,12 +76,6 @@ std::unique_ptr<GPUModel> newModel(const QString& path) {
 
 ModelFiles filesOf(const QString& path, const LoadOptions& options) {
     return options.files == LoadOptions::Files::Anywhere ? ModelFiles() : ModelFiles(QFileInfo(path).path());
-}
-
-LineSourceOptions lineOptions(const LoadRepairs& repairs) {
-    LineSourceOptions options;
-    options.joinsContinuedLines = repairs.joinContinuedLines;
-    return options;
 }
 
 ObjKeywords keywordsOf(const LoadOptions& options) {
@@ -102,7 +97,8 @@ public:
           _groups(_mesh.groups, _materials, _path,
                   options.splitObjects ? FaceGroups::Parts::Split : FaceGroups::Parts::Joined),
           _stream(&text.device()),
-          _reader(&_stream, lineOptions(options.repairs), findWideParser(), keywordsOf(options)),
+          _reader(&_stream, LineSourceOptions::joining(options.repairs.joinContinuedLines), findWideParser(),
+                  keywordsOf(options)),
           _feed(_mesh, _groups) {
         if (options.vertexColours)
             _feed.takeColours();
@@ -124,12 +120,11 @@ public:
 private:
     using Code = LoadDiagnostic::Code;
 
-    static QString positionAttribute() { return QStringLiteral("va_Vertex"); }
     bool takeRecord(QString& error);
     /// Returns: false, with the reason in `error`, if the library is needed and cannot be read.
     bool loadLibrary(const QString& name, QString& error);
     QString libraryPath(const QString& name);
-    bool isDispensable(const QString& path, QString& error);
+    bool leaveOut(const QString& path, QString& error);
     /// Loads the library that is named by the whole of `rest`, or else by each of its words.
     bool loadLibraries(const QString& rest, QString& error);
     void removeUnplacedFaces();
@@ -213,11 +208,12 @@ QString ObjImport::libraryPath(const QString& name) {
 bool ObjImport::loadLibrary(const QString& name, QString& error) {
     _feed.flush();
     const QString path = libraryPath(name);
-    return _libraries.load(path) || isDispensable(path, error);
+    return _libraries.load(path) || leaveOut(path, error);
 }
 
-// Whether a library that cannot be read may be left out, which is reported. Otherwise that is the error.
-bool ObjImport::isDispensable(const QString& path, QString& error) {
+// Leaves out a library that cannot be read, and reports it. Returns: false, with the error, if that is not
+// repaired.
+bool ObjImport::leaveOut(const QString& path, QString& error) {
     if (!_options.repairs.skipMissingLibraries) {
         error = QStringLiteral("Failed to load MTL file '%1'").arg(path);
         return false;
@@ -246,11 +242,11 @@ bool ObjImport::loadLibraries(const QString& rest, QString& error) {
     for (const QString& word : words)
         if (const QString path = libraryPath(word); !_libraries.load(path))
             missing.append(path);
-    // If none is there, the line probably means one.
+    // If no word names a library, the line probably names one library.
     if (missing.size() == words.size() && _options.repairs.skipMissingLibraries)
         missing = QStringList(libraryPath(wholes.last()));
     return std::all_of(missing.cbegin(), missing.cend(),
-                       [&](const QString& path) { return isDispensable(path, error); });
+                       [&](const QString& path) { return leaveOut(path, error); });
 }
 
 void ObjImport::removeUnplacedFaces() {
@@ -273,7 +269,9 @@ void ObjImport::completeNormals(ProgressMeter& meter) {
     if (completed == 0 || !_options.repairs.generateMissingNormals)
         return;
     _diagnostics.add(Code::MissingNormals, _path, QString(), [&] {
-        return QStringLiteral("%1 corners have no normal, and get generated ones").arg(completed);
+        return completed == 1
+                   ? QStringLiteral("1 corner has no normal, and gets a generated one")
+                   : QStringLiteral("%1 corners have no normal, and get generated ones").arg(completed);
     });
 }
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 #include "glconstants.h"
+#include "import/attributenames.h"
 #include "mesh/mesh.h"
 #include "streams/streamview.h"
 
@@ -29,8 +29,7 @@ Block white() {
 
 } // namespace
 
-VertexColours::VertexColours(Mesh& mesh, QString positionAttribute)
-    : _mesh(mesh), _positionAttribute(std::move(positionAttribute)), _name(QStringLiteral("va_Color")) {}
+VertexColours::VertexColours(Mesh& mesh) : _mesh(mesh), _name(colourAttribute()) {}
 
 void VertexColours::take(ObjRun& run) {
     const quint64 count = run.colours.size / ObjColour::kSize;
@@ -48,7 +47,7 @@ void VertexColours::take(ObjRun& run) {
 }
 
 void VertexColours::declare(int components) {
-    _mesh.attributes.createAlongside(_name, components, kGlFloat, _positionAttribute);
+    _mesh.attributes.createAlongside(_name, components, kGlFloat, positionAttribute());
     _components = components;
 }
 

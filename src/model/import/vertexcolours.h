@@ -14,7 +14,7 @@ struct Mesh;
 class VertexColours {
 public:
     /// `mesh` must outlive this object.
-    VertexColours(Mesh& mesh, QString positionAttribute);
+    explicit VertexColours(Mesh& mesh);
 
     /// Adds the colours of a run and removes them from it. Requires: the attribute of the positions exists if
     /// the run has colours.
@@ -28,7 +28,6 @@ private:
     void add(const float* values, quint64 count);
 
     Mesh& _mesh;
-    QString _positionAttribute;
     QString _name;
     quint64 _count = 0;
     int _components = 0; ///< 0 as long as all positions are without a colour

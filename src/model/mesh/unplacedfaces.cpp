@@ -1,7 +1,6 @@
 #include "mesh/unplacedfaces.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -20,14 +19,6 @@ std::vector<quint32> cornerCounts(FaceStore& faces) {
         return std::vector<quint32>(uniform.count, uniform.corners);
     const WordView listed = WordView::of(faces.listed().data());
     return {listed.words, listed.words + listed.count};
-}
-
-bool allAreBelow(const quint32* numbers, quint64 count, quint32 limit) {
-    constexpr quint64 kMost = std::numeric_limits<quint32>::max();
-    for (quint64 first = 0; first < count; first += kMost)
-        if (!allBelow(numbers + first, static_cast<quint32>(std::min(count - first, kMost)), limit))
-            return false;
-    return true;
 }
 
 /// The faces of a mesh, and which of them remain.
@@ -118,9 +109,9 @@ std::vector<quint32> removeUnplacedFaces(Mesh& mesh, const QString& positions) {
     const VertexAttribute attribute = mesh.attributes.records().value(positions);
     const auto positionCount =
         static_cast<quint32>(std::min<quint64>(attribute.valueCount(kValues), kNoIndex));
-    const WordView indices = WordView::of(attribute.streams[kIndices].data());
-    if (indices.count == mesh.faces.cornerCount() && allAreBelow(indices.words, indices.count, positionCount))
+    if (mesh.attributes.areIndicesBelow(positions, mesh.faces.cornerCount(), positionCount))
         return {};
+    const WordView indices = WordView::of(attribute.streams[kIndices].data());
     const Selection selection(cornerCounts(mesh.faces), indices, positionCount);
     selection.apply(mesh.faces);
     for (VertexAttribute& record : mesh.attributes.records())

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include <QtCore/QStringList>
-
 namespace Atelier::Vel {
 
 namespace {

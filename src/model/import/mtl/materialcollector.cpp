@@ -125,8 +125,8 @@ void MaterialCollector::takeExtended(const MtlReader& line) {
 }
 
 void MaterialCollector::setModel(float number) {
-    constexpr float kMost = 255;
-    const qint32 model = number >= 0 && number <= kMost ? static_cast<qint32>(number) : 0;
+    constexpr float kMaxModel = 255;
+    const qint32 model = number >= 0 && number <= kMaxModel ? static_cast<qint32>(number) : 0;
     _material.set(QStringLiteral("illum"), &model, sizeof model);
 }
 

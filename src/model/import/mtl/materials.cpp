@@ -1,7 +1,6 @@
 #include "import/mtl/materials.h"
 
 #include <memory>
-#include <utility>
 
 #include <QtCore/QTextStream>
 #include <QtGui/QColor>
@@ -68,9 +67,7 @@ bool MaterialLibraries::load(const QString& name) {
 bool MaterialLibraries::read(TextInput& text, const QString& name) {
     QTextStream stream(&text.device());
     const LoadRepairs& repairs = _options.repairs;
-    LineSourceOptions lines;
-    lines.joinsContinuedLines = repairs.joinContinuedLines;
-    MtlReader reader(&stream, true, lines,
+    MtlReader reader(&stream, true, LineSourceOptions::joining(repairs.joinContinuedLines),
                      {repairs.matchNames, repairs.parseMapOptions, _options.extendedMaterials});
     MaterialCollector collector(name, _definitions, _references, _options, _diagnostics);
     while (reader.hasNext()) {

@@ -40,9 +40,9 @@ public:
         UseMaterial,     ///< "usemtl"
         Object,          ///< "o"
         Group,           ///< "g"
+        SmoothingGroup,  ///< "s"
         End,             ///< after the last line
         None,            ///< no known line
-        SmoothingGroup,  ///< "s"
     };
 
     /// Advances to the first known line. `stream` must outlive the reader. next(ObjRun&) parses plain lines

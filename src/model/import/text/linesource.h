@@ -18,6 +18,13 @@ struct LineSourceOptions {
     /// Whether a backslash at the end of a line continues it on the next line, unless the line has a comment:
     /// a '#' at its start or after a blank. The backslash and the end of the line become a blank.
     bool joinsContinuedLines = false;
+
+    /// The default sizes, and whether continued lines are joined.
+    static LineSourceOptions joining(bool joinsContinuedLines) {
+        LineSourceOptions options;
+        options.joinsContinuedLines = joinsContinuedLines;
+        return options;
+    }
 };
 
 /// Reads the lines of a text stream as bytes: the same lines as QTextStream::readLine.
