@@ -115,6 +115,10 @@ void GPUModel::setRefill(Refill refill) {
     _data->refill = std::move(refill);
 }
 
+void GPUModel::setCommandBounds(int drawable, const QVector<Bounds>& bounds) {
+    recordCall(this, QStringLiteral("setCommandBounds %1 %2").arg(drawable).arg(bounds.size()));
+}
+
 GPUModel::Refill GPUModel::refill() const {
     return _data->refill;
 }

@@ -683,5 +683,53 @@ TEST_F(ModelUploadTest, ShortIndicesWithoutAnEntryAreZeros) {
     EXPECT_EQ(model.drawable(1)->indexCount(), 7);
 }
 
+TEST_F(ModelUploadTest, BoxesOfCommandsAreGivenOnlyWithTheirOption) {
+    makeBuilder({}, 0x0F);
+    const DrawData data = builder->prepare(kPosition);
+    ASSERT_EQ(data.drawableCount(), 2);
+    UploadOptions options;
+    ASSERT_TRUE(Vel::upload(data, model, options));
+    EXPECT_FALSE(model.commandBounds(0, 0).isValid);
+    options.commandBounds = true;
+    DrawData consumed = builder->prepare(kPosition);
+    ASSERT_TRUE(Vel::upload(std::move(consumed), model, options)) << "the positions are freed";
+    ASSERT_EQ(model.drawableCount(), 4);
+    for (int drawable = 0; drawable < 2; ++drawable)
+        for (int command = 0; command < data.commandCount(drawable); ++command) {
+            const DrawData::Box box = data.commandBox(drawable, command);
+            const GPUModel::Bounds given = model.commandBounds(2 + drawable, command);
+            EXPECT_TRUE(given.isValid);
+            EXPECT_EQ(given.minimum, box.minimum);
+            EXPECT_EQ(given.maximum, box.maximum);
+        }
+    const GPUModel::Bounds all = model.placedBounds();
+    EXPECT_EQ(all.minimum, QVector3D(0, 0, 0));
+    EXPECT_EQ(all.maximum, QVector3D(1, 1, 0));
+}
+
+TEST_F(ModelUploadTest, EachCommandGetsAllInstances) {
+    makeBuilder({}, 0);
+    UploadOptions options{InstanceData(QStringLiteral("not used")), QStringLiteral("id")};
+    for (const char* name : {"left", "right", "behind"}) {
+        InstanceData instance(QStringLiteral("copies"));
+        instance.set(QStringLiteral("name"), name, 4);
+        options.instances << instance;
+    }
+    ASSERT_TRUE(Vel::upload(builder->prepare(kPosition), model, options));
+    ASSERT_EQ(model.drawableCount(), 1);
+    EXPECT_EQ(model.instances(0)->name(), QStringLiteral("copies"));
+    const QList<InstanceData>& items = model.instances(0)->items();
+    ASSERT_EQ(items.size(), 2 * 3);
+    const char* const names[] = {"left", "righ", "behi"};
+    for (int i = 0; i < items.size(); ++i) {
+        EXPECT_EQ(items[i].value(QStringLiteral("name")), QByteArray(names[i % 3], 4)) << i;
+        const qint32 id = i < 3 ? 3 : 8;
+        EXPECT_EQ(items[i].value(QStringLiteral("id")), QByteArray(reinterpret_cast<const char*>(&id), 4))
+            << i;
+    }
+    for (const DrawElementsIndirectCommand& command : model.drawable(0)->drawElementsIndirectCommands())
+        EXPECT_EQ(command.instanceCount, 3U);
+}
+
 } // namespace
 } // namespace Atelier::Vel

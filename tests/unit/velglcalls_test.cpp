@@ -531,6 +531,18 @@ TEST_F(LoadCallsTest, UploadOfDrawDataCallsWhatALoadCalls) {
     EXPECT_EQ(calls(), expected);
 }
 
+TEST_F(LoadCallsTest, BoxesAreSetForTheNumberOfTheDrawable) {
+    QString error;
+    DrawData data = readDrawDataFromOBJFile(write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"), error);
+    GPUModel model;
+    UploadOptions options{makeIdentityInstance()};
+    options.commandBounds = true;
+    calls();
+    upload(std::move(data), model, options);
+    const std::string all = calls();
+    EXPECT_NE(all.find(": setCommandBounds 10 1\n"), std::string::npos) << all;
+}
+
 TEST_F(LoadCallsTest, LoadThatFailsMakesNoModel) {
     QString error;
     EXPECT_EQ(loadModelFromOBJFile(path("none.obj"), error), nullptr);

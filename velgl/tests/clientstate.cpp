@@ -11,6 +11,7 @@ namespace {
 constexpr int kCapturedUnits = 8;
 constexpr int kCapturedBindings = 4;
 constexpr int kCapturedAttributes = 4;
+constexpr GLuint kCapturedOutputs = 8;
 
 struct NamedQuery {
     const char* name;
@@ -43,6 +44,14 @@ constexpr NamedQuery kIntegers[] = {
     {"depth test", GL_DEPTH_TEST},
     {"cull face", GL_CULL_FACE},
     {"blend", GL_BLEND},
+    {"stencil test", GL_STENCIL_TEST},
+    {"logical operation", GL_COLOR_LOGIC_OP},
+    {"multisampling", GL_MULTISAMPLE},
+    {"rasterizer discard", GL_RASTERIZER_DISCARD},
+    {"depth function", GL_DEPTH_FUNC},
+    {"depth mask", GL_DEPTH_WRITEMASK},
+    {"culled faces", GL_CULL_FACE_MODE},
+    {"clamped reading", GL_CLAMP_READ_COLOR},
     {"unpack alignment", GL_UNPACK_ALIGNMENT},
     {"unpack row length", GL_UNPACK_ROW_LENGTH},
     {"unpack image height", GL_UNPACK_IMAGE_HEIGHT},
@@ -82,6 +91,8 @@ ClientState ClientState::captured() {
     state.addTextureUnits();
     state.addStorageBindings();
     state.addDebugReceiver();
+    state.addViewports();
+    state.addOutputs();
     return state;
 }
 
@@ -143,6 +154,37 @@ void ClientState::addDebugReceiver() {
     void* callback = nullptr;
     glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &callback);
     _values.push_back({"debug callback", static_cast<qint64>(reinterpret_cast<quintptr>(callback))});
+}
+
+void ClientState::addViewports() {
+    for (GLuint index = 0; index < 2; ++index) {
+        const std::string name = "viewport " + std::to_string(index) + " ";
+        GLfloat box[4] = {};
+        glGetFloati_v(GL_VIEWPORT, index, box);
+        for (const GLfloat value : box)
+            _values.push_back({name, static_cast<qint64>(value * 16)});
+        _values.push_back({name + "scissor test", glIsEnabledi(GL_SCISSOR_TEST, index)});
+    }
+    GLint modes[2] = {};
+    glGetIntegerv(GL_POLYGON_MODE, modes);
+    _values.push_back({"polygon mode", modes[0]});
+}
+
+void ClientState::addOutputs() {
+    for (GLuint output = 0; output < kCapturedOutputs; ++output) {
+        const std::string name = "output " + std::to_string(output) + " ";
+        _values.push_back({name + "blend", glIsEnabledi(GL_BLEND, output)});
+        GLboolean mask[4] = {};
+        glGetBooleani_v(GL_COLOR_WRITEMASK, output, mask);
+        for (const GLboolean channel : mask)
+            _values.push_back({name + "mask", channel});
+        for (const GLenum query : {GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA,
+                                   GL_BLEND_EQUATION_RGB, GL_BLEND_EQUATION_ALPHA}) {
+            GLint value = 0;
+            glGetIntegeri_v(query, output, &value);
+            _values.push_back({name + std::to_string(query), value});
+        }
+    }
 }
 
 std::string ClientState::difference(const ClientState& before, const ClientState& after) {
@@ -252,6 +294,47 @@ void BusyClient::setPrimitiveRestart(unsigned int index, bool isEnabled) {
 void BusyClient::useProgram() {
     _program = clientProgram();
     glUseProgram(_program);
+}
+
+// Values that VelGL does not set itself, so that a call that does not put them back is found.
+BusyPainter::BusyPainter() {
+    for (const GLenum capability : {GL_DEPTH_TEST, GL_CULL_FACE, GL_BLEND, GL_STENCIL_TEST, GL_SCISSOR_TEST,
+                                    GL_COLOR_LOGIC_OP, GL_RASTERIZER_DISCARD})
+        glEnable(capability);
+    glDisable(GL_MULTISAMPLE);
+    glDepthFunc(GL_NOTEQUAL);
+    glDepthMask(GL_FALSE);
+    glCullFace(GL_FRONT_AND_BACK);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_POINT);
+    glClampColor(GL_CLAMP_READ_COLOR, GL_TRUE);
+    glColorMaski(1, GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
+    glBlendFuncSeparatei(1, GL_DST_COLOR, GL_CONSTANT_COLOR, GL_DST_ALPHA, GL_CONSTANT_ALPHA);
+    glBlendEquationSeparatei(1, GL_MIN, GL_MAX);
+    glViewportIndexedf(0, 1.5F, 2, 3.25F, 4);
+    glScissor(0, 0, 1, 1);
+    glGenFramebuffers(2, _framebuffers);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, _framebuffers[0]);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, _framebuffers[1]);
+    glGenRenderbuffers(1, &_renderbuffer);
+    glBindRenderbuffer(GL_RENDERBUFFER, _renderbuffer);
+}
+
+BusyPainter::~BusyPainter() {
+    for (const GLenum capability : {GL_DEPTH_TEST, GL_CULL_FACE, GL_BLEND, GL_STENCIL_TEST, GL_SCISSOR_TEST,
+                                    GL_COLOR_LOGIC_OP, GL_RASTERIZER_DISCARD})
+        glDisable(capability);
+    glEnable(GL_MULTISAMPLE);
+    glDepthFunc(GL_LESS);
+    glDepthMask(GL_TRUE);
+    glCullFace(GL_BACK);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    glClampColor(GL_CLAMP_READ_COLOR, GL_FIXED_ONLY);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glBlendFunc(GL_ONE, GL_ZERO);
+    glBlendEquation(GL_FUNC_ADD);
+    glViewport(0, 0, 0, 0);
+    glDeleteFramebuffers(2, _framebuffers);
+    glDeleteRenderbuffers(1, &_renderbuffer);
 }
 
 } // namespace Atelier::Vel::Testing

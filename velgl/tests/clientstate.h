@@ -36,6 +36,8 @@ private:
     void addTextureUnits();
     void addStorageBindings();
     void addDebugReceiver();
+    void addViewports();
+    void addOutputs();
 
     std::vector<Value> _values;
 };
@@ -67,6 +69,21 @@ private:
     unsigned int _samplers[kUnitCount] = {};
     unsigned int _vertexArray = 0;
     unsigned int _program = 0;
+};
+
+/// A client that has changed how it draws from the defaults: tests, masks, blending, the viewport and the
+/// bound framebuffers, into which nothing can be drawn. On destruction it restores the defaults; the viewport
+/// is empty then.
+class BusyPainter {
+public:
+    BusyPainter();
+    ~BusyPainter();
+    BusyPainter(const BusyPainter&) = delete;
+    BusyPainter& operator=(const BusyPainter&) = delete;
+
+private:
+    unsigned int _framebuffers[2] = {}; // for drawing and for reading
+    unsigned int _renderbuffer = 0;
 };
 
 } // namespace Atelier::Vel::Testing

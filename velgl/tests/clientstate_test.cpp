@@ -278,6 +278,86 @@ TEST_P(ClientStateTest, SurvivesModelBuildingAndDestruction) {
     });
 }
 
+TEST_P(ClientStateTest, SurvivesChangesOfItemsAndVisibilityAndTheirDraws) {
+    GPUModel model;
+    fillModel(model);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    DrawOptions sorted;
+    sorted.order = DrawOrder::ByTextures;
+    sorted.program = program.get();
+    model.draw(sorted);
+    int frame = 0;
+    const auto change = [&] {
+        ++frame;
+        InstanceData material = coloredMaterial(QColor(frame, 2, 3));
+        material.setTexture(frame % 2 == 0 ? QStringLiteral("first") : QStringLiteral("second"),
+                            TextureManager::Instance().colorTexture(Qt::blue));
+        EXPECT_TRUE(model.materials(0)->set(0, material));
+        EXPECT_TRUE(model.instances(0)->set(1, movedInstance({float(frame), 0, 0})));
+        model.drawable(0)->setVisibility(0, frame % 2 == 0 ? DrawBuffers::Visibility::Hidden
+                                                           : DrawBuffers::Visibility::Shown);
+    };
+    expectUntouched(change);
+    expectUntouched([&] {
+        change();
+        model.draw(sorted);
+        change();
+        EXPECT_EQ(model.drawable(0)->readBackCommands().size(), 2);
+        EXPECT_EQ(model.materials(0)->readBack().size(), 64);
+    });
+}
+
+TEST_P(ClientStateTest, SurvivesRemovalAndClearing) {
+    GPUModel model;
+    fillModel(model);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    expectUntouched([&] {
+        const AutoBinder binder(program.get());
+        fillModel(model);
+        model.draw();
+        EXPECT_TRUE(model.remove(model.drawableCount() - 1));
+        model.draw();
+    });
+    expectUntouched([&] {
+        const AutoBinder binder(program.get());
+        fillModel(model);
+        model.draw();
+        model.clear();
+        model.draw();
+    });
+}
+
+TEST_P(ClientStateTest, SurvivesBoxesAndFilters) {
+    GPUModel model;
+    fillModel(model);
+    expectUntouched([&] {
+        model.setCommandBounds(0, {{{0, 0, 0}, {1, 1, 1}, true}});
+        EXPECT_FALSE(model.commandBounds(0, 1).isValid);
+        EXPECT_TRUE(model.placedBounds().isValid);
+        EXPECT_TRUE(DrawFilter::ofKey(model, 0).passes(0, 0));
+        EXPECT_TRUE(DrawFilter::ofOpacity(model, DrawFilter::Opacity::Opaque).passes(0, 0));
+    });
+}
+
+TEST_P(ClientStateTest, SurvivesADrawWhoseModelIsCleared) {
+    GPUModel model;
+    fillModel(model);
+    const std::unique_ptr<Program> program = sceneProgram();
+    Framebuffer picture(QSize(4, 4));
+    picture.begin();
+    const DrawHook hook([&] { model.clear(); });
+    expectUntouched([&] {
+        const AutoBinder binder(program.get());
+        model.draw();
+        EXPECT_EQ(model.drawableCount(), 0);
+        fillModel(model);
+    });
+}
+
 // The tests below delete an object whose binding is saved. Nothing is bound in its place, and OpenGL reports
 // no error.
 
@@ -350,6 +430,7 @@ TEST_P(ClientStateTest, ProgramDeletedWhileItIsSavedLeavesNoneInUse) {
 
 // A loader is code of the client. It may delete objects whose bindings a draw has saved.
 TEST_P(ClientStateTest, ObjectsDeletedByALoaderLeaveNothingBound) {
+    glViewport(0, 0, 4, 4); // that of the picture below
     const ClientState unbound = ClientState::captured();
     GLuint sampler = 0;
     GLuint texture = 0;

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <velgl/autobinder.h>
+#include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/program.h>
@@ -18,37 +19,9 @@
 // The code in docs/velgl.md stands in these tests.
 namespace Atelier::Vel::Testing {
 
-TEST(DocumentationTest, ProgramInTheDocumentationDraws) {
-    registerTestPlans();
+class SnippetsOfTheDocumentationTest : public GLFixture {};
 
-    QString error;
-    const auto context = OpenGLDeviceContext::createHeadless({}, error);
-    if (!context || !context->makeCurrent())
-        qFatal("%s", qPrintable(error));
-
-    const ShaderPlans plans{QStringLiteral("TestMaterial"), QStringLiteral("TestInstance")};
-    const QByteArray version = "#version 430 core\n";
-    const auto program = Program::fromSource(
-        version + shaderInterface(ShaderStage::Vertex, plans) + kSceneVertexShader,
-        version + shaderInterface(ShaderStage::Fragment, plans) + kSceneFragmentShader, error);
-    if (!program)
-        qFatal("%s", qPrintable(error));
-
-    GPUModel model;
-    addRow(model, {Qt::red, Qt::green}); // or ModelBuilder::upload(&model, ...)
-
-    Framebuffer picture(QSize(16, 8));
-    picture.begin();
-    const AutoBinder binder(program.get());
-    model.draw();
-
-    EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::red));
-    EXPECT_EQ(picture.pixels().pixelColor(10, 4), QColor(Qt::green));
-}
-
-class FiltersInTheDocumentationTest : public GLFixture {};
-
-TEST_F(FiltersInTheDocumentationTest, DivideOpaqueAndTransparentCommands) {
+TEST_F(SnippetsOfTheDocumentationTest, DivideOpaqueAndTransparentCommands) {
     registerTestPlans();
     const std::unique_ptr<Program> program = sceneProgram();
     InstanceData glass = coloredMaterial(Qt::green);
@@ -84,6 +57,25 @@ TEST_F(FiltersInTheDocumentationTest, DivideOpaqueAndTransparentCommands) {
     EXPECT_THAT(inTheMiddle, testing::ElementsAre(QColor(Qt::black), QColor(Qt::black)));
     EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::red));
     EXPECT_NE(picture.pixels().pixelColor(10, 4), QColor(Qt::black));
+}
+
+TEST_F(SnippetsOfTheDocumentationTest, ChangesAreDrawn) {
+    registerTestPlans();
+    const std::unique_ptr<Program> program = sceneProgram();
+    GPUModel model;
+    addRow(model, {Qt::red, Qt::green, Qt::blue});
+    Framebuffer picture(QSize(24, 8));
+    picture.begin();
+    const AutoBinder binder(program.get());
+
+    model.materials(0)->set(1, coloredMaterial(Qt::yellow));
+    model.instances(0)->set(0, movedInstance({1, 0, 0}));
+    model.drawable(0)->setVisibility(2, DrawBuffers::Visibility::Hidden);
+    model.draw();
+
+    EXPECT_EQ(picture.pixels().pixelColor(2, 4), QColor(Qt::black)) << "the first triangle was moved";
+    EXPECT_EQ(picture.pixels().pixelColor(10, 4), QColor(Qt::yellow));
+    EXPECT_EQ(picture.pixels().pixelColor(22, 1), QColor(Qt::black)) << "the third one is hidden";
 }
 
 } // namespace Atelier::Vel::Testing

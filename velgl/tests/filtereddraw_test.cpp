@@ -2,6 +2,7 @@
 
 #include <velgl/drawfilter.h>
 
+#include <limits>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -114,6 +115,51 @@ TEST_P(FilteredDrawTest, DrawablesOfOneKeyAreDrawn) {
     EXPECT_EQ(drawnWith(model, 1, drawing(filterOfKey(1))), opaque({Qt::red}));
     EXPECT_EQ(drawnWith(model, 1, drawing(filterOfKey(2))), opaque({Qt::green}));
     EXPECT_EQ(drawnWith(model, 1, drawing(filterOfKey(3))), opaque({Qt::black}));
+}
+
+TEST_P(FilteredDrawTest, FilterOfAKeyPassesItsDrawables) {
+    GPUModel model;
+    addTextured(model, {Qt::red, Qt::red}, 1);
+    addTextured(model, {Qt::green}, quint64(1) << 40);
+    EXPECT_EQ(drawnWith(model, 1, drawing(DrawFilter::ofKey(model, 1))), opaque({Qt::red}));
+    EXPECT_EQ(drawnWith(model, 1, drawing(DrawFilter::ofKey(model, quint64(1) << 40))), opaque({Qt::green}));
+    EXPECT_EQ(drawnWith(model, 1, drawing(DrawFilter::ofKey(model, 0))), opaque({Qt::black}));
+    const DrawFilter first = DrawFilter::ofKey(model, 1);
+    addTextured(model, {Qt::blue}, 7);
+    EXPECT_EQ(drawnWith(model, 1, drawing(first)), opaque({Qt::blue})) << "it was added later";
+    EXPECT_TRUE(model.remove(0));
+    EXPECT_FALSE(DrawFilter::ofKey(model, 1).passes(1, 0));
+    EXPECT_FALSE(DrawFilter::ofKey(model, 1).passesAll());
+}
+
+TEST_P(FilteredDrawTest, EachCommandIsEitherOpaqueOrTransparent) {
+    const QString opacity = QStringLiteral("opacity");
+    const auto material = [&](float value) {
+        InstanceData result = coloredMaterial(Qt::red);
+        result.set(opacity, &value, sizeof value);
+        return result;
+    };
+    InstanceData wrong = coloredMaterial(Qt::red);
+    wrong.set(QStringLiteral("d"), "ab", 2);
+    GPUModel model;
+    model.add(triangleRow(7), 1,
+              new InstanceDataCollection(QStringLiteral("TestMaterial"),
+                                         {material(1), material(0.999F), material(0), material(2),
+                                          material(std::numeric_limits<float>::quiet_NaN()), wrong}),
+              nullptr, 0);
+    model.add(triangleRow(1), 1, nullptr, nullptr, 0);
+    const DrawFilter opaques = DrawFilter::ofOpacity(model, DrawFilter::Opacity::Opaque, opacity);
+    const DrawFilter transparent = DrawFilter::ofOpacity(model, DrawFilter::Opacity::Transparent, opacity);
+    for (int command = 0; command < 7; ++command) {
+        EXPECT_EQ(opaques.passes(0, command), command != 1 && command != 2) << command;
+        EXPECT_NE(opaques.passes(0, command), transparent.passes(0, command)) << command;
+    }
+    EXPECT_TRUE(opaques.passes(1, 0)) << "without materials";
+    EXPECT_FALSE(transparent.passes(1, 0));
+    EXPECT_TRUE(DrawFilter::ofOpacity(model, DrawFilter::Opacity::Opaque).passes(0, 5))
+        << "a value of 2 bytes";
+    model.materials(0)->set(0, material(0.5F));
+    EXPECT_TRUE(DrawFilter::ofOpacity(model, DrawFilter::Opacity::Transparent, opacity).passes(0, 0));
 }
 
 TEST_P(FilteredDrawTest, CommandsWithBaseInstancesAreDrawnFromTheDefinedBuffer) {

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/program.h>
@@ -14,6 +15,7 @@
 #include <velgl/texturemanager.h>
 
 #include "allocationcount.h"
+#include "glhooks.h"
 #include "lookups.h"
 #include "support/glfixture.h"
 #include "testscene.h"
@@ -83,6 +85,14 @@ protected:
         DrawOptions result = drawing(state, order);
         result.filter = DrawFilter(model, [](int, int command) { return command % 2 == 0; });
         return result;
+    }
+    // Materials of other colours, in place of those of the first `count` commands.
+    void recolor(GPUModel& model, int count, int level) const {
+        for (int command = 0; command < count; ++command) {
+            InstanceData material = coloredMaterial(QColor(level, level + 1, level + 2));
+            material.setTexture(QStringLiteral("first"), _textures[std::size_t(command % kTextures)].get());
+            model.materials(0)->set(command, material);
+        }
     }
     // Draws until nothing is drawn first any more.
     static void warmUp(GPUModel& model, const DrawOptions& options) {
@@ -270,6 +280,102 @@ TEST_F(FrameTest, NothingIsAllocatedAndNoLoaderIsAsked) {
             EXPECT_EQ(allocationCount() - before, 0U);
             EXPECT_EQ(_loads, loads);
         }
+}
+
+TEST_F(FrameTest, MaterialsThatChangeEachFrameCostOneCallAndNoAllocationAndNoQuery) {
+    constexpr int kCommands = 160;
+    for (const int changes : {1, kCommands})
+        for (const DrawOrder order : {DrawOrder::AsGiven, DrawOrder::ByTextures}) {
+            GPUModel model;
+            addInterleaved(model, kCommands, false);
+            const DrawOptions how = drawing(StatePolicy::ClientRestores, order);
+            warmUp(model, how);
+            int unchanged = 0;
+            {
+                const GLCalls calls;
+                model.draw(how);
+                unchanged = GLCalls::count();
+            }
+            recolor(model, changes, 100);
+            warmUp(model, how);
+            for (int frame = 0; frame < 3; ++frame) {
+                recolor(model, changes, 10 * frame);
+                const GLCalls calls;
+                const std::size_t before = allocationCount();
+                model.draw(how);
+                if (countsAllocations()) {
+                    EXPECT_EQ(allocationCount() - before, 0U);
+                }
+                EXPECT_EQ(GLCalls::count(), unchanged + 1) << testing::PrintToString(GLCalls::byName());
+                EXPECT_EQ(GLCalls::count("glNamedBufferSubData"), 1);
+                EXPECT_EQ(GLCalls::queryCount(), 0) << testing::PrintToString(GLCalls::byName());
+            }
+        }
+}
+
+TEST_F(FrameTest, OnlyTheBytesOfChangedMaterialsAreUploaded) {
+    constexpr int kBytesOfColor = 12;
+    GPUModel model;
+    addInterleaved(model, 40, false);
+    const DrawOptions how = drawing(StatePolicy::ClientRestores, DrawOrder::ByTextures);
+    warmUp(model, how);
+    for (int frame = 0; frame < 5; ++frame) {
+        recolor(model, 3, 20 * frame);
+        const UploadHook hook;
+        model.draw(how);
+        EXPECT_EQ(hook.wholeCount(), 0);
+        EXPECT_GT(hook.partBytes(), 0);
+        EXPECT_LE(hook.partBytes(), 3 * kBytesOfColor);
+    }
+    const UploadHook hook;
+    model.draw(how);
+    EXPECT_EQ(hook.partBytes(), 0);
+}
+
+TEST_F(FrameTest, CommandsThatAreHiddenEachFrameCostOneCallForEachBufferAndNoAllocation) {
+    GPUModel model;
+    addInterleaved(model, 40, false);
+    const DrawOptions asGiven = drawing(StatePolicy::ClientRestores, DrawOrder::AsGiven);
+    const DrawOptions sorted = drawing(StatePolicy::ClientRestores, DrawOrder::ByTextures);
+    for (int frame = 0; frame < 6; ++frame) {
+        const auto visibility =
+            frame % 2 == 0 ? DrawBuffers::Visibility::Hidden : DrawBuffers::Visibility::Shown;
+        for (int command = 0; command < 40; command += 2)
+            model.drawable(0)->setVisibility(command, visibility);
+        if (frame < 2) {
+            warmUp(model, asGiven);
+            warmUp(model, sorted);
+            continue;
+        }
+        const GLCalls calls;
+        const std::size_t before = allocationCount();
+        model.draw(asGiven);
+        model.draw(sorted);
+        const std::size_t after = allocationCount();
+        if (countsAllocations()) {
+            EXPECT_EQ(after - before, 0U);
+        }
+        EXPECT_EQ(GLCalls::count("glNamedBufferSubData"), 2);
+        EXPECT_EQ(GLCalls::queryCount(), 0);
+    }
+}
+
+TEST_F(FrameTest, InstancesCostNoDrawOfTheirOwn) {
+    constexpr int kCopies = 10000;
+    GPUModel model;
+    QList<InstanceData> instances;
+    for (int i = 0; i < kCopies; ++i)
+        instances << movedInstance({float(i), 0, 0});
+    model.add(triangleRow(1), kCopies,
+              new InstanceDataCollection(QStringLiteral("TestMaterial"), {coloredMaterial(Qt::red)}),
+              new InstanceDataCollection(QStringLiteral("TestInstance"), instances), 0);
+    const DrawOptions how = drawing(StatePolicy::ClientRestores, DrawOrder::AsGiven);
+    warmUp(model, how);
+    const GLCalls calls;
+    model.draw(how);
+    EXPECT_EQ(GLCalls::count("glMultiDrawElementsIndirect"), 1);
+    EXPECT_LE(GLCalls::count(), kCallsPerSet + kCallsPerDrawable);
+    EXPECT_EQ(GLCalls::queryCount(), 0);
 }
 
 TEST_F(FrameTest, AnotherTextureOfTheProgramCostsOneLookUpAndNoAllocation) {

@@ -15,6 +15,9 @@ struct FaultyDriver::Functions {
     PFNGLGENVERTEXARRAYSPROC genVertexArrays = glGenVertexArrays;
     PFNGLGENTEXTURESPROC genTextures = glGenTextures;
     PFNGLTEXIMAGE2DPROC texImage2D = glTexImage2D;
+    PFNGLGENFRAMEBUFFERSPROC genFramebuffers = glGenFramebuffers;
+    PFNGLTEXSTORAGE2DPROC texStorage2D = glTexStorage2D;
+    PFNGLRENDERBUFFERSTORAGEMULTISAMPLEPROC renderbufferStorage = glRenderbufferStorageMultisample;
     PFNGLMULTIDRAWELEMENTSINDIRECTPROC multiDraw = glMultiDrawElementsIndirect;
     PFNGLCREATESHADERPROC createShader = glCreateShader;
     PFNGLCREATEPROGRAMPROC createProgram = glCreateProgram;
@@ -41,6 +44,12 @@ void APIENTRY texImageOfOneTexel(GLenum target, GLint level, GLint internalForma
         realTexImage2D(target, level, internalFormat, width, height, border, format, type, pixels);
 }
 
+// Takes the place of any function without a result.
+template<typename... Arguments>
+void outOfMemory(Arguments... /*ignored*/) {
+    pendingError = GL_OUT_OF_MEMORY;
+}
+
 } // namespace
 
 FaultyDriver::Functions FaultyDriver::real() {
@@ -57,6 +66,9 @@ void FaultyDriver::use(const Functions& functions) {
     glGenVertexArrays = functions.genVertexArrays;
     glGenTextures = functions.genTextures;
     glTexImage2D = functions.texImage2D;
+    glGenFramebuffers = functions.genFramebuffers;
+    glTexStorage2D = functions.texStorage2D;
+    glRenderbufferStorageMultisample = functions.renderbufferStorage;
     glMultiDrawElementsIndirect = functions.multiDraw;
     glCreateShader = functions.createShader;
     glCreateProgram = functions.createProgram;
@@ -81,12 +93,8 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         functions.genBuffers = functions.createBuffers;
         break;
     case GLFault::NoBufferMemory:
-        functions.namedBufferData = [](GLuint, GLsizeiptr, const void*, GLenum) {
-            pendingError = GL_OUT_OF_MEMORY;
-        };
-        functions.bufferData = [](GLenum, GLsizeiptr, const void*, GLenum) {
-            pendingError = GL_OUT_OF_MEMORY;
-        };
+        functions.namedBufferData = outOfMemory;
+        functions.bufferData = outOfMemory;
         break;
     case GLFault::NoVertexArrays:
         functions.genVertexArrays = noNames;
@@ -95,16 +103,20 @@ FaultyDriver::FaultyDriver(GLFault fault) {
         functions.genTextures = noNames;
         break;
     case GLFault::NoTextureMemory:
-        functions.texImage2D = [](GLenum, GLint, GLint, GLsizei, GLsizei, GLint, GLenum, GLenum,
-                                  const void*) { pendingError = GL_OUT_OF_MEMORY; };
+        functions.texImage2D = outOfMemory;
         break;
     case GLFault::NoMemoryForLargeTextures:
         functions.texImage2D = texImageOfOneTexel;
         break;
     case GLFault::NoMemoryForDrawing:
-        functions.multiDraw = [](GLenum, GLenum, const void*, GLsizei, GLsizei) {
-            pendingError = GL_OUT_OF_MEMORY;
-        };
+        functions.multiDraw = outOfMemory;
+        break;
+    case GLFault::NoFramebuffers:
+        functions.genFramebuffers = noNames;
+        break;
+    case GLFault::NoFramebufferMemory:
+        functions.texStorage2D = outOfMemory;
+        functions.renderbufferStorage = outOfMemory;
         break;
     case GLFault::NoShaders:
         functions.createShader = [](GLenum) { return GLuint(0); };

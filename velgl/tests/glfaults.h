@@ -16,6 +16,8 @@ enum class GLFault {
     NoTextureMemory,
     NoMemoryForLargeTextures, ///< of more than one texel
     NoMemoryForDrawing,
+    NoFramebuffers,
+    NoFramebufferMemory, ///< for textures and renderbuffers of a framebuffer
     NoShaders,
     NoPrograms,
     EndlessErrors, ///< as in a context that is lost

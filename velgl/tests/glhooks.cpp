@@ -9,6 +9,8 @@ namespace {
 DrawHook* drawHook = nullptr;
 const std::function<void()>* beforeTransfer = nullptr;
 NameCount* nameCount = nullptr;
+std::vector<UploadHook::Part>* uploadedParts = nullptr;
+int* wholeUploadCount = nullptr;
 int* stateCallCount = nullptr;
 int* labelQueryCount = nullptr;
 
@@ -130,6 +132,75 @@ StateCalls::~StateCalls() {
     stateCallCount = nullptr;
 }
 
+namespace {
+
+void APIENTRY noteNamedPart(GLuint buffer, GLintptr offset, GLsizeiptr size, const void* data) {
+    static const auto real = realFunction<PFNGLNAMEDBUFFERSUBDATAPROC>("glNamedBufferSubData");
+    uploadedParts->push_back({buffer, offset, size});
+    real(buffer, offset, size, data);
+}
+
+void APIENTRY notePart(GLenum target, GLintptr offset, GLsizeiptr size, const void* data) {
+    static const auto real = realFunction<PFNGLBUFFERSUBDATAPROC>("glBufferSubData");
+    GLint buffer = 0;
+    if (target == GL_COPY_WRITE_BUFFER)
+        glGetIntegerv(GL_COPY_WRITE_BUFFER_BINDING, &buffer);
+    uploadedParts->push_back({static_cast<GLuint>(buffer), offset, size});
+    real(target, offset, size, data);
+}
+
+void APIENTRY countNamedUpload(GLuint buffer, GLsizeiptr size, const void* data, GLenum usage) {
+    static const auto real = realFunction<PFNGLNAMEDBUFFERDATAPROC>("glNamedBufferData");
+    ++*wholeUploadCount;
+    real(buffer, size, data, usage);
+}
+
+void APIENTRY countUpload(GLenum target, GLsizeiptr size, const void* data, GLenum usage) {
+    static const auto real = realFunction<PFNGLBUFFERDATAPROC>("glBufferData");
+    ++*wholeUploadCount;
+    real(target, size, data, usage);
+}
+
+} // namespace
+
+struct UploadHook::Functions {
+    PFNGLNAMEDBUFFERSUBDATAPROC namedPart = glNamedBufferSubData;
+    PFNGLBUFFERSUBDATAPROC part = glBufferSubData;
+    PFNGLNAMEDBUFFERDATAPROC namedWhole = glNamedBufferData;
+    PFNGLBUFFERDATAPROC whole = glBufferData;
+};
+
+void UploadHook::use(const Functions& functions) {
+    glNamedBufferSubData = functions.namedPart;
+    glBufferSubData = functions.part;
+    glNamedBufferData = functions.namedWhole;
+    glBufferData = functions.whole;
+}
+
+UploadHook::UploadHook() : _before(std::make_unique<Functions>()) {
+    uploadedParts = &_parts;
+    wholeUploadCount = &_wholeCount;
+    use({noteNamedPart, notePart, countNamedUpload, countUpload});
+}
+
+UploadHook::~UploadHook() {
+    use(*_before);
+    uploadedParts = nullptr;
+    wholeUploadCount = nullptr;
+}
+
+qint64 UploadHook::partBytes() const {
+    qint64 bytes = 0;
+    for (const Part& part : _parts)
+        bytes += part.size;
+    return bytes;
+}
+
+void UploadHook::restart() {
+    _parts.clear();
+    _wholeCount = 0;
+}
+
 LabelQueries::LabelQueries() : _before(glGetObjectLabel) {
     labelQueryCount = &_count;
     glGetObjectLabel = [](GLenum kind, GLuint name, GLsizei size, GLsizei* length, GLchar* label) {
@@ -152,6 +223,8 @@ using DeleteNames = void(APIENTRY*)(GLsizei count, const GLuint* names);
 constexpr char kBuffer[] = "buffer";
 constexpr char kVertexArray[] = "vertex array";
 constexpr char kTexture[] = "texture";
+constexpr char kFramebuffer[] = "framebuffer";
+constexpr char kRenderbuffer[] = "renderbuffer";
 constexpr char kShader[] = "shader";
 constexpr char kProgram[] = "program";
 
@@ -162,6 +235,10 @@ constexpr char kGenVertexArrays[] = "glGenVertexArrays";
 constexpr char kDeleteVertexArrays[] = "glDeleteVertexArrays";
 constexpr char kGenTextures[] = "glGenTextures";
 constexpr char kDeleteTextures[] = "glDeleteTextures";
+constexpr char kGenFramebuffers[] = "glGenFramebuffers";
+constexpr char kDeleteFramebuffers[] = "glDeleteFramebuffers";
+constexpr char kGenRenderbuffers[] = "glGenRenderbuffers";
+constexpr char kDeleteRenderbuffers[] = "glDeleteRenderbuffers";
 constexpr char kDeleteShader[] = "glDeleteShader";
 constexpr char kDeleteProgram[] = "glDeleteProgram";
 
@@ -211,6 +288,10 @@ struct NameCount::Functions {
     PFNGLDELETEVERTEXARRAYSPROC deleteVertexArrays = glDeleteVertexArrays;
     PFNGLGENTEXTURESPROC genTextures = glGenTextures;
     PFNGLDELETETEXTURESPROC deleteTextures = glDeleteTextures;
+    PFNGLGENFRAMEBUFFERSPROC genFramebuffers = glGenFramebuffers;
+    PFNGLDELETEFRAMEBUFFERSPROC deleteFramebuffers = glDeleteFramebuffers;
+    PFNGLGENRENDERBUFFERSPROC genRenderbuffers = glGenRenderbuffers;
+    PFNGLDELETERENDERBUFFERSPROC deleteRenderbuffers = glDeleteRenderbuffers;
     PFNGLCREATESHADERPROC createShader = glCreateShader;
     PFNGLDELETESHADERPROC deleteShader = glDeleteShader;
     PFNGLCREATEPROGRAMPROC createProgram = glCreateProgram;
@@ -225,6 +306,10 @@ void NameCount::use(const Functions& functions) {
     glDeleteVertexArrays = functions.deleteVertexArrays;
     glGenTextures = functions.genTextures;
     glDeleteTextures = functions.deleteTextures;
+    glGenFramebuffers = functions.genFramebuffers;
+    glDeleteFramebuffers = functions.deleteFramebuffers;
+    glGenRenderbuffers = functions.genRenderbuffers;
+    glDeleteRenderbuffers = functions.deleteRenderbuffers;
     glCreateShader = functions.createShader;
     glDeleteShader = functions.deleteShader;
     glCreateProgram = functions.createProgram;
@@ -241,6 +326,10 @@ NameCount::NameCount() : _before(std::make_unique<Functions>()) {
     counting.deleteVertexArrays = countDeleted<kVertexArray, kDeleteVertexArrays>;
     counting.genTextures = countMade<kTexture, kGenTextures>;
     counting.deleteTextures = countDeleted<kTexture, kDeleteTextures>;
+    counting.genFramebuffers = countMade<kFramebuffer, kGenFramebuffers>;
+    counting.deleteFramebuffers = countDeleted<kFramebuffer, kDeleteFramebuffers>;
+    counting.genRenderbuffers = countMade<kRenderbuffer, kGenRenderbuffers>;
+    counting.deleteRenderbuffers = countDeleted<kRenderbuffer, kDeleteRenderbuffers>;
     counting.createShader = countShader;
     counting.deleteShader = countOneDeleted<kShader, kDeleteShader>;
     counting.createProgram = countProgram;

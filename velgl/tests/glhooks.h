@@ -77,6 +77,42 @@ private:
     int _count = 0;
 };
 
+/// Records the uploads into buffers in its lifetime.
+class UploadHook {
+public:
+    /// A part of a buffer that was uploaded.
+    struct Part {
+        GLuint buffer = 0;
+        qint64 offset = 0;
+        qint64 size = 0;
+
+        friend bool operator==(const Part& a, const Part& b) {
+            return a.buffer == b.buffer && a.offset == b.offset && a.size == b.size;
+        }
+    };
+
+    UploadHook();
+    ~UploadHook();
+    UploadHook(const UploadHook&) = delete;
+    UploadHook& operator=(const UploadHook&) = delete;
+
+    /// Returns: the uploads of parts, in order.
+    const std::vector<Part>& parts() const { return _parts; }
+    /// Returns: the number of bytes of all parts.
+    qint64 partBytes() const;
+    /// Returns: the number of uploads of whole buffers.
+    int wholeCount() const { return _wholeCount; }
+    void restart();
+
+private:
+    struct Functions;
+    static void use(const Functions& functions);
+
+    std::unique_ptr<Functions> _before;
+    std::vector<Part> _parts;
+    int _wholeCount = 0;
+};
+
 /// Counts the queries of labels in its lifetime: VelGL asks a context of another library for one to learn
 /// which context it is.
 class LabelQueries {

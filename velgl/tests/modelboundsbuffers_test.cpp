@@ -121,6 +121,17 @@ TEST_P(ModelBoundsBuffersTest, UnchangedModelWithoutABoxCostsNoCall) {
     EXPECT_EQ(calls.count(), 0);
 }
 
+TEST_P(ModelBoundsBuffersTest, BoxFollowsTheVisibilityOfCommands) {
+    setCommands({{1, 1, 0, 0, 0}, {1, 1, 3, 0, 0}});
+    expectBox(0, 3, "both");
+    _buffers->setVisibility(1, DrawBuffers::Visibility::Hidden);
+    expectFreeBox(0, 0, "the second one is hidden");
+    _buffers->setVisibility(0, DrawBuffers::Visibility::Hidden);
+    expectFreeInvalidBox("both are hidden");
+    _buffers->setVisibility(1, DrawBuffers::Visibility::Shown);
+    expectFreeBox(3, 3, "the second one is shown again");
+}
+
 TEST_P(ModelBoundsBuffersTest, BoxFollowsTheCommands) {
     expectBox(0, 1, "as set first");
     setCommands({{1, 1, 3, 0, 0}});

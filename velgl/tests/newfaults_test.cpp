@@ -9,6 +9,7 @@
 
 #include <velgl/autobinder.h>
 #include <velgl/bufferobject.h>
+#include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
 #include <velgl/program.h>
@@ -194,6 +195,51 @@ TEST_F(NewFaultsTest, UploadWithoutMemoryLeavesTheStateAsItWas) {
         return [&] { buffer->uploadGLuintData(kValues, 3, 0x88E4); };
     });
     EXPECT_EQ(buffer->readBack().size(), 12);
+}
+
+TEST_F(NewFaultsTest, ChangesWithoutMemoryLeaveBuffersThatFitTheItems) {
+    const std::unique_ptr<Program> program = sceneProgram();
+    DrawOptions options;
+    options.program = program.get();
+    constexpr std::size_t kEnough = 200;
+    bool isDone = false;
+    for (std::size_t number = 0; number < kEnough && !isDone; ++number) {
+        GPUModel model;
+        addRow(model, {Qt::red, Qt::green});
+        model.draw(options);
+        const InstanceData material = coloredMaterial(Qt::blue);
+        try {
+            const NewFaults faults(number);
+            model.materials(0)->set(1, material);
+            model.drawable(0)->setVisibility(0, DrawBuffers::Visibility::Hidden);
+            model.draw(options);
+            isDone = NewFaults::deniedCount() == 0;
+        } catch (const std::bad_alloc&) {
+        }
+        EXPECT_EQ(model.materials(0)->readBack(), model.materials(0)->packed()) << number;
+        const bool isShown = model.drawable(0)->visibility(0) == DrawBuffers::Visibility::Shown;
+        EXPECT_EQ(model.drawable(0)->readBackCommands()[0].instanceCount, isShown ? 1U : 0U) << number;
+    }
+    EXPECT_TRUE(isDone);
+}
+
+TEST_F(NewFaultsTest, RemovalWithoutMemoryRemovesOrThrows) {
+    for (std::size_t number = 0; number < 5; ++number) {
+        GPUModel model;
+        addRow(model, {Qt::red});
+        addRow(model, {Qt::green});
+        int expected = 0;
+        try {
+            const NewFaults faults(number);
+            model.remove(1);
+            expected = 1;
+            model.clear();
+            expected = 2;
+        } catch (const std::bad_alloc&) {
+        }
+        EXPECT_EQ(model.drawableCount(), expected == 2 ? 0 : 2) << number;
+        EXPECT_EQ(model.drawable(1) != nullptr, expected == 0) << number;
+    }
 }
 
 } // namespace Atelier::Vel::Testing

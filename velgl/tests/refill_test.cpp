@@ -166,6 +166,32 @@ TEST_F(RefillTest, FunctionFillsTheModelOnceInEachGroup) {
     EXPECT_THAT(log.texts(QtWarningMsg), IsEmpty());
 }
 
+TEST_F(RefillTest, ChangedValuesAreDrawnInEachGroupAndAfterALoss) {
+    const Copy copy(_model);
+    _model.setRefill([&](GPUModel& model) { return copy.fill(model); });
+    EXPECT_EQ(rowColor(_model), QColor(Qt::red));
+    EXPECT_TRUE(_model.materials(0)->set(0, coloredMaterial(Qt::green)));
+    const auto other = unrelated();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::green)) << "in a group that did not exist before";
+    EXPECT_TRUE(_model.materials(0)->set(0, coloredMaterial(Qt::blue)));
+    EXPECT_EQ(rowColor(_model), QColor(Qt::blue));
+    _context->makeCurrent();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::blue)) << "in the first group";
+    replaceContext();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::blue)) << "in the group that replaces it";
+    EXPECT_TRUE(_model.instances(0)->set(0, movedInstance({8, 0, 0})));
+    replaceContext();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::black)) << "it was moved away before the loss";
+    EXPECT_TRUE(_model.instances(0)->set(0, movedInstance({})));
+    _model.drawable(0)->setVisibility(0, DrawBuffers::Visibility::Hidden);
+    replaceContext();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::black)) << "it was hidden before the loss";
+    _model.drawable(0)->setVisibility(0, DrawBuffers::Visibility::Shown);
+    EXPECT_EQ(rowColor(_model), QColor(Qt::blue));
+    other->makeCurrent();
+    EXPECT_EQ(rowColor(_model), QColor(Qt::blue));
+}
+
 TEST_F(RefillTest, FunctionThatFailsIsCalledOnceInAGroup) {
     int calls = 0;
     _model.setRefill([&](GPUModel&) {

@@ -40,24 +40,29 @@ TEST_F(ShaderInterfaceTest, FragmentStageGetsItemsAndTextures) {
 }
 
 TEST_F(ShaderInterfaceTest, OnlyTheVertexStageKnowsTheCommand) {
-    EXPECT_EQ(shaderInterface(ShaderStage::Vertex, {QString(), QStringLiteral("ShaderPlan")}),
-              "#ifdef GL_ARB_shader_draw_parameters\n"
-              "#extension GL_ARB_shader_draw_parameters : enable\n"
-              "#endif\n"
-              "uniform int velgl_firstCommand;\n"
-              "#ifdef GL_ARB_shader_draw_parameters\n"
-              "int velglCommand() { return velgl_firstCommand < 0 ? gl_BaseInstanceARB : velgl_firstCommand "
-              "+ gl_DrawIDARB; }\n"
-              "#else\n"
-              "int velglCommand() { return velgl_firstCommand; }\n"
-              "#endif\n"
-              "struct VelglInstance {\n"
-              "    vec3 Kd;\n"
-              "};\n"
-              "layout(std430, binding = 1) readonly buffer VelglInstances { VelglInstance items[]; } "
-              "velgl_Instances;\n"
-              "VelglInstance velglInstance(int command) { return velgl_Instances.items[command]; }\n"
-              "uniform int velgl_textures;\n");
+    EXPECT_EQ(
+        shaderInterface(ShaderStage::Vertex, {QString(), QStringLiteral("ShaderPlan")}),
+        "#ifdef GL_ARB_shader_draw_parameters\n"
+        "#extension GL_ARB_shader_draw_parameters : enable\n"
+        "#endif\n"
+        "uniform int velgl_firstCommand;\n"
+        "#ifdef GL_ARB_shader_draw_parameters\n"
+        "int velglCommand() { return velgl_firstCommand < 0 ? gl_BaseInstanceARB : velgl_firstCommand "
+        "+ gl_DrawIDARB; }\n"
+        "#else\n"
+        "int velglCommand() { return velgl_firstCommand; }\n"
+        "#endif\n"
+        "uniform int velgl_lastInstance;\n"
+        "int velglInstanceNumber() {\n"
+        "    return velglCommand() * (velgl_lastInstance + 1) + min(gl_InstanceID, velgl_lastInstance);\n"
+        "}\n"
+        "struct VelglInstance {\n"
+        "    vec3 Kd;\n"
+        "};\n"
+        "layout(std430, binding = 1) readonly buffer VelglInstances { VelglInstance items[]; } "
+        "velgl_Instances;\n"
+        "VelglInstance velglInstance(int number) { return velgl_Instances.items[number]; }\n"
+        "uniform int velgl_textures;\n");
 }
 
 TEST_F(ShaderInterfaceTest, MaterialsComeBeforeInstances) {

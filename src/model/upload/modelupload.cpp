@@ -33,6 +33,9 @@ constexpr quint64 kShortIndexLimit = 0xFFFF;
 /// Element counts are passed to GL as signed 32-bit numbers.
 constexpr quint64 kMaxElements = std::numeric_limits<int>::max();
 
+/// A QList holds less than 2 GiB of pointers.
+constexpr int kMaxInstances = 0x7FFFFFF;
+
 /// A copy of the indices, each truncated to 16 bits, with the same number of elements as the source. Null if
 /// no such stream is available.
 QSharedPointer<ModelDataStream> shortened(const DrawDataContent& content) {
@@ -104,10 +107,12 @@ void addNames(GPUModel& model, int index, const DrawDataContent::Drawable& drawa
 } // namespace
 
 ModelUpload::ModelUpload(OpenGLDeviceContext& context, const UploadOptions& options)
-    : _context(context), _options(options) {}
+    : _context(context),
+      _options(options),
+      _copies(options.instances.isEmpty() ? QList<InstanceData>{options.instance} : options.instances) {}
 
 bool ModelUpload::add(DrawDataContent& content, GPUModel& model) {
-    if (!addIndices(content))
+    if (!canCopy(content) || !addIndices(content))
         return false;
     content.indices.reset();
     for (DrawDataContent::Stream& stream : content.attributes) {
@@ -116,7 +121,7 @@ bool ModelUpload::add(DrawDataContent& content, GPUModel& model) {
         stream.values.reset();
     }
     for (DrawDataContent::Drawable& drawable : content.drawables)
-        addDrawable(model, std::move(drawable));
+        _drawables.append(addDrawable(model, std::move(drawable)));
     return true;
 }
 
@@ -127,6 +132,16 @@ void ModelUpload::keep(const DrawData& data, GPUModel& model) const {
     model.setRefill([kept, fillOthers = model.refill()](GPUModel& lost) {
         return (!fillOthers || fillOthers(lost)) && kept.fill();
     });
+}
+
+bool ModelUpload::canCopy(const DrawDataContent& content) const {
+    return std::all_of(
+        content.drawables.cbegin(), content.drawables.cend(), [&](const DrawDataContent::Drawable& drawable) {
+            if (drawable.commands.size() <= kMaxInstances / _copies.size())
+                return true;
+            qWarning("%d instances of %d commands are too many", _copies.size(), drawable.commands.size());
+            return false;
+        });
 }
 
 QSharedPointer<BufferObject> ModelUpload::bindNewBuffer(unsigned int target) const {
@@ -179,8 +194,21 @@ bool ModelUpload::addAttribute(const DrawDataContent::Stream& stream) {
     return true;
 }
 
+// Returns: the instances of each command, whose groups have these ids.
+QList<InstanceData> ModelUpload::instancesOf(const QVector<qint32>& ids) const {
+    QList<InstanceData> instances;
+    instances.reserve(ids.size() * _copies.size());
+    for (const qint32 id : ids)
+        for (const InstanceData& copy : _copies) {
+            instances.append(copy);
+            if (!_options.groupIdMember.isNull())
+                instances.last().set(_options.groupIdMember, &id, sizeof id);
+        }
+    return instances;
+}
+
 // There may be many groups, so data per group are released as early as possible.
-void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) const {
+int ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) const {
     const QSharedPointer<VertexArrayObject> vao = _context.createVertexArrayObject();
     auto drawable = std::make_unique<DrawBuffers>(nullptr);
     drawable->setVAO(vao);
@@ -196,23 +224,18 @@ void ModelUpload::addDrawable(GPUModel& model, DrawDataContent::Drawable added) 
             drawable->VAO()->registerBO(attribute.name, attribute.buffer, attribute.components,
                                         attribute.type);
 
-    QList<InstanceData> instances;
-    instances.reserve(added.ids.size());
-    for (const qint32 id : qAsConst(added.ids)) {
-        instances.append(_options.instance);
-        if (!_options.groupIdMember.isNull())
-            instances.last().set(_options.groupIdMember, &id, sizeof id);
-    }
+    const QList<InstanceData> instances = instancesOf(added.ids);
     added.ids = {};
     if (!_options.groupIdMember.isNull())
         added.materials.clear();
     registerPlanOf(added.materials);
     const QString materialName = added.materials.isEmpty() ? QString() : added.materials.first().name();
     auto materials = makeCollection(materialName, added.materials);
-    auto instanceCollection = makeCollection(_options.instance.name(), instances);
-    const int index =
-        model.add(drawable.release(), 1, materials.release(), instanceCollection.release(), added.key);
+    auto instanceCollection = makeCollection(_copies.first().name(), instances);
+    const int index = model.add(drawable.release(), _copies.size(), materials.release(),
+                                instanceCollection.release(), added.key);
     addNames(model, index, added);
+    return index;
 }
 
 namespace {
@@ -225,6 +248,17 @@ void fillWhites(DrawDataContent::Drawable& drawable) {
     }
 }
 
+// The boxes of the commands, by drawable.
+QVector<QVector<GPUModel::Bounds>> commandBounds(const DrawData& data) {
+    QVector<QVector<GPUModel::Bounds>> bounds(data.drawableCount());
+    for (int drawable = 0; drawable < data.drawableCount(); ++drawable)
+        for (int command = 0; command < data.commandCount(drawable); ++command) {
+            const DrawData::Box box = data.commandBox(drawable, command);
+            bounds[drawable].append({box.minimum, box.maximum, box.isValid});
+        }
+    return bounds;
+}
+
 } // namespace
 
 bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, const UploadOptions& options) {
@@ -232,6 +266,8 @@ bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, cons
         return false;
     TextureManager::Instance().setDefaultLoader(loadMaterialTexture);
     const DrawData kept = options.keepData ? data : DrawData();
+    // The upload frees the positions.
+    const auto bounds = options.commandBounds ? commandBounds(data) : QVector<QVector<GPUModel::Bounds>>();
     std::shared_ptr<DrawDataContent> content = DrawDataAccess::take(data);
     // Shared content must not be released early. The copy contains only pointers, and only these are
     // released.
@@ -240,10 +276,13 @@ bool uploadTo(OpenGLDeviceContext& context, DrawData data, GPUModel& model, cons
     for (DrawDataContent::Drawable& drawable : content->drawables)
         fillWhites(drawable);
     ModelUpload upload(context, options);
-    const bool isAdded = upload.add(*content, model);
-    if (isAdded && options.keepData)
+    if (!upload.add(*content, model))
+        return false;
+    for (int i = 0; i < bounds.size(); ++i)
+        model.setCommandBounds(upload.drawables()[i], bounds[i]);
+    if (options.keepData)
         upload.keep(kept, model);
-    return isAdded;
+    return true;
 }
 
 bool upload(const DrawData& data, GPUModel& model, const UploadOptions& options) {

@@ -23,6 +23,9 @@ class VertexArrayObject;
 class VELGL_EXPORT DrawBuffers : public QObject {
     Q_OBJECT
 public:
+    /// Whether a command is drawn.
+    enum class Visibility { Shown, Hidden };
+
     /// Makes a drawable without streams, indices and commands, whose mode is GL_TRIANGLES. `parent` may be
     /// null; else it deletes the drawable, until GPUModel::add() takes it over.
     DrawBuffers(QObject* parent = nullptr);
@@ -58,30 +61,39 @@ public:
     unsigned int primitiveType() const;
 
     /// Replaces all commands by a copy of the `count` commands at `commands`, which are packed without gaps.
-    /// Null, or a count below 1, leaves none. The next draw uploads them.
+    /// Null, or a count below 1, leaves none. All of them are shown. The next draw uploads them.
     void setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count);
     /// Returns: the commands as they were set.
     QVector<DrawElementsIndirectCommand> drawElementsIndirectCommands() const;
+    /// Hides a command, or shows it again. It keeps its number, its material and its instances. Filters that
+    /// it passes draw it only while it is shown.
+    /// Without a command of that number it does nothing; a warning names the drawable the first time.
+    /// Cost: the next draw in each group of contexts compares all commands, and changes 4 bytes of each one
+    /// that was hidden or shown, in the buffers that are there.
+    void setVisibility(int command, Visibility visibility);
+    /// Returns: whether a command is shown; hidden if there is no such command.
+    Visibility visibility(int command) const;
     /// Reads the commands back from the indirect buffer; uploads them first if no draw has done so. No
     /// binding changes.
     /// Returns: one entry for each command that was set. The count of a command that reaches beyond the
-    /// indices is 0 there. Empty when there is no context and when the driver cannot store the commands.
-    /// Cost: waits until the GPU has finished with the buffer, then copies it. For tests and tools.
+    /// indices is 0 there, and the instance count of one that is hidden. Empty when there is no context and
+    /// when the driver cannot store the commands. Cost: waits until the GPU has finished with the buffer,
+    /// then copies it. For tests and tools.
     QVector<DrawElementsIndirectCommand> readBackCommands();
 
     /// Draws commands `first` to `first + count - 1`, as far as they exist, with the current program or
-    /// program pipeline. Binds the vertex array for the draw, sets the uniform `velgl_firstCommand` of the
-    /// program, and puts all bindings back. Textures and storage buffers are the caller's: GPUModel::draw()
-    /// binds those as well. A command that reaches beyond the index count of setIndexedDraw(), or beyond the
-    /// end of the index buffer, draws nothing; one warning counts such commands when they are uploaded. After
-    /// the first draw of each command the errors of OpenGL are taken and logged. Primitive restart of the
-    /// client is off while points, lines, triangles, their forms with adjacency or patches are drawn, so that
-    /// no index of theirs is left out; strips, loops and fans are divided as the client has set it.
-    /// Requires: a current context and program, a vertex array, and an index buffer with content; else it
-    /// draws nothing.
-    /// Cost: one glMultiDrawElementsIndirect for all commands, or one for each command where the driver has
-    /// no shader draw parameters, and two queries of primitive restart for modes where it is turned off. A
-    /// change of the commands, or of the index buffer or its size, costs one upload.
+    /// program pipeline. Binds the vertex array for the draw, sets the uniforms `velgl_firstCommand` and
+    /// `velgl_lastInstance` of the program, and puts all bindings back. Textures and storage buffers are the
+    /// caller's: GPUModel::draw() binds those as well. A command that reaches beyond the index count of
+    /// setIndexedDraw(), or beyond the end of the index buffer, draws nothing; one warning counts such
+    /// commands when they are uploaded. After the first draw of each command the errors of OpenGL are taken
+    /// and logged. Primitive restart of the client is off while points, lines, triangles, their forms with
+    /// adjacency or patches are drawn, so that no index of theirs is left out; strips, loops and fans are
+    /// divided as the client has set it. Requires: a current context and program, a vertex array, and an
+    /// index buffer with content; else it draws nothing. Cost: one glMultiDrawElementsIndirect for all
+    /// commands, or one for each command where the driver has no shader draw parameters, and two queries of
+    /// primitive restart for modes where it is turned off. A change of the commands, or of the index buffer
+    /// or its size, costs one upload.
     void draw(int first, int count);
 
 private:

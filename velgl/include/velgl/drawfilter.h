@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <QtCore/QBitArray>
+#include <QtCore/QString>
 #include <QtCore/QVector>
 
 #include <velgl/velgl_export.h>
@@ -24,6 +25,9 @@ public:
     /// Returns: whether the command of that number passes.
     using Condition = std::function<bool(int drawable, int command)>;
 
+    /// What a material lets through.
+    enum class Opacity { Opaque, Transparent };
+
     /// Passes all commands.
     DrawFilter();
     /// Passes the commands whose bit is set: bit c of mask d stands for command c of drawable d. A command
@@ -35,6 +39,15 @@ public:
     /// Requires: `condition` is not empty.
     /// Cost: calls `condition` once for each command that the model has now, in order, and never again.
     DrawFilter(const GPUModel& model, const Condition& condition);
+
+    /// Passes the drawables that were added with `key`, and those that are added to the model later.
+    static DrawFilter ofKey(const GPUModel& model, quint64 key);
+    /// Passes the commands whose materials are opaque, or those whose materials are transparent, and those
+    /// that are added to the model later. A material is transparent if its value `member`, a float, is below
+    /// 1; materials of VelModel have the value "d". One without such a value is opaque. Textures are not
+    /// looked at. Make both filters again after InstanceDataCollection::set() has changed such a value.
+    static DrawFilter ofOpacity(const GPUModel& model, Opacity opacity,
+                                const QString& member = QStringLiteral("d"));
 
     /// Returns: whether this is a filter of the constructor without arguments, or a copy of one.
     bool passesAll() const { return !_data; }

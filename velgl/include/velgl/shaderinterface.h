@@ -30,11 +30,15 @@ struct ShaderPlans {
 ///     int velglCommand();                   // the number of the command that draws (vertex stage only)
 ///     struct VelglMaterial { ... };         // the value members of the materials' plan
 ///     VelglMaterial velglMaterial(int command);
+///     int velglInstanceNumber();            // the number of the instance that is drawn (vertex stage only)
 ///     struct VelglInstance { ... };         // the value members of the instances' plan
-///     VelglInstance velglInstance(int command);
+///     VelglInstance velglInstance(int number);
 ///     uniform sampler2D velgl_NAME;         // for each texture member NAME of the materials' plan
 ///     bool velglHas_NAME();                 // whether the material that draws has that texture
 ///
+/// The number of an instance is command x instance count + gl_InstanceID, where the instance count is that of
+/// GPUModel::add(). So with one instance it is the number of the command. The further instances of a command
+/// whose own instance count was not 1 have the number of the last one. A number without an item reads zeros.
 /// A plan without value members declares no struct and no function for it. Member names, NAME included, are
 /// written as InstanceDataPlan::glslName() gives them: a texture "in" is `velgl_in_`.
 /// Requires: the plans are registered, see InstanceDataRegistry. Needs no context.

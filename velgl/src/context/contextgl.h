@@ -34,9 +34,10 @@ public:
     const QString& description() const { return _description; }
     const ContextFeatures& features() const { return _features; }
 
-    /// The name space of buffers, textures and programs, which sharing contexts have in common.
+    /// The name space of buffers, textures, renderbuffers and programs, which sharing contexts have in
+    /// common.
     const std::shared_ptr<ShareGroup>& group() const { return _group; }
-    /// The name space of vertex arrays, which belong to this context alone.
+    /// The name space of vertex arrays and framebuffers, which belong to this context alone.
     const std::shared_ptr<GLNameSpace>& ownNameSpace() const { return _ownNameSpace; }
     /// Returns: whether the names of `space` are valid in this context.
     bool knows(const GLNameSpace& space) const {

@@ -16,11 +16,17 @@ void deleteName(GLKind kind, unsigned int name) {
     case GLKind::Texture:
         glDeleteTextures(1, &name);
         return;
+    case GLKind::Renderbuffer:
+        glDeleteRenderbuffers(1, &name);
+        return;
     case GLKind::Program:
         glDeleteProgram(name);
         return;
     case GLKind::VertexArray:
         glDeleteVertexArrays(1, &name);
+        return;
+    case GLKind::Framebuffer:
+        glDeleteFramebuffers(1, &name);
         return;
     }
 }

@@ -7,7 +7,7 @@
 
 namespace Atelier::Vel {
 
-enum class GLKind { Buffer, Texture, Program, VertexArray };
+enum class GLKind { Buffer, Texture, Renderbuffer, Program, VertexArray, Framebuffer };
 
 /// A list of one GL name. Such a list moves into a queue without an allocation.
 using GLNameNode = std::list<std::pair<GLKind, unsigned int>>;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <typeinfo>
+#include <utility>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
@@ -13,9 +14,9 @@
 #include "context/glerrors.h"
 #include "context/log.h"
 #include "drawing/drawbuffersaccess.h"
+#include "drawing/drawcommands.h"
+#include "drawing/indirectbuffers.h"
 #include "objects/bufferaccess.h"
-#include "objects/bufferoperations.h"
-#include "objects/glnames.h"
 #include "objects/scalartype.h"
 #include "objects/vertexarrayaccess.h"
 #include "state/primitiverestart.h"
@@ -76,20 +77,22 @@ struct DrawBuffers::Data {
     unsigned int indexType = GL_UNSIGNED_INT;
     unsigned int vertexCount = 0;
     unsigned int primitiveType = GL_TRIANGLES;
-    QVector<Command> commands;
-    GLNames commandBuffers;
-    quint64 checkedBytes =
-        0; // size of the index buffer that the commands in `commandBuffers` were checked against
+    DrawCommands commands;
+    IndirectBuffers commandBuffers;
+    // Size of the index buffer that the commands in `commandBuffers` were checked against.
+    quint64 checkedBytes = 0;
+    int lastInstance = 0; // see shaderInterface()
+    bool isNumberReported = false;
     FailureReport report{"Draw commands of"};
     int checkedCount = 0; // the first commands, whose draws have been checked for errors
     quint64 commandRevision = 1;
 
     QString label() const { return vao ? vao->label() : QString(); }
     quint64 indexBytes() const { return indices ? indices->byteCount() : 0; }
-    const GLName* commandBufferIn(const ContextGL& gl);
+    unsigned int commandBufferIn(const ContextGL& gl);
     quint64 availableIndices() const;
-    QVector<Command> safeCommands() const;
-    void warnOfRefused(const QVector<Command>& safe) const;
+    void warnOfRefused() const;
+    bool hasCommand(int number);
     bool canDraw(const ContextGL& gl) const;
     void dropCommandBuffers();
 };
@@ -100,48 +103,45 @@ quint64 DrawBuffers::Data::availableIndices() const {
     return size > 0 ? std::min(announced, indexBytes() / quint64(size)) : announced;
 }
 
-// The commands, with a count of 0 for each that reaches beyond the announced indices or those in the buffer.
-QVector<Command> DrawBuffers::Data::safeCommands() const {
-    const quint64 available = availableIndices();
-    QVector<Command> safe = commands;
-    for (Command& command : safe)
-        if (quint64(command.firstIndex) + command.count > available)
-            command.count = 0;
-    return safe;
-}
-
-void DrawBuffers::Data::warnOfRefused(const QVector<Command>& safe) const {
-    int refused = 0;
-    for (int i = 0; i < safe.size(); ++i)
-        refused += safe[i].count != commands[i].count;
-    if (refused > 0)
+void DrawBuffers::Data::warnOfRefused() const {
+    if (const int refused = commands.refusedCount(); refused > 0)
         qCWarning(velglLog, "%d of %d draw commands reach beyond the %llu indices; they draw nothing",
-                  refused, safe.size(), availableIndices());
+                  refused, commands.count(), commands.availableIndices());
 }
 
 void DrawBuffers::Data::dropCommandBuffers() {
-    commandBuffers = {};
+    commandBuffers.drop();
     ++commandRevision;
 }
 
-const GLName* DrawBuffers::Data::commandBufferIn(const ContextGL& gl) {
+// Returns: the name of the buffer; 0 if it cannot be filled, after a warning.
+unsigned int DrawBuffers::Data::commandBufferIn(const ContextGL& gl) {
     if (const quint64 bytes = indexBytes(); bytes != checkedBytes) {
         dropCommandBuffers();
         checkedBytes = bytes;
     }
-    if (const GLName* name = commandBuffers.find(*gl.group()))
-        return name;
-    const QVector<Command> safe = safeCommands();
-    warnOfRefused(safe);
-    GLName buffer = makeBuffer(gl, QStringLiteral("draw commands"));
-    const qint64 size = qint64(safe.size()) * qint64(sizeof(Command));
-    if (!buffer.isAlive() || !fillBuffer(gl, buffer, safe.constData(), size, GL_STATIC_DRAW)) {
-        report.failed("uploaded", label());
-        return nullptr;
+    const bool isFilled = commandBuffers.isFilledIn(gl);
+    if (!isFilled) {
+        commands.setAvailableIndices(availableIndices());
+        warnOfRefused();
     }
-    report.succeeded();
-    checkedCount = 0;
-    return &commandBuffers.add(std::move(buffer));
+    const unsigned int name = commandBuffers.update(gl, commands, QStringLiteral("draw commands"));
+    if (name == 0) {
+        report.failed("uploaded", label());
+    } else if (!isFilled) {
+        report.succeeded();
+        checkedCount = 0;
+    }
+    return name;
+}
+
+bool DrawBuffers::Data::hasCommand(int number) {
+    if (number >= 0 && number < commands.count())
+        return true;
+    if (!std::exchange(isNumberReported, true))
+        qCWarning(velglLog, "'%s' has %d draw commands and no command %d", qPrintable(label()),
+                  commands.count(), number);
+    return false;
 }
 
 bool DrawBuffers::Data::canDraw(const ContextGL& gl) const {
@@ -163,10 +163,10 @@ unsigned int DrawBuffersAccess::prepare(DrawBuffers& buffers, const ContextGL& g
     DrawBuffers::Data& data = *buffers._data;
     if (program.isNull() || !data.canDraw(gl))
         return 0;
-    const GLName* commands = data.commandBufferIn(gl);
-    if (!commands || (isPlain(*data.vao) && !VertexArrayAccess::prepare(*data.vao, gl, program)))
+    const unsigned int commands = data.commandBufferIn(gl);
+    if (commands == 0 || (isPlain(*data.vao) && !VertexArrayAccess::prepare(*data.vao, gl, program)))
         return 0;
-    return commands->value();
+    return commands;
 }
 
 bool DrawBuffersAccess::bind(DrawBuffers& buffers, const ContextGL& gl) {
@@ -199,15 +199,25 @@ void DrawBuffersAccess::useBaseInstances(const DrawProgram& program) noexcept {
 }
 
 int DrawBuffersAccess::commandCount(const DrawBuffers& buffers) {
-    return buffers._data->commands.size();
+    return buffers._data->commands.count();
+}
+
+void DrawBuffersAccess::multiplyInstances(DrawBuffers& buffers, int times) {
+    buffers._data->lastInstance = std::max(times - 1, 0);
+    buffers._data->commands.multiplyInstances(static_cast<std::uint32_t>(times));
+    buffers._data->dropCommandBuffers();
+}
+
+int DrawBuffersAccess::lastInstance(const DrawBuffers& buffers) {
+    return buffers._data->lastInstance;
 }
 
 void DrawBuffersAccess::drawNumbered(const DrawBuffers& buffers, CommandRange range) {
     multiDraw(buffers.primitiveType(), buffers.indexType(), range);
 }
 
-QVector<Command> DrawBuffersAccess::safeCommands(const DrawBuffers& buffers) {
-    return buffers._data->safeCommands();
+const DrawCommands& DrawBuffersAccess::commands(const DrawBuffers& buffers) {
+    return buffers._data->commands;
 }
 
 quint64 DrawBuffersAccess::commandRevision(const DrawBuffers& buffers) {
@@ -284,22 +294,30 @@ unsigned int DrawBuffers::primitiveType() const {
 }
 
 void DrawBuffers::setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count) {
-    _data->commands.clear();
-    if (commands && count > 0)
-        _data->commands = QVector<Command>(commands, commands + count);
+    const bool isAny = commands && count > 0;
+    _data->commands.set(isAny ? QVector<Command>(commands, commands + count) : QVector<Command>());
     _data->dropCommandBuffers();
 }
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::drawElementsIndirectCommands() const {
-    return _data->commands;
+    return _data->commands.asSet();
+}
+
+void DrawBuffers::setVisibility(int command, Visibility visibility) {
+    if (_data->hasCommand(command) && visibility != this->visibility(command))
+        _data->commands.setHidden(command, visibility == Visibility::Hidden);
+}
+
+DrawBuffers::Visibility DrawBuffers::visibility(int command) const {
+    const bool isKnown = command >= 0 && command < _data->commands.count();
+    return isKnown && !_data->commands.isHidden(command) ? Visibility::Shown : Visibility::Hidden;
 }
 
 QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
     const ContextGL* gl = enterCurrentContext();
-    const GLName* indirect = gl ? _data->commandBufferIn(*gl) : nullptr;
-    if (!indirect)
+    if (!gl || _data->commandBufferIn(*gl) == 0)
         return {};
-    const QByteArray content = readBuffer(*gl, *indirect);
+    const QByteArray content = _data->commandBuffers.readBack(*gl);
     QVector<Command> commands(content.size() / int(sizeof(Command)));
     std::copy(content.cbegin(), content.cend(), reinterpret_cast<char*>(commands.data()));
     return commands;
@@ -308,7 +326,7 @@ QVector<DrawElementsIndirectCommand> DrawBuffers::readBackCommands() {
 void DrawBuffers::draw(int first, int count) {
     const ContextScope scope;
     const ContextGL* gl = scope.gl();
-    const CommandRange range = existing(first, count, _data->commands.size());
+    const CommandRange range = existing(first, count, _data->commands.count());
     if (!gl || range.end <= range.first)
         return;
     const DrawProgram program = DrawProgram::current(*gl);
@@ -323,6 +341,7 @@ void DrawBuffers::draw(int first, int count) {
         const ScopedDrawBuffers vertexArray(*this, *gl);
         const ScopedPrimitiveRestart restart(_data->primitiveType);
         const ScopedBufferBinding binding(GL_DRAW_INDIRECT_BUFFER, commands);
+        program.setLastInstance(_data->lastInstance);
         if (vertexArray.isBound())
             DrawBuffersAccess::draw(*this, *gl, program, range);
     }

@@ -7,6 +7,8 @@
 
 namespace Atelier::Vel {
 
+class DrawCommands;
+
 /// Commands in an indirect buffer, by number.
 struct CommandRange {
     int first = 0;
@@ -35,9 +37,12 @@ struct DrawBuffersAccess {
     static void useBaseInstances(const DrawProgram& program) noexcept;
 
     static int commandCount(const DrawBuffers& buffers);
-    /// Returns: the commands as the buffer has them, see readBackCommands().
-    static QVector<DrawElementsIndirectCommand> safeCommands(const DrawBuffers& buffers);
-    /// Returns: a number that changes with safeCommands().
+    /// Draws each command in `times` instances.
+    static void multiplyInstances(DrawBuffers& buffers, int times);
+    /// Returns: the number of the last instance, for DrawProgram::setLastInstance().
+    static int lastInstance(const DrawBuffers& buffers);
+    static const DrawCommands& commands(const DrawBuffers& buffers);
+    /// Returns: a number that changes with the commands and the indices, but not with what is hidden.
     static quint64 commandRevision(const DrawBuffers& buffers);
     /// Logs the errors of OpenGL before or after commands up to `end` are drawn first.
     static bool isFirstDraw(const DrawBuffers& buffers, int end);

@@ -1,10 +1,12 @@
 #include <velgl/drawfilter.h>
 
 #include <atomic>
+#include <cstring>
 
-#include <velgl/drawbuffers.h>
 #include <velgl/gpumodel.h>
+#include <velgl/instancedatacollection.h>
 
+#include "drawing/drawbuffersaccess.h"
 #include "drawing/drawfilteraccess.h"
 
 namespace Atelier::Vel {
@@ -16,12 +18,25 @@ std::atomic<quint64> lastSerial{0};
 QVector<QBitArray> masksOf(const GPUModel& model, const DrawFilter::Condition& condition) {
     QVector<QBitArray> masks;
     for (int drawable = 0; drawable < model.drawableCount(); ++drawable) {
-        QBitArray mask(model.drawable(drawable)->drawElementsIndirectCommands().size());
+        const DrawBuffers* const buffers = model.drawable(drawable); // null if it was removed
+        QBitArray mask(buffers ? DrawBuffersAccess::commandCount(*buffers) : 0);
         for (int command = 0; command < mask.size(); ++command)
             mask.setBit(command, condition(drawable, command));
         masks.append(mask);
     }
     return masks;
+}
+
+// A value that the material lacks is that of an opaque one.
+bool isOpaque(const GPUModel& model, int drawable, int command, const QString& member) {
+    const InstanceDataCollection* const materials = model.materials(drawable);
+    if (!materials || command >= materials->items().size())
+        return true;
+    const QByteArray value = materials->items()[command].value(member);
+    float opacity = 1;
+    if (value.size() == int(sizeof opacity))
+        std::memcpy(&opacity, value.constData(), sizeof opacity);
+    return !(opacity < 1);
 }
 
 } // namespace
@@ -38,6 +53,16 @@ DrawFilter::DrawFilter(const QVector<QBitArray>& masks)
 
 DrawFilter::DrawFilter(const GPUModel& model, const Condition& condition)
     : DrawFilter(masksOf(model, condition)) {}
+
+DrawFilter DrawFilter::ofKey(const GPUModel& model, quint64 key) {
+    return {model, [&](int drawable, int) { return model.key(drawable) == key; }};
+}
+
+DrawFilter DrawFilter::ofOpacity(const GPUModel& model, Opacity opacity, const QString& member) {
+    return {model, [&](int drawable, int command) {
+                return isOpaque(model, drawable, command, member) == (opacity == Opacity::Opaque);
+            }};
+}
 
 bool DrawFilter::passes(int drawable, int command) const {
     if (!_data || drawable < 0 || drawable >= _data->masks.size())

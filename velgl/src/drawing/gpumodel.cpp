@@ -1,10 +1,15 @@
 #include <velgl/gpumodel.h>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include <velgl/vertexarrayobject.h>
 
 #include "context/currentcontext.h"
+#include "context/log.h"
+#include "drawing/boxes.h"
+#include "drawing/drawbuffersaccess.h"
 #include "drawing/modelbounds.h"
 #include "drawing/modelcontent.h"
 #include "drawing/modeldrawable.h"
@@ -12,29 +17,48 @@
 
 namespace Atelier::Vel {
 
-namespace {
-
-// Multiplies the instance count of every command.
-void multiplyInstances(DrawBuffers& buffers, int times) {
-    QVector<DrawElementsIndirectCommand> commands = buffers.drawElementsIndirectCommands();
-    for (DrawElementsIndirectCommand& command : commands)
-        command.instanceCount *= static_cast<std::uint32_t>(times);
-    buffers.setDrawElementsIndirectCommands(commands.constData(), commands.size());
-}
-
-} // namespace
-
 struct GPUModel::Data {
-    ModelDrawables drawables;
-    ModelBounds bounds;
+    ModelDrawables drawables; // null for the number of a drawable that was removed
     ModelTextures textures;
     ModelContent content;
     QString label;
+    bool isNumberReported = false;
+    bool isNestingReported = false;
+
+    // While it is drawn, functions of the client may remove drawables: they are freed afterwards.
+    int useCount = 0;
+    ModelDrawables removed;
+    QVector<ModelTextures::Loaded> removedTextures;
 
     ModelDrawable* find(int index) const {
         const bool isKnown = index >= 0 && static_cast<std::size_t>(index) < drawables.size();
         return isKnown ? drawables[static_cast<std::size_t>(index)].get() : nullptr;
     }
+    ModelDrawable* findOrReport(int index);
+};
+
+ModelDrawable* GPUModel::Data::findOrReport(int index) {
+    ModelDrawable* const known = find(index);
+    if (!known && !std::exchange(isNumberReported, true))
+        qCWarning(velglLog, "Model '%s' has no drawable %d", qPrintable(label), index);
+    return known;
+}
+
+// Keeps what is removed until its end.
+class GPUModel::Use {
+public:
+    explicit Use(Data& data) : _data(data) { ++_data.useCount; }
+    ~Use() {
+        if (--_data.useCount > 0)
+            return;
+        _data.removed.clear();
+        _data.removedTextures.clear();
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+private:
+    Data& _data;
 };
 
 GPUModel::GPUModel() : _data(std::make_unique<Data>()) {}
@@ -46,7 +70,7 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
     // Owned at once, so that nothing leaks if an allocation throws.
     std::unique_ptr<InstanceDataCollection> ownedMaterials(materials);
     std::unique_ptr<InstanceDataCollection> ownedInstances(instances);
-    const auto isKnown = [&](const auto& known) { return known->buffers.get() == buffers; };
+    const auto isKnown = [&](const auto& known) { return known && known->buffers.get() == buffers; };
     if (!buffers || std::any_of(_data->drawables.cbegin(), _data->drawables.cend(), isKnown))
         return -1;
     buffers->setParent(nullptr); // the model is the only owner
@@ -59,9 +83,28 @@ int GPUModel::add(DrawBuffers* buffers, int instanceCount, InstanceDataCollectio
     drawable->buffers = std::move(ownedBuffers);
     drawable->key = key;
     if (instanceCount != 1)
-        multiplyInstances(*buffers, std::max(instanceCount, 0));
+        DrawBuffersAccess::multiplyInstances(*buffers, std::max(instanceCount, 0));
     _data->drawables.push_back(std::move(drawable));
     return drawableCount() - 1;
+}
+
+bool GPUModel::remove(int drawable) {
+    if (!_data->findOrReport(drawable))
+        return false;
+    _data->removed.reserve(_data->removed.size() + 1);
+    std::unique_ptr<ModelDrawable> removed = std::move(_data->drawables[static_cast<std::size_t>(drawable)]);
+    if (_data->useCount > 0)
+        _data->removed.push_back(std::move(removed));
+    return true;
+}
+
+void GPUModel::clear() {
+    const Use use(*_data);
+    _data->removed.reserve(_data->removed.size() + _data->drawables.size());
+    _data->removedTextures.append(_data->textures.takeLoaded());
+    _data->content.setRefill({});
+    std::move(_data->drawables.begin(), _data->drawables.end(), std::back_inserter(_data->removed));
+    _data->drawables.clear();
 }
 
 void GPUModel::addMaterialName(int drawable, int command, const QString& name) {
@@ -109,7 +152,27 @@ QString GPUModel::objectName(int drawable, int command) const {
 }
 
 GPUModel::Bounds GPUModel::bounds(const QString& positionAttribute) {
-    return _data->bounds.around(_data->drawables, positionAttribute);
+    const Use use(*_data);
+    return boundsOf(_data->drawables, positionAttribute);
+}
+
+void GPUModel::setCommandBounds(int drawable, const QVector<Bounds>& bounds) {
+    if (ModelDrawable* known = _data->findOrReport(drawable))
+        known->givenBoxes.set(bounds);
+}
+
+GPUModel::Bounds GPUModel::commandBounds(int drawable, int command) const {
+    const ModelDrawable* known = _data->find(drawable);
+    return known ? known->givenBoxes.of(command) : Bounds();
+}
+
+GPUModel::Bounds GPUModel::placedBounds(const QString& matrixMember) {
+    Bounds bounds;
+    for (const std::unique_ptr<ModelDrawable>& drawable : _data->drawables)
+        if (drawable)
+            include(bounds,
+                    drawable->givenBoxes.placed(*drawable->buffers, drawable->instances.get(), matrixMember));
+    return bounds;
 }
 
 void GPUModel::setLabel(const QString& label) {
@@ -142,6 +205,13 @@ void GPUModel::draw() {
 }
 
 void GPUModel::draw(const DrawOptions& options) {
+    if (_data->useCount > 0) {
+        if (!std::exchange(_data->isNestingReported, true))
+            qCWarning(velglLog, "Model '%s' is not drawn by a function that one of its draws calls",
+                      qPrintable(_data->label));
+        return;
+    }
+    const Use use(*_data);
     const ContextScope scope;
     if (scope.gl() && _data->content.isReady(*scope.gl(), *this, _data->drawables))
         drawModel(*scope.gl(), _data->drawables, _data->textures, options);

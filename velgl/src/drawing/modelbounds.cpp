@@ -1,12 +1,14 @@
 #include "drawing/modelbounds.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 #include <velgl/bufferobject.h>
 #include <velgl/vertexarrayobject.h>
 
+#include "drawing/boxes.h"
+#include "drawing/drawbuffersaccess.h"
+#include "drawing/drawcommands.h"
 #include "objects/bufferaccess.h"
 #include "objects/bufferoperations.h"
 #include "objects/scalartype.h"
@@ -16,7 +18,6 @@ namespace Atelier::Vel {
 namespace {
 
 using Bounds = GPUModel::Bounds;
-using Commands = QVector<DrawElementsIndirectCommand>;
 
 // Limits the memory for the boxes of a model whose commands change all the time, to a few megabytes.
 constexpr int kMaxKeptRanges = 0x10000;
@@ -55,24 +56,6 @@ struct Positions {
     }
 };
 
-void include(Bounds& bounds, const Bounds& box) {
-    if (!box.isValid)
-        return;
-    if (!bounds.isValid)
-        bounds = box;
-    for (int i = 0; i < 3; ++i) {
-        bounds.minimum[i] = std::min(bounds.minimum[i], box.minimum[i]);
-        bounds.maximum[i] = std::max(bounds.maximum[i], box.maximum[i]);
-    }
-}
-
-void include(Bounds& bounds, const QVector3D& position) {
-    for (int i = 0; i < 3; ++i)
-        if (!std::isfinite(position[i]))
-            return;
-    include(bounds, {position, position, true});
-}
-
 Bounds boxOf(const DrawnRange& range, const QByteArray& indices, unsigned int indexType,
              const Positions& positions) {
     Bounds bounds;
@@ -105,12 +88,14 @@ BoxSource sourceOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& 
 }
 
 // The ranges of the commands that draw something. Those beyond the announced indices do not.
-QVector<DrawnRange> rangesOf(const Commands& commands, int indexCount) {
+QVector<DrawnRange> rangesOf(const DrawCommands& commands, int indexCount) {
     QVector<DrawnRange> ranges;
-    for (const DrawElementsIndirectCommand& command : commands)
-        if (command.instanceCount > 0 && command.count > 0 &&
+    for (int number = 0; number < commands.count(); ++number) {
+        const DrawElementsIndirectCommand& command = commands.asSet()[number];
+        if (!commands.isHidden(number) && command.instanceCount > 0 && command.count > 0 &&
             qint64(command.firstIndex) + command.count <= indexCount)
             ranges.append({command.firstIndex, command.count, command.baseVertex});
+    }
     return ranges;
 }
 
@@ -142,9 +127,9 @@ Bounds boxOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& stream
         boxes.source = source;
     }
     // A copy that is still shared shows that the commands were not replaced.
-    const Commands commands = buffers.drawElementsIndirectCommands();
-    if (boxes.isTotalKnown && commands.isSharedWith(boxes.commands) &&
-        buffers.indexCount() == boxes.indexCount)
+    const DrawCommands& commands = DrawBuffersAccess::commands(buffers);
+    if (boxes.isTotalKnown && commands.asSet().isSharedWith(boxes.commands) &&
+        commands.visibilityRevision() == boxes.visibilityRevision && buffers.indexCount() == boxes.indexCount)
         return boxes.total;
     boxes.isTotalKnown = false;
     const QVector<DrawnRange> ranges = rangesOf(commands, buffers.indexCount());
@@ -154,7 +139,8 @@ Bounds boxOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& stream
     for (const DrawnRange& range : ranges)
         include(total, boxes.ranges.value(range));
     boxes.isTotalKnown = true;
-    boxes.commands = commands;
+    boxes.commands = commands.asSet();
+    boxes.visibilityRevision = commands.visibilityRevision();
     boxes.indexCount = buffers.indexCount();
     boxes.total = total;
     return total;
@@ -162,14 +148,15 @@ Bounds boxOf(const DrawBuffers& buffers, const VertexArrayObject::Stream& stream
 
 } // namespace
 
-Bounds ModelBounds::around(const ModelDrawables& drawables, const QString& attribute) {
-    _boxes.resize(drawables.size());
+Bounds boundsOf(const ModelDrawables& drawables, const QString& attribute) {
     Bounds bounds;
     BufferContents contents;
     for (std::size_t i = 0; i < drawables.size(); ++i) {
-        const DrawBuffers& buffers = *drawables[i]->buffers;
-        if (const std::optional<VertexArrayObject::Stream> stream = findStream(buffers, attribute))
-            include(bounds, boxOf(buffers, *stream, _boxes[i][attribute], contents));
+        ModelDrawable* const drawable = drawables[i].get();
+        if (!drawable)
+            continue;
+        if (const std::optional<VertexArrayObject::Stream> stream = findStream(*drawable->buffers, attribute))
+            include(bounds, boxOf(*drawable->buffers, *stream, drawable->boxes[attribute], contents));
     }
     return bounds;
 }

@@ -36,8 +36,9 @@ void ModelContent::setRefill(GPUModel::Refill refill) {
 }
 
 bool ModelContent::isComplete(const ContextGL& gl, const ModelDrawables& drawables) {
-    return std::none_of(drawables.cbegin(), drawables.cend(),
-                        [&](const auto& drawable) { return hasLostContent(gl, *drawable->buffers); });
+    return std::none_of(drawables.cbegin(), drawables.cend(), [&](const auto& drawable) {
+        return drawable && hasLostContent(gl, *drawable->buffers);
+    });
 }
 
 bool ModelContent::isReady(const ContextGL& gl, GPUModel& model, const ModelDrawables& drawables) {

@@ -3,13 +3,16 @@
 #include <memory>
 #include <vector>
 
+#include <QtCore/QHash>
 #include <QtCore/QString>
 
 #include <velgl/drawbuffers.h>
 #include <velgl/instancedatacollection.h>
 
 #include "drawing/commandnames.h"
+#include "drawing/drawableboxes.h"
 #include "drawing/orderedcommands.h"
+#include "drawing/placedbounds.h"
 #include "drawing/texturesets.h"
 
 namespace Atelier::Vel {
@@ -34,8 +37,11 @@ struct ModelDrawable {
     TextureSets textures;
     OrderedCommands ordered;
     PreparedDrawable prepared;
+    QHash<QString, DrawableBoxes> boxes; ///< by attribute
+    GivenBoxes givenBoxes;
 };
 
+/// By number; null for a drawable that was removed.
 using ModelDrawables = std::vector<std::unique_ptr<ModelDrawable>>;
 
 } // namespace Atelier::Vel

@@ -19,7 +19,7 @@ static_assert(kMaterialsBinding < DrawState::kStorageCount && kInstancesBinding 
 // Finds the buffer of a collection if it has a layout; otherwise the binding point is left to the client.
 // Returns: false if there is a layout and the items cannot be stored. A shader would then read other data, so
 // the draw must be skipped.
-bool findStorage(InstanceDataCollection* collection, int count, GLuint& storage) {
+bool findStorage(InstanceDataCollection* collection, qint64 count, GLuint& storage) {
     const InstanceDataPlan* plan = collection ? collection->plan() : nullptr;
     if (!plan || plan->stride() == 0 || count == 0)
         return true;
@@ -38,8 +38,9 @@ PreparedDrawable prepared(const ContextGL& gl, ModelDrawable& drawable, ModelTex
     PreparedDrawable result;
     TextureSets& sets = drawable.textures;
     sets.update(drawable.materials.get(), DrawBuffersAccess::commandCount(*drawable.buffers));
+    const qint64 instances = qint64(DrawBuffersAccess::lastInstance(*drawable.buffers)) + 1;
     if (!findStorage(drawable.materials.get(), sets.commandCount(), result.materials) ||
-        !findStorage(drawable.instances.get(), sets.commandCount(), result.instances))
+        !findStorage(drawable.instances.get(), sets.commandCount() * instances, result.instances))
         return result;
     sets.updateNames(gl, textures);
     result.commands = DrawBuffersAccess::prepare(*drawable.buffers, gl, program);
@@ -57,6 +58,7 @@ public:
         : _gl(gl), _state(state), _program(program) {}
 
     void draw(const ModelDrawable& drawable, const OrderedRuns& ordered) {
+        useLastInstance(DrawBuffersAccess::lastInstance(*drawable.buffers));
         if (ordered.buffer != 0)
             drawNumbered(drawable, *ordered.runs);
         else
@@ -77,6 +79,11 @@ private:
             DrawBuffersAccess::drawNumbered(*drawable.buffers, {run.first, run.first + run.count});
         }
     }
+    void useLastInstance(int number) {
+        if (number != _lastInstance)
+            _program.setLastInstance(number);
+        _lastInstance = number;
+    }
     void use(const TextureSets& sets, int set) {
         _state.bindTextures(sets.names(set), static_cast<GLuint>(sets.unitCount()));
         const int presence = sets.presence(set);
@@ -92,6 +99,7 @@ private:
     const DrawProgram& _program;
     int _presence = 0;
     bool _isPresenceSet = false;
+    int _lastInstance = -1; // none is set
 };
 
 // Binds the vertex array of a drawable; a derived one is unbound on destruction.
@@ -122,6 +130,25 @@ void drawPrepared(const ContextGL& gl, ModelDrawable& drawable, const PreparedDr
         drawing.draw(drawable, ordered);
 }
 
+// Functions of the client that run meanwhile may add and remove drawables; those that are removed live until
+// the draw has ended.
+// Returns: the number of texture units that are used.
+GLuint prepare(const ContextGL& gl, ModelDrawables& drawables, ModelTextures& textures,
+               const DrawProgram& program, const DrawOptions& options) {
+    int unitCount = 0;
+    CommandSelection selection{options.order, options.filter};
+    for (std::size_t i = 0; i < drawables.size(); ++i) {
+        ModelDrawable* const drawable = drawables[i].get();
+        if (!drawable)
+            continue;
+        drawable->prepared = {};
+        selection.drawable = static_cast<int>(i);
+        drawable->prepared = prepared(gl, *drawable, textures, program, selection);
+        unitCount = std::max(unitCount, drawable->textures.unitCount());
+    }
+    return static_cast<GLuint>(unitCount);
+}
+
 } // namespace
 
 void drawModel(const ContextGL& gl, ModelDrawables& drawables, ModelTextures& textures,
@@ -130,19 +157,15 @@ void drawModel(const ContextGL& gl, ModelDrawables& drawables, ModelTextures& te
         options.program ? DrawProgram::of(gl, *options.program) : DrawProgram::current(gl);
     if (program.isNull())
         return;
-    int unitCount = 0;
-    CommandSelection selection{options.order, options.filter};
-    for (const std::unique_ptr<ModelDrawable>& drawable : drawables) {
-        drawable->prepared = prepared(gl, *drawable, textures, program, selection);
-        unitCount = std::max(unitCount, drawable->textures.unitCount());
-        ++selection.drawable;
-    }
+    const GLuint unitCount = prepare(gl, drawables, textures, program, options);
     DrawState state(options.state, options.program ? program.vertexName() : 0,
-                    {options.firstTextureUnit, static_cast<GLuint>(unitCount)}, gl.features().multiBind);
+                    {options.firstTextureUnit, unitCount}, gl.features().multiBind);
     SetDrawing drawing(gl, state, program);
-    for (const std::unique_ptr<ModelDrawable>& drawable : drawables) {
-        if (!drawable->prepared.isDrawn)
+    for (std::size_t i = 0; i < drawables.size(); ++i) {
+        ModelDrawable* const drawable = drawables[i].get();
+        if (!drawable || !drawable->prepared.isDrawn)
             continue;
+        program.setDrawable(static_cast<int>(i));
         // Only once for each command: glGetError() makes a driver with threads of its own wait for them.
         const int end = drawable->textures.commandCount();
         const bool isFirstDraw = DrawBuffersAccess::isFirstDraw(*drawable->buffers, end);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include <QtCore/QHash>
 #include <QtCore/QPointer>
@@ -26,11 +27,17 @@ struct ModelTexture {
 /// the TextureManager. Each path is asked for once for each loader.
 class ModelTextures {
 public:
+    /// By path; null for one that cannot be loaded.
+    using Loaded = QHash<QString, std::shared_ptr<Texture>>;
+
     void setLoader(GPUModel::TextureLoader loader);
 
     /// Returns: the texture to be bound; `white` for none, one that was deleted, and one that cannot be
     /// loaded.
     Texture* find(ModelTexture& texture, Texture* white);
+
+    /// Forgets the textures that were loaded. Requires: no material is left that uses them.
+    Loaded takeLoaded() { return std::exchange(_loaded, {}); }
 
     /// Returns: a number that grows with each setLoader().
     quint64 revision() const { return _revision; }
@@ -39,8 +46,8 @@ private:
     Texture* load(const QString& path, Texture* white);
 
     GPUModel::TextureLoader _loader;
-    quint64 _revision = 1;                            // of the loader
-    QHash<QString, std::shared_ptr<Texture>> _loaded; // null for a path that cannot be loaded
+    quint64 _revision = 1; // of the loader
+    Loaded _loaded;
 };
 
 } // namespace Atelier::Vel

@@ -8,8 +8,8 @@
 #include <velgl/vertexarrayobject.h>
 
 #include "drawing/drawbuffersaccess.h"
+#include "drawing/drawcommands.h"
 #include "drawing/drawfilteraccess.h"
-#include "objects/bufferoperations.h"
 
 namespace Atelier::Vel {
 
@@ -55,80 +55,73 @@ std::vector<TextureRun> runsOf(const std::vector<Selected>& selected, Place plac
     return runs;
 }
 
-QVector<Command> numbered(const QVector<Command>& commands, const std::vector<int>& numbers) {
-    QVector<Command> result;
-    result.reserve(static_cast<int>(numbers.size()));
-    for (const int number : numbers) {
-        result.append(commands[number]);
-        result.last().baseInstance = static_cast<std::uint32_t>(number);
-    }
-    return result;
-}
-
 } // namespace
 
 OrderedRuns OrderedCommands::update(const ContextGL& gl, const DrawBuffers& buffers, const TextureSets& sets,
                                     const CommandSelection& selection) {
-    dropIfChanged(buffers, sets);
+    dropIfChanged(buffers);
     Key key{DrawFilterAccess::serial(selection.filter), selection.order,
             _isNumberingPossible && gl.features().drawParameters};
     List& list = find(key, sets, selection);
-    const unsigned int buffer = list.numbers.empty() ? 0 : bufferOf(list, gl, buffers);
-    if (list.numbers.empty() || buffer != 0)
+    const bool hasBuffer = !list.buffers.numbers().empty();
+    const unsigned int buffer = hasBuffer ? bufferOf(list, gl, buffers) : 0;
+    if (!hasBuffer || buffer != 0)
         return {&list.runs, buffer};
     key.isNumbered = false;
     return {&find(key, sets, selection).runs, 0};
 }
 
-void OrderedCommands::dropIfChanged(const DrawBuffers& buffers, const TextureSets& sets) {
+void OrderedCommands::dropIfChanged(const DrawBuffers& buffers) {
     const quint64 commandRevision = DrawBuffersAccess::commandRevision(buffers);
-    if (_commandRevision == commandRevision && _setRevision == sets.revision())
+    if (_commandRevision == commandRevision)
         return;
     _lists.clear();
-    _isNumberingPossible = !hasBaseInstance(buffers.drawElementsIndirectCommands());
+    _isNumberingPossible = !hasBaseInstance(DrawBuffersAccess::commands(buffers).asSet());
     _commandRevision = commandRevision;
-    _setRevision = sets.revision();
 }
 
 OrderedCommands::List& OrderedCommands::find(const Key& key, const TextureSets& sets,
                                              const CommandSelection& selection) {
-    const auto known =
-        std::find_if(_lists.begin(), _lists.end(), [&](const List& list) { return list.key == key; });
-    if (known != _lists.end())
-        return *known;
-    const auto isUnused = [](const List& list) { return list.key.filter != 0 && list.filter.expired(); };
-    _lists.erase(std::remove_if(_lists.begin(), _lists.end(), isUnused), _lists.end());
-    return _lists.emplace_back(makeList(key, sets, selection));
+    auto list =
+        std::find_if(_lists.begin(), _lists.end(), [&](const List& known) { return known.key == key; });
+    if (list == _lists.end()) {
+        const auto isUnused = [](const List& known) {
+            return known.key.filter != 0 && known.filter.expired();
+        };
+        _lists.erase(std::remove_if(_lists.begin(), _lists.end(), isUnused), _lists.end());
+        list = _lists.insert(_lists.end(), {key, DrawFilterAccess::lifetime(selection.filter), {}, {}, 0});
+    }
+    if (list->setRevision != sets.revision())
+        select(*list, sets, selection);
+    return *list;
 }
 
-OrderedCommands::List OrderedCommands::makeList(const Key& key, const TextureSets& sets,
-                                                const CommandSelection& selection) {
+// A list that is known keeps its buffers, which are filled again.
+void OrderedCommands::select(List& list, const TextureSets& sets, const CommandSelection& selection) {
+    const Key& key = list.key;
     const std::vector<Selected> selected =
         selectedCommands(sets, selection, key.isNumbered && key.order == DrawOrder::ByTextures);
-    List list{key, DrawFilterAccess::lifetime(selection.filter), {}, {}, {}};
     list.runs = runsOf(selected, [](const Selected& command) { return command.number; });
     std::vector<TextureRun> joined = runsOf(selected, [next = 0](const Selected&) mutable { return next++; });
+    std::vector<int> numbers;
     if (key.isNumbered && joined.size() < list.runs.size()) {
         list.runs = std::move(joined);
         for (const Selected& command : selected)
-            list.numbers.push_back(command.number);
+            numbers.push_back(command.number);
     }
-    return list;
+    list.buffers.setNumbers(std::move(numbers));
+    list.setRevision = sets.revision();
 }
 
 // Returns: the name of the buffer; 0 if it cannot be filled, after a warning.
 unsigned int OrderedCommands::bufferOf(List& list, const ContextGL& gl, const DrawBuffers& buffers) {
-    if (const Buffer* known = list.buffers.find(*gl.group()))
-        return known->name.value();
-    const QVector<Command> commands = numbered(DrawBuffersAccess::safeCommands(buffers), list.numbers);
-    GLName buffer = makeBuffer(gl, QStringLiteral("sorted draw commands"));
-    const qint64 size = qint64(commands.size()) * qint64(sizeof(Command));
-    if (!buffer.isAlive() || !fillBuffer(gl, buffer, commands.constData(), size, GL_STATIC_DRAW)) {
+    const unsigned int name =
+        list.buffers.update(gl, DrawBuffersAccess::commands(buffers), QStringLiteral("sorted draw commands"));
+    if (name == 0)
         _report.failed("sorted", buffers.VAO() ? buffers.VAO()->label() : QString());
-        return 0;
-    }
-    _report.succeeded();
-    return list.buffers.add({std::move(buffer)}).name.value();
+    else
+        _report.succeeded();
+    return name;
 }
 
 } // namespace Atelier::Vel

@@ -7,8 +7,8 @@
 
 #include "context/contextgl.h"
 #include "context/glerrors.h"
+#include "drawing/indirectbuffers.h"
 #include "drawing/texturesets.h"
-#include "objects/glnames.h"
 
 namespace Atelier::Vel {
 
@@ -50,24 +50,20 @@ private:
             return filter == other.filter && order == other.order && isNumbered == other.isNumbered;
         }
     };
-    struct Buffer {
-        GLName name;
-    };
     struct List {
         Key key;
         std::weak_ptr<const void> filter;
         std::vector<TextureRun> runs;
-        std::vector<int> numbers; ///< of the commands in its own buffer; empty if it needs none
-        GLNameTable<Buffer> buffers;
+        IndirectBuffers buffers; ///< of its own, without numbers if it needs none
+        quint64 setRevision = 0;
     };
 
-    void dropIfChanged(const DrawBuffers& buffers, const TextureSets& sets);
+    void dropIfChanged(const DrawBuffers& buffers);
     List& find(const Key& key, const TextureSets& sets, const CommandSelection& selection);
-    static List makeList(const Key& key, const TextureSets& sets, const CommandSelection& selection);
+    static void select(List& list, const TextureSets& sets, const CommandSelection& selection);
     unsigned int bufferOf(List& list, const ContextGL& gl, const DrawBuffers& buffers);
 
     quint64 _commandRevision = 0;
-    quint64 _setRevision = 0;
     bool _isNumberingPossible = true;
     std::vector<List> _lists;
     FailureReport _report{"Draw commands of"};

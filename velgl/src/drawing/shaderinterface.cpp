@@ -17,12 +17,16 @@ int velglCommand() { return velgl_firstCommand < 0 ? gl_BaseInstanceARB : velgl_
 #else
 int velglCommand() { return velgl_firstCommand; }
 #endif
+uniform int velgl_lastInstance;
+int velglInstanceNumber() {
+    return velglCommand() * (velgl_lastInstance + 1) + min(gl_InstanceID, velgl_lastInstance);
+}
 )";
 
-// %1 is the kind of item, "Material" or "Instance".
+// %1 is the kind of item, "Material" or "Instance", %3 what its number is.
 const char kStorage[] =
     R"(layout(std430, binding = %2) readonly buffer Velgl%1s { Velgl%1 items[]; } velgl_%1s;
-Velgl%1 velgl%1(int command) { return velgl_%1s.items[command]; }
+Velgl%1 velgl%1(int %3) { return velgl_%1s.items[%3]; }
 )";
 
 // %1 is the member, %2 its texture unit, %3 its number.
@@ -30,11 +34,12 @@ const char kTexture[] = R"(layout(binding = %2) uniform sampler2D velgl_%1;
 bool velglHas_%1() { return (velgl_textures & (1 << %3)) != 0; }
 )";
 
-QString itemDeclarations(const InstanceDataPlan* plan, const QString& kind, unsigned int binding) {
+QString itemDeclarations(const InstanceDataPlan* plan, const QString& kind, unsigned int binding,
+                         const QString& number) {
     if (!plan || plan->stride() == 0)
         return {};
     return plan->glslStruct(QStringLiteral("Velgl") + kind) +
-           QString::fromLatin1(kStorage).arg(kind, QString::number(binding));
+           QString::fromLatin1(kStorage).arg(kind, QString::number(binding), number);
 }
 
 QString textureDeclarations(const InstanceDataPlan* plan, int firstUnit) {
@@ -55,8 +60,10 @@ QByteArray shaderInterface(ShaderStage stage, const ShaderPlans& plans) {
     QString text;
     if (stage == ShaderStage::Vertex)
         text += QLatin1String(kCommandNumber);
-    text += itemDeclarations(materials, QStringLiteral("Material"), kMaterialsBinding);
-    text += itemDeclarations(instances, QStringLiteral("Instance"), kInstancesBinding);
+    text +=
+        itemDeclarations(materials, QStringLiteral("Material"), kMaterialsBinding, QStringLiteral("command"));
+    text +=
+        itemDeclarations(instances, QStringLiteral("Instance"), kInstancesBinding, QStringLiteral("number"));
     text += textureDeclarations(materials, static_cast<int>(plans.firstTextureUnit));
     return text.toLatin1();
 }

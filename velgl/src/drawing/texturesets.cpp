@@ -8,6 +8,7 @@
 #include <velgl/instancedataplan.h>
 #include <velgl/texturemanager.h>
 
+#include "instances/collectionaccess.h"
 #include "objects/textureaccess.h"
 #include "objects/texturemanageraccess.h"
 #include "state/scopedbinding.h"
@@ -64,7 +65,8 @@ GLuint nameOf(const ContextGL& gl, ModelTexture& texture, ModelTextures& texture
 
 void TextureSets::update(const InstanceDataCollection* materials, int commandCount) {
     const InstanceDataPlan* plan = materials ? materials->plan() : nullptr;
-    if (_isKnown && plan == _plan && commandCount == _commandCount)
+    const quint64 itemRevision = materials ? CollectionAccess::textureRevision(*materials) : 0;
+    if (_isKnown && plan == _plan && commandCount == _commandCount && itemRevision == _itemRevision)
         return;
     _isKnown = false;
     ++_revision;
@@ -90,6 +92,7 @@ void TextureSets::update(const InstanceDataCollection* materials, int commandCou
     }
     _plan = plan;
     _commandCount = commandCount;
+    _itemRevision = itemRevision;
     _unitCount = members.size();
     _isKnown = true;
 }

@@ -64,6 +64,7 @@ private:
     quint64 _revision = 0;
     const InstanceDataPlan* _plan = nullptr;
     int _commandCount = 0;
+    quint64 _itemRevision = 0; ///< CollectionAccess::textureRevision()
     int _unitCount = 0;
     std::vector<Set> _sets;
     std::vector<TextureRun> _runs;

@@ -1,13 +1,11 @@
 #include <velgl/instancedataplan.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
-
-#include <velgl/instancedata.h>
 
 #include "context/log.h"
 #include "instances/glslwords.h"
+#include "instances/itempacking.h"
 
 namespace Atelier::Vel {
 
@@ -69,18 +67,6 @@ QString deepCopy(const QString& text) {
     return QString(text.constData(), text.size());
 }
 
-void packValue(const InstanceDataPlan& plan, const InstanceDataPlan::Member& member, const InstanceData& item,
-               char* destination) {
-    const QByteArray value = item.value(member.name);
-    const int size = InstanceDataPlan::byteSize(member.type);
-    if (value.size() == size) {
-        std::memcpy(destination + member.offset, value.constData(), static_cast<std::size_t>(size));
-        return;
-    }
-    qCWarning(velglLog, "Value '%s' has %d bytes, but its member of plan '%s' has %d; it is left out",
-              qPrintable(member.name), value.size(), qPrintable(plan.name()), size);
-}
-
 // Names of predefined macros, which the preprocessor would replace, and of built-in variables.
 bool isReservedName(const QString& name) {
     if (name.startsWith(QLatin1String("gl_")) || name.startsWith(QLatin1String("GL_")))
@@ -91,6 +77,13 @@ bool isReservedName(const QString& name) {
 }
 
 } // namespace
+
+void warnOfWrongSize(const InstanceDataPlan& plan, const InstanceDataPlan::Member& member,
+                     const InstanceData& item) {
+    qCWarning(velglLog, "Value '%s' has %d bytes, but its member of plan '%s' has %d; it is left out",
+              qPrintable(member.name), item.value(member.name).size(), qPrintable(plan.name()),
+              InstanceDataPlan::byteSize(member.type));
+}
 
 InstanceDataPlan::InstanceDataPlan(const QString& name) : _name(deepCopy(name)) {}
 
@@ -157,9 +150,8 @@ QByteArray InstanceDataPlan::pack(const QList<InstanceData>& items) const {
     QByteArray bytes(static_cast<int>(size), '\0');
     char* destination = bytes.data();
     for (const InstanceData& item : items) {
-        for (const Member& member : _members)
-            if (member.type != DataType::Texture && item.hasValue(member.name))
-                packValue(*this, member, item, destination);
+        packItem(*this, item, destination,
+                 [&](const Member& member) { warnOfWrongSize(*this, member, item); });
         destination += stride();
     }
     return bytes;

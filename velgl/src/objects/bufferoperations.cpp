@@ -49,6 +49,15 @@ bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qin
     return bufferSize(gl, buffer) == size;
 }
 
+void writeBuffer(const ContextGL& gl, const GLName& buffer, qint64 offset, const void* data, qint64 size) {
+    if (gl.features().directStateAccess) {
+        glNamedBufferSubData(buffer.value(), offset, size, data);
+    } else {
+        const ScopedBufferBinding binding(GL_COPY_WRITE_BUFFER, buffer.value());
+        glBufferSubData(GL_COPY_WRITE_BUFFER, offset, size, data);
+    }
+}
+
 QByteArray readBuffer(const ContextGL& gl, const GLName& buffer) {
     const qint64 size = bufferSize(gl, buffer);
     if (size <= 0 || size > kMaxReadBackSize)

@@ -18,6 +18,10 @@ GLName makeBuffer(const ContextGL& gl, const QString& label);
 /// Returns: whether the buffer has that size now; the driver may have had no memory.
 bool fillBuffer(const ContextGL& gl, const GLName& buffer, const void* data, qint64 size, unsigned int usage);
 
+/// Replaces the `size` bytes from `offset` on.
+/// Requires: the buffer has that many.
+void writeBuffer(const ContextGL& gl, const GLName& buffer, qint64 offset, const void* data, qint64 size);
+
 /// The maximum size of a QByteArray, whose header counts against the range of int.
 constexpr qint64 kMaxReadBackSize = 0x7FFFFFC0;
 

@@ -27,6 +27,12 @@ public:
         return _entries.emplace_back(std::move(entry));
     }
 
+    /// Calls `function` with each entry.
+    template<typename Function>
+    void forEach(Function function) {
+        std::for_each(_entries.begin(), _entries.end(), function);
+    }
+
     /// Removes the entries of all other name spaces.
     void removeAllBut(const GLNameSpace& space) {
         removeIf([&](const Entry& entry) { return !entry.name.belongsTo(space); });

@@ -6,7 +6,8 @@
 
 namespace Atelier::Vel {
 
-std::shared_ptr<const LinkedProgram> LinkedProgram::of(unsigned int program) {
+std::shared_ptr<const LinkedProgram> LinkedProgram::of(unsigned int program,
+                                                       const QHash<QString, QString>& streams) {
     auto linked = std::make_shared<LinkedProgram>();
     GLint count = 0;
     GLint length = 0;
@@ -17,17 +18,19 @@ std::shared_ptr<const LinkedProgram> LinkedProgram::of(unsigned int program) {
         glGetProgramResourceName(program, GL_PROGRAM_INPUT, static_cast<GLuint>(i), name.size(), nullptr,
                                  name.data());
         const QString text = QString::fromUtf8(name.constData());
-        linked->inputs.insert(text, programInput(program, text));
+        linked->inputs.insert(streams.value(text, text), programInput(program, text));
     }
     linked->firstCommand = glGetUniformLocation(program, "velgl_firstCommand");
+    linked->lastInstance = glGetUniformLocation(program, "velgl_lastInstance");
     linked->textures = glGetUniformLocation(program, "velgl_textures");
+    linked->drawable = glGetUniformLocation(program, "velgl_drawable");
     return linked;
 }
 
 DrawProgram::Stage DrawProgram::stageOf(unsigned int name, std::shared_ptr<const LinkedProgram> linked) {
-    const int firstCommand = linked->firstCommand;
-    const int textures = linked->textures;
-    return {name, std::move(linked), firstCommand, textures};
+    Stage stage{name, nullptr, linked->firstCommand, linked->lastInstance, linked->textures};
+    stage.linked = std::move(linked);
+    return stage;
 }
 
 DrawProgram::Stage DrawProgram::stageOf(const ContextGL& gl, unsigned int name) {
@@ -36,7 +39,7 @@ DrawProgram::Stage DrawProgram::stageOf(const ContextGL& gl, unsigned int name) 
     if (std::shared_ptr<const LinkedProgram> linked = gl.group()->linkedProgram(name))
         return stageOf(name, std::move(linked));
     return {name, nullptr, glGetUniformLocation(name, "velgl_firstCommand"),
-            glGetUniformLocation(name, "velgl_textures")};
+            glGetUniformLocation(name, "velgl_lastInstance"), glGetUniformLocation(name, "velgl_textures")};
 }
 
 DrawProgram DrawProgram::current(const ContextGL& gl) {
@@ -65,6 +68,10 @@ void DrawProgram::setFirstCommand(int number) const noexcept {
     set(_vertex, _vertex.firstCommand, number);
 }
 
+void DrawProgram::setLastInstance(int number) const noexcept {
+    set(_vertex, _vertex.lastInstance, number);
+}
+
 // For the current program there is a function that costs drivers half as much.
 void DrawProgram::set(const Stage& stage, int location, int value) const noexcept {
     if (location < 0)
@@ -73,6 +80,11 @@ void DrawProgram::set(const Stage& stage, int location, int value) const noexcep
         glProgramUniform1i(stage.name, location, value);
     else
         glUniform1i(location, value);
+}
+
+void DrawProgram::setDrawable(int number) const noexcept {
+    if (_vertex.linked)
+        set(_vertex, _vertex.linked->drawable, number);
 }
 
 void DrawProgram::setTextures(int bits) const noexcept {

@@ -14,12 +14,16 @@ class Program;
 
 /// What draws need to know of a program, looked up once after it was linked.
 struct LinkedProgram {
-    QHash<QString, ProgramInput> inputs;
-    int firstCommand = -1; ///< location of the uniform `velgl_firstCommand`
-    int textures = -1;     ///< location of the uniform `velgl_textures`
+    QHash<QString, ProgramInput> inputs; ///< by the names of the streams that they read
+    int firstCommand = -1;               ///< location of the uniform `velgl_firstCommand`
+    int lastInstance = -1;               ///< location of the uniform `velgl_lastInstance`
+    int textures = -1;                   ///< location of the uniform `velgl_textures`
+    int drawable = -1;                   ///< location of the uniform `velgl_drawable`
 
+    /// `streams` names the streams of attributes that do not read the one of their own name.
     /// Requires: `program` is linked, and a context that knows it is current.
-    static std::shared_ptr<const LinkedProgram> of(unsigned int program);
+    static std::shared_ptr<const LinkedProgram> of(unsigned int program,
+                                                   const QHash<QString, QString>& streams);
 };
 
 /// The programs of both stages that a draw uses. For one that VelGL linked nothing is looked up.
@@ -37,6 +41,10 @@ public:
     const std::shared_ptr<const LinkedProgram>& linked() const { return _vertex.linked; }
     /// Sets `velgl_firstCommand` in the vertex stage.
     void setFirstCommand(int number) const noexcept;
+    /// Sets `velgl_drawable` in a program that VelGL linked, if it has that uniform.
+    void setDrawable(int number) const noexcept;
+    /// Sets `velgl_lastInstance` in the vertex stage.
+    void setLastInstance(int number) const noexcept;
     /// Sets `velgl_textures` in both stages.
     void setTextures(int bits) const noexcept;
 
@@ -45,6 +53,7 @@ private:
         unsigned int name = 0;
         std::shared_ptr<const LinkedProgram> linked; ///< null if other code linked the program
         int firstCommand = -1;
+        int lastInstance = -1;
         int textures = -1;
     };
 

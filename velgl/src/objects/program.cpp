@@ -10,6 +10,7 @@
 #include "objects/labels.h"
 #include "objects/linkedprogram.h"
 #include "objects/programaccess.h"
+#include "objects/uniforms.h"
 #include "state/bindingstack.h"
 
 namespace Atelier::Vel {
@@ -57,6 +58,21 @@ QString programLog(GLuint program) {
     return QString::fromUtf8(text.constData()).trimmed();
 }
 
+// Returns: why OpenGL refuses the locations; null if it does not.
+QString fault(const QHash<QString, int>& locations) {
+    GLint count = 0;
+    glGetIntegerv(GL_MAX_VERTEX_ATTRIBS, &count);
+    for (auto it = locations.cbegin(); it != locations.cend(); ++it)
+        if (it.value() < 0 || it.value() >= count || it.key().startsWith(QLatin1String("gl_")))
+            return QStringLiteral("Attribute '%1' cannot have location %2").arg(it.key()).arg(it.value());
+    return {};
+}
+
+void bindLocations(GLuint program, const QHash<QString, int>& locations) {
+    for (auto it = locations.cbegin(); it != locations.cend(); ++it)
+        glBindAttribLocation(program, static_cast<GLuint>(it.value()), it.key().toUtf8().constData());
+}
+
 bool link(GLuint program, std::initializer_list<const Shader*> shaders) {
     for (const Shader* shader : shaders)
         glAttachShader(program, shader->name());
@@ -76,6 +92,8 @@ struct Program::Data {
     std::shared_ptr<ShareGroup> group;
     GLuint name = 0;
     std::shared_ptr<const LinkedProgram> linked;
+    Uniforms uniforms;
+    QString label;
 
     ~Data() {
         if (group)
@@ -89,30 +107,47 @@ Program::~Program() = default;
 
 std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, const QByteArray& fragmentShader,
                                              QString& error) {
+    return fromSource(vertexShader, fragmentShader, {}, error);
+}
+
+std::unique_ptr<Program> Program::fromSource(const QByteArray& vertexShader, const QByteArray& fragmentShader,
+                                             const ProgramOptions& options, QString& error) {
+    return ProgramAccess::make({QStringLiteral("Vertex shader"), vertexShader},
+                               {QStringLiteral("Fragment shader"), fragmentShader}, options, error);
+}
+
+std::unique_ptr<Program> ProgramAccess::make(const ShaderText& vertexText, const ShaderText& fragmentText,
+                                             const ProgramOptions& options, QString& error) {
     const ContextGL* gl = enterCurrentContext();
     if (!gl) {
         error = QStringLiteral("No OpenGL context is current");
         return nullptr;
     }
-    const Shader vertex(GL_VERTEX_SHADER, vertexShader);
+    const Shader vertex(GL_VERTEX_SHADER, vertexText.source);
     if (!vertex.isCompiled()) {
-        error = QStringLiteral("Vertex shader: %1").arg(vertex.log());
+        error = QStringLiteral("%1: %2").arg(vertexText.name, vertex.log());
         return nullptr;
     }
-    const Shader fragment(GL_FRAGMENT_SHADER, fragmentShader);
+    const Shader fragment(GL_FRAGMENT_SHADER, fragmentText.source);
     if (!fragment.isCompiled()) {
-        error = QStringLiteral("Fragment shader: %1").arg(fragment.log());
+        error = QStringLiteral("%1: %2").arg(fragmentText.name, fragment.log());
+        return nullptr;
+    }
+    const QString cause = fault(options.attributeLocations);
+    if (!cause.isNull()) {
+        error = cause;
         return nullptr;
     }
     std::unique_ptr<Program> program(new Program);
     GLName owned(GLKind::Program, gl->group());
     owned.set(glCreateProgram());
     const GLuint name = program->_data->names.add(std::move(owned)).value();
+    bindLocations(name, options.attributeLocations);
     if (!link(name, {&vertex, &fragment})) {
         error = QStringLiteral("Linking: %1").arg(programLog(name));
         return nullptr;
     }
-    program->_data->linked = LinkedProgram::of(name);
+    program->_data->linked = LinkedProgram::of(name, options.streams);
     gl->group()->addLinkedProgram(name, program->_data->linked);
     program->_data->group = gl->group();
     program->_data->name = name;
@@ -151,8 +186,44 @@ unsigned int Program::name() const {
 }
 
 void Program::setLabel(const QString& label) {
+    _data->label = label;
     if (const unsigned int current = name())
         labelObject(GL_PROGRAM, current, encodedLabel(label));
+}
+
+bool Program::setUniform(const char* name, int value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value);
+}
+
+bool Program::setUniform(const char* name, float value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, {value, 0, 0, 0}, 1);
+}
+
+bool Program::setUniform(const char* name, const QVector2D& value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value, 2);
+}
+
+bool Program::setUniform(const char* name, const QVector3D& value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value, 3);
+}
+
+bool Program::setUniform(const char* name, const QVector4D& value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value, 4);
+}
+
+bool Program::setUniform(const char* name, const QColor& value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value);
+}
+
+bool Program::setUniform(const char* name, const QMatrix4x4& value) {
+    const unsigned int current = this->name();
+    return current != 0 && _data->uniforms.set(current, _data->label, name, value);
 }
 
 int Program::uniformLocation(const char* name) const {

@@ -18,19 +18,35 @@ struct SavedBinding {
 };
 
 /// What the bind() calls of an object replaced, for those without an unbind() yet. Equal entries in a row are
-/// counted, so that a client that binds repeatedly without unbinding uses no memory.
-class BindingStack {
+/// counted, so that a client that binds repeatedly without unbinding uses no memory. `Saved` has an equality,
+/// and its default value stands for a bind() that failed.
+template<typename Saved>
+class SavedStack {
 public:
-    void push(const SavedBinding& binding);
+    void push(const Saved& saved) {
+        if (!_runs.empty() && _runs.back().saved == saved)
+            ++_runs.back().count;
+        else
+            _runs.push_back({saved});
+    }
     /// Returns: the latest entry; that of a failed bind() when the stack is empty.
-    SavedBinding pop();
+    Saved pop() {
+        if (_runs.empty())
+            return {};
+        const Saved saved = _runs.back().saved;
+        if (--_runs.back().count == 0)
+            _runs.pop_back();
+        return saved;
+    }
 
 private:
     struct Run {
-        SavedBinding binding;
+        Saved saved;
         quint64 count = 1;
     };
     std::vector<Run> _runs;
 };
+
+using BindingStack = SavedStack<SavedBinding>;
 
 } // namespace Atelier::Vel

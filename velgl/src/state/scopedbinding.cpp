@@ -80,6 +80,14 @@ void rebindProgram(GLuint name) {
     glUseProgram(glIsProgram(name) ? name : 0);
 }
 
+void rebindRenderbuffer(GLuint name) {
+    glBindRenderbuffer(GL_RENDERBUFFER, glIsRenderbuffer(name) ? name : 0);
+}
+
+void rebindFramebuffer(GLenum target, GLuint name) {
+    glBindFramebuffer(target, glIsFramebuffer(name) ? name : 0);
+}
+
 ScopedBufferBinding::ScopedBufferBinding(GLenum target, GLuint buffer)
     : _target(target), _previous(currentName(bufferBindingQuery(target))) {
     glBindBuffer(target, buffer);
@@ -95,6 +103,18 @@ ScopedTextureBinding::ScopedTextureBinding(GLenum target, GLuint texture)
 ScopedTextureBinding::~ScopedTextureBinding() {
     glActiveTexture(_unit);
     rebindTexture(_target, _previous);
+}
+
+ScopedFramebufferBinding::ScopedFramebufferBinding(GLenum target, GLuint framebuffer)
+    : _target(target),
+      _previous(currentName(target == GL_DRAW_FRAMEBUFFER ? GL_DRAW_FRAMEBUFFER_BINDING
+                                                          : GL_READ_FRAMEBUFFER_BINDING)) {
+    glBindFramebuffer(target, framebuffer);
+}
+
+ScopedRenderbufferBinding::ScopedRenderbufferBinding(GLuint renderbuffer)
+    : _previous(currentName(GL_RENDERBUFFER_BINDING)) {
+    glBindRenderbuffer(GL_RENDERBUFFER, renderbuffer);
 }
 
 ScopedTextureUnit::ScopedTextureUnit(GLuint unit) : _previous(currentName(GL_ACTIVE_TEXTURE)) {

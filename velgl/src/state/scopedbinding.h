@@ -19,6 +19,9 @@ void rebindBuffer(GLenum target, GLuint name);
 void rebindTexture(GLenum target, GLuint name);
 void rebindVertexArray(GLuint name);
 void rebindProgram(GLuint name);
+void rebindRenderbuffer(GLuint name);
+/// `target` is GL_DRAW_FRAMEBUFFER or GL_READ_FRAMEBUFFER.
+void rebindFramebuffer(GLenum target, GLuint name);
 
 /// Binds a buffer and restores the previous binding on destruction.
 class ScopedBufferBinding {
@@ -44,6 +47,32 @@ public:
 private:
     GLenum _target;
     GLenum _unit;
+    GLuint _previous;
+};
+
+/// Binds a framebuffer to GL_DRAW_FRAMEBUFFER or GL_READ_FRAMEBUFFER and restores the previous binding on
+/// destruction.
+class ScopedFramebufferBinding {
+public:
+    ScopedFramebufferBinding(GLenum target, GLuint framebuffer);
+    ~ScopedFramebufferBinding() { rebindFramebuffer(_target, _previous); }
+    ScopedFramebufferBinding(const ScopedFramebufferBinding&) = delete;
+    ScopedFramebufferBinding& operator=(const ScopedFramebufferBinding&) = delete;
+
+private:
+    GLenum _target;
+    GLuint _previous;
+};
+
+/// Binds a renderbuffer and restores the previous binding on destruction.
+class ScopedRenderbufferBinding {
+public:
+    explicit ScopedRenderbufferBinding(GLuint renderbuffer);
+    ~ScopedRenderbufferBinding() { rebindRenderbuffer(_previous); }
+    ScopedRenderbufferBinding(const ScopedRenderbufferBinding&) = delete;
+    ScopedRenderbufferBinding& operator=(const ScopedRenderbufferBinding&) = delete;
+
+private:
     GLuint _previous;
 };
 
