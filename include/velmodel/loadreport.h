@@ -9,10 +9,14 @@
 
 namespace Atelier::Vel {
 
-/// What a load counted. The overloads that take a report fill it on success.
-/// A load into a model without a current context only reads the text: the statistics stay 0.
+/// What a load counted and observed. The overloads that take a report fill it on success, on failure, and if
+/// the load is cancelled; an exception leaves it unchanged. After a failure it has what was counted until
+/// then, and a diagnostic of severity Error that says why. A load into a model without a current context only
+/// reads the text: the statistics stay 0. Cost: with a report, a load counts lines and looks for indices that
+/// do not exist. If there are any, it reads
+///       the text once more, unless the device is sequential.
 struct LoadReport {
-    /// The most entries of a code in `diagnostics`.
+    /// The maximum number of entries of a code in `diagnostics`.
     static constexpr int kMaxDiagnostics = 10;
 
     qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened, or what was read of an
@@ -24,7 +28,9 @@ struct LoadReport {
     PreparationStatistics statistics; ///< of merging and triangulating what was read
     /// The first observations of each code, in the order in which they were made.
     QVector<LoadDiagnostic> diagnostics;
-    /// The number of all observations of each code; codes without any are absent.
+    /// The number of all observations of each code; codes without any are absent. For a code of faces these
+    /// are faces, except for UndrawnFace, which has one entry for each use of the material, and for a text
+    /// that is read once: an entry without a line stands for the whole file.
     QMap<LoadDiagnostic::Code, quint64> diagnosticCounts;
 };
 

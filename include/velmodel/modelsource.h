@@ -12,9 +12,10 @@ namespace Atelier::Vel {
 /// Where the files of a model come from: memory, an archive, a network. ModelFiles::source() is one for the
 /// files of the system.
 ///
-/// A load opens the OBJ file and its libraries, each once, and resolves the names in them. Textures are
-/// opened when they are drawn, and again in each further group of sharing contexts.
-/// Threads: a load calls the source on its own thread, and makeTextureLoader() on that of the context. A
+/// A load opens the OBJ file and its libraries, each once, and resolves the names in them. With a LoadReport
+/// it may read the OBJ file again from its start, unless the device is sequential. Textures are opened when
+/// they are drawn, and again in each further group of sharing contexts. Threads: a load calls the source on
+/// its own thread, and makeTextureLoader() on that of the context. A
 ///          source that is used by both, or by several loads, at the same time must allow that.
 /// Errors:  an exception from a source or its devices ends the load and reaches the caller of the load.
 class VELMODEL_EXPORT ModelSource {

@@ -32,7 +32,7 @@ class ModelSource;
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error);
 
 /// The same, with `progress` (may be empty) called while it reads, merges corners, cuts faces and makes
-/// normals, and `report` (may be null) filled on success.
+/// normals, and `report` (may be null) filled on every return.
 /// Returns: null, with the error "Loading OBJ file '...' was cancelled", if `progress` cancels.
 VELMODEL_EXPORT GPUModel* loadModelFromOBJFile(const QString& path, QString& error,
                                                const LoadProgress& progress, LoadReport* report = nullptr);

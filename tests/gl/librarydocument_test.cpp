@@ -35,7 +35,7 @@ std::unique_ptr<GPUModel> loadForgivingly(const QString& path, QString& error) {
     LoadReport report;
     std::unique_ptr<GPUModel> model = loadModelFromOBJFile(path, error, options, {}, &report);
     for (const LoadDiagnostic& diagnostic : qAsConst(report.diagnostics))
-        qWarning("%s", qPrintable(diagnostic.message));
+        qWarning("%s:%lld: %s", qPrintable(diagnostic.file), diagnostic.line, qPrintable(diagnostic.message));
     // clang-format on
     return model;
 }

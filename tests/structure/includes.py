@@ -26,12 +26,13 @@ MODEL = {
                  "."],
     "upload": ["textures", "drawdata", "mesh", "streams", "memory", "."],
     "builder": ["upload", "drawdata", "mesh", "streams", "memory", "."],
-    "import/diagnostics": [],
+    "import/diagnostics": ["import/text"],
     "import/references": ["import/diagnostics", "files", "."],
     "import/text": [],
     "import/obj": ["import/text", "mesh"],
     "import/obj/simd": ["import/obj", "import/text"],
     "import/mtl": ["import/diagnostics", "import/references", "import/text", "files", "mesh", "."],
+    "check": ["import", "import/diagnostics", "import/references", "import/mtl", "import/obj", "import/text", "textures", "files",
     "import": ["import/diagnostics", "import/references", "textures", "import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh",
                "geometry/smoothing", "streams", "memory", "."],
 }
@@ -43,7 +44,7 @@ MODEL_HEADERS = {
     "decodedtextures.h": "textures",
 }
 # Materials are VelGL's instance data, and white maps its texture references. The shared pointer is a template without OpenGL.
-MODEL_WITH_VELGL = {"upload", "textures", "mesh", "drawdata", "builder", "import", "import/mtl"}
+MODEL_WITH_VELGL = {"upload", "textures", "mesh", "drawdata", "builder", "check", "import", "import/mtl"}
 VELGL_FOR_ALL = {"sharedpointer.h"}
 PURE = re.compile(r"QtDebug|QDebug|QLoggingCategory|QMessageLogger|QRandomGenerator")
 PURE_EXCEPTIONS = {"geometry/triangulation/polygondump.cpp"}

@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 class FaceGroupsTest : public testing::Test {
 protected:
-    void define(const QString& name) { _materials.define({name, name}, QStringLiteral("m.mtl"), {}, {}); }
+    void define(const QString& name) { _materials.define({name, name}, {}, {}); }
     void use(const QString& name) { _groups.use({name.section(QLatin1Char(' '), 0, 0), name}); }
     std::vector<quint32> facesOf(const QString& group) const {
         std::vector<quint32> faces;
@@ -29,7 +29,7 @@ protected:
     LoadOptions _options;
     DiagnosticLog _log;
     MaterialDefinitions _materials{_mesh.groups, _options, _log};
-    FaceGroups _groups{_mesh.groups, _materials, QStringLiteral("m.obj")};
+    FaceGroups _groups{_mesh.groups, _materials};
 };
 
 } // namespace
@@ -80,7 +80,7 @@ TEST_F(FaceGroupsTest, PartsAreIgnoredUnlessTheyAreSplit) {
 }
 
 TEST_F(FaceGroupsTest, PartsWithFacesHaveGroups) {
-    FaceGroups split(_mesh.groups, _materials, QStringLiteral("m.obj"), FaceGroups::Parts::Split);
+    FaceGroups split(_mesh.groups, _materials, FaceGroups::Parts::Split);
     define("<default>");
     split.useObject("empty");
     split.useObject("a");
@@ -97,13 +97,13 @@ TEST_F(FaceGroupsTest, PartsWithFacesHaveGroups) {
 
 TEST_F(FaceGroupsTest, GroupsOfPartsHaveTheMaterialAtTheEnd) {
     _options.repairs.defineMaterials = true;
-    FaceGroups split(_mesh.groups, _materials, QStringLiteral("m.obj"), FaceGroups::Parts::Split);
+    FaceGroups split(_mesh.groups, _materials, FaceGroups::Parts::Split);
     split.useObject("a");
     split.use({"red", "red"});
     EXPECT_TRUE(split.add(0, 1));
     InstanceData red("OBJMaterial");
     red.setTexture("map_Kd", "red.png");
-    _materials.define({"red", "red"}, "m.mtl", red, {});
+    _materials.define({"red", "red"}, red, {});
     split.finish();
     const MaterialGroup* const group = _mesh.groups.find("a\nred");
     ASSERT_NE(group, nullptr);

@@ -153,8 +153,9 @@ TEST_F(FileReferencesTest, PathsStayIfNothingIsFound) {
     EXPECT_EQ(load("lib\\no.mtl"), QString("Failed to load MTL file '%1'").arg(path("model/lib\\no.mtl")));
     options().repairs.skipMissingLibraries = true;
     EXPECT_EQ(load("lib\\no.mtl"), QString());
-    ASSERT_EQ(report().diagnostics.size(), 1);
-    EXPECT_EQ(report().diagnostics.first().code, Code::MissingLibrary);
+    ASSERT_EQ(report().diagnostics.size(), 2);
+    EXPECT_EQ(report().diagnostics[0].code, Code::MissingLibrary);
+    EXPECT_EQ(report().diagnostics[1].code, Code::UndrawnFace);
 }
 
 TEST_F(FileReferencesTest, PathsStayIfFilesAreNotToBeFound) {

@@ -209,6 +209,13 @@ TEST_F(LineSourceTest, LinesBeyondTheLimitAreDropped) {
             << blockBytes;
 }
 
+// The block in which the long line ends has to grow for the line after it.
+TEST_F(LineSourceTest, TailOfALineBeyondTheLimitIsNoLine) {
+    const QByteArray after(95, 'b');
+    write(QByteArray(120, 'x') + "\n" + after + "\nc");
+    EXPECT_EQ(lines(limitsOf(100, 99)), QStringList({after, "c"}));
+}
+
 TEST_F(LineSourceTest, ByteOrderMarkAfterADroppedLineDoesNotCount) {
     write(QByteArray(4096, 'x') + "\xEF\xBB\xBF\nb\n");
     EXPECT_EQ(lines(limitsOf(4096, 1000)), QStringList({"b"}));
@@ -253,6 +260,48 @@ TEST_F(LineSourceTest, LastLineBeyondTheLimitIsDroppedWithoutALineFeed) {
             EXPECT_EQ(lines(limitsOf(blockBytes, 100)),
                       length <= 100 ? QStringList({"a", line}) : QStringList({"a"}))
                 << blockBytes << ' ' << length;
+    }
+}
+
+// Whatever is in memory at a time, and wherever the line exceeds the limit.
+TEST_F(LineSourceTest, JoinedLinesThatAreTooLongAreDropped) {
+    const QByteArray part(70, 'x');
+    const std::vector<QByteArray> tooLong = {part + "\\\n" + part + "\\\n" + part,
+                                             part + part + "\\\r\n" + "tail",
+                                             part + "\\\n" + part + part + part + "\\\n\\\n#tail",
+                                             part + "\\\n" + part + "x#\\\ntail",
+                                             part + "\\\n" + part + " #\\",
+                                             part + "\\\n" + part + "\\x"};
+    for (const QByteArray& line : tooLong) {
+        const QByteArray text = "a\n" + line + "\nb\\\nc\n" + line + "\nlast";
+        write(text);
+        for (qint64 blockBytes = 4; blockBytes < 300; blockBytes += 1 + blockBytes / 20) {
+            LineSourceOptions options = limitsOf(blockBytes, 100);
+            options.joinsContinuedLines = true;
+            EXPECT_EQ(lines(options), QStringList({"a", "b c", "last"}))
+                << blockBytes << ' ' << line.toStdString();
+        }
+        QString decoded = QString::fromLatin1(text);
+        QTextStream stream(&decoded);
+        LineSourceOptions options = limitsOf(100, 100);
+        options.joinsContinuedLines = true;
+        LineSource source(&stream, options);
+        EXPECT_EQ(linesOf(source), QStringList({"a", "b c", "last"})) << line.toStdString();
+    }
+}
+
+TEST_F(LineSourceTest, LastJoinedLineThatIsTooLongIsDropped) {
+    const QByteArray part(70, 'x');
+    for (const QByteArray& end : {QByteArray("tail"), QByteArray("tail\\"), QByteArray("\\\n")}) {
+        const QByteArray text = "a\n" + part + "\\\n" + part + "\\\n" + end;
+        write(text);
+        LineSourceOptions options = limitsOf(10, 100);
+        options.joinsContinuedLines = true;
+        EXPECT_EQ(lines(options), QStringList({"a"})) << end.toStdString();
+        QString decoded = QString::fromLatin1(text);
+        QTextStream stream(&decoded);
+        LineSource source(&stream, options);
+        EXPECT_EQ(linesOf(source), QStringList({"a"})) << end.toStdString();
     }
 }
 

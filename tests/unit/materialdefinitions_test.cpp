@@ -17,14 +17,12 @@ protected:
     }
     void define(const QString& rest, float red) {
         const QString word = rest.section(QLatin1Char(' '), 0, 0);
-        _definitions.define({word, rest}, QStringLiteral("m.mtl"), material(red), {});
+        _definitions.define({word, rest}, material(red), {});
     }
     QString groupOf(const QString& rest) const {
         return _definitions.groupOf({rest.section(QLatin1Char(' '), 0, 0), rest});
     }
-    bool defineMissing(const QString& name) {
-        return _definitions.defineMissing({name, name}, QStringLiteral("m.obj"));
-    }
+    bool defineMissing(const QString& name) { return _definitions.defineMissing({name, name}); }
     bool hasRed(const QString& group, float red) const {
         const MaterialGroup* const found = _mesh.groups.find(group);
         return found != nullptr &&

@@ -60,7 +60,7 @@ protected:
     LoadOptions _options;
     DiagnosticLog _diagnostics;
     MaterialDefinitions _materials{_mesh.groups, _options, _diagnostics};
-    FaceGroups _groups{_mesh.groups, _materials, QStringLiteral("m.obj")};
+    FaceGroups _groups{_mesh.groups, _materials};
     MeshFeed _feed{_mesh, _groups};
 };
 

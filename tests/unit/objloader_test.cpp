@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <memory>
+#include <optional>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -85,11 +86,15 @@ std::vector<std::pair<std::string, unsigned int>> Loaded::commands() const {
     return result;
 }
 
-bool isUntouched(const LoadReport& report) {
-    return report.bytesRead == 0 && report.faces == 0 && report.droppedFaces == 0 &&
-           report.facesWithoutGroup == 0 && report.statistics.untriangulatedFaces == 0 &&
-           report.statistics.substitutedCorners == 0 && report.statistics.corners == 0 &&
-           report.statistics.vertices == 0 && report.statistics.triangles == 0;
+/// The code of the one error of a load that has failed.
+std::optional<LoadDiagnostic::Code> causeOfFailure(const LoadReport& report) {
+    std::optional<LoadDiagnostic::Code> cause;
+    for (const LoadDiagnostic& diagnostic : report.diagnostics)
+        if (diagnostic.severity == LoadDiagnostic::Severity::Error) {
+            EXPECT_FALSE(cause) << "a second error: " << diagnostic.message.toStdString();
+            cause = diagnostic.code;
+        }
+    return cause;
 }
 
 void keep(Loaded& loaded, const RecordingContext& context) {
@@ -220,7 +225,8 @@ TEST_F(ObjLoaderTest, MissingLibraryFailsWithItsAbsolutePath) {
     EXPECT_EQ(loaded.model, nullptr);
     EXPECT_EQ(loaded.error, QStringLiteral("Failed to load MTL file '%1'").arg(path(QStringLiteral("no"))));
     EXPECT_TRUE(loaded.calls.isEmpty());
-    EXPECT_TRUE(isUntouched(loaded.report));
+    EXPECT_EQ(causeOfFailure(loaded.report), LoadDiagnostic::Code::UnreadableLibrary);
+    EXPECT_EQ(loaded.report.statistics.vertices, 0u);
 }
 
 TEST_F(ObjLoaderTest, LibraryWithoutANameIsTheDirectoryAndFails) {
@@ -447,7 +453,7 @@ TEST_F(ObjLoaderTest, CancellingAnywhereGivesNothing) {
             loaded.error,
             QStringLiteral("Loading OBJ file '%1' was cancelled").arg(path(QStringLiteral("model.obj"))));
         EXPECT_TRUE(loaded.calls.isEmpty());
-        EXPECT_TRUE(isUntouched(loaded.report));
+        EXPECT_EQ(causeOfFailure(loaded.report), LoadDiagnostic::Code::Cancelled);
     }
 }
 

@@ -137,7 +137,9 @@ TEST_F(ReadDrawDataTest, FailsLikeALoad) {
         EXPECT_EQ(loadModelFromOBJFile(model, expected), nullptr);
         EXPECT_FALSE(expected.isEmpty());
         EXPECT_EQ(error, expected);
-        EXPECT_EQ(report.bytesRead, 0);
+        ASSERT_EQ(report.diagnostics.size(), 1);
+        EXPECT_EQ(report.diagnostics[0].severity, LoadDiagnostic::Severity::Error);
+        EXPECT_EQ(report.statistics.vertices, 0U);
     }
 }
 
@@ -228,7 +230,7 @@ TEST_F(ReadProgressTest, EachPhaseCanBeCancelled) {
             EXPECT_TRUE(readDrawDataFromOBJFile(model, error, progress, &report).isNull());
             EXPECT_EQ(error, QStringLiteral("Loading OBJ file '%1' was cancelled").arg(model));
             EXPECT_EQ(last, static_cast<int>(phase));
-            EXPECT_EQ(report.bytesRead, 0);
+            EXPECT_EQ(report.diagnosticCounts.value(LoadDiagnostic::Code::Cancelled), 1U);
         }
 }
 

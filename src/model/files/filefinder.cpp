@@ -24,6 +24,10 @@ QString joined(const QString& folder, const QString& name) {
     return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
 }
 
+QString pathIn(const QString& folder, const QString& name) {
+    return QDir::isRelativePath(name) ? joined(folder, name) : name;
+}
+
 // The last names of a path that any system may have written.
 QStringList namesIn(QString path) {
     path.replace(QLatin1Char('\\'), QLatin1Char('/'));
@@ -43,8 +47,7 @@ FileFinder::FileFinder(const ModelFiles& files, const QStringList& searchPaths, 
 std::optional<FileFinder::Found> FileFinder::find(const QStringList& folders, const QStringList& names) {
     if (std::optional<Found> found = findAsNamed(folders.first(), names))
         return found;
-    QStringList places = folders + _searchPaths;
-    places.removeDuplicates();
+    const QStringList places = placesFrom(folders);
     for (const QString& name : names) {
         if (!isPath(name))
             continue;
@@ -57,10 +60,30 @@ std::optional<FileFinder::Found> FileFinder::find(const QStringList& folders, co
     return std::nullopt;
 }
 
+QStringList FileFinder::placesFrom(const QStringList& folders) const {
+    QStringList places = folders + _searchPaths;
+    places.removeDuplicates();
+    return places;
+}
+
+QStringList FileFinder::candidates(const QStringList& folders, const QStringList& names) const {
+    QStringList paths;
+    for (const QString& name : names)
+        if (isPath(name))
+            paths.append(pathIn(folders.first(), name));
+    for (const QString& name : names)
+        for (QStringList end = isPath(name) ? namesIn(name) : QStringList(); !end.isEmpty();
+             end.removeFirst())
+            for (const QString& place : placesFrom(folders))
+                paths.append(joined(place, end.join(QLatin1Char('/'))));
+    paths.removeDuplicates();
+    return paths;
+}
+
 std::optional<FileFinder::Found> FileFinder::findAsNamed(const QString& folder,
                                                          const QStringList& names) const {
     for (const QString& name : names) {
-        const QString path = QDir::isRelativePath(name) ? joined(folder, name) : name;
+        const QString path = pathIn(folder, name);
         if (isPath(name) && _files.contains(path))
             return Found{path, name, true};
     }

@@ -37,10 +37,13 @@ public:
     /// Requires: `folders` are not empty, and absolute.
     /// Cost:     for each name, at most kMaxEnds look-ups per folder; one listing per folder that is reached.
     std::optional<Found> find(const QStringList& folders, const QStringList& names);
+    /// The paths that find() looks for, in its order and without repetitions.
+    QStringList candidates(const QStringList& folders, const QStringList& names) const;
     /// The first step of find() alone.
     std::optional<Found> findAsNamed(const QString& folder, const QStringList& names) const;
 
 private:
+    QStringList placesFrom(const QStringList& folders) const;
     QString findEnd(const QStringList& folders, const QStringList& end);
     QString findIn(const QString& folder, const QStringList& names);
 

@@ -41,6 +41,10 @@ std::optional<FileVersion> TextInput::version() const {
     return file != nullptr ? versionOf(*file) : std::nullopt;
 }
 
+bool TextInput::rewind() {
+    return !_device->isSequential() && device().seek(0);
+}
+
 bool TextInput::isReadToTheEnd() const {
     const auto* file = qobject_cast<const QFileDevice*>(_device.get());
     return !(_reader && _reader->hasFailed()) && (file == nullptr || file->error() == QFileDevice::NoError);

@@ -30,6 +30,8 @@ public:
     qint64 sequentialBytes() const;
     /// The version of a file on a disk; nothing for other devices.
     std::optional<FileVersion> version() const;
+    /// Goes back to the start. Returns: false for a sequential device, which is read once.
+    bool rewind();
     /// Whether reading reached the end. A text stream treats an error as the end.
     bool isReadToTheEnd() const;
 

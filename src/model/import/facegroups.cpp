@@ -6,10 +6,9 @@
 
 namespace Atelier::Vel {
 
-FaceGroups::FaceGroups(GroupStore& groups, MaterialDefinitions& materials, QString file, Parts parts)
+FaceGroups::FaceGroups(GroupStore& groups, MaterialDefinitions& materials, Parts parts)
     : _groups(groups),
       _materials(materials),
-      _file(std::move(file)),
       _material{QStringLiteral("<default>"), QStringLiteral("<default>")},
       _group(_material.word),
       _parts(parts) {}
@@ -17,6 +16,7 @@ FaceGroups::FaceGroups(GroupStore& groups, MaterialDefinitions& materials, QStri
 void FaceGroups::use(MaterialName material) {
     _material = std::move(material);
     _isReported = false;
+    _hasUndrawnFaces = false;
     findGroup();
 }
 
@@ -64,14 +64,24 @@ void FaceGroups::finish() {
         _groups.adoptMaterials();
 }
 
+void FaceGroups::reportUndrawn(quint32 faces) {
+    if (_hasUndrawnFaces)
+        _materials.reportMoreUndrawn(faces);
+    else
+        _materials.reportUndrawn(_material, faces);
+    _hasUndrawnFaces = true;
+}
+
 bool FaceGroups::add(quint32 first, quint32 count) {
     if (_revision != _materials.revision())
         findGroup();
     const bool isAdded = addToGroup(first, count);
-    if (!isAdded && !(_materials.defineMissing(_material, _file) && addToGroup(first, count)))
+    if (!isAdded && !(_materials.defineMissing(_material) && addToGroup(first, count))) {
+        reportUndrawn(count);
         return false;
+    }
     if (!_isReported && _group != _material.word)
-        _materials.reportMatch(_material, _file, _group);
+        _materials.reportMatch(_material, _group);
     _isReported = true;
     return true;
 }

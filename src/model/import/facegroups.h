@@ -13,8 +13,8 @@ class FaceGroups {
 public:
     enum class Parts { Joined, Split };
 
-    /// The arguments must outlive the object. `file` is the file of the text.
-    FaceGroups(GroupStore& groups, MaterialDefinitions& materials, QString file, Parts parts = Parts::Joined);
+    /// The arguments must outlive the object.
+    FaceGroups(GroupStore& groups, MaterialDefinitions& materials, Parts parts = Parts::Joined);
 
     /// Sets the material of the following faces.
     void use(MaterialName material);
@@ -31,13 +31,13 @@ public:
 
 private:
     void findGroup();
+    void reportUndrawn(quint32 faces);
     bool addToGroup(quint32 first, quint32 count);
     QString part() const;
     void findPartGroup();
 
     GroupStore& _groups;
     MaterialDefinitions& _materials;
-    QString _file;
     MaterialName _material;
     QString _group;
     quint64 _revision = 0; ///< of the materials when the group was found
@@ -46,7 +46,8 @@ private:
     QString _objectGroup;
     QString _partGroup; ///< the group of the part and material; null if it is not known yet
     int _partGroups = 0;
-    bool _isReported = true;
+    bool _isReported = true;       ///< how the name of the material was read
+    bool _hasUndrawnFaces = false; ///< after the current name
 };
 
 } // namespace Atelier::Vel

@@ -10,6 +10,8 @@ namespace Atelier::Vel {
 
 namespace {
 
+using Code = LoadDiagnostic::Code;
+
 bool isDirections(MtlReader::Kind map) {
     return map == MtlReader::Kind::Norm || map == MtlReader::Kind::MapKn;
 }
@@ -32,7 +34,7 @@ MaterialCollector::MaterialCollector(QString path, MaterialDefinitions& definiti
 
 void MaterialCollector::finishMaterial() {
     if (_hasMaterial)
-        _definitions.define(_name, _path, _isBlank ? _blank : _material, _whiteMaps);
+        _definitions.define(_name, _isBlank ? _blank : _material, _whiteMaps);
 }
 
 void MaterialCollector::startMaterial(const MtlReader& line) {
@@ -43,25 +45,39 @@ void MaterialCollector::startMaterial(const MtlReader& line) {
     _hasOpacity = false;
     _whiteMaps = WhiteMaps();
     _isBlank = true;
-    _name = {line.text(), _repairs.matchNames ? line.rest() : QString()};
+    _name = {line.text(), _repairs.matchNames ? line.rest() : QString(), line.line(_path)};
     _hasMaterial = true;
 }
 
-// An unreadable texture is drawn as white.
+// The path of the file that the line names.
+QString MaterialCollector::findMap(const MtlReader& line) {
+    const TextLine place = line.line(_path);
+    const FileReferences::Found found = _references.findFirst(
+        Code::RelocatedTexture, place, _repairs.findFiles ? line.mapNames() : QStringList(line.text()));
+    if (found.name != line.firstWord())
+        _diagnostics.add(Code::MapName, place, line.rest(), [&] {
+            return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), found.path);
+        });
+    return found.path;
+}
+
+// An unreadable texture is drawn as white. White is no direction.
 void MaterialCollector::setMap(const QString& name, const MtlReader& line) {
-    const QString path =
-        _repairs.findFiles
-            ? _references.findFirst(DiagnosticLog::Code::RelocatedTexture, _path, line.mapNames())
-            : _references.find(DiagnosticLog::Code::RelocatedTexture, _path, line.text());
-    if (line.isRepaired())
-        _diagnostics.add(DiagnosticLog::Code::MapName, _path, line.rest(),
-                         [&] { return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), path); });
-    const bool isAllowed = _references.isAllowed(path);
-    // White is no direction.
-    if (!isAllowed && isDirections(line.kind()))
+    const QString path = findMap(line);
+    if (_references.isAllowed(path)) {
+        _material.setTexture(name, path);
+        _whiteMaps.set(name, false);
         return;
-    _material.setTexture(name, isAllowed ? path : QString());
-    _whiteMaps.set(name, !isAllowed);
+    }
+    _references.warnOfOutside(path);
+    _diagnostics.add(Code::UnreadableTexture, line.line(_path), line.text(), [&] {
+        return QStringLiteral("'%1': %2; it is drawn as white")
+            .arg(line.text(), _references.causeOfUnreadable(path));
+    });
+    if (isDirections(line.kind()))
+        return;
+    _material.setTexture(name, QString());
+    _whiteMaps.set(name, true);
 }
 
 void MaterialCollector::take(const MtlReader& line) {

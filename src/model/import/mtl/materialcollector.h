@@ -31,6 +31,7 @@ private:
     void takeExtended(const MtlReader& line);
     void setModel(float number);
     void setPlacement(const MtlReader& line);
+    QString findMap(const MtlReader& line);
     void setMap(const QString& name, const MtlReader& line);
 
     QString _path;

@@ -18,7 +18,7 @@ QString nameWithoutComment(const QString& rest) {
 
 } // namespace
 
-void MaterialDefinitions::define(const MaterialName& name, const QString& file, const InstanceData& material,
+void MaterialDefinitions::define(const MaterialName& name, const InstanceData& material,
                                  const WhiteMaps& whiteMaps) {
     const QString group = newGroup(name);
     if (_missing.remove(group))
@@ -32,7 +32,7 @@ void MaterialDefinitions::define(const MaterialName& name, const QString& file, 
         return;
     remember(name.rest, group);
     if (group != name.word)
-        reportMatch(name, file, group);
+        reportMatch(name, group);
 }
 
 // The group that a definition makes. If it exists and has a definition, the new one is ignored.
@@ -67,25 +67,33 @@ QString MaterialDefinitions::matchingGroup(const MaterialName& name) const {
     return nameWithoutComment(name.rest);
 }
 
-bool MaterialDefinitions::defineMissing(const MaterialName& name, const QString& file) {
+bool MaterialDefinitions::defineMissing(const MaterialName& name) {
     if (!_options.repairs.defineMaterials)
         return false;
     const QString group = groupOf(name);
     _groups.create(group, makeDefaultMaterialWithoutMaps(layoutOf(_options)), -1, 0, defaultWhiteMaps());
     _missing.insert(group);
     ++_revision;
-    _diagnostics.add(Code::UndefinedMaterial, file, group, [&] {
+    _diagnostics.add(Code::UndefinedMaterial, name.line, group, [&] {
         return QStringLiteral("No library has defined the material '%1': the default material is used")
             .arg(group);
     });
     return true;
 }
 
-void MaterialDefinitions::reportMatch(const MaterialName& name, const QString& file, const QString& group) {
-    _diagnostics.add(Code::MatchedName, file, name.rest, [&] {
+void MaterialDefinitions::reportMatch(const MaterialName& name, const QString& group) {
+    _diagnostics.add(Code::MatchedName, name.line, name.rest, [&] {
         return QStringLiteral("'%1' is read as the name '%2', and not as '%3'")
             .arg(name.rest, group, name.word);
     });
+}
+
+void MaterialDefinitions::reportUndrawn(const MaterialName& name, quint64 faces) {
+    const QString group = groupOf(name);
+    const auto describe = [&] {
+        return QStringLiteral("No library has defined the material '%1': its faces are not drawn").arg(group);
+    };
+    _diagnostics.add(Code::UndrawnFace, name.line, group, describe, faces);
 }
 
 } // namespace Atelier::Vel

@@ -18,8 +18,9 @@ class GroupStore;
 
 /// The name of a material as a line of text has it.
 struct MaterialName {
-    QString word; ///< the first word after the keyword
-    QString rest; ///< all text after the keyword, which is needed only if names are matched
+    QString word;       ///< the first word after the keyword
+    QString rest;       ///< all text after the keyword, which is needed only if names are matched
+    TextLine line = {}; ///< which has the name
 };
 
 /// The materials that the libraries of a load define. Each is the group of its faces.
@@ -29,9 +30,8 @@ public:
     MaterialDefinitions(GroupStore& groups, const LoadOptions& options, DiagnosticLog& diagnostics)
         : _groups(groups), _options(options), _diagnostics(diagnostics) {}
 
-    /// Makes the group of a material that `file` defines, unless it was defined before.
-    void define(const MaterialName& name, const QString& file, const InstanceData& material,
-                const WhiteMaps& whiteMaps);
+    /// Makes the group of a material, unless it was defined before.
+    void define(const MaterialName& name, const InstanceData& material, const WhiteMaps& whiteMaps);
     /// The name of the group that faces join after "usemtl" with `name`. There need not be such a group.
     QString groupOf(const MaterialName& name) const {
         return _options.repairs.matchNames ? matchingGroup(name) : name.word;
@@ -39,11 +39,15 @@ public:
     /// Changes whenever groupOf() may change.
     quint64 revision() const { return _revision; }
 
-    /// Makes a group with the default material for a name that no library has defined. `file` uses the name.
+    /// Makes a group with the default material for a name that no library has defined.
     /// Returns: false if that is not repaired.
-    bool defineMissing(const MaterialName& name, const QString& file);
-    /// Reports that the faces after `name` in `file` join a group that its first word does not name.
-    void reportMatch(const MaterialName& name, const QString& file, const QString& group);
+    bool defineMissing(const MaterialName& name);
+    /// Reports that the faces after `name` join a group that its first word does not name.
+    void reportMatch(const MaterialName& name, const QString& group);
+    /// Reports that `faces` faces after `name` are not drawn, because no library has defined the material.
+    void reportUndrawn(const MaterialName& name, quint64 faces);
+    /// Reports more such faces after the last such name.
+    void reportMoreUndrawn(quint64 faces) { _diagnostics.addMore(LoadDiagnostic::Code::UndrawnFace, faces); }
 
 private:
     // A material is found by all of its name, by its name without a comment, and by the first word of it.

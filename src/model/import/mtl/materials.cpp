@@ -48,7 +48,8 @@ bool MaterialLibraries::load(const QString& name) {
         return true;
     const std::unique_ptr<TextInput> text = TextInput::open(_source, name);
     if (!text) {
-        _references.isAllowed(name); // which warns
+        if (!_references.isAllowed(name))
+            _references.warnOfOutside(name);
         return false;
     }
     const std::optional<FileVersion> version = text->version();
@@ -67,7 +68,9 @@ bool MaterialLibraries::load(const QString& name) {
 bool MaterialLibraries::read(TextInput& text, const QString& name) {
     QTextStream stream(&text.device());
     const LoadRepairs& repairs = _options.repairs;
-    MtlReader reader(&stream, true, LineSourceOptions::joining(repairs.joinContinuedLines),
+    LineSourceOptions lines = LineSourceOptions::joining(repairs.joinContinuedLines);
+    lines.numbersLines = _diagnostics.isKept();
+    MtlReader reader(&stream, true, lines,
                      {repairs.matchNames, repairs.parseMapOptions, _options.extendedMaterials});
     MaterialCollector collector(name, _definitions, _references, _options, _diagnostics);
     while (reader.hasNext()) {

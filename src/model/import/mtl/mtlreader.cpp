@@ -63,7 +63,6 @@ bool MtlReader::takeLine() {
 
 bool MtlReader::read() {
     _ok = false;
-    _isRepaired = false;
     bool isName = false;
     switch (_kind) {
     case Kind::NewMtl:
@@ -114,11 +113,9 @@ QString MtlReader::rest() const {
 
 void MtlReader::readMap() {
     _lineStream >> _text;
-    if (_dialect.names || _dialect.mapOptions) {
-        const QString repaired = repairedMapName();
-        _isRepaired = repaired != _text;
-        _text = repaired;
-    }
+    _firstWord = _text;
+    if (_dialect.names || _dialect.mapOptions)
+        _text = repairedMapName();
 }
 
 QStringList MtlReader::mapNames() const {

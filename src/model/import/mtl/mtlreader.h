@@ -62,12 +62,16 @@ public:
     const float* values() const { return _values; }
     /// The name of a material or of a map.
     const QString& text() const { return _text; }
+    /// The lines, of which the current one is the line of kind().
+    const LineSource& lines() const { return _lines; }
     /// All text after the keyword of the current line, without white space around it. Requires: a dialect.
     QString rest() const;
     /// The names that the file of the current map may have, the most probable first, and text() as the last.
     QStringList mapNames() const;
-    /// Whether the current line is a map whose name is not the first word after the keyword.
-    bool isRepaired() const { return _isRepaired; }
+    /// The first word after the keyword of the current map, which is its name if nothing is repaired.
+    const QString& firstWord() const { return _firstWord; }
+    /// The current line, see LineSource::line().
+    TextLine line(const QString& file) const { return _lines.line(file); }
 
 private:
     bool takeLine();
@@ -83,8 +87,8 @@ private:
     bool _ok = false;
     Kind _kind = Kind::Unknown;
     float _values[3] = {};
-    bool _isRepaired = false;
     QString _text;
+    QString _firstWord;
 };
 
 } // namespace Atelier::Vel

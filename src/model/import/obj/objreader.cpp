@@ -39,9 +39,11 @@ void ObjReader::next() {
 }
 
 void ObjReader::next(ObjRun& run) {
+    _runBegin = _runEnd = nullptr;
     if (_stream->status() == QTextStream::Ok && _lines.fill()) {
-        _lines.skipTo(
-            parsePlainLines(_lines.wholeLinesBegin(), _lines.singleLinesEnd(), _counts, run, _wideParser));
+        _runBegin = _lines.wholeLinesBegin();
+        _runEnd = parsePlainLines(_runBegin, _lines.singleLinesEnd(), _counts, run, _wideParser);
+        _lines.skipTo(_runEnd);
         if (run.isFull() || isAtBlockEnd()) {
             _kind = Kind::None;
             _ok = false;
@@ -92,7 +94,10 @@ ObjReader::Kind ObjReader::classifyOptional(std::string_view keyword) const {
         return Kind::SmoothingGroup;
     if (_keywords.parts && keyword == "o")
         return Kind::Object;
-    return _keywords.parts && keyword == "g" ? Kind::Group : Kind::None;
+    if (_keywords.parts && keyword == "g")
+        return Kind::Group;
+    const bool isComment = keyword.empty() || keyword.front() == '#';
+    return _keywords.others && !isComment ? Kind::Other : Kind::None;
 }
 
 bool ObjReader::read() {
@@ -119,6 +124,7 @@ bool ObjReader::read() {
     case Kind::Group:
         _text = rest();
         break;
+    case Kind::Other:
     case Kind::End:
     case Kind::None:
         return _ok;
@@ -171,6 +177,8 @@ ObjColour ObjReader::colour() const {
 }
 
 bool ObjReader::readFace() {
+    // Empty, but it has a place in the line. NOLINTNEXTLINE(bugprone-string-constructor)
+    _badCorner = std::string_view(_operands, 0);
     if (_stream->status() != QTextStream::Ok)
         return false;
     _corners.clear();
@@ -178,8 +186,10 @@ bool ObjReader::readFace() {
         const std::string_view token = nextToken();
         if (token.empty() || token.front() == '#')
             return true;
-        if (!readCorner(token))
+        if (!readCorner(token)) {
+            _badCorner = token;
             return false;
+        }
     }
 }
 

@@ -22,6 +22,7 @@ struct ObjCorner {
 struct ObjKeywords {
     bool smoothing = false; ///< "s"
     bool parts = false;     ///< "o" and "g"
+    bool others = false;    ///< all other words: lines that begin with them are of kind Other
 };
 
 /// Reads Wavefront OBJ text line by line and knows six keywords, and those that are wanted. All other lines
@@ -41,6 +42,7 @@ public:
         Object,          ///< "o"
         Group,           ///< "g"
         SmoothingGroup,  ///< "s"
+        Other,           ///< an unknown keyword
         End,             ///< after the last line
         None,            ///< no known line
     };
@@ -76,6 +78,22 @@ public:
     const QString& text() const { return _text; }
     /// All text after the keyword of the current line, without white space around it.
     QString rest() const { return _lines.text(_operands, _lines.end()).trimmed(); }
+    /// The lines, of which the current one is the line of the record.
+    const LineSource& lines() const { return _lines; }
+    /// The current line, see LineSource::line().
+    TextLine line(const QString& file) const { return _lines.line(file); }
+    /// The lines that the last next() added to its run, until the next one. runLine() returns one of them.
+    const char* runBegin() const { return _runBegin; }
+    const char* runEnd() const { return _runEnd; }
+    TextLine runLine(const QString& file, const char* first, const char* last) const {
+        return _lines.lineInMemory(file, first, last);
+    }
+    /// The number of lines of each kind so far.
+    const ObjLineCounts& counts() const { return _counts; }
+    /// The corner because of which read() has returned false for a face.
+    QString badCorner() const {
+        return _lines.text(_badCorner.data(), _badCorner.data() + _badCorner.size());
+    }
 
 private:
     void nextLine();
@@ -97,12 +115,15 @@ private:
     WideParser* _wideParser;
     ObjKeywords _keywords;
     const char* _operands = nullptr; ///< after the keyword of the current line
-    const char* _unread = nullptr;   ///< after the last token that was read
+    const char* _runBegin = nullptr;
+    const char* _runEnd = nullptr;
+    const char* _unread = nullptr; ///< after the last token that was read
     bool _ok = false;
     Kind _kind = Kind::None;
     float _values[3] = {};
     QString _text;
     std::vector<ObjCorner> _corners;
+    std::string_view _badCorner; ///< of the current line
     ObjLineCounts _counts;
 };
 

@@ -64,6 +64,16 @@ struct ObjRun {
                          texCoords.freeCapacity() / 2, cornerCounts.freeCapacity(),
                          positionIndices.freeCapacity() / kPlainCorners});
     }
+    /// The number of records in all lists.
+    size_t records() const {
+        return positions.size / 3 + normals.size / 3 + texCoords.size / 2 + cornerCounts.size;
+    }
+    void clear() {
+        positions.size = normals.size = texCoords.size = cornerCounts.size = 0;
+        positionIndices.size = normalIndices.size = texCoordIndices.size = 0;
+        colours.size = 0;
+        colourComponents = 0;
+    }
     bool isFull() const { return lineCapacityLeft() == 0; }
 
     void addColour(const ObjColour& colour) {

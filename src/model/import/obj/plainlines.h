@@ -9,6 +9,10 @@ struct ObjLineCounts {
     quint32 positions = 0;
     quint32 texCoords = 0;
     quint32 normals = 0;
+
+    bool operator==(const ObjLineCounts& other) const {
+        return positions == other.positions && texCoords == other.texCoords && normals == other.normals;
+    }
 };
 
 /// Parses plain lines like parsePlainLines(), but may stop before any line and leave it to the scalar parser.

@@ -5,6 +5,7 @@
 
 #include "diagnostics.h"
 #include "files/filesource.h"
+#include "import/references/filecause.h"
 
 namespace Atelier::Vel {
 
@@ -35,24 +36,28 @@ FileReferences::FileReferences(ModelSource& source, const QString& model, const 
     _finder.emplace(*_files, options.searchPaths);
 }
 
-QString FileReferences::findFirst(DiagnosticLog::Code code, const QString& file, const QStringList& names) {
-    const QString folder = _finder ? folderOf(file) : QString();
+FileReferences::Found FileReferences::findFirst(DiagnosticLog::Code code, const TextLine& line,
+                                                const QStringList& names) {
+    const QString folder = _finder ? folderOf(line.file) : QString();
     const auto found = _finder ? _finder->find({folder, _modelFolder}, names) : std::nullopt;
     if (!found)
-        return _source.resolve(file, names.last());
+        return {_source.resolve(line.file, names.last()), names.last()};
     if (!found->isAsNamed)
-        _diagnostics.add(code, file, found->name, [&] {
+        _diagnostics.add(code, line, found->name, [&] {
             return QStringLiteral("'%1': no such file; '%2' is used")
                 .arg(found->name, seenFrom(folder, found->path));
         });
-    return found->path;
+    return {found->path, found->name};
 }
 
-bool FileReferences::isAllowed(const QString& path) const {
-    const bool isAllowed = _files == nullptr || _files->allows(path);
-    if (!isAllowed)
-        reportOutsideFile(path, _files->folder());
-    return isAllowed;
+void FileReferences::warnOfOutside(const QString& path) const {
+    reportOutsideFile(path, _files->folder());
+}
+
+QString FileReferences::causeOfUnreadable(const QString& path) const {
+    if (!isAllowed(path))
+        return QStringLiteral("lies outside of the model's folder");
+    return _files != nullptr ? Vel::causeOfUnreadable(path) : QStringLiteral("the source cannot read it");
 }
 
 } // namespace Atelier::Vel

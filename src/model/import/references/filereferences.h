@@ -6,6 +6,7 @@
 #include <QtCore/QStringList>
 
 #include <velmodel/loadoptions.h>
+#include <velmodel/modelfiles.h>
 #include <velmodel/modelsource.h>
 
 #include "files/filefinder.h"
@@ -21,16 +22,27 @@ public:
     FileReferences(ModelSource& source, const QString& model, const LoadOptions& options,
                    DiagnosticLog& diagnostics);
 
-    /// The file that `file` calls `name`. Reports with `code` if it was found elsewhere.
+    /// What was found for a reference.
+    struct Found {
+        QString path; ///< the name of the file for the source
+        QString name; ///< the one in the line
+    };
+
+    /// The file that `line` calls `name`. Reports with `code` if it was found elsewhere.
     /// Returns: its name for the source.
-    QString find(DiagnosticLog::Code code, const QString& file, const QString& name) {
-        return _finder ? findFirst(code, file, {name}) : _source.resolve(file, name);
+    QString find(DiagnosticLog::Code code, const TextLine& line, const QString& name) {
+        return _finder ? findFirst(code, line, {name}).path : _source.resolve(line.file, name);
     }
-    /// The same for the first of `names` that exists, as FileFinder::find() has it: beside `file`, beside the
-    /// model, and in the search paths. The last of them if none exists or none is looked for.
-    QString findFirst(DiagnosticLog::Code code, const QString& file, const QStringList& names);
-    /// Whether `path` may be read. Otherwise it lies outside of the model's folder, which is warned of.
-    bool isAllowed(const QString& path) const;
+    /// The same for the first of `names` that exists, as FileFinder::find() has it: beside the file of the
+    /// line, beside the model, and in the search paths. The last of them if none exists or none is looked
+    /// for.
+    Found findFirst(DiagnosticLog::Code code, const TextLine& line, const QStringList& names);
+    /// Whether `path` may be read. Otherwise it lies outside of the model's folder.
+    bool isAllowed(const QString& path) const { return _files == nullptr || _files->allows(path); }
+    /// Warns that `path` is not read. Requires: it is not allowed.
+    void warnOfOutside(const QString& path) const;
+    /// Why `path` cannot be read: the end of a sentence, such as "no such file".
+    QString causeOfUnreadable(const QString& path) const;
 
 private:
     ModelSource& _source;

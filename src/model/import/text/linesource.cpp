@@ -6,6 +6,8 @@
 
 #include <QtCore/QTextCodec>
 
+#include "import/text/linefeeds.h"
+
 namespace Atelier::Vel {
 
 namespace {
@@ -53,40 +55,6 @@ bool isMarkAt(const char* first, const char* cut, const char* last) {
     const char* from = std::max(first, cut - 2);
     const char* to = std::min(last, cut + 3);
     return std::search(from, to, std::begin(kMark), std::end(kMark)) != to;
-}
-
-// Whether a word may begin at `at`. Carriage returns do not count.
-template<typename Character>
-bool isAfterBlank(const Character* first, const Character* at) {
-    while (at != first && at[-1] == Character('\r'))
-        --at;
-    return at == first || at[-1] == Character(' ') || (at[-1] >= Character('\t') && at[-1] < Character('\r'));
-}
-
-// Whether the line from `first` to its line feed at `last` ends with a backslash and has no comment.
-template<typename Character>
-bool isContinued(const Character* first, const Character* last) {
-    while (last != first && last[-1] == Character('\r'))
-        --last;
-    if (last == first || last[-1] != Character('\\'))
-        return false;
-    for (const Character* at = first; at != last; ++at)
-        if (*at == Character('#') && isAfterBlank(first, at))
-            return false;
-    return true;
-}
-
-// Replaces the backslash and the line feed between joined lines. Returns: the new end.
-template<typename Iterator>
-Iterator joinLines(Iterator first, Iterator last) {
-    using Character = typename std::iterator_traits<Iterator>::value_type;
-    Iterator to = first;
-    for (; first != last; ++first, ++to) {
-        const bool isJoint = *first == Character('\\') && first + 1 != last && first[1] == Character('\n');
-        *to = isJoint ? Character(LineSource::kJoint) : *first;
-        first += isJoint ? 1 : 0;
-    }
-    return to;
 }
 
 // The start of the line that ends at `last`, or `first`.
@@ -164,6 +132,7 @@ bool LineSource::next() {
         if (_isJoined)
             lineFeed = joinedLineEnd(first);
         _unread = lineFeed + 1;
+        _lineInBlock = first;
         if (lineFeed - first <= _options.lineBytes) {
             show(first, lineFeed);
             return true;
@@ -193,31 +162,53 @@ const char* LineSource::singleLinesEnd() {
     return _singleLinesEnd;
 }
 
-// Appends to the line that was read from the stream those on which it is continued. Returns: false if the
-// whole is too long.
-bool LineSource::appendContinuations() {
-    for (int part = 0; isContinued(_decoded.constData() + part, _decoded.constData() + _decoded.size());) {
+// Reads a line of the stream with those on which it is continued. Returns: false if it is too long.
+bool LineSource::readStreamLine() {
+    QString piece = readPiece();
+    _decoded = piece;
+    for (int part = 0; _decoded.size() < _options.lineBytes; _decoded += piece) {
+        if (!_options.joinsContinuedLines || !isContinued(_decoded.cbegin() + part, _decoded.cend()))
+            return true;
         _decoded.back() = kJoint;
         part = _decoded.size();
-        if (!_stream->atEnd())
-            _decoded += _stream->readLine(_options.lineBytes);
+        piece = _stream->atEnd() ? QString() : readPiece();
     }
-    return _decoded.size() < _options.lineBytes;
+    passRestOfStreamLine(piece);
+    return false;
+}
+
+// `piece` is what was read last of a line that is too long. It begins a line of the file.
+void LineSource::passRestOfStreamLine(QString piece) {
+    ContinuationScan scan;
+    for (;; piece = readPiece()) {
+        for (const QChar character : qAsConst(piece))
+            scan.take(character);
+        if (piece.size() == _options.lineBytes)
+            continue;
+        if (!_options.joinsContinuedLines || !scan.isContinued() || _stream->atEnd())
+            return;
+        scan.take(QLatin1Char('\n'));
+    }
+}
+
+// Reads a line of the stream, or a part of it that is as long as a line may be.
+QString LineSource::readPiece() {
+    QString piece = _stream->readLine(_options.lineBytes);
+    _streamLines += piece.size() < _options.lineBytes ? 1 : 0;
+    return piece;
 }
 
 bool LineSource::nextOfStream() {
     while (!_stream->atEnd()) {
-        _decoded = _stream->readLine(_options.lineBytes);
+        _linesBefore = _streamLines;
+        const bool isShort = readStreamLine();
         // The result is null if the device has bytes left but no character, or if it cannot be read.
         if (_decoded.isNull())
             return false;
-        if (_decoded.size() < _options.lineBytes &&
-            (!_options.joinsContinuedLines || appendContinuations())) {
+        if (isShort) {
             showDecoded();
             return true;
         }
-        while (_decoded.size() == _options.lineBytes)
-            _decoded = _stream->readLine(_options.lineBytes);
     }
     return false;
 }
@@ -226,6 +217,8 @@ void LineSource::reserveBlock(qint64 bytes) {
     if (bytes < _capacity)
         return;
     const qint64 used = _blockEnd - _block;
+    const qint64 passed = _unread - _block;
+    const qint64 counted = _counted - _block;
     _capacity = std::max(bytes + 1, 2 * _capacity);
     std::unique_ptr<char[]> grown(new char[static_cast<size_t>(kPadding + _capacity + kPadding)]);
     if (used > 0)
@@ -233,7 +226,8 @@ void LineSource::reserveBlock(qint64 bytes) {
     _storage = std::move(grown);
     _block = _storage.get() + kPadding;
     _blockEnd = _block + used;
-    _unread = _wholeLinesEnd = _block;
+    _unread = _wholeLinesEnd = _block + passed;
+    _counted = _block + counted;
 }
 
 bool LineSource::readBlock() {
@@ -241,10 +235,11 @@ bool LineSource::readBlock() {
         return false;
     // The incomplete last line moves to the front.
     const qint64 carried = _blockEnd - _unread;
+    countLines(_unread);
     _blockOffset += _unread - _block;
     std::memmove(_block, _unread, static_cast<size_t>(carried));
     _blockEnd = _block + carried;
-    _unread = _wholeLinesEnd = _block;
+    _counted = _unread = _wholeLinesEnd = _block;
     _singleLinesEnd = nullptr;
     for (;;) {
         const qint64 fresh = readBytes();
@@ -272,8 +267,9 @@ qint64 LineSource::readBytes() {
 bool LineSource::findWholeLines(const char* fresh) {
     const void* const lineFeed = std::memchr(fresh, '\n', static_cast<size_t>(_blockEnd - fresh));
     if (_inOverlongLine) {
-        _inOverlongLine = lineFeed == nullptr;
-        _unread = _wholeLinesEnd = _inOverlongLine ? _blockEnd : static_cast<const char*>(lineFeed) + 1;
+        const char* const end = overlongLineEnd(fresh);
+        _inOverlongLine = end == nullptr;
+        _unread = _wholeLinesEnd = _inOverlongLine ? _blockEnd : end + 1;
     }
     // A continued line ends with another one. All lines before the fresh bytes are continued.
     for (const char* end = _blockEnd; lineFeed != nullptr && end > std::max(fresh, _unread); --end) {
@@ -283,16 +279,33 @@ bool LineSource::findWholeLines(const char* fresh) {
             return true;
         }
     }
-    _inOverlongLine = _inOverlongLine || _blockEnd - _unread > _options.lineBytes;
+    if (!_inOverlongLine && _blockEnd - _unread > _options.lineBytes) {
+        _inOverlongLine = true;
+        _overlongLine = ContinuationScan();
+        overlongLineEnd(_unread);
+    }
     if (_inOverlongLine)
         dropBlock();
     return false;
 }
 
+// The line feed that ends the line which is too long, or null.
+const char* LineSource::overlongLineEnd(const char* fresh) {
+    if (!_options.joinsContinuedLines)
+        return static_cast<const char*>(std::memchr(fresh, '\n', static_cast<size_t>(_blockEnd - fresh)));
+    for (const char* at = fresh; at != _blockEnd; ++at) {
+        if (*at == '\n' && !_overlongLine.isContinued())
+            return at;
+        _overlongLine.take(*at);
+    }
+    return nullptr;
+}
+
 void LineSource::dropBlock() {
+    countLines(_blockEnd);
     _blockOffset += _blockEnd - _block;
     _blockEnd = _block;
-    _unread = _wholeLinesEnd = _blockEnd;
+    _counted = _unread = _wholeLinesEnd = _blockEnd;
 }
 
 bool LineSource::closeLastLine() {
@@ -378,6 +391,35 @@ void LineSource::showDecoded() {
     std::transform(_decoded.cbegin(), _decoded.cend(), _bytes.begin(), byteFor);
     _lineBegin = _bytes.data();
     _lineEnd = _lineBegin + _bytes.size();
+}
+
+void LineSource::countLines(const char* end) const {
+    if (!_options.numbersLines)
+        return;
+    _linesBefore += countLineFeeds(_counted, end);
+    _counted = end;
+}
+
+qint64 LineSource::lineNumber() const {
+    return _device == nullptr ? _linesBefore + 1 : lineNumberInMemory(_lineInBlock);
+}
+
+qint64 LineSource::lineNumberInMemory(const char* first) const {
+    countLines(first);
+    return _linesBefore + 1;
+}
+
+TextLine LineSource::line(const QString& file) const {
+    if (!_options.numbersLines)
+        return {file};
+    return {file, lineNumber(), text(_lineBegin, _lineEnd)};
+}
+
+TextLine LineSource::lineInMemory(const QString& file, const char* first, const char* last) const {
+    if (!_options.numbersLines)
+        return {file};
+    return {file, lineNumberInMemory(first),
+            QString::fromUtf8(first, static_cast<int>(last - first)).remove(QLatin1Char('\r'))};
 }
 
 QString LineSource::text(const char* first, const char* last) const {

@@ -7,6 +7,9 @@
 #include <QtCore/QString>
 #include <QtCore/QTextStream>
 
+#include "import/text/continuedlines.h"
+#include "import/text/textline.h"
+
 namespace Atelier::Vel {
 
 /// How a LineSource reads. Tests use small sizes.
@@ -18,6 +21,8 @@ struct LineSourceOptions {
     /// Whether a backslash at the end of a line continues it on the next line, unless the line has a comment:
     /// a '#' at its start or after a blank. The backslash and the end of the line become a blank.
     bool joinsContinuedLines = false;
+    /// Whether the lines are counted.
+    bool numbersLines = false;
 
     /// The default sizes, and whether continued lines are joined.
     static LineSourceOptions joining(bool joinsContinuedLines) {
@@ -37,8 +42,6 @@ struct LineSourceOptions {
 class LineSource {
 public:
     static constexpr char kForeign = '\x80';
-    /// Between joined lines.
-    static constexpr char kJoint = ' ';
     /// The number of readable bytes before wholeLinesBegin(); their content is unspecified. After
     /// wholeLinesEnd(), the same number of bytes is readable, counted from the first byte that is not a
     /// digit. There always is such a byte.
@@ -55,6 +58,18 @@ public:
     const char* end() const { return _lineEnd; }
     /// The characters of a part of the current line.
     QString text(const char* first, const char* last) const;
+
+    /// The current line, for observations. `file` is the name of the text. It has only that name if lines are
+    /// not numbered. A line feed ends a line; a continued line has the number of its first one.
+    TextLine line(const QString& file) const;
+
+    /// The same for a line in memory, from `first` to its line feed at `last`. Requires: line() or this
+    /// function was not called for a later line.
+    TextLine lineInMemory(const QString& file, const char* first, const char* last) const;
+
+    /// The numbers of these lines alone, from 1. Require: lines are numbered.
+    qint64 lineNumber() const;
+    qint64 lineNumberInMemory(const char* first) const;
 
     /// Ensures that unread lines are in memory. Returns: false if there are none, because the text is at its
     /// end or comes from the stream itself; next() distinguishes the two cases.
@@ -73,14 +88,18 @@ public:
 
 private:
     bool nextOfStream();
-    bool appendContinuations();
+    QString readPiece();
+    bool readStreamLine();
+    void passRestOfStreamLine(QString piece);
     const char* lineEnd(const char* first) const;
     const char* joinedLineEnd(const char* first) const;
     bool readBlock();
     qint64 readBytes();
     bool findWholeLines(const char* fresh);
+    const char* overlongLineEnd(const char* fresh);
     bool closeLastLine();
     void dropBlock();
+    void countLines(const char* end) const;
     void skipByteOrderMark();
     void reserveBlock(qint64 bytes);
     void show(const char* first, const char* lineFeed);
@@ -105,7 +124,14 @@ private:
     char* _blockEnd = nullptr;
     bool _lastLineClosed = false; ///< the last line feed is not from the file
     bool _inOverlongLine = false;
-    bool _passedMark = false; ///< a byte-order mark was at the start of a block of the stream
+    ContinuationScan _overlongLine; ///< how it began, if continued lines are joined
+    bool _passedMark = false;       ///< a byte-order mark was at the start of a block of the stream
+
+    // Lines are counted up to a place in the block, which moves to a line that is asked for.
+    mutable const char* _counted = nullptr;
+    mutable qint64 _linesBefore = 0;    ///< before _counted, or before the current line of a stream
+    qint64 _streamLines = 0;            ///< read from the stream
+    const char* _lineInBlock = nullptr; ///< the beginning of the current line in the block
 
     const char* _lineBegin = nullptr;
     const char* _lineEnd = nullptr;

@@ -1,0 +1,68 @@
+#include "import/indexfaults.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "glconstants.h"
+#include "import/attributenames.h"
+#include "mesh/mesh.h"
+
+namespace Atelier::Vel {
+
+namespace {
+
+/// A triangle of a file with three values of each attribute.
+class IndexFaultsTest : public testing::Test {
+protected:
+    IndexFaults faults(std::vector<quint32> positions, std::vector<quint32> normals,
+                       std::vector<quint32> texCoords) {
+        const quint32 three = 3;
+        Mesh mesh(_input);
+        mesh.faces.add(1, &three);
+        const QString names[] = {positionAttribute(), normalAttribute(), texCoordAttribute()};
+        for (const QString& name : names) {
+            mesh.attributes.create(name, 1, kGlFloat, 0, 0);
+            const float values[] = {1, 2, 3};
+            mesh.attributes.addValues(name, 3, values, kGlFloat);
+        }
+        const CornerList lists[] = {
+            {&names[0], positions.data()}, {&names[1], normals.data()}, {&names[2], texCoords.data()}};
+        mesh.attributes.addCorners(lists, 3, 3);
+        EXPECT_EQ(mesh.attributes.mergedCorners() != nullptr, _isMerged);
+        return findIndexFaults(mesh);
+    }
+
+    Input _input = Input::Kept;
+    bool _isMerged = false;
+};
+
+} // namespace
+
+TEST_F(IndexFaultsTest, ExistingIndicesAreNone) {
+    EXPECT_FALSE(faults({0, 1, 2}, {2, 1, 0}, {0, 0, 2}).any());
+    EXPECT_FALSE(faults({0, 1, 2}, {kNoIndex, 1, 0}, {0, kNoIndex, 2}).any()) << "not all corners need one";
+}
+
+TEST_F(IndexFaultsTest, EachAttributeIsFound) {
+    const IndexFaults position = faults({0, 3, 2}, {2, 1, 0}, {0, 0, 2});
+    EXPECT_TRUE(position.positions && !position.normals && !position.texCoords);
+    const IndexFaults none = faults({0, kNoIndex, 2}, {2, 1, 0}, {0, 0, 2});
+    EXPECT_TRUE(none.positions);
+    const IndexFaults normal = faults({0, 1, 2}, {kNoIndex, 1, 3}, {0, 0, 2});
+    EXPECT_TRUE(!normal.positions && normal.normals && !normal.texCoords);
+    const IndexFaults texCoord = faults({0, 1, 2}, {2, 1, 0}, {0xFFFFFFFF, 0, 2});
+    EXPECT_TRUE(!texCoord.positions && !texCoord.normals && texCoord.texCoords);
+}
+
+TEST_F(IndexFaultsTest, MergedCornersHaveTheSame) {
+    _input = Input::Consumed;
+    _isMerged = true;
+    EXPECT_FALSE(faults({0, 1, 2}, {kNoIndex, 1, 0}, {0, kNoIndex, 2}).any());
+    const IndexFaults normal = faults({0, 1, 2}, {kNoIndex, 1, 3}, {0, 0, 2});
+    EXPECT_TRUE(!normal.positions && normal.normals && !normal.texCoords);
+    const IndexFaults texCoord = faults({0, 1, 2}, {2, 1, 0}, {3, 0, 2});
+    EXPECT_TRUE(!texCoord.positions && !texCoord.normals && texCoord.texCoords);
+}
+
+} // namespace Atelier::Vel
