@@ -1,6 +1,6 @@
 // Loads an OBJ file and its library, both from one input, into a context that checks what is uploaded. Half
 // of the loads are compared with the literal load. The others are confined to their folder, and half of these
-// read colours, or split parts.
+// read colours, or split parts. The input is also examined, twice.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +13,7 @@
 #include <velgl/drawbuffers.h>
 #include <velgl/opengldevicecontext.h>
 #include <velgl/vertexarrayobject.h>
+#include <velmodel/modelcheck.h>
 #include <velmodel/objloader.h>
 
 #include "checkingcontext.h"
@@ -95,6 +96,26 @@ bool isSame(const Loaded& a, const Loaded& b) {
     return true;
 }
 
+bool isSame(const ModelCheck& a, const ModelCheck& b) {
+    return a.counts == b.counts && a.notExamined == b.notExamined && a.triangles == b.triangles &&
+           std::equal(a.findings.begin(), a.findings.end(), b.findings.begin(), b.findings.end(),
+                      [](const CheckFinding& finding, const CheckFinding& other) {
+                          return finding.code == other.code && finding.line == other.line &&
+                                 finding.column == other.column && finding.text == other.text &&
+                                 finding.message == other.message && finding.lineText == other.lineText;
+                      });
+}
+
+ModelCheck examine(const QString& path) {
+    CheckOptions options;
+    options.files = LoadOptions::Files::InOwnFolder;
+    ModelCheck check = checkOBJFile(path, options);
+    for (const CheckFinding& finding : check.findings)
+        Fuzzing::require(check.counts.value(finding.code) != 0 && finding.column >= 0 && finding.line >= 0,
+                         "a finding is counted, and has a place");
+    return check;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -111,5 +132,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Fuzzing::require(isSame(load(model), loadLiterally(model)), "the model is that of the literal load");
     const LoadOptions options = Fuzzing::loadOptions(Fuzzing::optionBits(data, size));
     Fuzzing::require(isSame(load(model, options), load(model, options)), "a load gives the same model twice");
+    Fuzzing::require(isSame(examine(model), examine(model)), "an examination finds the same twice");
     return 0;
 }

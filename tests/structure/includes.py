@@ -17,6 +17,7 @@ MODEL = {
     "streams": ["memory", "."],
     "geometry": ["memory", "streams"],
     "geometry/merging": ["geometry", "memory", "streams"],
+    "geometry/shapes": ["geometry", "geometry/merging", "memory", "streams"],
     "geometry/smoothing": ["geometry", "geometry/merging", "memory", "streams"],
     "geometry/triangulation": ["geometry", "memory", "streams"],
     "files": ["."],
@@ -33,6 +34,7 @@ MODEL = {
     "import/obj/simd": ["import/obj", "import/text"],
     "import/mtl": ["import/diagnostics", "import/references", "import/text", "files", "mesh", "."],
     "check": ["import", "import/diagnostics", "import/references", "import/mtl", "import/obj", "import/text", "textures", "files",
+              "drawdata", "mesh", "geometry/shapes", "geometry/triangulation", "."],
     "import": ["import/diagnostics", "import/references", "textures", "import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh",
                "geometry/smoothing", "streams", "memory", "."],
 }

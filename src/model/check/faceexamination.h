@@ -1,0 +1,109 @@
+#pragma once
+
+#include <vector>
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include "check/findinglog.h"
+#include "geometry/shapes/facematches.h"
+#include "geometry/shapes/faceshape.h"
+#include "geometry/triangulation/polygontriangulator.h"
+#include "import/obj/plainlines.h"
+
+namespace Atelier::Vel {
+
+/// The corners of a face of a file, by the numbers of their values from 0, or kNoIndex.
+struct CheckedFace {
+    const quint32* positions = nullptr;
+    const quint32* texCoords = nullptr;
+    const quint32* normals = nullptr;
+    quint32 count = 0;
+    int material = 0;
+    qint64 line = 0;
+};
+
+/// What the faces of one material lack.
+struct MaterialFaces {
+    quint64 faces = 0;
+    quint64 withoutTexCoords = 0;
+    quint64 withoutNormals = 0;
+    qint64 firstWithoutTexCoords = 0; ///< its line
+    qint64 firstWithoutNormals = 0;
+};
+
+/// Examines the faces of a file: their indices, their shape, and their normals.
+class FaceExamination {
+public:
+    /// Larger polygons are not searched for edges that cross, and not cut.
+    static constexpr quint32 kMaxCorners = 10'000;
+
+    struct Options {
+        bool cutsPolygons = false; ///< whether polygons that cannot be cut are looked for
+        /// The pairs of edges that are compared in all faces together.
+        qint64 comparisons = 200'000'000;
+        /// The corners of faces that are kept until values that follow are known.
+        quint64 deferredCorners = 4'000'000;
+    };
+
+    /// `log` must outlive the object.
+    FaceExamination(QString file, FindingLog& log, const Options& options);
+
+    /// The values of the file so far, three floats for each position and normal.
+    void addPositions(const float* values, quint64 count);
+    void addNormals(const float* values, quint64 count);
+    /// Examines a face, or keeps it if it names values that may follow. `counts` are those up to its line.
+    void add(const CheckedFace& face, const ObjLineCounts& counts);
+    /// Must be called at the end of the file. Examines the faces that were kept.
+    void finish(const ObjLineCounts& counts);
+
+    const std::vector<float>& positions() const { return _positions; }
+    /// For each position whether a face uses it.
+    const std::vector<quint8>& used() const { return _used; }
+    /// By the number of the material.
+    const std::vector<MaterialFaces>& materials() const { return _materials; }
+    QStringList notExamined() const;
+    /// Whether all faces were examined, so that it is known which positions are used.
+    bool isComplete() const { return _notKept == 0; }
+
+private:
+    struct Deferred {
+        quint32 count;
+        int material;
+        qint64 line;
+        ObjLineCounts counts;
+    };
+
+    void defer(const CheckedFace& face, const ObjLineCounts& counts);
+    void examine(const CheckedFace& face, const ObjLineCounts& before, const ObjLineCounts& all);
+    bool hasValues(CheckCode code, const quint32* indices, const CheckedFace& face, quint32 before,
+                   quint32 all);
+    void examineCorners(const CheckedFace& face, bool hasNormals);
+    void countMissing(const CheckedFace& face);
+    void examineShape(const CheckedFace& face, bool hasNormals);
+    // These two return whether the face crosses itself, and so has no side.
+    bool examinePolygon(const CheckedFace& face, const FaceShape& shape);
+    bool examineCrossing(const CheckedFace& face, const FaceShape& shape);
+    void examineMatches(const CheckedFace& face);
+    void examineNormals(const CheckedFace& face, const FaceShape& shape);
+    void examineCut(const CheckedFace& face);
+    template<typename Describe>
+    void report(CheckCode code, const CheckedFace& face, int column, const Describe& describe);
+
+    QString _file;
+    FindingLog& _log;
+    Options _options;
+    std::vector<float> _positions;
+    std::vector<float> _normals;
+    std::vector<quint8> _used;
+    std::vector<MaterialFaces> _materials;
+    FaceMatches _matches;
+    PolygonTriangulator _triangulator;
+    std::vector<Deferred> _deferred;
+    std::vector<quint32> _deferredCorners; ///< the three lists of each face
+    quint64 _notKept = 0;                  ///< faces that could not be kept
+    quint64 _largeFaces = 0;               ///< faces of more than kMaxCorners corners
+    quint64 _notCompared = 0;              ///< faces whose edges were not all compared
+};
+
+} // namespace Atelier::Vel
