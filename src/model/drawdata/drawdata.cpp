@@ -48,6 +48,32 @@ QString DrawDataContent::Drawable::objectName(int command) const {
     return found != objectNames.end() && found->command == command ? found->name : QString();
 }
 
+bool DrawDataContent::hasFloatPositions() const {
+    if (position < 0)
+        return false;
+    const Stream& stream = attributes[static_cast<std::size_t>(position)];
+    return stream.values->type() == kGlFloat && stream.components >= 3;
+}
+
+DrawData::Box DrawDataContent::commandBox(const DrawElementsIndirectCommand& drawn) const {
+    DrawData::Box box;
+    if (!hasFloatPositions())
+        return box;
+    const Stream& positions = attributes[static_cast<std::size_t>(position)];
+    const quint64 stride = positions.stride();
+    const quint64 first = std::min<quint64>(drawn.firstIndex, indexWords.count);
+    const quint64 end = std::min(first + drawn.count, indexWords.count);
+    for (quint64 i = first; i < end; ++i) {
+        const quint64 place = indexWords.words[i] * stride;
+        if (place + 3 * sizeof(float) > positions.bytes)
+            continue;
+        float point[3];
+        std::memcpy(point, static_cast<const char*>(positions.data) + place, sizeof point);
+        include(box, {point[0], point[1], point[2]});
+    }
+    return box;
+}
+
 DrawData::DrawData() = default;
 DrawData::DrawData(std::shared_ptr<DrawDataContent> content) : _content(std::move(content)) {}
 DrawData::DrawData(const DrawData& other) = default;
@@ -127,25 +153,7 @@ QStringList DrawData::texturePaths() const {
 }
 
 DrawData::Box DrawData::commandBox(int drawable, int command) const {
-    const DrawElementsIndirectCommand& drawn = this->command(drawable, command);
-    const DrawDataContent::Stream& position =
-        _content->attributes[static_cast<std::size_t>(_content->position)];
-    Box box;
-    if (position.values->type() != kGlFloat || position.components < 3)
-        return box;
-    const quint64 stride = static_cast<quint64>(position.components) * sizeof(float);
-    const WordView& words = _content->indexWords;
-    const quint64 first = std::min<quint64>(drawn.firstIndex, words.count);
-    const quint64 end = std::min(first + drawn.count, words.count);
-    for (quint64 i = first; i < end; ++i) {
-        const quint64 place = words.words[i] * stride;
-        if (place + 3 * sizeof(float) > position.bytes)
-            continue;
-        float point[3];
-        std::memcpy(point, static_cast<const char*>(position.data) + place, sizeof point);
-        include(box, {point[0], point[1], point[2]});
-    }
-    return box;
+    return _content->commandBox(this->command(drawable, command));
 }
 
 bool DrawData::canOptimise() {

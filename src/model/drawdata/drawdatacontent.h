@@ -10,6 +10,7 @@
 #include <velmodel/drawdata.h>
 #include <velmodel/modeldatastream.h>
 
+#include "drawdata/pickingcache.h"
 #include "mesh/whitemaps.h"
 #include "streams/streamview.h"
 
@@ -60,6 +61,12 @@ struct DrawDataContent {
     int position = -1; ///< the attribute with the positions
     quint64 vertexCount = 0;
     std::vector<Drawable> drawables;
+    PickingCache picking;
+
+    /// Whether the positions are floats with at least three components.
+    bool hasFloatPositions() const;
+    /// See DrawData::commandBox().
+    DrawData::Box commandBox(const DrawElementsIndirectCommand& command) const;
 };
 
 /// Makes draw data from its content, and takes the content out of draw data.

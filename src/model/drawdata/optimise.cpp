@@ -9,7 +9,6 @@
 #include "diagnostics.h"
 #include "drawdata/drawdatacontent.h"
 #include "drawdata/meshorder.h"
-#include "glconstants.h"
 #include "streams/streamrequest.h"
 #include "streams/streamview.h"
 
@@ -23,13 +22,6 @@ constexpr quint64 kCornersPerTriangle = 3;
 
 // Vertex numbers have 32 bits, and the largest one marks vertices without a number.
 constexpr quint64 kMaxVertices = 0xFFFFFFFF;
-
-bool hasFloatPositions(const DrawDataContent& content) {
-    if (content.position < 0)
-        return false;
-    const Stream& position = content.attributes[static_cast<std::size_t>(content.position)];
-    return position.values->type() == kGlFloat && position.components >= 3;
-}
 
 bool hasWholeStreams(const DrawDataContent& content) {
     const auto holdsAllVertices = [&content](const Stream& stream) {
@@ -157,7 +149,7 @@ bool canOptimise() {
 }
 
 std::shared_ptr<DrawDataContent> optimisedContent(const DrawDataContent& content, const WorkMeter& meter) {
-    if (!hasFloatPositions(content) || !hasWholeStreams(content) || !areIndicesInRange(content) ||
+    if (!content.hasFloatPositions() || !hasWholeStreams(content) || !areIndicesInRange(content) ||
         !isBaseVertexZero(content))
         return nullptr;
     auto result = std::make_shared<DrawDataContent>(content);
