@@ -278,6 +278,53 @@ TEST(CameraTest, EachFrameOfATurntableHasItsOwnAzimuth) {
     }
 }
 
+TEST(CameraTest, WithoutPerspectiveDistanceChangesNoSize) {
+    const GPUModel::Bounds plank = box({-1, -2, -10}, {1, 2, 10});
+    CameraOptions options;
+    options.projection = Projection::Orthographic;
+    turnTo("front", options);
+    const Camera camera = framed(plank, options, {options.azimuth}, {300, 400}).first();
+    const QVector<QVector3D> corners = cornersInPicture(plank, camera);
+    for (int corner = 0; corner < 4; ++corner) {
+        EXPECT_NEAR(corners[corner].x(), corners[corner + 4].x(), kTolerance);
+        EXPECT_NEAR(corners[corner].y(), corners[corner + 4].y(), kTolerance);
+        EXPECT_GT(corners[corner].z(), corners[corner + 4].z()) << "the front is nearer";
+    }
+    EXPECT_NEAR(largestOffset(corners), 1 / 1.04, 1e-4);
+    EXPECT_NEAR(corners[3].x() / corners[3].y(), 0.5 * 4 / 3, 1e-4) << "pixels are square";
+}
+
+TEST(CameraTest, WithoutPerspectiveTheWholeDepthIsInView) {
+    const GPUModel::Bounds cube = box({-1, -1, -1}, {1, 1, 1});
+    CameraOptions options;
+    options.projection = Projection::Orthographic;
+    for (const QString& view : viewNames()) {
+        turnTo(view, options);
+        for (const QVector3D& corner :
+             cornersInPicture(cube, framed(cube, options, {options.azimuth}).first()))
+            EXPECT_LE(std::abs(corner.z()), 1 + kTolerance) << view.toStdString();
+    }
+}
+
+TEST(CameraTest, ViewsLookFromTheirSide) {
+    struct View {
+        const char* name;
+        QVector3D back;
+    };
+    const float third = std::sqrt(1.0F / 3);
+    const View views[] = {{"front", {0, 0, 1}},          {"back", {0, 0, -1}}, {"left", {-1, 0, 0}},
+                          {"right", {1, 0, 0}},          {"top", {0, 1, 0}},   {"bottom", {0, -1, 0}},
+                          {"iso", {third, third, third}}};
+    QStringList names;
+    for (const View& view : views) {
+        CameraOptions options;
+        turnTo(view.name, options);
+        expectVector(orientation(options).back, view.back);
+        names.append(view.name);
+    }
+    EXPECT_EQ(viewNames(), names);
+}
+
 TEST(CameraTest, TilesShowTheirPartOfThePicture) {
     const QMatrix4x4 unit;
     const QMatrix4x4 upperRight = tileProjection(unit, {300, 200}, {200, 150, 100, 50});

@@ -7,6 +7,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QSet>
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QImage>
 
 #include <gmock/gmock.h>
 
@@ -74,7 +75,7 @@ QStringList optionsOf(const char* command) {
 
 TEST(DocumentationTest, NamesEveryOptionAndNoOther) {
     QSet<QString> options;
-    for (const char* command : {"info", "dump", "render"})
+    for (const char* command : {"info", "dump", "render", "check"})
         for (const QString& option : optionsOf(command))
             options.insert(option);
     if (!DrawData::canOptimise())
@@ -86,6 +87,29 @@ TEST(DocumentationTest, NamesEveryOptionAndNoOther) {
         named.insert(words.next().captured());
     EXPECT_EQ(named, options) << QStringList((named - options).values()).join(' ').toStdString() << " / "
                               << QStringList((options - named).values()).join(' ').toStdString();
+}
+
+TEST(DocumentationTest, GalleryShowsItsPicturesAndNoOther) {
+    QFile page(VELMODEL_SOURCE_DIR "/docs/gallery.md");
+    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+    QStringList shown;
+    const QRegularExpression picture("\\(images/gallery/([^)]+)\\)");
+    auto pictures = picture.globalMatch(QString::fromUtf8(page.readAll()));
+    while (pictures.hasNext())
+        shown.append(pictures.next().captured(1));
+    shown.sort();
+    constexpr qint64 kMaxBytes = 600000;
+    qint64 bytes = 0;
+    QStringList stored;
+    for (const QFileInfo& file :
+         QDir(VELMODEL_SOURCE_DIR "/docs/images/gallery").entryInfoList(QDir::Files)) {
+        stored.append(file.fileName());
+        bytes += file.size();
+        EXPECT_EQ(QImage(file.filePath()).size(), QSize(320, 240)) << file.fileName().toStdString();
+    }
+    EXPECT_GE(shown.size(), 10);
+    EXPECT_EQ(shown, stored);
+    EXPECT_LE(bytes, kMaxBytes);
 }
 
 } // namespace

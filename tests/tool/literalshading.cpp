@@ -65,17 +65,25 @@ Light fillLight() {
 constexpr Triple kSky = {0.20, 0.22, 0.25};
 constexpr Triple kGround = {0.13, 0.12, 0.11};
 
-// Towards the eye, which is at the origin.
+// Perspective has the eye at the origin.
+Triple towardsEye(const Fragment& fragment) {
+    return fragment.isParallel ? Triple{0, 0, 1} : unit(fragment.position * -1);
+}
+
 Triple facing(const Fragment& fragment) {
     Triple flat = unit(fragment.flatNormal);
-    if (dot(flat, fragment.position) > 0)
+    if (dot(flat, towardsEye(fragment)) < 0)
         flat = flat * -1;
     const double length = std::sqrt(dot(fragment.normal, fragment.normal));
     constexpr double kLargestLength = 1.8e19; // the square of a larger one is no float
     if (!(length > 1e-6 && length < kLargestLength))
         return flat;
     const Triple smooth = fragment.normal * (1 / length);
-    return dot(smooth, flat) < 0 ? smooth * -1 : smooth;
+    const double cosine = std::abs(dot(smooth, flat));
+    const double share = std::clamp((cosine - 0.05) / 0.1, 0.0, 1.0);
+    const double blend = share * share * (3 - 2 * share);
+    const Triple turned = dot(smooth, flat) < 0 ? smooth * -1 : smooth;
+    return unit(turned * blend + flat * (1 - blend));
 }
 
 Triple diffuseLight(const Triple& facing) {
@@ -101,43 +109,69 @@ Triple atMostOne(const Triple& colour) {
     return {std::min(colour.x, 1.0), std::min(colour.y, 1.0), std::min(colour.z, 1.0)};
 }
 
+Triple ofMaterial(const Fragment& fragment, const Triple& colour) {
+    const Triple positive = {std::max(colour.x, 0.0), std::max(colour.y, 0.0), std::max(colour.z, 0.0)};
+    return fragment.isLinear ? positive : linear(colour);
+}
+
 Triple baseColour(const Fragment& fragment) {
     const bool isBlack = fragment.diffuse.x == 0 && fragment.diffuse.y == 0 && fragment.diffuse.z == 0;
     const Triple own = isBlack && fragment.hasMap ? Triple{1, 1, 1} : fragment.diffuse;
-    return linear(own) * linear(fragment.map);
+    return ofMaterial(fragment, own) * linear(fragment.map);
+}
+
+Triple glow(const Fragment& fragment) {
+    const Triple& own = fragment.emission;
+    const bool isBlack = own.x == 0 && own.y == 0 && own.z == 0;
+    const Triple light = isBlack && fragment.hasEmissionMap ? Triple{1, 1, 1} : ofMaterial(fragment, own);
+    return light * linear(fragment.emissionMap);
 }
 
 Triple shine(const Fragment& fragment, const Triple& facing, const Triple& eye) {
     const double exponent = std::max(fragment.exponent, 0.0) * fragment.exponentMap;
     if (exponent < 1 || fragment.isWireframe)
         return {};
-    return linear(fragment.specular) * linear(fragment.specularMap) * highlights(facing, eye, exponent) * 0.5;
+    return ofMaterial(fragment, fragment.specular) * linear(fragment.specularMap) *
+           highlights(facing, eye, exponent) * 0.5;
 }
 
-void addGlass(Shade& shade, const Triple& diffuse, const Triple& shine, double alpha, double alongEye) {
+/// The light from a fragment.
+struct Parts {
+    Triple diffuse;
+    Triple shine;
+    double exposure; ///< a factor
+};
+
+// `solid` is the share of the texture that is there, `glass` the opacity of that.
+void addGlass(Shade& shade, const Parts& parts, double glass, double solid, double alongEye) {
+    const Triple& shine = parts.shine;
     const double edge = std::pow(1 - std::abs(alongEye), 4);
-    const double atEdge = alpha + (1 - alpha) * 0.35 * edge;
-    shade.hidden = std::clamp(std::max({atEdge, shine.x, shine.y, shine.z}), 0.0, 1.0);
-    shade.colour = atMostOne(diffuse * alpha + shine + kSky * (0.3 * (shade.hidden - alpha)));
+    const double atEdge = glass + (1 - glass) * 0.35 * edge;
+    const double hidden = std::clamp(std::max({atEdge, shine.x, shine.y, shine.z}), 0.0, 1.0);
+    const Triple light = parts.diffuse * glass + shine + kSky * (0.3 * (hidden - glass));
+    shade.colour = atMostOne(light * parts.exposure) * solid;
+    shade.hidden = hidden * solid;
 }
 
 } // namespace
 
 Shade shaded(const Fragment& fragment) {
     const Triple normal = facing(fragment);
-    const Triple eye = unit(fragment.position * -1);
+    const Triple eye = towardsEye(fragment);
     const Triple light = fragment.isWireframe ? Triple{0.5, 0.5, 0.5} : diffuseLight(normal);
-    const Triple diffuse = baseColour(fragment) * light;
-    const Triple shining = shine(fragment, normal, eye);
-    const double alpha = std::clamp(fragment.opacity, 0.0, 1.0) * fragment.map.alphaF();
+    const Parts parts = {(baseColour(fragment) * light) + glow(fragment) * (fragment.isWireframe ? 0.5 : 1),
+                         shine(fragment, normal, eye), std::exp2(fragment.exposure)};
+    const double glass = std::clamp(fragment.opacity, 0.0, 1.0);
+    const double alpha = glass * fragment.map.alphaF();
     Shade shade;
     shade.isOpaque = alpha >= 0.996;
     shade.isVisible = alpha >= 0.002;
     if (shade.isOpaque)
-        shade.colour = atMostOne(diffuse + shining);
+        shade.colour = atMostOne((parts.diffuse + parts.shine) * parts.exposure);
     else
-        addGlass(shade, diffuse, shining, alpha, dot(normal, eye));
-    shade.weight = std::clamp(std::pow(1 - 0.98 * fragment.depth, 3) * 1e3, 1e-2, 1e3);
+        addGlass(shade, parts, glass, fragment.map.alphaF(), dot(normal, eye));
+    const double near = std::clamp(std::pow(1 - 0.98 * fragment.depth, 3) * 1e3, 1e-2, 1e3);
+    shade.weight = std::max(near * fragment.map.alphaF() * fragment.map.alphaF(), std::min(near, 0.1));
     return shade;
 }
 

@@ -18,8 +18,11 @@ struct Triple {
 
 /// The data of a fragment of a model: its material, its texels and its place in view space.
 struct Fragment {
-    Triple diffuse;         ///< Kd
-    Triple specular;        ///< Ks
+    Triple diffuse;              ///< Kd
+    Triple specular;             ///< Ks
+    Triple emission;             ///< Ke
+    bool hasEmissionMap = false; ///< map_Ke
+    QColor emissionMap = Qt::white;
     double exponent = 0;    ///< Ns
     double opacity = 1;     ///< d
     bool hasMap = false;    ///< map_Kd
@@ -31,6 +34,9 @@ struct Fragment {
     Triple flatNormal; ///< of the triangle, of any length and sign
     double depth = 0;  ///< in the window, from 0 to 1
     bool isWireframe = false;
+    bool isLinear = false;   ///< whether the colours of the material are linear light
+    double exposure = 0;     ///< in stops
+    bool isParallel = false; ///< whether the eye is at an infinite distance
 };
 
 /// The appearance of a single fragment.

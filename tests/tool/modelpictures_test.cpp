@@ -62,6 +62,21 @@ protected:
         return channels(middle(picture(cube(), options)));
     }
 
+    /// The cube of one colour, with a normal for each side. `turn` exchanges the axes of the normals.
+    QString cubeWithNormals(const QString& name, int turn) const {
+        QByteArray text = "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\n"
+                          "v -1 -1 1\nv 1 -1 1\nv -1 1 1\nv 1 1 1\n";
+        for (int side = 0; side < 6; ++side) {
+            const int axis = (side / 2 + turn) % 3;
+            const QByteArray value = side % 2 == 0 ? "-1 " : "1 ";
+            text += QByteArray("vn ") + (axis == 0 ? value : "0 ") + (axis == 1 ? value : "0 ") +
+                    (axis == 2 ? value : "0 ") + '\n';
+        }
+        return _folder.write(name, text + "f 1//1 3//1 7//1 5//1\nf 2//2 4//2 8//2 6//2\n"
+                                          "f 1//3 2//3 6//3 5//3\nf 3//4 4//4 8//4 7//4\n"
+                                          "f 1//5 2//5 4//5 3//5\nf 5//6 6//6 8//6 7//6\n");
+    }
+
     /// A square with a material that mirrors the key light into the camera.
     QRgb shining(const QByteArray& material) {
         _folder.write("m.mtl", "newmtl m\nKd 0.1 0.1 0.1\n" + material);
@@ -106,6 +121,63 @@ TEST_F(ModelPicturesTest, EveryUpAxisShowsItsOwnSides) {
                                                sideSeen(view.up, 0, -90)};
         EXPECT_EQ(seen, view.sides) << view.up;
     }
+}
+
+TEST_F(ModelPicturesTest, FacesDecideWhereNormalsLieInTheirPlane) {
+    const QString sound = cubeWithNormals("sound.obj", 0);
+    for (const int turn : {1, 2}) {
+        const QString turned = cubeWithNormals("turned.obj", turn);
+        for (const double azimuth : {0.0, 17.0, 30.0, 123.4}) {
+            Tool::CameraOptions view;
+            view.azimuth = azimuth;
+            const QImage expected = picture(sound, view);
+            const QImage actual = picture(turned, view);
+            for (int y = 0; y < kSize.height(); ++y)
+                for (int x = 0; x < kSize.width(); ++x)
+                    ASSERT_LE(largestStep(actual.pixel(x, y), expected.pixel(x, y)), 1)
+                        << azimuth << ": " << x << ' ' << y;
+        }
+    }
+}
+
+TEST_F(ModelPicturesTest, PlaneIsOfOneColourWhereverItsNormalLies) {
+    for (const char* normal : {"1 0 0", "0 -1 0", "0.6 0.8 0.0001", "0.6 0.8 -0.0001"}) {
+        const QString path =
+            _folder.write("plane.obj", QByteArray("v -9 -9 0\nv 9 -9 0\nv 9 9 0\nv -9 9 0\nvn ") + normal +
+                                           "\nf 1//1 2//1 3//1 4//1\n");
+        Tool::CameraOptions view;
+        view.azimuth = 20;
+        const QImage plane = picture(path, view);
+        for (int y = 10; y < 23; ++y)
+            for (int x = 10; x < 23; ++x)
+                ASSERT_LE(largestStep(plane.pixel(x, y), middle(plane)), 1)
+                    << normal << ": " << x << ' ' << y;
+        EXPECT_GT(qRed(middle(plane)), 100);
+    }
+}
+
+TEST_F(ModelPicturesTest, BlackOfTransparentTexelsDarkensNoEdge) {
+    QImage texture(2, 1, QImage::Format_ARGB32);
+    texture.setPixelColor(0, 0, QColor(240, 200, 40));
+    texture.setPixelColor(1, 0, QColor(0, 0, 0, 0));
+    ASSERT_TRUE(texture.save(_folder.path("edge.png")));
+    _folder.write("m.mtl", "newmtl m\nKd 1 1 1\nmap_Kd edge.png\n");
+    const QString path = _folder.write(
+        "m.obj", "mtllib m.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                 "vn 0 0 1\nusemtl m\nf 1/1/1 2/2/1 3/3/1 4/4/1\n");
+    Tool::CameraOptions front;
+    front.azimuth = 0;
+    front.elevation = 0;
+    const QImage seen = picture(path, front);
+    const QRgb whole = seen.pixel(8, 16);
+    EXPECT_GT(qAlpha(whole), 250);
+    int edges = 0;
+    for (int x = 1; x < kSize.width() - 1; ++x)
+        if (const int alpha = qAlpha(seen.pixel(x, 16)); alpha > 8 && alpha < 255) {
+            ++edges;
+            EXPECT_LE(largestStep(seen.pixel(x, 16) | 0xFF000000, whole | 0xFF000000), 4) << x;
+        }
+    EXPECT_GT(edges, 10);
 }
 
 TEST_F(ModelPicturesTest, SpecularTextureColoursTheHighlight) {

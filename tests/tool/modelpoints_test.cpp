@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <velgl/drawbuffers.h>
 #include <velmodel/modelbuilder.h>
 
 #include "mixedmodel.h"
@@ -55,6 +56,56 @@ TEST_F(ModelPointsTest, UnusedPointsAreOmittedUnlessTheyAreInside) {
                         -0.5F, 1,     1, 4.5F, 1,    1,          // outside on each side
                         1,     -0.5F, 1, 1,    4.5F, 1, 1, 1, -0.5F, 1, 1, 4.5F, nan, 1, 1, 1, 1, nan});
     EXPECT_EQ(pointsInBounds(*model), (QVector<QVector3D>{{0, 0, 0}, {4, 4, 4}, {0, 4, 0}, {1, 2, 3}}));
+}
+
+TEST_F(ModelPointsTest, PointsOfAllCommandsAreThoseInTheBounds) {
+    const auto model = modelOf<float>({0, 0, 0, 4, 0, 2, 0, 3, 1, 1, 1, 1});
+    const ShownPoints shown = shownPoints(*model, DrawFilter());
+    EXPECT_EQ(shown.points, pointsInBounds(*model));
+    EXPECT_EQ(shown.points.size(), 4);
+    EXPECT_EQ(shown.bounds.maximum, model->bounds().maximum);
+}
+
+TEST_F(ModelPointsTest, PointsOfSomeCommandsAreThoseTheyUse) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    ModelBuilder builder;
+    const QString positions = "va_Vertex";
+    builder.createVertexAttribute(positions, 3, kFloat, 0, 0);
+    const std::vector<float> values = {1, 2, 3, 4, 0, 2, 0, 3, 1, 9, 9, 9, nan, 0, 0, -1, -2, -3};
+    builder.addValuesToVertexAttribute(positions, values.size(), values.data(), kFloat);
+    const unsigned int corners[] = {0, 1, 2, 3, 4, 5};
+    builder.addIndicesToVertexAttribute(positions, 6, corners);
+    const unsigned int counts[] = {3, 3};
+    builder.addVertexCountsToFaces(2, counts);
+    for (const unsigned int face : {0U, 1U}) {
+        const QString group = QString::number(face);
+        builder.createMaterialGroup(group, InstanceData("OBJMaterial"), int(face), 0);
+        builder.addFacesToMaterialGroup(group, 1, &face, QString());
+    }
+    GPUModel model;
+    builder.upload(&model, InstanceData("InstanceInfo"), positions, QString(), kStaticDraw, kTriangles);
+    const auto only = [&](int wanted) {
+        return shownPoints(
+            model, DrawFilter(model, [&](int /*drawable*/, int command) { return command == wanted; }));
+    };
+    EXPECT_EQ(only(0).points, (QVector<QVector3D>{{1, 2, 3}, {4, 0, 2}, {0, 3, 1}}));
+    EXPECT_EQ(only(0).bounds.minimum, QVector3D(0, 0, 1));
+    EXPECT_EQ(only(0).bounds.maximum, QVector3D(4, 3, 3));
+    EXPECT_EQ(only(1).points, (QVector<QVector3D>{{9, 9, 9}, {-1, -2, -3}}));
+    EXPECT_EQ(only(1).bounds.minimum, QVector3D(-1, -2, -3));
+    EXPECT_TRUE(only(1).bounds.isValid);
+    EXPECT_FALSE(only(2).bounds.isValid);
+    EXPECT_TRUE(only(2).points.isEmpty());
+}
+
+TEST_F(ModelPointsTest, PointsAreCountedFromTheFirstVertexOfTheirCommand) {
+    const auto model = modelOf<float>({7, 7, 7, 1, 0, 0, 0, 2, 0, 0, 0, 3});
+    DrawBuffers& drawable = *model->drawable(0);
+    QVector<DrawElementsIndirectCommand> commands = drawable.drawElementsIndirectCommands();
+    commands[0].baseVertex = 1;
+    drawable.setDrawElementsIndirectCommands(commands.constData(), commands.size());
+    const DrawFilter first(*model, [](int /*drawable*/, int command) { return command == 0; });
+    EXPECT_EQ(shownPoints(*model, first).points, (QVector<QVector3D>{{1, 0, 0}, {0, 2, 0}, {0, 0, 3}}));
 }
 
 TEST_F(ModelPointsTest, ModelWithoutPositionsGivesTheCornersOfItsBox) {

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <QtCore/QThread>
+
 #include <gmock/gmock.h>
 
 #include "capturedstream.h"
@@ -32,6 +34,14 @@ TEST(ProgressLineTest, SharesOutOfRangeAreClamped) {
 TEST(ProgressLineTest, SharesAreRoundedDown) {
     EXPECT_EQ(progressLine("a", 199, 200, 80), "[############################# ]  99 % a");
     EXPECT_EQ(progressLine("a", 1, 1000, 80), "[                              ]   0 % a");
+}
+
+TEST(ProgressLineTest, NarrowLinesHaveAShorterBar) {
+    EXPECT_EQ(progressLine("cow.obj: reading", 50, 100, 39), "[#####     ]  50 % cow.obj: reading");
+    EXPECT_EQ(progressLine("spaceship.obj: reading", 50, 100, 39), "[#####     ]  50 % spaceship.obj: readi");
+    EXPECT_EQ(progressLine("a", 50, 100, 20), "[ ]  50 % a");
+    EXPECT_EQ(progressLine("a", 50, 100, 4), "[]  ");
+    EXPECT_EQ(progressLine("a", 50, 100, 0), "");
 }
 
 using Testing::Terminal;
@@ -68,6 +78,47 @@ TEST(ProgressBarTest, LongNamesAreTruncatedToALine) {
     ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
     bar.show({LoadPhase::Reading, 0, 1});
     EXPECT_EQ(terminal.text().size(), 1 + 78) << "a carriage return and less than 80 columns";
+}
+
+TEST(ProgressBarTest, LinesFitTheTerminal) {
+    for (const int columns : {20, 40, 60, 200}) {
+        Terminal terminal;
+        terminal.setColumns(columns);
+        ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
+        bar.show({LoadPhase::Reading, 0, 1});
+        EXPECT_EQ(terminal.text().size(), 1 + std::min(columns - 1, 78)) << columns;
+    }
+}
+
+TEST(ProgressBarTest, LinesFitATerminalThatBecomesNarrower) {
+    Terminal terminal;
+    ProgressBar bar(QString(100, 'x') + ".obj", ProgressBar::kSmallestFile);
+    bar.show({LoadPhase::Reading, 0, 1});
+    terminal.text();
+    terminal.setColumns(40);
+    bar.show({LoadPhase::Reading, 1, 1});
+    EXPECT_EQ(terminal.text().size(), 1 + 39);
+}
+
+TEST(ProgressBarTest, LongWorkIsShownAfterItsDelay) {
+    Terminal terminal;
+    EXPECT_EQ(ProgressBar::kPatienceMilliseconds, 1000);
+    {
+        constexpr int kOneHour = 3600000;
+        ProgressBar patient = ProgressBar::after(kOneHour, "/pictures/cow.png");
+        patient.show("drawing", 1, 2);
+    }
+    EXPECT_EQ(terminal.text(), "");
+    ProgressBar bar = ProgressBar::after(0, "/pictures/cow.png");
+    bar.show("drawing", 1, 2);
+    EXPECT_EQ(terminal.text(), "\r[###############               ]  50 % cow.png: drawing");
+    constexpr int kShort = 20;
+    ProgressBar delayed = ProgressBar::after(kShort, "cow.png");
+    delayed.show("drawing", 0, 2);
+    EXPECT_EQ(terminal.text(), "");
+    QThread::msleep(kShort + 1);
+    delayed.show("drawing", 1, 2);
+    EXPECT_EQ(terminal.text(), "\r[###############               ]  50 % cow.png: drawing");
 }
 
 TEST(ProgressBarTest, SmallFilesShowNothing) {

@@ -36,10 +36,13 @@ InstanceData materialOf(const Fragment& look) {
     InstanceData material(QStringLiteral("OBJMaterial"));
     setColour(material, "Kd", look.diffuse);
     setColour(material, "Ks", look.specular);
+    setColour(material, "Ke", look.emission);
     setNumber(material, "Ns", look.exponent);
     setNumber(material, "d", look.opacity);
     if (look.hasMap)
         setMap(material, "map_Kd", look.map);
+    if (look.hasEmissionMap)
+        setMap(material, "map_Ke", look.emissionMap);
     if (look.specularMap != QColor(Qt::white))
         setMap(material, "map_Ks", look.specularMap);
     if (look.exponentMap != 1)

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "clientstate.h"
 #include "glfaults.h"
 #include "picturecomparison.h"
 #include "picturetarget.h"
@@ -100,12 +101,6 @@ protected:
             for (int x = area.left(); x <= area.right(); ++x)
                 ASSERT_EQ(picture.pixel(x, y), first) << x << ' ' << y;
     }
-
-    static QRect viewport() {
-        GLint box[4] = {};
-        glGetIntegerv(GL_VIEWPORT, box);
-        return {box[0], box[1], box[2], box[3]};
-    }
 };
 
 } // namespace
@@ -123,7 +118,6 @@ TEST_F(RendererTest, PictureOfSeveralTilesHasEveryPixelInItsPlace) {
         for (int left = 0; left < kSide; left += kCell)
             expectOneColour(picture, {left, top, kCell, kCell},
                             colourOf(left / kCell, (kSide - 1 - top) / kCell));
-    EXPECT_EQ(viewport(), QRect(0, 0, kSide - 2048, kSide - 2048)) << "the last tile's";
 }
 
 TEST_F(RendererTest, EdgesOfTilesAreInvisibleInThePicture) {
@@ -131,7 +125,6 @@ TEST_F(RendererTest, EdgesOfTilesAreInvisibleInThePicture) {
         expectMarksInTheirPlaces({length, 1}, {1, 0});
         expectMarksInTheirPlaces({1, length}, {0, 1});
     }
-    EXPECT_EQ(viewport(), QRect(0, 0, 1, 1)) << "4097 pixels end with a tile of one";
 }
 
 TEST_F(RendererTest, FramesOfOneSizeShareTheirTarget) {
@@ -187,6 +180,27 @@ TEST_F(RendererTest, ModelInAnyTileIsDrawn) {
     }
 }
 
+TEST_F(RendererTest, ProgressCountsTheTiles) {
+    const std::unique_ptr<GPUModel> model = modelOf({{{0, 0, 1, 1}, Qt::red}});
+    std::vector<std::pair<int, int>> steps;
+    QString error;
+    const auto record = [&](int done, int total) { steps.emplace_back(done, total); };
+    EXPECT_FALSE(_renderer->render(*model, scene({2049, 2}), error, record).isNull());
+    EXPECT_THAT(steps, ElementsAre(std::make_pair(1, 2), std::make_pair(2, 2)));
+}
+
+TEST_F(RendererTest, BrightnessIsThatOfTheModelInAllTiles) {
+    drawn({{{0, 0, 2, 2}, Qt::white}, {{2049, 0, 1, 1}, Qt::black}}, {2050, 2});
+    EXPECT_EQ(_renderer->brightness().shown, 5);
+    EXPECT_EQ(_renderer->brightness().dark, 1);
+    Tool::Scene onBlack = scene({4, 4});
+    onBlack.background = Qt::black;
+    const QImage picture = rendered(*modelOf({{{0, 0, 2, 2}, Qt::white}}), onBlack);
+    EXPECT_EQ(_renderer->brightness().shown, 4);
+    EXPECT_EQ(_renderer->brightness().dark, 0);
+    EXPECT_EQ(picture.pixel(3, 0), QColor(Qt::black).rgba());
+}
+
 TEST_F(RendererTest, GlassAloneIsDrawn) {
     drawn({{{0, 0, 1, 1}, QColor(255, 0, 0, 30)}}, {2, 2});
     EXPECT_TRUE(_renderer->hasDrawn());
@@ -238,26 +252,15 @@ TEST_F(RendererTest, EarlierStateOfTheContextChangesNoPicture) {
     EXPECT_EQ(drawn(areas, {33, 31}), expected);
 }
 
-TEST_F(RendererTest, ContextIsLeftInItsUsualState) {
+TEST_F(RendererTest, ContextIsLeftAsFound) {
     Tool::Scene wires = scene({8, 8});
     wires.wireframe = true;
-    rendered(*modelOf({{{0, 0, 4, 4}, QColor(0, 255, 0, 90)}}), wires);
-    EXPECT_FALSE(glIsEnabled(GL_BLEND));
-    EXPECT_FALSE(glIsEnabled(GL_DEPTH_TEST));
-    GLboolean writesDepth = GL_FALSE;
-    glGetBooleanv(GL_DEPTH_WRITEMASK, &writesDepth);
-    EXPECT_TRUE(writesDepth);
-    for (const GLenum name : {GLenum(GL_CURRENT_PROGRAM), GLenum(GL_VERTEX_ARRAY_BINDING)}) {
-        GLint value = -1;
-        glGetIntegerv(name, &value);
-        EXPECT_EQ(value, 0);
-    }
-    GLint rowLength = -1;
-    glGetIntegerv(GL_PACK_ROW_LENGTH, &rowLength);
-    EXPECT_EQ(rowLength, 0);
-    GLint modes[2] = {};
-    glGetIntegerv(GL_POLYGON_MODE, modes);
-    EXPECT_EQ(modes[0], GL_FILL);
+    const std::unique_ptr<GPUModel> model = modelOf({{{0, 0, 4, 4}, QColor(0, 255, 0, 90)}});
+    const BusyClient client;
+    const BusyPainter painter;
+    const ClientState before = ClientState::captured();
+    rendered(*model, wires);
+    EXPECT_EQ(ClientState::difference(before, ClientState::captured()), "");
 }
 
 /// The numbers of objects of each kind in a context: names are small and reused.
@@ -282,8 +285,9 @@ TEST_F(RendererTest, NothingIsLeftInTheContext) {
     _renderer = Tool::Renderer::create(error);
     rendered(*model, scene({4, 4}));
     const std::vector<int> during = objectCounts();
-    EXPECT_THAT(during, ElementsAre(before[0] + 7, before[1] + 3, before[2] + 1, before[3], before[4]))
-        << "three colours twice and the picture, three framebuffers and one depth buffer";
+    EXPECT_THAT(during, ElementsAre(before[0] + 4, before[1] + 3, before[2] + 4, before[3], before[4]))
+        << "textures of three colours and the picture, three framebuffers, three colours and depths with "
+           "samples";
     for (const int side : {3, 5, 9})
         rendered(*model, scene({side, side}));
     EXPECT_EQ(objectCounts(), during);
@@ -327,28 +331,24 @@ TEST_F(RendererTest, RefusedTargetIsReportedAsTheCauseAndRetried) {
     }
 }
 
-struct SampleLimits {
-    int ofTextures;
-    int ofDepthBuffers;
+struct SampleLimit {
+    int supported;
     int used;
 };
 
-class SamplesOfPicturesTest : public RendererTest, public testing::WithParamInterface<SampleLimits> {};
+class SamplesOfPicturesTest : public RendererTest, public testing::WithParamInterface<SampleLimit> {};
 
-TEST_P(SamplesOfPicturesTest, AreTheMaximumOfTexturesAndDepthBuffersUpToEight) {
+TEST_P(SamplesOfPicturesTest, AreTheMaximumOfTheDriverUpToEight) {
     WatchedDriver driver;
-    driver.watch().textureSampleLimit = GetParam().ofTextures;
-    driver.watch().depthSampleLimit = GetParam().ofDepthBuffers;
+    driver.watch().sampleLimit = GetParam().supported;
     QString error;
     EXPECT_NE(Tool::PictureTarget::create({4, 4}, error), nullptr) << error.toStdString();
-    EXPECT_THAT(driver.watch().textureSamples,
-                ElementsAre(GetParam().used, GetParam().used, GetParam().used));
-    EXPECT_THAT(driver.watch().depthSamples, ElementsAre(GetParam().used));
+    const int used = GetParam().used;
+    EXPECT_THAT(driver.watch().samples, ElementsAre(used, used, used, used)) << "three colours and depths";
 }
 
 INSTANTIATE_TEST_SUITE_P(Limits, SamplesOfPicturesTest,
-                         testing::Values(SampleLimits{8, 8, 8}, SampleLimits{32, 16, 8},
-                                         SampleLimits{4, 8, 4}, SampleLimits{8, 2, 2}, SampleLimits{1, 1, 1},
-                                         SampleLimits{-1, 4, 1}));
+                         testing::Values(SampleLimit{32, 8}, SampleLimit{8, 8}, SampleLimit{4, 4},
+                                         SampleLimit{1, 1}, SampleLimit{-1, 1}));
 
 } // namespace Atelier::Vel::Testing

@@ -51,7 +51,12 @@ TEST(RenderOptionsTest, DefaultsAreAsDocumented) {
     EXPECT_EQ(defaults.camera.azimuth, 30);
     EXPECT_EQ(defaults.camera.elevation, 20);
     EXPECT_EQ(defaults.camera.zoom, 1);
+    EXPECT_EQ(defaults.camera.projection, Projection::Perspective);
+    EXPECT_EQ(defaults.parts, QStringList());
     EXPECT_FALSE(defaults.wireframe);
+    EXPECT_EQ(defaults.colours, MaterialColours::SRgb);
+    EXPECT_EQ(defaults.exposure, 0);
+    EXPECT_FALSE(defaults.ambientOcclusion);
     EXPECT_EQ(defaults.turntable, 0);
 }
 
@@ -123,6 +128,14 @@ constexpr OutOfRange kNumbers[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Numbers, OutOfRangeTest, testing::ValuesIn(kNumbers));
 
+constexpr const char* kStops = "a number from -10 to 10";
+constexpr const char* kEncodings = "srgb, linear, none";
+constexpr OutOfRange kLooks[] = {
+    {"--exposure", "-10.01", kStops},  {"--exposure", "10.01", kStops},      {"--exposure", "bright", kStops},
+    {"--mtl-colours", "", kEncodings}, {"--mtl-colours", "rgb", kEncodings},
+};
+INSTANTIATE_TEST_SUITE_P(Looks, OutOfRangeTest, testing::ValuesIn(kLooks));
+
 constexpr const char* kFrames = "a whole number from 1 to 100000";
 constexpr OutOfRange kCounts[] = {
     {"--turntable", "0", kFrames},  {"--turntable", "100001", kFrames},
@@ -176,6 +189,39 @@ TEST(RenderOptionsTest, UpDirectionsMayLackTheirSignAndBeSmall) {
         for (const QString& spelling : {'-' + name, '-' + name.toLower()})
             EXPECT_EQ(options({"--up", spelling}).camera.up, '-' + name);
     }
+}
+
+TEST(RenderOptionsTest, ViewsSetTheAnglesThatAreNotGiven) {
+    const auto angles = [](const QStringList& arguments) {
+        const CameraOptions camera = options(arguments).camera;
+        return std::make_pair(camera.azimuth, camera.elevation);
+    };
+    EXPECT_EQ(angles({"--view", "front"}), std::make_pair(0.0, 0.0));
+    EXPECT_EQ(angles({"--view", "back"}), std::make_pair(180.0, 0.0));
+    EXPECT_EQ(angles({"--view", "left"}), std::make_pair(-90.0, 0.0));
+    EXPECT_EQ(angles({"--view", "Right"}), std::make_pair(90.0, 0.0));
+    EXPECT_EQ(angles({"--view", "top"}), std::make_pair(0.0, 90.0));
+    EXPECT_EQ(angles({"--view", "bottom"}), std::make_pair(0.0, -90.0));
+    EXPECT_EQ(angles({"--view", "iso"}), std::make_pair(45.0, 35.264389682754654));
+    EXPECT_EQ(angles({"--view", "top", "--camera-azimuth", "45"}), std::make_pair(45.0, 90.0));
+    EXPECT_EQ(angles({"--camera-elevation", "5", "--view", "left"}), std::make_pair(-90.0, 5.0));
+    expectMistake({"--view", "side"}, "--view takes front, back, left, right, top, bottom, iso, not 'side'.");
+    expectMistake({"--view", "top", "--camera-azimuth", "x"},
+                  "--camera-azimuth takes a number from -36000 to 36000, not 'x'.");
+}
+
+TEST(RenderOptionsTest, PartsAndProjectionAreRead) {
+    EXPECT_EQ(options({"--part", "a b", "--part", "c"}).parts, QStringList({"a b", "c"}));
+    EXPECT_EQ(options({"--orthographic"}).camera.projection, Projection::Orthographic);
+}
+
+TEST(RenderOptionsTest, LookOfMaterialsIsRead) {
+    EXPECT_EQ(options({"--mtl-colours", "srgb"}).colours, MaterialColours::SRgb);
+    EXPECT_EQ(options({"--mtl-colours", "Linear"}).colours, MaterialColours::Linear);
+    EXPECT_EQ(options({"--mtl-colours", "none"}).colours, MaterialColours::None);
+    EXPECT_TRUE(options({"--ambient-occlusion"}).ambientOcclusion);
+    EXPECT_EQ(options({"--exposure", "-10"}).exposure, -10);
+    EXPECT_EQ(options({"--exposure", "1.5"}).exposure, 1.5);
 }
 
 TEST(RenderOptionsTest, OneFileIsNeeded) {

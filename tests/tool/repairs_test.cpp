@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "loaderrors.h"
 #include "program.h"
 #include "temporarymodel.h"
 
@@ -18,7 +19,8 @@ LoadReport reportOf(std::initializer_list<std::pair<Code, int>> repairs) {
     LoadReport report;
     for (const auto& [code, count] : repairs) {
         for (int i = 0; i < std::min(count, LoadReport::kMaxDiagnostics); ++i)
-            report.diagnostics.append({code, "f", "t", QStringLiteral("%1/%2").arg(int(code)).arg(i)});
+            report.diagnostics.append({code, LoadDiagnostic::Severity::Warning, "f", 0, 0, "t",
+                                       QStringLiteral("%1/%2").arg(int(code)).arg(i)});
         report.diagnosticCounts.insert(code, quint64(count));
     }
     return report;
@@ -52,13 +54,37 @@ TEST(RepairLinesTest, OneMessageAboutManyPlacesIsOneRepair) {
     EXPECT_THAT(repairLines(report), ElementsAre(QStringLiteral("%1/0").arg(int(Code::UnplacedFace))));
 }
 
+TEST(RepairLinesTest, PlaceIsTheFileWithTheLineIfThatIsKnown) {
+    EXPECT_EQ(Tool::placedMessage(
+                  {Code::MapName, LoadDiagnostic::Severity::Note, "m%1.obj", 70, 3, "t", "It's %1"}),
+              "m%1.obj:70: It's %1");
+    EXPECT_EQ(Tool::placedMessage({Code::MapName, LoadDiagnostic::Severity::Note, "m.obj", 0, 0, {}, "Text"}),
+              "m.obj: Text");
+}
+
+TEST(RepairsTest, MoreThanTenHaveALineForEachKindWithItsFirstPlace) {
+    const TemporaryFolder folder;
+    const QString path = folder.write("m.obj", triangleText() + QByteArray("f 1 2 9\n").repeated(12) +
+                                                   "usemtl x\n" + triangleText());
+    const int first = triangleText().count('\n') + 1;
+    const ProgramResult result = runProgram({"info", path});
+    EXPECT_EQ(result.errors,
+              QStringLiteral("velmodel: warning: %1:%3: No library has defined the material 'x': the default "
+                             "material is used\n"
+                             "velmodel: warning: %1:%2: Position '9' does not exist, and the face is dropped "
+                             "(and 11 more like it)\n")
+                  .arg(path)
+                  .arg(first)
+                  .arg(first + 12));
+}
+
 TEST(RepairsTest, EveryCommandNamesThemOnStandardError) {
     const TemporaryFolder folder;
     const QString path = brokenModel(folder);
     const QString errors =
-        QStringLiteral("velmodel: warning: %1: The library '%2' cannot be read, and is left out\n"
-                       "velmodel: warning: %1: The library '%3' cannot be read, and is left out\n"
-                       "velmodel: warning: %1: No library has defined the material 'red': the default "
+        QStringLiteral("velmodel: warning: %1:1: '%2': no such file; the library is left out\n"
+                       "velmodel: warning: %1:2: '%3': no such file; the library is left out\n"
+                       "velmodel: warning: %1:3: No library has defined the material 'red': the default "
                        "material is used\n")
             .arg(path, folder.path("a.mtl"), folder.path("b.mtl"));
     const QString picture = folder.path("m.png");
@@ -80,7 +106,8 @@ TEST(RepairsTest, ExactLoadsRepairNothing) {
                                          {"render", "--exact", path, "-o", folder.path("m.png")}}) {
         const ProgramResult result = runProgram(arguments);
         EXPECT_EQ(result.exitCode, 1) << arguments.first().toStdString();
-        EXPECT_TRUE(result.errors.contains("Failed to load MTL file")) << result.errors.toStdString();
+        EXPECT_EQ(result.errors,
+                  QStringLiteral("velmodel: %1:1: '%2': no such file\n").arg(path, folder.path("a.mtl")));
     }
 }
 

@@ -100,13 +100,19 @@ protected:
         std::vector<Quad> quads;
         for (const Cell& cell : cells)
             for (const Fragment& fragment : cell)
-                quads.push_back({fragment, -fragment.position.z * kTangent * 0.7 / kCells});
+                quads.push_back(
+                    {fragment, _halfSide > 0 ? _halfSide : -fragment.position.z * kTangent * 0.7 / kCells});
         return quadModel(quads, _placement);
     }
 
     QImage drawn(const std::vector<Cell>& cells, const QColor& background, bool isWireframe = false) {
         const std::unique_ptr<GPUModel> model = modelOf(cells);
-        return rendered(*model, {_placement.camera, {kSide, kSide}, background, isWireframe});
+        Tool::Scene scene = _look;
+        scene.camera = _placement.camera;
+        scene.size = {kSide, kSide};
+        scene.background = background;
+        scene.wireframe = isWireframe;
+        return rendered(*model, scene);
     }
 
     static QRgb middleOf(const QImage& picture, std::size_t cell) {
@@ -183,7 +189,9 @@ protected:
         });
     }
 
-    const Placement _placement = oddPlacement();
+    Placement _placement = oddPlacement();
+    Tool::Scene _look;    // colours and exposure
+    double _halfSide = 0; // of the surfaces; 0 for one that fits a cell in perspective
 
 private:
     std::mt19937 _random;
@@ -224,6 +232,20 @@ TEST_F(ShadingTest, InvalidNormalsAreReplacedByTriangleNormals) {
                                  {},           {inf, inf, inf}, {nan, nan, nan},    {5e-7, 0, 0},
                                  {0, 0, 2e-6}, {3e30, 0, 0},    {1e15, -1e15, 1e15}};
                              fragment.normal = normals[oneOf(7)];
+                             fragment.diffuse = colour(0, 1);
+                         }),
+                         Qt::black);
+}
+
+TEST_F(ShadingTest, NormalsNearTheirPlaneAreBlendedWithItsNormal) {
+    expectLiteralColours(surfaces([this](Fragment& fragment) {
+                             const Triple& f = fragment.flatNormal;
+                             const double size = std::hypot(f.x, f.y, f.z);
+                             const QVector3D flat(float(f.x / size), float(f.y / size), float(f.z / size));
+                             const QVector3D other(float(between(-1, 1)), float(between(-1, 1)), 2);
+                             const QVector3D aside = QVector3D::crossProduct(flat, other).normalized();
+                             const QVector3D normal = aside + float(between(-0.2, 0.2)) * flat;
+                             fragment.normal = {normal.x(), normal.y(), normal.z()};
                              fragment.diffuse = colour(0, 1);
                          }),
                          Qt::black);
@@ -298,6 +320,17 @@ TEST_F(ShadingTest, ShinyGlassHidesMoreTheBrighterItIs) {
     expectLiteralColours(panes, QColor(10, 200, 90));
 }
 
+TEST_F(ShadingTest, FaintTexturesOnLayersCountLittle) {
+    std::vector<Cell> cells = layers();
+    for (Cell& cell : cells)
+        for (Fragment& fragment : cell) {
+            constexpr int kOpacities[] = {0, 2, 5, 10, 20, 40, 150, 255};
+            fragment.hasMap = true;
+            fragment.map = QColor(oneOf(256), oneOf(256), oneOf(256), kOpacities[oneOf(8)]);
+        }
+    expectLiteralColours(cells, QColor(20, 60, 220));
+}
+
 TEST_F(ShadingTest, LayersOfGlassAreAveragedByTheirDepth) {
     const std::vector<Cell> cells = layers();
     expectLiteralColours(cells, QColor(20, 60, 220));
@@ -317,6 +350,84 @@ TEST_F(ShadingTest, TwoPanesLookTheSameInBothOrders) {
         for (int x = 0; x < kSide; ++x)
             apart = std::max(apart, largestStep(picture.pixel(x, y), swapped.pixel(x, y)));
     EXPECT_LE(apart, 1) << "exceeds the error of a sum of two half-precision floats";
+}
+
+TEST_F(ShadingTest, LinearColoursAreNotDecoded) {
+    _look.colours = Tool::MaterialColours::Linear;
+    expectLiteralColours(surfaces([this](Fragment& fragment) {
+                             fragment = shiny(fragment);
+                             fragment.diffuse = colour(-0.1, 1);
+                             fragment.hasMap = oneOf(2) == 0;
+                             fragment.map = fragment.hasMap ? texel() : QColor(Qt::white);
+                             fragment.isLinear = true;
+                         }),
+                         Qt::black);
+}
+
+TEST_F(ShadingTest, ExposureMultipliesTheLightButNotTheOpacity) {
+    for (const double stops : {-2.0, 0.5, 3.0}) {
+        _look.exposure = stops;
+        std::vector<Cell> cells = layers();
+        for (Cell& cell : cells)
+            for (Fragment& fragment : cell)
+                fragment.exposure = stops;
+        expectLiteralColours(cells, QColor(20, 60, 220));
+        expectLiteralColours(cells, QColor());
+    }
+}
+
+TEST_F(ShadingTest, WithoutColoursAllSurfacesAreOfOneGrey) {
+    _look.colours = Tool::MaterialColours::None;
+    std::vector<Cell> cells = surfaces([this](Fragment& fragment) {
+        fragment.diffuse = colour(0, 1);
+        fragment.hasMap = oneOf(2) == 0;
+        fragment.map = fragment.hasMap ? texel() : QColor(Qt::white);
+    });
+    const QImage picture = drawn(cells, Qt::black);
+    for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+        Fragment& fragment = cells[cell].front();
+        fragment.hasMap = false;
+        fragment.map = Qt::white;
+        fragment.diffuse = {0.6, 0.6, 0.6};
+        fragment.isLinear = true;
+        expectPixel(middleOf(picture, cell), composed(cells[cell], Qt::black));
+    }
+}
+
+TEST_F(ShadingTest, EmissionIsAddedToTheLight) {
+    const auto glowing = [this](Fragment& fragment) {
+        fragment.diffuse = colour(0, 0.5);
+        fragment.emission = oneOf(3) == 0 ? Triple() : colour(-0.1, 0.6);
+        fragment.hasEmissionMap = oneOf(2) == 0;
+        fragment.emissionMap = fragment.hasEmissionMap ? texel() : QColor(Qt::white);
+        fragment.opacity = oneOf(2) == 0 ? 1 : between(0.1, 0.9);
+    };
+    expectLiteralColours(surfaces(glowing), Qt::black);
+    _look.colours = Tool::MaterialColours::Linear;
+    expectLiteralColours(surfaces([&](Fragment& fragment) {
+                             glowing(fragment);
+                             fragment.isLinear = true;
+                         }),
+                         Qt::black);
+}
+
+TEST_F(ShadingTest, EyeIsInfinitelyFarWithoutPerspective) {
+    _placement.camera.projection.setToIdentity();
+    _placement.camera.projection.ortho(-6, 6, -6, 6, float(kNear), float(kFar));
+    std::vector<Cell> cells = layers();
+    for (std::size_t cell = 0; cell < cells.size(); ++cell)
+        for (Fragment& fragment : cells[cell]) {
+            Triple& place = fragment.position;
+            place.x = 6 * inPicture(int(cell) % kCells);
+            place.y = 6 * inPicture(int(cell) / kCells);
+            const Triple facing = planeFacing({0, 0, 1});
+            fragment.flatNormal = facing;
+            fragment.depth = windowDepth(_placement.camera.projection, place);
+            fragment.isParallel = true;
+        }
+    _halfSide = 0.25;
+    expectLiteralColours(cells, QColor(20, 60, 220));
+    expectLiteralColours(cells, QColor());
 }
 
 TEST_F(ShadingTest, WiresHaveHalfTheirColourAndNoHighlight) {

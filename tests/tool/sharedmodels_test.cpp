@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "picturecomparison.h"
 #include "program.h"
 #include "support/messagelog.h"
 #include "temporarymodel.h"
@@ -54,6 +55,40 @@ TEST(SharedModelsTest, AreReportedDumpedAndDrawnOrRejectedInOneLine) {
         expectDoneOrRefusedInOneLine(drawn, model, QImage(picture).size() == QSize(32, 24));
         QFile::remove(picture);
     }
+}
+
+QImage pictureOf(const char* name, const QStringList& options, QString& errors) {
+    for (const QString& model : sharedModels())
+        if (model.contains(QLatin1String(name))) {
+            const ProgramResult result =
+                runProgram(QStringList{"render", model, "-o", "-", "--resolution", "160x120"} + options);
+            errors = result.errors;
+            return QImage::fromData(result.output, "PNG");
+        }
+    return {};
+}
+
+TEST(SharedModelsTest, CubeWithNormalsInItsSidesHasNoSpeckle) {
+    QString errors;
+    const QImage picture = pictureOf("/32-cube-cc0/", {}, errors);
+    if (picture.isNull())
+        GTEST_SKIP() << "the shared models are not available";
+    // The middles of the front, the right side and the top.
+    for (const QPoint middle : {QPoint(70, 75), QPoint(115, 70), QPoint(80, 14)})
+        for (int y = -4; y <= 4; ++y)
+            for (int x = -9; x <= 9; ++x)
+                ASSERT_LE(largestStep(picture.pixel(middle + QPoint(x, y)), picture.pixel(middle)), 1)
+                    << middle.x() << ' ' << x << ' ' << y;
+}
+
+TEST(SharedModelsTest, DarkTownGetsAdviceThatHelps) {
+    QString errors;
+    if (pictureOf("/37-amsterdam/", {}, errors).isNull())
+        GTEST_SKIP() << "the shared models are not available";
+    EXPECT_TRUE(errors.endsWith("Most of the picture is nearly black; --mtl-colours linear shows more\n"))
+        << errors.toStdString();
+    EXPECT_FALSE(pictureOf("/37-amsterdam/", {"--mtl-colours", "linear"}, errors).isNull());
+    EXPECT_EQ(errors, QString());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -23,6 +24,13 @@ Terminal::~Terminal() {
     dup2(_standardError, STDERR_FILENO);
     close(_standardError);
     close(_master);
+}
+
+void Terminal::setColumns(int columns) {
+    winsize window = {};
+    window.ws_row = 24;
+    window.ws_col = static_cast<unsigned short>(columns);
+    EXPECT_EQ(ioctl(_master, TIOCSWINSZ, &window), 0);
 }
 
 // Output arrives asynchronously: it is read up to a mark that is written after it.

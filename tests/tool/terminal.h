@@ -15,6 +15,7 @@ public:
 
     /// The device, for other processes.
     const QString& name() const { return _name; }
+    void setColumns(int columns);
     /// What was printed since the last call.
     QByteArray text();
 

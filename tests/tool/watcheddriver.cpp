@@ -12,7 +12,6 @@ struct WatchedDriver::Functions {
     PFNGLDELETEFRAMEBUFFERSPROC deleteFramebuffers = glDeleteFramebuffers;
     PFNGLCHECKFRAMEBUFFERSTATUSPROC checkFramebufferStatus = glCheckFramebufferStatus;
     PFNGLGETINTEGERVPROC getIntegerv = glGetIntegerv;
-    PFNGLTEXSTORAGE2DMULTISAMPLEPROC texStorageMultisample = glTexStorage2DMultisample;
     PFNGLRENDERBUFFERSTORAGEMULTISAMPLEPROC renderbufferStorage = glRenderbufferStorageMultisample;
 };
 
@@ -57,21 +56,15 @@ WatchedDriver::WatchedDriver() {
                                                     : real().checkFramebufferStatus(target);
     };
     glGetIntegerv = [](GLenum name, GLint* value) {
-        if (name == GL_MAX_COLOR_TEXTURE_SAMPLES && watched.textureSampleLimit != 0)
-            *value = watched.textureSampleLimit;
-        else if (name == GL_MAX_SAMPLES && watched.depthSampleLimit != 0)
-            *value = watched.depthSampleLimit;
+        if (name == GL_MAX_SAMPLES && watched.sampleLimit != 0)
+            *value = watched.sampleLimit;
         else
             real().getIntegerv(name, value);
     };
-    glTexStorage2DMultisample = [](GLenum target, GLsizei samples, GLenum format, GLsizei width,
-                                   GLsizei height, GLboolean fixed) {
-        watched.textureSamples.push_back(samples);
-        real().texStorageMultisample(target, available(samples), format, width, height, fixed);
-    };
     glRenderbufferStorageMultisample = [](GLenum target, GLsizei samples, GLenum format, GLsizei width,
                                           GLsizei height) {
-        watched.depthSamples.push_back(samples);
+        if (samples > 0)
+            watched.samples.push_back(samples);
         real().renderbufferStorage(target, available(samples), format, width, height);
     };
 }
@@ -81,7 +74,6 @@ WatchedDriver::~WatchedDriver() {
     glDeleteFramebuffers = real().deleteFramebuffers;
     glCheckFramebufferStatus = real().checkFramebufferStatus;
     glGetIntegerv = real().getIntegerv;
-    glTexStorage2DMultisample = real().texStorageMultisample;
     glRenderbufferStorageMultisample = real().renderbufferStorage;
 }
 

@@ -11,11 +11,9 @@ struct DriverWatch {
     int framebuffersMade = 0;
     int framebuffersAlive = 0;
     int maxFramebuffersAlive = 0;
-    std::vector<GLsizei> textureSamples; ///< of each multisampled texture
-    std::vector<GLsizei> depthSamples;   ///< of each renderbuffer
+    std::vector<GLsizei> samples; ///< of each multisampled renderbuffer
 
-    GLint textureSampleLimit = 0;   ///< in place of the driver's; 0 for none
-    GLint depthSampleLimit = 0;     ///< in place of the driver's; 0 for none
+    GLint sampleLimit = 0;          ///< in place of the driver's; 0 for none
     int checksUntilIncomplete = -1; ///< further checks of framebuffers until one fails; never when negative
 };
 

@@ -8,39 +8,13 @@
 #include <velgl/opengldevicecontext.h>
 
 #include "console.h"
+#include "loaderrors.h"
 #include "progressbar.h"
 #include "repairs.h"
 
 namespace Atelier::Vel::Tool {
 
 namespace {
-
-QString reasonForFailure(const QString& path, const ModelFiles& files) {
-    const QFileInfo info(path);
-    if (!files.allows(path))
-        return QStringLiteral("Lies outside of the model's folder");
-    if (path.isEmpty() || !info.exists())
-        return QStringLiteral("No such file");
-    if (info.isDir())
-        return QStringLiteral("Is a directory");
-    if (!info.isFile())
-        return QStringLiteral("Is not a regular file");
-    return info.isReadable() ? QStringLiteral("Cannot be read") : QStringLiteral("Permission denied");
-}
-
-// The loader's message names the file that it could not read: the model itself or one that it names.
-QString namedFile(const QString& error) {
-    const int start = error.indexOf(QLatin1Char('\'')) + 1;
-    return error.mid(start, error.lastIndexOf(QLatin1Char('\'')) - start);
-}
-
-// The model itself may be read from anywhere; the files that it names have to be among `files`.
-QString errorLine(const QString& path, const QString& error, const ModelFiles& files) {
-    const QString file = namedFile(error);
-    if (file == path)
-        return QStringLiteral("%1: %2").arg(error, reasonForFailure(file, ModelFiles()));
-    return QStringLiteral("%1: %2: %3").arg(path, error, reasonForFailure(file, files));
-}
 
 LoadProgress shownBy(ProgressBar& bar) {
     return [&bar](const LoadStep& step) {
@@ -65,7 +39,7 @@ bool loadFile(const QString& path, const LoadOptions& options, LoadFacts& facts,
         facts.files = ModelFiles(QFileInfo(path).path());
     if (error.isNull())
         return true;
-    reportError(errorLine(path, error, facts.files));
+    reportError(errorLine(error, facts.report));
     return false;
 }
 
@@ -78,7 +52,7 @@ std::optional<LoadedData> loadData(const QString& path, const LoadFlags& flags) 
     };
     if (!loadFile(path, flags.options, loaded, load))
         return std::nullopt;
-    reportRepairs(path, loaded.report);
+    reportRepairs(loaded.report);
     if (flags.isOptimised) {
         ProgressBar bar(path, QFileInfo(path).size());
         loaded.data = loaded.data.optimised(shownBy(bar));

@@ -1,13 +1,18 @@
+#include <optional>
+
 #include <velgl/instancedatacollection.h>
 #include <velmodel/textureloader.h>
 
 #include "commandparser.h"
 #include "commands.h"
 #include "console.h"
+#include "darkpictures.h"
 #include "loadflags.h"
 #include "modelpoints.h"
 #include "modelsession.h"
+#include "parts.h"
 #include "pictureoutput.h"
+#include "progressbar.h"
 #include "renderer.h"
 #include "renderoptions.h"
 
@@ -83,24 +88,90 @@ private:
     QImage _empty;
 };
 
+/// Draws the frames and gives advice if the model is nearly black in most of what they show.
+class FramePainter {
+public:
+    FramePainter(const RenderOptions& options, GPUModel& model, Renderer& renderer)
+        : _options(options),
+          _model(model),
+          _renderer(renderer),
+          _bar(ProgressBar::after(ProgressBar::kPatienceMilliseconds, options.output)) {}
+
+    /// Returns: null, and the cause in `error`, if there is not enough memory.
+    QImage paint(const Scene& scene, QString& error) {
+        const int frame = _painted++;
+        const auto progress = [&](int done, int total) {
+            const int frames = std::max(1, _options.turntable);
+            const QString work = done < total ? QStringLiteral("drawing") : QStringLiteral("writing");
+            _bar.show(work, qint64(frame) * total + done, qint64(frames) * total);
+        };
+        QImage picture = _renderer.render(_model, scene, error, progress);
+        _brightness += _renderer.brightness();
+        if (!_scene || (_renderer.brightness().isDark() && !_hasDarkScene))
+            _scene = scene;
+        _hasDarkScene = _hasDarkScene || _renderer.brightness().isDark();
+        return picture;
+    }
+
+    // Requires: a picture was painted.
+    void reportDarkness() {
+        const QString advice = darknessAdvice(_renderer, _model, *_scene, _brightness);
+        if (!advice.isNull())
+            reportWarning(QStringLiteral("%1: %2").arg(_options.file, advice));
+    }
+
+private:
+    const RenderOptions& _options;
+    GPUModel& _model;
+    Renderer& _renderer;
+    ProgressBar _bar;
+    int _painted = 0;
+    Brightness _brightness;
+    std::optional<Scene> _scene; // the first that is dark, or else the first
+    bool _hasDarkScene = false;
+};
+
+ExitCode cannotDraw(const RenderOptions& options, const QString& error) {
+    return fail(ExitCode::NoOpenGL, options.file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
+}
+
+Scene sceneOf(const RenderOptions& options, const SurfacePasses& passes) {
+    Scene scene;
+    scene.size = options.resolution;
+    scene.background = options.background;
+    scene.wireframe = options.wireframe;
+    scene.colours = options.colours;
+    scene.exposure = options.exposure;
+    scene.ambientOcclusion = options.ambientOcclusion;
+    scene.passes = passes;
+    return scene;
+}
+
 ExitCode renderAll(const RenderOptions& options, GPUModel& model, const ModelFiles& files) {
     QString error;
     const std::unique_ptr<Renderer> renderer = Renderer::create(error, materialPlan(model));
     if (!renderer)
-        return fail(ExitCode::NoOpenGL, options.file, QStringLiteral("OpenGL cannot draw it: %1").arg(error));
+        return cannotDraw(options, error);
+    const DrawFilter parts = partFilter(model, options.parts, error);
+    const ShownPoints shown = shownPoints(model, parts);
+    if (error.isNull() && !shown.bounds.isValid)
+        error = QStringLiteral("There is nothing to draw: no position is finite");
+    if (!error.isNull())
+        return fail(ExitCode::CannotLoad, options.file, error);
     FrameWriter writer(options);
-    const SurfacePasses passes = surfacePasses(model, files);
-    for (const Camera& camera : framingCameras(model.bounds(), pointsInBounds(model), options.camera,
-                                               azimuths(options), options.resolution)) {
-        const Scene scene{camera, options.resolution, options.background, options.wireframe, passes};
-        const QImage picture = renderer->render(model, scene, error);
+    FramePainter painter(options, model, *renderer);
+    Scene scene = sceneOf(options, surfacePasses(model, files, parts));
+    for (const Camera& camera :
+         framingCameras(shown.bounds, shown.points, options.camera, azimuths(options), options.resolution)) {
+        scene.camera = camera;
+        const QImage picture = painter.paint(scene, error);
         if (picture.isNull())
-            return fail(ExitCode::NoOpenGL, options.file,
-                        QStringLiteral("OpenGL cannot draw it: %1").arg(error));
+            return cannotDraw(options, error);
         const ExitCode exitCode = writer.add(picture, renderer->hasDrawn());
         if (exitCode != ExitCode::Done)
             return exitCode;
     }
+    painter.reportDarkness();
     return writer.finish();
 }
 
@@ -118,7 +189,9 @@ ExitCode runRender(const QStringList& arguments) {
     if (!options)
         return parser.wrongUsage(error);
 
-    ModelSession session(readLoadFlags(parser.options()));
+    LoadFlags flags = readLoadFlags(parser.options());
+    flags.options.splitObjects = !options->parts.isEmpty();
+    ModelSession session(flags);
     if (!session.open())
         return ExitCode::NoOpenGL;
     const LoadedModel loaded = session.load(options->file);
@@ -127,9 +200,6 @@ ExitCode runRender(const QStringList& arguments) {
     loaded.model->setTextureLoader(makeTextureLoader(loaded.files));
     if (!isDrawable(options->file, loaded))
         return ExitCode::CannotLoad;
-    if (!loaded.model->bounds().isValid)
-        return fail(ExitCode::CannotLoad, options->file,
-                    QStringLiteral("There is nothing to draw: no position is finite"));
     return renderAll(*options, *loaded.model, loaded.files);
 }
 

@@ -1,5 +1,6 @@
 #include "renderoptions.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <QtCore/QRegularExpression>
@@ -15,6 +16,11 @@ constexpr int kMaxFrames = 100000;
 
 QString backgroundDefault() {
     return QStringLiteral("#d9dde2");
+}
+
+// In the order of MaterialColours.
+QStringList materialColours() {
+    return {QStringLiteral("srgb"), QStringLiteral("linear"), QStringLiteral("none")};
 }
 
 /// Reads the values of options and keeps the first error.
@@ -67,6 +73,14 @@ public:
         return direction;
     }
 
+    /// Returns: the position of the value in `names`; 0 if it is not there.
+    int choice(const QString& name, const QStringList& names) {
+        const int position = names.indexOf(_parser.value(name).toLower());
+        if (position < 0)
+            complain(name, names.join(QStringLiteral(", ")));
+        return std::max(0, position);
+    }
+
     void complain(const QString& name, const QString& expected) {
         if (_error.isNull())
             _error = QStringLiteral("--%1 takes %2, not '%3'.").arg(name, expected, _parser.value(name));
@@ -90,6 +104,21 @@ private:
     const QCommandLineParser& _parser;
     QString& _error;
 };
+
+// The angles of a view are replaced by those that are given.
+void readCamera(const QCommandLineParser& parser, OptionReader& reader, CameraOptions& camera) {
+    camera.up = reader.upDirection(QStringLiteral("up"));
+    const bool hasView = parser.isSet(QStringLiteral("view"));
+    if (hasView)
+        turnTo(viewNames().at(reader.choice(QStringLiteral("view"), viewNames())), camera);
+    if (!hasView || parser.isSet(QStringLiteral("camera-azimuth")))
+        camera.azimuth = reader.number(QStringLiteral("camera-azimuth"), -36000, 36000);
+    if (!hasView || parser.isSet(QStringLiteral("camera-elevation")))
+        camera.elevation = reader.number(QStringLiteral("camera-elevation"), -90, 90);
+    camera.zoom = reader.number(QStringLiteral("camera-zoom"), 0.001, 1000);
+    if (parser.isSet(QStringLiteral("orthographic")))
+        camera.projection = Projection::Orthographic;
+}
 
 QString findMistake(const RenderOptions& options, const QStringList& files) {
     if (files.size() != 1)
@@ -118,12 +147,23 @@ void addRenderOptions(QCommandLineParser& parser) {
         {"up",
          QStringLiteral("Up direction: %1 (default +Y).").arg(upDirections().join(QStringLiteral(", "))),
          "axis", camera.up},
+        {"view", QStringLiteral("The view: %1.").arg(viewNames().join(QStringLiteral(", "))), "name"},
+        {"orthographic", "Draw without perspective."},
         {"camera-azimuth", "Angle around the model, from the front to the right (default 30).", "degrees",
          QString::number(camera.azimuth)},
         {"camera-elevation", "Angle above the horizon (default 20).", "degrees",
          QString::number(camera.elevation)},
         {"camera-zoom", "Magnification; at 1 the model fills the picture.", "factor",
          QString::number(camera.zoom)},
+        {"part", "Show only this part, named by an 'o' or 'g' line; may be given several times.", "name"},
+        {"mtl-colours",
+         QStringLiteral(
+             "How to read the colours of materials and vertices: %1 (default srgb). With none, all "
+             "surfaces are light grey.")
+             .arg(materialColours().join(QStringLiteral(", "))),
+         "encoding", materialColours().constFirst()},
+        {"exposure", "Brightness; each 1 doubles the light (default 0).", "stops", "0"},
+        {"ambient-occlusion", "Darken corners and gaps, which less light reaches."},
         {"wireframe", "Draw the edges of the triangles."},
         {"turntable",
          "Write N pictures from all around the model; picture.png becomes picture-000.png and so on.", "N"},
@@ -138,10 +178,11 @@ std::optional<RenderOptions> readRenderOptions(const QCommandLineParser& parser,
     options.resolution = reader.resolution(QStringLiteral("resolution"));
     if (!parser.isSet(QStringLiteral("no-background")))
         options.background = reader.colour(QStringLiteral("background"));
-    options.camera.up = reader.upDirection(QStringLiteral("up"));
-    options.camera.azimuth = reader.number(QStringLiteral("camera-azimuth"), -36000, 36000);
-    options.camera.elevation = reader.number(QStringLiteral("camera-elevation"), -90, 90);
-    options.camera.zoom = reader.number(QStringLiteral("camera-zoom"), 0.001, 1000);
+    readCamera(parser, reader, options.camera);
+    options.parts = parser.values(QStringLiteral("part"));
+    options.colours = MaterialColours(reader.choice(QStringLiteral("mtl-colours"), materialColours()));
+    options.exposure = reader.number(QStringLiteral("exposure"), -kMaxExposure, kMaxExposure);
+    options.ambientOcclusion = parser.isSet(QStringLiteral("ambient-occlusion"));
     options.wireframe = parser.isSet(QStringLiteral("wireframe"));
     if (parser.isSet(QStringLiteral("turntable")))
         options.turntable = reader.count(QStringLiteral("turntable"), kMaxFrames);

@@ -8,8 +8,12 @@
 
 #include "camera.h"
 #include "commandparser.h"
+#include "shaders.h"
 
 namespace Atelier::Vel::Tool {
+
+/// The limit of --exposure in both directions, in stops.
+constexpr double kMaxExposure = 10;
 
 /// The options of `velmodel render`.
 struct RenderOptions {
@@ -18,7 +22,11 @@ struct RenderOptions {
     QSize resolution;
     QColor background; ///< invalid for none
     CameraOptions camera;
+    QStringList parts; ///< the names of those that are shown; empty for all
     bool wireframe = false;
+    MaterialColours colours = MaterialColours::SRgb;
+    double exposure = 0; ///< in stops
+    bool ambientOcclusion = false;
     int turntable = 0; ///< number of frames; 0 for a single picture
 };
 

@@ -3,6 +3,7 @@
 #include <QtCore/QMap>
 
 #include "console.h"
+#include "loaderrors.h"
 
 namespace Atelier::Vel::Tool {
 
@@ -12,46 +13,50 @@ constexpr quint64 kMaxLines = 10;
 
 /// The repairs of one kind.
 struct Kind {
-    QStringList messages; ///< of the first ones
-    quint64 count = 0;    ///< of all
+    QStringList texts; ///< of the first ones
+    quint64 count = 0; ///< of all
 };
 
-QMap<LoadDiagnostic::Code, Kind> kindsOf(const LoadReport& report) {
+QString message(const LoadDiagnostic& diagnostic) {
+    return diagnostic.message;
+}
+
+// A single text may be about several places.
+QString lineOf(const Kind& kind) {
+    if (kind.texts.size() == 1)
+        return kind.texts.first();
+    return kind.texts.first() + QStringLiteral(" (and %1 more like it)").arg(kind.count - 1);
+}
+
+// One line for each repair, or for each kind.
+QStringList linesOf(const LoadReport& report, QString (*text)(const LoadDiagnostic&)) {
     QMap<LoadDiagnostic::Code, Kind> kinds;
     for (const LoadDiagnostic& diagnostic : report.diagnostics) {
         Kind& kind = kinds[diagnostic.code];
-        kind.messages.append(diagnostic.message);
+        kind.texts.append(text(diagnostic));
         kind.count = report.diagnosticCounts.value(diagnostic.code);
     }
-    return kinds;
-}
-
-// A single message may be about several places.
-QString lineOf(const Kind& kind) {
-    if (kind.messages.size() == 1)
-        return kind.messages.first();
-    return QStringLiteral("%1 (and %2 more like it)").arg(kind.messages.first()).arg(kind.count - 1);
-}
-
-} // namespace
-
-QStringList repairLines(const LoadReport& report) {
-    const QMap<LoadDiagnostic::Code, Kind> kinds = kindsOf(report);
     QStringList all;
     QStringList summary;
     quint64 count = 0;
-    for (const Kind& kind : kinds) {
-        const int kept = kind.messages.size();
+    for (const Kind& kind : qAsConst(kinds)) {
+        const int kept = kind.texts.size();
         count += kept == LoadReport::kMaxDiagnostics ? kind.count : quint64(kept);
-        all += kind.messages;
+        all += kind.texts;
         summary.append(lineOf(kind));
     }
     return count > kMaxLines ? summary : all;
 }
 
-void reportRepairs(const QString& path, const LoadReport& report) {
-    for (const QString& line : repairLines(report))
-        reportWarning(QStringLiteral("%1: %2").arg(path, line));
+} // namespace
+
+QStringList repairLines(const LoadReport& report) {
+    return linesOf(report, message);
+}
+
+void reportRepairs(const LoadReport& report) {
+    for (const QString& line : linesOf(report, placedMessage))
+        reportWarning(line);
 }
 
 } // namespace Atelier::Vel::Tool

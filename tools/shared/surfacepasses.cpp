@@ -110,16 +110,18 @@ std::vector<std::vector<Opacity>> opacitiesOf(const GPUModel& model, const Model
 
 } // namespace
 
-SurfacePasses surfacePasses(const GPUModel& model, const ModelFiles& files) {
+SurfacePasses surfacePasses(const GPUModel& model, const ModelFiles& files, const DrawFilter& shown) {
     const std::vector<std::vector<Opacity>> opacities = opacitiesOf(model, files);
     const auto opacity = [&](int drawable, int command) {
         return opacities[static_cast<std::size_t>(drawable)][static_cast<std::size_t>(command)];
     };
-    return {DrawFilter(model,
-                       [&](int drawable, int command) { return opacity(drawable, command).canBeOpaque(); }),
-            DrawFilter(model, [&](int drawable, int command) {
-                return opacity(drawable, command).canBeTransparent();
-            })};
+    const auto isOpaque = [&](int drawable, int command) {
+        return shown.passes(drawable, command) && opacity(drawable, command).canBeOpaque();
+    };
+    const auto isTransparent = [&](int drawable, int command) {
+        return shown.passes(drawable, command) && opacity(drawable, command).canBeTransparent();
+    };
+    return {DrawFilter(model, isOpaque), DrawFilter(model, isTransparent)};
 }
 
 } // namespace Atelier::Vel::Tool

@@ -19,7 +19,7 @@ struct SurfacePasses {
 
 /// Divides the commands by the opacity of their materials. Textures are those that a loader reads from
 /// `files`; only their headers are read. A command whose opacity is not known is drawn in both passes, and
-/// one that is invisible in none.
-SurfacePasses surfacePasses(const GPUModel& model, const ModelFiles& files);
+/// one that is invisible in none. Only commands that pass `shown` are drawn.
+SurfacePasses surfacePasses(const GPUModel& model, const ModelFiles& files, const DrawFilter& shown = {});
 
 } // namespace Atelier::Vel::Tool

@@ -28,9 +28,17 @@ LoadOptions forgivingOptions() {
 
 } // namespace
 
-void addLoadFlags(QCommandLineParser& parser) {
+void addConfinedFlag(QCommandLineParser& parser) {
     parser.addOption(
         {confined(), QStringLiteral("Read libraries and textures only from the model's folder.")});
+}
+
+bool isConfined(const QCommandLineParser& parser) {
+    return parser.isSet(confined());
+}
+
+void addLoadFlags(QCommandLineParser& parser) {
+    addConfinedFlag(parser);
     parser.addOption({exact(), QStringLiteral("Repair nothing, and read nothing beyond the defined load.")});
     if (DrawData::canOptimise())
         parser.addOption(
@@ -43,7 +51,7 @@ LoadFlags readLoadFlags(const QCommandLineParser& parser) {
         flags.options = forgivingOptions();
         registerExtendedMaterials(); // for what packs materials without an upload
     }
-    if (parser.isSet(confined()))
+    if (isConfined(parser))
         flags.options.files = LoadOptions::Files::InOwnFolder;
     flags.isOptimised = DrawData::canOptimise() && parser.isSet(optimise());
     return flags;

@@ -19,8 +19,13 @@ int& verbosity() {
     return level;
 }
 
+QByteArray& consoleName() {
+    static QByteArray name = "velmodel";
+    return name;
+}
+
 void printLine(const char* prefix, const QString& text) {
-    const QByteArray line = "velmodel: " + QByteArray(prefix) + onOneLine(text).toLocal8Bit() + '\n';
+    const QByteArray line = consoleName() + ": " + prefix + onOneLine(text).toLocal8Bit() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
@@ -60,6 +65,10 @@ void prepareStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(stream, F_GETFD) == -1)
             open("/dev/null", O_RDONLY); // gets the lowest free number; writing to it fails
+}
+
+void setConsoleName(const QByteArray& name) {
+    consoleName() = name;
 }
 
 QStringList verbosityLevels() {
@@ -104,6 +113,11 @@ bool writeAll(QFileDevice& file, const QByteArray& bytes) {
     }
     // Here and not later: QSaveFile::commit() loses the cause of a failed flush.
     return file.flush();
+}
+
+bool showsColours() {
+    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR") &&
+           qEnvironmentVariable("TERM") != QLatin1String("dumb");
 }
 
 QString writeToStandardOutput(const QByteArray& bytes) {

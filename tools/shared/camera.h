@@ -12,16 +12,28 @@
 
 namespace Atelier::Vel::Tool {
 
+/// Whether distant things look smaller, or as large as near ones.
+enum class Projection { Perspective, Orthographic };
+
 /// The position of the camera. Angles are in degrees.
 struct CameraOptions {
     QString up = QStringLiteral("+Y"); ///< one of upDirections()
     double azimuth = 30;   ///< around the up direction, counter-clockwise from above; 0 is the front
     double elevation = 20; ///< above the horizon
     double zoom = 1;       ///< 1 fills the picture with the model, 2 shows it twice as large
+    Projection projection = Projection::Perspective;
 };
 
 /// The names of the six axes: "+X", "-X", "+Y" and so on.
 QStringList upDirections();
+
+/// The names of the usual views: "front", "back", "left", "right", "top", "bottom" and "iso", which is from
+/// the right, above the front, at the same angle to all three axes.
+QStringList viewNames();
+
+/// Sets azimuth and elevation to those of a view.
+/// Requires: `view` is one of viewNames().
+void turnTo(const QString& view, CameraOptions& options);
 
 /// The axes of the camera: three unit vectors at right angles. `back` points from the model to the camera.
 struct Orientation {

@@ -31,6 +31,25 @@ const UpDirection* upDirection(const QString& name) {
     return &kDirections[2];
 }
 
+struct View {
+    const char* name;
+    double azimuth;
+    double elevation;
+};
+
+// The elevation of the diagonal of a cube: its tangent is 1 / sqrt(2).
+constexpr double kDiagonalElevation = 35.264389682754654;
+
+constexpr View kViews[] = {
+    {"front", 0, 0},
+    {"back", 180, 0},
+    {"left", -90, 0},
+    {"right", 90, 0},
+    {"top", 0, 90},
+    {"bottom", 0, -90},
+    {"iso", 45, kDiagonalElevation},
+};
+
 double tangentOfHalfField() {
     return std::tan(qDegreesToRadians(kFieldOfView / 2));
 }
@@ -51,12 +70,18 @@ QMatrix4x4 viewMatrix(const Orientation& camera) {
             0,     0,     0,     1};
 }
 
-QMatrix4x4 projectionMatrix(double aspect) {
+QMatrix4x4 projectionMatrix(Projection kind, double aspect) {
     const double nearest = viewingDistance() - kCubeRadius;
-    const double top = nearest * tangentOfHalfField();
+    const double farthest = viewingDistance() + kCubeRadius;
+    const bool isParallel = kind == Projection::Orthographic;
+    const double top = isParallel ? kCubeRadius : nearest * tangentOfHalfField();
     QMatrix4x4 projection;
-    projection.frustum(float(-top * aspect), float(top * aspect), float(-top), float(top), float(nearest),
-                       float(viewingDistance() + kCubeRadius));
+    if (isParallel)
+        projection.ortho(float(-top * aspect), float(top * aspect), float(-top), float(top), float(nearest),
+                         float(farthest));
+    else
+        projection.frustum(float(-top * aspect), float(top * aspect), float(-top), float(top), float(nearest),
+                           float(farthest));
     return projection;
 }
 
@@ -96,6 +121,21 @@ QStringList upDirections() {
             QStringLiteral("-Y"), QStringLiteral("+Z"), QStringLiteral("-Z")};
 }
 
+QStringList viewNames() {
+    QStringList names;
+    for (const View& view : kViews)
+        names.append(QLatin1String(view.name));
+    return names;
+}
+
+void turnTo(const QString& view, CameraOptions& options) {
+    for (const View& known : kViews)
+        if (view == QLatin1String(known.name)) {
+            options.azimuth = known.azimuth;
+            options.elevation = known.elevation;
+        }
+}
+
 Orientation orientation(const CameraOptions& options) {
     const UpDirection& axes = *upDirection(options.up);
     const QVector3D side = QVector3D::crossProduct(axes.up, axes.front);
@@ -115,7 +155,8 @@ QVector<Camera> framingCameras(const GPUModel::Bounds& bounds, const QVector<QVe
     const QVector3D half = bounds.maximum * 0.5F - bounds.minimum * 0.5F;
     const float largest = std::max({half.x(), half.y(), half.z()});
     const float scale = largest > 0 ? 1 / largest : 1;
-    const QMatrix4x4 projection = projectionMatrix(double(size.width()) / double(size.height()));
+    const QMatrix4x4 projection =
+        projectionMatrix(options.projection, double(size.width()) / double(size.height()));
 
     QVector<Camera> cameras;
     Extent extent;

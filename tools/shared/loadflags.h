@@ -15,6 +15,10 @@ struct LoadFlags {
 /// Declares the options. --optimise is declared only if this build can optimise.
 void addLoadFlags(QCommandLineParser& parser);
 
+/// Declares --confined alone, for commands that have no use for the others.
+void addConfinedFlag(QCommandLineParser& parser);
+bool isConfined(const QCommandLineParser& parser);
+
 /// Reads the options.
 LoadFlags readLoadFlags(const QCommandLineParser& parser);
 

@@ -13,6 +13,9 @@ namespace Atelier::Vel::Tool {
 /// Requires: no file has been opened yet.
 void prepareStandardStreams();
 
+/// Sets the name that each line on standard error begins with; "velmodel" by default.
+void setConsoleName(const QByteArray& name);
+
 /// The values of --verbose, from the lowest severity to the highest.
 QStringList verbosityLevels();
 
@@ -23,14 +26,17 @@ void installMessageLog(const QString& level = QStringLiteral("warning"));
 /// `text` with control characters and line breaks escaped, so that a file name cannot break a line.
 QString onOneLine(const QString& text);
 
-/// Prints "velmodel: <text>" on standard error at every verbosity.
+/// Prints "NAME: <text>" on standard error at every verbosity.
 void reportError(const QString& text);
-/// Prints "velmodel: warning: <text>" on standard error, unless only errors are wanted.
+/// Prints "NAME: warning: <text>" on standard error, unless only errors are wanted.
 void reportWarning(const QString& text);
 
 /// Writes to an open file. Returns: false if not all bytes could be written; file.errorString() has the
 /// cause.
 bool writeAll(QFileDevice& file, const QByteArray& bytes);
+
+/// Whether standard output is a terminal whose user wants colours: NO_COLOR is not set.
+bool showsColours();
 
 /// Writes all bytes. Returns: null on success, else the cause of the failure.
 QString writeToStandardOutput(const QByteArray& bytes);
