@@ -44,7 +44,7 @@ MODEL_HEADERS = {
     "drawdata.h": "drawdata", "picking.h": "drawdata", "modelbuilder.h": "builder", "modelfiles.h": "files", "modelsource.h": "files", "textureloader.h": "textures",
     "objloader.h": "import", "loadoptions.h": "import", "loadreport.h": "import/diagnostics",
     "loaddiagnostic.h": "import/diagnostics",
-    "decodedtextures.h": "textures",
+    "decodedtextures.h": "textures", "modelcheck.h": "check",
 }
 # Materials are VelGL's instance data, and white maps its texture references. The shared pointer is a template without OpenGL.
 MODEL_WITH_VELGL = {"upload", "textures", "mesh", "drawdata", "builder", "check", "import", "import/mtl"}

@@ -11,5 +11,6 @@ namespace Atelier::Vel::Tool {
 ExitCode runInfo(const QStringList& arguments);
 ExitCode runDump(const QStringList& arguments);
 ExitCode runRender(const QStringList& arguments);
+ExitCode runCheck(const QStringList& arguments);
 
 } // namespace Atelier::Vel::Tool

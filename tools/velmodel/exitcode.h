@@ -9,6 +9,7 @@ enum class ExitCode {
     WrongUsage = 2,  ///< the command line is not valid
     NoOpenGL = 3,    ///< no OpenGL context, or it lacks what is needed
     CannotWrite = 4, ///< the result could not be written
+    Findings = 5,    ///< check --strict has found something that is probably not intended
 };
 
 } // namespace Atelier::Vel::Tool

@@ -18,6 +18,7 @@ constexpr Command kCommands[] = {
     {"info", "the contents of models and their cost", runInfo},
     {"dump", "a model's draw data as JSON, read back from OpenGL", runDump},
     {"render", "a picture of a model", runRender},
+    {"check", "what is wrong with models, and where", runCheck},
 };
 
 QString description() {
