@@ -17,60 +17,16 @@
 
 #include <velgl/gpumodel.h>
 #include <velgl/program.h>
-#include <velgl/shaderinterface.h>
 #include <velmodel/decodedtextures.h>
 #include <velmodel/drawdata.h>
 #include <velmodel/objloader.h>
 
 #include "backgroundload.h"
+#include "shared/showmodel.h"
 
 using namespace Atelier::Vel;
 
 namespace {
-
-constexpr char kVertexShader[] = R"(
-in vec3 va_Vertex;
-in vec3 va_Normal;
-in vec2 va_TexCoord;
-uniform mat4 viewProjection;
-out vec3 normal;
-out vec2 texCoord;
-flat out int command;
-void main() {
-    normal = va_Normal;
-    texCoord = va_TexCoord;
-    command = velglCommand();
-    gl_Position = viewProjection * vec4(va_Vertex, 1.0);
-})";
-
-constexpr char kFragmentShader[] = R"(
-in vec3 normal;
-in vec2 texCoord;
-flat in int command;
-out vec4 colour;
-void main() {
-    vec4 texel = velglHas_map_Kd() ? texture(velgl_map_Kd, texCoord) : vec4(1.0);
-    if (texel.a < 0.5)
-        discard;
-    float light = 0.2 + 0.8 * abs(dot(normalize(normal), normalize(vec3(1.0, 2.0, 3.0))));
-    colour = vec4(velglMaterial(command).Kd * texel.rgb * light, 1.0);
-})";
-
-QByteArray shader(ShaderStage stage, const char* body) {
-    return "#version 430 core\n" + shaderInterface(stage, {"OBJMaterial", "InstanceInfo"}) + body;
-}
-
-/// Turns about the model at a distance that shows all of it.
-QMatrix4x4 viewOf(const GPUModel::Bounds& bounds, float aspect, float angle) {
-    const float radius = std::max((bounds.maximum - bounds.minimum).length() / 2, 1e-6F);
-    QMatrix4x4 view;
-    view.perspective(40, aspect, radius, 5 * radius);
-    view.translate(0, 0, -3 * radius);
-    view.rotate(25, 1, 0, 0);
-    view.rotate(angle, 0, 1, 0);
-    view.translate(-(bounds.minimum + bounds.maximum) / 2);
-    return view;
-}
 
 class Viewer : public QOpenGLWindow {
 public:

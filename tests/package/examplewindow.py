@@ -19,13 +19,18 @@ def run(program, *arguments):
     return int(code[1]), done.stdout
 
 
-def pixels(path):
-    """The pixels of a binary PPM picture, three bytes each."""
+def picture(path):
+    """The width and the height of a binary PPM picture, and its pixels, three bytes each."""
     data = path.read_bytes()
     header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
+    width, height = int(header[1]), int(header[2])
     body = data[header.end() :]
-    assert len(body) == 3 * int(header[1]) * int(header[2]), "the picture is cut off"
-    return [body[i : i + 3] for i in range(0, len(body), 3)]
+    assert len(body) == 3 * width * height, "the picture is cut off"
+    return width, height, [body[i : i + 3] for i in range(0, len(body), 3)]
+
+
+def pixels(path):
+    return picture(path)[2]
 
 
 def check(holds, claim, output):
