@@ -1,0 +1,142 @@
+#include "shownmodel.h"
+
+#include <utility>
+
+#include <QtCore/QElapsedTimer>
+
+#include <velgl/gpumodel.h>
+#include <velgl/instancedatacollection.h>
+#include <velgl/texture.h>
+#include <velmodel/objloader.h>
+
+namespace Atelier::Vel::Viewer {
+
+namespace {
+
+GPUModel::TextureLoader whiteTextures() {
+    const auto white = std::shared_ptr<Texture>(Texture::ofColor(Qt::white));
+    return [white](const QString& /*path*/) { return std::shared_ptr<Texture>(white); };
+}
+
+InstanceData withValues(InstanceData material, const MaterialValues& values) {
+    const float diffuse[] = {float(values.diffuse.redF()), float(values.diffuse.greenF()),
+                             float(values.diffuse.blueF())};
+    material.set(QStringLiteral("Kd"), diffuse, sizeof diffuse);
+    material.set(QStringLiteral("d"), &values.opacity, sizeof values.opacity);
+    material.set(QStringLiteral("Ns"), &values.shininess, sizeof values.shininess);
+    return material;
+}
+
+ModelBox boxOf(const ModelContents& contents, const QBitArray& parts) {
+    ModelBox box;
+    for (int part = 0; part < contents.parts.size(); ++part)
+        if (parts.testBit(part))
+            box = united(box, contents.parts[part].box);
+    return box;
+}
+
+} // namespace
+
+ShownModel::ShownModel(std::shared_ptr<ReadModel> read)
+    : _read(std::move(read)),
+      _materials(_read->contents.materials),
+      _visible(_read->contents.parts.size(), true),
+      _selected(_read->contents.parts.size(), false) {}
+
+ShownModel::~ShownModel() = default;
+
+bool ShownModel::prepare() {
+    if (!_gpu) {
+        QElapsedTimer timer;
+        timer.start();
+        _gpu = std::make_unique<GPUModel>();
+        _gpu->setLabel(_read->path);
+        UploadOptions options{makeIdentityInstance()};
+        options.keepData = true; // for views of other contexts
+        upload(_read->data, *_gpu, options);
+        setTextured(_isTextured);
+        _allPasses = Tool::surfacePasses(*_gpu, _read->files);
+        _uploadMilliseconds = double(timer.nsecsElapsed()) * 1e-6;
+        return _read->textures.waitingCount() > 0; // the first frame comes before the textures
+    }
+    return _read->textures.waitingCount() > 0 && _read->textures.handOver() > 0;
+}
+
+void ShownModel::setVisible(const QBitArray& visible) {
+    _visible = visible;
+    _hasFilters = false;
+}
+
+void ShownModel::setSelected(const QBitArray& selected) {
+    _selected = selected;
+    _hasFilters = false;
+}
+
+ModelBox ShownModel::visibleBox() const {
+    const ModelBox box = boxOf(contents(), _visible);
+    return box.isValid ? box : contents().box;
+}
+
+ModelBox ShownModel::selectedBox() const {
+    return boxOf(contents(), _selected);
+}
+
+void ShownModel::setMaterial(int number, const MaterialValues& values) {
+    if (!_gpu)
+        return;
+    const bool wasOpaque = _materials[number].values.opacity >= 1;
+    _materials[number].values = values;
+    for (const ModelPart& part : contents().parts)
+        if (part.material == number) {
+            InstanceDataCollection* const items = _gpu->materials(part.drawable);
+            items->set(part.command, withValues(items->items()[part.command], values));
+        }
+    // The passes differ only where the material begins or ends to be opaque.
+    if (wasOpaque != (values.opacity >= 1)) {
+        _allPasses = Tool::surfacePasses(*_gpu, _read->files);
+        _hasFilters = false;
+    }
+}
+
+std::optional<PickHit> ShownModel::pick(const PickRay& ray) const {
+    return _read->picker.pick(
+        ray, [this](int drawable, int command) { return isVisible(partOf(contents(), drawable, command)); });
+}
+
+void ShownModel::setTextured(bool isTextured) {
+    _isTextured = isTextured;
+    if (_gpu)
+        _gpu->setTextureLoader(isTextured ? _read->textures.loader() : whiteTextures());
+}
+
+const Tool::SurfacePasses& ShownModel::passes() {
+    makeFilters();
+    return _passes;
+}
+
+const DrawFilter& ShownModel::filter() {
+    makeFilters();
+    return _filter;
+}
+
+const DrawFilter& ShownModel::selection() {
+    makeFilters();
+    return _selection;
+}
+
+void ShownModel::makeFilters() {
+    if (std::exchange(_hasFilters, true))
+        return;
+    // The parts are in the order of the commands.
+    const auto partsIn = [this](const QBitArray& parts, const DrawFilter& pass) {
+        int part = 0;
+        return DrawFilter(*_gpu, [&](int drawable, int command) {
+            return parts.testBit(part++) && pass.passes(drawable, command);
+        });
+    };
+    _filter = partsIn(_visible, DrawFilter());
+    _selection = partsIn(_selected, DrawFilter());
+    _passes = {partsIn(_visible, _allPasses.opaque), partsIn(_visible, _allPasses.transparent)};
+}
+
+} // namespace Atelier::Vel::Viewer
