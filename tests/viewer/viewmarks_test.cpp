@@ -1,10 +1,22 @@
 #include "viewmarks.h"
 
+#include <QtCore/QLocale>
+
 #include <gmock/gmock.h>
 
 namespace Atelier::Vel::Viewer::Testing {
 
-TEST(ViewMarksTest, TwoPointsMakeADistanceAndAThirdBeginsAnother) {
+namespace {
+
+/// Sets the locale of the tests again, which decides how lengths are written.
+class ViewMarksTest : public ::testing::Test {
+protected:
+    void TearDown() override { QLocale::setDefault(_locale); }
+
+    const QLocale _locale;
+};
+
+TEST_F(ViewMarksTest, TwoPointsMakeADistanceAndAThirdBeginsAnother) {
     ViewMarks marks;
     EXPECT_TRUE(marks.isEmpty());
     marks.measure({1, 1, 1});
@@ -20,7 +32,8 @@ TEST(ViewMarksTest, TwoPointsMakeADistanceAndAThirdBeginsAnother) {
     EXPECT_THAT(marks.measured, ::testing::ElementsAre(QVector3D(0, 0, 0)));
 }
 
-TEST(ViewMarksTest, ABoxHasThreeSizes) {
+TEST_F(ViewMarksTest, ABoxHasThreeSizes) {
+    QLocale::setDefault(QLocale::c());
     const QVector<MarkLabel> labels = sizeLabels({{-1, 0, 2}, {1, 5, 2.25F}, true});
     ASSERT_EQ(labels.size(), 3);
     EXPECT_EQ(labels[0].text, "2");
@@ -31,7 +44,13 @@ TEST(ViewMarksTest, ABoxHasThreeSizes) {
     EXPECT_EQ(labels[2].at, QVector3D(1, 0, 2.125F));
 }
 
-TEST(ViewMarksTest, AnOutlineIsClosed) {
+TEST_F(ViewMarksTest, LengthsFollowTheLocale) {
+    QLocale::setDefault(QLocale(QLocale::German));
+    EXPECT_EQ(sizeLabels({{0, 0, 0}, {1, 0.25F, 12345}, true})[1].text, "0,25");
+    EXPECT_EQ(sizeLabels({{0, 0, 0}, {1, 0.25F, 12345}, true})[2].text, "12.345");
+}
+
+TEST_F(ViewMarksTest, AnOutlineIsClosed) {
     ViewMarks marks;
     marks.outlines = {{{0, 0, 0}, {2, 0, 0}, {0, 3, 0}}};
     const PointList lines = markLines(marks, 1);
@@ -41,5 +60,7 @@ TEST(ViewMarksTest, AnOutlineIsClosed) {
     EXPECT_EQ(outlineBox(marks).maximum, QVector3D(2, 3, 0));
     EXPECT_FALSE(outlineBox({}).isValid);
 }
+
+} // namespace
 
 } // namespace Atelier::Vel::Viewer::Testing
