@@ -117,7 +117,7 @@ private:
         const float aspect = float(width()) / float(std::max(height(), 1));
         const QMatrix4x4 view = viewOf(_model->bounds(), aspect, _angle++);
         _program->bind();
-        gl->glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, view.constData());
+        _program->setUniform("viewProjection", view);
         _model->draw();
         _program->unbind();
         if (!hasAllTextures)
@@ -153,11 +153,7 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
-    QSurfaceFormat format;
-    format.setVersion(4, 3);
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
+    useOpenGL43();
     const QGuiApplication application(argc, argv);
     QStringList arguments = application.arguments();
     const bool cancels = arguments.removeOne(QStringLiteral("--cancel"));

@@ -41,7 +41,7 @@ public:
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         const QMatrix4x4 view = viewOf(_model->bounds(), float(width) / float(std::max(height, 1)), angle);
         _program->bind();
-        glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, view.constData());
+        _program->setUniform("viewProjection", view);
         _model->draw();
         _program->unbind();
     }

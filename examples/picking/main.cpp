@@ -94,8 +94,8 @@ private:
         gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         _view = viewOf(_model->bounds(), float(width()) / float(std::max(height(), 1)), 30);
         _program->bind();
-        gl->glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, _view.constData());
-        gl->glUniform1i(_program->uniformLocation("selectedCommand"), _selected);
+        _program->setUniform("viewProjection", _view);
+        _program->setUniform("selectedCommand", _selected);
         _model->draw();
         _program->unbind();
     }
@@ -113,11 +113,7 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
-    QSurfaceFormat format;
-    format.setVersion(4, 3);
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
+    useOpenGL43();
     const QGuiApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     Viewer viewer(arguments.value(1), arguments.value(2),

@@ -78,7 +78,7 @@ void Canvas::draw(GPUModel& model, const QRect& viewport) {
     const float aspect = float(viewport.width()) / float(std::max(viewport.height(), 1));
     const QMatrix4x4 view = viewOf(model.bounds(), aspect, 30);
     _program->bind();
-    gl->glUniformMatrix4fv(_program->uniformLocation("viewProjection"), 1, GL_FALSE, view.constData());
+    _program->setUniform("viewProjection", view);
     model.draw();
     _program->unbind();
 }

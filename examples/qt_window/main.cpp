@@ -2,7 +2,6 @@
 // Usage: qt_window MODEL.obj... [--commands]
 // Ctrl+O adds a model, F5 reads all files again. The dock can be dragged out of the window and back. With
 // --commands, commands are read from standard input, see commands.h.
-#include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
@@ -12,6 +11,7 @@
 
 #include "canvas.h"
 #include "commands.h"
+#include "shared/showmodel.h"
 
 namespace {
 
@@ -30,11 +30,7 @@ void addMenu(QMainWindow& window, Canvas& canvas) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QSurfaceFormat format;
-    format.setVersion(4, 3);
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
+    useOpenGL43();
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // see canvas.h
     const QApplication application(argc, argv);
 

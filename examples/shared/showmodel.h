@@ -1,10 +1,11 @@
 #pragma once
 
-// What the examples with a window share: shaders, and a view of the whole model.
+// What the examples with a window share: shaders, a view of the whole model, and the format of Qt's contexts.
 #include <algorithm>
 
 #include <QtCore/QByteArray>
 #include <QtGui/QMatrix4x4>
+#include <QtGui/QSurfaceFormat>
 
 #include <velgl/gpumodel.h>
 #include <velgl/shaderinterface.h>
@@ -41,6 +42,15 @@ void main() {
 inline QByteArray shader(Atelier::Vel::ShaderStage stage, const char* body) {
     return "#version 430 core\n" + Atelier::Vel::shaderInterface(stage, {"OBJMaterial", "InstanceInfo"}) +
            body;
+}
+
+/// Lets the windows of Qt have OpenGL 4.3. Must be called before the application is made.
+inline void useOpenGL43() {
+    QSurfaceFormat format;
+    format.setVersion(4, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setDepthBufferSize(24);
+    QSurfaceFormat::setDefaultFormat(format);
 }
 
 /// From a distance that shows all of the model, turned by `angle` degrees.

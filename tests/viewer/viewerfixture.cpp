@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include <QtCore/QDir>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QSettings>
 #include <QtGui/QScreen>
 #include <QtGui/QWindow>
@@ -26,14 +25,6 @@ bool areAlike(QRgb one, QRgb other, int tolerance) {
 }
 
 } // namespace
-
-bool waitUntil(const std::function<bool()>& condition) {
-    QElapsedTimer waited;
-    waited.start();
-    while (!condition() && waited.elapsed() < 10'000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 10);
-    return condition();
-}
 
 double difference(const QImage& one, const QImage& other, int tolerance) {
     if (one.size() != other.size() || one.isNull())

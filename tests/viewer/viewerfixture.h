@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 
 #include <QtCore/QTemporaryDir>
@@ -9,14 +8,14 @@
 #include <gmock/gmock.h>
 
 #include "modelview.h"
+#include "support/eventloop.h"
 #include "support/messagelog.h"
 #include "vieweractions.h"
 #include "viewerwindow.h"
 
 namespace Atelier::Vel::Viewer::Testing {
 
-/// Handles events until `condition` holds. Returns: false if it does not hold within ten seconds.
-bool waitUntil(const std::function<bool()>& condition);
+using Vel::Testing::waitUntil;
 
 /// The part of the pixels that differ by more than `tolerance` in a channel, from 0 to 1; 1 for pictures of
 /// different sizes.

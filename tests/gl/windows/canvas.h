@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include <QtGui/QImage>
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLWindow>
@@ -9,13 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include "support/eventloop.h"
 #include "windows/liveobjects.h"
 #include "windows/modelpainter.h"
 
 namespace Atelier::Vel::Testing {
-
-/// Handles events until `condition` holds. Returns: false if it does not hold within ten seconds.
-bool waitUntil(const std::function<bool()>& condition);
 
 /// How a canvas deletes its program when its context ends. Qt reports that to it and to VelGL in the order in
 /// which they connected to the signal.

@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 
-#include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
@@ -78,14 +76,6 @@ void addMaterials(ModelBuilder& builder, const QVector<InstanceData>& materials)
 }
 
 } // namespace
-
-bool waitUntil(const std::function<bool()>& condition) {
-    QElapsedTimer waited;
-    waited.start();
-    while (!condition() && waited.elapsed() < 10'000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 10);
-    return condition();
-}
 
 bool Cell::looksLike(const Cell& other) const {
     const auto alike = [](const QColor& a, const QColor& b) {
