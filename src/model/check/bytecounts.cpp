@@ -81,16 +81,23 @@ void addChunk(const char* bytes, WordCounts& counts) {
     counts.letters += sumOf(letters);
     counts.hasOthers = counts.hasOthers || isAny(others);
 }
+
+// Adds the whole chunks, and moves `first` behind them.
+template<typename Counts>
+void addChunks(const char*& first, const char* last, Counts& counts) {
+    for (; last - first >= kChunk; first += kChunk)
+        addChunk(first, counts);
+}
+#else
+template<typename Counts>
+void addChunks(const char*&, const char*, Counts&) {}
 #endif
 
 } // namespace
 
 TextContent contentOf(const char* first, const char* last) {
     TextContent content;
-#if defined(__SSE2__)
-    for (; last - first >= kChunk; first += kChunk)
-        addChunk(first, content);
-#endif
+    addChunks(first, last, content);
     for (; first != last; ++first) {
         const auto byte = static_cast<quint8>(*first);
         content.lineFeeds += byte == '\n' ? 1 : 0;
@@ -102,10 +109,7 @@ TextContent contentOf(const char* first, const char* last) {
 
 WordCounts wordCountsOf(const char* first, const char* last) {
     WordCounts counts;
-#if defined(__SSE2__)
-    for (; last - first >= kChunk; first += kChunk)
-        addChunk(first, counts);
-#endif
+    addChunks(first, last, counts);
     for (; first != last; ++first) {
         counts.words += isBlank(first[0]) && !isBlank(first[1]) ? 1 : 0;
         counts.letters += static_cast<quint8>(*first) > '9' ? 1 : 0;

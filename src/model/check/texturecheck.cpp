@@ -10,24 +10,12 @@ namespace Atelier::Vel {
 
 namespace {
 
-// The largest side that OpenGL 4.3 guarantees, and the maximum number of bytes that a load decodes.
-constexpr int kLargestSide = 16'384;
-constexpr qint64 kLargestBytes = qint64(1) << 30;
-constexpr int kBytesPerPixel = 4;
+constexpr int kLargestSide = 16'384; // which OpenGL 4.3 guarantees
 // More paths would hide the others.
 constexpr int kMaxListedPaths = 16;
 
 int largestSideOfAny() {
     return kLargestSide;
-}
-
-qint64 decodedBytes(const QSize& size) {
-    return qAbs(qint64(size.width())) * qAbs(qint64(size.height())) * kBytesPerPixel;
-}
-
-bool isTooLarge(const QSize& size) {
-    return qAbs(size.width()) > kLargestSide || qAbs(size.height()) > kLargestSide ||
-           decodedBytes(size) > kLargestBytes;
 }
 
 QString folderOf(const QString& file) {
@@ -80,7 +68,7 @@ void TextureCheck::examineImage(const QString& path, const QString& name, const 
     const std::unique_ptr<QIODevice> file = openMaterialFile(*_source, path);
     QImageReader reader(file.get());
     const QSize size = file && mayBeRead(reader, *_source) ? reader.size() : QSize();
-    if (size.isValid() && isTooLarge(size))
+    if (size.isValid() && !isDecodable(size, kLargestSide))
         return report(
             CheckCode::TextureTooLarge, name, place,
             QStringLiteral("'%1' has %2 x %3 pixels; the limits are %4 for a side and 1 GiB for all")

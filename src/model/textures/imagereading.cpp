@@ -14,16 +14,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-// An image that needs more memory than this, at four bytes per pixel, is not decoded.
 constexpr qint64 kLargestImageBytes = qint64(1) << 30;
-
-// A bitmap whose rows run from top to bottom reports a negative height. An image without a known size fits.
-bool fits(const QSize& size, SideLimit largestSide) {
-    const qint64 width = qAbs(qint64(size.width()));
-    const qint64 height = qAbs(qint64(size.height()));
-    const int side = largestSide();
-    return width <= side && height <= side && width * height * 4 <= kLargestImageBytes;
-}
+constexpr int kBytesPerPixel = 4;
 
 // The screen size of a GIF. A GIF is decoded to that size, but its reader reports the size of the first
 // picture. Invalid for other files.
@@ -140,15 +132,24 @@ std::unique_ptr<QIODevice> openMaterialFile(ModelSource& source, const QString& 
     return file || slashed == path ? std::move(file) : openImage(source, slashed);
 }
 
+qint64 decodedBytes(const QSize& size) {
+    return qAbs(qint64(size.width())) * qAbs(qint64(size.height())) * kBytesPerPixel;
+}
+
+bool isDecodable(const QSize& size, int largestSide) {
+    return qAbs(size.width()) <= largestSide && qAbs(size.height()) <= largestSide &&
+           decodedBytes(size) <= kLargestImageBytes;
+}
+
 QImage readImage(const std::unique_ptr<QIODevice>& file, const ModelSource& source, SideLimit largestSide) {
-    const bool isSmall = file && fits(gifScreen(*file), largestSide) && isIconWhole(*file) &&
-                         fits(pngInIcon(*file), largestSide);
+    const auto fits = [largestSide](const QSize& size) { return isDecodable(size, largestSide()); };
+    const bool isSmall = file && fits(gifScreen(*file)) && isIconWhole(*file) && fits(pngInIcon(*file));
     QImageReader reader(file.get());
     // Not every format reports its size before it is decoded.
-    if (!isSmall || !mayBeRead(reader, source) || !fits(reader.size(), largestSide))
+    if (!isSmall || !mayBeRead(reader, source) || !fits(reader.size()))
         return {};
     QImage image = reader.read();
-    if (image.isNull() || !fits(image.size(), largestSide))
+    if (image.isNull() || !fits(image.size()))
         return {};
     if (!isBgra(image.format()))
         image = image.convertToFormat(QImage::Format_ARGB32);

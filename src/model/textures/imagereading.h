@@ -28,6 +28,13 @@ bool mayBeRead(const QImageReader& reader, const ModelSource& source);
 /// The limit for the sides of an image, in pixels. It is not called for a file that cannot be opened.
 using SideLimit = int (*)();
 
+/// The memory of the pixels of an image. A bitmap whose rows run from top to bottom reports a negative
+/// height.
+qint64 decodedBytes(const QSize& size);
+/// Whether an image of that size is decoded: both sides are up to the limit, and the pixels up to 1 GiB. An
+/// image without a known size is decoded.
+bool isDecodable(const QSize& size, int largestSide);
+
 /// Decodes the image in `file`, which is from `source`, or null. An image with a side above the limit, or of
 /// more than 1 GiB, is not decoded.
 /// Returns: four bytes per pixel: blue, green, red, alpha. The last row comes first, as OpenGL expects. Null
