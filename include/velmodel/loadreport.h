@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QtCore/QMap>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 #include <QtCore/QtGlobal>
 
@@ -8,6 +10,17 @@
 #include <velmodel/loaddiagnostic.h>
 
 namespace Atelier::Vel {
+
+/// A file that a model names.
+struct ReferencedFile {
+    enum class Kind { Library, Texture };
+
+    Kind kind = Kind::Library;
+    QString path; ///< where it is, or is expected: its name for the ModelSource
+    /// The paths where it was looked for in vain, at most 16. Empty if it was found; textures are looked for
+    /// only if LoadRepairs::findFiles is set.
+    QStringList tried;
+};
 
 /// What a load counted and observed. The overloads that take a report fill it on success, on failure, and if
 /// the load is cancelled; an exception leaves it unchanged. After a failure it has what was counted until
@@ -18,6 +31,8 @@ namespace Atelier::Vel {
 struct LoadReport {
     /// The maximum number of entries of a code in `diagnostics`.
     static constexpr int kMaxDiagnostics = 10;
+    /// The maximum number of entries in `files`.
+    static constexpr int kMaxFiles = 10'000;
 
     qint64 bytesRead = 0;             ///< size of the OBJ file when it was opened, or what was read of an
                                       ///< unknown one
@@ -32,6 +47,8 @@ struct LoadReport {
     /// are faces, except for UndrawnFace, which has one entry for each use of the material, and for a text
     /// that is read once: an entry without a line stands for the whole file.
     QMap<LoadDiagnostic::Code, quint64> diagnosticCounts;
+    /// The libraries that the model names, and the textures that its materials name, each path once.
+    QVector<ReferencedFile> files;
 };
 
 } // namespace Atelier::Vel

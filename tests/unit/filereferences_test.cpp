@@ -63,6 +63,17 @@ protected:
     }
     LoadOptions& options() { return _options; }
     const LoadReport& report() const { return _report; }
+    /// The files of the report as "PATH" or "PATH < TRIED TRIED", relative to the folder of the model.
+    QStringList files() const {
+        QStringList texts;
+        for (const ReferencedFile& file : _report.files) {
+            QString text = file.path;
+            if (!file.tried.isEmpty())
+                text += " < " + file.tried.join(' ');
+            texts.append(text.remove(path("model/")));
+        }
+        return texts;
+    }
     const std::vector<QString>& warnings() const { return _warnings; }
 
 private:
@@ -156,6 +167,43 @@ TEST_F(FileReferencesTest, PathsStayIfNothingIsFound) {
     ASSERT_EQ(report().diagnostics.size(), 2);
     EXPECT_EQ(report().diagnostics[0].code, Code::MissingLibrary);
     EXPECT_EQ(report().diagnostics[1].code, Code::UndrawnFace);
+}
+
+TEST_F(FileReferencesTest, ReportListsLibrariesAndTexturesAndWhereTheyWereLookedFor) {
+    options() = LoadOptions::forgiving();
+    write("model/in.mtl",
+          "newmtl red\nmap_Kd Wood.png\nmap_Ks a\\gone.png\nmap_Ka Wood.png\nmap_Ns wood.png\n");
+    write("model/wood.png");
+    EXPECT_EQ(load("in.mtl"), QString());
+    EXPECT_THAT(files(), ElementsAre("wood.png", "a\\gone.png < a\\gone.png a/gone.png gone.png", "in.mtl"));
+    EXPECT_EQ(report().files[1].kind, ReferencedFile::Kind::Texture);
+    EXPECT_EQ(report().files[2].kind, ReferencedFile::Kind::Library);
+    EXPECT_EQ(load("x/no.mtl"), QString());
+    EXPECT_THAT(files(), ElementsAre("x/no.mtl < x/no.mtl no.mtl"));
+}
+
+TEST_F(FileReferencesTest, PlainLoadsListFilesAsNamed) {
+    options() = LoadOptions();
+    write("model/in.mtl", "newmtl red\nmap_Kd Wood.png\n");
+    EXPECT_EQ(load("in.mtl"), QString());
+    EXPECT_THAT(files(), ElementsAre("Wood.png", "in.mtl"));
+    EXPECT_FALSE(load("no.mtl").isNull());
+    EXPECT_THAT(files(), ElementsAre("no.mtl < no.mtl"));
+}
+
+TEST_F(FileReferencesTest, ListsOfFilesAreBounded) {
+    options() = LoadOptions::forgiving();
+    QByteArray library = "newmtl red\n";
+    for (int i = 0; i <= LoadReport::kMaxFiles; ++i)
+        library += "map_Kd a/b/" + QByteArray::number(i) + "\n";
+    write("model/in.mtl", library);
+    EXPECT_EQ(load("in.mtl"), QString());
+    ASSERT_EQ(report().files.size(), LoadReport::kMaxFiles);
+    EXPECT_EQ(report().files[99].tried.size(), 3);
+    EXPECT_EQ(report().files[100].tried, QStringList(path("model/a/b/100")));
+    write("model/in.mtl", "newmtl red\nmap_Ks " + QByteArray("long/").repeated(20) + "name\n");
+    EXPECT_EQ(load("in.mtl"), QString());
+    EXPECT_EQ(report().files[0].tried.size(), 16);
 }
 
 TEST_F(FileReferencesTest, PathsStayIfFilesAreNotToBeFound) {

@@ -21,11 +21,20 @@ LibraryLines::Library LibraryLines::find(const TextLine& line, const QString& na
 
 bool LibraryLines::load(const TextLine& line, const QString& word, QString& error) {
     const Library library = find(line, word);
-    return _libraries.load(library.path) || leaveOut(line, library, error);
+    return read(line, library) || leaveOut(line, library, error);
+}
+
+// Returns: whether the library could be read.
+bool LibraryLines::read(const TextLine& line, const Library& library) {
+    const bool isRead = _libraries.load(library.path);
+    if (isRead)
+        _references.list(ReferencedFile::Kind::Library, line, {library.name}, library.path, false);
+    return isRead;
 }
 
 // Reports a library that cannot be read. Returns: false, with the error, if it may not be left out.
 bool LibraryLines::leaveOut(const TextLine& line, const Library& library, QString& error) {
+    _references.list(ReferencedFile::Kind::Library, line, {library.name}, library.path, true);
     const auto cause = [&] {
         return QStringLiteral("'%1': %2").arg(library.path, _references.causeOfUnreadable(library.path));
     };
@@ -46,7 +55,7 @@ bool LibraryLines::loadMatching(const TextLine& line, const QString& rest, QStri
     QStringList wholes = nameCandidates(rest);
     wholes.removeLast();
     for (const QString& whole : qAsConst(wholes)) {
-        if (!_libraries.load(find(line, whole).path))
+        if (!read(line, find(line, whole)))
             continue;
         _diagnostics.add(Code::MatchedName, line, rest,
                          [&] { return QStringLiteral("'%1' is read as the name of one library").arg(rest); });
@@ -54,7 +63,7 @@ bool LibraryLines::loadMatching(const TextLine& line, const QString& rest, QStri
     }
     std::vector<Library> missing;
     for (const QString& word : words)
-        if (const Library library = find(line, word); !_libraries.load(library.path))
+        if (const Library library = find(line, word); !read(line, library))
             missing.push_back(library);
     // If no word names a library, the line probably names one library.
     if (missing.size() == static_cast<std::size_t>(words.size()) && _repairs.skipMissingLibraries)

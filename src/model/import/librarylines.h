@@ -35,6 +35,7 @@ private:
     };
 
     Library find(const TextLine& line, const QString& name);
+    bool read(const TextLine& line, const Library& library);
     bool leaveOut(const TextLine& line, const Library& library, QString& error);
 
     MaterialLibraries& _libraries;

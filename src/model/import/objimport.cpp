@@ -210,6 +210,7 @@ LoadReport ObjImport::report() const {
     report.facesWithoutGroup = _feed.facesWithoutGroup();
     report.statistics = _statistics;
     _diagnostics.copyTo(report);
+    report.files = _references.files();
     return report;
 }
 

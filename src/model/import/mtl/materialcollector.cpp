@@ -52,8 +52,9 @@ void MaterialCollector::startMaterial(const MtlReader& line) {
 // The path of the file that the line names.
 QString MaterialCollector::findMap(const MtlReader& line) {
     const TextLine place = line.line(_path);
-    const FileReferences::Found found = _references.findFirst(
-        Code::RelocatedTexture, place, _repairs.findFiles ? line.mapNames() : QStringList(line.text()));
+    const QStringList names = _repairs.findFiles ? line.mapNames() : QStringList(line.text());
+    const FileReferences::Found found = _references.findFirst(Code::RelocatedTexture, place, names);
+    _references.list(ReferencedFile::Kind::Texture, place, names, found.path, found.isMissing);
     if (found.name != line.firstWord())
         _diagnostics.add(Code::MapName, place, line.rest(), [&] {
             return QStringLiteral("'%1' names the file '%2'").arg(line.rest(), found.path);

@@ -41,13 +41,33 @@ FileReferences::Found FileReferences::findFirst(DiagnosticLog::Code code, const 
     const QString folder = _finder ? folderOf(line.file) : QString();
     const auto found = _finder ? _finder->find({folder, _modelFolder}, names) : std::nullopt;
     if (!found)
-        return {_source.resolve(line.file, names.last()), names.last()};
+        return {_source.resolve(line.file, names.last()), names.last(), _finder.has_value()};
     if (!found->isAsNamed)
         _diagnostics.add(code, line, found->name, [&] {
             return QStringLiteral("'%1': no such file; '%2' is used")
                 .arg(found->name, seenFrom(folder, found->path));
         });
     return {found->path, found->name};
+}
+
+void FileReferences::list(ReferencedFile::Kind kind, const TextLine& line, const QStringList& names,
+                          const QString& path, bool isMissing) {
+    const bool isListed = _listed.size() >= LoadReport::kMaxFiles || _listedPaths.contains(path);
+    if (!_diagnostics.isKept() || isListed)
+        return;
+    _listedPaths.insert(path);
+    _listed.append({kind, path, isMissing ? triedPaths(line, names, path) : QStringList()});
+    _searches += isMissing ? 1 : 0;
+}
+
+// Of many files that are missing, the paths would take much memory.
+QStringList FileReferences::triedPaths(const TextLine& line, const QStringList& names,
+                                       const QString& path) const {
+    constexpr int kMaxSearches = 100;
+    constexpr int kMaxPaths = 16;
+    if (!_finder || _searches >= kMaxSearches)
+        return {path};
+    return _finder->candidates({folderOf(line.file), _modelFolder}, names).mid(0, kMaxPaths);
 }
 
 void FileReferences::warnOfOutside(const QString& path) const {

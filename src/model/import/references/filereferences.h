@@ -2,10 +2,13 @@
 
 #include <optional>
 
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QVector>
 
 #include <velmodel/loadoptions.h>
+#include <velmodel/loadreport.h>
 #include <velmodel/modelfiles.h>
 #include <velmodel/modelsource.h>
 
@@ -24,8 +27,9 @@ public:
 
     /// What was found for a reference.
     struct Found {
-        QString path; ///< the name of the file for the source
-        QString name; ///< the one in the line
+        QString path;           ///< the name of the file for the source
+        QString name;           ///< the one in the line
+        bool isMissing = false; ///< it was looked for in vain
     };
 
     /// The file that `line` calls `name`. Reports with `code` if it was found elsewhere.
@@ -37,6 +41,12 @@ public:
     /// line, beside the model, and in the search paths. The last of them if none exists or none is looked
     /// for.
     Found findFirst(DiagnosticLog::Code code, const TextLine& line, const QStringList& names);
+    /// Adds the file that `line` calls by one of `names`, and that was found or is expected at `path`, to
+    /// files(), unless nothing is observed.
+    void list(ReferencedFile::Kind kind, const TextLine& line, const QStringList& names, const QString& path,
+              bool isMissing);
+    /// See LoadReport::files.
+    const QVector<ReferencedFile>& files() const { return _listed; }
     /// Whether `path` may be read. Otherwise it lies outside of the model's folder.
     bool isAllowed(const QString& path) const { return _files == nullptr || _files->allows(path); }
     /// Warns that `path` is not read. Requires: it is not allowed.
@@ -45,11 +55,16 @@ public:
     QString causeOfUnreadable(const QString& path) const;
 
 private:
+    QStringList triedPaths(const TextLine& line, const QStringList& names, const QString& path) const;
+
     ModelSource& _source;
     const ModelFiles* _files; ///< null if the source is not one of files
     QString _modelFolder;
     DiagnosticLog& _diagnostics;
     std::optional<FileFinder> _finder; ///< absent if nothing is to be repaired
+    QVector<ReferencedFile> _listed;
+    QSet<QString> _listedPaths;
+    int _searches = 0; ///< of listed files that are missing
 };
 
 } // namespace Atelier::Vel
