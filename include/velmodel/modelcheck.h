@@ -127,12 +127,13 @@ struct CheckOptions {
 /// Examines an OBJ file with its libraries and textures: what a forgiving load does with them, and where they
 /// probably do not say what their author intended.
 ///
-/// The file is read by a load and once more by the examination, and a third time up to the last finding, for
-/// the text of the lines. Faces are compared by the numbers of their vertices.
+/// The records are examined while the file is loaded. The bytes are read once more, and again up to the last
+/// finding, for the text of the lines; if a polygon cannot be cut, the records are examined a second time to
+/// find it. Faces are compared by the numbers of their vertices.
 /// Threads: any thread, without a context. Several threads may examine files at a time.
-/// Cost:    about twice the time of a load. The memory of a load, or of the positions, the normals and the
-///          faces, whichever is larger; an image of up to 64 MiB. Tables beyond their limits are named in
-///          ModelCheck::notExamined.
+/// Cost:    less than twice the time of a load. During the load, the memory of the positions and the normals
+///          once more, and 36 bytes a face, of at most 2,097,152 faces; an image of up to 64 MiB. Tables
+///          beyond their limits are named in ModelCheck::notExamined.
 /// Errors:  throws std::bad_alloc when memory runs out.
 VELMODEL_EXPORT ModelCheck checkOBJFile(const QString& path, const CheckOptions& options = {},
                                         const LoadProgress& progress = {});

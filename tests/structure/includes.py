@@ -35,7 +35,7 @@ MODEL = {
     "import/obj/simd": ["import/obj", "import/text"],
     "import/mtl": ["import/diagnostics", "import/references", "import/text", "files", "mesh", "."],
     "check": ["import", "import/diagnostics", "import/references", "import/mtl", "import/obj", "import/text", "textures", "files",
-              "drawdata", "mesh", "geometry/shapes", "geometry/triangulation", "."],
+              "drawdata", "mesh", "geometry/shapes", "geometry/triangulation", "memory", "."],
     "import": ["import/diagnostics", "import/references", "textures", "import/mtl", "import/obj", "import/text", "files", "builder", "upload", "drawdata", "mesh",
                "geometry/smoothing", "streams", "memory", "."],
 }

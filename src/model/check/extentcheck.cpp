@@ -29,10 +29,10 @@ struct Extent {
     }
 };
 
-Extent extentOf(const std::vector<float>& positions, const std::vector<quint8>& used) {
+Extent extentOf(const float* positions, const std::vector<quint8>& used) {
     Extent extent;
     for (std::size_t vertex = 0; vertex < used.size(); ++vertex) {
-        const float* const position = positions.data() + 3 * vertex;
+        const float* const position = positions + 3 * vertex;
         if (used[vertex] == 0 || !std::isfinite(position[0] + position[1] + position[2]))
             continue;
         extent.isValid = true;
@@ -56,7 +56,7 @@ QString number(double value) {
 
 } // namespace
 
-void examineExtent(const QString& file, const std::vector<float>& positions, const std::vector<quint8>& used,
+void examineExtent(const QString& file, const float* positions, const std::vector<quint8>& used,
                    FindingLog& log) {
     const Extent extent = extentOf(positions, used);
     const double size = extent.isValid ? extent.size() : 0;

@@ -11,7 +11,7 @@ namespace Atelier::Vel {
 
 /// Examines the box around the positions that are used: its size, and its distance from the origin.
 /// `positions` has three floats for each entry of `used`.
-void examineExtent(const QString& file, const std::vector<float>& positions, const std::vector<quint8>& used,
+void examineExtent(const QString& file, const float* positions, const std::vector<quint8>& used,
                    FindingLog& log);
 
 } // namespace Atelier::Vel

@@ -16,26 +16,28 @@ constexpr double kPlanar = 0.01;
 // The cosines of 90 ± 0.5 degrees.
 constexpr double kInPlane = 0.0087;
 
-bool areBelow(const quint32* indices, quint32 count, quint32 limit) {
-    return std::all_of(indices, indices + count, [limit](quint32 index) { return index < limit; });
-}
+/// What there is among some indices.
+struct IndexRange {
+    quint64 end = 0; ///< behind the highest index
+    bool hasNone = false;
 
-bool areBelowOrNone(const quint32* indices, quint32 count, quint32 limit) {
-    return std::all_of(indices, indices + count,
-                       [limit](quint32 index) { return index < limit || index == kNoIndex; });
-}
+    IndexRange(const quint32* indices, quint32 count) {
+        for (quint32 i = 0; i < count; ++i) {
+            const bool isNone = indices[i] == kNoIndex;
+            hasNone = hasNone || isNone;
+            end = std::max(end, isNone ? 0 : quint64{indices[i]} + 1);
+        }
+    }
+};
 
-bool hasNone(const quint32* indices, quint32 count) {
-    return std::find(indices, indices + count, kNoIndex) != indices + count;
-}
-
-bool repeatsVertex(const quint32* corners, quint32 count) {
+// `sorted` is memory that is used.
+bool repeatsVertex(const quint32* corners, quint32 count, std::vector<quint32>& sorted) {
     if (count == 3)
         return corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0];
     if (count == 4)
         return corners[0] == corners[1] || corners[0] == corners[2] || corners[0] == corners[3] ||
                corners[1] == corners[2] || corners[1] == corners[3] || corners[2] == corners[3];
-    std::vector<quint32> sorted(corners, corners + count);
+    sorted.assign(corners, corners + count);
     std::sort(sorted.begin(), sorted.end());
     return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
 }
@@ -86,12 +88,12 @@ FaceExamination::FaceExamination(QString file, FindingLog& log, const Options& o
     : _file(std::move(file)), _log(log), _options(options) {}
 
 void FaceExamination::addPositions(const float* values, quint64 count) {
-    _positions.insert(_positions.end(), values, values + 3 * count);
-    _used.resize(_positions.size() / 3);
+    _positions.add(values, count);
+    _used.resize(_positions.count());
 }
 
 void FaceExamination::addNormals(const float* values, quint64 count) {
-    _normals.insert(_normals.end(), values, values + 3 * count);
+    _normals.add(values, count);
 }
 
 template<typename Describe>
@@ -100,19 +102,22 @@ void FaceExamination::report(CheckCode code, const CheckedFace& face, int column
         return _log.count(code);
     _log.add(code, {_file, face.line, column}, [&](CheckFinding& finding) {
         finding.message = describe();
-        const bool isPlaced = areBelow(face.positions, face.count, static_cast<quint32>(_used.size()));
+        const IndexRange positions(face.positions, face.count);
+        const bool isPlaced = !positions.hasNone && positions.end <= _used.size();
         for (quint32 i = 0; isPlaced && face.count <= CheckFinding::kMaxOutline && i < face.count; ++i) {
-            const float* const position = _positions.data() + quint64{3} * face.positions[i];
+            const float* const position = _positions[face.positions[i]];
             finding.outline.append({position[0], position[1], position[2]});
         }
     });
 }
 
 void FaceExamination::add(const CheckedFace& face, const ObjLineCounts& counts) {
-    if (areBelow(face.positions, face.count, counts.positions) &&
-        areBelowOrNone(face.texCoords, face.count, counts.texCoords) &&
-        areBelowOrNone(face.normals, face.count, counts.normals))
-        return examineCorners(face, !hasNone(face.normals, face.count));
+    const IndexRange positions(face.positions, face.count);
+    const IndexRange texCoords(face.texCoords, face.count);
+    const IndexRange normals(face.normals, face.count);
+    if (!positions.hasNone && positions.end <= counts.positions && texCoords.end <= counts.texCoords &&
+        normals.end <= counts.normals)
+        return examineCorners(face, {texCoords.hasNone, normals.hasNone}, !normals.hasNone);
     defer(face, counts);
 }
 
@@ -144,18 +149,20 @@ void FaceExamination::examine(const CheckedFace& face, const ObjLineCounts& befo
     hasValues(CheckCode::TexCoordOutOfRange, face.texCoords, face, before.texCoords, all.texCoords);
     const bool hasNormals =
         hasValues(CheckCode::NormalOutOfRange, face.normals, face, before.normals, all.normals);
-    examineCorners(face, hasNormals && !hasNone(face.normals, face.count));
+    const Lacks lacks = {IndexRange(face.texCoords, face.count).hasNone,
+                         IndexRange(face.normals, face.count).hasNone};
+    examineCorners(face, lacks, hasNormals && !lacks.normals);
 }
 
 // Requires: all positions exist, and if `hasNormals`, all normals.
-void FaceExamination::examineCorners(const CheckedFace& face, bool hasNormals) {
+void FaceExamination::examineCorners(const CheckedFace& face, const Lacks& lacks, bool hasNormals) {
     for (quint32 i = 0; i < face.count; ++i)
         _used[face.positions[i]] = 1;
     if (face.count < 3)
         return report(CheckCode::FaceTooFewCorners, face, 0, [&face] {
             return QStringLiteral("The face has %1 of at least 3 corners, and is not drawn").arg(face.count);
         });
-    countMissing(face);
+    countMissing(face, lacks);
     examineShape(face, hasNormals);
 }
 
@@ -178,22 +185,22 @@ bool FaceExamination::hasValues(CheckCode code, const quint32* indices, const Ch
     return false;
 }
 
-void FaceExamination::countMissing(const CheckedFace& face) {
+void FaceExamination::countMissing(const CheckedFace& face, const Lacks& lacks) {
     if (_materials.size() <= static_cast<std::size_t>(face.material))
         _materials.resize(static_cast<std::size_t>(face.material) + 1);
     MaterialFaces& material = _materials[static_cast<std::size_t>(face.material)];
     ++material.faces;
-    if (hasNone(face.texCoords, face.count) && material.withoutTexCoords++ == 0)
+    if (lacks.texCoords && material.withoutTexCoords++ == 0)
         material.firstWithoutTexCoords = face.line;
-    if (hasNone(face.normals, face.count) && material.withoutNormals++ == 0)
+    if (lacks.normals && material.withoutNormals++ == 0)
         material.firstWithoutNormals = face.line;
 }
 
 void FaceExamination::examineShape(const CheckedFace& face, bool hasNormals) {
-    const FaceShape shape = shapeOf(_positions.data(), face.positions, face.count);
+    const FaceShape shape = shapeOf(_positions.items(), face.positions, face.count);
     if (!shape.isFinite)
         return;
-    const bool repeats = repeatsVertex(face.positions, face.count);
+    const bool repeats = repeatsVertex(face.positions, face.count, _sorted);
     if (shape.isDegenerate) {
         report(CheckCode::FaceDegenerate, face, 0, [&] {
             return repeats ? QStringLiteral("The face names a vertex twice, and has no area")
@@ -226,7 +233,7 @@ bool FaceExamination::examineCrossing(const CheckedFace& face, const FaceShape& 
     if (face.count > kMaxCorners)
         return false;
     const EdgeCrossing crossing = findEdgeCrossing(
-        _positions.data(), face.positions, static_cast<int>(face.count), shape.normal, _options.comparisons);
+        _positions.items(), face.positions, static_cast<int>(face.count), shape.normal, _options.comparisons);
     _notCompared += crossing.isUndecided ? 1 : 0;
     if (crossing.first < 0)
         return false;
@@ -244,11 +251,11 @@ bool FaceExamination::examineCrossing(const CheckedFace& face, const FaceShape& 
 }
 
 void FaceExamination::examineCut(const CheckedFace& face) {
-    if (!_options.cutsPolygons || face.count > kMaxCorners)
+    if (!_options.cutsPolygons)
         return;
     std::vector<int> corners(face.positions, face.positions + face.count);
     const auto& triangles =
-        _triangulator.cornerTriangles(static_cast<int>(face.count), corners.data(), _positions.data());
+        _triangulator.cornerTriangles(static_cast<int>(face.count), corners.data(), _positions.items());
     if (triangles.empty())
         report(CheckCode::FaceNotCut, face, 0,
                [] { return QStringLiteral("The face cannot be cut into triangles, and is not drawn"); });
@@ -269,13 +276,21 @@ void FaceExamination::examineMatches(const CheckedFace& face) {
         });
 }
 
+// Whether all normals are clearly on the side of the face that is seen, as nearly all are.
+bool FaceExamination::doNormalsAgree(const CheckedFace& face, const FaceShape& shape) const {
+    return std::all_of(face.normals, face.normals + face.count,
+                       [&](quint32 index) { return isOnSide(shape, _normals[index], kInPlane); });
+}
+
 // A normal between two faces may point a little against one of them, so all corners have to.
 void FaceExamination::examineNormals(const CheckedFace& face, const FaceShape& shape) {
+    if (doNormalsAgree(face, shape))
+        return;
     double highest = -1;
     double flattest = 1;
     int flattestCorner = 0;
     for (quint32 i = 0; i < face.count; ++i) {
-        const float* const normal = _normals.data() + quint64{3} * face.normals[i];
+        const float* const normal = _normals[face.normals[i]];
         if (normal[0] == 0.0F && normal[1] == 0.0F && normal[2] == 0.0F)
             return;
         const double cosine = cosineTo(shape, normal);

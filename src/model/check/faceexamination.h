@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include <QtCore/QString>
@@ -10,6 +11,7 @@
 #include "geometry/shapes/faceshape.h"
 #include "geometry/triangulation/polygontriangulator.h"
 #include "import/obj/plainlines.h"
+#include "memory/growinglist.h"
 
 namespace Atelier::Vel {
 
@@ -32,10 +34,27 @@ struct MaterialFaces {
     qint64 firstWithoutNormals = 0;
 };
 
+/// Vectors of three floats, in one list.
+class FloatTriples {
+public:
+    void add(const float* values, quint64 count) {
+        _values.reserve(3 * (_count + count), 3 * _count);
+        std::copy_n(values, 3 * count, _values.items() + 3 * _count);
+        _count += count;
+    }
+    quint64 count() const { return _count; }
+    const float* items() const { return _values.items(); }
+    const float* operator[](quint32 number) const { return items() + quint64{3} * number; }
+
+private:
+    GrowingList<float> _values;
+    quint64 _count = 0;
+};
+
 /// Examines the faces of a file: their indices, their shape, and their normals.
 class FaceExamination {
 public:
-    /// Larger polygons are not searched for edges that cross, and not cut.
+    /// Larger polygons are not searched for edges that cross.
     static constexpr quint32 kMaxCorners = 10'000;
 
     struct Options {
@@ -57,7 +76,7 @@ public:
     /// Must be called at the end of the file. Examines the faces that were kept.
     void finish(const ObjLineCounts& counts);
 
-    const std::vector<float>& positions() const { return _positions; }
+    const float* positions() const { return _positions.items(); }
     /// For each position whether a face uses it.
     const std::vector<quint8>& used() const { return _used; }
     /// By the number of the material.
@@ -74,18 +93,25 @@ private:
         ObjLineCounts counts;
     };
 
+    /// Whether a corner of a face names no texture coordinates, or no normal.
+    struct Lacks {
+        bool texCoords;
+        bool normals;
+    };
+
     void defer(const CheckedFace& face, const ObjLineCounts& counts);
     void examine(const CheckedFace& face, const ObjLineCounts& before, const ObjLineCounts& all);
     bool hasValues(CheckCode code, const quint32* indices, const CheckedFace& face, quint32 before,
                    quint32 all);
-    void examineCorners(const CheckedFace& face, bool hasNormals);
-    void countMissing(const CheckedFace& face);
+    void examineCorners(const CheckedFace& face, const Lacks& lacks, bool hasNormals);
+    void countMissing(const CheckedFace& face, const Lacks& lacks);
     void examineShape(const CheckedFace& face, bool hasNormals);
     // These two return whether the face crosses itself, and so has no side.
     bool examinePolygon(const CheckedFace& face, const FaceShape& shape);
     bool examineCrossing(const CheckedFace& face, const FaceShape& shape);
     void examineMatches(const CheckedFace& face);
     void examineNormals(const CheckedFace& face, const FaceShape& shape);
+    bool doNormalsAgree(const CheckedFace& face, const FaceShape& shape) const;
     void examineCut(const CheckedFace& face);
     template<typename Describe>
     void report(CheckCode code, const CheckedFace& face, int column, const Describe& describe);
@@ -93,12 +119,13 @@ private:
     QString _file;
     FindingLog& _log;
     Options _options;
-    std::vector<float> _positions;
-    std::vector<float> _normals;
+    FloatTriples _positions;
+    FloatTriples _normals;
     std::vector<quint8> _used;
     std::vector<MaterialFaces> _materials;
     FaceMatches _matches;
     PolygonTriangulator _triangulator;
+    std::vector<quint32> _sorted; ///< the corners of a face, while it is examined
     std::vector<Deferred> _deferred;
     std::vector<quint32> _deferredCorners; ///< the three lists of each face
     quint64 _notKept = 0;                  ///< faces that could not be kept

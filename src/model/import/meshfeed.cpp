@@ -27,6 +27,12 @@ ObjRun& MeshFeed::run() {
     return *_run;
 }
 
+void MeshFeed::addRun(const ObjRun& run) {
+    if (!_run->hasRoomFor(run))
+        flush();
+    _run->append(run);
+}
+
 void MeshFeed::addRecord(const ObjReader& reader) {
     switch (reader.kind()) {
     case ObjReader::Kind::Position:

@@ -28,6 +28,8 @@ public:
     /// another one of its kind was added by addRecord().
     ObjRun& run();
 
+    /// Adds the records of another run, which is as run() would be.
+    void addRun(const ObjRun& run);
     /// Adds the vertex line or face that `reader` has read.
     void addRecord(const ObjReader& reader);
     /// Sets the material of the following faces, whose group they join.

@@ -12,8 +12,8 @@ namespace Atelier::Vel {
 
 namespace {
 
-ObjKeywords keywordsOf(const LoadOptions& options) {
-    return {options.normals.kind == NormalOptions::Kind::SmoothingGroups, options.splitObjects};
+ObjKeywords keywordsOf(const LoadOptions& options, bool hasObserver) {
+    return {options.normals.kind == NormalOptions::Kind::SmoothingGroups, options.splitObjects, hasObserver};
 }
 
 LineSourceOptions linesOf(const LoadOptions& options, DiagnosticLog::Use diagnostics) {
@@ -29,11 +29,12 @@ QString loadFailure(const QString& path) {
 }
 
 ObjImport::ObjImport(TextInput& text, const QString& path, ModelSource& source, const LoadOptions& options,
-                     DiagnosticLog::Use diagnostics)
+                     DiagnosticLog::Use diagnostics, RecordObserver* observer)
     : _text(text),
       _path(path),
       _fileSize(text.size()),
       _options(options),
+      _observer(observer),
       _diagnostics(diagnostics),
       _references(source, path, options, _diagnostics),
       _materials(_mesh.groups, options, _diagnostics),
@@ -42,7 +43,8 @@ ObjImport::ObjImport(TextInput& text, const QString& path, ModelSource& source, 
       _groups(_mesh.groups, _materials,
               options.splitObjects ? FaceGroups::Parts::Split : FaceGroups::Parts::Joined),
       _stream(&text.device()),
-      _reader(&_stream, linesOf(options, diagnostics), findWideParser(), keywordsOf(options)),
+      _reader(&_stream, linesOf(options, diagnostics), findWideParser(),
+              keywordsOf(options, observer != nullptr)),
       _feed(_mesh, _groups) {
     if (options.vertexColours)
         _feed.takeColours();
@@ -72,7 +74,7 @@ bool ObjImport::readText(ProgressMeter& meter, QString& error) {
 
 bool ObjImport::readRecords(ProgressMeter& meter, QString& error) {
     meter.begin(LoadPhase::Reading, _fileSize);
-    for (; _reader.hasNext(); _reader.next(_feed.run())) {
+    for (; _reader.hasNext(); readNext()) {
         if (isTooLarge(error))
             return false;
         meter.reach(bytesRead());
@@ -80,8 +82,20 @@ bool ObjImport::readRecords(ProgressMeter& meter, QString& error) {
             return false;
     }
     _feed.finish();
+    if (_observer != nullptr)
+        _observer->finish();
     meter.reach(bytesRead());
     return true;
+}
+
+void ObjImport::readNext() {
+    if (_observer == nullptr)
+        return _reader.next(_feed.run());
+    ObjRun& run = _observer->run();
+    _reader.next(run);
+    _observer->takeRun(_reader);
+    _feed.addRun(run);
+    run.clear();
 }
 
 void ObjImport::reportFailure(Code code, const QString& message) {
@@ -98,7 +112,10 @@ bool ObjImport::isTooLarge(QString& error) {
 }
 
 bool ObjImport::takeRecord(QString& error) {
-    if (!_reader.read()) {
+    const bool isRead = _reader.read();
+    if (_observer != nullptr && _reader.kind() != ObjReader::Kind::None)
+        _observer->takeRecord(_reader, isRead);
+    if (!isRead) {
         dropFace();
     } else if (_reader.kind() == ObjReader::Kind::UseMaterial) {
         const bool needsRest = _options.repairs.matchNames;

@@ -17,6 +17,7 @@
 #include "import/mtl/materialdefinitions.h"
 #include "import/mtl/materials.h"
 #include "import/obj/objreader.h"
+#include "import/recordobserver.h"
 #include "import/references/filereferences.h"
 #include "import/smoothinggroups.h"
 #include "memory/scratchblock.h"
@@ -30,9 +31,9 @@ QString loadFailure(const QString& path);
 /// One import: reads the text of a file into a mesh and makes draw data from it.
 class ObjImport {
 public:
-    /// The arguments must outlive the import.
+    /// The arguments must outlive the import. `observer` may be null.
     ObjImport(TextInput& text, const QString& path, ModelSource& source, const LoadOptions& options,
-              DiagnosticLog::Use diagnostics);
+              DiagnosticLog::Use diagnostics, RecordObserver* observer = nullptr);
 
     /// Returns: false, with the reason in `error`, if the text or a library cannot be read or the text has
     /// more data than a stream can hold. Throws Cancelled if `meter` does.
@@ -49,6 +50,7 @@ private:
     using Code = LoadDiagnostic::Code;
 
     bool readRecords(ProgressMeter& meter, QString& error);
+    void readNext();
     bool takeRecord(QString& error);
     void dropFace();
     /// Returns: false, with the reason in `error`, if a library is needed and cannot be read.
@@ -65,6 +67,7 @@ private:
     const QString& _path;
     qint64 _fileSize; ///< -1 for a sequential device
     const LoadOptions& _options;
+    RecordObserver* _observer; ///< may be null
     DiagnosticLog _diagnostics;
     ScratchReuse _memory;
     Mesh _mesh{Input::Consumed};

@@ -16,6 +16,7 @@
 #include "files/textinput.h"
 #include "import/mtl/materials.h"
 #include "import/objimport.h"
+#include "import/observedload.h"
 #include "import/references/filecause.h"
 #include "upload/instanceplans.h"
 #include "upload/modelupload.h"
@@ -101,14 +102,14 @@ ModelText openFrom(const std::shared_ptr<ModelSource>& source, const QString& na
 /// an exception is thrown.
 template<typename Finish>
 void importText(const ModelText& model, QString& error, const LoadProgress& progress, LoadReport* report,
-                const LoadOptions& options, const Finish& finish) {
+                const LoadOptions& options, RecordObserver* observer, const Finish& finish) {
     if (!model.text) {
         error = loadFailure(model.path);
         reportUnreadable(report, model);
         return;
     }
     ObjImport import(*model.text, model.path, *model.source, options,
-                     report == nullptr ? DiagnosticLog::Use::Ignored : DiagnosticLog::Use::Kept);
+                     report == nullptr ? DiagnosticLog::Use::Ignored : DiagnosticLog::Use::Kept, observer);
     ProgressMeter meter(progress);
     try {
         if (import.readText(meter, error))
@@ -122,11 +123,12 @@ void importText(const ModelText& model, QString& error, const LoadProgress& prog
 }
 
 DrawData readDrawData(const ModelText& text, QString& error, const LoadOptions& options,
-                      const LoadProgress& progress, LoadReport* report) {
+                      const LoadProgress& progress, LoadReport* report, RecordObserver* observer = nullptr) {
     DrawData data;
-    importText(text, error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
-        data = import.hasMesh() ? import.prepare(meter) : DrawData();
-    });
+    importText(text, error, progress, report, options, observer,
+               [&](ObjImport& import, ProgressMeter& meter) {
+                   data = import.hasMesh() ? import.prepare(meter) : DrawData();
+               });
     return data;
 }
 
@@ -142,17 +144,18 @@ std::unique_ptr<GPUModel> loadModel(const QString& path, QString& error, const L
         return nullptr;
     }
     std::unique_ptr<GPUModel> model;
-    importText(open(), error, progress, report, options, [&](ObjImport& import, ProgressMeter& meter) {
-        DrawData data = import.hasMesh() ? import.prepare(meter) : DrawData();
-        auto loaded = newModel(path);
-        if (!data.isEmpty() && uploadTo(*context, std::move(data), *loaded, {makeIdentityInstance()})) {
-            model = std::move(loaded);
-            return;
-        }
-        error = nothingToDraw(path);
-        import.reportFailure(LoadDiagnostic::Code::NothingToDraw,
-                             QStringLiteral("Nothing of the file can be drawn"));
-    });
+    importText(
+        open(), error, progress, report, options, nullptr, [&](ObjImport& import, ProgressMeter& meter) {
+            DrawData data = import.hasMesh() ? import.prepare(meter) : DrawData();
+            auto loaded = newModel(path);
+            if (!data.isEmpty() && uploadTo(*context, std::move(data), *loaded, {makeIdentityInstance()})) {
+                model = std::move(loaded);
+                return;
+            }
+            error = nothingToDraw(path);
+            import.reportFailure(LoadDiagnostic::Code::NothingToDraw,
+                                 QStringLiteral("Nothing of the file can be drawn"));
+        });
     return model;
 }
 
@@ -166,7 +169,7 @@ GPUModel* loadModelFromOBJFile(const QString& path, QString& error, const LoadPr
                                LoadReport* report) {
     const LoadOptions options;
     std::unique_ptr<GPUModel> model;
-    importText(openFile(path, options), error, progress, report, options,
+    importText(openFile(path, options), error, progress, report, options, nullptr,
                [&](ObjImport& import, ProgressMeter& meter) {
                    auto loaded = newModel(path);
                    const UploadOptions uploadOptions{makeIdentityInstance()};
@@ -198,6 +201,11 @@ std::unique_ptr<GPUModel> loadModelFromOBJ(const std::shared_ptr<ModelSource>& s
 DrawData readDrawDataFromOBJFile(const QString& path, QString& error, const LoadProgress& progress,
                                  LoadReport* report, const LoadOptions& options) {
     return readDrawData(openFile(path, options), error, options, progress, report);
+}
+
+DrawData readObservedDrawData(const QString& path, QString& error, const LoadProgress& progress,
+                              LoadReport& report, const LoadOptions& options, RecordObserver& observer) {
+    return readDrawData(openFile(path, options), error, options, progress, &report, &observer);
 }
 
 DrawData readDrawDataFromOBJ(const std::shared_ptr<ModelSource>& source, const QString& name, QString& error,

@@ -32,7 +32,18 @@ private:
 
 } // namespace
 
+FaceMatches::Key FaceMatches::triangleKey(const quint32* corners, bool& isReversed) {
+    const int start =
+        corners[0] <= corners[1] ? (corners[0] <= corners[2] ? 0 : 2) : (corners[1] <= corners[2] ? 1 : 2);
+    const quint32 next = corners[start == 2 ? 0 : start + 1];
+    const quint32 last = corners[start == 0 ? 2 : start - 1];
+    isReversed = last < next;
+    return {{corners[start], std::min(next, last), std::max(next, last), kNoCorner}, 3};
+}
+
 FaceMatches::Key FaceMatches::keyOf(const quint32* corners, quint32 count, bool& isReversed) {
+    if (count == 3)
+        return triangleKey(corners, isReversed);
     const auto start = static_cast<quint32>(std::min_element(corners, corners + count) - corners);
     isReversed = Walk(corners, count, start, true)[1] < Walk(corners, count, start, false)[1];
     const Walk walk(corners, count, start, isReversed);
@@ -59,40 +70,45 @@ FaceMatches::Key FaceMatches::keyOf(const quint32* corners, quint32 count, bool&
 std::size_t FaceMatches::bucketOf(const Key& key) const {
     constexpr quint32 kSpread = 7919;
     const quint32 differences = key.words[1] - key.words[0] + (key.words[2] - key.words[0]) * 3;
-    return (key.words[0] + differences * kSpread) & (_buckets.size() - 1);
+    return (key.words[0] + differences * kSpread) & (_bucketCount - 1);
 }
 
 void FaceMatches::growBuckets() {
-    _buckets.assign(std::max(kFirstBuckets, 2 * _buckets.size()), 0);
-    for (std::size_t i = 0; i < _entries.size(); ++i) {
-        quint32& bucket = _buckets[bucketOf(_entries[i].key)];
-        _entries[i].next = bucket;
-        bucket = static_cast<quint32>(i + 1);
+    const std::size_t count = std::max(kFirstBuckets, 2 * _bucketCount);
+    _buckets = std::make_unique<ScratchBlock>(count * sizeof(quint32));
+    _bucketCount = count;
+    for (quint32 i = 0; i < _entryCount; ++i) {
+        quint32& bucket = _buckets->as<quint32>()[bucketOf(entry(i).key)];
+        entry(i).next = bucket;
+        bucket = i + 1;
     }
 }
 
 FaceMatches::Result FaceMatches::add(const quint32* corners, quint32 count, quint32 tag) {
-    if (_entries.size() == kMaxFaces) {
+    if (_entryCount == kMaxFaces) {
         ++_skipped;
         return {};
     }
-    if (_entries.size() == _buckets.size())
+    if (_entryCount == _bucketCount)
         growBuckets();
+    if (_entryCount == _entries.size() * kBlockEntries)
+        _entries.push_back(std::make_unique<ScratchBlock>(kBlockEntries * sizeof(Entry),
+                                                          ScratchBlock::Content::Unspecified));
     bool isReversed = false;
     const Key key = keyOf(corners, count, isReversed);
-    quint32& bucket = _buckets[bucketOf(key)];
+    quint32& bucket = _buckets->as<quint32>()[bucketOf(key)];
     int candidates = 0;
-    for (quint32 number = bucket; number != 0; number = _entries[number - 1].next) {
-        const Entry& entry = _entries[number - 1];
-        if (entry.key == key)
-            return {entry.isReversed == isReversed ? Match::Same : Match::Opposite, entry.tag};
+    for (quint32 number = bucket; number != 0; number = entry(number - 1).next) {
+        const Entry& other = entry(number - 1);
+        if (other.key == key)
+            return {other.isReversed == isReversed ? Match::Same : Match::Opposite, other.tag};
         if (++candidates == kMaxCandidates) {
             ++_skipped;
             break;
         }
     }
-    _entries.push_back({key, bucket, tag, isReversed});
-    bucket = static_cast<quint32>(_entries.size());
+    entry(_entryCount) = {key, bucket, tag, isReversed};
+    bucket = ++_entryCount;
     return {};
 }
 

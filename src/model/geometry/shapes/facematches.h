@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
 #include <QtCore/QtGlobal>
+
+#include "memory/scratchblock.h"
 
 namespace Atelier::Vel {
 
@@ -49,12 +53,20 @@ private:
         bool isReversed; ///< in comparison with the key
     };
 
+    static Key triangleKey(const quint32* corners, bool& isReversed);
     static Key keyOf(const quint32* corners, quint32 count, bool& isReversed);
     std::size_t bucketOf(const Key& key) const;
     void growBuckets();
 
-    std::vector<Entry> _entries;
-    std::vector<quint32> _buckets; ///< the number of an entry, from 1
+    // A block for as many entries each, so that a growing table moves nothing.
+    static constexpr quint32 kBlockEntries = quint32(1) << 16;
+
+    Entry& entry(quint32 i) { return _entries[i / kBlockEntries]->as<Entry>()[i % kBlockEntries]; }
+
+    std::vector<std::unique_ptr<ScratchBlock>> _entries;
+    quint32 _entryCount = 0;
+    std::unique_ptr<ScratchBlock> _buckets; ///< in each the number of an entry, from 1
+    std::size_t _bucketCount = 0;
     quint64 _skipped = 0;
 };
 

@@ -149,6 +149,14 @@ FaceShape polygonShape(const float* positions, const quint32* corners, quint32 c
     return shape;
 }
 
+double dotWith(const FaceShape& shape, const Vector& other) {
+    return dot({shape.normal[0], shape.normal[1], shape.normal[2]}, other);
+}
+
+Vector toVector(const float* values) {
+    return {double(values[0]), double(values[1]), double(values[2])};
+}
+
 } // namespace
 
 FaceShape shapeOf(const float* positions, const quint32* corners, quint32 count) {
@@ -156,11 +164,17 @@ FaceShape shapeOf(const float* positions, const quint32* corners, quint32 count)
 }
 
 double cosineTo(const FaceShape& shape, const float* vector) {
-    const Vector other = {double(vector[0]), double(vector[1]), double(vector[2])};
+    const Vector other = toVector(vector);
     const double squared = dot(other, other);
     if (!(squared > 0))
         return 0;
-    return dot({shape.normal[0], shape.normal[1], shape.normal[2]}, other) / std::sqrt(squared);
+    return dotWith(shape, other) / std::sqrt(squared);
+}
+
+bool isOnSide(const FaceShape& shape, const float* vector, double minCosine) {
+    const Vector other = toVector(vector);
+    const double product = dotWith(shape, other);
+    return product > 0 && product * product > minCosine * minCosine * dot(other, other);
 }
 
 } // namespace Atelier::Vel

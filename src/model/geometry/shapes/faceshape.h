@@ -25,4 +25,7 @@ FaceShape shapeOf(const float* positions, const quint32* corners, quint32 count)
 /// Requires: the face is not degenerate.
 double cosineTo(const FaceShape& shape, const float* vector);
 
+/// Whether that cosine is above `minCosine`, which is not negative. Faster than cosineTo().
+bool isOnSide(const FaceShape& shape, const float* vector, double minCosine);
+
 } // namespace Atelier::Vel

@@ -17,6 +17,11 @@ struct FixedList {
 
     size_t freeCapacity() const { return N - size; }
     void push(T item) { items[size++] = item; }
+    /// Requires: `other` fits.
+    void append(const FixedList& other) {
+        std::copy_n(other.items, other.size, items + size);
+        size += other.size;
+    }
 };
 
 /// The colour of a "v" line. A line of six numbers has red, green and blue after its position, and a line of
@@ -75,6 +80,28 @@ struct ObjRun {
         colourComponents = 0;
     }
     bool isFull() const { return lineCapacityLeft() == 0; }
+    /// Whether the records of `other` fit.
+    bool hasRoomFor(const ObjRun& other) const {
+        return positions.freeCapacity() >= other.positions.size &&
+               normals.freeCapacity() >= other.normals.size &&
+               texCoords.freeCapacity() >= other.texCoords.size &&
+               cornerCounts.freeCapacity() >= other.cornerCounts.size &&
+               positionIndices.freeCapacity() >= other.positionIndices.size;
+    }
+    /// Adds the records of `other`. Requires: they fit, and `other` takes colours if this run does.
+    void append(const ObjRun& other) {
+        positions.append(other.positions);
+        normals.append(other.normals);
+        texCoords.append(other.texCoords);
+        cornerCounts.append(other.cornerCounts);
+        positionIndices.append(other.positionIndices);
+        normalIndices.append(other.normalIndices);
+        texCoordIndices.append(other.texCoordIndices);
+        if (!takesColours)
+            return;
+        colours.append(other.colours);
+        colourComponents = std::max(colourComponents, other.colourComponents);
+    }
 
     void addColour(const ObjColour& colour) {
         std::copy_n(colour.values, ObjColour::kSize, colours.items + colours.size);
