@@ -19,9 +19,10 @@ public:
         LoadOptions options = LoadOptions::forgiving();
         options.splitObjects = true;
         options.extendedMaterials = true;
-        const DrawData data = readDrawDataFromOBJFile(folder.filePath("m.obj"), error, {}, nullptr, options);
+        LoadReport report;
+        const DrawData data = readDrawDataFromOBJFile(folder.filePath("m.obj"), error, {}, &report, options);
         EXPECT_TRUE(error.isNull()) << error.toStdString();
-        return contentsOf(data, {});
+        return contentsOf(data, {}, report);
     }
     void write(const QString& name, const QByteArray& text) const {
         QFile file(folder.filePath(name));
@@ -76,7 +77,8 @@ TEST_F(ModelContentsTest, TexturesAreThereOrMissing) {
     const MaterialTexture& gone = model.materials[0].textures[1];
     EXPECT_TRUE(gone.isMissing());
     EXPECT_THAT(gone.tried,
-                ::testing::ElementsAre(folder.filePath("sub\\gone.png"), folder.filePath("sub/gone.png")));
+                ::testing::ElementsAre(folder.filePath("sub\\gone.png"), folder.filePath("sub/gone.png"),
+                                       folder.filePath("gone.png")));
     EXPECT_TRUE(model.materials[0].hasMissingTexture());
 }
 

@@ -66,7 +66,6 @@ TEST_F(ModelLoadTest, ReadsAModelWithItsPartsAndTimes) {
     EXPECT_EQ(model.contents.box.maximum, QVector3D(2, 3, 4));
     EXPECT_EQ(model.report.statistics.triangles, 2U);
     EXPECT_GT(std::accumulate(std::begin(model.milliseconds), std::end(model.milliseconds), 0.0), 0);
-    EXPECT_THAT(model.sources, ::testing::IsEmpty());
 }
 
 TEST_F(ModelLoadTest, DecodesTexturesOfTheLoad) {
@@ -142,14 +141,6 @@ TEST_F(ModelLoadTest, OptimisedModelsMissTheCacheLess) {
     const ReadModel model = loaded(optimised);
     EXPECT_LT(model.cache.acmr, plain.cache.acmr);
     EXPECT_GT(model.milliseconds[static_cast<int>(LoadStage::Optimising)], 0);
-}
-
-TEST_F(ModelLoadTest, ListsItsSourcesWhenAsked) {
-    write("a.mtl", "newmtl a\n");
-    LoadRequest listing = request(write("a.obj", "mtllib a.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"));
-    listing.listsSources = true;
-    EXPECT_THAT(loaded(listing).sources,
-                ::testing::UnorderedElementsAre(folder.filePath("a.obj"), folder.filePath("a.mtl")));
 }
 
 } // namespace Atelier::Vel::Viewer::Testing

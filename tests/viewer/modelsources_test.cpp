@@ -19,18 +19,19 @@ TEST(ModelSourcesTest, AreTheFileItsLibrariesAndItsTextures) {
     };
     QDir(folder.path()).mkdir("sub");
     write("sub/named.mtl", "newmtl a\nmap_Kd maps\\a.png\n");
-    write("beside.mtl", "");
-    write("a.obj", "mtllib sub/named.mtl\nmtllib gone.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n");
+    write("a.obj",
+          "mtllib sub\\named.mtl\nmtllib lib/gone.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n");
     QString error;
-    const DrawData data =
-        readDrawDataFromOBJFile(path("a.obj"), error, {}, nullptr, LoadOptions::forgiving());
-    EXPECT_THAT(sourcesOf(path("a.obj"), data),
-                ::testing::UnorderedElementsAre(path("a.obj"), path("sub/named.mtl"), path("gone.mtl"),
-                                                path("beside.mtl"), path("sub/maps/a.png")));
+    LoadReport report;
+    readDrawDataFromOBJFile(path("a.obj"), error, {}, &report, LoadOptions::forgiving());
+    EXPECT_THAT(sourcesOf(path("a.obj"), report),
+                ::testing::UnorderedElementsAre(path("a.obj"), path("sub/named.mtl"), path("lib/gone.mtl"),
+                                                path("gone.mtl"), path("sub/maps/a.png"), path("sub/a.png"),
+                                                path("maps/a.png"), path("a.png")));
 }
 
 TEST(ModelSourcesTest, AFileThatIsGoneIsItsOnlySource) {
-    EXPECT_THAT(sourcesOf("/no/such.obj", {}), ::testing::ElementsAre(QString("/no/such.obj")));
+    EXPECT_THAT(sourcesOf("/no/such.obj", LoadReport()), ::testing::ElementsAre(QString("/no/such.obj")));
 }
 
 } // namespace Atelier::Vel::Viewer::Testing

@@ -1,9 +1,13 @@
+#include <algorithm>
+
 #include <QtGui/QClipboard>
+#include <QtGui/QImage>
 #include <QtTest/QTest>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDockWidget>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QTreeWidget>
@@ -15,6 +19,7 @@
 #include "problemspanel.h"
 #include "shownmodel.h"
 #include "statisticspanel.h"
+#include "textureswatches.h"
 #include "viewerfixture.h"
 
 namespace Atelier::Vel::Viewer::Testing {
@@ -154,6 +159,57 @@ TEST_F(PanelsTest, AMissingTextureIsRedWithThePathsThatWereTried) {
     EXPECT_EQ(tree.topLevelItem(1)->child(1)->foreground(0).color(), QColor(205, 45, 45));
     EXPECT_TRUE(window.parts().material().text().contains("map_Kd is missing. Tried:\n" + path("gone.png")));
     keep(window, "missing-texture");
+}
+
+TEST_F(PanelsTest, MaterialsHaveSwatchesOfTheirTextures) {
+    QImage image(128, 128, QImage::Format_RGB32);
+    image.fill(QColor(0, 200, 0));
+    ASSERT_TRUE(image.save(path("green.png")));
+    write("t.mtl", "newmtl grown\nKd 1 0 0\nmap_Kd green.png\nnewmtl bare\nKd 0 0 1\nmap_Ks green.png\n");
+    open(window, write("t.obj", "mtllib t.mtl\nv -1 -1 0\nv 1 -1 0\nv 0 1 0\nusemtl grown\nf 1 2 3\n"
+                                "usemtl bare\nf 1 3 2\n"));
+    EXPECT_TRUE(waitUntil([&] { return !window.parts().swatches().at(path("green.png")).isNull(); }));
+    const auto iconOf = [&](int part) {
+        const QIcon icon = tree.topLevelItem(0)->child(part)->icon(0);
+        return icon.pixmap(icon.availableSizes().value(0)).toImage();
+    };
+    const QImage both = iconOf(0);
+    EXPECT_GT(both.width(), 2 * both.height());
+    EXPECT_EQ(both.pixelColor(both.height() / 2, both.height() / 2), QColor(Qt::red));
+    EXPECT_EQ(both.pixelColor(both.width() - 2, both.height() / 2), QColor(0, 200, 0));
+    EXPECT_EQ(iconOf(1).width(), iconOf(1).height()) << "a map of highlights is not shown";
+    tree.topLevelItem(0)->child(1)->setSelected(true);
+    const auto labels = window.parts().material().findChildren<QLabel*>();
+    const bool hasPicture = std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+        const QImage picture = label->pixmap(Qt::ReturnByValue).toImage();
+        return !picture.isNull() && picture.pixelColor(9, 9) == QColor(0, 200, 0);
+    });
+    EXPECT_TRUE(hasPicture);
+    keep(window, "texture-swatches");
+}
+
+TEST_F(PanelsTest, AReloadKeepsHiddenPartsSelectionAndMaterials) {
+    tree.topLevelItem(0)->child(0)->setCheckState(0, Qt::Unchecked);
+    tree.topLevelItem(1)->child(1)->setSelected(true);
+    window.parts().material().setColour(QColor(0, 128, 0));
+    // The parts are in another order, and there is a new one.
+    write("parts.obj", "mtllib m.mtl\nv -2 -1 0\nv -2 1 0\nv 0 -1 0\nv 0 1 0\nv 2 -1 0\nv 2 1 0\n"
+                       "o right\nusemtl blue\nf 3 6 4\no new\nf 3 6 4\no left\nusemtl red\nf 1 3 4 2\n");
+    press(window, Qt::Key_Up);
+    waitForLoad(window);
+    takeWarnings(); // of the missing texture
+    EXPECT_EQ(texts(), QStringList({"right", ".blue 1", "new", ".blue 1", "left", ".red 2"}));
+    EXPECT_EQ(view.model()->visible(), bits("110"));
+    EXPECT_EQ(view.model()->selected(), bits("100"));
+    EXPECT_EQ(view.model()->material(0).values.diffuse, QColor(0, 128, 0));
+    EXPECT_EQ(view.model()->material(1).values.diffuse, QColor(Qt::red));
+    EXPECT_EQ(window.parts().material().values().diffuse, QColor(0, 128, 0));
+    view.model()->setSelected(bits("000"));
+    const QColor shown = picture(window).pixelColor(view.camera().windowPoint({0.4F, 0.3F, 0}).toPoint());
+    EXPECT_GT(shown.green(), shown.red() + 50) << shown.name().toStdString();
+    open(window, path("parts.obj"));
+    takeWarnings();
+    EXPECT_EQ(view.model()->visible(), bits("111")) << "a file that is opened begins anew";
 }
 
 TEST_F(PanelsTest, StatisticsHaveTheFiguresOfTheModel) {

@@ -187,6 +187,20 @@ TEST_F(ViewerWindowTest, WatchedFilesAreLoadedAgain) {
     EXPECT_TRUE(waitUntil([&] { return isBlue(middle(window)); }));
 }
 
+TEST_F(ViewerWindowTest, TheWatchBeginsAndEndsWithItsKey) {
+    ViewerWindow& window = makeWindow(write("square.obj", squareObj("1 0 0")));
+    press(window, Qt::Key_1);
+    press(window, Qt::Key_W);
+    write("square.obj", squareObj("0 0 1"));
+    EXPECT_TRUE(waitUntil([&] { return isBlue(middle(window)); }));
+    press(window, Qt::Key_W);
+    EXPECT_FALSE(window.actions()[ActionId::Watch]->isChecked());
+    write("square.obj", squareObj("1 0 0"));
+    QTest::qWait(2 * FileWatch::kQuietMilliseconds);
+    waitForLoad(window);
+    EXPECT_TRUE(isBlue(middle(window)));
+}
+
 TEST_F(ViewerWindowTest, RecentFilesAreInTheMenu) {
     ViewerWindow& window = makeWindow(write("a.obj", squareObj("1 0 0")));
     open(window, write("b.obj", squareObj("0 1 0")));

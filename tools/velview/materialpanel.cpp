@@ -5,7 +5,6 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QLocale>
 #include <QtCore/QScopedValueRollback>
-#include <QtGui/QImageReader>
 #include <QtWidgets/QColorDialog>
 #include <QtWidgets/QFormLayout>
 #include <QtWidgets/QHBoxLayout>
@@ -14,7 +13,7 @@
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QVBoxLayout>
 
-#include "texturefiles.h"
+#include "textureswatches.h"
 
 namespace Atelier::Vel::Viewer {
 
@@ -33,16 +32,6 @@ float shininessOf(int steps) {
 int stepsOf(float shininess) {
     const double limited = qBound(0.0, double(shininess), kMaxShininess);
     return qRound(std::log(limited + 1) / std::log(kMaxShininess + 1) * kShininessSteps);
-}
-
-// Decodes the image at the size of the swatch, if the format can be decoded at a smaller size.
-QPixmap thumbnail(const QString& path, qreal pixelRatio) {
-    const int side = qRound(kSwatchSide * pixelRatio);
-    QImageReader reader(Tool::textureFile(path));
-    reader.setScaledSize({side, side});
-    QPixmap picture = QPixmap::fromImage(reader.read());
-    picture.setDevicePixelRatio(pixelRatio);
-    return picture;
 }
 
 } // namespace
@@ -70,7 +59,7 @@ MaterialPanel::MaterialPanel(QWidget* parent)
     hide();
 }
 
-void MaterialPanel::showMaterial(const ModelMaterial& material) {
+void MaterialPanel::showMaterial(const ModelMaterial& material, const TextureSwatches& swatches) {
     const QScopedValueRollback<bool> reading(_isReading, true);
     _values = material.values;
     _name->setText(QStringLiteral("<b>%1</b>").arg(material.name.toHtmlEscaped()));
@@ -82,7 +71,7 @@ void MaterialPanel::showMaterial(const ModelMaterial& material) {
     new QVBoxLayout(_textures);
     _textures->layout()->setContentsMargins({});
     for (const MaterialTexture& texture : material.textures)
-        addTexture(texture);
+        addTexture(texture, swatches.at(texture.path));
     _column->addWidget(_textures);
     show();
 }
@@ -119,7 +108,7 @@ void MaterialPanel::takeSliders() {
     Q_EMIT changed(_values);
 }
 
-void MaterialPanel::addTexture(const MaterialTexture& texture) {
+void MaterialPanel::addTexture(const MaterialTexture& texture, const QImage& swatch) {
     auto* const row = new QHBoxLayout;
     auto* const text = new QLabel;
     text->setWordWrap(true);
@@ -129,9 +118,11 @@ void MaterialPanel::addTexture(const MaterialTexture& texture) {
             tr("%1 is missing. Tried:\n%2").arg(texture.map, texture.tried.join(QLatin1Char('\n'))));
         text->setStyleSheet(QStringLiteral("color: #cd2d2d"));
     } else {
-        auto* const swatch = new QLabel;
-        swatch->setPixmap(thumbnail(texture.path, devicePixelRatioF()));
-        row->addWidget(swatch);
+        auto* const picture = new QLabel;
+        picture->setFixedSize(kSwatchSide, kSwatchSide);
+        picture->setScaledContents(true);
+        picture->setPixmap(QPixmap::fromImage(swatch));
+        row->addWidget(picture);
         text->setText(tr("%1: %2, %3 x %4")
                           .arg(texture.map, QFileInfo(texture.path).fileName())
                           .arg(texture.size.width())

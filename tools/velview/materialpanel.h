@@ -11,13 +11,15 @@ class QVBoxLayout;
 
 namespace Atelier::Vel::Viewer {
 
+class TextureSwatches;
+
 /// Shows the values and textures of a material, and changes its colour, opacity and shininess.
 class MaterialPanel : public QWidget {
     Q_OBJECT
 public:
     explicit MaterialPanel(QWidget* parent = nullptr);
 
-    void showMaterial(const ModelMaterial& material);
+    void showMaterial(const ModelMaterial& material, const TextureSwatches& swatches);
     const MaterialValues& values() const { return _values; }
     /// All texts, line by line.
     QString text() const;
@@ -33,7 +35,7 @@ private:
     void chooseColour();
     void takeSliders();
     void showValues();
-    void addTexture(const MaterialTexture& texture);
+    void addTexture(const MaterialTexture& texture, const QImage& swatch);
 
     MaterialValues _values;
     bool _isReading = false; // while the sliders follow the material

@@ -34,6 +34,7 @@ QColor diffuseColour(const InstanceData& material) {
     return QColor::fromRgbF(channel(values[0]), channel(values[1]), channel(values[2]));
 }
 
+// The paths that a texture loader tries.
 QStringList triedPaths(const QString& path) {
     QStringList tried{path};
     QString withSlashes = path;
@@ -44,21 +45,31 @@ QStringList triedPaths(const QString& path) {
 }
 
 /// Reads the header of each texture once.
-class TextureSizes {
+class Textures {
 public:
-    explicit TextureSizes(const ModelFiles& files) : _files(files) {}
+    Textures(const ModelFiles& files, const LoadReport& report) : _files(files) {
+        for (const ReferencedFile& file : report.files)
+            _tried.insert(file.path, file.tried);
+    }
 
-    QSize of(const QString& path) {
-        const auto known = _sizes.constFind(path);
-        return known != _sizes.constEnd() ? *known : *_sizes.insert(path, readTextureSize(_files, path));
+    MaterialTexture at(const QString& path, const QString& map) {
+        if (!_sizes.contains(path))
+            _sizes.insert(path, readTextureSize(_files, path));
+        MaterialTexture texture{map, path, _sizes.value(path), {}};
+        if (texture.isMissing())
+            texture.tried = _tried.value(path);
+        if (texture.isMissing() && texture.tried.isEmpty())
+            texture.tried = triedPaths(path);
+        return texture;
     }
 
 private:
     const ModelFiles& _files;
     QHash<QString, QSize> _sizes;
+    QHash<QString, QStringList> _tried;
 };
 
-ModelMaterial materialOf(const DrawData::Group& group, TextureSizes& sizes) {
+ModelMaterial materialOf(const DrawData::Group& group, Textures& textures) {
     const InstanceData& values = group.material;
     ModelMaterial material;
     material.name = group.name;
@@ -67,12 +78,8 @@ ModelMaterial materialOf(const DrawData::Group& group, TextureSizes& sizes) {
     material.values.shininess = number(values, QStringLiteral("Ns"), 0);
     for (const QString& map : values.textureNames()) {
         const QString path = values.texturePath(map);
-        if (path.isEmpty())
-            continue;
-        MaterialTexture texture{map, path, sizes.of(path), {}};
-        if (texture.isMissing())
-            texture.tried = triedPaths(path);
-        material.textures.append(texture);
+        if (!path.isEmpty())
+            material.textures.append(textures.at(path, map));
     }
     return material;
 }
@@ -84,16 +91,16 @@ bool ModelMaterial::hasMissingTexture() const {
                        [](const MaterialTexture& texture) { return texture.isMissing(); });
 }
 
-ModelContents contentsOf(const DrawData& data, const ModelFiles& files) {
+ModelContents contentsOf(const DrawData& data, const ModelFiles& files, const LoadReport& report) {
     ModelContents contents;
-    TextureSizes sizes(files);
+    Textures textures(files, report);
     QHash<QString, int> materials; // by name
     for (int drawable = 0; drawable < data.drawableCount(); ++drawable)
         for (int command = 0; command < data.commandCount(drawable); ++command) {
             const DrawData::Group group = data.group(drawable, command);
             if (!materials.contains(group.name)) {
                 materials.insert(group.name, contents.materials.size());
-                contents.materials.append(materialOf(group, sizes));
+                contents.materials.append(materialOf(group, textures));
             }
             const ModelBox box = data.commandBox(drawable, command);
             contents.parts.append({drawable, command, group.objectName, materials.value(group.name),

@@ -5,6 +5,7 @@
 #include <QtCore/QVector>
 #include <QtGui/QColor>
 
+#include <velmodel/loadreport.h>
 #include <velmodel/modelfiles.h>
 
 #include "modelbox.h"
@@ -53,9 +54,10 @@ struct ModelContents {
     ModelBox box;
 };
 
-/// Lists the parts and materials of draw data. The headers of the textures are read from `files`.
+/// Lists the parts and materials of draw data. The headers of the textures are read from `files`; `report` is
+/// that of the load.
 /// Threads: any thread. Cost: linear in the indices.
-ModelContents contentsOf(const DrawData& data, const ModelFiles& files);
+ModelContents contentsOf(const DrawData& data, const ModelFiles& files, const LoadReport& report);
 
 /// The number of the part that a command draws; -1 if there is none.
 int partOf(const ModelContents& contents, int drawable, int command);

@@ -12,7 +12,6 @@
 #include <velmodel/objloader.h>
 
 #include "loaderrors.h"
-#include "modelsources.h"
 
 namespace Atelier::Vel::Viewer {
 
@@ -80,10 +79,8 @@ private:
         if (!readData())
             return;
         _model.cache = _model.data.vertexCacheStatistics();
-        _model.contents = contentsOf(_model.data, _model.files);
+        _model.contents = contentsOf(_model.data, _model.files, _model.report);
         _model.picker = ModelPicker(_model.data);
-        if (_request.listsSources)
-            _model.sources = sourcesOf(_request.path, _model.data);
         if (!_model.contents.box.isValid)
             fail(tr("%1: There is nothing to draw: no position is finite").arg(_request.path));
         else if (!reach(LoadStage::Decoding, 0, 1) || !decode() || !reach(LoadStage::Decoding, 1, 1))

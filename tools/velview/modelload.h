@@ -21,8 +21,7 @@ namespace Atelier::Vel::Viewer {
 struct LoadRequest {
     QString path;
     LoadOptions options;
-    bool isOptimised = false;  ///< whether triangles and vertices are reordered
-    bool listsSources = false; ///< whether ReadModel::sources is filled
+    bool isOptimised = false; ///< whether triangles and vertices are reordered
 };
 
 /// The steps of a load in their order. The first ones are those of LoadPhase.
@@ -46,8 +45,7 @@ struct ReadModel {
     ModelPicker picker;
     DrawData::VertexCacheStatistics cache;
     double milliseconds[kLoadStages] = {}; ///< of each stage
-    QStringList sources; ///< the files that it was made of, if they were asked for: see sourcesOf()
-    QString error;       ///< why there is no model; null on success
+    QString error;                         ///< why there is no model; null on success
     bool isCancelled = false;
 };
 

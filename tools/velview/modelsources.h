@@ -2,13 +2,12 @@
 
 #include <QtCore/QStringList>
 
-#include <velmodel/drawdata.h>
+#include <velmodel/loadreport.h>
 
 namespace Atelier::Vel::Viewer {
 
-/// The files that a model is made of: the OBJ file, the libraries that it names, all libraries of its folder,
-/// and its textures. They need not exist.
-/// Cost: reads the OBJ file line by line.
-QStringList sourcesOf(const QString& path, const DrawData& data);
+/// The files that a model is made of: the OBJ file, its libraries and textures, and the paths where they were
+/// looked for.
+QStringList sourcesOf(const QString& path, const LoadReport& report);
 
 } // namespace Atelier::Vel::Viewer

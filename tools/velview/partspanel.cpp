@@ -13,6 +13,7 @@
 
 #include "materialpanel.h"
 #include "shownmodel.h"
+#include "textureswatches.h"
 
 namespace Atelier::Vel::Viewer {
 
@@ -22,18 +23,45 @@ enum Column { Name, Triangles };
 enum Grouping { ByObject, ByMaterial };
 
 constexpr int kPartRole = Qt::UserRole; // the number of the part of an item; none for a group
+constexpr int kMaterialRole = kPartRole + 1;
 const QColor kMissingColour(205, 45, 45);
+constexpr int kSwatchSide = 14;
+constexpr int kTextureLeft = kSwatchSide + 2;
+constexpr QSize kSwatchSize(kTextureLeft + kSwatchSide, kSwatchSide);
 
-QIcon swatch(const QColor& colour) {
-    constexpr int kSide = 14;
-    QPixmap picture(kSide, kSide);
+// A colour, and to its right a texture if there is one.
+QIcon swatch(const QColor& colour, const QImage& texture, qreal pixelRatio) {
+    const QSizeF size(texture.isNull() ? kSwatchSide : kSwatchSize.width(), kSwatchSide);
+    QPixmap picture((size * pixelRatio).toSize());
+    picture.setDevicePixelRatio(pixelRatio);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter.setPen(QColor(0, 0, 0, 90));
     painter.setBrush(colour);
-    painter.drawRoundedRect(QRectF(0.5, 0.5, kSide - 1, kSide - 1), 3, 3);
+    painter.drawRoundedRect(QRectF(0.5, 0.5, kSwatchSide - 1, kSwatchSide - 1), 3, 3);
+    painter.drawImage(QRectF(kTextureLeft, 0, kSwatchSide, kSwatchSide), texture);
     return picture;
+}
+
+// The texture that people take for that of the whole material.
+QString shownTexture(const ModelMaterial& material) {
+    for (const MaterialTexture& texture : material.textures)
+        if (texture.map == QLatin1String("map_Kd") && !texture.isMissing())
+            return texture.path;
+    return {};
+}
+
+QStringList texturesOf(const ModelContents& contents) {
+    // Decoding larger ones would take much memory once more.
+    constexpr qint64 kMaxPixels = 1 << 26;
+    QStringList paths;
+    for (const ModelMaterial& material : contents.materials)
+        for (const MaterialTexture& texture : material.textures)
+            if (!texture.isMissing() && qint64{texture.size.width()} * texture.size.height() <= kMaxPixels)
+                paths.append(texture.path);
+    paths.removeDuplicates();
+    return paths;
 }
 
 QString nameOfObject(const ModelPart& part) {
@@ -41,7 +69,6 @@ QString nameOfObject(const ModelPart& part) {
 }
 
 void describeMaterial(QTreeWidgetItem& item, const ModelMaterial& material) {
-    item.setIcon(Name, swatch(material.values.diffuse));
     if (material.hasMissingTexture()) {
         item.setForeground(Name, kMissingColour);
         item.setToolTip(Name, PartsPanel::tr("A texture is missing"));
@@ -63,11 +90,16 @@ void forEachPart(QTreeWidget& tree, const Visit& visit) {
 } // namespace
 
 PartsPanel::PartsPanel(QWidget* parent)
-    : QWidget(parent), _grouping(new QComboBox), _tree(new QTreeWidget), _material(new MaterialPanel) {
+    : QWidget(parent),
+      _grouping(new QComboBox),
+      _tree(new QTreeWidget),
+      _material(new MaterialPanel),
+      _swatches(new TextureSwatches(this)) {
     _grouping->addItems({tr("By object"), tr("By material")});
     _tree->setHeaderLabels({tr("Part"), tr("Triangles")});
     _tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     _tree->setUniformRowHeights(true);
+    _tree->setIconSize(kSwatchSize);
     _tree->header()->setSectionResizeMode(Name, QHeaderView::Stretch);
     _tree->header()->setSectionResizeMode(Triangles, QHeaderView::ResizeToContents);
     _tree->header()->setStretchLastSection(false);
@@ -80,11 +112,16 @@ PartsPanel::PartsPanel(QWidget* parent)
     connect(_tree, &QTreeWidget::itemSelectionChanged, this, &PartsPanel::takeSelection);
     connect(_tree, &QTreeWidget::itemChanged, this, &PartsPanel::takeVisible);
     connect(_material, &MaterialPanel::changed, this, &PartsPanel::takeMaterial);
+    connect(_swatches, &TextureSwatches::made, this, [this] {
+        showIcons();
+        showMaterial();
+    });
     connect(_tree, &QTreeWidget::itemDoubleClicked, this, &PartsPanel::frameWanted);
 }
 
 void PartsPanel::showModel(std::shared_ptr<ShownModel> model) {
     _model = std::move(model);
+    _swatches->make(_model ? texturesOf(_model->contents()) : QStringList());
     fill();
 }
 
@@ -104,18 +141,34 @@ void PartsPanel::fill() {
                 group = new QTreeWidgetItem(_tree, {groupName});
                 group->setFlags(group->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsAutoTristate);
                 group->setExpanded(true);
-                if (!isByObject)
+                if (!isByObject) {
+                    group->setData(Name, kMaterialRole, part.material);
                     describeMaterial(*group, material);
+                }
             }
             auto* const item = new QTreeWidgetItem(
                 group, {isByObject ? material.name : nameOfObject(part), QLocale().toString(part.triangles)});
             item->setTextAlignment(Triangles, Qt::AlignRight | Qt::AlignVCenter);
             item->setData(Name, kPartRole, number);
+            item->setData(Name, kMaterialRole, part.material);
             item->setCheckState(Name, Qt::Checked);
             describeMaterial(*item, material);
         }
     }
+    showIcons();
     readModel();
+}
+
+void PartsPanel::showIcons() {
+    const QScopedValueRollback<bool> reading(_isReading, true);
+    for (QTreeWidgetItemIterator item(_tree); *item != nullptr; ++item) {
+        const QVariant number = (*item)->data(Name, kMaterialRole);
+        if (!number.isValid())
+            continue;
+        const ModelMaterial& material = _model->material(number.toInt());
+        const QImage texture = _swatches->at(shownTexture(material));
+        (*item)->setIcon(Name, swatch(material.values.diffuse, texture, devicePixelRatioF()));
+    }
 }
 
 void PartsPanel::readModel() {
@@ -166,18 +219,14 @@ int PartsPanel::selectedMaterial() const {
 
 void PartsPanel::showMaterial() {
     if (selectedMaterial() >= 0)
-        _material->showMaterial(_model->material(selectedMaterial()));
+        _material->showMaterial(_model->material(selectedMaterial()), *_swatches);
     else
         _material->hide();
 }
 
 void PartsPanel::takeMaterial(const MaterialValues& values) {
     _model->setMaterial(selectedMaterial(), values);
-    const QScopedValueRollback<bool> reading(_isReading, true);
-    forEachPart(*_tree, [&](QTreeWidgetItem& item, int part) {
-        if (_model->contents().parts[part].material == selectedMaterial())
-            item.setIcon(Name, swatch(values.diffuse));
-    });
+    showIcons();
     Q_EMIT changed();
 }
 

@@ -13,6 +13,7 @@ namespace Atelier::Vel::Viewer {
 
 class MaterialPanel;
 class ShownModel;
+class TextureSwatches;
 struct MaterialValues;
 
 /// Lists the parts of a model by object or by material, and hides and selects them.
@@ -29,6 +30,7 @@ public:
     QTreeWidget& tree() const { return *_tree; }
     QComboBox& grouping() const { return *_grouping; }
     MaterialPanel& material() const { return *_material; }
+    const TextureSwatches& swatches() const { return *_swatches; }
 
 Q_SIGNALS:
     /// The user has changed the visible or selected parts of the model, or a material.
@@ -38,6 +40,7 @@ Q_SIGNALS:
 
 private:
     void fill();
+    void showIcons();
     QTreeWidgetItem* groupOf(int part);
     void takeSelection();
     void takeVisible(QTreeWidgetItem* item, int column);
@@ -49,6 +52,7 @@ private:
     QComboBox* _grouping;
     QTreeWidget* _tree;
     MaterialPanel* _material;
+    TextureSwatches* _swatches;
     bool _isReading = false; // while the tree follows the model
 };
 

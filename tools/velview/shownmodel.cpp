@@ -3,6 +3,8 @@
 #include <utility>
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QHash>
+#include <QtCore/QPair>
 
 #include <velgl/gpumodel.h>
 #include <velgl/instancedatacollection.h>
@@ -25,6 +27,18 @@ InstanceData withValues(InstanceData material, const MaterialValues& values) {
     material.set(QStringLiteral("d"), &values.opacity, sizeof values.opacity);
     material.set(QStringLiteral("Ns"), &values.shininess, sizeof values.shininess);
     return material;
+}
+
+// The object and the material of a part.
+QPair<QString, QString> nameOf(const ModelContents& contents, int part) {
+    return {contents.parts[part].object, contents.materials[contents.parts[part].material].name};
+}
+
+QHash<QPair<QString, QString>, int> partsByName(const ModelContents& contents) {
+    QHash<QPair<QString, QString>, int> parts;
+    for (int part = 0; part < contents.parts.size(); ++part)
+        parts.insert(nameOf(contents, part), part);
+    return parts;
 }
 
 ModelBox boxOf(const ModelContents& contents, const QBitArray& parts) {
@@ -55,6 +69,8 @@ bool ShownModel::prepare() {
         options.keepData = true; // for views of other contexts
         upload(_read->data, *_gpu, options);
         setTextured(_isTextured);
+        for (const int material : qAsConst(_changedMaterials))
+            uploadMaterial(material);
         _allPasses = Tool::surfacePasses(*_gpu, _read->files);
         _uploadMilliseconds = double(timer.nsecsElapsed()) * 1e-6;
         return _read->textures.waitingCount() > 0; // the first frame comes before the textures
@@ -81,21 +97,42 @@ ModelBox ShownModel::selectedBox() const {
     return boxOf(contents(), _selected);
 }
 
-void ShownModel::setMaterial(int number, const MaterialValues& values) {
-    if (!_gpu)
-        return;
-    const bool wasOpaque = _materials[number].values.opacity >= 1;
-    _materials[number].values = values;
+void ShownModel::uploadMaterial(int number) {
     for (const ModelPart& part : contents().parts)
         if (part.material == number) {
             InstanceDataCollection* const items = _gpu->materials(part.drawable);
-            items->set(part.command, withValues(items->items()[part.command], values));
+            items->set(part.command, withValues(items->items()[part.command], _materials[number].values));
         }
+}
+
+void ShownModel::setMaterial(int number, const MaterialValues& values) {
+    const bool wasOpaque = _materials[number].values.opacity >= 1;
+    _materials[number].values = values;
+    _changedMaterials.insert(number);
+    if (!_gpu)
+        return;
+    uploadMaterial(number);
     // The passes differ only where the material begins or ends to be opaque.
     if (wasOpaque != (values.opacity >= 1)) {
         _allPasses = Tool::surfacePasses(*_gpu, _read->files);
         _hasFilters = false;
     }
+}
+
+void ShownModel::takeChangesOf(const ShownModel& other) {
+    const QHash<QPair<QString, QString>, int> parts = partsByName(other.contents());
+    for (int part = 0; part < contents().parts.size(); ++part) {
+        const int same = parts.value(nameOf(contents(), part), -1);
+        if (same < 0)
+            continue;
+        _visible.setBit(part, other._visible.testBit(same));
+        _selected.setBit(part, other._selected.testBit(same));
+    }
+    _hasFilters = false;
+    for (const int changed : other._changedMaterials)
+        for (int number = 0; number < _materials.size(); ++number)
+            if (_materials[number].name == other._materials[changed].name)
+                setMaterial(number, other._materials[changed].values);
 }
 
 std::optional<PickHit> ShownModel::pick(const PickRay& ray) const {

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include <QtCore/QBitArray>
+#include <QtCore/QSet>
 
 #include "modelload.h"
 #include "surfacepasses.h"
@@ -50,8 +51,12 @@ public:
 
     /// A material with the values that it is drawn with.
     const ModelMaterial& material(int number) const { return _materials[number]; }
-    /// Draws all parts of a material with other values; without effect before prepare().
+    /// Draws all parts of a material with other values.
     void setMaterial(int number, const MaterialValues& values);
+
+    /// Takes over what a user has done with another state of the same file: its hidden and selected parts and
+    /// its changed materials. They are found by their names; new ones stay as they are.
+    void takeChangesOf(const ShownModel& other);
 
     /// The nearest visible surface that a ray hits.
     std::optional<PickHit> pick(const PickRay& ray) const;
@@ -67,12 +72,14 @@ public:
     const DrawFilter& selection();
 
 private:
+    void uploadMaterial(int number);
     void makeFilters();
 
     std::shared_ptr<ReadModel> _read;
     std::unique_ptr<GPUModel> _gpu;
     double _uploadMilliseconds = 0;
     QVector<ModelMaterial> _materials;
+    QSet<int> _changedMaterials;
     QBitArray _visible;
     QBitArray _selected;
     bool _isTextured = true;

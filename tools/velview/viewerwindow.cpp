@@ -19,6 +19,7 @@
 #include "keylist.h"
 #include "loadbar.h"
 #include "messagebar.h"
+#include "modelsources.h"
 #include "modeltools.h"
 #include "modelview.h"
 #include "partspanel.h"
@@ -194,12 +195,15 @@ void ViewerWindow::reload() {
 void ViewerWindow::load(const QString& path, LoadPurpose purpose) {
     _path = path;
     updateTitle();
-    _loads->start({path, _options.load.options, _options.load.isOptimised, _options.isWatching}, purpose);
+    _loads->start({path, _options.load.options, _options.load.isOptimised}, purpose);
 }
 
 void ViewerWindow::show(const std::shared_ptr<ReadModel>& read, LoadPurpose purpose) {
     _loadBar->hide();
     auto model = std::make_shared<ShownModel>(read);
+    const std::shared_ptr<ShownModel> before = _view->model();
+    if (purpose == LoadPurpose::Reload && before && before->read().path == read->path)
+        model->takeChangesOf(*before);
     if (purpose == LoadPurpose::Reload)
         _view->replaceModel(std::move(model));
     else
@@ -210,8 +214,14 @@ void ViewerWindow::show(const std::shared_ptr<ReadModel>& read, LoadPurpose purp
     _statisticsModel = nullptr;
     findProblems();
     ViewerSettings::addRecentFile(read->path);
-    if (_options.isWatching)
-        _watch->setFiles(read->sources);
+    watchFiles();
+}
+
+// Watches the files of the model, if that is wanted.
+void ViewerWindow::watchFiles() {
+    const bool isWatching = _options.isWatching && _view->model();
+    _watch->setFiles(isWatching ? sourcesOf(_view->model()->read().path, _view->model()->read().report)
+                                : QStringList());
 }
 
 void ViewerWindow::openNeighbour(int steps) {
@@ -243,10 +253,7 @@ void ViewerWindow::fillRecentFiles() {
 
 void ViewerWindow::setWatching(bool isWatching) {
     _options.isWatching = isWatching;
-    if (isWatching)
-        reload(); // which lists the files
-    else
-        _watch->setFiles({});
+    watchFiles();
 }
 
 // An examination takes longer than a load, so it waits until somebody wants to see it.

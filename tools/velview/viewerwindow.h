@@ -70,6 +70,7 @@ private:
     void chooseFile();
     void fillRecentFiles();
     void setWatching(bool isWatching);
+    void watchFiles();
     void findProblems();
     void updateStatistics();
     void showKeys();
