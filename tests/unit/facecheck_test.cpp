@@ -12,7 +12,8 @@ namespace {
 using testing::ElementsAre;
 
 /// "line:column text" of the faults in `text`, which has 5 positions, 4 texture coordinates and 3 normals.
-QStringList check(const QByteArray& text, const LoadRepairs& repairs = {}) {
+QStringList check(
+    const QByteArray& text, const LoadRepairs& repairs = {}, const std::function<void()>& poll = [] {}) {
     QBuffer buffer;
     buffer.setData(text);
     EXPECT_TRUE(buffer.open(QIODevice::ReadOnly | QIODevice::Text));
@@ -26,7 +27,7 @@ QStringList check(const QByteArray& text, const LoadRepairs& repairs = {}) {
     counts.positions = 5;
     counts.texCoords = 4;
     counts.normals = 3;
-    FaceCheck("m.obj", counts, repairs, log).read(reader);
+    FaceCheck("m.obj", counts, repairs, log).read(reader, poll);
     LoadReport report;
     log.copyTo(report);
     QStringList result;
@@ -47,6 +48,14 @@ TEST(FaceCheckTest, PlainAndOtherLinesAreCounted) {
     EXPECT_THAT(
         check(plain + "f 1 2 6\n# x\n" + plain + "\tf 1 2 6\n" + plain + plain + "f 1 2 6 # y\r\nf 7\n"),
         ElementsAre("4:7 6", "9:8 6", "16:7 6", "17:3 7"));
+}
+
+TEST(FaceCheckTest, LongTextsArePolled) {
+    const QByteArray text = QByteArray("f 1 2 3\n").repeated(9 << 17);
+    int polls = 0;
+    check(text, {}, [&polls] { ++polls; });
+    EXPECT_EQ(polls, 2) << "for 9 MiB";
+    EXPECT_THROW(check(text, {}, [] { throw 1; }), int);
 }
 
 TEST(FaceCheckTest, DroppedFaceHasNoOtherFault) {

@@ -1,5 +1,7 @@
 #include <velmodel/loadreport.h>
 
+#include <utility>
+
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
@@ -275,6 +277,16 @@ TEST_F(LoadReportTest, CancelledLoadIsAnError) {
                 ElementsAre("m.obj:0:0 '' The load was cancelled"));
     EXPECT_EQ(_report.diagnostics[0].code, Code::Cancelled);
     EXPECT_EQ(_error, QString("Loading OBJ file '%1' was cancelled").arg(path("m.obj")));
+}
+
+TEST_F(LoadReportTest, SearchForTheLinesOfFaultsCanBeCancelled) {
+    const QByteArray text = kPositions + "f 1 2 9\n" + QByteArray("# comment\n").repeated(1 << 19);
+    qint64 last = -1;
+    // The search reports the end of the first reading again.
+    const auto untilRepetition = [&last](const LoadStep& step) {
+        return std::exchange(last, step.done) != step.done;
+    };
+    EXPECT_THAT(read(text, {}, untilRepetition), ElementsAre("m.obj:0:0 '' The load was cancelled"));
 }
 
 TEST_F(LoadReportTest, LoadOfNothingIsAnError) {

@@ -34,6 +34,11 @@ void ProgressMeter::reach(qint64 done) {
         throw Cancelled();
 }
 
+void ProgressMeter::poll() {
+    if (_progress && _step.total != 0 && !_progress(_step))
+        throw Cancelled();
+}
+
 WorkMeter ProgressMeter::meter(qint64 share, qint64 units) {
     const qint64 before = std::exchange(_allotted, _allotted + share);
     if (!_progress)

@@ -33,11 +33,6 @@ private:
     quint32 _face = 0; ///< the number of the next face
 };
 
-void clear(ObjRun& run) {
-    run.positions.size = run.normals.size = run.texCoords.size = run.cornerCounts.size = 0;
-    run.positionIndices.size = run.normalIndices.size = run.texCoordIndices.size = 0;
-}
-
 // A word of a face.
 QString cornerText(const TextLine& line, quint32 corner) {
     return line.text.simplified().section(QLatin1Char(' '), static_cast<int>(corner) + 1,
@@ -50,12 +45,17 @@ FaceCheck::FaceCheck(QString file, const ObjLineCounts& counts, const LoadRepair
                      DiagnosticLog& log)
     : _file(std::move(file)), _counts(counts), _repairs(repairs), _log(log) {}
 
-void FaceCheck::read(ObjReader& reader) {
+void FaceCheck::read(ObjReader& reader, const std::function<void()>& poll) {
+    constexpr qint64 kBytesPerPoll = qint64(4) << 20;
     const auto run = std::make_unique<ObjRun>();
-    while (reader.hasNext()) {
+    for (qint64 nextPoll = kBytesPerPoll; reader.hasNext();) {
+        if (reader.bytesRead() >= nextPoll) {
+            nextPoll += kBytesPerPoll;
+            poll();
+        }
         if (reader.read() && reader.kind() == ObjReader::Kind::Face)
             checkLine(reader);
-        clear(*run);
+        run->clear();
         reader.next(*run);
         checkRun(reader, *run);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QtCore/QString>
 
 #include <velmodel/loadoptions.h>
@@ -17,9 +19,10 @@ public:
     /// the check.
     FaceCheck(QString file, const ObjLineCounts& counts, const LoadRepairs& repairs, DiagnosticLog& log);
 
-    /// Reads a text from its start.
+    /// Reads a text from its start. `poll`, which may throw, is called every 4 MiB.
     /// Cost: one pass over the text with the parser of plain lines.
-    void read(ObjReader& reader);
+    void read(
+        ObjReader& reader, const std::function<void()>& poll = [] {});
 
 private:
     using Code = LoadDiagnostic::Code;

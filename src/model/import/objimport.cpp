@@ -68,7 +68,7 @@ bool ObjImport::readText(ProgressMeter& meter, QString& error) {
         error = loadFailure(_path);
         return false;
     }
-    checkFaces(faults);
+    checkFaces(faults, meter);
     return true;
 }
 
@@ -168,20 +168,20 @@ void ObjImport::completeNormals(ProgressMeter& meter) {
 }
 
 // Reports indices that do not exist, with their lines if the text can be read again.
-void ObjImport::checkFaces(const IndexFaults& faults) {
+void ObjImport::checkFaces(const IndexFaults& faults, ProgressMeter& meter) {
     const bool isFaulty = faults.any() || _unplacedFaces != 0 || _completedCorners != 0;
-    if (_diagnostics.isKept() && isFaulty && !checkFacesByLine())
+    if (_diagnostics.isKept() && isFaulty && !checkFacesByLine(meter))
         reportWholeFile(faults);
 }
 
 // Returns: false if the text cannot be read again, or is another one by now.
-bool ObjImport::checkFacesByLine() {
+bool ObjImport::checkFacesByLine(ProgressMeter& meter) {
     if (!_text.rewind())
         return false;
     QTextStream stream(&_text.device());
     ObjReader reader(&stream, linesOf(_options, DiagnosticLog::Use::Kept));
     DiagnosticLog log = _diagnostics;
-    FaceCheck(_path, _reader.counts(), _options.repairs, log).read(reader);
+    FaceCheck(_path, _reader.counts(), _options.repairs, log).read(reader, [&meter] { meter.poll(); });
     const bool isSame = _text.isReadToTheEnd() && reader.counts() == _reader.counts();
     if (isSame)
         _diagnostics = log;

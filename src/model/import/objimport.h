@@ -56,8 +56,8 @@ private:
     /// Returns: false, with the reason in `error`, if a library is needed and cannot be read.
     bool loadLibraries(QString& error);
     void removeUnplacedFaces();
-    void checkFaces(const IndexFaults& faults);
-    bool checkFacesByLine();
+    void checkFaces(const IndexFaults& faults, ProgressMeter& meter);
+    bool checkFacesByLine(ProgressMeter& meter);
     void reportWholeFile(const IndexFaults& faults);
     qint64 bytesRead() const;
     bool isTooLarge(QString& error);
