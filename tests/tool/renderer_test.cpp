@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <velgl/framebuffer.h>
+
 #include "clientstate.h"
 #include "glfaults.h"
 #include "picturecomparison.h"
@@ -135,6 +137,31 @@ TEST_F(RendererTest, FramesOfOneSizeShareTheirTarget) {
     drawn({{{0, 0, 1, 1}, Qt::red}}, {30, 21});
     EXPECT_EQ(driver.watch().framebuffersMade, 6);
     EXPECT_EQ(driver.watch().maxFramebuffersAlive, 3) << "one target is destroyed before the next is made";
+}
+
+TEST_F(RendererTest, TilesOfAWindowShareOneTarget) {
+    const QSize size(150, 100);
+    const auto model = modelOf({{{10, 20, 70, 70}, Qt::red}, {{100, 50, 40, 40}, Qt::blue}});
+    const auto presented = [&](int tileSide) {
+        Tool::Scene window = scene(size);
+        window.background = Qt::white;
+        window.tileSide = tileSide;
+        Vel::Framebuffer::Options screenOptions;
+        screenOptions.size = size;
+        QString error;
+        const auto screen = Vel::Framebuffer::create(screenOptions, error);
+        screen->clear(Qt::green);
+        EXPECT_TRUE(_renderer->present(
+            model.get(), window, screen->name(), [](const QMatrix4x4&) {}, error));
+        return screen->toImage(error);
+    };
+    const QImage whole = presented(2048);
+    EXPECT_LE(largestStep(whole.pixel(30, 30), lit(Qt::red)), 1);
+    EXPECT_EQ(whole.convertToFormat(QImage::Format_RGB32).pixelColor(0, 0), QColor(Qt::white));
+    EXPECT_EQ(presented(64), whole);
+    WatchedDriver driver;
+    EXPECT_EQ(presented(64), whole);
+    EXPECT_EQ(driver.watch().framebuffersMade, 1) << "the screen";
 }
 
 TEST_F(RendererTest, PicturesDoNotDependOnEarlierOnes) {

@@ -45,6 +45,14 @@ Ended viewer(const QStringList& arguments) {
     return run(VELVIEW_PROGRAM, arguments, withoutDisplay());
 }
 
+void writeProgram(const QString& path, const QByteArray& shellText) {
+    QFile program(path);
+    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
+    program.write("#!/bin/sh\n" + shellText);
+    program.close();
+    ASSERT_TRUE(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+}
+
 } // namespace
 
 TEST(ProgramTest, AnswersNeedNoDisplay) {
@@ -89,20 +97,17 @@ TEST(ThumbnailerTest, DrawsASmallPicture) {
     EXPECT_FALSE(QFile::exists(folder.filePath("none")));
 }
 
-TEST(ThumbnailerTest, LimitsMemoryAndFiles) {
+TEST(ThumbnailerTest, LimitsTimeMemoryAndFiles) {
     const QTemporaryDir folder;
-    QFile fake(folder.filePath("velmodel"));
-    ASSERT_TRUE(fake.open(QIODevice::WriteOnly));
-    fake.write("#!/bin/sh\nulimit -d\necho \"$@\"\nexit 7\n");
-    fake.close();
-    ASSERT_TRUE(fake.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    writeProgram(folder.filePath("timeout"), "echo $1 seconds\nshift\nexec \"$@\"\n");
+    writeProgram(folder.filePath("velmodel"), "ulimit -d\necho \"$@\"\nexit 7\n");
     QProcessEnvironment environment = withoutDisplay();
     environment.insert("PATH", folder.path() + ":" + environment.value("PATH"));
     const Ended ended =
         run(kDesktop + "velmodel-thumbnailer", {"a b.obj", folder.filePath("out"), "64"}, environment);
     EXPECT_EQ(ended.exitCode, 7);
     EXPECT_THAT(ended.output.toStdString(),
-                ::testing::StartsWith("524288\nrender --confined --no-background a b.obj -o "));
+                ::testing::StartsWith("10 seconds\n524288\nrender --confined --no-background a b.obj -o "));
     EXPECT_THAT(ended.output.toStdString(), ::testing::EndsWith("--resolution 64x64\n"));
 }
 

@@ -57,18 +57,24 @@ PictureTarget::~PictureTarget() = default;
 
 std::unique_ptr<PictureTarget> PictureTarget::create(QSize size, QString& error, int samples) {
     std::unique_ptr<PictureTarget> target(new PictureTarget);
-    Data& data = *target->_data;
+    if (!target->resize(size, error, samples))
+        return nullptr;
+    target->_data->composition =
+        Program::fromSource(Framebuffer::coveringVertexShader(), kCompositionFragmentShader, error);
+    return target->_data->composition ? std::move(target) : nullptr;
+}
+
+bool PictureTarget::resize(QSize size, QString& error, int samples) {
+    Data& data = *_data;
+    for (std::unique_ptr<Framebuffer>* const framebuffer : {&data.drawn, &data.resolved, &data.composed})
+        framebuffer->reset(); // before the next ones are allocated
     data.drawn = makeLayers(size, samples, Framebuffer::Depth::Float32);
     data.resolved = makeLayers(size, 0, Framebuffer::Depth::None);
     data.composed = makeComposed(size);
-    if (!data.drawn || !data.resolved || !data.composed) {
-        error =
-            QStringLiteral("it cannot hold a picture of %1 x %2 pixels").arg(size.width()).arg(size.height());
-        return nullptr;
-    }
-    data.composition =
-        Program::fromSource(Framebuffer::coveringVertexShader(), kCompositionFragmentShader, error);
-    return data.composition ? std::move(target) : nullptr;
+    if (data.drawn && data.resolved && data.composed)
+        return true;
+    error = QStringLiteral("it cannot hold a picture of %1 x %2 pixels").arg(size.width()).arg(size.height());
+    return false;
 }
 
 QSize PictureTarget::size() const {

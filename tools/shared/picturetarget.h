@@ -29,8 +29,11 @@ public:
     PictureTarget(const PictureTarget&) = delete;
     PictureTarget& operator=(const PictureTarget&) = delete;
 
+    /// Makes it a target of another size. Returns: false, and the cause in `error`, if there is not enough
+    /// memory; it must not be used then.
+    bool resize(QSize size, QString& error, int samples = kSamples);
     QSize size() const;
-    /// What create() was given.
+    /// What create() or resize() was given.
     int samples() const;
     /// Clears the picture and begins the opaque pass. Until finish(), the target is bound.
     void beginOpaque(RenderState::Fill fill);

@@ -2,6 +2,7 @@
 
 #include "renderer.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <velgl/program.h>
@@ -43,6 +44,28 @@ QVector<QRect> tilesOf(const Scene& scene) {
     for (int y = 0; y < scene.size.height(); y += scene.tileSide)
         for (int x = 0; x < scene.size.width(); x += scene.tileSide)
             tiles.append(QRect(x, y, scene.tileSide, scene.tileSide) & whole);
+    return tiles;
+}
+
+/// Parts of a length, as few as possible and all of one size. The last one may overlap the one before.
+struct Parts {
+    Parts(int allLength, int maxSize)
+        : length(allLength), count((length + maxSize - 1) / maxSize), size((length + count - 1) / count) {}
+    int begin(int part) const { return std::min(part * size, length - size); }
+
+    int length;
+    int count;
+    int size;
+};
+
+// Tiles of one size, so that all of them, and all frames, share one target.
+QVector<QRect> equalTilesOf(const Scene& scene) {
+    const Parts columns(scene.size.width(), scene.tileSide);
+    const Parts rows(scene.size.height(), scene.tileSide);
+    QVector<QRect> tiles;
+    for (int row = 0; row < rows.count; ++row)
+        for (int column = 0; column < columns.count; ++column)
+            tiles.append(QRect(columns.begin(column), rows.begin(row), columns.size, rows.size));
     return tiles;
 }
 
@@ -112,7 +135,7 @@ bool Renderer::drawTile(GPUModel& model, const Scene& scene, QRect tile, QImage&
 bool Renderer::present(GPUModel* model, const Scene& scene, unsigned int framebuffer, const Overlay& overlay,
                        QString& error) {
     const bool needsOcclusion = model != nullptr && isOccluded(scene);
-    for (const QRect& tile : tilesOf(scene)) {
+    for (const QRect& tile : equalTilesOf(scene)) {
         PictureTarget* const target = targetOf(tile.size(), scene.samples, error);
         if (target == nullptr || (needsOcclusion && !computeOcclusion(*model, scene, tile, error)))
             return false;
@@ -130,10 +153,11 @@ bool Renderer::present(GPUModel* model, const Scene& scene, unsigned int framebu
 }
 
 PictureTarget* Renderer::targetOf(QSize size, int samples, QString& error) {
-    if (!_target || _target->size() != size || _target->samples() != samples) {
-        _target.reset(); // before the next one is allocated
+    if (!_target)
         _target = PictureTarget::create(size, error, samples);
-    }
+    else if ((_target->size() != size || _target->samples() != samples) &&
+             !_target->resize(size, error, samples))
+        _target.reset();
     return _target.get();
 }
 
