@@ -79,7 +79,7 @@ TEST(ProgramTest, APlatformWithoutOpenGLIsReported) {
 }
 
 TEST(ThumbnailerTest, DrawsASmallPicture) {
-#if VELMODEL_ADDRESS_SANITIZER
+#if VELMODEL_ADDRESS_SANITIZER || VELMODEL_THREAD_SANITIZER
     GTEST_SKIP() << "the sanitizer reserves more memory than the limit";
 #endif
     const QTemporaryDir folder;
