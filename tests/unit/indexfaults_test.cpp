@@ -65,4 +65,22 @@ TEST_F(IndexFaultsTest, MergedCornersHaveTheSame) {
     EXPECT_TRUE(!texCoord.positions && !texCoord.normals && texCoord.texCoords);
 }
 
+TEST_F(IndexFaultsTest, FileWithoutPositionsHasNone) {
+    for (const Input input : {Input::Kept, Input::Consumed}) {
+        Mesh mesh(input);
+        const quint32 three = 3;
+        mesh.faces.add(1, &three);
+        const QString name = texCoordAttribute();
+        mesh.attributes.create(name, 1, kGlFloat, 0, 0);
+        const float values[] = {1, 2, 3};
+        mesh.attributes.addValues(name, 3, values, kGlFloat);
+        quint32 indices[] = {0, 1, 2};
+        const CornerList list{&name, indices};
+        mesh.attributes.addCorners(&list, 1, 3);
+        EXPECT_EQ(mesh.attributes.mergedCorners() != nullptr, input == Input::Consumed);
+        const IndexFaults faults = findIndexFaults(mesh);
+        EXPECT_TRUE(faults.positions && !faults.normals && !faults.texCoords);
+    }
+}
+
 } // namespace Atelier::Vel

@@ -271,6 +271,11 @@ TEST_F(LoadReportTest, LibraryThatCannotBeReadIsAnErrorInItsLine) {
     EXPECT_GT(_report.bytesRead, 0);
 }
 
+TEST_F(LoadReportTest, FacesOfAFileWithoutPositionsAreReported) {
+    EXPECT_THAT(read("vt 0 0\nf 1/1 1/1 1/1\n"),
+                ElementsAre("m.obj:2:3 '1/1' Position '1' does not exist, and the corner lies in the origin"));
+}
+
 TEST_F(LoadReportTest, CancelledLoadIsAnError) {
     const auto atOnce = [](const LoadStep&) { return false; };
     EXPECT_THAT(read(kPositions + "f 1 2 3\n", {}, atOnce),

@@ -46,7 +46,8 @@ IndexFaults findIndexFaults(Mesh& mesh) {
     const QString position = positionAttribute();
     const bool arePlaced =
         mesh.faces.isEmpty() ||
-        mesh.attributes.areIndicesBelow(position, mesh.cornerCount(), valueCount(mesh, position));
+        (mesh.attributes.contains(position) &&
+         mesh.attributes.areIndicesBelow(position, mesh.cornerCount(), valueCount(mesh, position)));
     return {!arePlaced, hasFault(mesh, normalAttribute()), hasFault(mesh, texCoordAttribute())};
 }
 
