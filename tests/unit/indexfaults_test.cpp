@@ -12,14 +12,15 @@ namespace Atelier::Vel {
 
 namespace {
 
-/// A triangle of a file with three values of each attribute.
+/// Triangles of a file with three values of each attribute.
 class IndexFaultsTest : public testing::Test {
 protected:
     IndexFaults faults(std::vector<quint32> positions, std::vector<quint32> normals,
                        std::vector<quint32> texCoords) {
-        const quint32 three = 3;
+        const auto corners = static_cast<quint32>(positions.size());
+        const std::vector<quint32> triangles(corners / 3, 3);
         Mesh mesh(_input);
-        mesh.faces.add(1, &three);
+        mesh.faces.add(triangles.size(), triangles.data());
         const QString names[] = {positionAttribute(), normalAttribute(), texCoordAttribute()};
         for (const QString& name : names) {
             mesh.attributes.create(name, 1, kGlFloat, 0, 0);
@@ -28,7 +29,7 @@ protected:
         }
         const CornerList lists[] = {
             {&names[0], positions.data()}, {&names[1], normals.data()}, {&names[2], texCoords.data()}};
-        mesh.attributes.addCorners(lists, 3, 3);
+        mesh.attributes.addCorners(lists, 3, corners);
         EXPECT_EQ(mesh.attributes.mergedCorners() != nullptr, _isMerged);
         return findIndexFaults(mesh);
     }
@@ -63,6 +64,17 @@ TEST_F(IndexFaultsTest, MergedCornersHaveTheSame) {
     EXPECT_TRUE(!normal.positions && normal.normals && !normal.texCoords);
     const IndexFaults texCoord = faults({0, 1, 2}, {2, 1, 0}, {3, 0, 2});
     EXPECT_TRUE(!texCoord.positions && !texCoord.normals && texCoord.texCoords);
+}
+
+TEST_F(IndexFaultsTest, FirstOfManyMergedCornersIsFound) {
+    _input = Input::Consumed;
+    _isMerged = true;
+    std::vector<quint32> corners;
+    for (quint32 i = 0; i < 30'000; ++i)
+        corners.push_back(i % 3);
+    std::vector<quint32> normals(corners.size(), 0);
+    normals.front() = 3;
+    EXPECT_TRUE(faults(corners, normals, corners).normals);
 }
 
 TEST_F(IndexFaultsTest, FileWithoutPositionsHasNone) {

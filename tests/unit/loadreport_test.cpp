@@ -271,9 +271,16 @@ TEST_F(LoadReportTest, LibraryThatCannotBeReadIsAnErrorInItsLine) {
     EXPECT_GT(_report.bytesRead, 0);
 }
 
+TEST_F(LoadReportTest, IndicesOfAttributesThatTheFileDoesNotHaveAreNoFaults) {
+    EXPECT_THAT(
+        read(kPositions + "f 1/1/1 2/1/1 9/1/1\n"),
+        ElementsAre("m.obj:4:15 '9/1/1' Position '9' does not exist, and the corner lies in the origin"));
+}
+
 TEST_F(LoadReportTest, FacesOfAFileWithoutPositionsAreReported) {
-    EXPECT_THAT(read("vt 0 0\nf 1/1 1/1 1/1\n"),
-                ElementsAre("m.obj:2:3 '1/1' Position '1' does not exist, and the corner lies in the origin"));
+    EXPECT_THAT(
+        read("vt 0 0\nf 1/1 1/1 1/1\n"),
+        ElementsAre("m.obj:2:3 '1/1' Position '1' does not exist, and the corner lies in the origin"));
 }
 
 TEST_F(LoadReportTest, CancelledLoadIsAnError) {
