@@ -277,6 +277,13 @@ TEST_F(LoadReportTest, IndicesOfAttributesThatTheFileDoesNotHaveAreNoFaults) {
         ElementsAre("m.obj:4:15 '9/1/1' Position '9' does not exist, and the corner lies in the origin"));
 }
 
+TEST_F(LoadReportTest, GeneratedNormalsAloneAreReported) {
+    LoadOptions options;
+    options.repairs.generateMissingNormals = true;
+    EXPECT_THAT(read(kPositions + "vn 0 0 1\nf 1//1 2 3//1\n", options),
+                ElementsAre("m.obj:5:8 '2' 1 corner has no normal, and gets a generated one"));
+}
+
 TEST_F(LoadReportTest, FacesOfAFileWithoutPositionsAreReported) {
     EXPECT_THAT(
         read("vt 0 0\nf 1/1 1/1 1/1\n"),
