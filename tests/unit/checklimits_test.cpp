@@ -3,10 +3,12 @@
 #include <cmath>
 
 #include <QtCore/QStringList>
+#include <QtCore/QTextStream>
 
 #include <gmock/gmock.h>
 
 #include "check/faceexamination.h"
+#include "check/objexamination.h"
 #include "check/vertexlines.h"
 #include "checkedmodel.h"
 #include "geometry/shapes/facematches.h"
@@ -64,6 +66,25 @@ TEST(CheckLimitsTest, FacesThatNameLaterValuesAreKeptUpToALimit) {
     EXPECT_THAT(examination.finish(),
                 ElementsAre("1 faces of 'm.obj', because they name values that follow or do not exist"));
     EXPECT_EQ(examination.count(CheckCode::PositionOutOfRange), 2U);
+}
+
+// Whether they use the other vertices is not known.
+TEST(CheckLimitsTest, UnusedVerticesAreKnownOnlyIfAllFacesWereExamined) {
+    for (const quint64 limit : {6U, 9U}) {
+        FaceExamination::Options options;
+        options.deferredCorners = limit;
+        FindingLog log;
+        ObjExamination examination("m.obj", ModelFiles(), LoadOptions::forgiving(), options, log);
+        QString text = QStringLiteral("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\nf 1 2 9\nf 1 2 9\nv 5 5 5\n");
+        QTextStream stream(&text);
+        for (ObjReader reader(&stream); reader.hasNext(); reader.next())
+            examination.takeRecord(reader, reader.read());
+        examination.finish();
+        ModelCheck check;
+        log.moveTo(check);
+        EXPECT_EQ(check.counts.contains(CheckCode::VertexUnused), limit == 9U);
+        EXPECT_EQ(examination.notExamined().isEmpty(), limit == 9U);
+    }
 }
 
 TEST(CheckLimitsTest, EdgesAreComparedUpToALimit) {

@@ -1,7 +1,9 @@
 #include <velmodel/loadreport.h>
 
+#include <memory>
 #include <utility>
 
+#include <QtCore/QBuffer>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
@@ -10,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <velgl/gpumodel.h>
+#include <velmodel/modelsource.h>
 #include <velmodel/objloader.h>
 
 #include "support/clientsource.h"
@@ -282,6 +285,41 @@ TEST_F(LoadReportTest, GeneratedNormalsAloneAreReported) {
     options.repairs.generateMissingNormals = true;
     EXPECT_THAT(read(kPositions + "vn 0 0 1\nf 1//1 2 3//1\n", options),
                 ElementsAre("m.obj:5:8 '2' 1 corner has no normal, and gets a generated one"));
+}
+
+/// A text that has one more line when it is read again.
+class GrowingText : public QBuffer {
+public:
+    explicit GrowingText(QByteArray text) : _text(std::move(text)) {
+        setBuffer(&_text);
+        open(QIODevice::ReadOnly);
+    }
+    bool seek(qint64 position) override {
+        if (position == 0 && pos() != 0)
+            _text.prepend("v 0 0 0\n");
+        return QBuffer::seek(position);
+    }
+
+private:
+    QByteArray _text;
+};
+
+class GrowingSource : public ModelSource {
+public:
+    std::unique_ptr<QIODevice> open(const QString& /*name*/) override {
+        return std::make_unique<GrowingText>(kPositions + "f 1 2 9\n");
+    }
+    QString resolve(const QString& /*base*/, const QString& name) override { return name; }
+};
+
+TEST_F(LoadReportTest, FaultsOfATextThatHasChangedHaveNoLines) {
+    LoadReport report;
+    QString error;
+    readDrawDataFromOBJ(std::make_shared<GrowingSource>(), "m.obj", error, LoadOptions(), {}, &report);
+    EXPECT_TRUE(error.isNull());
+    ASSERT_EQ(report.diagnostics.size(), 1);
+    EXPECT_EQ(report.diagnostics[0].code, Code::MissingPosition);
+    EXPECT_EQ(report.diagnostics[0].line, 0);
 }
 
 TEST_F(LoadReportTest, FacesOfAFileWithoutPositionsAreReported) {
