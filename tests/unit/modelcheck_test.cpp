@@ -193,6 +193,21 @@ const Row kFaceRows[] = {
      {"m.obj:6:0 warning face-crosses-itself '': The edge from corner 2 to 3 crosses the edge from corner 4 "
       "to "
       "1"}},
+    {"FirstIndicesThatDoNotExist",
+     kSquare + "vt 0 0\nvt 1 0\nf 1/2/1 2/3/1 3/1/2\n",
+     {"m.obj:8:9 warning texcoord-index-out-of-range '2/3/1': There is no texture coordinate 3: the file has "
+      "2 texture coordinates; the corner has none",
+      "m.obj:8:15 warning normal-index-out-of-range '3/1/2': There is no normal 2: the file has 1 normal; "
+      "the corner has none",
+      "m.obj:4:0 note vertex-unused '': 1 of 4 vertices belong to no face"}},
+    {"FirstCornerLacksAttributes",
+     kSquare + "vt 0 0\nf 1 2/1/1 3/1/1\n",
+     {"m.obj:7:0 note normals-missing '<default>': 1 of 1 faces with the material '<default>' have corners "
+      "without a normal, and get generated ones",
+      "m.obj:4:0 note vertex-unused '': 1 of 4 vertices belong to no face"}},
+    {"NormalsNearThePlane",
+     kSquare + "vn 1 0 0.0095\nvn 1 0 0.0078\nf 1//2 2//2 3//2\nf 1//2 3//3 4//2\n",
+     {"m.obj:9:8 note normal-in-face-plane '3//3': The normal of the corner lies in the plane of the face"}},
     {"Concave", kSquare + "v 0.2 0.2 0\nf 1//1 2//1 3//1 5//1 4//1\n", {}},
     {"Degenerate",
      kSquare + "v 2 0 0\nf 1//1 2//1 5//1\nf 1//1 1//1 3//1\nf 2//1 3//1 4//1\n",
