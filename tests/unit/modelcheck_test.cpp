@@ -194,12 +194,11 @@ const Row kFaceRows[] = {
       "to "
       "1"}},
     {"FirstIndicesThatDoNotExist",
-     kSquare + "vt 0 0\nvt 1 0\nf 1/2/1 2/3/1 3/1/2\n",
+     kSquare + "vt 0 0\nvt 1 0\nf 1/2/1 2/3/1 3/1/1\nf 1/2/1 3/1/2 4/1/1\n",
      {"m.obj:8:9 warning texcoord-index-out-of-range '2/3/1': There is no texture coordinate 3: the file has "
       "2 texture coordinates; the corner has none",
-      "m.obj:8:15 warning normal-index-out-of-range '3/1/2': There is no normal 2: the file has 1 normal; "
-      "the corner has none",
-      "m.obj:4:0 note vertex-unused '': 1 of 4 vertices belong to no face"}},
+      "m.obj:9:9 warning normal-index-out-of-range '3/1/2': There is no normal 2: the file has 1 normal; "
+      "the corner has none"}},
     {"FirstCornerLacksAttributes",
      kSquare + "vt 0 0\nf 1 2/1/1 3/1/1\n",
      {"m.obj:7:0 note normals-missing '<default>': 1 of 1 faces with the material '<default>' have corners "

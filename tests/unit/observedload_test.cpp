@@ -147,11 +147,12 @@ TEST_F(ObservedLoadTest, LoadIsThatWithoutObserver) {
 }
 
 TEST_F(ObservedLoadTest, RunsThatDoNotFitBesideEarlierOnesAreKept) {
+    // 400 triangles three times are too many faces, 700 faces of five corners are too many corners.
     QByteArray text = "v 0 0 1\nvn 0 0 1\nvt 0 1\n";
     for (const char* line : {"v 1 2 3\n", "vn 0 1 0\n", "vt 0.5 1\n", "f 1/2/3 2/3/4 3/4/5\n",
                              "f 1/2/3 2/3/4 3/4/5 4/5/6 5/6/7\n"})
         for (int part = 0; part < 5; ++part)
-            text += QByteArray(line).repeated(700) + "# no plain line\n";
+            text += QByteArray(line).repeated(part < 3 ? 400 : 700) + "# no plain line\n";
     const auto [plain, observed] = load(text, LoadOptions());
     EXPECT_GT(plain.size(), 10'000);
     EXPECT_EQ(observed, plain);

@@ -25,8 +25,8 @@ public:
     qint64 total() const { return _step.total; }
     /// Records that `done` units of the phase are done. Throws Cancelled if the progress callback cancels.
     void reach(qint64 done);
-    /// Calls the progress function with the last step once more, so that it can cancel work that belongs to no
-    /// phase. Throws Cancelled if it does.
+    /// Calls the progress function with the last step once more, so that it can cancel work that belongs to
+    /// no phase. Throws Cancelled if it does.
     void poll();
     /// A meter for the next `share` units of the phase. The meter may count other units, `units` in total; it
     /// reports the proportional part of `share`. Empty if there is no progress callback.
