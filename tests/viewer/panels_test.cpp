@@ -141,6 +141,12 @@ TEST_F(PanelsTest, AMaterialChangesWhileOneLooks) {
     };
     panel.setColour(Qt::green);
     EXPECT_GT(changed(), 0.02);
+    const auto swatchOf = [&](int group, int part) {
+        return tree.topLevelItem(group)->child(part)->icon(0).pixmap(14).toImage().pixelColor(7, 7);
+    };
+    EXPECT_EQ(swatchOf(0, 0), QColor(Qt::green));
+    EXPECT_EQ(swatchOf(1, 0), QColor(Qt::green)) << "another part of this material";
+    EXPECT_EQ(swatchOf(1, 1), QColor(Qt::blue));
     EXPECT_EQ(view.model()->material(0).values.diffuse, QColor(Qt::green));
     panel.setColour(Qt::red);
     EXPECT_LT(changed(), kSame);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <QtCore/QHash>
 #include <QtCore/QLocale>
 #include <QtCore/QScopedValueRollback>
 #include <QtGui/QPainter>
@@ -159,15 +160,19 @@ void PartsPanel::fill() {
     readModel();
 }
 
-void PartsPanel::showIcons() {
+void PartsPanel::showIcons(int material) {
     const QScopedValueRollback<bool> reading(_isReading, true);
+    QHash<int, QIcon> icons; // by the number of the material
     for (QTreeWidgetItemIterator item(_tree); *item != nullptr; ++item) {
         const QVariant number = (*item)->data(Name, kMaterialRole);
-        if (!number.isValid())
+        if (!number.isValid() || (material >= 0 && number.toInt() != material))
             continue;
-        const ModelMaterial& material = _model->material(number.toInt());
-        const QImage texture = _swatches->at(shownTexture(material));
-        (*item)->setIcon(Name, swatch(material.values.diffuse, texture, devicePixelRatioF()));
+        QIcon& icon = icons[number.toInt()];
+        if (icon.isNull()) {
+            const ModelMaterial& shown = _model->material(number.toInt());
+            icon = swatch(shown.values.diffuse, _swatches->at(shownTexture(shown)), devicePixelRatioF());
+        }
+        (*item)->setIcon(Name, icon);
     }
 }
 
@@ -226,7 +231,7 @@ void PartsPanel::showMaterial() {
 
 void PartsPanel::takeMaterial(const MaterialValues& values) {
     _model->setMaterial(selectedMaterial(), values);
-    showIcons();
+    showIcons(selectedMaterial());
     Q_EMIT changed();
 }
 

@@ -40,7 +40,8 @@ Q_SIGNALS:
 
 private:
     void fill();
-    void showIcons();
+    // The icons of one material, or of all if it is -1.
+    void showIcons(int material = -1);
     QTreeWidgetItem* groupOf(int part);
     void takeSelection();
     void takeVisible(QTreeWidgetItem* item, int column);
