@@ -55,7 +55,8 @@ TEST(FaceCheckTest, LongTextsArePolled) {
     int polls = 0;
     check(text, {}, [&polls] { ++polls; });
     EXPECT_EQ(polls, 2) << "for 9 MiB";
-    EXPECT_THROW(check(text, {}, [] { throw 1; }), int);
+    const auto refusing = [] { throw 1; };
+    EXPECT_THROW(check(text, {}, refusing), int);
 }
 
 TEST(FaceCheckTest, DroppedFaceHasNoOtherFault) {

@@ -92,14 +92,14 @@ protected:
         LoadReport report;
         const DrawData plain = readDrawDataFromOBJFile(path, error, {}, &report, options);
         LoadReport observedReport;
-        const DrawData observed = readObservedDrawData(path, error, {}, observedReport, options, observer);
+        const DrawData observed = readObservedDrawData(path, error, {}, observedReport, options, _observer);
         EXPECT_TRUE(error.isNull()) << error.toStdString();
         EXPECT_EQ(observedReport.faces, report.faces);
         EXPECT_EQ(observedReport.droppedFaces, report.droppedFaces);
         return {bytesOf(plain), bytesOf(observed)};
     }
 
-    RecordingObserver observer;
+    RecordingObserver _observer;
 
 private:
     QTemporaryDir _folder;
@@ -124,15 +124,15 @@ QByteArray mixedText() {
 
 TEST_F(ObservedLoadTest, ObserverSeesEveryLineOnce) {
     load(mixedText(), LoadOptions::forgiving());
-    EXPECT_EQ(observer.ends, 1);
-    EXPECT_EQ(observer.others, 2U + 6U) << "lines of no keyword that the load knows";
-    EXPECT_EQ(observer.inRuns + observer.records, 3000U * 5 + 1500U + 6U + observer.others);
-    EXPECT_GT(observer.inRuns, observer.records) << "most lines are plain";
-    EXPECT_EQ(observer.corners, 9000U);
+    EXPECT_EQ(_observer.ends, 1);
+    EXPECT_EQ(_observer.others, 2U + 6U) << "lines of no keyword that the load knows";
+    EXPECT_EQ(_observer.inRuns + _observer.records, 3000U * 5 + 1500U + 6U + _observer.others);
+    EXPECT_GT(_observer.inRuns, _observer.records) << "most lines are plain";
+    EXPECT_EQ(_observer.corners, 9000U);
     double expected = 0;
     for (int i = 0; i < 3000; ++i)
         expected += i + 1 + i + 1 + 3;
-    EXPECT_DOUBLE_EQ(observer.positionSum, expected);
+    EXPECT_DOUBLE_EQ(_observer.positionSum, expected);
 }
 
 TEST_F(ObservedLoadTest, LoadIsThatWithoutObserver) {

@@ -129,35 +129,49 @@ void PartsPanel::showModel(std::shared_ptr<ShownModel> model) {
 void PartsPanel::fill() {
     const QScopedValueRollback<bool> reading(_isReading, true);
     _tree->clear();
-    if (_model) {
-        const ModelContents& contents = _model->contents();
-        QHash<QString, QTreeWidgetItem*> groups;
-        for (int number = 0; number < contents.parts.size(); ++number) {
-            const ModelPart& part = contents.parts[number];
-            const ModelMaterial& material = contents.materials[part.material];
-            const bool isByObject = _grouping->currentIndex() == ByObject;
-            const QString groupName = isByObject ? nameOfObject(part) : material.name;
-            QTreeWidgetItem*& group = groups[groupName];
-            if (group == nullptr) {
-                group = new QTreeWidgetItem(_tree, {groupName});
-                group->setFlags(group->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsAutoTristate);
-                group->setExpanded(true);
-                if (!isByObject) {
-                    group->setData(Name, kMaterialRole, part.material);
-                    describeMaterial(*group, material);
-                }
-            }
-            auto* const item = new QTreeWidgetItem(
-                group, {isByObject ? material.name : nameOfObject(part), QLocale().toString(part.triangles)});
-            item->setTextAlignment(Triangles, Qt::AlignRight | Qt::AlignVCenter);
-            item->setData(Name, kPartRole, number);
-            item->setData(Name, kMaterialRole, part.material);
-            item->setCheckState(Name, Qt::Checked);
-            describeMaterial(*item, material);
-        }
+    QHash<QString, QTreeWidgetItem*> groups; // by name
+    for (int number = 0; _model && number < _model->contents().parts.size(); ++number) {
+        const ModelPart& part = _model->contents().parts[number];
+        QTreeWidgetItem*& group = groups[isByObject() ? nameOfObject(part) : materialOf(part).name];
+        if (group == nullptr)
+            group = addGroup(part);
+        addPart(number, group);
     }
     showIcons();
     readModel();
+}
+
+bool PartsPanel::isByObject() const {
+    return _grouping->currentIndex() == ByObject;
+}
+
+const ModelMaterial& PartsPanel::materialOf(const ModelPart& part) const {
+    return _model->contents().materials[part.material];
+}
+
+// Adds the group that has this part and others.
+QTreeWidgetItem* PartsPanel::addGroup(const ModelPart& part) {
+    const ModelMaterial& material = materialOf(part);
+    auto* const group = new QTreeWidgetItem(_tree, {isByObject() ? nameOfObject(part) : material.name});
+    group->setFlags(group->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsAutoTristate);
+    group->setExpanded(true);
+    if (!isByObject()) {
+        group->setData(Name, kMaterialRole, part.material);
+        describeMaterial(*group, material);
+    }
+    return group;
+}
+
+void PartsPanel::addPart(int number, QTreeWidgetItem* group) {
+    const ModelPart& part = _model->contents().parts[number];
+    const ModelMaterial& material = materialOf(part);
+    auto* const item = new QTreeWidgetItem(
+        group, {isByObject() ? material.name : nameOfObject(part), QLocale().toString(part.triangles)});
+    item->setTextAlignment(Triangles, Qt::AlignRight | Qt::AlignVCenter);
+    item->setData(Name, kPartRole, number);
+    item->setData(Name, kMaterialRole, part.material);
+    item->setCheckState(Name, Qt::Checked);
+    describeMaterial(*item, material);
 }
 
 void PartsPanel::showIcons(int material) {

@@ -15,6 +15,8 @@ class MaterialPanel;
 class ShownModel;
 class TextureSwatches;
 struct MaterialValues;
+struct ModelMaterial;
+struct ModelPart;
 
 /// Lists the parts of a model by object or by material, and hides and selects them.
 class PartsPanel : public QWidget {
@@ -42,7 +44,10 @@ private:
     void fill();
     // The icons of one material, or of all if it is -1.
     void showIcons(int material = -1);
-    QTreeWidgetItem* groupOf(int part);
+    bool isByObject() const;
+    const ModelMaterial& materialOf(const ModelPart& part) const;
+    QTreeWidgetItem* addGroup(const ModelPart& part);
+    void addPart(int number, QTreeWidgetItem* group);
     void takeSelection();
     void takeVisible(QTreeWidgetItem* item, int column);
     int selectedMaterial() const;

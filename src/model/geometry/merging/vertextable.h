@@ -4,6 +4,8 @@
 #include <array>
 #include <vector>
 
+#include <QtCore/QtGlobal>
+
 #include "geometry/workmeter.h"
 #include "memory/prefetch.h"
 #include "memory/scratchblock.h"
