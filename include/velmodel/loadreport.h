@@ -25,9 +25,10 @@ struct ReferencedFile {
 /// What a load counted and observed. The overloads that take a report fill it on success, on failure, and if
 /// the load is cancelled; an exception leaves it unchanged. After a failure it has what was counted until
 /// then, and a diagnostic of severity Error that says why. A load into a model without a current context only
-/// reads the text: the statistics stay 0. Cost: with a report, a load counts lines and looks for indices that
-/// do not exist. If there are any, it reads
-///       the text once more, unless the device is sequential.
+/// reads the text: the statistics stay 0.
+///
+/// Cost: with a report, a load counts lines and looks for indices that do not exist. If there are any, it
+///       reads the text once more, unless the device is sequential.
 struct LoadReport {
     /// The maximum number of entries of a code in `diagnostics`.
     static constexpr int kMaxDiagnostics = 10;

@@ -67,6 +67,7 @@ QStringList FileFinder::placesFrom(const QStringList& folders) const {
 }
 
 QStringList FileFinder::candidates(const QStringList& folders, const QStringList& names) const {
+    const QStringList places = placesFrom(folders);
     QStringList paths;
     for (const QString& name : names)
         if (isPath(name))
@@ -74,7 +75,7 @@ QStringList FileFinder::candidates(const QStringList& folders, const QStringList
     for (const QString& name : names)
         for (QStringList end = isPath(name) ? namesIn(name) : QStringList(); !end.isEmpty();
              end.removeFirst())
-            for (const QString& place : placesFrom(folders))
+            for (const QString& place : places)
                 paths.append(joined(place, end.join(QLatin1Char('/'))));
     paths.removeDuplicates();
     return paths;

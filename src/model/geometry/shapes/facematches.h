@@ -58,7 +58,7 @@ private:
     std::size_t bucketOf(const Key& key) const;
     void growBuckets();
 
-    // A block for as many entries each, so that a growing table moves nothing.
+    // Each block holds this many entries. Entries stay in their block when the table grows.
     static constexpr quint32 kBlockEntries = quint32(1) << 16;
 
     Entry& entry(quint32 i) { return _entries[i / kBlockEntries]->as<Entry>()[i % kBlockEntries]; }
